@@ -1,0 +1,156 @@
+#include "net/easy_tcp_socket.h"
+
+#include <chrono>
+#include <memory>
+#include <utility>
+
+#include "framework/exceptions.h"
+#include "net/poll_loop.h"
+
+namespace corvane {
+
+EasyTCPSocket::EasyTCPSocket(PollLoop& loop)
+    : TCPSocket(loop), mDataBuffer(loop.Buffers()), mEvents(loop.Buffers()) {
+  SkipSendEvents();
+}
+
+void EasyTCPSocket::SendMessage(std::int32_t command, std::string_view data) {
+  if (IsConnected()) SendPacket(CreatePacket(command, data));
+}
+
+std::string EasyTCPSocket::CreatePacket(std::int32_t command, std::string_view data) {
+  return CreateFrame(command, data);
+}
+
+std::string EasyTCPSocket::Read(std::size_t /*count*/) {
+  throw RuntimeException("You cannot call Read on an EasyTCPSocket directly.");
+}
+
+std::string EasyTCPSocket::ReadAll() {
+  throw RuntimeException("You cannot call ReadAll on an EasyTCPSocket directly.");
+}
+
+void EasyTCPSocket::Write(std::string_view /*bytes*/) {
+  throw RuntimeException("You cannot call Write on an EasyTCPSocket directly.");
+}
+
+void EasyTCPSocket::Close() {
+  StopPolling();
+  TCPSocket::Close();
+}
+
+void EasyTCPSocket::Event_Connected() {
+  myIsPolled = true;
+  Connected();
+}
+
+void EasyTCPSocket::Event_Error() {
+  StopPolling();
+  Error(LastErrorCode());
+}
+
+void EasyTCPSocket::Event_DataAvailable() {
+  mDataBuffer.TakeAll(Input());
+  ProcessData();
+}
+
+void EasyTCPSocket::ProcessData() {
+  std::size_t whole = 0;  // bytes of the messages found so far that are to be queued
+  for (;;) {
+    const Frame frame = ReadFrame(mDataBuffer.Bytes().substr(whole));
+    if (frame.state == Frame::State::Malformed) return Close();
+    if (frame.state == Frame::State::Incomplete) break;
+    if (GiveToWait(frame)) {
+      mDataBuffer.Consume(frame.length);  // a wait begins with nothing found
+    } else {
+      whole += frame.length;
+    }
+  }
+  if (whole != 0) AddEvents(whole);
+}
+
+bool EasyTCPSocket::GiveToWait(const Frame& frame) {
+  if (!mWaitingForACommand) return false;
+  if (WaitingForThisMessage(frame.command)) {
+    mWaitingForACommand = false;
+    mCommandResponse = frame.payload;
+  }
+  return true;
+}
+
+bool EasyTCPSocket::WaitingForThisMessage(std::int32_t command) const {
+  return mWaitingForACommand && command == mWaitForThisCommand;
+}
+
+void EasyTCPSocket::AddEvents(std::size_t bytes) {
+  if (mEvents.IsEmpty()) {
+    // The buffer becomes the queue; what is no whole message yet, mostly nothing, is copied back.
+    std::swap(mEvents, mDataBuffer);
+    const std::string_view all = mEvents.Bytes();
+    mDataBuffer.Append(all.substr(bytes));
+    mEvents.Truncate(bytes);
+  } else {
+    mEvents.Append(mDataBuffer.Bytes().substr(0, bytes));
+    mDataBuffer.Consume(bytes);
+  }
+  RequestPolls();
+}
+
+void EasyTCPSocket::RequestPolls() {
+  if (myIsQueued || !HasQueued()) return;
+  myIsQueued = true;
+  myLoop.RequestPoll(std::static_pointer_cast<EasyTCPSocket>(shared_from_this()));
+}
+
+void EasyTCPSocket::HoldMessages(bool held) {
+  myIsHeld = held;
+  RequestPolls();
+}
+
+void EasyTCPSocket::_Poll() {
+  const HandlerGuard guard(*this);
+  FireEvents();
+}
+
+void EasyTCPSocket::FireEvents() {
+  // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.
+  ByteQueue delivering = std::move(mEvents);
+  const Frame frame = ReadFrame(delivering.Bytes());
+  ReceivedMessage(frame.command, frame.payload);
+  if (!myIsPolled) return;
+  delivering.Consume(frame.length);
+  delivering.TakeAll(mEvents);
+  mEvents = std::move(delivering);
+  if (mEvents.IsEmpty()) ResumeInput();
+}
+
+void EasyTCPSocket::StopPolling() {
+  myIsPolled = false;
+  mEvents.Clear();
+  mDataBuffer.Clear();
+}
+
+std::string EasyTCPSocket::WaitForMessage(std::int32_t command, std::int32_t timeoutSeconds) {
+  if (!IsConnected()) return {};
+  mWaitForThisCommand = command;
+  mCommandResponse.clear();
+  mWaitingForACommand = true;
+  const auto over = [this] {
+    Poll();
+    return !mWaitingForACommand || !IsConnected() || LastErrorCode() != 0;
+  };
+  myLoop.WaitUntil(over, PollLoop::Clock::now() + std::chrono::seconds(timeoutSeconds));
+  mWaitingForACommand = false;
+  return std::exchange(mCommandResponse, {});
+}
+
+bool EasyTCPSocket::WaitForConnection(std::int32_t timeoutSeconds) {
+  const auto over = [this] {
+    if (!IsConnected()) Poll();
+    return IsConnected() || LastErrorCode() != 0;
+  };
+  myLoop.WaitUntil(over, PollLoop::Clock::now() + std::chrono::seconds(timeoutSeconds));
+  return IsConnected();
+}
+
+}  // namespace corvane

@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "net/byte_queue.h"
+#include "net/frame.h"
+#include "net/tcp_socket.h"
+
+namespace corvane {
+
+// A connection that carries whole messages, each a command number with a payload of bytes (see
+// frame.h), in place of a stream: raw reading and writing is refused. Messages are cut as their
+// bytes arrive and delivered one a pass, in order; the peer is read again when all are delivered.
+// A length that no message can have closes the connection.
+class EasyTCPSocket : public TCPSocket, public _Pollable {
+ public:
+  explicit EasyTCPSocket(PollLoop& loop);
+
+  // Sends one message; does nothing unless connected.
+  void SendMessage(std::int32_t command, std::string_view data);
+
+  // The bytes of one message, and sending them as they are: for one message to many receivers.
+  static std::string CreatePacket(std::int32_t command, std::string_view data);
+  void SendPacket(std::string_view packet) { WriteBytes(packet); }
+
+  // Waits for a message with this command and returns its payload; empty when so many seconds have
+  // passed, on an error, and when not connected. Every other message that arrives meanwhile is
+  // dropped: deliberate. Other sockets are served while it waits.
+  std::string WaitForMessage(std::int32_t command, std::int32_t timeoutSeconds);
+
+  // Waits for the connection to come up; whether it did.
+  bool WaitForConnection(std::int32_t timeoutSeconds);
+
+  void Close() override;
+
+  // Refused: each throws RuntimeException.
+  std::string Read(std::size_t count) override;
+  std::string ReadAll() override;
+  void Write(std::string_view bytes) override;
+
+  // Queued messages, each delivered by one poll.
+  void _Poll() override;
+  bool IsDue() const override { return HasQueued() && !IsBusy(); }
+  bool StaysQueued() override { return myIsQueued = HasQueued(); }
+
+ protected:
+  // Events for subclasses. The payload is valid until the handler returns.
+  virtual void Connected() {}
+  virtual void Error(std::int32_t /*code*/) {}
+  virtual void ReceivedMessage(std::int32_t /*command*/, std::string_view /*data*/) {}
+
+  // While held, messages queue up and none is delivered.
+  void HoldMessages(bool held);
+
+  void Event_Connected() override;
+  void Event_DataAvailable() override;
+  void Event_Error() override;
+  bool HoldsInput() const override { return !mEvents.IsEmpty(); }
+
+ private:
+  void ProcessData();
+  // Takes what the wait is for; whether a wait is on, in which case the message is not queued.
+  bool GiveToWait(const Frame& frame);
+  bool WaitingForThisMessage(std::int32_t command) const;
+  bool HasQueued() const { return myIsPolled && !myIsHeld && !mEvents.IsEmpty(); }
+  void AddEvents(std::size_t bytes);
+  void RequestPolls();
+  void FireEvents();
+  void StopPolling();
+
+  ByteQueue mDataBuffer;  // what has arrived and is no whole message yet
+  ByteQueue mEvents;      // whole messages waiting for delivery, as they came
+  std::string mCommandResponse;
+  std::int32_t mWaitForThisCommand = -1;
+  bool mWaitingForACommand = false;
+  bool myIsPolled = false;
+  bool myIsHeld = false;
+  bool myIsQueued = false;  // on the loop's list
+};
+
+}  // namespace corvane

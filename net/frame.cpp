@@ -1,0 +1,38 @@
+#include "net/frame.h"
+
+#include <QtEndian>
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kLengthBytes = 4;
+
+}  // namespace
+
+Frame ReadFrame(std::string_view bytes) {
+  Frame frame;
+  if (bytes.size() < kLengthBytes) return frame;
+  const auto length = qFromBigEndian<qint32>(bytes.data());
+  if (length < static_cast<qint32>(kFrameHeaderBytes)) {
+    frame.state = Frame::State::Malformed;
+    return frame;
+  }
+  const auto total = static_cast<std::size_t>(length);
+  if (bytes.size() < total) return frame;
+  frame.state = Frame::State::Whole;
+  frame.length = total;
+  frame.command = qFromBigEndian<qint32>(bytes.data() + kLengthBytes);
+  frame.payload = bytes.substr(kFrameHeaderBytes, total - kFrameHeaderBytes);
+  return frame;
+}
+
+std::string CreateFrame(std::int32_t command, std::string_view payload) {
+  std::string bytes(kFrameHeaderBytes, '\0');
+  bytes.reserve(kFrameHeaderBytes + payload.size());
+  qToBigEndian(static_cast<qint32>(kFrameHeaderBytes + payload.size()), bytes.data());
+  qToBigEndian(command, bytes.data() + kLengthBytes);
+  bytes.append(payload);
+  return bytes;
+}
+
+}  // namespace corvane

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include <QtGlobal>
+
+// The operating system's TCP sockets over IPv4, without their platform differences. All are
+// non-blocking. An error is the system's own socket error code, 0 for success.
+namespace corvane::os {
+
+using SocketHandle = qintptr;
+inline constexpr SocketHandle kNoSocket = -1;
+
+struct Endpoint {
+  std::string address;  // dotted IPv4; empty for all of the machine's addresses
+  std::uint16_t port = 0;
+};
+
+struct Transfer {
+  std::size_t bytes = 0;
+  int error = 0;
+};
+
+struct Accepted {
+  SocketHandle handle = kNoSocket;
+  Endpoint peer;
+  int error = 0;
+};
+
+struct Opened {
+  SocketHandle handle = kNoSocket;
+  int error = 0;
+};
+
+Opened OpenSocket();
+void CloseSocket(SocketHandle handle);
+
+// Lets nobody else listen on the address that is bound next, but allows it while connections of
+// an earlier listener linger.
+int UseAddressExclusively(SocketHandle handle);
+int Bind(SocketHandle handle, const Endpoint& endpoint);
+int Listen(SocketHandle handle, int backlog);
+Accepted Accept(SocketHandle listener);
+
+// Starts connecting; 0 also while it is still under way, PendingError tells how it ended.
+int Connect(SocketHandle handle, const Endpoint& endpoint);
+int PendingError(SocketHandle handle);
+
+// Sends at once what is written (no Nagle delay) and notices a peer that is gone without a word
+// within about three minutes.
+void PrepareConnection(SocketHandle handle);
+
+// 0 bytes without an error: the peer will send no more.
+Transfer Receive(SocketHandle handle, std::span<char> buffer);
+Transfer Send(SocketHandle handle, std::span<const char> bytes);
+void EndSending(SocketHandle handle);
+
+Endpoint LocalEndpoint(SocketHandle handle);
+
+// What an error code means.
+bool WouldBlock(int error);
+bool IsOutOfDescriptors(int error);    // or of memory: it may work again later
+bool IsPassingAcceptError(int error);  // one connection failed, the listener did not
+int ConnectionResetError();
+int NoBufferError();
+int InvalidArgumentError();
+
+}  // namespace corvane::os

@@ -1,0 +1,177 @@
+#include <arpa/inet.h>
+#include <cerrno>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "net/os_socket.h"
+
+namespace corvane::os {
+namespace {
+
+int Descriptor(SocketHandle handle) {
+  return static_cast<int>(handle);
+}
+
+int ErrorOf(int result) {
+  return result < 0 ? errno : 0;
+}
+
+int SetOption(SocketHandle handle, int level, int option, int value) {
+  return ErrorOf(setsockopt(Descriptor(handle), level, option, &value, sizeof value));
+}
+
+bool ToSystem(const Endpoint& endpoint, sockaddr_in& address) {
+  address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(endpoint.port);
+  if (endpoint.address.empty()) {
+    address.sin_addr.s_addr = htonl(INADDR_ANY);
+    return true;
+  }
+  return inet_pton(AF_INET, endpoint.address.c_str(), &address.sin_addr) == 1;
+}
+
+Endpoint FromSystem(const sockaddr_in& address) {
+  char text[INET_ADDRSTRLEN] = "";
+  inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
+  return {text, ntohs(address.sin_port)};
+}
+
+const sockaddr* Generic(const sockaddr_in& address) {
+  return reinterpret_cast<const sockaddr*>(&address);
+}
+
+sockaddr* Generic(sockaddr_in& address) {
+  return reinterpret_cast<sockaddr*>(&address);
+}
+
+}  // namespace
+
+Opened OpenSocket() {
+  const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+  return {descriptor, ErrorOf(descriptor)};
+}
+
+void CloseSocket(SocketHandle handle) {
+  close(Descriptor(handle));
+}
+
+int UseAddressExclusively(SocketHandle handle) {
+  return SetOption(handle, SOL_SOCKET, SO_REUSEADDR, 1);
+}
+
+int Bind(SocketHandle handle, const Endpoint& endpoint) {
+  sockaddr_in address;
+  if (!ToSystem(endpoint, address)) return EINVAL;
+  return ErrorOf(bind(Descriptor(handle), Generic(address), sizeof address));
+}
+
+int Listen(SocketHandle handle, int backlog) {
+  return ErrorOf(listen(Descriptor(handle), backlog));
+}
+
+Accepted Accept(SocketHandle listener) {
+  sockaddr_in address = {};
+  socklen_t length = sizeof address;
+  const int descriptor =
+      accept4(Descriptor(listener), Generic(address), &length, SOCK_NONBLOCK | SOCK_CLOEXEC);
+  return {descriptor, FromSystem(address), ErrorOf(descriptor)};
+}
+
+int Connect(SocketHandle handle, const Endpoint& endpoint) {
+  sockaddr_in address;
+  if (!ToSystem(endpoint, address)) return EINVAL;
+  const int error = ErrorOf(connect(Descriptor(handle), Generic(address), sizeof address));
+  return error == EINPROGRESS ? 0 : error;
+}
+
+int PendingError(SocketHandle handle) {
+  int error = 0;
+  socklen_t length = sizeof error;
+  getsockopt(Descriptor(handle), SOL_SOCKET, SO_ERROR, &error, &length);
+  return error;
+}
+
+void PrepareConnection(SocketHandle handle) {
+  // A minute of silence, then six probes twenty seconds apart; data that is not acknowledged in
+  // the same three minutes ends the connection too.
+  SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
+  SetOption(handle, SOL_SOCKET, SO_KEEPALIVE, 1);
+  SetOption(handle, IPPROTO_TCP, TCP_KEEPIDLE, 60);
+  SetOption(handle, IPPROTO_TCP, TCP_KEEPINTVL, 20);
+  SetOption(handle, IPPROTO_TCP, TCP_KEEPCNT, 6);
+  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, 180'000);
+}
+
+Transfer Receive(SocketHandle handle, std::span<char> buffer) {
+  ssize_t count;
+  do {
+    count = recv(Descriptor(handle), buffer.data(), buffer.size(), 0);
+  } while (count < 0 && errno == EINTR);
+  if (count < 0) return {0, errno};
+  return {static_cast<std::size_t>(count), 0};
+}
+
+Transfer Send(SocketHandle handle, std::span<const char> bytes) {
+  ssize_t count;
+  do {
+    count = send(Descriptor(handle), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+  } while (count < 0 && errno == EINTR);
+  if (count < 0) return {0, errno};
+  return {static_cast<std::size_t>(count), 0};
+}
+
+void EndSending(SocketHandle handle) {
+  shutdown(Descriptor(handle), SHUT_WR);
+}
+
+Endpoint LocalEndpoint(SocketHandle handle) {
+  sockaddr_in address = {};
+  socklen_t length = sizeof address;
+  if (getsockname(Descriptor(handle), Generic(address), &length) < 0) return {};
+  return FromSystem(address);
+}
+
+bool WouldBlock(int error) {
+  return error == EAGAIN || error == EWOULDBLOCK;
+}
+
+bool IsOutOfDescriptors(int error) {
+  return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
+bool IsPassingAcceptError(int error) {
+  // accept(2) also hands on errors that the new connection has met already.
+  switch (error) {
+    case EINTR:
+    case ECONNABORTED:
+    case EPERM:
+    case EPROTO:
+    case ENOPROTOOPT:
+    case ENETDOWN:
+    case ENONET:
+    case ENETUNREACH:
+    case EHOSTDOWN:
+    case EHOSTUNREACH:
+    case ETIMEDOUT:
+      return true;
+    default:
+      return false;
+  }
+}
+
+int ConnectionResetError() {
+  return ECONNRESET;
+}
+
+int NoBufferError() {
+  return ENOBUFS;
+}
+
+int InvalidArgumentError() {
+  return EINVAL;
+}
+
+}  // namespace corvane::os

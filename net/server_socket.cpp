@@ -1,0 +1,186 @@
+#include "net/server_socket.h"
+
+#include <algorithm>
+#include <chrono>
+#include <limits>
+#include <utility>
+
+#include "net/poll_loop.h"
+#include "net/scoped_flag.h"
+#include "net/tcp_socket.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::int32_t kMostBacklog = 8192;
+constexpr std::int64_t kBatch = 10;
+constexpr int kMostAcceptsPerPass = 64;
+constexpr std::chrono::seconds kPause(1);
+
+}  // namespace
+
+ServerSocket::ServerSocket(PollLoop& loop, std::int32_t minimumSocketsAvailable,
+                           std::int32_t maximumSocketsConnected)
+    : SocketCore(loop),
+      myMinimum(std::max(minimumSocketsAvailable, 1)),
+      myMaximum(std::max(maximumSocketsConnected, 1)),
+      myPool(myMinimum, myMaximum) {}
+
+ServerSocket::~ServerSocket() {
+  // They stay connected and find no listener when they end.
+  for (const std::shared_ptr<TCPSocket>& socket : *myPool.ActiveSockets())
+    myLoop.KeepAlive(socket);
+}
+
+std::int32_t ServerSocket::Port() const {
+  return IsListening() ? os::LocalEndpoint(Handle()).port : myPort;
+}
+
+void ServerSocket::SetMaximumSocketsConnected(std::int32_t value) {
+  myMaximum = value;
+  if (Handle() != os::kNoSocket) SetPending(kFill);
+}
+
+void ServerSocket::Listen() {
+  Close();
+  SetPending(kFill);
+  const int error = OpenListener();
+  if (error != 0) return Fail(error);
+  myPool.isListening = true;
+}
+
+int ServerSocket::OpenListener() {
+  if (myPort < 0 || myPort > std::numeric_limits<std::uint16_t>::max()) {
+    return os::InvalidArgumentError();
+  }
+  const os::Opened opened = os::OpenSocket();
+  if (opened.error != 0) return opened.error;
+  int error = Attach(opened.handle);
+  if (error == 0) error = os::UseAddressExclusively(Handle());
+  if (error == 0) {
+    const std::string address = NetworkInterface ? NetworkInterface->IPAddress : std::string();
+    error = os::Bind(Handle(), {address, static_cast<std::uint16_t>(myPort)});
+  }
+  if (error == 0) error = os::Listen(Handle(), std::min(myMinimum, kMostBacklog));
+  return error;
+}
+
+void ServerSocket::StopListening() {
+  myPool.isListening = false;
+}
+
+void ServerSocket::Close() {
+  CloseListener();
+  myPool = SocketPool(myMinimum, myMaximum);
+  ClearPending(kFill);
+  myIsStarved = false;
+  myIsPaused = false;
+  myIsExhausted = false;
+}
+
+void ServerSocket::CloseListener() {
+  const auto active = myPool.ActiveSockets();
+  for (const std::shared_ptr<TCPSocket>& socket : *active) {
+    socket->myListener.reset();
+    myLoop.KeepAlive(socket);
+    Event_GivenBack(socket);
+  }
+  const SocketPool::Sockets idle = myPool.TakeIdle();
+  for (auto socket = idle.rbegin(); socket != idle.rend(); ++socket)
+    (*socket)->Close();
+  CloseDescriptor();
+}
+
+void ServerSocket::Fail(int error) {
+  myLastErrorCode = error;
+  myPool.isListening = false;
+  StopWatching();
+  Event_Error(error);
+}
+
+void ServerSocket::FillStep() {
+  if (myLoop.IsFilling()) return;
+  const ScopedFlag filling(myLoop.IsFilling());
+  std::int64_t added = 0;
+  if (!myPool.isFilled) {
+    added = AddSockets(myPool.Minimum() + kBatch);
+    myPool.isFilled = true;
+  } else {
+    do {
+      added = myPool.IsBelowMinimum() ? AddSockets(kBatch) : 0;
+    } while (added > 0 && myPool.IsBelowMinimum());
+  }
+  // A batch that added nothing ends the fill; the next accepted connection tries again.
+  myIsStarved = myPool.IsBelowMinimum();
+  ClearPending(kFill);
+}
+
+std::int64_t ServerSocket::AddSockets(std::int64_t count) {
+  std::int64_t added = 0;
+  for (std::int64_t i = 0; i < count; ++i) {
+    std::shared_ptr<TCPSocket> socket = Event_AddSocket();
+    if (socket == nullptr) continue;
+    myPool.AddIdle(std::move(socket));
+    ++added;
+  }
+  return added;
+}
+
+void ServerSocket::Advance() {
+  for (int i = 0; i < kMostAcceptsPerPass; ++i) {
+    if (!myIsReadable || !IsListening() || myIsPaused) return;
+    // Between accepts the pool is kept filled, or a full backlog would empty it.
+    if (IsPending(kFill) || myIsStarved) FillStep();
+    if (!AcceptOne()) return;
+  }
+  myLoop.RequestPass(*this);
+}
+
+bool ServerSocket::AcceptOne() {
+  const os::Accepted accepted = os::Accept(Handle());
+  if (os::WouldBlock(accepted.error)) {
+    myIsReadable = false;
+    return false;
+  }
+  if (os::IsPassingAcceptError(accepted.error)) return true;
+  if (os::IsOutOfDescriptors(accepted.error)) {
+    PauseAccepting(accepted.error);
+    return false;
+  }
+  if (accepted.error != 0) {
+    Fail(accepted.error);
+    return false;
+  }
+  myIsExhausted = false;
+  HandOut(accepted);
+  return true;
+}
+
+void ServerSocket::HandOut(const os::Accepted& accepted) {
+  if (!myPool.CanHandOut()) return os::CloseSocket(accepted.handle);
+  const std::shared_ptr<TCPSocket> socket = myPool.HandOut();
+  socket->myListener = std::static_pointer_cast<ServerSocket>(shared_from_this());
+  Event_HandedOut(socket);
+  SetPending(kFill);
+  if (!socket->TakeOver(accepted)) return socket->Close();
+  socket->EventPass();
+}
+
+void ServerSocket::PauseAccepting(int error) {
+  myIsPaused = true;
+  myLoop.CallLater(kPause, shared_from_this(), [this] {
+    myIsPaused = false;
+    myLoop.RequestPass(*this);
+  });
+  if (std::exchange(myIsExhausted, true)) return;
+  myLastErrorCode = error;
+  Event_Error(error);
+}
+
+void ServerSocket::GiveBack(const std::shared_ptr<TCPSocket>& socket) {
+  myPool.GiveBack(*socket);
+  SetPending(kFill);
+  Event_GivenBack(socket);
+}
+
+}  // namespace corvane

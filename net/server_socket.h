@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "framework/network_interfaces.h"
+#include "net/os_socket.h"
+#include "net/socket_core.h"
+#include "net/socket_pool.h"
+
+namespace corvane {
+
+class TCPSocket;
+
+// A listener with a pool of connection objects that are made before they are needed: an accepted
+// connection is given to an idle one, which then raises Connected. When none is idle, or as many
+// are handed out as may be, the connection is closed without a word.
+//
+// States: created or closed (no descriptor), listening, stopped (descriptor open, nothing is
+// accepted), failed (Error was raised; Listen starts anew).
+// MinimumSocketsAvailable and MaximumSocketsConnected take effect at the next Listen: deliberate.
+class ServerSocket : public SocketCore {
+ public:
+  // Values below 1 are raised to 1; the setters do not do that.
+  ServerSocket(PollLoop& loop, std::int32_t minimumSocketsAvailable,
+               std::int32_t maximumSocketsConnected);
+  ~ServerSocket() override;
+
+  // The port that is bound while listening, else the one that was set. One outside 0 to 65535 is
+  // an error of Listen.
+  std::int32_t Port() const;
+  void SetPort(std::int32_t port) { myPort = port; }
+
+  // The interface to listen on; none means all IPv4 addresses.
+  std::optional<corvane::NetworkInterface> NetworkInterface;
+
+  std::int32_t MinimumSocketsAvailable() const { return myMinimum; }
+  void SetMinimumSocketsAvailable(std::int32_t value) { myMinimum = value; }
+  std::int32_t MaximumSocketsConnected() const { return myMaximum; }
+  void SetMaximumSocketsConnected(std::int32_t value);
+
+  // The objects handed out and not given back, in hand-off order: an immutable copy.
+  SocketPool::Active::Snapshot ActiveConnections() const { return myPool.ActiveSockets(); }
+
+  // Starts listening with a new pool, which is filled in the next pass. Error tells of a failure.
+  void Listen();
+  // Accepts no more; connections and idle objects stay.
+  void StopListening();
+  // Closes the listener and its idle objects. Connections that were handed out stay connected.
+  void Close();
+  bool IsListening() const { return myPool.isListening; }
+
+ protected:
+  // Events: one more idle object is needed (nothing may be returned); the listening descriptor
+  // failed; an object entered or left the active list.
+  virtual std::shared_ptr<TCPSocket> Event_AddSocket() = 0;
+  virtual void Event_Error(std::int32_t /*code*/) {}
+  virtual void Event_HandedOut(const std::shared_ptr<TCPSocket>& /*socket*/) {}
+  virtual void Event_GivenBack(const std::shared_ptr<TCPSocket>& /*socket*/) {}
+
+  void Advance() override;
+  void FillStep() override;
+  void RaiseError() override {}
+
+ private:
+  friend class TCPSocket;
+
+  int OpenListener();
+  void CloseListener();
+  void Fail(int error);
+  bool AcceptOne();
+  void HandOut(const os::Accepted& accepted);
+  void PauseAccepting(int error);
+  void GiveBack(const std::shared_ptr<TCPSocket>& socket);
+  // Adds so many objects; how many AddSocket gave.
+  std::int64_t AddSockets(std::int64_t count);
+
+  std::int32_t myPort = 0;
+  std::int32_t myMinimum;
+  std::int32_t myMaximum;
+  SocketPool myPool;
+  bool myIsStarved = false;    // AddSocket gave nothing when it was needed
+  bool myIsPaused = false;     // out of descriptors
+  bool myIsExhausted = false;  // the same, reported already
+};
+
+}  // namespace corvane

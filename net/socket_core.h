@@ -1,0 +1,104 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+
+#include "net/os_socket.h"
+#include "net/poller.h"
+
+namespace corvane {
+
+class PollLoop;
+
+// What a connection and a listener have in common: a descriptor that the loop watches, and events
+// that become pending and are raised, in a fixed order, when the loop runs the socket's event
+// pass. Made with std::make_shared; borrows its loop, which outlives it.
+//
+// Re-entrancy: while one of its handlers is on the stack a socket is busy, and the loop gives it
+// no event pass until that handler has returned.
+class SocketCore : public std::enable_shared_from_this<SocketCore> {
+ public:
+  virtual ~SocketCore();
+  SocketCore(const SocketCore&) = delete;
+  SocketCore& operator=(const SocketCore&) = delete;
+
+  // The code of the last error, 0 while there was none.
+  int LastErrorCode() const { return myLastErrorCode; }
+  os::SocketHandle Handle() const { return myHandle; }
+
+  // Raises what is pending: Connected, DataAvailable, SendComplete, the fill step, SendProgress,
+  // Error.
+  void EventPass();
+
+ protected:
+  enum Event : unsigned {
+    kConnected = 1,
+    kDataAvailable = 2,
+    kSendComplete = 4,
+    kFill = 8,
+    kSendProgress = 16,
+    kError = 32
+  };
+
+  // While one exists, a handler of the socket is on the stack.
+  class HandlerGuard {
+   public:
+    explicit HandlerGuard(SocketCore& socket) : mySocket(socket), myWasBusy(socket.myIsBusy) {
+      mySocket.myIsBusy = true;
+    }
+    ~HandlerGuard() { mySocket.myIsBusy = myWasBusy; }
+    HandlerGuard(const HandlerGuard&) = delete;
+    HandlerGuard& operator=(const HandlerGuard&) = delete;
+
+   private:
+    SocketCore& mySocket;
+    bool myWasBusy;
+  };
+
+  explicit SocketCore(PollLoop& loop) : myLoop(loop) {}
+
+  // Moves the socket on as far as its descriptor allows, which makes events pending.
+  virtual void Advance() = 0;
+
+  virtual void RaiseConnected() {}
+  virtual void RaiseDataAvailable() {}
+  virtual void RaiseSendComplete() {}
+  virtual void FillStep() {}
+  virtual void RaiseSendProgress() {}
+  virtual void RaiseError() = 0;
+
+  // Makes the event pending and sees that an event pass comes.
+  void SetPending(Event event);
+  void ClearPending(unsigned events) { myPending &= ~events; }
+  bool IsPending(Event event) const { return (myPending & event) != 0; }
+
+  // Makes the descriptor the socket's own, watched by the loop. Returns an error code, 0 for
+  // success.
+  int Attach(os::SocketHandle handle);
+  // Closes the descriptor, if there is one.
+  void CloseDescriptor();
+  // Stops watching without closing.
+  void StopWatching();
+
+  bool IsBusy() const { return myIsBusy; }
+
+  PollLoop& myLoop;
+  int myLastErrorCode = 0;
+  bool myIsReadable = false;
+  bool myIsWritable = false;
+  bool myIsHungUp = false;
+
+ private:
+  friend class PollLoop;
+
+  bool Take(Event event);
+  void NoteReady(const Poller::Ready& ready);
+
+  os::SocketHandle myHandle = os::kNoSocket;
+  std::uint64_t myToken = 0;  // 0: not watched
+  unsigned myPending = 0;
+  bool myIsBusy = false;
+  bool myAwaitsPass = false;
+};
+
+}  // namespace corvane

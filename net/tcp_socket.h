@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "framework/network_interfaces.h"
+#include "net/byte_queue.h"
+#include "net/socket_core.h"
+#include "net/streams.h"
+
+namespace corvane {
+
+class ServerSocket;
+
+// One TCP connection over IPv4, asynchronous: what is written is sent later, what has arrived is
+// announced by an event. Handed out by a listener, or connected by Connect or Listen.
+//
+// States: closed, connecting or listening for its one peer, connected, failed (until Error was
+// raised), closed again. A closed one can be used anew.
+// Limits: PollLoop's bounds on unsent output; a connection over its bound fails with the system's
+// "no buffer space" code. An orderly end by the peer is the "connection reset" code.
+class TCPSocket : public SocketCore, public Readable, public Writeable {
+ public:
+  explicit TCPSocket(PollLoop& loop);
+  ~TCPSocket() override;
+
+  // Where to connect to (dotted IPv4), or what to listen on; set before Connect and Listen.
+  std::string Address;
+  std::int32_t Port = 0;
+  std::optional<NetworkInterface> LocalInterface;
+
+  // Both start, Connected or Error tells how it ended. Listen accepts one connection.
+  virtual void Connect();
+  virtual void Listen();
+
+  // Sends what the system takes at once and ends the connection. No event follows.
+  virtual void Close();
+  virtual void Disconnect() { Close(); }
+
+  // Serves this socket now instead of in the next pass, also from one of its own handlers.
+  virtual void Poll();
+
+  bool IsConnected() const { return myState == State::Connected; }
+  // The peer's address, dotted; kept after the end of the connection.
+  const std::string& RemoteAddress() const { return myPeer.address; }
+  std::uint16_t RemotePort() const { return myPeer.port; }
+  // The port that is bound while there is a descriptor, else 0.
+  std::uint16_t LocalPort() const;
+
+  std::string Read(std::size_t count) override;
+  virtual std::string ReadAll();
+  // What has arrived and was not read yet, without reading it.
+  virtual std::string Lookahead() const;
+  // Drops what has arrived and was not read yet.
+  virtual void Purge();
+  bool IsEOF() const override;
+  bool ReadError() const override { return LastErrorCode() != 0; }
+  std::size_t BytesAvailable() const { return myInput.Size(); }
+
+  // Does nothing unless connected. The bytes leave when the loop flushes.
+  void Write(std::string_view bytes) override;
+  void Flush() override { FlushOutput(); }
+  bool WriteError() const override { return LastErrorCode() != 0; }
+  std::size_t BytesLeftToSend() const { return myOutput.Size(); }
+
+ protected:
+  // Events.
+  virtual void Event_Connected() {}
+  virtual void Event_DataAvailable() {}
+  virtual void Event_SendComplete() {}
+  virtual void Event_SendProgress(std::size_t /*sent*/, std::size_t /*left*/) {}
+  virtual void Event_Error() {}
+
+  // While true, nothing more is read from the peer.
+  virtual bool HoldsInput() const { return false; }
+  // Asks for a pass if input was held and some is waiting.
+  void ResumeInput();
+
+  ByteQueue& Input() { return myInput; }
+  void WriteBytes(std::string_view bytes);
+  // A class that hides the send events from its users saves the loop raising them.
+  void SkipSendEvents() { myRaisesSendEvents = false; }
+
+  void Advance() override;
+  void RaiseConnected() override { Event_Connected(); }
+  void RaiseDataAvailable() override { Event_DataAvailable(); }
+  void RaiseSendComplete() override { Event_SendComplete(); }
+  void RaiseSendProgress() override;
+  void RaiseError() override;
+
+ private:
+  friend class PollLoop;
+  friend class ServerSocket;
+
+  enum class State { Closed, Connecting, Listening, Connected, Failed };
+
+  // Takes over an accepted connection and makes Connected pending. False when the loop cannot
+  // watch the descriptor, which is closed then.
+  bool TakeOver(const os::Accepted& accepted);
+  void BecomeConnected();
+  void Open(State state);
+  void AcceptPeer();
+  void FinishConnecting();
+  void Receive();
+  void FlushOutput();
+  void FailOutput();
+  void Fail(int error);
+  void DropOutput();
+  void EndConnection();
+
+  State myState = State::Closed;
+  bool myRaisesSendEvents = true;
+  bool myAwaitsFlush = false;
+  bool myAwaitsWritable = false;
+  int mySendError = 0;
+  os::Endpoint myPeer;
+  ByteQueue myInput;
+  ByteQueue myOutput;
+  std::size_t mySentSinceProgress = 0;
+  std::weak_ptr<ServerSocket> myListener;
+};
+
+}  // namespace corvane

@@ -1,0 +1,98 @@
+#include "server/app.h"
+
+#include <utility>
+
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include "framework/exceptions.h"
+#include "framework/numbers.h"
+#include "framework/text.h"
+#include "storage/networks_table.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::int32_t kMaximumConnections = 100'000;
+
+}  // namespace
+
+App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
+    : myDataFolder(std::move(dataFolder)),
+      myShowMessage(std::move(showMessage)),
+      myLoop([this] { LastResort(); }),
+      mySettings(myDataFolder) {}
+
+App::~App() = default;
+
+bool App::Open() {
+  mySettings.Load();
+  return OpenDatabase();
+}
+
+bool App::OpenDatabase() {
+  if (!myDataFolder) {
+    ShowMessage({.text = "Unable to locate database.  You may need to uninstall and reinstall."});
+    return false;
+  }
+  const QString file = QFileInfo(*myDataFolder + "/serverdb.rsd").absoluteFilePath();
+  if (!QFileInfo::exists(file)) {
+    ShowMessage({.text = "Unable to locate database at:\n" + file.toStdString() +
+                         "\n\nYou may need to uninstall and reinstall."});
+    return false;
+  }
+  if (!myDatabase.Connect(file)) {
+    ShowMessage({.text = "An error occured while connecting to the database."});
+    return false;
+  }
+  return true;
+}
+
+void App::LoadServerSocket(MapSocket& listener,
+                           const std::function<void(const NetworkRef&)>& networkAdded) {
+  const std::vector<NetworkInterface> interfaces = NetworkInterfaces();
+  const std::string firstMac = interfaces.empty() ? std::string() : interfaces.front().MACAddress;
+  listener.NetworkInterface = NICByMac(interfaces, mySettings.GetValue("AttachedNIC", firstMac));
+  listener.SetPort(Int32FromText(mySettings.GetValue("AttachedPort", "12000")));
+  // Whatever the setting "MaxConns" says: deliberate.
+  listener.SetMaximumSocketsConnected(kMaximumConnections);
+  listener.Listen();
+  if (!myDatabase.IsConnected()) return Quit();
+  // Who connects during this loop finds the networks that are loaded so far.
+  if (auto row = NetworksTable(myDatabase).All()) {
+    for (; !row->EndOfRows(); row->MoveNext()) {
+      listener.Networks.push_back(std::make_shared<ServerNetworks>(
+          row->Text("name"), row->Text("pass"), ClampedInt32(row->Integer("users")),
+          row->Boolean("enabled")));
+      networkAdded(listener.Networks.back());
+      myLoop.GiveWay();
+    }
+  }
+  listener.CallStatusMessage("Listening...");
+}
+
+void App::Quit(int code) {
+  myIsQuitting = true;
+  myExitCode = code;
+  myLoop.Flush();
+  QCoreApplication::exit(code);
+}
+
+void App::LastResort() {
+  if (std::exchange(myLastResortReached, true)) return;
+  myLoop.Flush();
+  myLoop.Stop();
+  ShowMessage({.text = "An exception of class " + ClassNameOf(std::current_exception()) +
+                       " was not handled.  The application must shut down."});
+  Quit(1);
+}
+
+std::optional<NetworkInterface> NICByMac(const std::vector<NetworkInterface>& interfaces,
+                                         const std::string& macAddress) {
+  for (const NetworkInterface& candidate : interfaces) {
+    if (SameText(candidate.MACAddress, macAddress)) return candidate;
+  }
+  return std::nullopt;
+}
+
+}  // namespace corvane

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <exception>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QString>
+
+#include "framework/message_box.h"
+#include "framework/network_interfaces.h"
+#include "geo/location_lookup.h"
+#include "net/poll_loop.h"
+#include "server/map_socket.h"
+#include "storage/app_settings.h"
+#include "storage/database_connection.h"
+
+namespace corvane {
+
+// The application object: owns the pieces of which the process has one, and starts and ends it.
+// Made by main, outlives the window and its listener, and is passed down by reference.
+class App {
+ public:
+  // `dataFolder` holds the database and the settings file; none when the system knows no such
+  // folder. `showMessage` puts a box before the operator.
+  App(std::optional<QString> dataFolder, MessageBoxFunction showMessage);
+  ~App();
+
+  // Loads the settings and opens the database. What goes wrong is shown in a message box; then the
+  // result is false and the program has to end.
+  bool Open();
+
+  // Configures the listener from the settings, starts it and fills its Networks from the database,
+  // calling `networkAdded` for each. Ends with the status line "Listening...".
+  void LoadServerSocket(MapSocket& listener,
+                        const std::function<void(const NetworkRef&)>& networkAdded);
+
+  // Ends the program with this exit code: nothing can veto it.
+  void Quit(int code = 0);
+  bool IsQuitting() const { return myIsQuitting; }
+  int ExitCode() const { return myExitCode; }
+
+  // Where an error ends that nobody caught: stops all sockets, shows the last-resort message once
+  // and quits with code 1. Call it from a catch block.
+  void LastResort();
+
+  PollLoop& Loop() { return myLoop; }
+  AppSettings& Settings() { return mySettings; }
+  DatabaseConnection& serverdb() { return myDatabase; }
+  LocationLookup& Locations() { return myLocations; }
+  MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
+
+ private:
+  bool OpenDatabase();
+
+  std::optional<QString> myDataFolder;
+  MessageBoxFunction myShowMessage;
+  PollLoop myLoop;
+  AppSettings mySettings;
+  DatabaseConnection myDatabase;
+  LocationLookup myLocations;
+  bool myIsQuitting = false;
+  int myExitCode = 0;
+  bool myLastResortReached = false;
+};
+
+// The first interface whose MAC address is the text (letter case ignored); none if none is.
+std::optional<NetworkInterface> NICByMac(const std::vector<NetworkInterface>& interfaces,
+                                         const std::string& macAddress);
+
+}  // namespace corvane

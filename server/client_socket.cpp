@@ -1,0 +1,296 @@
+#include "server/client_socket.h"
+
+#include <utility>
+
+#include <QByteArray>
+#include <QCryptographicHash>
+
+#include "framework/dates.h"
+#include "framework/numbers.h"
+#include "framework/text.h"
+#include "framework/ticks.h"
+#include "geo/location_lookup.h"
+#include "net/poll_loop.h"
+#include "server/map_socket.h"
+#include "server/wire.h"
+
+namespace corvane {
+
+ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
+    : EasyTCPSocket(loop), myParent(parent) {}
+
+void ClientSocket::Connected() {
+  myState = State::Greeting;
+  ReportStatus(": Client Connection Initiated...");
+  HoldMessages(true);
+  GetClientInfo();
+}
+
+void ClientSocket::GetClientInfo() {
+  const std::weak_ptr<SocketCore> weak = weak_from_this();
+  myParent.Locations().Find(RemoteAddress(), [weak](const ClientLocation& location) {
+    if (const auto session = std::static_pointer_cast<ClientSocket>(weak.lock())) {
+      session->Greet(location);
+    }
+  });
+}
+
+void ClientSocket::Greet(const ClientLocation& location) {
+  if (myState != State::Greeting) return;
+  ClientCountry = location.country;
+  ClientState = location.state;
+  ClientCity = location.city;
+  ClientZip = location.zip;
+  ClientTimeZone = location.timeZone;
+  ClientFlag = location.flag;
+  if (isBanned()) {
+    myState = State::Refused;
+    SendMessage(wire::kBan, "Please contact an administrator formore information.");
+    ReportStatus(": Client Previously Banned.");
+  } else {
+    myState = State::WaitingNetwork;
+    SendMessage(wire::kNetwork, "Network");
+  }
+  HoldMessages(false);
+}
+
+void ClientSocket::Error(std::int32_t code) {
+  myParent.CallStatusMessage("Client Disconnect: (" + std::to_string(code) + ") " + myUsername);
+  Close();
+}
+
+void ClientSocket::Close() {
+  Leave();
+  EasyTCPSocket::Close();
+}
+
+void ClientSocket::Abandon() {
+  myState = State::Gone;
+  EasyTCPSocket::Close();
+}
+
+void ClientSocket::Leave() {
+  if (myState == State::Idle || myState == State::Gone) return;
+  const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
+  if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
+  myParent.ClientDisconnect(*this);
+  mySeat.GiveBack();
+}
+
+void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) {
+  if (myState == State::Refused) return;
+  switch (command) {
+    case wire::kNetwork:
+    case wire::kPassword:
+    case wire::kUserName:
+      HandleLoginStep(command, data);
+      break;
+    case wire::kIsAdmin:
+      SendMessage(wire::kIsAdmin, isAdmin() ? "1" : "0");
+      break;
+    case wire::kBye:
+      SendMessage(wire::kBye, wire::kByeText);
+      break;
+    default:
+      if (myState == State::LoggedIn) HandleMemberCommand(command, data);
+  }
+}
+
+void ClientSocket::HandleLoginStep(std::int32_t command, std::string_view data) {
+  switch (command) {
+    case wire::kNetwork:
+      ChooseNetwork(data);
+      break;
+    case wire::kPassword:
+      CheckPassword(data);
+      break;
+    default:
+      TakeName(data);
+  }
+}
+
+void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view data) {
+  switch (command) {
+    case wire::kReport:
+      TakeReport(data);
+      break;
+    case wire::kMember:
+      SendMembers();
+      break;
+    case wire::kAdminKick:
+    case wire::kAdminBan:
+    case wire::kAdminMessage:
+    case wire::kAdminListBans:
+    case wire::kAdminLiftBan:
+      if (isAdmin()) HandleAdminCommand(command, data);
+      break;
+    default:
+      break;  // a command that nobody knows is nobody's error
+  }
+}
+
+void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view data) {
+  const std::string first(NthField(data, '|', 1));
+  const std::string second(NthField(data, '|', 2));
+  switch (command) {
+    case wire::kAdminKick:
+      myParent.KickUser(first, second, myNetwork->NetworkName);
+      break;
+    case wire::kAdminBan:
+      myParent.BanUser(*this, first, second);
+      break;
+    case wire::kAdminMessage:
+      myParent.BroadcastMessage(std::string(data), myNetwork->NetworkName);
+      break;
+    case wire::kAdminListBans:
+      SendBans();
+      break;
+    default:
+      LiftBan(data);
+  }
+}
+
+void ClientSocket::ChooseNetwork(std::string_view name) {
+  if (myState == State::LoggedIn) return RefuseNetwork(name);
+  mySeat.GiveBack();
+  SetNetwork(myParent.FindNetwork(name));
+  if (mySeat.Take(myNetwork)) {
+    myState = State::WaitingPassword;
+    SendMessage(wire::kPassword, wire::kOk);
+  } else {
+    myState = State::WaitingNetwork;
+    RefuseNetwork(name);
+  }
+}
+
+void ClientSocket::CheckPassword(std::string_view digest) {
+  if (myState != State::WaitingPassword && myState != State::WaitingUserName) {
+    return RefusePassword();
+  }
+  // Whoever lost the seat to an earlier failure needs one again.
+  if (IsPasswordDigest(digest) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
+    myState = State::WaitingUserName;
+    SendMessage(wire::kUserName, wire::kOk);
+  } else {
+    myState = State::WaitingPassword;
+    RefusePassword();
+    mySeat.GiveBack();
+  }
+}
+
+void ClientSocket::TakeName(std::string_view userName) {
+  if (myState != State::WaitingUserName) return RefuseName(userName);
+  if (CanLogin(userName) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
+    myState = State::LoggedIn;
+    ReportStatus(": User Logged In (" + std::string(userName) + ")");
+    SetUsername(userName);
+    myParent.CallUserLoggedIn(*this);
+    SendMessage(wire::kReport, wire::kOk);
+  } else {
+    RefuseName(userName);
+    mySeat.GiveBack();
+  }
+}
+
+void ClientSocket::RefuseNetwork(std::string_view name) {
+  SendMessage(wire::kPassword, wire::kFail);
+  ReportStatus(": Network Fail (" + std::string(name) + ")");
+}
+
+void ClientSocket::RefusePassword() {
+  SendMessage(wire::kUserName, wire::kFail);
+  ReportStatus(": Login Failed.");
+}
+
+void ClientSocket::RefuseName(std::string_view userName) {
+  SendMessage(wire::kReport, wire::kFail);
+  ReportStatus(": Bad Username (" + std::string(userName) + ")");
+}
+
+bool ClientSocket::IsPasswordDigest(std::string_view digest) const {
+  const std::string& password = myNetwork->Password;
+  const QByteArray expected = QCryptographicHash::hash(
+      QByteArrayView(password.data(), static_cast<qsizetype>(password.size())),
+      QCryptographicHash::Md5);
+  // Raw or in hexadecimal digits; compared as all texts are, without regard to letter case.
+  return SameText(digest, expected.toStdString()) ||
+         SameText(digest, expected.toHex().toStdString());
+}
+
+bool ClientSocket::isBanned() const {
+  return myParent.Bans().IsBanned(RemoteAddress());
+}
+
+bool ClientSocket::CanLogin(std::string_view userName) const {
+  return myParent.Sessions().IsNameFree(FoldText(userName), *this);
+}
+
+bool ClientSocket::isAdmin() const {
+  return myState == State::LoggedIn &&
+         myParent.Admins().IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress());
+}
+
+void ClientSocket::TakeReport(std::string_view data) {
+  std::string_view rest = data;
+  const auto nextField = [&rest] {
+    const std::size_t comma = rest.find(',');
+    const std::string_view field = rest.substr(0, comma);
+    rest = comma == std::string_view::npos ? std::string_view() : rest.substr(comma + 1);
+    return field;
+  };
+  LastUpdate = Ticks();
+  const std::int32_t x = std::exchange(X, Int32FromText(nextField()));
+  const std::int32_t y = std::exchange(Y, Int32FromText(nextField()));
+  const std::int32_t facet = std::exchange(Facet, Int32FromText(nextField()));
+  const std::int32_t hp = std::exchange(HP, Int32FromText(nextField()));
+  InBattle = NumberFromText(nextField()) != 0;
+  IsDead = NumberFromText(nextField()) != 0;
+  // A change of the two flags alone is not relayed; it goes with the next movement: deliberate.
+  if (x != X || y != Y || facet != Facet || hp != HP) myParent.BroadcastPosition(*this);
+}
+
+void ClientSocket::SendMembers() {
+  const auto members = myParent.Sessions().MembersOf(*myNetwork);
+  for (const std::shared_ptr<ClientSocket>& member : *members) {
+    if (member.get() != this && !member->Username().empty()) {
+      SendMessage(wire::kMember, wire::MemberRecord(*member));
+    }
+    myLoop.GiveWay();
+  }
+}
+
+void ClientSocket::SendBans() {
+  std::string records;
+  if (const auto bans = myParent.Bans().All()) {
+    for (const BansTable::Ban& ban : *bans) {
+      records += std::to_string(ban.id) + "|" + ban.address + "|" + ban.by + "|" + ban.reason +
+                 "|" + ShortDateAndTime(ban.bandate);
+      records += '\0';
+    }
+  }
+  SendMessage(wire::kAdminListBans, records);
+}
+
+void ClientSocket::LiftBan(std::string_view id) {
+  if (IsNumeric(id)) myParent.Bans().Delete(TextFromNumber(NumberFromText(id)));
+}
+
+void ClientSocket::SetNetwork(NetworkRef network) {
+  if (network == myNetwork) return;
+  myParent.Sessions().LeaveNetwork(*this);
+  myNetwork = std::move(network);
+  myParent.Sessions().EnterNetwork(*this);
+}
+
+void ClientSocket::SetUsername(std::string_view userName) {
+  myParent.Sessions().DropName(*this);
+  myUsername = userName;
+  myFoldedUsername = FoldText(userName);
+  myParent.Sessions().AddName(*this);
+}
+
+void ClientSocket::ReportStatus(std::string_view text) {
+  myParent.CallStatusMessage(RemoteAddress() + std::string(text));
+}
+
+}  // namespace corvane

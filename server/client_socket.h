@@ -1,0 +1,126 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include <QDateTime>
+#include <QImage>
+
+#include "net/easy_tcp_socket.h"
+#include "server/seat.h"
+#include "server/server_networks.h"
+
+namespace corvane {
+
+class MapSocket;
+struct ClientLocation;
+
+// One connected client: greets it, refuses a banned address, walks it through the three steps of
+// the login, keeps its last report and has its listener relay what changed. Borrows the listener.
+//
+// A session leaves exactly once, however its connection ends: its network is told, its seat given
+// back, its log-out raised. Messages wait while the client's location is looked up.
+class ClientSocket : public EasyTCPSocket {
+ public:
+  enum class State {
+    Idle,             // not handed out yet
+    Greeting,         // the location is being looked up
+    WaitingNetwork,   // command 1 is next
+    WaitingPassword,  // command 2 is next
+    WaitingUserName,  // command 3 is next
+    LoggedIn,
+    Refused,  // a banned address: nothing is answered any more
+    Gone
+  };
+
+  ClientSocket(PollLoop& loop, MapSocket& parent);
+
+  State LoginState() const { return myState; }
+
+  // The name that it logged in with, empty until then; and the same folded, for comparing.
+  const std::string& Username() const { return myUsername; }
+  const std::string& FoldedUsername() const { return myFoldedUsername; }
+
+  // The last report.
+  std::int32_t X = 0;
+  std::int32_t Y = 0;
+  std::int32_t Facet = 0;
+  MapSocket& myParent;
+  std::int32_t HP = 0;
+  bool InBattle = false;
+  std::int32_t LastUpdate = 0;  // Ticks() at the last report
+  bool IsDead = false;
+
+  // What login step 1 last looked up, with a seat there or without; none before and for an unknown
+  // name. Only the session itself changes it.
+  NetworkRef myNetwork;
+
+  // Kept with the session; nothing sets it.
+  QDateTime LastMessage;
+
+  // What the location lookup found.
+  std::string ClientCountry;
+  std::string ClientState;
+  std::string ClientCity;
+  std::string ClientZip;
+  std::string ClientTimeZone;
+  QImage ClientFlag;
+
+  // Whether the client's address is banned, as the database says now.
+  bool isBanned() const;
+  // Whether no other session on the server, in whatever network, holds the name.
+  bool CanLogin(std::string_view userName) const;
+  // Whether the database names this user, network and address as an administrator's.
+  bool isAdmin() const;
+  // Looks up the client's location and greets it then.
+  void GetClientInfo();
+
+  // Ends the connection from our side. The client is sent nothing, no Error is raised. Harmless on
+  // a session that is gone.
+  void Close() override;
+  // The same without telling anybody, for a listener that goes away.
+  void Abandon();
+
+  // For the roster: a number that grows with each hand-off, 0 while not among the active ones.
+  std::uint64_t HandOffNumber() const { return myHandOffNumber; }
+  void SetHandOffNumber(std::uint64_t number) { myHandOffNumber = number; }
+
+ protected:
+  void Connected() override;
+  void Error(std::int32_t code) override;
+  void ReceivedMessage(std::int32_t command, std::string_view data) override;
+
+ private:
+  void Greet(const ClientLocation& location);
+  void HandleLoginStep(std::int32_t command, std::string_view data);
+  void HandleMemberCommand(std::int32_t command, std::string_view data);
+  void HandleAdminCommand(std::int32_t command, std::string_view data);
+
+  void ChooseNetwork(std::string_view name);
+  void CheckPassword(std::string_view digest);
+  void TakeName(std::string_view userName);
+  bool IsPasswordDigest(std::string_view digest) const;
+  void RefuseNetwork(std::string_view name);
+  void RefusePassword();
+  void RefuseName(std::string_view userName);
+
+  void TakeReport(std::string_view data);
+  void SendMembers();
+  void SendBans();
+  void LiftBan(std::string_view id);
+
+  void SetNetwork(NetworkRef network);
+  void SetUsername(std::string_view userName);
+  void ReportStatus(std::string_view text);
+  void Leave();
+
+  State myState = State::Idle;
+  std::uint64_t myHandOffNumber = 0;
+  std::string myUsername;
+  std::string myFoldedUsername;
+  Seat mySeat;
+};
+
+}  // namespace corvane

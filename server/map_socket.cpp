@@ -1,0 +1,164 @@
+#include "server/map_socket.h"
+
+#include <algorithm>
+
+#include "framework/exceptions.h"
+#include "framework/text.h"
+#include "net/poll_loop.h"
+#include "server/client_socket.h"
+#include "server/wire.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view kAllNetworks = "(All Networks)";
+
+std::shared_ptr<ClientSocket> SessionOf(const std::shared_ptr<TCPSocket>& socket) {
+  return std::static_pointer_cast<ClientSocket>(socket);
+}
+
+std::shared_ptr<ClientSocket> SessionOf(ClientSocket& session) {
+  return std::static_pointer_cast<ClientSocket>(session.shared_from_this());
+}
+
+bool IsUserOf(const ClientSocket& session, const std::string& foldedName,
+              const std::string& networkName) {
+  return session.myNetwork != nullptr && session.FoldedUsername() == foldedName &&
+         SameText(session.myNetwork->NetworkName, networkName);
+}
+
+}  // namespace
+
+MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations)
+    : ServerSocket(loop, 2, 10), myLocations(locations), myBans(serverdb), myAdmins(serverdb) {}
+
+MapSocket::~MapSocket() {
+  // Sessions borrow their listener, so none outlives it.
+  for (const auto& connection : *ActiveConnections())
+    SessionOf(connection)->Abandon();
+}
+
+std::shared_ptr<TCPSocket> MapSocket::Event_AddSocket() {
+  return std::make_shared<ClientSocket>(myLoop, *this);
+}
+
+void MapSocket::Event_Error(std::int32_t code) {
+  CallStatusMessage("Server Error: " + std::to_string(code));
+}
+
+void MapSocket::Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) {
+  myRoster.Enter(SessionOf(socket));
+}
+
+void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
+  myRoster.Leave(*SessionOf(socket));
+}
+
+void MapSocket::CallStatusMessage(const std::string& text) {
+  if (StatusMessage) StatusMessage(*this, text);
+}
+
+void MapSocket::CallUserLoggedIn(ClientSocket& client) {
+  if (UserLoggedIn) UserLoggedIn(*this, SessionOf(client));
+}
+
+void MapSocket::CallUserLoggedOut(ClientSocket& client) {
+  if (UserLoggedOut) UserLoggedOut(*this, SessionOf(client));
+}
+
+void MapSocket::BroadcastPosition(ClientSocket& sender) {
+  if (sender.myNetwork == nullptr) return;
+  const std::string packet =
+      EasyTCPSocket::CreatePacket(wire::kMember, wire::PositionRecord(sender));
+  const auto members = myRoster.MembersOf(*sender.myNetwork);
+  for (const std::shared_ptr<ClientSocket>& recipient : *members) {
+    // By name, not by session: two of one name never see each other, on purpose.
+    if (recipient->FoldedUsername() != sender.FoldedUsername()) recipient->SendPacket(packet);
+    myLoop.GiveWay();
+  }
+}
+
+void MapSocket::BroadcastMessage(const std::string& text, const std::string& networkName) {
+  if (text.empty()) return;
+  const std::string packet = EasyTCPSocket::CreatePacket(wire::kMessage, text);
+  const bool toAll = networkName == kAllNetworks;
+  const auto connections = ActiveConnections();
+  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
+    const std::shared_ptr<ClientSocket> recipient = SessionOf(connection);
+    if (recipient->myNetwork == nullptr) throw NilObjectException();
+    if (SameText(recipient->myNetwork->NetworkName, networkName) || toAll) {
+      recipient->SendPacket(packet);
+    }
+    myLoop.GiveWay();
+  }
+}
+
+void MapSocket::ClientDisconnect(ClientSocket& leaving) {
+  if (leaving.myNetwork == nullptr) return;
+  const std::string packet = EasyTCPSocket::CreatePacket(wire::kMemberLeft, leaving.Username());
+  const auto members = myRoster.MembersOf(*leaving.myNetwork);
+  for (const std::shared_ptr<ClientSocket>& recipient : *members) {
+    if (recipient.get() != &leaving) recipient->SendPacket(packet);
+    myLoop.GiveWay();
+  }
+}
+
+NetworkRef MapSocket::FindNetwork(std::string_view name) const {
+  for (const NetworkRef& network : Networks) {
+    if (SameText(network->NetworkName, name)) return network;
+  }
+  return nullptr;
+}
+
+void MapSocket::RemoveNetwork(const NetworkRef& entry) {
+  if (std::find(Networks.begin(), Networks.end(), entry) == Networks.end()) return;
+  BroadcastMessage("This network has been removed from the server.", entry->NetworkName);
+  DisconnectAllClientsOnNetwork(entry);
+  // Looked up anew: the walks give way to other events.
+  const auto place = std::find(Networks.begin(), Networks.end(), entry);
+  if (place != Networks.end()) Networks.erase(place);
+}
+
+void MapSocket::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
+  const std::string packet = EasyTCPSocket::CreatePacket(wire::kBye, wire::kByeText);
+  const auto members = myRoster.MembersOf(*entry);
+  for (const std::shared_ptr<ClientSocket>& member : *members) {
+    member->SendPacket(packet);
+    myLoop.GiveWay();
+  }
+}
+
+void MapSocket::KickUser(const std::string& userName, const std::string& networkName,
+                         const std::string& reason) {
+  const std::string packet = EasyTCPSocket::CreatePacket(wire::kKick, reason);
+  const std::string foldedName = FoldText(userName);
+  std::string lastExamined;
+  const auto connections = ActiveConnections();
+  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
+    const std::shared_ptr<ClientSocket> session = SessionOf(connection);
+    lastExamined = session->Username();
+    if (IsUserOf(*session, foldedName, networkName)) session->SendPacket(packet);
+    myLoop.GiveWay();
+  }
+  // The line names whoever the walk looked at last, not who was kicked: deliberate.
+  CallStatusMessage(lastExamined + " Kicked: " + reason);
+}
+
+void MapSocket::BanUser(ClientSocket& banningClient, const std::string& userName,
+                        const std::string& reason) {
+  const std::string packet = EasyTCPSocket::CreatePacket(wire::kBan, reason);
+  const std::string foldedName = FoldText(userName);
+  const std::string networkName = banningClient.myNetwork->NetworkName;
+  const auto connections = ActiveConnections();
+  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
+    const std::shared_ptr<ClientSocket> target = SessionOf(connection);
+    if (IsUserOf(*target, foldedName, networkName)) {
+      target->SendPacket(packet);
+      CallStatusMessage(target->Username() + " Banned: " + reason);
+      myBans.Add(target->RemoteAddress(), banningClient.Username(), reason, networkName);
+    }
+    myLoop.GiveWay();
+  }
+}
+
+}  // namespace corvane

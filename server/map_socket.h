@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "geo/location_lookup.h"
+#include "net/server_socket.h"
+#include "server/roster.h"
+#include "server/server_networks.h"
+#include "storage/admins_table.h"
+#include "storage/bans_table.h"
+
+namespace corvane {
+
+class ClientSocket;
+
+// The server's listener: makes a session for every connection, keeps the networks, relays each
+// session's position to its network and carries out the operator's and the administrators'
+// commands. Owns its sessions through the pool; borrows the database and the location lookup.
+// What it tells the console goes through the three events.
+class MapSocket : public ServerSocket {
+ public:
+  MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations);
+  ~MapSocket() override;
+
+  // Events. A handler that is not set is not called.
+  std::function<void(MapSocket&, const std::string&)> StatusMessage;
+  std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedIn;
+  std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedOut;
+
+  void CallStatusMessage(const std::string& text);
+  void CallUserLoggedIn(ClientSocket& client);
+  void CallUserLoggedOut(ClientSocket& client);
+
+  // Sends the sender's state to every other session of its network (command 5).
+  void BroadcastPosition(ClientSocket& sender);
+
+  // Sends an operator's message (command 998) to one network, or to all of them for the name
+  // "(All Networks)". An empty text sends nothing. Throws NilObjectException at the first
+  // connection that has no network: deliberate, and the connections after it receive nothing.
+  void BroadcastMessage(const std::string& text, const std::string& networkName);
+
+  // Tells the rest of the network that a user left (command 6).
+  void ClientDisconnect(ClientSocket& leaving);
+
+  // The first network of that name; none if there is none.
+  NetworkRef FindNetwork(std::string_view name) const;
+
+  // Tells the network's users, sends them away and forgets the network. An entry that is not in
+  // Networks changes nothing. Throws as BroadcastMessage does.
+  void RemoveNetwork(const NetworkRef& entry);
+
+  // Sends "BYE" (command 999) to the network's clients; they end their connections.
+  void DisconnectAllClientsOnNetwork(const NetworkRef& entry);
+
+  // Sends the kick notice (command 996). Does not close the connection.
+  void KickUser(const std::string& userName, const std::string& networkName,
+                const std::string& reason);
+
+  // Sends the ban notice (command 997) to the users of that name in the banning client's network
+  // and stores a ban of each one's address. Does not close the connection.
+  void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
+
+  // In the order in which they were added.
+  std::vector<NetworkRef> Networks;
+
+  // What sessions use.
+  Roster& Sessions() { return myRoster; }
+  LocationLookup& Locations() { return myLocations; }
+  BansTable& Bans() { return myBans; }
+  AdminsTable& Admins() { return myAdmins; }
+
+ protected:
+  std::shared_ptr<TCPSocket> Event_AddSocket() override;
+  void Event_Error(std::int32_t code) override;
+  void Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) override;
+  void Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) override;
+
+ private:
+  LocationLookup& myLocations;
+  BansTable myBans;
+  AdminsTable myAdmins;
+  Roster myRoster;
+};
+
+}  // namespace corvane

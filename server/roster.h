@@ -1,0 +1,45 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <unordered_map>
+
+#include "net/snapshot_list.h"
+#include "server/server_networks.h"
+
+namespace corvane {
+
+class ClientSocket;
+
+// Indexes over the listener's active connections, so that a report costs what it delivers and a
+// log-in does not look at everybody: the members of each network, in hand-off order, and how many
+// sessions hold each user name. They always say what a walk over the active connections would.
+class Roster {
+ public:
+  using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
+
+  // A session entered or left the active connections.
+  void Enter(const std::shared_ptr<ClientSocket>& session);
+  void Leave(ClientSocket& session);
+
+  // To be called around every change of an entered session's network and name.
+  void LeaveNetwork(ClientSocket& session);
+  void EnterNetwork(ClientSocket& session);
+  void DropName(const ClientSocket& session);
+  void AddName(const ClientSocket& session);
+
+  // Everybody whose network is this entry, in hand-off order.
+  Members::Snapshot MembersOf(const ServerNetworks& network) const;
+
+  // Whether no other session than this one holds the folded name. Sessions that have not logged in
+  // hold the empty one.
+  bool IsNameFree(const std::string& foldedName, const ClientSocket& session) const;
+
+ private:
+  std::unordered_map<const ServerNetworks*, Members> myMembers;
+  std::unordered_map<std::string, std::size_t> myNames;
+  std::uint64_t myLastHandOff = 0;
+};
+
+}  // namespace corvane

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace corvane {
+
+// One network: a named, password-protected group of clients that see each other's positions. It
+// enforces nothing itself; sessions apply MaxUsers and Enabled and keep CurrentUsers through their
+// seats. Networks are compared by identity, and one that was removed from the listener stays valid
+// while sessions point to it.
+class ServerNetworks {
+ public:
+  ServerNetworks(std::string networkName, std::string password, std::int32_t maxUsers,
+                 bool enabled);
+
+  std::string NetworkName;
+  std::int32_t MaxUsers;
+  bool Enabled;
+  std::string Password;
+  std::int32_t CurrentUsers = 0;
+};
+
+using NetworkRef = std::shared_ptr<ServerNetworks>;
+
+}  // namespace corvane

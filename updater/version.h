@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace corvane {
+
+// The running program's version: the release number for people, the build number (it only grows)
+// for comparing.
+struct Version {
+  int major = 0;
+  int minor = 0;
+  int bug = 0;
+  int build = 0;
+
+  // The four numbers joined with ".".
+  std::string FullVersion() const;
+};
+
+Version RunningVersion();
+
+}  // namespace corvane
