@@ -1,0 +1,26 @@
+#include "framework/dates.h"
+
+#include <QLocale>
+
+#include "framework/text.h"
+
+namespace corvane {
+
+std::string StoredDate(const QDateTime& date) {
+  return date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();
+}
+
+QDateTime DateFromStored(std::string_view text) {
+  return QDateTime::fromString(DisplayText(text), Qt::ISODate);
+}
+
+std::string ShortDateAndTime(const QDateTime& date) {
+  if (!date.isValid()) return {};
+  const QLocale locale;
+  const QDateTime local = date.toLocalTime();
+  return (locale.toString(local.date(), QLocale::ShortFormat) + QLatin1Char(' ') +
+          locale.toString(local.time(), QLocale::ShortFormat))
+      .toStdString();
+}
+
+}  // namespace corvane

@@ -1,0 +1,22 @@
+#include "framework/message_box.h"
+
+#include <cstdio>
+
+#include "framework/standard_output.h"
+#include "framework/text.h"
+
+namespace corvane {
+
+MessageBox::Answer MessageToStandardError(const MessageBox& box) {
+  std::string output;
+  const std::size_t lines = CountFields(box.text, '\n');
+  for (std::size_t line = 1; line <= lines; ++line) {
+    output += Escaped(NthField(box.text, '\n', line)) + '\n';
+  }
+  // With nobody in front of it there is nobody to tell that this failed either.
+  static_cast<void>(std::fwrite(output.data(), 1, output.size(), stderr));
+  static_cast<void>(std::fflush(stderr));
+  return box.kind == MessageBox::Kind::Question ? MessageBox::Answer::No : MessageBox::Answer::OK;
+}
+
+}  // namespace corvane

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include <QString>
+
+// Text is bytes everywhere below the windows. The bytes are meant to be UTF-8; a text that is no
+// valid UTF-8 is taken as Latin-1, so every sequence of bytes has a meaning.
+namespace corvane {
+
+// The text under Unicode case folding, as UTF-8: two texts are the same when their folded forms
+// are equal byte for byte. For the keys of an index.
+std::string FoldText(std::string_view text);
+
+// Whether the two are the same text without regard to letter case.
+bool SameText(std::string_view left, std::string_view right);
+
+// The text as a window shows it.
+QString DisplayText(std::string_view text);
+
+// The bytes of what an operator typed.
+std::string TextFromDisplay(const QString& text);
+
+// Field `number` (counted from 1) of a text whose fields are separated by `separator`; empty when
+// there is none. The result points into `text`.
+std::string_view NthField(std::string_view text, char separator, std::size_t number);
+
+// Number of fields: one more than there are separators, 0 for an empty text.
+std::size_t CountFields(std::string_view text, char separator);
+
+// The text without the blanks (space, tab, line ends) at both ends; points into `text`.
+std::string_view Trimmed(std::string_view text);
+
+}  // namespace corvane
