@@ -1,0 +1,45 @@
+#include "storage/admins_table.h"
+
+namespace corvane {
+
+bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
+                          const std::string& address) {
+  const auto rows =
+      myConnection.SQLSelect("SELECT * FROM admins WHERE name='" + name + "' AND network='" +
+                             network + "' AND address='" + address + "'");
+  return rows && rows->RecordCount() >= 1;
+}
+
+void AdminsTable::Add(const std::string& name, const std::string& address,
+                      const std::string& network) {
+  DatabaseRecord record;
+  record.SetText("name", name);
+  record.SetText("address", address);
+  record.SetText("network", network);
+  myConnection.InsertRecord("admins", record);
+  myConnection.Commit();
+}
+
+std::optional<std::vector<AdminsTable::Admin>> AdminsTable::All() {
+  std::optional<DatabaseCursor> rows = myConnection.SQLSelect("SELECT * FROM admins");
+  if (!rows) return std::nullopt;
+  std::vector<Admin> admins;
+  admins.reserve(rows->RecordCount());
+  for (; !rows->EndOfRows(); rows->MoveNext()) {
+    admins.push_back(
+        {rows->Integer("id"), rows->Text("name"), rows->Text("network"), rows->Text("address")});
+  }
+  return admins;
+}
+
+void AdminsTable::Delete(const std::vector<std::int64_t>& ids) {
+  if (ids.empty()) return;
+  myConnection.Begin();
+  for (const std::int64_t id : ids) {
+    if (myConnection.Error()) break;
+    myConnection.SQLExecute("DELETE FROM admins WHERE id=" + std::to_string(id));
+  }
+  myConnection.Commit();
+}
+
+}  // namespace corvane

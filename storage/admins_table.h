@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "storage/database_connection.h"
+
+namespace corvane {
+
+// The statements on the table "admins". Values are put into the texts as they stand, unescaped:
+// this is deliberate.
+class AdminsTable {
+ public:
+  struct Admin {
+    std::int64_t id = 0;
+    std::string name;
+    std::string network;
+    std::string address;
+  };
+
+  explicit AdminsTable(DatabaseConnection& connection) : myConnection(connection) {}
+
+  // Whether the user of that name, on that network and from that address, was made administrator.
+  bool IsAdmin(const std::string& name, const std::string& network, const std::string& address);
+
+  void Add(const std::string& name, const std::string& address, const std::string& network);
+
+  // All grants in the database's order; none when the query fails.
+  std::optional<std::vector<Admin>> All();
+
+  // Takes back several grants and commits once.
+  void Delete(const std::vector<std::int64_t>& ids);
+
+ private:
+  DatabaseConnection& myConnection;
+};
+
+}  // namespace corvane

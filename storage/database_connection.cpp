@@ -1,0 +1,222 @@
+#include "storage/database_connection.h"
+
+#include <limits>
+#include <memory>
+
+#include <QFileInfo>
+#include <sqlite3.h>
+
+#include "storage/quoted_identifier.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr int kBusyTimeout = 250;  // milliseconds
+constexpr std::string_view kSelectAll = "SELECT * FROM ";
+
+struct StatementEnd {
+  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
+};
+using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
+
+// The first statement of the text. None, with SQLite's code in `result`, when there is none: also
+// for a text with a NUL, which SQLite would take for its end and run what stands before it.
+Statement Prepare(sqlite3* database, std::string_view text, int& result) {
+  result = SQLITE_MISUSE;
+  if (database == nullptr || text.find('\0') != std::string_view::npos) return nullptr;
+  result = SQLITE_TOOBIG;
+  if (text.size() > std::numeric_limits<int>::max()) return nullptr;
+  sqlite3_stmt* statement = nullptr;
+  result =
+      sqlite3_prepare_v2(database, text.data(), static_cast<int>(text.size()), &statement, nullptr);
+  if (result == SQLITE_OK && statement == nullptr) result = SQLITE_MISUSE;
+  return Statement(statement);
+}
+
+int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
+  if (const auto* integer = std::get_if<std::int64_t>(&value)) {
+    return sqlite3_bind_int64(statement, index, *integer);
+  }
+  if (const auto* real = std::get_if<double>(&value)) {
+    return sqlite3_bind_double(statement, index, *real);
+  }
+  if (const auto* text = std::get_if<std::string>(&value)) {
+    return sqlite3_bind_text64(statement, index, text->data(), text->size(), SQLITE_STATIC,
+                               SQLITE_UTF8);
+  }
+  return sqlite3_bind_null(statement, index);
+}
+
+DatabaseValue ColumnValue(sqlite3_stmt* statement, int column) {
+  switch (sqlite3_column_type(statement, column)) {
+    case SQLITE_NULL:
+      return {};
+    case SQLITE_INTEGER:
+      return std::int64_t{sqlite3_column_int64(statement, column)};
+    case SQLITE_FLOAT:
+      return sqlite3_column_double(statement, column);
+    default: {
+      // Asking for the bytes first would give the length before a conversion to UTF-8.
+      const void* const bytes = sqlite3_column_type(statement, column) == SQLITE_BLOB
+                                    ? sqlite3_column_blob(statement, column)
+                                    : sqlite3_column_text(statement, column);
+      const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, column));
+      return bytes == nullptr ? std::string() : std::string(static_cast<const char*>(bytes), size);
+    }
+  }
+}
+
+// The word behind "SELECT * FROM".
+std::string_view TableOf(std::string_view query) {
+  query.remove_prefix(kSelectAll.size());
+  return query.substr(0, query.find_first_of(" \t\r\n;"));
+}
+
+}  // namespace
+
+DatabaseConnection::~DatabaseConnection() {
+  sqlite3_close(myDatabase);
+}
+
+bool DatabaseConnection::Connect(const QString& file) {
+  sqlite3_close(myDatabase);
+  myDatabase = nullptr;
+  // An absolute path is always a file's: no empty or special name makes a database in memory.
+  const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
+  sqlite3* database = nullptr;
+  const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
+  myDatabase = database;
+  if (result == SQLITE_OK) {
+    sqlite3_busy_timeout(myDatabase, kBusyTimeout);
+    // A file that someone turned to a write-ahead log turns back, as far as nobody else uses it.
+    sqlite3_exec(myDatabase, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
+    if (Run("PRAGMA synchronous=FULL", {}) && Run("SELECT count(*) FROM sqlite_master", {})) {
+      return true;
+    }
+  } else {
+    FailWith(result);
+  }
+  sqlite3_close(myDatabase);
+  myDatabase = nullptr;
+  return false;
+}
+
+std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view query) {
+  int result = SQLITE_OK;
+  const Statement statement = Prepare(myDatabase, query, result);
+  if (!statement) {
+    FailWith(result);
+    return std::nullopt;
+  }
+  std::vector<std::string> columns;
+  const int columnCount = sqlite3_column_count(statement.get());
+  for (int i = 0; i < columnCount; ++i) {
+    const char* const name = sqlite3_column_name(statement.get(), i);
+    columns.emplace_back(name == nullptr ? "" : name);
+  }
+  DatabaseCursor cursor(*this, std::move(columns));
+  for (result = sqlite3_step(statement.get()); result == SQLITE_ROW;
+       result = sqlite3_step(statement.get())) {
+    DatabaseCursor::Row& row = cursor.myRows.emplace_back();
+    row.values.reserve(static_cast<std::size_t>(columnCount));
+    for (int i = 0; i < columnCount; ++i)
+      row.values.push_back(ColumnValue(statement.get(), i));
+  }
+  if (result != SQLITE_DONE) {
+    FailWith(result);
+    return std::nullopt;
+  }
+  Succeed();
+  return cursor;
+}
+
+std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query) {
+  // Both selects see the same rows: they share one read transaction.
+  const bool isOwnTransaction = myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) != 0;
+  if (isOwnTransaction) sqlite3_exec(myDatabase, "BEGIN", nullptr, nullptr, nullptr);
+  std::optional<DatabaseCursor> cursor = SQLSelect(query);
+  if (cursor && query.starts_with(kSelectAll)) TakeIdentities(*cursor, query);
+  if (isOwnTransaction) sqlite3_exec(myDatabase, "COMMIT", nullptr, nullptr, nullptr);
+  return cursor;
+}
+
+void DatabaseConnection::TakeIdentities(DatabaseCursor& cursor, std::string_view query) {
+  const std::string behindStar(query.substr(std::string_view("SELECT *").size()));
+  const auto identified = SQLSelect("SELECT _rowid_,*" + behindStar);
+  Succeed();
+  if (!identified || identified->myRows.size() != cursor.myRows.size()) return;
+  for (std::size_t i = 0; i < cursor.myRows.size(); ++i) {
+    DatabaseCursor::Row& row = cursor.myRows[i];
+    const std::vector<DatabaseValue>& values = identified->myRows[i].values;
+    // A text that holds more than a plain select may give other rows this way.
+    const auto* const identity = std::get_if<std::int64_t>(&values.front());
+    if (identity == nullptr ||
+        !std::equal(values.begin() + 1, values.end(), row.values.begin(), row.values.end()))
+      return;
+    row.identity = *identity;
+  }
+  cursor.myTable = TableOf(query);
+}
+
+void DatabaseConnection::SQLExecute(std::string_view statement) {
+  Run(statement, {});
+}
+
+void DatabaseConnection::InsertRecord(std::string_view table, const DatabaseRecord& record) {
+  std::string columns;
+  std::string places;
+  std::vector<DatabaseValue> values;
+  for (const auto& [column, value] : record.Columns()) {
+    columns += (columns.empty() ? "" : ",") + QuotedIdentifier(column);
+    places += places.empty() ? "?" : ",?";
+    values.push_back(value);
+  }
+  Run("INSERT INTO " + QuotedIdentifier(table) +
+          (values.empty() ? " DEFAULT VALUES" : "(" + columns + ") VALUES(" + places + ")"),
+      values);
+}
+
+void DatabaseConnection::Begin() {
+  // The lock is taken, and waited for, here: once, and not again for each statement of the group.
+  Run("BEGIN IMMEDIATE", {});
+}
+
+void DatabaseConnection::Commit() {
+  if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return;
+  // A group that could not be committed would otherwise stay open and swallow later changes.
+  if (!Run("COMMIT", {})) sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+bool DatabaseConnection::Run(std::string_view statement, const std::vector<DatabaseValue>& values) {
+  int result = SQLITE_OK;
+  const Statement prepared = Prepare(myDatabase, statement, result);
+  if (!prepared) return FailWith(result);
+  for (std::size_t i = 0; i < values.size() && result == SQLITE_OK; ++i) {
+    result = Bind(prepared.get(), static_cast<int>(i + 1), values[i]);
+  }
+  if (result != SQLITE_OK) return FailWith(result);
+  do {
+    result = sqlite3_step(prepared.get());
+  } while (result == SQLITE_ROW);
+  return result == SQLITE_DONE ? Succeed() : FailWith(result);
+}
+
+bool DatabaseConnection::Fail(std::string message) {
+  myError = true;
+  myErrorMessage = std::move(message);
+  return false;
+}
+
+bool DatabaseConnection::FailWith(int result) {
+  const bool isFromDatabase = myDatabase != nullptr && sqlite3_errcode(myDatabase) == result;
+  return Fail(isFromDatabase ? sqlite3_errmsg(myDatabase) : sqlite3_errstr(result));
+}
+
+bool DatabaseConnection::Succeed() {
+  myError = false;
+  myErrorMessage.clear();
+  return true;
+}
+
+}  // namespace corvane

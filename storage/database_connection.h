@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <QString>
+
+#include "storage/database_cursor.h"
+#include "storage/database_record.h"
+
+struct sqlite3;
+
+namespace corvane {
+
+// One open SQLite database. Every operation runs on the calling thread, sets the error flag and
+// message when it fails and clears them when it succeeds. Each statement is committed durably
+// (rollback journal, synchronous=FULL) as it runs, unless Begin opened a group; a lock held by
+// another process is waited for 250 ms.
+class DatabaseConnection {
+ public:
+  DatabaseConnection() = default;
+  ~DatabaseConnection();
+  DatabaseConnection(const DatabaseConnection&) = delete;
+  DatabaseConnection& operator=(const DatabaseConnection&) = delete;
+
+  // Opens an existing database file for reading and writing and reads from it once, so that a file
+  // that is no database fails here. A file that may only be read opens as well, and each change of
+  // it fails. Never creates a file. Returns whether it is open.
+  bool Connect(const QString& file);
+  bool IsConnected() const { return myDatabase != nullptr; }
+
+  // Runs one query exactly as given; none when it fails.
+  std::optional<DatabaseCursor> SQLSelect(std::string_view query);
+
+  // The same for a query that starts with "SELECT * FROM", with each row's identity taken along on
+  // the side, so that the cursor can change its rows.
+  std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query);
+
+  // Runs one statement that has no result.
+  void SQLExecute(std::string_view statement);
+
+  // Adds a row.
+  void InsertRecord(std::string_view table, const DatabaseRecord& record);
+
+  // Begin groups the statements up to the next Commit into one transaction. Commit ends such a
+  // group; without one everything is committed already, and neither the data nor the error flag
+  // changes.
+  void Begin();
+  void Commit();
+
+  bool Error() const { return myError; }
+  const std::string& ErrorMessage() const { return myErrorMessage; }
+
+ private:
+  friend class DatabaseCursor;
+  // Runs a statement of our own with bound values; returns whether it succeeded.
+  bool Run(std::string_view statement, const std::vector<DatabaseValue>& values);
+  // Gives the cursor its rows' identities where the query allows it.
+  void TakeIdentities(DatabaseCursor& cursor, std::string_view query);
+  // Set or clear the error; they return what the operation that ends there returns.
+  bool Fail(std::string message);
+  bool FailWith(int result);
+  bool Succeed();
+
+  sqlite3* myDatabase = nullptr;
+  bool myError = false;
+  std::string myErrorMessage;
+};
+
+}  // namespace corvane

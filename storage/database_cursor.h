@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "storage/database_record.h"
+
+namespace corvane {
+
+class DatabaseConnection;
+
+// The rows of one select, all read when it was made, with a position that starts at the first row.
+// Borrows its connection. A cursor from SQLSelectForEdit knows each row's identity and can change
+// or delete the current row, also where several rows hold the same values.
+class DatabaseCursor {
+ public:
+  std::size_t RecordCount() const { return myRows.size(); }
+  bool EndOfRows() const { return myPosition >= myRows.size(); }
+  void MoveNext();
+
+  // Columns of the current row by name (letter case ignored). A column that is not there, or any
+  // column past the last row, reads as NULL.
+  const DatabaseValue& Value(std::string_view column) const;
+  std::string Text(std::string_view column) const { return TextOf(Value(column)); }
+  std::int64_t Integer(std::string_view column) const { return IntegerOf(Value(column)); }
+  bool Boolean(std::string_view column) const { return BooleanOf(Value(column)); }
+  QDateTime Date(std::string_view column) const { return DateOf(Value(column)); }
+
+  // Edit starts a change of the current row, the setters collect it, Update writes it. Without a
+  // current row or its identity, Update and DeleteRecord set the connection's error.
+  void Edit();
+  void SetText(std::string column, std::string value);
+  void SetInteger(std::string column, std::int64_t value);
+  void SetBoolean(std::string column, bool value);
+  void SetDate(std::string column, const QDateTime& value);
+  void Update();
+  void DeleteRecord();
+
+ private:
+  friend class DatabaseConnection;
+  struct Row {
+    std::vector<DatabaseValue> values;
+    std::int64_t identity = 0;
+  };
+
+  DatabaseCursor(DatabaseConnection& connection, std::vector<std::string> columns);
+  // Whether the current row can be changed; sets the connection's error when it cannot.
+  bool HasIdentity() const;
+
+  DatabaseConnection* myConnection;
+  std::vector<std::string> myColumns;
+  std::vector<Row> myRows;
+  std::string myTable;  // empty: rows carry no identity
+  std::size_t myPosition = 0;
+  DatabaseRecord myEdit;
+};
+
+}  // namespace corvane

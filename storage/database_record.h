@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include <QDateTime>
+
+namespace corvane {
+
+// A value of a column: NULL, integer, floating point or text (also blobs, byte for byte).
+using DatabaseValue = std::variant<std::monostate, std::int64_t, double, std::string>;
+
+// What SQLite's loose typing makes of a value when a column is read as a given type.
+std::string TextOf(const DatabaseValue& value);      // NULL: empty
+std::int64_t IntegerOf(const DatabaseValue& value);  // a text: its leading number; NULL: 0
+bool BooleanOf(const DatabaseValue& value);          // non-zero, or the text "true" in any case
+QDateTime DateOf(const DatabaseValue& value);        // invalid when it is no date
+
+// The columns of a row to insert, in the order in which they were set.
+class DatabaseRecord {
+ public:
+  void SetText(std::string column, std::string value);
+  void SetInteger(std::string column, std::int64_t value);
+  void SetBoolean(std::string column, bool value);  // stored as 1 or 0
+  void SetDate(std::string column, const QDateTime& value);
+
+  const std::vector<std::pair<std::string, DatabaseValue>>& Columns() const { return myColumns; }
+
+ private:
+  std::vector<std::pair<std::string, DatabaseValue>> myColumns;
+};
+
+}  // namespace corvane
