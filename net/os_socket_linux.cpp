@@ -39,10 +39,6 @@ Endpoint FromSystem(const sockaddr_in& address) {
   return {text, ntohs(address.sin_port)};
 }
 
-const sockaddr* Generic(const sockaddr_in& address) {
-  return reinterpret_cast<const sockaddr*>(&address);
-}
-
 sockaddr* Generic(sockaddr_in& address) {
   return reinterpret_cast<sockaddr*>(&address);
 }

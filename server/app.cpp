@@ -1,5 +1,7 @@
 #include "server/app.h"
 
+#include <algorithm>
+#include <limits>
 #include <utility>
 
 #include <QCoreApplication>
@@ -14,6 +16,11 @@ namespace corvane {
 namespace {
 
 constexpr std::int32_t kMaximumConnections = 100'000;
+
+std::int32_t Clamped(std::int64_t number) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
+}
 
 }  // namespace
 
@@ -30,19 +37,25 @@ bool App::Open() {
   return OpenDatabase();
 }
 
+void App::Tell(const std::string& text) {
+  MessageBox box;
+  box.text = text;
+  myShowMessage(box);
+}
+
 bool App::OpenDatabase() {
   if (!myDataFolder) {
-    ShowMessage({.text = "Unable to locate database.  You may need to uninstall and reinstall."});
+    Tell("Unable to locate database.  You may need to uninstall and reinstall.");
     return false;
   }
   const QString file = QFileInfo(*myDataFolder + "/serverdb.rsd").absoluteFilePath();
   if (!QFileInfo::exists(file)) {
-    ShowMessage({.text = "Unable to locate database at:\n" + file.toStdString() +
-                         "\n\nYou may need to uninstall and reinstall."});
+    Tell("Unable to locate database at:\n" + file.toStdString() +
+         "\n\nYou may need to uninstall and reinstall.");
     return false;
   }
   if (!myDatabase.Connect(file)) {
-    ShowMessage({.text = "An error occured while connecting to the database."});
+    Tell("An error occured while connecting to the database.");
     return false;
   }
   return true;
@@ -62,7 +75,7 @@ void App::LoadServerSocket(MapSocket& listener,
   if (auto row = NetworksTable(myDatabase).All()) {
     for (; !row->EndOfRows(); row->MoveNext()) {
       listener.Networks.push_back(std::make_shared<ServerNetworks>(
-          row->Text("name"), row->Text("pass"), ClampedInt32(row->Integer("users")),
+          row->Text("name"), row->Text("pass"), Clamped(row->Integer("users")),
           row->Boolean("enabled")));
       networkAdded(listener.Networks.back());
       myLoop.GiveWay();
@@ -82,8 +95,8 @@ void App::LastResort() {
   if (std::exchange(myLastResortReached, true)) return;
   myLoop.Flush();
   myLoop.Stop();
-  ShowMessage({.text = "An exception of class " + ClassNameOf(std::current_exception()) +
-                       " was not handled.  The application must shut down."});
+  Tell("An exception of class " + ClassNameOf(std::current_exception()) +
+       " was not handled.  The application must shut down.");
   Quit(1);
 }
 

@@ -53,6 +53,7 @@ class App {
 
  private:
   bool OpenDatabase();
+  void Tell(const std::string& text);
 
   std::optional<QString> myDataFolder;
   MessageBoxFunction myShowMessage;
