@@ -1,0 +1,52 @@
+#include <cstdio>
+#include <exception>
+#include <sys/resource.h>
+
+#include <QCoreApplication>
+
+#include "tools/swarm/demo_run.h"
+#include "tools/swarm/measured_run.h"
+#include "tools/swarm/options.h"
+
+namespace corvane::swarm {
+namespace {
+
+// A descriptor per player: take all that the system allows.
+void RaiseDescriptorLimit() {
+  rlimit limit{};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
+  limit.rlim_cur = limit.rlim_max;
+  setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+int Run(const Options& options) {
+  RaiseDescriptorLimit();
+  // A line as soon as it is written, also into a pipe.
+  std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+  if (options.mode == Mode::Demo) return DemoRun(options).Execute();
+  const RunResult result = MeasuredRun(options).Execute();
+  std::printf("%s\n%s\n", result.ToText().c_str(), result.ToJson().c_str());
+  return result.IsGood() ? 0 : 1;
+}
+
+int Main(int argumentCount, char** arguments) {
+  const QCoreApplication application(argumentCount, arguments);
+  const ParsedOptions parsed = ParseOptions(QCoreApplication::arguments());
+  if (!parsed.options) {
+    std::fputs(parsed.text.c_str(), parsed.exitCode == 0 ? stdout : stderr);
+    return parsed.exitCode;
+  }
+  try {
+    return Run(*parsed.options);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "corvane-swarm: %s\n", error.what());
+    return 1;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::swarm
+
+int main(int argumentCount, char** arguments) {
+  return corvane::swarm::Main(argumentCount, arguments);
+}

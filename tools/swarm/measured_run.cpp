@@ -1,0 +1,196 @@
+#include "tools/swarm/measured_run.h"
+
+#include <cstdio>
+
+#include "tools/swarm/fanout_traffic.h"
+#include "tools/swarm/password_digest.h"
+#include "tools/swarm/rate_traffic.h"
+
+namespace corvane::swarm {
+
+namespace {
+
+constexpr std::chrono::seconds kSettleTime{1};
+// Deliveries that do not come for this long are missing.
+constexpr std::chrono::seconds kDrainTime{10};
+
+}  // namespace
+
+MeasuredRun::MeasuredRun(const Options& options)
+    : myOptions(options),
+      myPool(options.server, options.connectAtOnce),
+      myBook(options.networks.size(), options.users, options.reporters) {
+  const std::string digest = PasswordDigest(options.password);
+  for (std::size_t network = 0; network < options.networks.size(); ++network) {
+    for (std::size_t user = 0; user < options.users; ++user) {
+      const Member member{network, user};
+      myClients.push_back(std::make_unique<Client>(
+          member,
+          Login(options.networks[network], digest, UserNameOf(options.userPrefix, member))));
+    }
+  }
+  myTraffic = MakeTraffic(options);
+  if (options.serverPid) myServer.emplace(*options.serverPid);
+  myResult.mode = options.modeName;
+  myResult.networks = options.networks.size();
+  myResult.users = options.users;
+}
+
+std::unique_ptr<Traffic> MeasuredRun::MakeTraffic(const Options& options) {
+  std::vector<Client*> clients;
+  for (const auto& client : myClients)
+    clients.push_back(client.get());
+  if (options.mode == Mode::Fanout) {
+    return std::make_unique<FanoutTraffic>(myPool, myBook, std::move(clients), options.users,
+                                           options.reporters, options.burst);
+  }
+  return std::make_unique<RateTraffic>(myPool, myBook, std::move(clients), options.users,
+                                       options.reportsPerSecond);
+}
+
+RunResult MeasuredRun::Execute() {
+  if (myOptions.measuresIdle) myResult.emptyRssKib = ServerRssKib();
+  for (const auto& client : myClients)
+    myPool.Connect(*client);
+  myPool.Run(*this);
+
+  myResult.sent = myBook.Sent();
+  myResult.expected = myBook.Expected();
+  myResult.received = myBook.Received();
+  myResult.missing = myBook.Missing();
+  myResult.unexpected = myBook.Unexpected();
+  return myResult;
+}
+
+void MeasuredRun::LoggedIn(Client&) {
+  if (++myOnline < myClients.size()) return;
+  if (myOptions.measuresIdle) {
+    myPhase = Phase::Settling;
+    myPool.WakeAt(Clock::now() + kSettleTime);
+  } else {
+    StartSending();
+  }
+}
+
+void MeasuredRun::Received(Client& client, std::int32_t command, std::string_view payload) {
+  // The others' leaving is news to those who are still there.
+  if (myPhase == Phase::Leaving) return;
+  const std::optional<Relay> relay =
+      command == command::kMember ? ParseRelay(payload) : std::nullopt;
+  const std::optional<Member> sender =
+      relay ? ParseUserName(myOptions.userPrefix, relay->user) : std::nullopt;
+  if (!sender) {
+    myBook.ReceiveForeign();
+    return;
+  }
+  if (!myBook.Receive(client.Identity(), *sender, relay->report)) return;
+  const Clock::time_point now = Clock::now();
+  myLastDelivery = now;
+  const auto sequence = static_cast<std::uint32_t>(relay->report.x);
+  myResult.latency.Add(now - myTraffic->Delivered(*sender, sequence, now));
+  DrainIfSent();
+  if (myPhase == Phase::Draining && myBook.Missing() == 0) EndSending();
+}
+
+void MeasuredRun::Left(Client&) {
+  --myOnline;
+  StopIfAllLeft();
+}
+
+void MeasuredRun::Lost(Client& client, Client::State before, const std::string& reason) {
+  std::fprintf(stderr, "corvane-swarm: %s: %s\n", client.UserName().c_str(), reason.c_str());
+  const bool wasOnline = before == Client::State::Online || before == Client::State::Leaving;
+  if (!wasOnline) {
+    ++myResult.connectFailures;
+    if (myPhase == Phase::Arriving) StartLeaving();
+    return;
+  }
+  ++myResult.disconnects;
+  --myOnline;
+  if (myPhase == Phase::Leaving) {
+    StopIfAllLeft();
+  } else if (myPhase != Phase::Sending && myPhase != Phase::Draining) {
+    StartLeaving();
+  }
+}
+
+void MeasuredRun::Wake(Clock::time_point now) {
+  switch (myPhase) {
+    case Phase::Settling:
+      myResult.idleRssKib = ServerRssKib();
+      StartSending();
+      break;
+    case Phase::Sending:
+      myTraffic->Wake(now);
+      DrainIfSent();
+      break;
+    case Phase::Draining:
+      if (now - myLastDelivery >= kDrainTime) {
+        EndSending();
+      } else {
+        myPool.WakeAt(myLastDelivery + kDrainTime);
+      }
+      break;
+    case Phase::Arriving:
+    case Phase::Leaving:
+      break;
+  }
+}
+
+void MeasuredRun::Interrupted() {
+  if (myPhase == Phase::Sending) {
+    myTraffic->Stop();
+    DrainIfSent();
+  } else if (myPhase == Phase::Leaving) {
+    myPool.Stop();
+  } else {
+    StartLeaving();
+  }
+}
+
+void MeasuredRun::StartSending() {
+  myPhase = Phase::Sending;
+  if (myServer) myCpuAtStart = myServer->CpuTime();
+  mySendingStart = myLastDelivery = Clock::now();
+  myTraffic->Start(mySendingStart, mySendingStart + *myOptions.duration);
+}
+
+void MeasuredRun::DrainIfSent() {
+  if (myPhase != Phase::Sending || !myTraffic->IsDone()) return;
+  myPhase = Phase::Draining;
+  if (myBook.Missing() == 0) {
+    EndSending();
+  } else {
+    myPool.WakeAt(Clock::now() + kDrainTime);
+  }
+}
+
+void MeasuredRun::EndSending() {
+  myResult.elapsed = myLastDelivery - mySendingStart;
+  if (myServer) {
+    const auto cpu = myServer->CpuTime();
+    if (cpu && myCpuAtStart) myResult.serverCpu = *cpu - *myCpuAtStart;
+    myResult.serverRssKib = myServer->RssKib();
+  }
+  StartLeaving();
+}
+
+void MeasuredRun::StartLeaving() {
+  myPhase = Phase::Leaving;
+  for (const auto& client : myClients) {
+    const bool isOnline = client->CurrentState() == Client::State::Online;
+    if (isOnline && myOptions.leave == LeaveWay::Abrupt) {
+      myPool.Reset(*client);
+      --myOnline;
+    } else {
+      myPool.Leave(*client);
+    }
+  }
+  StopIfAllLeft();
+}
+
+std::optional<std::int64_t> MeasuredRun::ServerRssKib() const {
+  return myServer ? myServer->RssKib() : std::nullopt;
+}
+
+}  // namespace corvane::swarm

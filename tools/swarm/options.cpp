@@ -1,0 +1,217 @@
+#include "tools/swarm/options.h"
+
+#include <cmath>
+#include <limits>
+#include <netdb.h>
+#include <stdexcept>
+
+#include <QCommandLineParser>
+
+namespace corvane::swarm {
+
+namespace {
+
+constexpr int kUsageError = 2;
+
+// A command line that cannot be carried out; the text says what is wrong.
+class UsageError : public std::runtime_error {
+ public:
+  explicit UsageError(const QString& text) : std::runtime_error(text.toStdString()) {}
+};
+
+struct OptionRow {
+  const char* name;
+  const char* valueName;  // none: a switch
+  const char* defaultValue;
+  const char* description;
+  const char* mode;  // none: every mode takes it
+};
+
+constexpr OptionRow kOptions[] = {
+    {"host", "address", "127.0.0.1", "Server's IPv4 address or name.", nullptr},
+    {"port", "number", "12000", "Server's port.", nullptr},
+    {"network", "name", nullptr, "Network to log into; may be given several times.", nullptr},
+    {"networks", "count", nullptr,
+     "Log into this many networks, named by --network-prefix and a number from 1 on.", nullptr},
+    {"network-prefix", "text", "Bench", "Begin of the names of --networks.", nullptr},
+    {"password", "text", "", "Password of the networks, as plain text.", nullptr},
+    {"users", "count", "25", "Players in each network.", nullptr},
+    {"user-prefix", "text", "swarm",
+     "Begin of the user names of a measured run. User names are unique on a server: give each of "
+     "several runs its own.",
+     nullptr},
+    {"connect-at-once", "count", "2",
+     "Clients on their way in at a time; the server's queue of new connections is short.", nullptr},
+    {"seconds", "time", nullptr, "How long to send; demo: until interrupted, else 10.", nullptr},
+    {"leave", "way", "orderly", "How the clients end: orderly, or abrupt (a reset).", nullptr},
+    {"server-pid", "number", nullptr,
+     "Process of the server: its processor time and memory are measured too.", nullptr},
+    {"measure-idle", nullptr, nullptr,
+     "Measure the server's memory for a connection that only waits (needs --server-pid).", nullptr},
+    {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
+    {"burst", "count", "20", "fanout: reports of each reporter in a burst.", "fanout"},
+    {"rate", "reports", "2", "rate: reports a second of each member.", "rate"},
+};
+
+void AddOptions(QCommandLineParser& parser) {
+  for (const OptionRow& row : kOptions) {
+    QCommandLineOption option(QString::fromLatin1(row.name), QString::fromLatin1(row.description));
+    if (row.valueName != nullptr) option.setValueName(QString::fromLatin1(row.valueName));
+    if (row.defaultValue != nullptr) option.setDefaultValue(QString::fromLatin1(row.defaultValue));
+    parser.addOption(option);
+  }
+}
+
+std::size_t Count(const QCommandLineParser& parser, const QString& name, std::size_t least,
+                  std::size_t most) {
+  bool isNumber = false;
+  const auto value = parser.value(name).toULongLong(&isNumber);
+  if (!isNumber || value < least || value > most) {
+    throw UsageError(
+        QStringLiteral("--%1 takes a whole number from %2 to %3, not '%4'")
+            .arg(name, QString::number(least), QString::number(most), parser.value(name)));
+  }
+  return static_cast<std::size_t>(value);
+}
+
+double PositiveNumber(const QCommandLineParser& parser, const QString& name, double most) {
+  bool isNumber = false;
+  const double value = parser.value(name).toDouble(&isNumber);
+  if (!isNumber || !(value > 0) || value > most) {
+    throw UsageError(QStringLiteral("--%1 takes a number above 0, up to %2, not '%3'")
+                         .arg(name, QString::number(most), parser.value(name)));
+  }
+  return value;
+}
+
+sockaddr_in ServerAddress(const QCommandLineParser& parser) {
+  const std::size_t port = Count(parser, QStringLiteral("port"), 1, 65535);
+  const QString host = parser.value(QStringLiteral("host"));
+  addrinfo hints{};
+  hints.ai_family = AF_INET;
+  hints.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  const int error = getaddrinfo(host.toUtf8().constData(), nullptr, &hints, &found);
+  if (error != 0) {
+    throw UsageError(
+        QStringLiteral("--host '%1': %2").arg(host, QString::fromLocal8Bit(gai_strerror(error))));
+  }
+  sockaddr_in address = *reinterpret_cast<const sockaddr_in*>(found->ai_addr);
+  freeaddrinfo(found);
+  address.sin_port = htons(static_cast<std::uint16_t>(port));
+  return address;
+}
+
+std::vector<std::string> Networks(const QCommandLineParser& parser) {
+  const bool isCounted = parser.isSet(QStringLiteral("networks"));
+  std::vector<std::string> names;
+  for (const QString& name : parser.values(QStringLiteral("network"))) {
+    names.push_back(name.toStdString());
+  }
+  if (isCounted == !names.empty()) {
+    throw UsageError(QStringLiteral("name the networks, either with --network or with --networks"));
+  }
+  if (!isCounted) return names;
+  const std::size_t count = Count(parser, QStringLiteral("networks"), 1, 100000);
+  const std::string prefix = parser.value(QStringLiteral("network-prefix")).toStdString();
+  for (std::size_t i = 1; i <= count; ++i)
+    names.push_back(prefix + std::to_string(i));
+  return names;
+}
+
+Mode ModeOf(const QStringList& arguments) {
+  if (arguments.size() == 1) {
+    if (arguments[0] == QLatin1String("demo")) return Mode::Demo;
+    if (arguments[0] == QLatin1String("fanout")) return Mode::Fanout;
+    if (arguments[0] == QLatin1String("rate")) return Mode::Rate;
+  }
+  throw UsageError(QStringLiteral("give one mode: demo, fanout or rate"));
+}
+
+void CheckModeTakesOptions(const QCommandLineParser& parser, const std::string& mode) {
+  for (const OptionRow& row : kOptions) {
+    if (row.mode != nullptr && row.mode != mode && parser.isSet(QString::fromLatin1(row.name))) {
+      throw UsageError(QStringLiteral("--%1 belongs to the mode %2")
+                           .arg(QString::fromLatin1(row.name), QString::fromLatin1(row.mode)));
+    }
+  }
+}
+
+Options Read(const QCommandLineParser& parser) {
+  Options options;
+  options.mode = ModeOf(parser.positionalArguments());
+  options.modeName = parser.positionalArguments().constFirst().toStdString();
+  CheckModeTakesOptions(parser, options.modeName);
+  const bool isMeasured = options.mode != Mode::Demo;
+
+  options.server = ServerAddress(parser);
+  options.networks = Networks(parser);
+  options.password = parser.value(QStringLiteral("password")).toStdString();
+  options.users = Count(parser, QStringLiteral("users"), isMeasured ? 2 : 1, 100000);
+  options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
+  options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
+  if (parser.isSet(QStringLiteral("seconds")) || isMeasured) {
+    const double seconds = parser.isSet(QStringLiteral("seconds"))
+                               ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
+                               : 10;
+    options.duration = std::chrono::milliseconds(std::lround(seconds * 1000));
+  }
+
+  const QString way = parser.value(QStringLiteral("leave"));
+  if (way != QLatin1String("orderly") && way != QLatin1String("abrupt")) {
+    throw UsageError(QStringLiteral("--leave takes orderly or abrupt, not '%1'").arg(way));
+  }
+  options.leave = way == QLatin1String("abrupt") ? LeaveWay::Abrupt : LeaveWay::Orderly;
+
+  if (parser.isSet(QStringLiteral("server-pid"))) {
+    options.serverPid = static_cast<pid_t>(
+        Count(parser, QStringLiteral("server-pid"), 1, std::numeric_limits<pid_t>::max()));
+  }
+  options.measuresIdle = parser.isSet(QStringLiteral("measure-idle"));
+  if (options.measuresIdle && !options.serverPid) {
+    throw UsageError(QStringLiteral("--measure-idle needs --server-pid"));
+  }
+
+  options.reporters = parser.isSet(QStringLiteral("reporters"))
+                          ? Count(parser, QStringLiteral("reporters"), 1, options.users)
+                          : options.users;
+  options.burst = Count(parser, QStringLiteral("burst"), 1, 100000);
+  options.reportsPerSecond = PositiveNumber(parser, QStringLiteral("rate"), 100000);
+  return options;
+}
+
+}  // namespace
+
+ParsedOptions ParseOptions(const QStringList& arguments) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(QStringLiteral(
+      "Simulated players for a Corvane server, over its real protocol.\n\n"
+      "demo    players walk, fight, die, leave and come back; a line a second tells how many\n"
+      "fanout  closed loop: in each network reporters send bursts and wait until every member\n"
+      "        has every report\n"
+      "rate    every member reports at a fixed rate; tells how long the reports are on the road,\n"
+      "        counted from the time at which each was due\n\n"
+      "fanout and rate count every delivery, print a line to read and a line of JSON, and exit\n"
+      "with 0 only if all came, nothing else came, and nobody was cut off."));
+  parser.addPositionalArgument(QStringLiteral("mode"), QStringLiteral("demo, fanout or rate"));
+  const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                QStringLiteral("Show this text."));
+  parser.addOption(help);
+  AddOptions(parser);
+
+  ParsedOptions result;
+  try {
+    if (!parser.parse(arguments)) throw UsageError(parser.errorText());
+    if (parser.isSet(help)) {
+      result.text = parser.helpText().toStdString();
+    } else {
+      result.options = Read(parser);
+    }
+  } catch (const UsageError& error) {
+    result.text = "corvane-swarm: " + std::string(error.what()) + " (--help tells more)\n";
+    result.exitCode = kUsageError;
+  }
+  return result;
+}
+
+}  // namespace corvane::swarm

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <netinet/in.h>
+#include <optional>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+#include <QStringList>
+
+namespace corvane::swarm {
+
+enum class Mode { Demo, Fanout, Rate };
+enum class LeaveWay { Orderly, Abrupt };
+
+// What the command line asks for.
+struct Options {
+  Mode mode = Mode::Demo;
+  std::string modeName;
+  sockaddr_in server{};
+  std::vector<std::string> networks;
+  std::string password;
+  std::size_t users = 0;  // in each network
+  std::size_t connectAtOnce = 0;
+  std::optional<std::chrono::milliseconds> duration;  // none: until interrupted
+  std::string userPrefix;
+  LeaveWay leave = LeaveWay::Orderly;
+  std::optional<pid_t> serverPid;
+  bool measuresIdle = false;
+  std::size_t reporters = 0;    // fanout
+  std::size_t burst = 0;        // fanout
+  double reportsPerSecond = 0;  // rate, of each member
+};
+
+// What reading the command line came to: options, or a text to show instead (help or what is
+// wrong) and the exit code that goes with it.
+struct ParsedOptions {
+  std::optional<Options> options;
+  std::string text;
+  int exitCode = 0;
+};
+
+// `arguments` begins with the program's name.
+ParsedOptions ParseOptions(const QStringList& arguments);
+
+}  // namespace corvane::swarm

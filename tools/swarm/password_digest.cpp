@@ -1,0 +1,12 @@
+#include "tools/swarm/password_digest.h"
+
+#include <QCryptographicHash>
+
+namespace corvane::swarm {
+
+std::string PasswordDigest(const std::string& password) {
+  const QByteArray bytes = QByteArray::fromStdString(password);
+  return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toStdString();
+}
+
+}  // namespace corvane::swarm

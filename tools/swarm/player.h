@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <random>
+#include <string>
+
+#include "tools/swarm/client_pool.h"
+#include "tools/swarm/position_report.h"
+
+namespace corvane::swarm {
+
+// The make-believe life of one player of the demonstration: it walks from place to place on its
+// map, fights whom it meets, dies now and then, and comes back to life at a healer's.
+class Player {
+ public:
+  Player(std::mt19937& random, Clock::time_point now);
+
+  const PositionReport& Report() const { return myReport; }
+  // When it acts next.
+  Clock::time_point NextStep() const { return myNextStep; }
+
+  // Does one step. Returns whether there is something new to report.
+  bool Step(std::mt19937& random, Clock::time_point now);
+
+  bool CanFight(const Player& other) const;
+  void StartFight();
+
+ private:
+  void ChooseDestination(std::mt19937& random);
+  void Walk(std::mt19937& random);
+  void Fight(std::mt19937& random);
+
+  PositionReport myReport;
+  std::int32_t myFullHp;
+  std::int32_t myDestinationX = 0;
+  std::int32_t myDestinationY = 0;
+  int myRounds = 0;  // left of the fight
+  Clock::time_point myNextStep;
+};
+
+// A name for the n-th player; no two alike.
+std::string PlayerName(std::size_t number);
+
+}  // namespace corvane::swarm

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "tools/swarm/traffic.h"
+
+namespace corvane::swarm {
+
+// Every member reports at the same fixed rate, by a timetable that spreads all reports evenly over
+// the time: whether the server keeps up or not, the next report leaves when it is due.
+class RateTraffic : public Traffic {
+ public:
+  // `clients` holds the members of network 0, then those of network 1, and so on.
+  RateTraffic(ClientPool& pool, DeliveryBook& book, std::vector<Client*> clients, std::size_t users,
+              double reportsPerSecond);
+
+  void Start(Clock::time_point now, Clock::time_point until) override;
+  void Wake(Clock::time_point now) override;
+  Clock::time_point Delivered(Member sender, std::uint32_t sequence,
+                              Clock::time_point now) override;
+  void Stop() override { myTotal = myNext; }
+  bool IsDone() const override { return myNext == myTotal; }
+
+ private:
+  Clock::time_point DueTime(std::uint64_t report) const;
+
+  ClientPool& myPool;
+  DeliveryBook& myBook;
+  std::vector<Client*> myClients;
+  std::size_t myUsers;
+  double myNanosecondsBetween;  // two reports of whichever members
+  Clock::time_point myStart;
+  std::uint64_t myNext = 0;  // of all reports, counted through
+  std::uint64_t myTotal = 0;
+};
+
+}  // namespace corvane::swarm

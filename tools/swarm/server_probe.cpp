@@ -1,0 +1,28 @@
+#include "tools/swarm/server_probe.h"
+
+#include <ctime>
+#include <fstream>
+#include <string>
+#include <unistd.h>
+
+namespace corvane::swarm {
+
+// The process's own clock: /proc/PID/stat counts the same time, but in hundredths of a second.
+std::optional<std::chrono::nanoseconds> ServerProbe::CpuTime() const {
+  clockid_t clock{};
+  timespec time{};
+  if (clock_getcpuclockid(myPid, &clock) != 0 || clock_gettime(clock, &time) != 0) {
+    return std::nullopt;
+  }
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+std::optional<std::int64_t> ServerProbe::RssKib() const {
+  std::ifstream statm("/proc/" + std::to_string(myPid) + "/statm");
+  std::int64_t total = 0;
+  std::int64_t resident = 0;
+  if (!(statm >> total >> resident)) return std::nullopt;
+  return resident * (sysconf(_SC_PAGESIZE) / 1024);
+}
+
+}  // namespace corvane::swarm

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "tools/swarm/client_pool.h"
+#include "tools/swarm/delivery_book.h"
+
+namespace corvane::swarm {
+
+// What a measured run sends, and when. The run calls it while all members are online and keeps the
+// account; the traffic only decides.
+class Traffic {
+ public:
+  virtual ~Traffic() = default;
+
+  // Begins to send; `until` is when to send the last.
+  virtual void Start(Clock::time_point now, Clock::time_point until) = 0;
+  // The time that it gave to ClientPool::WakeAt has come.
+  virtual void Wake(Clock::time_point now) = 0;
+  // A delivery that was expected has come. Returns when its report was sent or, where reports have
+  // a timetable, when it was due.
+  virtual Clock::time_point Delivered(Member sender, std::uint32_t sequence,
+                                      Clock::time_point now) = 0;
+  // Sends nothing more.
+  virtual void Stop() = 0;
+  // Whether it will send nothing more.
+  virtual bool IsDone() const = 0;
+};
+
+}  // namespace corvane::swarm
