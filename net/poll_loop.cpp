@@ -83,13 +83,16 @@ void PollLoop::CollectReady(int waitMilliseconds) {
   }
 }
 
+// Both walks take what is on the list when they begin, from the front, and leave the rest where a
+// nested step finds it.
+
 bool PollLoop::RunEventPasses() {
   bool worked = false;
-  std::vector<std::shared_ptr<SocketCore>> sockets = std::exchange(myPendingSpare, {});
-  sockets.swap(myPending);
-  for (std::shared_ptr<SocketCore>& socket : sockets) {
+  for (std::size_t count = myPending.size(); count > 0 && !myPending.empty(); --count) {
+    const std::shared_ptr<SocketCore> socket = std::move(myPending.front());
+    myPending.pop_front();
     if (socket->myIsBusy) {
-      myPending.push_back(std::move(socket));
+      myPending.push_back(socket);
       continue;
     }
     socket->myAwaitsPass = false;
@@ -97,16 +100,14 @@ bool PollLoop::RunEventPasses() {
     socket->EventPass();
     worked = true;
   }
-  sockets.clear();
-  myPendingSpare = std::move(sockets);
   return worked;
 }
 
 bool PollLoop::RunPolls() {
   bool worked = false;
-  std::vector<std::shared_ptr<_Pollable>> pollables = std::exchange(myQueuedSpare, {});
-  pollables.swap(myQueued);
-  for (std::shared_ptr<_Pollable>& pollable : pollables) {
+  for (std::size_t count = myQueued.size(); count > 0 && !myQueued.empty(); --count) {
+    std::shared_ptr<_Pollable> pollable = std::move(myQueued.front());
+    myQueued.pop_front();
     if (pollable->IsDue()) {
       myHandlerStartKnown = false;
       pollable->_Poll();
@@ -114,8 +115,6 @@ bool PollLoop::RunPolls() {
     }
     if (pollable->StaysQueued()) myQueued.push_back(std::move(pollable));
   }
-  pollables.clear();
-  myQueuedSpare = std::move(pollables);
   return worked;
 }
 

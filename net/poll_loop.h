@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <span>
@@ -110,10 +111,8 @@ class PollLoop {
   std::vector<Slot> mySlots;
   std::vector<std::uint32_t> myFreeSlots;
 
-  std::vector<std::shared_ptr<SocketCore>> myPending;
-  std::vector<std::shared_ptr<SocketCore>> myPendingSpare;
-  std::vector<std::shared_ptr<_Pollable>> myQueued;
-  std::vector<std::shared_ptr<_Pollable>> myQueuedSpare;
+  std::deque<std::shared_ptr<SocketCore>> myPending;
+  std::deque<std::shared_ptr<_Pollable>> myQueued;
   std::vector<std::shared_ptr<TCPSocket>> myUnflushed;
   std::size_t myTotalOutput = 0;
 

@@ -1,0 +1,60 @@
+#include "net/byte_queue.h"
+
+#include <random>
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+// Random appends, takes and cuts against a plain string, long enough to meet every way of making
+// room: a fresh buffer, moving to the front, growing.
+TEST(ByteQueue, HoldsWhatAStringWouldHold) {
+  BufferPool pool;
+  ByteQueue queue(pool);
+  ByteQueue other(pool);
+  std::string expected;
+  std::mt19937 random(1);
+  const auto upTo = [&random](std::size_t most) {
+    return std::uniform_int_distribution<std::size_t>(0, most)(random);
+  };
+  for (int step = 0; step < 20'000; ++step) {
+    const std::string bytes(upTo(step % 100 == 0 ? 20'000 : 300), static_cast<char>(step));
+    switch (upTo(6)) {
+      case 0:
+        queue.Truncate(expected.size() - expected.size() / 10);
+        expected.resize(expected.size() - expected.size() / 10);
+        break;
+      case 1:
+        other.Append(bytes);
+        queue.TakeAll(other);
+        expected += bytes;
+        EXPECT_TRUE(other.IsEmpty());
+        break;
+      case 2:
+      case 3: {
+        const std::size_t count = upTo(expected.size());
+        queue.Consume(count);
+        expected.erase(0, count);
+        break;
+      }
+      default:
+        queue.Append(bytes);
+        expected += bytes;
+    }
+    ASSERT_EQ(queue.Bytes(), expected) << "step " << step;
+  }
+}
+
+TEST(BufferPool, ServesAgainWhatWasGivenBack) {
+  BufferPool pool;
+  BufferPool::Buffer first = pool.Take(100);
+  const char* const memory = first.bytes.get();
+  pool.GiveBack(std::move(first));
+  EXPECT_EQ(pool.Take(BufferPool::kSmallest).bytes.get(), memory);
+  EXPECT_GE(pool.Take(1'000'000).capacity, 1'000'000U);
+}
+
+}  // namespace
+}  // namespace corvane

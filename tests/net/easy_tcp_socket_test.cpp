@@ -1,0 +1,247 @@
+#include "net/easy_tcp_socket.h"
+
+#include <cerrno>
+#include <gmock/gmock.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QtEndian>
+#include <gtest/gtest.h>
+
+#include "framework/exceptions.h"
+#include "tests/net/recording_server.h"
+
+namespace corvane {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using testing::ElementsAre;
+
+class EasyTCPSocketTest : public NetTest {
+ protected:
+  explicit EasyTCPSocketTest(PollLoop::OutputLimits limits = {}) : NetTest(limits) {
+    server->Listen();
+    client = Connect();
+    socket = server->Active(0);
+    server->log.clear();
+  }
+
+  bool Logs(std::size_t count) {
+    return PumpUntil([&] { return server->log.size() >= count; });
+  }
+  std::string Name() const { return std::to_string(socket->Number()); }
+
+  std::unique_ptr<TestClient> client;
+  std::shared_ptr<RecordingSocket> socket;
+};
+
+TEST_F(EasyTCPSocketTest, MessagesArriveWholeHoweverTheirBytesDo) {
+  const std::vector<WireMessage> messages = {{4, "a"}, {-7, "\xC3\xA9"}, {0, ""}, {1, "x\0y"s}};
+  std::string stream;
+  std::vector<std::string> expected;
+  for (const WireMessage& message : messages) {
+    stream += WireBytes(message.command, message.payload);
+    expected.push_back(Name() + " " + std::to_string(message.command) + " " + message.payload);
+  }
+  client->SendBytes(stream);
+  EXPECT_TRUE(Logs(expected.size()));
+  EXPECT_EQ(server->log, expected);
+
+  server->log.clear();
+  for (const char byte : stream) {
+    client->SendBytes({&byte, 1});
+    PumpFor(1ms);
+  }
+  EXPECT_TRUE(Logs(expected.size()));
+  EXPECT_EQ(server->log, expected);
+}
+
+TEST_F(EasyTCPSocketTest, LargeMessagesAndLongBurstsArriveInOrder) {
+  const std::string large(3'000'000, 'L');
+  std::string burst = WireBytes(1, large);
+  for (int i = 0; i < 10'000; ++i)
+    burst += WireBytes(2, std::to_string(i));
+  client->SendBytes(burst);
+  ASSERT_TRUE(Logs(10'001));
+  EXPECT_EQ(server->log[0], Name() + " 1 " + large);
+  for (int i = 0; i < 10'000; ++i) {
+    ASSERT_EQ(server->log[static_cast<std::size_t>(i) + 1], Name() + " 2 " + std::to_string(i));
+  }
+}
+
+TEST_F(EasyTCPSocketTest, ConnectionsTakeTurnsMessageByMessage) {
+  const auto second = Connect();
+  const std::string other = std::to_string(server->Active(1)->Number());
+  server->log.clear();
+  std::string burst;
+  for (int i = 0; i < 3; ++i)
+    burst += WireBytes(1, std::to_string(i));
+  // Held until both bursts are there, so that the turns do not depend on what arrives when.
+  socket->HoldMessages(true);
+  server->Active(1)->HoldMessages(true);
+  client->SendBytes(burst);
+  second->SendBytes(burst);
+  PumpFor(100ms);
+  EXPECT_THAT(server->log, ElementsAre());
+  socket->HoldMessages(false);
+  server->Active(1)->HoldMessages(false);
+  EXPECT_TRUE(Logs(6));
+  EXPECT_THAT(server->log, ElementsAre(Name() + " 1 0", other + " 1 0", Name() + " 1 1",
+                                       other + " 1 1", Name() + " 1 2", other + " 1 2"));
+}
+
+TEST_F(EasyTCPSocketTest, LengthThatNoMessageHasClosesWithoutAnError) {
+  for (const std::int32_t length : {0, 1, 7, -1, INT32_MIN}) {
+    const auto hostile = Connect();
+    server->log.clear();
+    std::string bytes = WireBytes(1, "not delivered: cut in the same read");
+    bytes += WireBytes(2, "");
+    qToBigEndian(length, bytes.data() + bytes.size() - kFrameHeaderBytes);
+    hostile->SendBytes(bytes);
+    EXPECT_TRUE(hostile->WasClosedByServer()) << length;
+    EXPECT_THAT(server->log, ElementsAre()) << length;
+    EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 1; }));
+  }
+}
+
+TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
+  client->SendBytes("\x7F\xFF\xFF\xFF\0\0\0\1"s + std::string(100'000, 'x'));
+  EXPECT_TRUE(PumpUntil([this] { return socket->BytesAvailable() == 0; }));
+  client->Abort();
+  EXPECT_TRUE(Logs(1));
+  EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(ECONNRESET)));
+}
+
+TEST_F(EasyTCPSocketTest, LastMessagesBeforeTheEndAreDelivered) {
+  std::string burst;
+  for (int i = 0; i < 5; ++i)
+    burst += WireBytes(1, std::to_string(i));
+  client->SendBytes(burst);
+  client->Close();
+  EXPECT_TRUE(Logs(6));
+  EXPECT_THAT(server->log,
+              ElementsAre(Name() + " 1 0", Name() + " 1 1", Name() + " 1 2", Name() + " 1 3",
+                          Name() + " 1 4", Name() + " error " + std::to_string(ECONNRESET)));
+}
+
+TEST_F(EasyTCPSocketTest, AnswersReachAPeerThatIsClosedRightAfter) {
+  socket->whenReceived = [this](std::int32_t, std::string_view) {
+    socket->SendMessage(9, "last words");
+    socket->Close();
+    socket->SendMessage(9, "to nobody");
+  };
+  client->SendBytes(WireBytes(1, "") + WireBytes(1, "not delivered"));
+  EXPECT_EQ(client->Receive(), (WireMessage{9, "last words"}));
+  EXPECT_TRUE(client->WasClosedByServer());
+  EXPECT_EQ(server->log.size(), 1U);
+}
+
+TEST_F(EasyTCPSocketTest, RawReadingAndWritingIsRefused) {
+  const auto textOf = [](const auto& call) -> std::string {
+    try {
+      call();
+    } catch (const RuntimeException& error) {
+      return error.what();
+    }
+    return {};
+  };
+  EXPECT_EQ(textOf([this] { socket->Read(1); }),
+            "You cannot call Read on an EasyTCPSocket directly.");
+  EXPECT_EQ(textOf([this] { socket->ReadAll(); }),
+            "You cannot call ReadAll on an EasyTCPSocket directly.");
+  EXPECT_EQ(textOf([this] { socket->Write("x"); }),
+            "You cannot call Write on an EasyTCPSocket directly.");
+}
+
+TEST_F(EasyTCPSocketTest, WaitTakesItsMessageAndDropsTheOthers) {
+  client->SendBytes(WireBytes(7, "lost") + WireBytes(5, "awaited") + WireBytes(8, "kept"));
+  EXPECT_EQ(socket->WaitForMessage(5, 10), "awaited");
+  EXPECT_TRUE(Logs(1));
+  EXPECT_THAT(server->log, ElementsAre(Name() + " 8 kept"));
+
+  EXPECT_EQ(socket->WaitForMessage(5, 0), "");
+  client->Close();
+  EXPECT_EQ(socket->WaitForMessage(5, 10), "");
+  EXPECT_FALSE(socket->IsConnected());
+  EXPECT_EQ(socket->WaitForMessage(5, 10), "");
+}
+
+TEST_F(EasyTCPSocketTest, WaitInsideAHandlerServesTheOthersOnly) {
+  const auto second = Connect();
+  const std::string other = std::to_string(server->Active(1)->Number());
+  server->log.clear();
+  std::string answer;
+  socket->whenReceived = [&](std::int32_t command, std::string_view data) {
+    if (command != 1) return;
+    answer = socket->WaitForMessage(5, 10);
+    server->log.push_back("answered " + std::string(data));
+  };
+  server->Active(1)->whenReceived = [&](std::int32_t, std::string_view) {
+    client->SendBytes(WireBytes(5, "late"));
+  };
+  client->SendBytes(WireBytes(1, "first") + WireBytes(2, "queued before"));
+  second->SendBytes(WireBytes(3, ""));
+  EXPECT_TRUE(Logs(4));
+  EXPECT_EQ(answer, "late");
+  EXPECT_THAT(server->log, ElementsAre(Name() + " 1 first", other + " 3 ", "answered first",
+                                       Name() + " 2 queued before"));
+}
+
+TEST_F(EasyTCPSocketTest, ConnectsByItself) {
+  std::vector<std::string> log;
+  const auto own = std::make_shared<RecordingSocket>(loop, log, 1);
+  own->Address = "127.0.0.1";
+  own->Port = server->Port();
+  own->Connect();
+  EXPECT_FALSE(own->IsConnected());
+  EXPECT_TRUE(own->WaitForConnection(10));
+  own->SendMessage(3, "hello");
+  EXPECT_TRUE(Logs(2));
+  EXPECT_THAT(log, ElementsAre("1 connected"));
+  EXPECT_THAT(server->log.back(), testing::EndsWith(" 3 hello"));
+
+  server->Close();
+  own->Connect();
+  EXPECT_FALSE(own->WaitForConnection(10));
+  EXPECT_TRUE(PumpUntil([&] { return log.size() > 1; }));
+  EXPECT_THAT(log.back(), "1 error " + std::to_string(ECONNREFUSED));
+}
+
+class OutputLimitTest : public EasyTCPSocketTest {
+ protected:
+  OutputLimitTest() : EasyTCPSocketTest({.connection = 1'000'000, .total = 1'500'000}) {}
+
+  // Fills the connection until the system takes no more and so many bytes are left unsent.
+  void Fill(RecordingSocket& connection, std::size_t bytes) {
+    const std::string message(10'000, 'x');
+    while (connection.IsConnected() && connection.BytesLeftToSend() < bytes) {
+      connection.SendMessage(1, message);
+    }
+  }
+};
+
+TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
+  Fill(*socket, SIZE_MAX);
+  EXPECT_FALSE(socket->IsConnected());
+  EXPECT_THAT(server->log, ElementsAre()) << "raised inside a send";
+  EXPECT_EQ(loop.TotalOutput(), 0U);
+  EXPECT_TRUE(Logs(1));
+  EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(ENOBUFS)));
+  EXPECT_EQ(server->ActiveCount(), 0U);
+}
+
+TEST_F(OutputLimitTest, LargestFailsWhenAllTogetherHoldTooMuch) {
+  const auto second = Connect();
+  Fill(*server->Active(1), 900'000);
+  Fill(*socket, 700'000);
+  EXPECT_TRUE(socket->IsConnected());
+  EXPECT_TRUE(Logs(2));
+  EXPECT_THAT(server->log.back(), testing::EndsWith(" error " + std::to_string(ENOBUFS)));
+  EXPECT_EQ(server->Active(0), socket);
+  EXPECT_EQ(server->ActiveCount(), 1U);
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,116 @@
+#include "net/poll_loop.h"
+
+#include <chrono>
+#include <gmock/gmock.h>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/net/recording_server.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+
+class GiveWayTest : public NetTest {
+ protected:
+  GiveWayTest() {
+    server->Listen();
+    first = Connect();
+    second = Connect();
+    server->log.clear();
+  }
+
+  // A walk over many elements that goes on until `count` events are logged, or far too long.
+  void WalkUntilLogged(std::size_t count) {
+    const auto end = PollLoop::Clock::now() + std::chrono::seconds(5);
+    while (server->log.size() < count && PollLoop::Clock::now() < end)
+      loop.GiveWay();
+  }
+
+  std::unique_ptr<TestClient> first;
+  std::unique_ptr<TestClient> second;
+};
+
+TEST_F(GiveWayTest, LongWalkLetsTheOthersInButNotItsOwnSession) {
+  server->Active(0)->whenReceived = [this](std::int32_t command, std::string_view) {
+    if (command != 1) return;
+    second->SendBytes(WireBytes(5, "meanwhile"));
+    WalkUntilLogged(2);
+    server->log.push_back("walked");
+  };
+  first->SendBytes(WireBytes(1, "walk") + WireBytes(2, "own"));
+  EXPECT_TRUE(PumpUntil([this] { return server->log.size() >= 4; }));
+  const std::string one = std::to_string(server->Active(0)->Number());
+  const std::string other = std::to_string(server->Active(1)->Number());
+  EXPECT_THAT(server->log,
+              ElementsAre(one + " 1 walk", other + " 5 meanwhile", "walked", one + " 2 own"));
+}
+
+TEST_F(GiveWayTest, NestsOneLevelDeepAndLetsAnswersOut) {
+  bool nestedWalkWasServed = false;
+  server->Active(0)->whenReceived = [this](std::int32_t, std::string_view) { WalkUntilLogged(2); };
+  server->Active(1)->whenReceived = [&](std::int32_t, std::string_view) {
+    server->Active(1)->SendMessage(6, "answer");
+    first->SendBytes(WireBytes(2, "for the walking one"));
+    const std::size_t before = server->log.size();
+    for (int i = 0; i < 10'000; ++i)
+      loop.GiveWay();
+    nestedWalkWasServed = server->log.size() != before;
+  };
+  second->SendBytes(WireBytes(5, ""));
+  first->SendBytes(WireBytes(1, ""));
+  EXPECT_EQ(second->Receive(), (WireMessage{6, "answer"}));
+  EXPECT_TRUE(PumpUntil([this] { return server->log.size() >= 3; }));
+  EXPECT_FALSE(nestedWalkWasServed);
+}
+
+TEST_F(GiveWayTest, SessionThatEndsDuringAWalkStaysValidInIt) {
+  const auto walked = server->ActiveConnections();
+  server->Active(0)->whenReceived = [&](std::int32_t, std::string_view) {
+    second->Abort();
+    WalkUntilLogged(2);
+    for (const auto& connection : *walked) {
+      std::static_pointer_cast<RecordingSocket>(connection)->SendMessage(8, "");
+    }
+  };
+  first->Send(1, "");
+  EXPECT_EQ(first->Receive(), (WireMessage{8, ""}));
+  EXPECT_EQ(walked->size(), 2U);
+  EXPECT_EQ(server->ActiveCount(), 1U);
+}
+
+TEST(PollLoop, ErrorOfAHandlerReachesTheLastResortAndStoppingHolds) {
+  std::vector<std::string> caught;
+  PollLoop* stopped = nullptr;
+  PollLoop loop([&] {
+    try {
+      throw;
+    } catch (const std::exception& error) {
+      caught.emplace_back(error.what());
+    }
+    stopped->Stop();
+  });
+  stopped = &loop;
+  const auto server = std::make_shared<RecordingServer>(loop, 2, 10);
+  server->Listen();
+  TestClient client(server->Port());
+  ASSERT_TRUE(PumpUntil([&] { return server->ActiveCount() == 1; }));
+  server->Active(0)->whenReceived = [](std::int32_t, std::string_view) {
+    throw std::runtime_error("boom");
+  };
+  client.SendBytes(WireBytes(1, "") + WireBytes(2, ""));
+  EXPECT_TRUE(PumpUntil([&] { return !caught.empty(); }));
+  const std::size_t before = server->log.size();
+  client.Send(3, "");
+  PumpFor(std::chrono::milliseconds(100));
+  EXPECT_THAT(caught, ElementsAre("boom"));
+  EXPECT_EQ(server->log.size(), before);
+}
+
+}  // namespace
+}  // namespace corvane

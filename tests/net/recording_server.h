@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "net/easy_tcp_socket.h"
+#include "net/poll_loop.h"
+#include "net/server_socket.h"
+#include "tests/support/test_client.h"
+
+namespace corvane {
+
+// A connection that notes its events in a common log: "<number> <event>".
+class RecordingSocket : public EasyTCPSocket {
+ public:
+  RecordingSocket(PollLoop& loop, std::vector<std::string>& log, int number)
+      : EasyTCPSocket(loop), myLog(log), myNumber(number) {}
+
+  int Number() const { return myNumber; }
+  using EasyTCPSocket::HoldMessages;
+
+  // Runs inside ReceivedMessage, behind the note.
+  std::function<void(std::int32_t, std::string_view)> whenReceived;
+
+ protected:
+  void Connected() override { Note("connected"); }
+  void Error(std::int32_t code) override {
+    Note("error " + std::to_string(code));
+    Close();
+  }
+  void ReceivedMessage(std::int32_t command, std::string_view data) override {
+    Note(std::to_string(command) + " " + std::string(data));
+    if (whenReceived) whenReceived(command, data);
+  }
+
+ private:
+  void Note(const std::string& event) { myLog.push_back(std::to_string(myNumber) + " " + event); }
+
+  std::vector<std::string>& myLog;
+  int myNumber;
+};
+
+// A listener on the loopback address that makes recording sockets, numbered as they are made.
+class RecordingServer : public ServerSocket {
+ public:
+  RecordingServer(PollLoop& loop, std::int32_t minimum, std::int32_t maximum)
+      : ServerSocket(loop, minimum, maximum) {
+    NetworkInterface = corvane::NetworkInterface{"", "127.0.0.1"};
+  }
+
+  std::shared_ptr<RecordingSocket> Active(std::size_t index) const {
+    return std::static_pointer_cast<RecordingSocket>(ActiveConnections()->at(index));
+  }
+  std::size_t ActiveCount() const { return ActiveConnections()->size(); }
+
+  std::vector<std::string> log;
+  std::vector<std::int32_t> errors;
+  int made = 0;
+  int asked = 0;
+  bool givesNothing = false;
+
+ protected:
+  std::shared_ptr<TCPSocket> Event_AddSocket() override {
+    ++asked;
+    if (givesNothing) return nullptr;
+    return std::make_shared<RecordingSocket>(myLoop, log, ++made);
+  }
+  void Event_Error(std::int32_t code) override { errors.push_back(code); }
+};
+
+// A loop and a server that listens, closed in the right order.
+class NetTest : public testing::Test {
+ protected:
+  explicit NetTest(PollLoop::OutputLimits limits = {})
+      : loop([] { std::rethrow_exception(std::current_exception()); }, limits) {}
+
+  // Sends nothing more until the server has connected the client.
+  std::unique_ptr<TestClient> Connect() {
+    const std::size_t before = server->ActiveCount();
+    auto client = std::make_unique<TestClient>(server->Port());
+    PumpUntil([&] { return server->ActiveCount() > before; });
+    return client;
+  }
+
+  PollLoop loop;
+  std::shared_ptr<RecordingServer> server = std::make_shared<RecordingServer>(loop, 2, 10);
+};
+
+}  // namespace corvane

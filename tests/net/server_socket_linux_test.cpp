@@ -1,0 +1,59 @@
+#include <cerrno>
+#include <chrono>
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "net/os_socket.h"
+#include "tests/net/recording_server.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+
+class DescriptorLimitTest : public NetTest {
+ protected:
+  DescriptorLimitTest() { getrlimit(RLIMIT_NOFILE, &before); }
+  ~DescriptorLimitTest() override { setrlimit(RLIMIT_NOFILE, &before); }
+
+  // Lets the process open nothing more.
+  void Exhaust() const {
+    const int next = fcntl(0, F_DUPFD, 0);
+    close(next);
+    rlimit limit = before;
+    limit.rlim_cur = static_cast<rlim_t>(next);
+    setrlimit(RLIMIT_NOFILE, &limit);
+  }
+
+  rlimit before = {};
+};
+
+TEST_F(DescriptorLimitTest, AcceptingPausesAndResumesByItself) {
+  server->Listen();
+  std::vector<os::SocketHandle> clients;
+  for (int i = 0; i < 2; ++i)
+    clients.push_back(os::OpenSocket().handle);
+  Exhaust();
+  for (const os::SocketHandle client : clients) {
+    EXPECT_EQ(os::Connect(client, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())}), 0);
+  }
+  EXPECT_TRUE(PumpUntil([this] { return !server->errors.empty(); }));
+  // Long enough for several attempts, each of which fails again.
+  PumpFor(std::chrono::milliseconds(2'500));
+  const std::size_t served = server->ActiveCount();
+  setrlimit(RLIMIT_NOFILE, &before);  // the sanitizers' own checks need descriptors
+  EXPECT_EQ(served, 0U);
+  EXPECT_THAT(server->errors, ElementsAre(EMFILE));
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 2; }));
+  EXPECT_THAT(server->errors, ElementsAre(EMFILE));
+  for (const os::SocketHandle client : clients)
+    os::CloseSocket(client);
+}
+
+}  // namespace
+}  // namespace corvane

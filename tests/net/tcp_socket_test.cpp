@@ -1,0 +1,104 @@
+#include "net/tcp_socket.h"
+
+#include <memory>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "net/poll_loop.h"
+#include "tests/support/test_client.h"
+
+namespace corvane {
+namespace {
+
+class StreamSocket : public TCPSocket {
+ public:
+  using TCPSocket::TCPSocket;
+
+  int completed = 0;
+  std::size_t sent = 0;
+  int errors = 0;
+
+ protected:
+  void Event_SendComplete() override { ++completed; }
+  void Event_SendProgress(std::size_t bytes, std::size_t /*left*/) override { sent += bytes; }
+  void Event_Error() override { ++errors; }
+};
+
+// A connection of two plain sockets: one listens for its one peer, the other connects to it.
+class TCPSocketTest : public testing::Test {
+ protected:
+  TCPSocketTest() : loop([] {}) {
+    left->Listen();
+    right->Address = "127.0.0.1";
+    right->Port = left->LocalPort();
+    right->Connect();
+    PumpUntil([this] { return left->IsConnected() && right->IsConnected(); });
+  }
+
+  PollLoop loop;
+  std::shared_ptr<StreamSocket> left = std::make_shared<StreamSocket>(loop);
+  std::shared_ptr<StreamSocket> right = std::make_shared<StreamSocket>(loop);
+};
+
+TEST_F(TCPSocketTest, ReadsWhatWasWritten) {
+  EXPECT_EQ(left->RemoteAddress(), "127.0.0.1");
+  EXPECT_EQ(left->RemotePort(), right->LocalPort());
+  right->Write("hello ");
+  right->Write("world");
+  EXPECT_EQ(right->BytesLeftToSend(), 11U);
+  EXPECT_TRUE(PumpUntil([this] { return left->BytesAvailable() == 11; }));
+  EXPECT_EQ(right->BytesLeftToSend(), 0U);
+  EXPECT_EQ(left->Lookahead(), "hello world");
+  EXPECT_EQ(left->Read(6), "hello ");
+  EXPECT_EQ(left->ReadAll(), "world");
+  EXPECT_EQ(left->Read(1), "");
+
+  right->Write("dropped");
+  right->Flush();
+  EXPECT_TRUE(PumpUntil([this] { return left->BytesAvailable() == 7; }));
+  left->Purge();
+  EXPECT_EQ(left->BytesAvailable(), 0U);
+}
+
+TEST_F(TCPSocketTest, TellsHowSendingGoesOn) {
+  const std::size_t size = 8'000'000;
+  right->Write(std::string(size, 'x'));
+  EXPECT_EQ(right->completed, 0);
+  std::size_t read = 0;
+  EXPECT_TRUE(PumpUntil([&] {
+    read += left->ReadAll().size();
+    return read == size && right->completed > 0;
+  }));
+  EXPECT_EQ(right->completed, 1);
+  EXPECT_EQ(right->sent, size);
+}
+
+TEST_F(TCPSocketTest, EndsOnceWithWhatIsUnreadStillThere) {
+  right->Write("last");
+  right->Disconnect();
+  EXPECT_TRUE(PumpUntil([this] { return left->errors > 0; }));
+  EXPECT_EQ(left->errors, 1);
+  EXPECT_EQ(right->errors, 0) << "it closed by itself";
+  EXPECT_TRUE(left->ReadError());
+  EXPECT_FALSE(left->IsEOF());
+  EXPECT_EQ(left->ReadAll(), "last");
+  EXPECT_TRUE(left->IsEOF());
+  left->Write("to nobody");
+  EXPECT_EQ(left->BytesLeftToSend(), 0U);
+}
+
+TEST_F(TCPSocketTest, ImpossibleAddressOrPortIsAnError) {
+  for (const auto& [address, port] :
+       {std::pair("127.0.0.1", 65'536), {"127.0.0.1", -1}, {"x", 1}}) {
+    const int before = right->errors;
+    right->Address = address;
+    right->Port = port;
+    right->Connect();
+    EXPECT_TRUE(PumpUntil([&] { return right->errors > before; })) << address << ' ' << port;
+    EXPECT_NE(right->LastErrorCode(), 0);
+  }
+}
+
+}  // namespace
+}  // namespace corvane

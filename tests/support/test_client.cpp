@@ -1,0 +1,104 @@
+#include "tests/support/test_client.h"
+
+#include <vector>
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+#include <QElapsedTimer>
+#include <QHostAddress>
+#include <QtEndian>
+
+namespace corvane {
+namespace {
+
+constexpr qint64 kPatience = 10'000;  // milliseconds
+constexpr std::int32_t kBye = 999;
+
+QByteArrayView View(std::string_view bytes) {
+  return {bytes.data(), static_cast<qsizetype>(bytes.size())};
+}
+
+}  // namespace
+
+bool PumpUntil(const std::function<bool()>& condition) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!condition()) {
+    if (timer.hasExpired(kPatience)) return false;
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+  }
+  return true;
+}
+
+void PumpFor(std::chrono::milliseconds duration) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!timer.hasExpired(duration.count())) {
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+  }
+}
+
+std::ostream& operator<<(std::ostream& stream, const WireMessage& message) {
+  return stream << message.command << " \"" << message.payload << '"';
+}
+
+std::string WireBytes(std::int32_t command, std::string_view payload) {
+  std::string bytes(8, '\0');
+  qToBigEndian(static_cast<qint32>(8 + payload.size()), bytes.data());
+  qToBigEndian(command, bytes.data() + 4);
+  return bytes.append(payload);
+}
+
+TestClient::TestClient(std::int32_t port) {
+  mySocket.connectToHost(QHostAddress(QHostAddress::LocalHost), static_cast<quint16>(port));
+  PumpUntil([this] { return mySocket.state() != QAbstractSocket::ConnectingState; });
+}
+
+void TestClient::SendBytes(std::string_view bytes) {
+  mySocket.write(bytes.data(), static_cast<qint64>(bytes.size()));
+  mySocket.flush();
+}
+
+std::optional<WireMessage> TestClient::Receive() {
+  const auto length = [this] { return qFromBigEndian<qint32>(mySocket.peek(4).constData()); };
+  const auto isWhole = [&] {
+    return mySocket.bytesAvailable() >= 8 && mySocket.bytesAvailable() >= length();
+  };
+  PumpUntil([&] { return isWhole() || mySocket.state() != QAbstractSocket::ConnectedState; });
+  if (!isWhole()) return std::nullopt;
+  const QByteArray bytes = mySocket.read(length());
+  return WireMessage{qFromBigEndian<qint32>(bytes.constData() + 4), bytes.mid(8).toStdString()};
+}
+
+bool TestClient::LogIn(std::string_view network, std::string_view password, std::string_view user) {
+  const std::string digest =
+      QCryptographicHash::hash(View(password), QCryptographicHash::Md5).toStdString();
+  if (Receive() != WireMessage{1, "Network"}) return false;
+  const std::string_view steps[] = {network, digest, user};
+  std::int32_t command = 1;
+  for (const std::string_view step : steps) {
+    Send(command++, step);
+    if (Receive() != WireMessage{command, "OK"}) return false;
+  }
+  return true;
+}
+
+std::vector<WireMessage> TestClient::Drain() {
+  Send(kBye, "");
+  std::vector<WireMessage> messages;
+  for (auto message = Receive(); message && message->command != kBye; message = Receive()) {
+    messages.push_back(*message);
+  }
+  return messages;
+}
+
+bool TestClient::WasClosedByServer() {
+  return PumpUntil([this] { return IsClosed(); });
+}
+
+void TestClient::Close() {
+  mySocket.disconnectFromHost();
+  PumpUntil([this] { return IsClosed(); });
+}
+
+}  // namespace corvane
