@@ -67,6 +67,15 @@ DatabaseValue ColumnValue(sqlite3_stmt* statement, int column) {
   }
 }
 
+std::vector<std::string> ColumnNames(sqlite3_stmt* statement, int count) {
+  std::vector<std::string> names;
+  for (int i = 0; i < count; ++i) {
+    const char* const name = sqlite3_column_name(statement, i);
+    names.emplace_back(name == nullptr ? "" : name);
+  }
+  return names;
+}
+
 // The word behind "SELECT * FROM".
 std::string_view TableOf(std::string_view query) {
   query.remove_prefix(kSelectAll.size());
@@ -82,7 +91,8 @@ DatabaseConnection::~DatabaseConnection() {
 bool DatabaseConnection::Connect(const QString& file) {
   sqlite3_close(myDatabase);
   myDatabase = nullptr;
-  // An absolute path is always a file's: no empty or special name makes a database in memory.
+  // To SQLite some names are no files at all, and an empty one is a new database.
+  if (!QFileInfo(file).isFile()) return Fail(sqlite3_errstr(SQLITE_CANTOPEN));
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
   sqlite3* database = nullptr;
   const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
@@ -109,15 +119,11 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view que
     FailWith(result);
     return std::nullopt;
   }
-  std::vector<std::string> columns;
+  // The first step may find that another program changed the table: columns are known after it.
+  result = sqlite3_step(statement.get());
   const int columnCount = sqlite3_column_count(statement.get());
-  for (int i = 0; i < columnCount; ++i) {
-    const char* const name = sqlite3_column_name(statement.get(), i);
-    columns.emplace_back(name == nullptr ? "" : name);
-  }
-  DatabaseCursor cursor(*this, std::move(columns));
-  for (result = sqlite3_step(statement.get()); result == SQLITE_ROW;
-       result = sqlite3_step(statement.get())) {
+  DatabaseCursor cursor(*this, ColumnNames(statement.get(), columnCount));
+  for (; result == SQLITE_ROW; result = sqlite3_step(statement.get())) {
     DatabaseCursor::Row& row = cursor.myRows.emplace_back();
     row.values.reserve(static_cast<std::size_t>(columnCount));
     for (int i = 0; i < columnCount; ++i)
