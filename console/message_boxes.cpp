@@ -1,0 +1,30 @@
+#include "console/message_boxes.h"
+
+#include <QGuiApplication>
+#include <QMessageBox>
+
+#include "framework/text.h"
+
+namespace corvane {
+
+MessageBox::Answer ShowMessageBox(const MessageBox& box) {
+  const bool isQuestion = box.kind == MessageBox::Kind::Question;
+  QMessageBox window;
+  window.setWindowTitle(box.title.empty() ? QStringLiteral("Corvane Server")
+                                          : DisplayText(box.title));
+  window.setTextFormat(Qt::PlainText);
+  window.setText(DisplayText(box.text));
+  if (isQuestion) window.setIcon(QMessageBox::Question);
+  window.setStandardButtons(isQuestion ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
+  if (isQuestion) window.setEscapeButton(QMessageBox::No);
+  const int button = window.exec();
+  if (!isQuestion) return MessageBox::Answer::OK;
+  return button == QMessageBox::Yes ? MessageBox::Answer::Yes : MessageBox::Answer::No;
+}
+
+MessageBoxFunction MessageBoxesOfThePlatform() {
+  const bool hasDisplay = QGuiApplication::platformName() != QLatin1String("offscreen");
+  return hasDisplay ? ShowMessageBox : MessageToStandardError;
+}
+
+}  // namespace corvane

@@ -1,0 +1,60 @@
+#include "console/my_tray_item.h"
+
+#include <utility>
+
+#include <QApplication>
+#include <QCursor>
+#include <QEvent>
+
+namespace corvane {
+
+MyTrayItem::MyTrayItem(QWidget& window, std::function<void()> quit)
+    : QSystemTrayIcon(QApplication::windowIcon()), myWindow(window) {
+  setToolTip(window.windowTitle());
+  myToggle = myMenu.addAction(QString());
+  NameFirstItem();
+  myMenu.addSeparator();
+  const QAction* exit = myMenu.addAction(QStringLiteral("Exit"));
+  connect(myToggle, &QAction::triggered, this, &MyTrayItem::ToggleWindow);
+  connect(exit, &QAction::triggered, this, std::move(quit));
+
+  // A desktop that draws the menu itself may not say when it opens it, so the text also follows
+  // the window.
+  connect(&myMenu, &QMenu::aboutToShow, this, &MyTrayItem::NameFirstItem);
+  myWindow.installEventFilter(this);
+
+  setContextMenu(&myMenu);
+  connect(this, &QSystemTrayIcon::activated, this, [this](ActivationReason reason) {
+    // For a click with the other button the menu opens by itself.
+    if (reason == Trigger) OpenMenu();
+  });
+}
+
+bool MyTrayItem::eventFilter(QObject* watched, QEvent* event) {
+  if (event->type() == QEvent::Show || event->type() == QEvent::Hide) NameFirstItem();
+  return QSystemTrayIcon::eventFilter(watched, event);
+}
+
+void MyTrayItem::NameFirstItem() {
+  myToggle->setText(myWindow.isVisible() ? QStringLiteral("Hide Window")
+                                         : QStringLiteral("Show Window"));
+}
+
+void MyTrayItem::ToggleWindow() {
+  if (myWindow.isVisible()) {
+    myWindow.hide();
+    return;
+  }
+  myWindow.setWindowState(myWindow.windowState() & ~Qt::WindowMinimized);
+  myWindow.show();
+  myWindow.raise();
+  myWindow.activateWindow();
+}
+
+void MyTrayItem::OpenMenu() {
+  myMenu.popup(QCursor::pos());
+  // Otherwise a click elsewhere would not close it on Windows.
+  myMenu.activateWindow();
+}
+
+}  // namespace corvane

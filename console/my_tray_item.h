@@ -1,0 +1,31 @@
+#pragma once
+
+#include <functional>
+
+#include <QMenu>
+#include <QSystemTrayIcon>
+
+namespace corvane {
+
+// The icon in the notification area. A click on it opens a menu to hide or show the main window,
+// whichever its visibility allows when the menu opens, and to quit. Borrows the window.
+class MyTrayItem : public QSystemTrayIcon {
+ public:
+  MyTrayItem(QWidget& window, std::function<void()> quit);
+
+  QMenu& Menu() { return myMenu; }
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void NameFirstItem();
+  void ToggleWindow();
+  void OpenMenu();
+
+  QWidget& myWindow;
+  QMenu myMenu;
+  QAction* myToggle;
+};
+
+}  // namespace corvane

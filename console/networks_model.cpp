@@ -1,0 +1,47 @@
+#include "console/networks_model.h"
+
+#include <cstddef>
+
+#include "console/visible_text.h"
+
+namespace corvane {
+
+void NetworksModel::Add(const NetworkRef& network) {
+  const int row = rowCount();
+  beginInsertRows({}, row, row);
+  myNetworks.push_back(network);
+  endInsertRows();
+}
+
+void NetworksModel::Remove(int row) {
+  beginRemoveRows({}, row, row);
+  myNetworks.erase(myNetworks.begin() + row);
+  endRemoveRows();
+}
+
+void NetworksModel::Clear() {
+  beginResetModel();
+  myNetworks.clear();
+  endResetModel();
+}
+
+NetworkRef NetworksModel::NetworkAt(int row) const {
+  if (row < 0 || row >= rowCount()) return nullptr;
+  return myNetworks[static_cast<std::size_t>(row)];
+}
+
+int NetworksModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(myNetworks.size());
+}
+
+QVariant NetworksModel::data(const QModelIndex& index, int role) const {
+  if (role != Qt::DisplayRole || !index.isValid()) return {};
+  return VisibleText(myNetworks[static_cast<std::size_t>(index.row())]->NetworkName);
+}
+
+QVariant NetworksModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (role != Qt::DisplayRole || orientation != Qt::Horizontal || section != 0) return {};
+  return QStringLiteral("Network");
+}
+
+}  // namespace corvane

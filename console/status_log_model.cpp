@@ -1,0 +1,50 @@
+#include "console/status_log_model.h"
+
+#include <chrono>
+
+#include "console/visible_text.h"
+
+namespace corvane {
+namespace {
+
+// At most fifty layouts a second, however busy the server is; not noticeable to the eye.
+constexpr std::chrono::milliseconds kGatheringTime{20};
+
+}  // namespace
+
+StatusLogModel::StatusLogModel() {
+  myAddRows.setSingleShot(true);
+  myAddRows.setInterval(kGatheringTime);
+  connect(&myAddRows, &QTimer::timeout, this, &StatusLogModel::AddRows);
+}
+
+void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
+  myLog.Append(prefix, text);
+  if (!myAddRows.isActive()) myAddRows.start();
+}
+
+void StatusLogModel::Clear() {
+  beginResetModel();
+  myAddRows.stop();
+  myLog.Clear();
+  myRows = 0;
+  endResetModel();
+}
+
+int StatusLogModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : myRows;
+}
+
+QVariant StatusLogModel::data(const QModelIndex& index, int role) const {
+  if (role != Qt::DisplayRole || !index.isValid()) return {};
+  return VisibleText(myLog.Line(static_cast<std::size_t>(index.row())));
+}
+
+void StatusLogModel::AddRows() {
+  const int count = static_cast<int>(myLog.Count());
+  beginInsertRows({}, myRows, count - 1);
+  myRows = count;
+  endInsertRows();
+}
+
+}  // namespace corvane

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include <QAbstractTableModel>
+
+namespace corvane {
+
+class ClientSocket;
+
+// The logged-in users as rows of a list: user name, name of the network, and the session, held
+// weakly. A log-in adds a row unless there is one of that user name, whatever its network; a
+// log-out removes the row of that name and that network only. This asymmetry is deliberate. No
+// case makes a second row of one name, so an index by name finds the row of either.
+class UsersModel : public QAbstractTableModel {
+ public:
+  void LogIn(std::string_view userName, std::string_view networkName,
+             std::weak_ptr<ClientSocket> client);
+  void LogOut(std::string_view userName, std::string_view networkName);
+  void Clear();
+
+  // The row's session; none for a row that does not exist and for a session that is gone.
+  std::shared_ptr<ClientSocket> ClientAt(int row) const;
+
+  int rowCount(const QModelIndex& parent = {}) const override;
+  int columnCount(const QModelIndex& parent = {}) const override;
+  QVariant data(const QModelIndex& index, int role) const override;
+  QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+ private:
+  struct Row {
+    std::uint64_t number;  // grows from row to row, so a row is found by bisection
+    std::string userName;
+    std::string networkName;
+    std::weak_ptr<ClientSocket> client;
+  };
+
+  // Rows are pointed to, so that closing a gap moves one pointer a row.
+  std::vector<std::unique_ptr<Row>> myRows;
+  std::unordered_map<std::string, std::uint64_t> myNumbers;  // by folded user name
+  std::uint64_t myNextNumber = 0;
+};
+
+}  // namespace corvane

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <QMainWindow>
+#include <QPushButton>
+
+#include "console/list_box.h"
+#include "console/networks_model.h"
+#include "console/status_log_model.h"
+#include "console/users_model.h"
+#include "framework/standard_output.h"
+#include "server/map_socket.h"
+
+namespace corvane {
+
+class Anchors;
+class App;
+
+// The operator's window: the status log, the networks, the logged-in users. Owns the listener and
+// receives its events; borrows the application object, which outlives it. Closing it does not stop
+// the server.
+class wndMain : public QMainWindow {
+ public:
+  // `hasTray` says whether the desktop has a notification area to bring a hidden window back from.
+  wndMain(App& app, std::function<bool()> hasTray);
+  ~wndMain() override;
+
+  // The open handler: shows the window, empties its lists and starts the listener, which fills
+  // the list of networks.
+  void Open();
+
+  // The listener, never none.
+  const std::shared_ptr<MapSocket> sSocket;
+
+  // The controls, in tab order. The window owns them.
+  ListBox* lstStatus;
+  ListBox* lstNetworks;
+  ListBox* lstUsers;
+  QPushButton* btnClear;
+  QPushButton* btnAdmins;
+  QPushButton* btnBans;
+
+  StatusLogModel& Status() { return myStatus; }
+  NetworksModel& Networks() { return myNetworks; }
+  UsersModel& Users() { return myUsers; }
+
+ protected:
+  // Hides the window and refuses, or, on a desktop that could not bring it back, minimises it;
+  // accepts when the program or the desktop session ends.
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void BuildMenus();
+  void PlaceControls();
+  void ConnectEvents();
+
+  void sSocket_StatusMessage(MapSocket& sender, const std::string& text);
+  void sSocket_UserLoggedIn(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
+  void sSocket_UserLoggedOut(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
+  void btnClear_Action();
+
+  App& myApp;
+  std::function<bool()> myHasTray;
+  StandardOutput myOutput;
+  StatusLogModel myStatus;
+  NetworksModel myNetworks;
+  UsersModel myUsers;
+};
+
+}  // namespace corvane

@@ -1,0 +1,35 @@
+#include <QSystemTrayIcon>
+
+#include "console/application.h"
+#include "console/message_boxes.h"
+#include "console/my_tray_item.h"
+#include "console/platform.h"
+#include "console/wnd_main.h"
+#include "framework/folders.h"
+#include "framework/quit_signals.h"
+#include "net/descriptor_limit.h"
+#include "server/app.h"
+
+using namespace corvane;
+
+int main(int argc, char** argv) {
+  IgnoreBrokenPipes();
+  RaiseDescriptorLimit();
+  ChoosePlatform(argc, argv);
+  Application application(argc, argv);
+
+  App app(ApplicationDataFolder(), MessageBoxesOfThePlatform());
+  application.LastResort = [&app] { app.LastResort(); };
+  application.Quit = [&app] { app.Quit(); };
+  const QuitSignals quitSignals([&app] { app.Quit(); });
+  if (!app.Open()) return 1;
+
+  // The listener inside the window goes before the application object.
+  wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
+  MyTrayItem trayItem(window, [&app] { app.Quit(); });
+  trayItem.show();
+  // From the loop, where quitting and errors are provided for.
+  QMetaObject::invokeMethod(
+      &window, [&window] { window.Open(); }, Qt::QueuedConnection);
+  return Application::exec();
+}

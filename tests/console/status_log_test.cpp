@@ -1,0 +1,55 @@
+#include <QSignalSpy>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "console/status_log_model.h"
+
+using namespace corvane;
+
+TEST(StatusPrefix, PadsMinutesAndSecondsOnly) {
+  const struct {
+    QDateTime time;
+    const char* prefix;
+  } cases[] = {
+      {{{2011, 3, 7}, {9, 5, 2}}, "[3/7/2011 9:05:02] "},
+      {{{2011, 1, 3}, {0, 0, 0}}, "[1/3/2011 0:00:00] "},
+      {{{2026, 12, 31}, {23, 59, 59}}, "[12/31/2026 23:59:59] "},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(StatusPrefix(row.time), row.prefix);
+}
+
+TEST(StatusLogModel, LinesOfOneMomentBecomeRowsTogether) {
+  StatusLogModel model;
+  const QSignalSpy added(&model, &QAbstractItemModel::rowsInserted);
+  model.Append("[1] ", "first");
+  model.Append("[2] ", "");
+  model.Append("[3] ", "two\nlines");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.rowCount() == 3; }));
+  EXPECT_EQ(added.count(), 1);
+  const char* const shown[] = {"[1] first", "[2] ", "[3] two\\nlines"};
+  for (int row = 0; row < 3; ++row) {
+    EXPECT_EQ(model.index(row).data().toString().toStdString(), shown[row]);
+  }
+}
+
+TEST(StatusLogModel, KeepsWholeWhatItShowsCut) {
+  StatusLogModel model;
+  model.Append("", std::string(5000, 'x'));
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.rowCount() == 1; }));
+  EXPECT_EQ(model.index(0).data().toString().size(), 1001);
+  EXPECT_EQ(model.Log().Line(0).size(), 5000U);
+}
+
+TEST(StatusLogModel, ClearForgetsAlsoLinesThatAreNoRowsYet) {
+  StatusLogModel model;
+  model.Append("", "shown");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.rowCount() == 1; }));
+  model.Append("", "pending");
+  model.Clear();
+  EXPECT_EQ(model.rowCount(), 0);
+  model.Append("", "after");
+  ASSERT_TRUE(QTest::qWaitFor([&] { return model.rowCount() > 0; }));
+  EXPECT_EQ(model.rowCount(), 1);
+  EXPECT_EQ(model.index(0).data().toString(), "after");
+}
