@@ -11,6 +11,9 @@ target_include_directories(corvane_options INTERFACE ${PROJECT_SOURCE_DIR})
 target_compile_options(corvane_options INTERFACE
   -Wall -Wextra -Wconversion -Wshadow -Werror)
 target_compile_definitions(corvane_options INTERFACE QT_NO_KEYWORDS)
+if(CORVANE_FUZZERS)
+  target_compile_options(corvane_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
 
 # corvane_library(NAME SOURCES file... LINK library...)
 #

@@ -1,0 +1,61 @@
+// A stream of bytes, cut into messages as it arrives in pieces, against the same stream read at
+// once: the same messages, and an end at the same place.
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "net/byte_queue.h"
+#include "net/frame.h"
+
+namespace {
+
+using corvane::ByteQueue;
+using corvane::Frame;
+using Messages = std::vector<std::pair<std::int32_t, std::string>>;
+
+// Cuts off all whole messages; whether the stream may go on.
+bool Cut(ByteQueue& queue, Messages& messages) {
+  for (;;) {
+    const Frame frame = corvane::ReadFrame(queue.Bytes());
+    if (frame.state == Frame::State::Malformed) return false;
+    if (frame.state == Frame::State::Incomplete) return true;
+    messages.emplace_back(frame.command, frame.payload);
+    queue.Consume(frame.length);
+  }
+}
+
+}  // namespace
+
+// The first byte says how large the pieces are, the rest is the stream.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size == 0) return 0;
+  const std::string_view stream(reinterpret_cast<const char*>(data) + 1, size - 1);
+  const std::size_t piece = data[0] % 16U + 1U;
+
+  corvane::BufferPool pool;
+  ByteQueue whole(pool);
+  Messages expected;
+  whole.Append(stream);
+  const bool isSound = Cut(whole, expected);
+
+  ByteQueue pieces(pool);
+  Messages messages;
+  bool goesOn = true;
+  for (std::size_t at = 0; goesOn && at < stream.size(); at += piece) {
+    pieces.Append(stream.substr(at, piece));
+    goesOn = Cut(pieces, messages);
+  }
+  if (messages != expected || goesOn != isSound) std::abort();
+  if (isSound && pieces.Bytes() != whole.Bytes()) std::abort();
+
+  // What was cut, put together again, is what came.
+  std::string again;
+  for (const auto& [command, payload] : messages)
+    again += corvane::CreateFrame(command, payload);
+  if (!stream.starts_with(again)) std::abort();
+  return 0;
+}

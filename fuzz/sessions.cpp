@@ -1,0 +1,203 @@
+// Whole sessions over real sockets: a few clients connect, send whatever the input says, and
+// leave, while the operator acts too. After every step the listener's indexes and seats must be
+// what a walk over the active connections finds, and when all have left nothing may be held.
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include <QCoreApplication>
+#include <QCryptographicHash>
+
+#include "framework/exceptions.h"
+#include "net/os_socket.h"
+#include "tests/support/test_server.h"
+
+namespace {
+
+using namespace corvane;
+
+// Reads the input a piece at a time; past its end everything is 0 or empty.
+class Script {
+ public:
+  explicit Script(std::string_view bytes) : myRest(bytes) {}
+
+  bool IsOver() const { return myRest.empty(); }
+  std::uint8_t Byte() { return static_cast<std::uint8_t>(Take(1)[0]); }
+  std::string Bytes() { return Take(Byte()); }
+
+ private:
+  std::string Take(std::size_t count) {
+    std::string taken(myRest.substr(0, count));
+    myRest.remove_prefix(taken.size());
+    if (taken.empty()) taken.resize(1);
+    return taken;
+  }
+
+  std::string_view myRest;
+};
+
+class Client {
+ public:
+  ~Client() { Close(); }
+
+  void Connect(std::int32_t port) {
+    if (myHandle != os::kNoSocket) return;
+    myHandle = os::OpenSocket().handle;
+    os::Connect(myHandle, {"127.0.0.1", static_cast<std::uint16_t>(port)});
+  }
+  void Send(std::string_view bytes) {
+    if (myHandle != os::kNoSocket) os::Send(myHandle, {bytes.data(), bytes.size()});
+  }
+  void Read() {
+    std::array<char, 65'536> buffer;
+    if (myHandle != os::kNoSocket) os::Receive(myHandle, buffer);
+  }
+  void Close() {
+    if (myHandle != os::kNoSocket) os::CloseSocket(std::exchange(myHandle, os::kNoSocket));
+  }
+
+ private:
+  os::SocketHandle myHandle = os::kNoSocket;
+};
+
+constexpr std::array<std::string_view, 4> kNames = {"Ann", "ANN", "Bob", ""};
+
+std::string LogInStep(std::uint8_t choice) {
+  static const std::string digest =
+      QCryptographicHash::hash("secret", QCryptographicHash::Md5).toStdString();
+  switch (choice % 4) {
+    case 0:
+      return WireBytes(1, choice & 16 ? "B" : "a");
+    case 1:
+      return WireBytes(2, digest);
+    case 2:
+      return WireBytes(3, kNames[choice / 16 % kNames.size()]);
+    default:
+      return WireBytes(1, "A") + WireBytes(2, digest) +
+             WireBytes(3, kNames[choice / 16 % kNames.size()]);
+  }
+}
+
+class Run {
+ public:
+  Run(TestServer& server, Script script) : myServer(server), myScript(script) {
+    myServer.listener->Networks.clear();
+    myServer.AddNetwork("A", "secret", 2);
+    myServer.AddNetwork("B", "secret", 3);
+  }
+
+  // Plays to the end of the script, or to an error that ends the real program: whether the server
+  // is still good.
+  bool Play() {
+    while (!myScript.IsOver() && myServer.uncaught.empty()) {
+      Step();
+      for (Client& client : myClients)
+        client.Read();
+      for (int i = 0; i < 3; ++i)
+        QCoreApplication::processEvents();
+      Check(myServer.Fault());
+    }
+    return myServer.uncaught.empty();
+  }
+
+  void Finish() {
+    const auto networks = myServer.listener->Networks;
+    for (Client& client : myClients)
+      client.Close();
+    if (!PumpUntil([this] { return myServer.ActiveCount() == 0; })) Check("somebody stays");
+    for (const NetworkRef& network : networks) {
+      if (network->CurrentUsers != 0) Check("a seat is held by nobody");
+    }
+    if (myServer.loop.TotalOutput() != 0) Check("output of nobody is counted");
+  }
+
+ private:
+  void Step() {
+    const std::uint8_t choice = myScript.Byte();
+    Client& client = myClients[choice % myClients.size()];
+    switch (choice / myClients.size() % 8) {
+      case 0:
+        return client.Connect(myServer.Port());
+      case 1:
+      case 2:
+        return client.Send(LogInStep(myScript.Byte()));
+      case 3:
+        return client.Send(WireBytes(4, myScript.Bytes()));
+      case 4:
+        return client.Send(WireBytes(myScript.Byte() % 16, myScript.Bytes()));
+      case 5:
+        return client.Send(myScript.Bytes());
+      case 6:
+        return client.Close();
+      default:
+        return Operate(myScript.Byte());
+    }
+  }
+
+  void Operate(std::uint8_t choice) {
+    MapSocket& listener = *myServer.listener;
+    const std::size_t active = myServer.ActiveCount();
+    try {
+      switch (choice % 5) {
+        case 0:
+          if (active > 0) myServer.Active(choice % active)->Close();
+          break;
+        case 1:
+          listener.KickUser("ann", "A", "reason");
+          break;
+        case 2:
+          listener.BroadcastMessage("text", "(All Networks)");
+          break;
+        case 3:
+          if (!listener.Networks.empty()) listener.RemoveNetwork(listener.Networks.back());
+          break;
+        default:
+          for (const NetworkRef& network : listener.Networks)
+            network->Enabled = choice & 16;
+      }
+    } catch (const NilObjectException&) {
+      return;  // a message met a connection without a network, which ends the real program
+    }
+  }
+
+  static void Check(const std::string& fault) {
+    if (fault.empty()) return;
+    std::fprintf(stderr, "fault: %s\n", fault.c_str());
+    std::abort();
+  }
+
+  TestServer& myServer;
+  Script myScript;
+  std::array<Client, 4> myClients;
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static int argc = 1;
+  static char name[] = "fuzz_sessions";
+  static char* argv[] = {name, nullptr};
+  static const QCoreApplication application(argc, argv);
+  static std::unique_ptr<TestServer> server;
+  if (server == nullptr) {
+    server = std::make_unique<TestServer>();
+    server->database.SQLExecute("PRAGMA synchronous=OFF");
+    AdminsTable(server->database).Add("Ann", "127.0.0.1", "A");
+  }
+  Run run(*server, Script({reinterpret_cast<const char*>(data), size}));
+  if (run.Play()) {
+    run.Finish();
+    server->database.SQLExecute("DELETE FROM bans");
+    server->status.clear();
+    server->events.clear();
+  } else {
+    server.reset();
+  }
+  return 0;
+}

@@ -1,0 +1,395 @@
+#include "server/client_socket.h"
+
+#include <gmock/gmock.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QCryptographicHash>
+#include <gtest/gtest.h>
+
+#include "tests/support/test_server.h"
+
+namespace corvane {
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::IsEmpty;
+
+std::string Digest(const std::string& password) {
+  return QCryptographicHash::hash(QByteArray::fromStdString(password), QCryptographicHash::Md5)
+      .toStdString();
+}
+
+class ClientSocketTest : public testing::Test {
+ protected:
+  std::unique_ptr<TestClient> Greeted() {
+    auto client = std::make_unique<TestClient>(server.Port());
+    EXPECT_EQ(client->Receive(), (WireMessage{1, "Network"}));
+    return client;
+  }
+  std::unique_ptr<TestClient> LoggedIn(const std::string& user, const std::string& network = "A") {
+    auto client = std::make_unique<TestClient>(server.Port());
+    EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
+    return client;
+  }
+
+  TestServer server;
+  NetworkRef a = server.AddNetwork("A");
+  NetworkRef b = server.AddNetwork("B");
+};
+
+struct Step {
+  std::int32_t command;
+  std::string payload;
+  std::string answer;
+  std::int32_t seats;      // in the network afterwards
+  std::string statusLine;  // how the last status line ends; empty: no new one
+};
+
+struct Dialogue {
+  std::string name;
+  std::vector<Step> steps;
+};
+
+class LoginTest : public ClientSocketTest, public testing::WithParamInterface<Dialogue> {};
+
+TEST_P(LoginTest, AnswersEachStepInItsTurn) {
+  a->MaxUsers = 1;
+  server.AddNetwork("Closed", "secret", 10, false);
+  const auto client = Greeted();
+  for (const Step& step : GetParam().steps) {
+    server.status.clear();
+    client->Send(step.command, step.payload);
+    EXPECT_EQ(client->Receive(), (WireMessage{step.command + 1, step.answer})) << step.payload;
+    EXPECT_EQ(a->CurrentUsers, step.seats) << step.command << ' ' << step.payload;
+    if (step.statusLine.empty()) {
+      EXPECT_THAT(server.status, IsEmpty());
+    } else {
+      EXPECT_THAT(server.status, ElementsAre("127.0.0.1: " + step.statusLine));
+    }
+  }
+  client->Close();
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
+  EXPECT_EQ(a->CurrentUsers, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Dialogues, LoginTest,
+    testing::Values(Dialogue{"Straight",
+                             {{1, "a", "OK", 1, ""},
+                              {2, Digest("secret"), "OK", 1, ""},
+                              {3, "Ann", "OK", 1, "User Logged In (Ann)"}}},
+                    Dialogue{"DigestInHexadecimal",
+                             {{1, "A", "OK", 1, ""},
+                              {2, "5EBE2294ecd0e0f08eab7690d2a6ee69", "OK", 1, ""}}},
+                    Dialogue{"UnknownAndClosedNetwork",
+                             {{1, "nowhere", "FAIL", 0, "Network Fail (nowhere)"},
+                              {2, Digest("secret"), "FAIL", 0, "Login Failed."},
+                              {1, "Closed", "FAIL", 0, "Network Fail (Closed)"},
+                              {2, Digest("secret"), "FAIL", 0, "Login Failed."},
+                              {1, "A", "OK", 1, ""}}},
+                    Dialogue{"NetworkChosenAgainKeepsOneSeat",
+                             {{1, "A", "OK", 1, ""},
+                              {1, "A", "OK", 1, ""},
+                              {1, "B", "OK", 0, ""},
+                              {1, "", "FAIL", 0, "Network Fail ()"}}},
+                    Dialogue{"WrongPasswordLosesTheSeatAndTheRightOneTakesItAgain",
+                             {{1, "A", "OK", 1, ""},
+                              {2, "", "FAIL", 0, "Login Failed."},
+                              {2, Digest("Secret"), "FAIL", 0, "Login Failed."},
+                              {3, "Ann", "FAIL", 0, "Bad Username (Ann)"},
+                              {2, Digest("secret"), "OK", 1, ""},
+                              {2, "wrong", "FAIL", 0, "Login Failed."},
+                              {3, "Ann", "FAIL", 0, "Bad Username (Ann)"}}},
+                    Dialogue{"NameBeforePasswordChangesNothing",
+                             {{3, "Ann", "FAIL", 0, "Bad Username (Ann)"},
+                              {1, "A", "OK", 1, ""},
+                              {3, "Ann", "FAIL", 1, "Bad Username (Ann)"},
+                              {2, Digest("secret"), "OK", 1, ""}}},
+                    Dialogue{"StepsAfterLogInChangeNothing",
+                             {{1, "A", "OK", 1, ""},
+                              {2, Digest("secret"), "OK", 1, ""},
+                              {3, "Ann", "OK", 1, "User Logged In (Ann)"},
+                              {1, "B", "FAIL", 1, "Network Fail (B)"},
+                              {2, Digest("secret"), "FAIL", 1, "Login Failed."},
+                              {3, "Bob", "FAIL", 1, "Bad Username (Bob)"}}}),
+    [](const auto& info) { return info.param.name; });
+
+TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
+  a->MaxUsers = 1;
+  const auto first = Greeted();
+  first->Send(1, "A");
+  EXPECT_EQ(first->Receive(), (WireMessage{2, "OK"}));
+  const auto second = Greeted();
+  second->Send(1, "A");
+  EXPECT_EQ(second->Receive(), (WireMessage{2, "FAIL"}));
+
+  first->Send(2, "wrong");
+  EXPECT_EQ(first->Receive(), (WireMessage{3, "FAIL"}));
+  second->Send(1, "A");
+  EXPECT_EQ(second->Receive(), (WireMessage{2, "OK"}));
+  first->Send(2, Digest("secret"));
+  EXPECT_EQ(first->Receive(), (WireMessage{3, "FAIL"})) << "the seat went to somebody else";
+  EXPECT_EQ(a->CurrentUsers, 1);
+  second->Abort();
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 1; }));
+  EXPECT_EQ(a->CurrentUsers, 0);
+  EXPECT_EQ(first->Receive(), (WireMessage{6, ""}));
+  first->Send(2, Digest("secret"));
+  EXPECT_EQ(first->Receive(), (WireMessage{3, "OK"}));
+}
+
+TEST_F(ClientSocketTest, NameIsHeldServerWideWhateverItsCase) {
+  const auto ann = LoggedIn("\xC3\x84nn", "A");
+  const auto other = Greeted();
+  other->Send(1, "B");
+  other->Receive();
+  other->Send(2, Digest("secret"));
+  other->Receive();
+  other->Send(3, "\xC3\xA4NN");
+  EXPECT_EQ(other->Receive(), (WireMessage{4, "FAIL"}));
+  EXPECT_EQ(b->CurrentUsers, 0);
+  ann->Close();
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 1; }));
+  {
+    const auto third = Greeted();
+    other->Send(3, "");
+    EXPECT_EQ(other->Receive(), (WireMessage{4, "FAIL"})) << "somebody has no name yet";
+  }
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 1; }));
+  other->Send(3, "");
+  EXPECT_EQ(other->Receive(), (WireMessage{4, "OK"}));
+  EXPECT_EQ(server.events.back(), "in ");
+  other->Close();
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
+  EXPECT_EQ(server.events.back(), "out ");
+  EXPECT_EQ(b->CurrentUsers, 0);
+}
+
+TEST_F(ClientSocketTest, BannedAddressHearsTheNoticeAndNothingMore) {
+  BansTable(server.database).Add("127.0.0.1", "x", "y", "another network");
+  TestClient client(server.Port());
+  EXPECT_EQ(client.Receive(),
+            (WireMessage{997, "Please contact an administrator formore information."}));
+  EXPECT_THAT(server.status, ElementsAre("127.0.0.1: Client Connection Initiated...",
+                                         "127.0.0.1: Client Previously Banned."));
+  client.SendBytes(WireBytes(1, "A") + WireBytes(9, "") + WireBytes(999, ""));
+  client.Close();
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
+  EXPECT_FALSE(client.Receive());
+  EXPECT_EQ(server.status.size(), 3U);
+  EXPECT_EQ(a->CurrentUsers, 0);
+
+  server.Query("DELETE FROM bans");
+  Greeted();
+}
+
+TEST_F(ClientSocketTest, RelaysWhatChangedToTheOthersOfTheNetwork) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  const auto eve = LoggedIn("Eve", "B");
+  ann->SendBytes(WireBytes(4, "1200,845,2,90,1,0") + WireBytes(4, "1200,845,2,90,0,1") +
+                 WireBytes(4, "1200,845,2,89,0,1"));
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{5, "Ann|1200,845,2,90,1,0"},
+                                        WireMessage{5, "Ann|1200,845,2,89,0,1"}));
+  EXPECT_THAT(eve->Drain(), IsEmpty());
+  EXPECT_TRUE(server.SessionOf("Ann")->IsDead);
+
+  bob->Send(5, "");
+  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{5, "Ann|1200,845,2,890,1"}))
+      << "no comma behind the hit points, and not the asker";
+}
+
+TEST_F(ClientSocketTest, ReportFieldsReadAsFarAsTheyAreNumbers) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  const struct {
+    std::string report;
+    std::string relayed;
+  } cases[] = {
+      {"1,2,3,4,5,6", "1,2,3,4,1,1"},
+      {" 7.9 ,-8x,+9,1e2,0.0,-1", "7,-8,9,100,0,1"},
+      {"1", "1,0,0,0,0,0"},
+      {"", "0,0,0,0,0,0"},
+      {"99999999999,-99999999999,1e400,-1e400,x,0x1",
+       "2147483647,-2147483648,2147483647,-2147483648,0,0"},
+      {"1,2,3,4,0,0,surplus,9", "1,2,3,4,0,0"},
+      {",,,5,,", "0,0,0,5,0,0"},
+      {"nan,inf,0x10,\0"s, "0,0,0,0,0,0"},
+  };
+  for (const auto& [report, relayed] : cases) {
+    ann->Send(4, report);
+    EXPECT_EQ(bob->Receive(), (WireMessage{5, "Ann|" + relayed})) << report;
+  }
+}
+
+TEST_F(ClientSocketTest, NothingCountsBeforeTheLogIn) {
+  const auto ann = LoggedIn("Ann");
+  const auto client = Greeted();
+  client->Send(1, "A");
+  client->Receive();
+  for (const std::int32_t command : {4, 5, 10, 11, 12, 13, 14, 0, -1, 6, 77, 998, INT32_MIN}) {
+    client->Send(command, "1,2,3,4,0,0");
+  }
+  client->Send(9, "");
+  EXPECT_THAT(client->Drain(), ElementsAre(WireMessage{9, "0"}));
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+}
+
+TEST_F(ClientSocketTest, LeavesOnceHoweverItsConnectionEnds) {
+  const auto bob = LoggedIn("Bob");
+  const auto eve = LoggedIn("Eve", "B");
+  const struct {
+    std::string name;
+    std::function<void(TestClient&)> end;
+    bool hasErrorLine;
+  } ways[] = {
+      {"close", [](TestClient& client) { client.Close(); }, true},
+      {"reset", [](TestClient& client) { client.Abort(); }, true},
+      {"bad header", [](TestClient& client) { client.SendBytes("\0\0\0\0"s); }, false},
+      {"operator",
+       [this](TestClient&) {
+         const auto session = server.SessionOf("Ann");
+         session->Close();
+         session->Close();
+       },
+       false},
+  };
+  for (const auto& way : ways) {
+    const auto ann = LoggedIn("Ann");
+    EXPECT_EQ(a->CurrentUsers, 2);
+    server.status.clear();
+    server.events.clear();
+    way.end(*ann);
+    EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 2; })) << way.name;
+    EXPECT_EQ(a->CurrentUsers, 1) << way.name;
+    EXPECT_THAT(server.events, ElementsAre("out Ann")) << way.name;
+    EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{6, "Ann"})) << way.name;
+    EXPECT_THAT(eve->Drain(), IsEmpty()) << way.name;
+    if (way.hasErrorLine) {
+      EXPECT_THAT(server.status, ElementsAre("Client Disconnect: (104) Ann")) << way.name;
+    } else {
+      EXPECT_THAT(server.status, IsEmpty()) << way.name;
+      EXPECT_THAT(ann->Drain(), IsEmpty()) << way.name;
+    }
+  }
+}
+
+TEST_F(ClientSocketTest, SessionThatNeverLoggedInLeavesWithAnEmptyName) {
+  const auto bob = LoggedIn("Bob");
+  server.events.clear();
+  const auto client = Greeted();
+  client->Send(1, "A");
+  client->Receive();
+  client->Close();
+  EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 1; }));
+  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{6, ""}));
+  EXPECT_THAT(server.events, IsEmpty());
+  EXPECT_EQ(a->CurrentUsers, 1);
+}
+
+TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {
+  const std::string large(1 << 20, 'n');
+  for (const std::string& name :
+       {"nul\0inside"s, "quo'te\"; --"s, "bar|comma,"s, "\xFF\xFE\x80"s, large}) {
+    server.AddNetwork("net " + name);
+    const auto one = LoggedIn(name, "net " + name);
+    const auto two = LoggedIn("watcher", "net " + name);
+    one->SendBytes(WireBytes(9, "") + WireBytes(4, "1"));
+    EXPECT_EQ(two->Receive(), (WireMessage{5, name + "|1,0,0,0,0,0"}));
+    EXPECT_THAT(one->Drain(), ElementsAre(WireMessage{9, "0"}));
+    one->Close();
+    EXPECT_EQ(two->Receive(), (WireMessage{6, name}));
+    two->Close();
+    EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
+  }
+  EXPECT_EQ(server.Fault(), "");
+}
+
+class AdminTest : public ClientSocketTest {
+ protected:
+  AdminTest() { AdminsTable(server.database).Add("Ann", "127.0.0.1", "A"); }
+
+  // Everything that a walk of the commands may touch.
+  void SendAll(TestClient& client) {
+    client.SendBytes(WireBytes(10, "Bob|A") + WireBytes(11, "Bob|spam") + WireBytes(12, "hello") +
+                     WireBytes(13, "") + WireBytes(14, "1"));
+  }
+};
+
+TEST_F(AdminTest, CommandsOfNobodysAdministratorAreIgnored) {
+  const auto ann = LoggedIn("Ann", "B");  // a grant for another network
+  const auto bob = LoggedIn("Bob", "A");
+  for (TestClient* client : {ann.get(), bob.get()}) {
+    client->Send(9, "");
+    SendAll(*client);
+    EXPECT_THAT(client->Drain(), ElementsAre(WireMessage{9, "0"}));
+  }
+  EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "0;");
+}
+
+TEST_F(AdminTest, KickSendsTheNoticeAndNamesTheLastOneExamined) {
+  const auto bob = LoggedIn("Bob");
+  const auto ann = LoggedIn("Ann");
+  const auto eve = LoggedIn("Eve", "B");
+  server.status.clear();
+  ann->Send(10, "bOB|a");
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{996, "A"})) << "the reason is the network";
+  EXPECT_THAT(server.status, ElementsAre("Eve Kicked: A"));
+  EXPECT_EQ(server.ActiveCount(), 3U) << "a kick closes nothing";
+  ann->SendBytes(WireBytes(10, "") + WireBytes(10, "no bar"));
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+  EXPECT_THAT(bob->Drain(), IsEmpty());
+}
+
+TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  const auto bobElsewhere = LoggedIn("Eve", "B");
+  server.status.clear();
+  ann->SendBytes(WireBytes(9, "") + WireBytes(11, "bob|it's spam") + WireBytes(11, "Eve|x"));
+  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{9, "1"}));
+  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{997, "it's spam"}));
+  EXPECT_THAT(bobElsewhere->Drain(), IsEmpty());
+  EXPECT_THAT(server.status, ElementsAre("Bob Banned: it's spam"));
+  EXPECT_EQ(server.Query("SELECT id, address, \"by\", reason, banlength, network FROM bans"),
+            "1|127.0.0.1|Ann|it's spam|1|A;");
+  EXPECT_EQ(server.Query("SELECT count(*) FROM bans WHERE bandate LIKE '____-__-__ __:__:__'"),
+            "1;");
+
+  ann->Send(13, "");
+  const auto list = ann->Receive();
+  ASSERT_TRUE(list);
+  EXPECT_EQ(list->command, 13);
+  EXPECT_THAT(list->payload, testing::StartsWith("1|127.0.0.1|Ann|it's spam|"));
+  EXPECT_THAT(list->payload, EndsWith("\0"s));
+  for (const char* id : {"", "x", "1x", "0x1", "2", "1 OR 1=1"})
+    ann->Send(14, id);
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+  EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "1;");
+  ann->Send(14, " 1.0 ");
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+  EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "0;");
+
+  server.Query("DROP TABLE bans");
+  ann->SendBytes(WireBytes(13, ""));
+  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{13, ""}));
+}
+
+TEST_F(AdminTest, MessageReachesTheWholeNetworkAndNoOther) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  const auto eve = LoggedIn("Eve", "B");
+  ann->SendBytes(WireBytes(12, "") + WireBytes(12, "hello"));
+  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{998, "hello"}));
+  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{998, "hello"}));
+  EXPECT_THAT(eve->Drain(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace corvane

@@ -1,0 +1,115 @@
+#include "tests/support/test_server.h"
+
+#include <fstream>
+#include <iterator>
+#include <map>
+
+#include <sqlite3.h>
+
+#include "framework/exceptions.h"
+#include "framework/text.h"
+
+namespace corvane {
+
+void MakeDatabase(const QString& file) {
+  std::ifstream script(CORVANE_SCHEMA);
+  const std::string text(std::istreambuf_iterator<char>(script), {});
+  sqlite3* database = nullptr;
+  sqlite3_open(file.toUtf8().constData(), &database);
+  sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr);
+  sqlite3_close(database);
+}
+
+TestServer::TestServer()
+    : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }) {
+  const QString file = folder.filePath(QStringLiteral("serverdb.rsd"));
+  MakeDatabase(file);
+  database.Connect(file);
+  listener = std::make_shared<MapSocket>(loop, database, locations);
+  listener->StatusMessage = [this](MapSocket&, const std::string& text) { status.push_back(text); };
+  listener->UserLoggedIn = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
+    events.push_back("in " + client->Username());
+  };
+  listener->UserLoggedOut = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
+    events.push_back("out " + client->Username());
+  };
+  listener->NetworkInterface = NetworkInterface{"", "127.0.0.1"};
+  listener->SetMaximumSocketsConnected(1'000);
+  listener->Listen();
+}
+
+TestServer::~TestServer() = default;
+
+NetworkRef TestServer::AddNetwork(const std::string& name, const std::string& password,
+                                  std::int32_t maxUsers, bool enabled) {
+  listener->Networks.push_back(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));
+  return listener->Networks.back();
+}
+
+std::shared_ptr<ClientSocket> TestServer::Active(std::size_t index) const {
+  return std::static_pointer_cast<ClientSocket>(listener->ActiveConnections()->at(index));
+}
+
+std::shared_ptr<ClientSocket> TestServer::SessionOf(const std::string& userName) const {
+  for (std::size_t i = 0; i < ActiveCount(); ++i) {
+    if (SameText(Active(i)->Username(), userName)) return Active(i);
+  }
+  return nullptr;
+}
+
+std::string TestServer::Query(const std::string& query) {
+  std::string output;
+  const auto addRow = [](void* text, int count, char** values, char** /*names*/) {
+    auto& result = *static_cast<std::string*>(text);
+    for (int i = 0; i < count; ++i) {
+      result += (i > 0 ? "|" : "");
+      result += (values[i] == nullptr ? "NULL" : values[i]);
+    }
+    result += ';';
+    return 0;
+  };
+  sqlite3* other = nullptr;
+  sqlite3_open(folder.filePath(QStringLiteral("serverdb.rsd")).toUtf8().constData(), &other);
+  char* error = nullptr;
+  sqlite3_exec(other, query.c_str(), addRow, &output, &error);
+  if (error != nullptr) output += error;
+  sqlite3_free(error);
+  sqlite3_close(other);
+  return output;
+}
+
+std::string TestServer::Fault() const {
+  struct Count {
+    std::vector<const ClientSocket*> members;
+    std::int32_t loggedIn = 0;
+  };
+  std::map<const ServerNetworks*, Count> counts;
+  for (const NetworkRef& network : listener->Networks)
+    counts[network.get()];
+  for (std::size_t i = 0; i < ActiveCount(); ++i) {
+    const auto session = Active(i);
+    bool isNameFree = true;
+    for (std::size_t j = 0; j < ActiveCount(); ++j) {
+      if (j != i && SameText(Active(j)->Username(), session->Username())) isNameFree = false;
+    }
+    if (session->CanLogin(session->Username()) != isNameFree) return "names";
+    if (session->myNetwork == nullptr) continue;
+    Count& count = counts[session->myNetwork.get()];
+    count.members.push_back(session.get());
+    if (session->LoginState() == ClientSocket::State::LoggedIn) ++count.loggedIn;
+  }
+  for (const auto& [network, count] : counts) {
+    std::vector<const ClientSocket*> indexed;
+    for (const auto& member : *listener->Sessions().MembersOf(*network)) {
+      indexed.push_back(member.get());
+    }
+    if (indexed != count.members) return "members of " + network->NetworkName;
+    if (network->CurrentUsers < count.loggedIn ||
+        network->CurrentUsers > static_cast<std::int32_t>(count.members.size())) {
+      return "seats of " + network->NetworkName;
+    }
+  }
+  return {};
+}
+
+}  // namespace corvane
