@@ -1,7 +1,5 @@
 #include "console/anchors.h"
 
-#include <algorithm>
-
 #include <QResizeEvent>
 
 namespace corvane {
@@ -14,7 +12,7 @@ struct Span {
 
 // One direction of a control: `growth` is by how much the pane is longer than in its design.
 Span Stretched(Span span, bool keepsNear, bool keepsFar, int growth) {
-  if (keepsNear && keepsFar) return {span.start, std::max(0, span.length + growth)};
+  if (keepsNear && keepsFar) return {span.start, span.length + growth};
   if (keepsFar) return {span.start + growth, span.length};
   return span;
 }

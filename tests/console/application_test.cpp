@@ -1,5 +1,6 @@
 #include "console/application.h"
 
+#include <chrono>
 #include <stdexcept>
 #include <string>
 
@@ -47,6 +48,9 @@ TEST_F(ApplicationTest, NoWindowVetoesARequestToQuit) {
   window.show();
   myApplication.Quit = [] { Application::exit(7); };
   QTimer::singleShot(0, [] { Application::quit(); });
+  QTimer vetoed;
+  QObject::connect(&vetoed, &QTimer::timeout, [] { Application::exit(1); });
+  vetoed.start(std::chrono::seconds(5));
   EXPECT_EQ(Application::exec(), 7);
 }
 

@@ -7,17 +7,17 @@
 
 #include <QAction>
 #include <QApplication>
-#include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
-#include <sqlite3.h>
 
 #include "framework/text.h"
 #include "server/app.h"
 #include "storage/app_settings.h"
+#include "storage/database_connection.h"
 #include "tests/support/test_client.h"
+#include "tests/support/test_server.h"
 
 using namespace corvane;
 using testing::ElementsAre;
@@ -31,15 +31,12 @@ std::string Cell(const QAbstractItemModel& model, int row, int column) {
 class WndMainTest : public testing::Test {
  protected:
   WndMainTest() {
-    sqlite3* database = nullptr;
-    sqlite3_open(QFile::encodeName(myFolder.filePath("serverdb.rsd")).constData(), &database);
-    QFile schema(CORVANE_SCHEMA);
-    EXPECT_TRUE(schema.open(QFile::ReadOnly));
-    const QByteArray text = schema.readAll() +
-                            "INSERT INTO networks VALUES ('North', 'secret', 5, 1);"
-                            "INSERT INTO networks VALUES ('So\nuth', 'secret', 5, 1);";
-    EXPECT_EQ(sqlite3_exec(database, text.constData(), nullptr, nullptr, nullptr), SQLITE_OK);
-    sqlite3_close(database);
+    const QString file = myFolder.filePath("serverdb.rsd");
+    MakeDatabase(file);
+    DatabaseConnection database;
+    EXPECT_TRUE(database.Connect(file));
+    database.SQLExecute("INSERT INTO networks VALUES ('North', 'secret', 5, 1)");
+    database.SQLExecute("INSERT INTO networks VALUES ('So\nuth', 'secret', 5, 1)");
 
     AppSettings settings(myFolder.path());
     settings.SetValue("AttachedNIC", "none");
