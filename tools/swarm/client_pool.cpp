@@ -97,6 +97,7 @@ void ClientPool::Send(Client& client, const PositionReport& report) {
 }
 
 void ClientPool::Leave(Client& client) {
+  if (client.myState == Client::State::Leaving) return;
   if (client.myState != Client::State::Online) {
     CloseDescriptor(client);
     return;
