@@ -34,7 +34,7 @@ TestServer::TestServer()
     events.push_back("out " + client->Username());
   };
   listener->NetworkInterface = NetworkInterface{"", "127.0.0.1"};
-  listener->SetMaximumSocketsConnected(1'000);
+  listener->SetMaximumSocketsConnected(100'000);
   listener->Listen();
 }
 
