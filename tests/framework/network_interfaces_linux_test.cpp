@@ -29,6 +29,7 @@ TEST(NetworkInterfaces, AreTheMachinesOwnInIndexOrder) {
   for (const NetworkInterface& device : NetworkInterfaces())
     addresses.push_back(device.IPAddress);
   std::vector<std::string> expectedAddresses;
+  expectedAddresses.reserve(expected.size());
   for (const auto& [index, address] : expected)
     expectedAddresses.push_back(address);
   EXPECT_EQ(addresses, expectedAddresses);

@@ -104,14 +104,16 @@ TEST(StandardOutput, ReaderThatDoesNotKeepUpLosesLinesAndIsTold) {
   EXPECT_GT(more, 0);
 }
 
-TEST(StandardOutput, ReaderThatIsGoneIsNotMissed) {
+TEST(StandardOutput, ReaderThatIsGoneEndsTheLog) {
   PipeForOutput pipe;
   StandardOutput output;
   output.WriteLine("one");
   EXPECT_EQ(pipe.Read(), "one\n");
   pipe.CloseReader();
   output.WriteLine("two");
+  PipeForOutput other;
   output.WriteLine("three");
+  EXPECT_EQ(other.Read(), "");
 }
 
 TEST(MessageToStandardError, KeepsItsLinesAndAnswersForNobody) {

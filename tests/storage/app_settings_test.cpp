@@ -73,6 +73,8 @@ TEST_F(AppSettingsTest, EveryElementUnderTheRootIsAnEntryAndTheLastOneWins) {
   EXPECT_EQ(Stored("inner"), "none");
   EXPECT_EQ(Stored(""), "");
   EXPECT_EQ(Stored("Port"), "none");
+  Write("<any><!-- remark -->text<?pi?></any>");
+  EXPECT_EQ(Stored(""), "none");
 }
 
 TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
@@ -84,7 +86,7 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
   laughs += "]><s><a namestring='Port' valuestring='&e29;'/></s>";
   const QByteArray entry = "<settings><setting namestring='Port' valuestring='1'/></settings>";
   for (const QByteArray& content : {QByteArray(), QByteArray("no XML"), entry.chopped(4), laughs,
-                                    entry + "<!--" + QByteArray(1024 * 1024, ' ') + "-->"}) {
+                                    entry + QByteArray(1024 * 1024, ' ')}) {
     Write(content);
     settings.Load();
     EXPECT_EQ(settings.GetValue("Port", "none"), "none") << content.left(80).constData();

@@ -96,9 +96,10 @@ TEST_F(TablesTest, BanHoldsForItsAddressUntilItIsLifted) {
   EXPECT_LE(before, all->at(0).bandate);
   EXPECT_LE(all->at(0).bandate, after);
 
-  bans.Delete("1");
-  EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
-  bans.Delete(std::vector<std::int64_t>{2, 77});
+  bans.Delete("2");
+  EXPECT_FALSE(bans.IsBanned("10.0.0.2"));
+  EXPECT_TRUE(bans.IsBanned("10.0.0.1"));
+  bans.Delete(std::vector<std::int64_t>{1, 77});
   EXPECT_EQ(bans.All()->size(), 0U);
   bans.Add("10.0.0.3", "op", "", "");
   EXPECT_EQ(bans.All()->at(0).id, 3);  // no number comes back
