@@ -1,6 +1,7 @@
 #include "console/visible_text.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "framework/text.h"
 
@@ -53,13 +54,13 @@ std::string_view Start(std::string_view text, std::size_t maxBytes) {
 QString VisibleText(std::string_view text, std::size_t maxLength) {
   // A character takes at most four bytes, so this much is always enough.
   const std::string_view start = Start(text, (maxLength + 1) * 4);
-  const QString shown = DisplayText(start);
+  QString shown = DisplayText(start);
   const auto limit = static_cast<qsizetype>(maxLength);
-  const bool isPlain = std::none_of(shown.begin(), shown.end(), IsInvisible);
+  const bool isPlain = std::none_of(shown.cbegin(), shown.cend(), IsInvisible);
   if (isPlain && shown.size() <= limit) return shown;
 
   QString result;
-  for (const QChar character : shown) {
+  for (const QChar character : std::as_const(shown)) {
     if (result.size() >= limit) break;
     if (IsInvisible(character)) {
       AppendWrittenOut(result, character);
