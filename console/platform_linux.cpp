@@ -18,7 +18,10 @@ void ChoosePlatform(int argc, const char* const* argv) {
   };
   if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return;
   if (std::any_of(argv, argv + argc, isPlatform)) return;
-  qputenv("QT_QPA_PLATFORM", "wayland;xcb;offscreen");
+  // Where no display is named none is looked for, which would only end in warnings.
+  const bool isDisplayNamed =
+      !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || !qEnvironmentVariableIsEmpty("DISPLAY");
+  qputenv("QT_QPA_PLATFORM", isDisplayNamed ? "wayland;xcb;offscreen" : "offscreen");
 }
 
 }  // namespace corvane

@@ -43,7 +43,6 @@ wndMain::~wndMain() {
   sSocket->StatusMessage = nullptr;
   sSocket->UserLoggedIn = nullptr;
   sSocket->UserLoggedOut = nullptr;
-  sSocket->Close();
 }
 
 void wndMain::Open() {

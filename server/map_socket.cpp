@@ -52,6 +52,7 @@ void MapSocket::Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) {
 
 void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
   myRoster.Leave(*SessionOf(socket));
+  if (socket->IsConnected()) myUnlinked.push_back(SessionOf(socket));
 }
 
 void MapSocket::CallStatusMessage(const std::string& text) {

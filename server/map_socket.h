@@ -85,6 +85,8 @@ class MapSocket : public ServerSocket {
   BansTable myBans;
   AdminsTable myAdmins;
   Roster myRoster;
+  // Connected still, though the listener they came from was closed.
+  std::vector<std::weak_ptr<ClientSocket>> myUnlinked;
 };
 
 }  // namespace corvane

@@ -3,8 +3,7 @@
 namespace corvane {
 
 bool BansTable::IsBanned(const std::string& address) {
-  const auto rows = myConnection.SQLSelect("SELECT * FROM bans WHERE address='" + address + "'");
-  return rows && rows->RecordCount() >= 1;
+  return myConnection.HasRow("SELECT * FROM bans WHERE address='" + address + "'");
 }
 
 void BansTable::Add(const std::string& address, const std::string& by, const std::string& reason,

@@ -137,6 +137,21 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view que
   return cursor;
 }
 
+bool DatabaseConnection::HasRow(std::string_view query, int instructionLimit) {
+  int result = SQLITE_OK;
+  const Statement statement = Prepare(myDatabase, query, result);
+  if (!statement) return FailWith(result);
+  const auto interrupt = [](void*) { return 1; };
+  sqlite3_progress_handler(myDatabase, instructionLimit, interrupt, nullptr);
+  bool hasRow = false;
+  while ((result = sqlite3_step(statement.get())) == SQLITE_ROW)
+    hasRow = true;
+  sqlite3_progress_handler(myDatabase, 0, nullptr, nullptr);
+  if (result != SQLITE_DONE) return FailWith(result);
+  Succeed();
+  return hasRow;
+}
+
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query) {
   // Both selects see the same rows: they share one read transaction.
   const bool isOwnTransaction = myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) != 0;

@@ -1,28 +1,21 @@
 #include "tests/support/test_server.h"
 
-#include <fstream>
-#include <iterator>
 #include <map>
-
-#include <sqlite3.h>
 
 #include "framework/exceptions.h"
 #include "framework/text.h"
 
 namespace corvane {
 
-void MakeDatabase(const QString& file) {
-  std::ifstream script(CORVANE_SCHEMA);
-  const std::string text(std::istreambuf_iterator<char>(script), {});
-  sqlite3* database = nullptr;
-  sqlite3_open(file.toUtf8().constData(), &database);
-  sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr);
-  sqlite3_close(database);
-}
+namespace {
+
+constexpr QLatin1String kDatabase("serverdb.rsd");
+
+}  // namespace
 
 TestServer::TestServer()
     : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }) {
-  const QString file = folder.filePath(QStringLiteral("serverdb.rsd"));
+  const QString file = folder.filePath(kDatabase);
   MakeDatabase(file);
   database.Connect(file);
   listener = std::make_shared<MapSocket>(loop, database, locations);
@@ -57,25 +50,8 @@ std::shared_ptr<ClientSocket> TestServer::SessionOf(const std::string& userName)
   return nullptr;
 }
 
-std::string TestServer::Query(const std::string& query) {
-  std::string output;
-  const auto addRow = [](void* text, int count, char** values, char** /*names*/) {
-    auto& result = *static_cast<std::string*>(text);
-    for (int i = 0; i < count; ++i) {
-      result += (i > 0 ? "|" : "");
-      result += (values[i] == nullptr ? "NULL" : values[i]);
-    }
-    result += ';';
-    return 0;
-  };
-  sqlite3* other = nullptr;
-  sqlite3_open(folder.filePath(QStringLiteral("serverdb.rsd")).toUtf8().constData(), &other);
-  char* error = nullptr;
-  sqlite3_exec(other, query.c_str(), addRow, &output, &error);
-  if (error != nullptr) output += error;
-  sqlite3_free(error);
-  sqlite3_close(other);
-  return output;
+std::string TestServer::Query(const std::string& statements) {
+  return OtherProgram(folder.filePath(kDatabase)).Run(statements);
 }
 
 std::string TestServer::Fault() const {

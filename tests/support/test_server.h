@@ -13,6 +13,7 @@
 #include "server/client_socket.h"
 #include "server/map_socket.h"
 #include "storage/database_connection.h"
+#include "tests/support/other_program.h"
 #include "tests/support/test_client.h"
 
 namespace corvane {
@@ -33,8 +34,8 @@ class TestServer {
   // The session of the name; none if there is none.
   std::shared_ptr<ClientSocket> SessionOf(const std::string& userName) const;
 
-  // All values of a query: "|" between columns, ";" behind each row.
-  std::string Query(const std::string& query);
+  // Runs statements as another program at the same database.
+  std::string Query(const std::string& statements);
 
   // What is wrong with the listener's indexes and seats, held against a walk over the active
   // connections; empty when all is well.
@@ -52,8 +53,5 @@ class TestServer {
   LocationLookup locations;
   std::shared_ptr<MapSocket> listener;
 };
-
-// Makes a database with the installer's script.
-void MakeDatabase(const QString& file);
 
 }  // namespace corvane
