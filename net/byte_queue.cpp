@@ -30,7 +30,7 @@ void ByteQueue::Append(std::string_view bytes) {
 
 void ByteQueue::TakeAll(ByteQueue& other) {
   if (IsEmpty()) {
-    *this = std::move(other);
+    std::swap(*this, other);
   } else {
     Append(other.Bytes());
   }

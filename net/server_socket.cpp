@@ -86,8 +86,8 @@ void ServerSocket::CloseListener() {
     Event_GivenBack(socket);
   }
   const SocketPool::Sockets idle = myPool.TakeIdle();
-  for (auto socket = idle.rbegin(); socket != idle.rend(); ++socket)
-    (*socket)->Close();
+  std::for_each(idle.rbegin(), idle.rend(),
+                [](const std::shared_ptr<TCPSocket>& socket) { socket->Close(); });
   CloseDescriptor();
 }
 

@@ -185,7 +185,7 @@ std::uint16_t TCPSocket::LocalPort() const {
 }
 
 std::string TCPSocket::Read(std::size_t count) {
-  const std::string bytes(myInput.Bytes().substr(0, count));
+  std::string bytes(myInput.Bytes().substr(0, count));
   myInput.Consume(bytes.size());
   return bytes;
 }
