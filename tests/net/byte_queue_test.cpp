@@ -47,14 +47,5 @@ TEST(ByteQueue, HoldsWhatAStringWouldHold) {
   }
 }
 
-TEST(BufferPool, ServesAgainWhatWasGivenBack) {
-  BufferPool pool;
-  BufferPool::Buffer first = pool.Take(100);
-  const char* const memory = first.bytes.get();
-  pool.GiveBack(std::move(first));
-  EXPECT_EQ(pool.Take(BufferPool::kSmallest).bytes.get(), memory);
-  EXPECT_GE(pool.Take(1'000'000).capacity, 1'000'000U);
-}
-
 }  // namespace
 }  // namespace corvane

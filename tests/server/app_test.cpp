@@ -81,7 +81,6 @@ class LoadTest : public AppTest {
 
 TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
   MakeDatabase(file);
-  TestServer other;
   DatabaseConnection connection;
   ASSERT_TRUE(connection.Connect(file));
   connection.SQLExecute("ALTER TABLE networks ADD COLUMN remark");
@@ -121,15 +120,6 @@ TEST_F(LoadTest, ImpossiblePortIsAListenerErrorAndTheWindowStillComesUp) {
     Load([](MapSocket& listener) { EXPECT_FALSE(listener.IsListening()); });
     EXPECT_THAT(status, ElementsAre("Server Error: 22", "Listening..."));
   }
-}
-
-TEST_F(LoadTest, DefaultsAreRememberedButNotWritten) {
-  MakeDatabase(file);
-  Settings("none", "0");
-  App app(folder.path(), show);
-  ASSERT_TRUE(app.Open());
-  EXPECT_EQ(app.Settings().GetValue("Port", ""), "12000");
-  EXPECT_EQ(app.Settings().GetValue("MaxConns", "100"), "100");
 }
 
 TEST(NICByMac, FindsTheFirstOfThatAddress) {

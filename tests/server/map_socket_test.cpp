@@ -82,12 +82,6 @@ TEST_F(MapSocketTest, RemovedNetworkSaysGoodbyeAndIsFoundNoMore) {
   EXPECT_TRUE(PumpUntil([this] { return a->CurrentUsers == 1; }));
 }
 
-TEST_F(MapSocketTest, FirstOfTwoNetworksOfOneNameIsFound) {
-  server.AddNetwork("a");
-  EXPECT_EQ(server.listener->FindNetwork("a"), a);
-  EXPECT_EQ(server.listener->FindNetwork("\xC3\xA4"), nullptr);
-}
-
 TEST_F(MapSocketTest, ListenerErrorBecomesAStatusLine) {
   const auto second = std::make_shared<MapSocket>(server.loop, server.database, server.locations);
   second->StatusMessage = server.listener->StatusMessage;
