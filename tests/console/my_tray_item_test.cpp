@@ -1,65 +1,37 @@
 #include "console/my_tray_item.h"
 
-#include <gmock/gmock.h>
 #include <string>
-#include <vector>
 
 #include <QTest>
 #include <QWidget>
 #include <gtest/gtest.h>
 
 using namespace corvane;
-using testing::ElementsAre;
 
-namespace {
+TEST(MyTrayItem, OffersWhatTheWindowsVisibilityAllows) {
+  QWidget window;
+  int quits = 0;
+  MyTrayItem item(window, [&quits] { ++quits; });
+  const auto choose = [&](int row) {
+    Q_EMIT item.activated(QSystemTrayIcon::Trigger);
+    EXPECT_TRUE(item.Menu().isVisible());
+    QAction* action = item.Menu().actions().at(row);
+    const std::string text = action->text().toStdString();
+    QTest::mouseClick(&item.Menu(), Qt::LeftButton, {},
+                      item.Menu().actionGeometry(action).center());
+    return text;
+  };
+  EXPECT_EQ(choose(0), "Show Window");
+  EXPECT_TRUE(window.isVisible());
+  EXPECT_EQ(choose(0), "Hide Window");
+  EXPECT_FALSE(window.isVisible());
 
-class MyTrayItemTest : public testing::Test {
- protected:
-  std::vector<std::string> OpenedMenu() {
-    Q_EMIT myItem.activated(QSystemTrayIcon::Trigger);
-    EXPECT_TRUE(myItem.Menu().isVisible());
-    std::vector<std::string> items;
-    for (const QAction* action : myItem.Menu().actions()) {
-      items.push_back(action->isSeparator() ? "-" : action->text().toStdString());
-    }
-    return items;
-  }
-
-  void Choose(int item) {
-    QMenu& menu = myItem.Menu();
-    QTest::mouseClick(&menu, Qt::LeftButton, {},
-                      menu.actionGeometry(menu.actions().at(item)).center());
-  }
-
-  QWidget myWindow;
-  int myQuits = 0;
-  MyTrayItem myItem{myWindow, [this] { ++myQuits; }};
-};
-
-}  // namespace
-
-TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
-  EXPECT_THAT(OpenedMenu(), ElementsAre("Show Window", "-", "Exit"));
-  Choose(0);
-  EXPECT_TRUE(myWindow.isVisible());
-  EXPECT_THAT(OpenedMenu(), ElementsAre("Hide Window", "-", "Exit"));
-  Choose(0);
-  EXPECT_FALSE(myWindow.isVisible());
-  EXPECT_THAT(OpenedMenu(), ElementsAre("Show Window", "-", "Exit"));
-  EXPECT_EQ(myQuits, 0);
-}
-
-TEST_F(MyTrayItemTest, ShowBringsBackAlsoAWindowThatWasHiddenMinimised) {
-  myWindow.showMinimized();
-  myWindow.hide();
-  OpenedMenu();
-  Choose(0);
-  EXPECT_TRUE(myWindow.isVisible());
-  EXPECT_FALSE(myWindow.isMinimized());
-}
-
-TEST_F(MyTrayItemTest, ExitQuits) {
-  OpenedMenu();
-  Choose(2);
-  EXPECT_EQ(myQuits, 1);
+  window.showMinimized();
+  window.hide();
+  EXPECT_EQ(choose(0), "Show Window");
+  EXPECT_TRUE(window.isVisible());
+  EXPECT_FALSE(window.isMinimized());
+  EXPECT_EQ(quits, 0);
+  EXPECT_EQ(choose(2), "Exit");
+  EXPECT_EQ(quits, 1);
 }

@@ -8,34 +8,18 @@
 namespace corvane {
 namespace {
 
-TEST(QuitSignals, EverySignalReachesTheLoopAndNothingElse) {
+TEST(QuitSignals, EverySignalReachesTheLoopOnce) {
   for (const int signal : {SIGINT, SIGTERM}) {
     int quits = 0;
     const QuitSignals signals([&] { ++quits; });
-    ASSERT_EQ(std::raise(signal), 0);
-    EXPECT_EQ(quits, 0);  // not from inside the signal
-    QCoreApplication::processEvents();
-    EXPECT_EQ(quits, 1);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(quits, 1);
-    ASSERT_EQ(std::raise(signal), 0);
-    QCoreApplication::processEvents();
-    EXPECT_EQ(quits, 2);
+    for (int expected = 1; expected <= 2; ++expected) {
+      ASSERT_EQ(std::raise(signal), 0);
+      EXPECT_EQ(quits, expected - 1) << "from inside the signal";
+      QCoreApplication::processEvents();
+      QCoreApplication::processEvents();
+      EXPECT_EQ(quits, expected);
+    }
   }
-}
-
-TEST(QuitSignals, TheSystemsHandlingComesBack) {
-  const auto handler = [] {
-    struct sigaction action {};
-    sigaction(SIGTERM, nullptr, &action);
-    return action.sa_handler;
-  };
-  const auto before = handler();
-  {
-    const QuitSignals signals([] {});
-    EXPECT_NE(handler(), before);
-  }
-  EXPECT_EQ(handler(), before);
 }
 
 }  // namespace

@@ -55,20 +55,5 @@ TEST_F(DeliveryBookTest, WhatIsOvertakenStaysMissing) {
   EXPECT_EQ(myBook.Unexpected(), 1U);
 }
 
-TEST(Reports, DifferFromOneToTheNextInWhatIsRelayed) {
-  for (std::uint32_t sequence = 0; sequence < 300; ++sequence) {
-    EXPECT_NE(ReportOf(kSender, sequence).x, ReportOf(kSender, sequence + 1).x);
-  }
-}
-
-TEST(UserNames, AreReadBackAndOthersAreNot) {
-  const Member member{12, 345};
-  EXPECT_EQ(ParseUserName("swarm", UserNameOf("swarm", member)), member);
-  for (const char* const other :
-       {"", "swarm", "swarm1", "swarm1-", "swarm-1", "swarm1-2x", "other1-2"}) {
-    EXPECT_FALSE(ParseUserName("swarm", other)) << other;
-  }
-}
-
 }  // namespace
 }  // namespace corvane::swarm
