@@ -18,10 +18,12 @@ void ChoosePlatform(int argc, const char* const* argv) {
   };
   if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return;
   if (std::any_of(argv, argv + argc, isPlatform)) return;
-  // Where no display is named none is looked for, which would only end in warnings.
-  const bool isDisplayNamed =
-      !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || !qEnvironmentVariableIsEmpty("DISPLAY");
-  qputenv("QT_QPA_PLATFORM", isDisplayNamed ? "wayland;xcb;offscreen" : "offscreen");
+  // Only what the desktop names is tried: looking for the rest would end in warnings, or in the
+  // session of somebody else on the same machine.
+  QByteArray platforms;
+  if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
+  if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
+  qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
 }
 
 }  // namespace corvane

@@ -27,8 +27,8 @@ std::int32_t Clamped(std::int64_t number) {
 App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
     : myDataFolder(std::move(dataFolder)),
       myShowMessage(std::move(showMessage)),
-      myLoop([this] { LastResort(); }),
-      mySettings(myDataFolder) {}
+      mySettings(myDataFolder),
+      myLoop([this] { LastResort(); }) {}
 
 App::~App() = default;
 
@@ -86,7 +86,6 @@ void App::LoadServerSocket(MapSocket& listener,
 
 void App::Quit(int code) {
   myIsQuitting = true;
-  myExitCode = code;
   myLoop.Flush();
   QCoreApplication::exit(code);
 }

@@ -39,7 +39,6 @@ class App {
   // Ends the program with this exit code: nothing can veto it.
   void Quit(int code = 0);
   bool IsQuitting() const { return myIsQuitting; }
-  int ExitCode() const { return myExitCode; }
 
   // Where an error ends that nobody caught: stops all sockets, shows the last-resort message once
   // and quits with code 1. Call it from a catch block.
@@ -57,12 +56,11 @@ class App {
 
   std::optional<QString> myDataFolder;
   MessageBoxFunction myShowMessage;
-  PollLoop myLoop;
   AppSettings mySettings;
   DatabaseConnection myDatabase;
   LocationLookup myLocations;
+  PollLoop myLoop;  // may hold sockets that borrow the others
   bool myIsQuitting = false;
-  int myExitCode = 0;
   bool myLastResortReached = false;
 };
 

@@ -60,6 +60,9 @@ void ClientSocket::Error(std::int32_t code) {
 }
 
 void ClientSocket::Close() {
+  // Telling the network gives way to others, but nothing of this session comes in between.
+  const auto keep = shared_from_this();
+  const HandlerGuard leaving(*this);
   Leave();
   EasyTCPSocket::Close();
 }
@@ -81,78 +84,58 @@ void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) 
   if (myState == State::Refused) return;
   switch (command) {
     case wire::kNetwork:
+      return ChooseNetwork(data);
     case wire::kPassword:
+      return CheckPassword(data);
     case wire::kUserName:
-      HandleLoginStep(command, data);
-      break;
+      return TakeName(data);
     case wire::kIsAdmin:
-      SendMessage(wire::kIsAdmin, isAdmin() ? "1" : "0");
-      break;
+      return SendMessage(wire::kIsAdmin, isAdmin() ? "1" : "0");
     case wire::kBye:
-      SendMessage(wire::kBye, wire::kByeText);
-      break;
+      return SendMessage(wire::kBye, wire::kByeText);
     default:
       if (myState == State::LoggedIn) HandleMemberCommand(command, data);
-  }
-}
-
-void ClientSocket::HandleLoginStep(std::int32_t command, std::string_view data) {
-  switch (command) {
-    case wire::kNetwork:
-      ChooseNetwork(data);
-      break;
-    case wire::kPassword:
-      CheckPassword(data);
-      break;
-    default:
-      TakeName(data);
   }
 }
 
 void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view data) {
   switch (command) {
     case wire::kReport:
-      TakeReport(data);
-      break;
+      return TakeReport(data);
     case wire::kMember:
-      SendMembers();
-      break;
+      return SendMembers();
     case wire::kAdminKick:
     case wire::kAdminBan:
     case wire::kAdminMessage:
     case wire::kAdminListBans:
     case wire::kAdminLiftBan:
       if (isAdmin()) HandleAdminCommand(command, data);
-      break;
+      return;
     default:
-      break;  // a command that nobody knows is nobody's error
+      return;  // a command that nobody knows is nobody's error
   }
 }
 
 void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view data) {
-  const std::string first(NthField(data, '|', 1));
-  const std::string second(NthField(data, '|', 2));
+  const auto field = [data](std::size_t number) {
+    return std::string(NthField(data, '|', number));
+  };
   switch (command) {
     case wire::kAdminKick:
-      myParent.KickUser(first, second, myNetwork->NetworkName);
-      break;
+      return myParent.KickUser(field(1), field(2), myNetwork->NetworkName);
     case wire::kAdminBan:
-      myParent.BanUser(*this, first, second);
-      break;
+      return myParent.BanUser(*this, field(1), field(2));
     case wire::kAdminMessage:
-      myParent.BroadcastMessage(std::string(data), myNetwork->NetworkName);
-      break;
+      return myParent.BroadcastMessage(std::string(data), myNetwork->NetworkName);
     case wire::kAdminListBans:
-      SendBans();
-      break;
+      return SendBans();
     default:
-      LiftBan(data);
+      return LiftBan(data);
   }
 }
 
 void ClientSocket::ChooseNetwork(std::string_view name) {
   if (myState == State::LoggedIn) return RefuseNetwork(name);
-  mySeat.GiveBack();
   SetNetwork(myParent.FindNetwork(name));
   if (mySeat.Take(myNetwork)) {
     myState = State::WaitingPassword;

@@ -38,6 +38,7 @@ class ClientSocket : public EasyTCPSocket {
   ClientSocket(PollLoop& loop, MapSocket& parent);
 
   State LoginState() const { return myState; }
+  bool HoldsSeat() const { return mySeat.IsHeld(); }
 
   // The name that it logged in with, empty until then; and the same folded, for comparing.
   const std::string& Username() const { return myUsername; }
@@ -94,7 +95,6 @@ class ClientSocket : public EasyTCPSocket {
 
  private:
   void Greet(const ClientLocation& location);
-  void HandleLoginStep(std::int32_t command, std::string_view data);
   void HandleMemberCommand(std::int32_t command, std::string_view data);
   void HandleAdminCommand(std::int32_t command, std::string_view data);
 

@@ -33,9 +33,12 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
     : ServerSocket(loop, 2, 10), myLocations(locations), myBans(serverdb), myAdmins(serverdb) {}
 
 MapSocket::~MapSocket() {
-  // Sessions borrow their listener, so none outlives it.
+  // Sessions borrow their listener, so none goes on without it.
   for (const auto& connection : *ActiveConnections())
     SessionOf(connection)->Abandon();
+  for (const std::weak_ptr<ClientSocket>& session : myUnlinked) {
+    if (const auto connected = session.lock()) connected->Abandon();
+  }
 }
 
 std::shared_ptr<TCPSocket> MapSocket::Event_AddSocket() {
@@ -52,7 +55,10 @@ void MapSocket::Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) {
 
 void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
   myRoster.Leave(*SessionOf(socket));
-  if (socket->IsConnected()) myUnlinked.push_back(SessionOf(socket));
+  if (!socket->IsConnected()) return;
+  // The listener was closed, the session goes on.
+  std::erase_if(myUnlinked, [](const auto& session) { return session.expired(); });
+  myUnlinked.push_back(SessionOf(socket));
 }
 
 void MapSocket::CallStatusMessage(const std::string& text) {

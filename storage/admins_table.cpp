@@ -2,18 +2,11 @@
 
 namespace corvane {
 
-namespace {
-
-// Many times what the query takes as it is meant; some ten milliseconds.
-constexpr int kInstructionLimit = 1'000'000;
-
-}  // namespace
-
 bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
                           const std::string& address) {
-  return myConnection.HasRow("SELECT * FROM admins WHERE name='" + name + "' AND network='" +
-                                 network + "' AND address='" + address + "'",
-                             kInstructionLimit);
+  return myConnection.HasRowForOutsider("SELECT * FROM admins WHERE name='" + name +
+                                        "' AND network='" + network + "' AND address='" + address +
+                                        "'");
 }
 
 void AdminsTable::Add(const std::string& name, const std::string& address,

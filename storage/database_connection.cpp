@@ -1,5 +1,6 @@
 #include "storage/database_connection.h"
 
+#include <chrono>
 #include <limits>
 #include <memory>
 
@@ -13,6 +14,8 @@ namespace corvane {
 namespace {
 
 constexpr int kBusyTimeout = 250;  // milliseconds
+constexpr std::chrono::milliseconds kOutsiderTime(20);
+constexpr int kInstructionsBetweenLooks = 100;
 constexpr std::string_view kSelectAll = "SELECT * FROM ";
 
 struct StatementEnd {
@@ -76,6 +79,39 @@ std::vector<std::string> ColumnNames(sqlite3_stmt* statement, int count) {
   return names;
 }
 
+// While one exists, what a statement may cost is bounded. Functions are refused, since a single
+// call of one may take any time and memory; everything else is interrupted when its time is over.
+class OutsiderGuard {
+ public:
+  explicit OutsiderGuard(sqlite3* database)
+      : myDatabase(database), myDeadline(Clock::now() + kOutsiderTime) {
+    if (myDatabase == nullptr) return;
+    sqlite3_set_authorizer(myDatabase, Authorize, nullptr);
+    sqlite3_progress_handler(myDatabase, kInstructionsBetweenLooks, IsOver, &myDeadline);
+  }
+  ~OutsiderGuard() {
+    if (myDatabase == nullptr) return;
+    sqlite3_set_authorizer(myDatabase, nullptr, nullptr);
+    sqlite3_progress_handler(myDatabase, 0, nullptr, nullptr);
+  }
+  OutsiderGuard(const OutsiderGuard&) = delete;
+  OutsiderGuard& operator=(const OutsiderGuard&) = delete;
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  static int Authorize(void* /*unused*/, int action, const char* /*first*/, const char* /*second*/,
+                       const char* /*database*/, const char* /*trigger*/) {
+    return action == SQLITE_FUNCTION || action == SQLITE_RECURSIVE ? SQLITE_DENY : SQLITE_OK;
+  }
+  static int IsOver(void* deadline) {
+    return Clock::now() > *static_cast<const Clock::time_point*>(deadline) ? 1 : 0;
+  }
+
+  sqlite3* myDatabase;
+  Clock::time_point myDeadline;
+};
+
 // The word behind "SELECT * FROM".
 std::string_view TableOf(std::string_view query) {
   query.remove_prefix(kSelectAll.size());
@@ -137,19 +173,21 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view que
   return cursor;
 }
 
-bool DatabaseConnection::HasRow(std::string_view query, int instructionLimit) {
+bool DatabaseConnection::HasRow(std::string_view query) {
   int result = SQLITE_OK;
   const Statement statement = Prepare(myDatabase, query, result);
   if (!statement) return FailWith(result);
-  const auto interrupt = [](void*) { return 1; };
-  sqlite3_progress_handler(myDatabase, instructionLimit, interrupt, nullptr);
   bool hasRow = false;
   while ((result = sqlite3_step(statement.get())) == SQLITE_ROW)
     hasRow = true;
-  sqlite3_progress_handler(myDatabase, 0, nullptr, nullptr);
   if (result != SQLITE_DONE) return FailWith(result);
   Succeed();
   return hasRow;
+}
+
+bool DatabaseConnection::HasRowForOutsider(std::string_view query) {
+  const OutsiderGuard guard(myDatabase);
+  return HasRow(query);
 }
 
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query) {

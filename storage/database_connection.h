@@ -39,10 +39,12 @@ class DatabaseConnection {
   // the side, so that the cursor can change its rows.
   std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query);
 
-  // Whether one query, run exactly as given, succeeds and yields a row. With a limit, a query that
-  // takes more of SQLite's instructions is interrupted and fails: for texts that outsiders have a
-  // part in, who could otherwise stop the server with one that never ends.
-  bool HasRow(std::string_view query, int instructionLimit = 0);
+  // Whether one query, run exactly as given, succeeds and yields a row.
+  bool HasRow(std::string_view query);
+
+  // The same for a text that outsiders have a part in, who could otherwise hold up the server: a
+  // query that calls a function, recurses, or runs for more than 20 ms fails.
+  bool HasRowForOutsider(std::string_view query);
 
   // Runs one statement that has no result.
   void SQLExecute(std::string_view statement);

@@ -91,14 +91,28 @@ TEST_F(MapSocketTest, ListenerErrorBecomesAStatusLine) {
   EXPECT_THAT(server.status, ElementsAre("Server Error: 98"));
 }
 
-TEST_F(MapSocketTest, ClosedListenerKeepsItsSessionsAndTheirSeats) {
+TEST_F(MapSocketTest, MembersAreWalkedInTheOrderInWhichTheyConnected) {
+  clients.push_back(std::make_unique<TestClient>(server.Port()));
+  clients.push_back(std::make_unique<TestClient>(server.Port()));
+  EXPECT_TRUE(clients[4]->LogIn("A", "secret", "Later"));
+  EXPECT_TRUE(clients[3]->LogIn("A", "secret", "Earlier"));
+  EXPECT_EQ(server.Fault(), "");
+  clients[0]->Send(5, "");
+  EXPECT_THAT(clients[0]->Drain(),
+              ElementsAre(WireMessage{5, "Bob|0,0,0,00,0"}, WireMessage{5, "Earlier|0,0,0,00,0"},
+                          WireMessage{5, "Later|0,0,0,00,0"}));
+}
+
+TEST_F(MapSocketTest, ClosedListenerKeepsItsSessionsUntilItIsGone) {
   server.listener->Close();
   clients[0]->Send(9, "");
   EXPECT_EQ(clients[0]->Receive(), (WireMessage{9, "0"}));
-  for (const auto& client : clients)
-    client->Close();
-  EXPECT_TRUE(PumpUntil([this] { return a->CurrentUsers == 0 && b->CurrentUsers == 0; }));
-  EXPECT_EQ(server.events.size(), 6U);
+  clients[1]->Close();
+  EXPECT_TRUE(PumpUntil([this] { return a->CurrentUsers == 1; }));
+  EXPECT_EQ(server.events.back(), "out Bob");
+  clients[0]->Send(9, "");
+  server.listener.reset();
+  EXPECT_TRUE(clients[0]->WasClosedByServer());
 }
 
 }  // namespace

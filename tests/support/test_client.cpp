@@ -92,6 +92,11 @@ std::vector<WireMessage> TestClient::Drain() {
   return messages;
 }
 
+bool TestClient::HearsNothing() {
+  PumpFor(std::chrono::milliseconds(100));
+  return mySocket.bytesAvailable() == 0;
+}
+
 bool TestClient::WasClosedByServer() {
   return PumpUntil([this] { return IsClosed(); });
 }

@@ -51,6 +51,9 @@ class TestClient {
   // What has come until the answer to a request of our own, which is not reported.
   std::vector<WireMessage> Drain();
 
+  // Whether nothing comes for a while.
+  bool HearsNothing();
+
   bool IsClosed() const { return mySocket.state() == QAbstractSocket::UnconnectedState; }
   bool WasClosedByServer();
   void Close();

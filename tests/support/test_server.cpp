@@ -57,7 +57,7 @@ std::string TestServer::Query(const std::string& statements) {
 std::string TestServer::Fault() const {
   struct Count {
     std::vector<const ClientSocket*> members;
-    std::int32_t loggedIn = 0;
+    std::int32_t seats = 0;
   };
   std::map<const ServerNetworks*, Count> counts;
   for (const NetworkRef& network : listener->Networks)
@@ -72,7 +72,7 @@ std::string TestServer::Fault() const {
     if (session->myNetwork == nullptr) continue;
     Count& count = counts[session->myNetwork.get()];
     count.members.push_back(session.get());
-    if (session->LoginState() == ClientSocket::State::LoggedIn) ++count.loggedIn;
+    if (session->HoldsSeat()) ++count.seats;
   }
   for (const auto& [network, count] : counts) {
     std::vector<const ClientSocket*> indexed;
@@ -80,10 +80,7 @@ std::string TestServer::Fault() const {
       indexed.push_back(member.get());
     }
     if (indexed != count.members) return "members of " + network->NetworkName;
-    if (network->CurrentUsers < count.loggedIn ||
-        network->CurrentUsers > static_cast<std::int32_t>(count.members.size())) {
-      return "seats of " + network->NetworkName;
-    }
+    if (network->CurrentUsers != count.seats) return "seats of " + network->NetworkName;
   }
   return {};
 }
