@@ -21,7 +21,7 @@ void CutBurst(benchmark::State& state) {
     burst += CreateFrame(4, kReport);
   for (auto _ : state) {
     ByteQueue queue(pool);
-    queue.Append(burst);
+    if (!queue.Append(burst)) state.SkipWithError("no memory");
     while (!queue.IsEmpty()) {
       const Frame frame = ReadFrame(queue.Bytes());
       benchmark::DoNotOptimize(frame.payload);

@@ -39,7 +39,7 @@ void Relay(benchmark::State& state) {
       ++sender->X;
       crowd.server.listener->BroadcastPosition(*sender);
     }
-    crowd.server.loop.Flush();
+    crowd.server.loop.FlushAll();
     if (crowd.server.loop.TotalOutput() > 0) {
       // The readers are behind: not the server's time.
       state.PauseTiming();

@@ -39,14 +39,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   corvane::BufferPool pool;
   ByteQueue whole(pool);
   Messages expected;
-  whole.Append(stream);
+  if (!whole.Append(stream)) return 0;
   const bool isSound = Cut(whole, expected);
 
   ByteQueue pieces(pool);
   Messages messages;
   bool goesOn = true;
   for (std::size_t at = 0; goesOn && at < stream.size(); at += piece) {
-    pieces.Append(stream.substr(at, piece));
+    if (!pieces.Append(stream.substr(at, piece))) return 0;
     goesOn = Cut(pieces, messages);
   }
   if (messages != expected || goesOn != isSound) std::abort();

@@ -2,29 +2,45 @@
 
 #include <algorithm>
 #include <bit>
+#include <new>
 #include <utility>
 
 namespace corvane {
 namespace {
 
-constexpr std::size_t kLargestKept = 64 * 1024;
-constexpr std::size_t kMostKept = 4096;
+// Spares of each size, together.
+constexpr std::size_t kMostKeptBytes = std::size_t{32} << 20;
+
+// Which of the kept sizes a capacity is; any beyond them is not kept.
+std::size_t SizeClass(std::size_t capacity) {
+  return static_cast<std::size_t>(std::bit_width(capacity) - std::bit_width(BufferPool::kSmallest));
+}
 
 }  // namespace
 
 BufferPool::Buffer BufferPool::Take(std::size_t capacity) {
-  if (!mySpares.empty() && mySpares.back().capacity >= capacity) {
-    Buffer buffer = std::move(mySpares.back());
-    mySpares.pop_back();
-    return buffer;
-  }
+  if (capacity > myLimit) return {};
   const std::size_t rounded = std::bit_ceil(std::max(capacity, kSmallest));
-  return {std::unique_ptr<char[]>(new char[rounded]), rounded};
+  if (myHandedOut + rounded > myLimit) return {};
+  Buffer buffer;
+  const std::size_t size = SizeClass(rounded);
+  if (size < kKeptSizes && !mySpares[size].empty()) {
+    buffer = std::move(mySpares[size].back());
+    mySpares[size].pop_back();
+  } else {
+    buffer.bytes.reset(new (std::nothrow) char[rounded]);
+    if (buffer.bytes == nullptr) return {};
+    buffer.capacity = rounded;
+  }
+  myHandedOut += rounded;
+  return buffer;
 }
 
 void BufferPool::GiveBack(Buffer buffer) {
-  if (buffer.capacity > kLargestKept || mySpares.size() >= kMostKept) return;
-  mySpares.push_back(std::move(buffer));
+  myHandedOut -= buffer.capacity;
+  const std::size_t size = SizeClass(buffer.capacity);
+  if (size >= kKeptSizes || mySpares[size].size() >= kMostKeptBytes / buffer.capacity) return;
+  mySpares[size].push_back(std::move(buffer));
 }
 
 }  // namespace corvane

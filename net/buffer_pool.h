@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -7,7 +8,9 @@
 namespace corvane {
 
 // Memory for byte queues. A connection holds a buffer only while bytes wait in it, so an idle one
-// costs nothing; buffers given back serve the next queue without a call of the allocator.
+// costs nothing; small buffers that are given back serve the next queue without a call of the
+// allocator. What is handed out together is bounded, so that peers who never finish a message
+// cannot take all of the machine's memory.
 class BufferPool {
  public:
   struct Buffer {
@@ -16,14 +19,24 @@ class BufferPool {
   };
 
   static constexpr std::size_t kSmallest = 4096;
+  static constexpr std::size_t kDefaultLimit = std::size_t{2} << 30;
 
-  // A buffer of at least this capacity; the least is kSmallest.
+  explicit BufferPool(std::size_t limit = kDefaultLimit) : myLimit(limit) {}
+
+  // A buffer of at least this capacity, rounded up to a power of two; one of capacity 0 when there
+  // is no memory for it.
   Buffer Take(std::size_t capacity);
-  // Keeps the buffer for later; frees it when it is large or enough are kept.
   void GiveBack(Buffer buffer);
 
+  // Bytes of all buffers that are handed out.
+  std::size_t HandedOut() const { return myHandedOut; }
+
  private:
-  std::vector<Buffer> mySpares;
+  static constexpr std::size_t kKeptSizes = 5;  // 4 KiB to 64 KiB
+
+  std::array<std::vector<Buffer>, kKeptSizes> mySpares;
+  std::size_t myLimit;
+  std::size_t myHandedOut = 0;
 };
 
 }  // namespace corvane

@@ -21,20 +21,22 @@ ByteQueue& ByteQueue::operator=(ByteQueue&& other) noexcept {
   return *this;
 }
 
-void ByteQueue::Append(std::string_view bytes) {
-  if (bytes.empty()) return;
-  if (myBuffer.capacity - myEnd < bytes.size()) MakeRoom(bytes.size());
+bool ByteQueue::Append(std::string_view bytes) {
+  if (bytes.empty()) return true;
+  if (myBuffer.capacity - myEnd < bytes.size() && !MakeRoom(bytes.size())) return false;
   std::memcpy(myBuffer.bytes.get() + myEnd, bytes.data(), bytes.size());
   myEnd += bytes.size();
+  return true;
 }
 
-void ByteQueue::TakeAll(ByteQueue& other) {
+bool ByteQueue::TakeAll(ByteQueue& other) {
   if (IsEmpty()) {
     std::swap(*this, other);
-  } else {
-    Append(other.Bytes());
+  } else if (!Append(other.Bytes())) {
+    return false;
   }
   other.Clear();
+  return true;
 }
 
 void ByteQueue::Consume(std::size_t count) {
@@ -55,7 +57,7 @@ void ByteQueue::Clear() {
   if (myBuffer.capacity != 0) myPool->GiveBack(std::exchange(myBuffer, {}));
 }
 
-void ByteQueue::MakeRoom(std::size_t count) {
+bool ByteQueue::MakeRoom(std::size_t count) {
   const std::size_t size = Size();
   const bool fits = size + count <= myBuffer.capacity;
   if (fits && myBegin >= myBuffer.capacity / 2) {
@@ -64,12 +66,14 @@ void ByteQueue::MakeRoom(std::size_t count) {
     // Twice the room also where moving the bytes would do, or a nearly full queue that is consumed
     // in small steps would be moved at each of them.
     BufferPool::Buffer larger = myPool->Take(std::max(size + count, 2 * myBuffer.capacity));
+    if (larger.capacity == 0) return false;
     if (size != 0) std::memcpy(larger.bytes.get(), myBuffer.bytes.get() + myBegin, size);
     std::swap(myBuffer, larger);
     if (larger.capacity != 0) myPool->GiveBack(std::move(larger));
   }
   myBegin = 0;
   myEnd = size;
+  return true;
 }
 
 }  // namespace corvane

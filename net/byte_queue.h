@@ -23,9 +23,10 @@ class ByteQueue {
   // Valid until the next change.
   std::string_view Bytes() const { return {myBuffer.bytes.get() + myBegin, Size()}; }
 
-  void Append(std::string_view bytes);
+  // Both return false, and change nothing, when the pool has no memory left.
+  [[nodiscard]] bool Append(std::string_view bytes);
   // Takes all bytes of the other queue, which is empty afterwards: no copy into an empty queue.
-  void TakeAll(ByteQueue& other);
+  [[nodiscard]] bool TakeAll(ByteQueue& other);
   // Drops so many bytes (at most Size()) from the front.
   void Consume(std::size_t count);
   // Drops everything behind the first so many bytes.
@@ -33,7 +34,7 @@ class ByteQueue {
   void Clear();
 
  private:
-  void MakeRoom(std::size_t count);
+  bool MakeRoom(std::size_t count);
 
   BufferPool* myPool;
   BufferPool::Buffer myBuffer;

@@ -41,6 +41,7 @@ void EasyTCPSocket::Close() {
 
 void EasyTCPSocket::Event_Connected() {
   myIsPolled = true;
+  RequestPolls();
   Connected();
 }
 
@@ -50,7 +51,7 @@ void EasyTCPSocket::Event_Error() {
 }
 
 void EasyTCPSocket::Event_DataAvailable() {
-  mDataBuffer.TakeAll(Input());
+  if (!mDataBuffer.TakeAll(Input())) return FailForMemory();
   ProcessData();
 }
 
@@ -83,16 +84,17 @@ bool EasyTCPSocket::WaitingForThisMessage(std::int32_t command) const {
 }
 
 void EasyTCPSocket::AddEvents(std::size_t bytes) {
+  bool hasRoom = true;
   if (mEvents.IsEmpty()) {
     // The buffer becomes the queue; what is no whole message yet, mostly nothing, is copied back.
     std::swap(mEvents, mDataBuffer);
-    const std::string_view all = mEvents.Bytes();
-    mDataBuffer.Append(all.substr(bytes));
+    hasRoom = mDataBuffer.Append(mEvents.Bytes().substr(bytes));
     mEvents.Truncate(bytes);
   } else {
-    mEvents.Append(mDataBuffer.Bytes().substr(0, bytes));
+    hasRoom = mEvents.Append(mDataBuffer.Bytes().substr(0, bytes));
     mDataBuffer.Consume(bytes);
   }
+  if (!hasRoom) return FailForMemory();
   RequestPolls();
 }
 
@@ -119,19 +121,20 @@ void EasyTCPSocket::FireEvents() {
   ReceivedMessage(frame.command, frame.payload);
   if (!myIsPolled) return;
   delivering.Consume(frame.length);
-  delivering.TakeAll(mEvents);
+  if (!delivering.TakeAll(mEvents)) return FailForMemory();
   mEvents = std::move(delivering);
   if (mEvents.IsEmpty()) ResumeInput();
 }
 
 void EasyTCPSocket::StopPolling() {
   myIsPolled = false;
+  myIsHeld = false;
   mEvents.Clear();
   mDataBuffer.Clear();
 }
 
 std::string EasyTCPSocket::WaitForMessage(std::int32_t command, std::int32_t timeoutSeconds) {
-  if (!IsConnected()) return {};
+  if (!IsConnected() || timeoutSeconds <= 0) return {};
   mWaitForThisCommand = command;
   mCommandResponse.clear();
   mWaitingForACommand = true;

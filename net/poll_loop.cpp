@@ -17,10 +17,6 @@ constexpr unsigned kGiveWayStride = 64;  // elements between two looks at the cl
 constexpr int kLongestWait = 10;         // milliseconds between two looks at a wait's condition
 constexpr std::size_t kScratchBytes = 64 * 1024;
 
-std::uint64_t TokenOf(std::uint32_t index, std::uint32_t generation) {
-  return (std::uint64_t{generation} << 32) | index;
-}
-
 }  // namespace
 
 PollLoop::PollLoop(std::function<void()> unhandled, OutputLimits limits)
@@ -35,12 +31,14 @@ PollLoop::PollLoop(std::function<void()> unhandled, OutputLimits limits)
 
 PollLoop::~PollLoop() {
   Stop();
-  // What the lists keep alive leaves while the loop is still whole.
-  for (Slot& slot : mySlots)
-    std::exchange(slot.keep, nullptr);
-  myQueued.clear();
-  myUnflushed.clear();
-  myPending.clear();
+  // The last references to sockets leave while the loop is whole. Their ends may put others on the
+  // lists again.
+  while (HasWork() || myWatched.HasKept()) {
+    const auto kept = myWatched.TakeKept();
+    const auto queued = std::exchange(myQueued, {});
+    const auto unflushed = std::exchange(myUnflushed, {});
+    const auto pending = std::exchange(myPending, {});
+  }
 }
 
 void PollLoop::Stop() {
@@ -58,35 +56,37 @@ void PollLoop::RunSlice() {
   try {
     const ScopedFlag inSlice(myIsInSlice);
     const auto end = Clock::now() + kSlice;
-    while (RunPass() && Clock::now() < end) {
+    while (RunPass(end) && Clock::now() < end) {
     }
-    Flush();
+    Flush(Clock::now() + kSlice);
   } catch (...) {
     myUnhandled();
   }
+  myHandlerStartKnown = false;
   if (HasWork()) ScheduleSlice();
 }
 
-bool PollLoop::RunPass() {
+bool PollLoop::RunPass(Clock::time_point end) {
+  if (myIsStopped) return false;
   CollectReady(0);
-  const bool ranEvents = RunEventPasses();
-  const bool ranPolls = RunPolls();
+  const bool ranEvents = RunEventPasses(end);
+  const bool ranPolls = RunPolls(end);
   return ranEvents || ranPolls;
 }
 
 void PollLoop::CollectReady(int waitMilliseconds) {
   for (const Poller::Ready& ready : myPoller.Wait(waitMilliseconds)) {
-    Slot* slot = SlotOf(ready.token);
-    if (slot == nullptr) continue;  // it was closed after the system noted the readiness
-    slot->socket->NoteReady(ready);
-    RequestPass(*slot->socket);
+    SocketCore* const socket = myWatched.Find(ready.token);
+    if (socket == nullptr) continue;  // it was closed after the system noted the readiness
+    socket->NoteReady(ready);
+    RequestPass(*socket);
   }
 }
 
 // Both walks take what is on the list when they begin, from the front, and leave the rest where a
-// nested step finds it.
+// nested step finds it, or the next slice when this one is over.
 
-bool PollLoop::RunEventPasses() {
+bool PollLoop::RunEventPasses(Clock::time_point end) {
   bool worked = false;
   for (std::size_t count = myPending.size(); count > 0 && !myPending.empty(); --count) {
     const std::shared_ptr<SocketCore> socket = std::move(myPending.front());
@@ -99,11 +99,12 @@ bool PollLoop::RunEventPasses() {
     myHandlerStartKnown = false;
     socket->EventPass();
     worked = true;
+    if (myIsStopped || Clock::now() >= end) break;
   }
   return worked;
 }
 
-bool PollLoop::RunPolls() {
+bool PollLoop::RunPolls(Clock::time_point end) {
   bool worked = false;
   for (std::size_t count = myQueued.size(); count > 0 && !myQueued.empty(); --count) {
     std::shared_ptr<_Pollable> pollable = std::move(myQueued.front());
@@ -114,16 +115,24 @@ bool PollLoop::RunPolls() {
       worked = true;
     }
     if (pollable->StaysQueued()) myQueued.push_back(std::move(pollable));
+    if (myIsStopped || (worked && Clock::now() >= end)) break;
   }
   return worked;
 }
 
-void PollLoop::Flush() {
-  std::vector<std::shared_ptr<TCPSocket>> sockets = std::exchange(myUnflushed, {});
-  for (const std::shared_ptr<TCPSocket>& socket : sockets)
+void PollLoop::Flush(Clock::time_point end) {
+  while (!myUnflushed.empty()) {
+    const std::shared_ptr<TCPSocket> socket = std::move(myUnflushed.front());
+    myUnflushed.pop_front();
     socket->FlushOutput();
-  sockets.clear();
-  if (myUnflushed.empty()) myUnflushed = std::move(sockets);
+    if (Clock::now() >= end) return;
+  }
+}
+
+void PollLoop::FlushAll() {
+  for (SocketCore* const socket : myWatched.All()) {
+    if (auto* const connection = dynamic_cast<TCPSocket*>(socket)) connection->FlushFinally();
+  }
 }
 
 void PollLoop::GiveWay() {
@@ -143,62 +152,43 @@ void PollLoop::GiveWay() {
 
 bool PollLoop::NestedStep() {
   const ScopedFlag nested(myIsNested);
-  const bool worked = RunPass();
-  Flush();
+  const bool worked = RunPass(Clock::now() + kSlice);
+  Flush(Clock::now() + kSlice);
   return worked;
 }
 
 void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point deadline) {
-  Flush();
-  while (!done()) {
+  Flush(deadline);
+  while (!myIsStopped && !done()) {
     const auto left = deadline - Clock::now();
     if (left <= Clock::duration::zero()) return;
     // Inside a nested step nobody else is served, but readiness is still noted.
-    if (!myIsNested && !myIsStopped && NestedStep()) continue;
+    if (!myIsNested && NestedStep()) continue;
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
     CollectReady(static_cast<int>(std::min<decltype(milliseconds)>(milliseconds, kLongestWait)));
   }
 }
 
 int PollLoop::Watch(SocketCore& socket) {
-  if (myFreeSlots.empty()) {
-    myFreeSlots.push_back(static_cast<std::uint32_t>(mySlots.size()));
-    mySlots.emplace_back();
-  }
-  const std::uint32_t index = myFreeSlots.back();
-  Slot& slot = mySlots[index];
-  ++slot.generation;
-  const std::uint64_t token = TokenOf(index, slot.generation);
+  const std::uint64_t token = myWatched.Add(socket);
   const int error = myPoller.Add(socket.myHandle, token);
-  if (error != 0) return error;
-  myFreeSlots.pop_back();
-  slot.socket = &socket;
-  socket.myToken = token;
-  return 0;
+  if (error == 0) {
+    socket.myToken = token;
+  } else {
+    myWatched.Remove(token);
+  }
+  return error;
 }
 
 void PollLoop::Unwatch(SocketCore& socket) {
-  Slot* slot = SlotOf(socket.myToken);
-  if (slot == nullptr) return;
+  const std::uint64_t token = std::exchange(socket.myToken, 0);
+  if (token == 0) return;
   myPoller.Remove(socket.myHandle);
-  myFreeSlots.push_back(static_cast<std::uint32_t>(socket.myToken));
-  socket.myToken = 0;
-  slot->socket = nullptr;
-  ++slot->generation;
-  // Freed last: it may hold the last reference to the socket.
-  const std::shared_ptr<SocketCore> keep = std::exchange(slot->keep, nullptr);
+  myWatched.Remove(token);
 }
 
 void PollLoop::KeepAlive(const std::shared_ptr<SocketCore>& socket) {
-  if (Slot* slot = SlotOf(socket->myToken)) slot->keep = socket;
-}
-
-PollLoop::Slot* PollLoop::SlotOf(std::uint64_t token) {
-  const auto index = static_cast<std::uint32_t>(token);
-  const auto generation = static_cast<std::uint32_t>(token >> 32);
-  if (index >= mySlots.size()) return nullptr;
-  Slot& slot = mySlots[index];
-  return slot.socket != nullptr && slot.generation == generation ? &slot : nullptr;
+  myWatched.Keep(socket->myToken, socket);
 }
 
 void PollLoop::RequestPass(SocketCore& socket) {
@@ -225,14 +215,14 @@ void PollLoop::CountOutput(std::size_t before, std::size_t after) {
 
 void PollLoop::FailLargestOutput() {
   TCPSocket* largest = nullptr;
-  for (const Slot& slot : mySlots) {
-    auto* socket = dynamic_cast<TCPSocket*>(slot.socket);
-    if (socket == nullptr) continue;
-    if (largest == nullptr || socket->BytesLeftToSend() > largest->BytesLeftToSend()) {
-      largest = socket;
+  for (SocketCore* const socket : myWatched.All()) {
+    auto* const connection = dynamic_cast<TCPSocket*>(socket);
+    if (connection == nullptr) continue;
+    if (largest == nullptr || connection->BytesLeftToSend() > largest->BytesLeftToSend()) {
+      largest = connection;
     }
   }
-  if (largest != nullptr) largest->FailOutput();
+  if (largest != nullptr) largest->FailForMemory();
 }
 
 void PollLoop::CallLater(std::chrono::milliseconds delay, const std::shared_ptr<SocketCore>& socket,

@@ -15,6 +15,7 @@
 #include "net/buffer_pool.h"
 #include "net/poller.h"
 #include "net/streams.h"
+#include "net/watch_list.h"
 
 namespace corvane {
 
@@ -25,7 +26,8 @@ class TCPSocket;
 // sockets are ready, runs the event pass of each, lets every connection with queued messages
 // deliver one of them, and, when nothing is left to do or the slice is over, flushes what was
 // written. Passes repeat while there is work, for a slice of a few milliseconds; then Qt gets its
-// turn. Needs a QCoreApplication. Outlives every socket that was made with it.
+// turn, and the next slice goes on where this one stopped. Needs a QCoreApplication. Outlives every
+// socket that was made with it.
 //
 // Re-entrancy: no pass runs inside another, except the single nested step of GiveWay and of
 // WaitUntil. Handlers must not run a nested Qt event loop.
@@ -55,8 +57,8 @@ class PollLoop {
   // after every pass) or the deadline has passed.
   void WaitUntil(const std::function<bool()>& done, Clock::time_point deadline);
 
-  // Sends everything that was written, as far as the system takes it.
-  void Flush();
+  // Sends what every connection still holds, as far as the system takes it: before an end.
+  void FlushAll();
 
   // Runs no further pass, for good.
   void Stop();
@@ -83,23 +85,18 @@ class PollLoop {
   bool& IsFilling() { return myIsFilling; }
 
  private:
-  struct Slot {
-    SocketCore* socket = nullptr;
-    std::uint32_t generation = 0;
-    std::shared_ptr<SocketCore> keep;
-  };
-
   void RunSlice();
   void ScheduleSlice();
   // These return whether there was anything to do.
-  bool RunPass();
-  bool RunEventPasses();
-  bool RunPolls();
+  bool RunPass(Clock::time_point end);
+  bool RunEventPasses(Clock::time_point end);
+  bool RunPolls(Clock::time_point end);
   bool NestedStep();
+  // One send for each connection that was written to since its last.
+  void Flush(Clock::time_point end);
   void CollectReady(int waitMilliseconds);
-  bool HasWork() const { return !myPending.empty() || !myQueued.empty(); }
+  bool HasWork() const { return !myPending.empty() || !myQueued.empty() || !myUnflushed.empty(); }
   void FailLargestOutput();
-  Slot* SlotOf(std::uint64_t token);
 
   std::function<void()> myUnhandled;
   OutputLimits myLimits;
@@ -108,12 +105,10 @@ class PollLoop {
   BufferPool myBuffers;
   std::vector<char> myScratch;
 
-  std::vector<Slot> mySlots;
-  std::vector<std::uint32_t> myFreeSlots;
-
+  WatchList myWatched;
   std::deque<std::shared_ptr<SocketCore>> myPending;
   std::deque<std::shared_ptr<_Pollable>> myQueued;
-  std::vector<std::shared_ptr<TCPSocket>> myUnflushed;
+  std::deque<std::shared_ptr<TCPSocket>> myUnflushed;
   std::size_t myTotalOutput = 0;
 
   Clock::time_point myHandlerStart;

@@ -1,6 +1,7 @@
 #include "net/server_socket.h"
 
 #include <algorithm>
+#include <cassert>
 #include <chrono>
 #include <limits>
 #include <utility>
@@ -120,6 +121,7 @@ std::int64_t ServerSocket::AddSockets(std::int64_t count) {
   for (std::int64_t i = 0; i < count; ++i) {
     std::shared_ptr<TCPSocket> socket = Event_AddSocket();
     if (socket == nullptr) continue;
+    assert(socket->Handle() == os::kNoSocket);
     myPool.AddIdle(std::move(socket));
     ++added;
   }

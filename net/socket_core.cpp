@@ -1,6 +1,7 @@
 #include "net/socket_core.h"
 
 #include "net/poll_loop.h"
+#include "net/scoped_flag.h"
 
 namespace corvane {
 
@@ -10,18 +11,23 @@ SocketCore::~SocketCore() {
 
 void SocketCore::EventPass() {
   const HandlerGuard guard(*this);
-  Advance();
-  if (Take(kConnected)) RaiseConnected();
-  if (Take(kDataAvailable)) RaiseDataAvailable();
-  if (Take(kSendComplete)) RaiseSendComplete();
-  if (IsPending(kFill)) FillStep();
-  if (Take(kSendProgress)) RaiseSendProgress();
-  if (Take(kError)) RaiseError();
+  {
+    const ScopedFlag inPass(myIsInPass);
+    Advance();
+    if (Take(kConnected)) RaiseConnected();
+    if (Take(kDataAvailable)) RaiseDataAvailable();
+    if (Take(kSendComplete)) RaiseSendComplete();
+    if (IsPending(kFill)) FillStep();
+    if (Take(kSendProgress)) RaiseSendProgress();
+    if (Take(kError)) RaiseError();
+  }
+  if (myPending != 0) myLoop.RequestPass(*this);
 }
 
 void SocketCore::SetPending(Event event) {
   myPending |= event;
-  myLoop.RequestPass(*this);
+  // What becomes pending in the pass is mostly raised in it as well.
+  if (!myIsInPass) myLoop.RequestPass(*this);
 }
 
 bool SocketCore::Take(Event event) {

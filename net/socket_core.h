@@ -98,6 +98,7 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   std::uint64_t myToken = 0;  // 0: not watched
   unsigned myPending = 0;
   bool myIsBusy = false;
+  bool myIsInPass = false;
   bool myAwaitsPass = false;
 };
 

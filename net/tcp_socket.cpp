@@ -13,6 +13,7 @@ namespace {
 
 // Output above this is sent while it is written, so that a long relay does not pile up memory.
 constexpr std::size_t kFlushAt = 64 * 1024;
+constexpr int kMostLastReads = 16;
 
 bool IsPort(std::int32_t port) {
   return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
@@ -37,7 +38,7 @@ void TCPSocket::Listen() {
 
 void TCPSocket::Open(State state) {
   Close();
-  myLastErrorCode = 0;
+  ForgetLastConnection();
   if (!IsPort(Port)) return Fail(os::InvalidArgumentError());
   const os::Opened opened = os::OpenSocket();
   if (opened.error != 0) return Fail(opened.error);
@@ -63,6 +64,7 @@ bool TCPSocket::TakeOver(const os::Accepted& accepted) {
     return false;
   }
   myPeer = accepted.peer;
+  ForgetLastConnection();
   BecomeConnected();
   return true;
 }
@@ -75,7 +77,8 @@ void TCPSocket::BecomeConnected() {
 
 void TCPSocket::AcceptPeer() {
   const os::Accepted accepted = os::Accept(Handle());
-  if (os::WouldBlock(accepted.error) || os::IsPassingAcceptError(accepted.error)) {
+  if (os::IsPassingAcceptError(accepted.error)) return myLoop.RequestPass(*this);
+  if (os::WouldBlock(accepted.error)) {
     myIsReadable = false;
     return;
   }
@@ -116,9 +119,9 @@ void TCPSocket::Receive() {
     FlushOutput();  // a peer that only ended its sending still reads
     return Fail(os::ConnectionResetError());
   }
-  myInput.Append({scratch.data(), received.bytes});
+  if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();
   // A short read has drained the socket, but for the end of the connection that may follow.
-  myIsReadable = myIsHungUp || received.bytes == scratch.size();
+  myIsReadable = myIsHungUp || mySendError != 0 || received.bytes == scratch.size();
   SetPending(kDataAvailable);
   ResumeInput();
 }
@@ -149,26 +152,37 @@ void TCPSocket::Fail(int error) {
   SetPending(kError);
 }
 
-void TCPSocket::FailOutput() {
+void TCPSocket::FailForMemory() {
   Fail(os::NoBufferError());
 }
 
 void TCPSocket::RaiseError() {
   Event_Error();
-  if (myState == State::Failed) Close();
+  // Unless the handler used the socket anew, be it in vain.
+  if (myState == State::Failed && !IsPending(kError)) Close();
 }
 
 void TCPSocket::Close() {
+  // The last reference may be the listener's, or the loop's.
+  const std::shared_ptr<SocketCore> keep = weak_from_this().lock();
   if (myState == State::Connected) {
-    FlushOutput();
+    FlushFinally();
     os::EndSending(Handle());
-    // Closing with bytes unread would reset the connection and lose what was just sent.
-    os::Receive(Handle(), myLoop.Scratch());
+    // Closing with bytes unread would reset the connection and may lose what was just sent.
+    for (int i = 0; i < kMostLastReads; ++i) {
+      if (os::Receive(Handle(), myLoop.Scratch()).bytes == 0) break;
+    }
   }
   EndConnection();
   if (const std::shared_ptr<ServerSocket> listener = std::exchange(myListener, {}).lock()) {
-    listener->GiveBack(std::static_pointer_cast<TCPSocket>(shared_from_this()));
+    listener->GiveBack(std::static_pointer_cast<TCPSocket>(keep));
   }
+}
+
+void TCPSocket::ForgetLastConnection() {
+  myLastErrorCode = 0;
+  myInput.Clear();
+  mySentSinceProgress = 0;
 }
 
 void TCPSocket::EndConnection() {
@@ -214,8 +228,8 @@ void TCPSocket::WriteBytes(std::string_view bytes) {
   if (myState != State::Connected || mySendError != 0 || bytes.empty()) return;
   const std::size_t before = myOutput.Size();
   const std::size_t after = before + bytes.size();
-  if (after > myLoop.Limits().connection) return FailOutput();
-  myOutput.Append(bytes);
+  if (after > myLoop.Limits().connection) return FailForMemory();
+  if (!myOutput.Append(bytes)) return FailForMemory();
   if (!myAwaitsFlush && !myAwaitsWritable) {
     myAwaitsFlush = true;
     myLoop.RequestFlush(std::static_pointer_cast<TCPSocket>(shared_from_this()));
@@ -247,6 +261,11 @@ void TCPSocket::FlushOutput() {
   mySentSinceProgress += sent.bytes;
   SetPending(kSendProgress);
   if (myOutput.IsEmpty()) SetPending(kSendComplete);
+}
+
+void TCPSocket::FlushFinally() {
+  myAwaitsWritable = false;
+  FlushOutput();
 }
 
 void TCPSocket::RaiseSendProgress() {

@@ -81,6 +81,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
 
   ByteQueue& Input() { return myInput; }
   void WriteBytes(std::string_view bytes);
+  // Ends the connection, with Error in the next pass, for want of memory or over its bound.
+  void FailForMemory();
   // A class that hides the send events from its users saves the loop raising them.
   void SkipSendEvents() { myRaisesSendEvents = false; }
 
@@ -106,10 +108,12 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void FinishConnecting();
   void Receive();
   void FlushOutput();
-  void FailOutput();
+  // The same where no other chance will come, also if the system took no more lately.
+  void FlushFinally();
   void Fail(int error);
   void DropOutput();
   void EndConnection();
+  void ForgetLastConnection();
 
   State myState = State::Closed;
   bool myRaisesSendEvents = true;

@@ -86,13 +86,13 @@ void App::LoadServerSocket(MapSocket& listener,
 
 void App::Quit(int code) {
   myIsQuitting = true;
-  myLoop.Flush();
+  myLoop.FlushAll();
   QCoreApplication::exit(code);
 }
 
 void App::LastResort() {
   if (std::exchange(myLastResortReached, true)) return;
-  myLoop.Flush();
+  myLoop.FlushAll();
   myLoop.Stop();
   Tell("An exception of class " + ClassNameOf(std::current_exception()) +
        " was not handled.  The application must shut down.");

@@ -27,8 +27,8 @@ TEST(ByteQueue, HoldsWhatAStringWouldHold) {
         expected.resize(expected.size() - expected.size() / 10);
         break;
       case 1:
-        other.Append(bytes);
-        queue.TakeAll(other);
+        EXPECT_TRUE(other.Append(bytes));
+        EXPECT_TRUE(queue.TakeAll(other));
         expected += bytes;
         EXPECT_TRUE(other.IsEmpty());
         break;
@@ -40,11 +40,24 @@ TEST(ByteQueue, HoldsWhatAStringWouldHold) {
         break;
       }
       default:
-        queue.Append(bytes);
+        EXPECT_TRUE(queue.Append(bytes));
         expected += bytes;
     }
     ASSERT_EQ(queue.Bytes(), expected) << "step " << step;
   }
+}
+
+TEST(ByteQueue, KeepsWhatItHasWhenTheBoundOfAllIsReached) {
+  BufferPool pool(3 * BufferPool::kSmallest);
+  ByteQueue queue(pool);
+  ByteQueue other(pool);
+  EXPECT_TRUE(queue.Append("kept"));
+  EXPECT_TRUE(other.Append("x"));
+  EXPECT_FALSE(queue.Append(std::string(2 * BufferPool::kSmallest, 'x')));
+  EXPECT_EQ(queue.Bytes(), "kept");
+  other.Clear();
+  queue.Clear();
+  EXPECT_EQ(pool.HandedOut(), 0U);
 }
 
 }  // namespace

@@ -103,6 +103,13 @@ TEST_F(ServerSocketTest, UnlinkedConnectionLivesUntilItEnds) {
   EXPECT_TRUE(PumpUntil([&] { return weak.expired(); }));
 }
 
+TEST_F(ServerSocketTest, ListenerMayGoWhileTheLoopStillHasWorkForIt) {
+  server->Listen();
+  const auto client = Connect();
+  server->SetMaximumSocketsConnected(5);
+  server.reset();  // the loop's list holds the last reference, and the loop ends next
+}
+
 TEST_F(ServerSocketTest, StoppedListenerServesWhoIsThere) {
   server->Listen();
   const auto client = Connect();

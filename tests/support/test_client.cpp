@@ -92,6 +92,14 @@ std::vector<WireMessage> TestClient::Drain() {
   return messages;
 }
 
+std::size_t TestClient::DropWhatCame() {
+  std::size_t count = 0;
+  do {
+    count += static_cast<std::size_t>(mySocket.readAll().size());
+  } while (mySocket.waitForReadyRead(100));
+  return count + static_cast<std::size_t>(mySocket.readAll().size());
+}
+
 bool TestClient::HearsNothing() {
   PumpFor(std::chrono::milliseconds(100));
   return mySocket.bytesAvailable() == 0;

@@ -51,6 +51,9 @@ class TestClient {
   // What has come until the answer to a request of our own, which is not reported.
   std::vector<WireMessage> Drain();
 
+  // Reads all that comes without running Qt's loop; how many bytes it was.
+  std::size_t DropWhatCame();
+
   // Whether nothing comes for a while.
   bool HearsNothing();
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace corvane {
+
+class SocketCore;
+
+// The sockets whose descriptors are watched, by token. The number of a closed descriptor comes
+// back with the next one; a token does not, so readiness that was noted for a socket that is gone
+// finds nobody.
+class WatchList {
+ public:
+  // 0 is no socket's token.
+  std::uint64_t Add(SocketCore& socket);
+  void Remove(std::uint64_t token);
+  // None for a token that is no more.
+  SocketCore* Find(std::uint64_t token) const;
+
+  // Keeps a watched socket alive until it is removed.
+  void Keep(std::uint64_t token, std::shared_ptr<SocketCore> socket);
+  bool HasKept() const;
+  // What was kept, to be let go by the caller.
+  std::vector<std::shared_ptr<SocketCore>> TakeKept();
+
+  std::vector<SocketCore*> All() const;
+
+ private:
+  struct Slot {
+    SocketCore* socket = nullptr;
+    std::uint32_t generation = 0;
+    std::shared_ptr<SocketCore> keep;
+  };
+
+  bool Holds(std::uint64_t token) const;
+
+  std::vector<Slot> mySlots;
+  std::vector<std::uint32_t> myFree;
+};
+
+}  // namespace corvane
