@@ -41,7 +41,7 @@ TEST_F(GiveWayTest, LongWalkLetsTheOthersInButNotItsOwnSession) {
     if (command != 1) return;
     second->SendBytes(WireBytes(5, "meanwhile"));
     WalkUntilLogged(2);
-    server->log.push_back("walked");
+    server->log.emplace_back("walked");
   };
   first->SendBytes(WireBytes(1, "walk") + WireBytes(2, "own"));
   EXPECT_TRUE(PumpUntil([this] { return server->log.size() >= 4; }));

@@ -1,10 +1,10 @@
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
 #include <unistd.h>
-#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ using testing::ElementsAre;
 class DescriptorLimitTest : public NetTest {
  protected:
   DescriptorLimitTest() { getrlimit(RLIMIT_NOFILE, &before); }
-  ~DescriptorLimitTest() override { setrlimit(RLIMIT_NOFILE, &before); }
+  void TearDown() override { setrlimit(RLIMIT_NOFILE, &before); }
 
   // Lets the process open nothing more.
   void Exhaust() const {
@@ -35,9 +35,7 @@ class DescriptorLimitTest : public NetTest {
 
 TEST_F(DescriptorLimitTest, AcceptingPausesAndResumesByItself) {
   server->Listen();
-  std::vector<os::SocketHandle> clients;
-  for (int i = 0; i < 2; ++i)
-    clients.push_back(os::OpenSocket().handle);
+  const std::array clients = {os::OpenSocket().handle, os::OpenSocket().handle};
   Exhaust();
   for (const os::SocketHandle client : clients) {
     EXPECT_EQ(os::Connect(client, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())}), 0);

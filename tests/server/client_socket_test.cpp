@@ -118,7 +118,7 @@ INSTANTIATE_TEST_SUITE_P(
                               {1, "B", "FAIL", 1, "Network Fail (B)"},
                               {2, Digest("secret"), "FAIL", 1, "Login Failed."},
                               {3, "Bob", "FAIL", 1, "Bad Username (Bob)"}}}),
-    [](const auto& info) { return info.param.name; });
+    [](const auto& dialogue) { return dialogue.param.name; });
 
 TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
   a->MaxUsers = 1;

@@ -65,14 +65,13 @@ TEST_F(TablesTest, QuoteInANameChangesTheStatement) {
 }
 
 TEST_F(TablesTest, QueryThatAClientMakesExpensiveFails) {
-  connection.Begin();
-  for (int i = 0; i < 50; ++i)
-    bans.Add("10.0.0.9", "x", "y", "z");
-  connection.Commit();
+  admins.Add("op", "10.0.0.1", "home");  // without a row nothing is evaluated
+  Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<50)"
+      "INSERT INTO bans(address) SELECT '10.0.0.9' FROM n");
   for (const char* expensive :
        {"WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n FROM r) SELECT n FROM r WHERE n=2",
-        "SELECT hex(randomblob(900000000))",
-        "SELECT 1 FROM bans a, bans b, bans c, bans d, bans e, bans f, bans g WHERE a.id=-g.id"}) {
+        "SELECT hex(randomblob(100000000))",
+        "SELECT 1 FROM bans a, bans b, bans c, bans d, bans e, bans f WHERE a.id+b.id+f.id<0"}) {
     admins.IsAdmin(std::string("x' OR (") + expensive + ") OR '", "home", "10.0.0.1");
     EXPECT_TRUE(connection.Error()) << expensive;
   }
@@ -89,7 +88,6 @@ TEST_F(TablesTest, BanHoldsForItsAddressUntilItIsLifted) {
             "1|10.0.0.1|Server Admin|it's a reason|1|home;2|10.0.0.2|op||1|;");
   const auto all = bans.All();
   ASSERT_TRUE(all && all->size() == 2);
-  EXPECT_EQ(all->at(0).id, 1);
   EXPECT_EQ(all->at(0).by, "Server Admin");
   EXPECT_LE(before, all->at(0).bandate);
   EXPECT_LE(all->at(0).bandate, QDateTime::currentDateTime());

@@ -50,7 +50,7 @@ std::shared_ptr<ClientSocket> TestServer::SessionOf(const std::string& userName)
   return nullptr;
 }
 
-std::string TestServer::Query(const std::string& statements) {
+std::string TestServer::Query(const std::string& statements) const {
   return OtherProgram(folder.filePath(kDatabase)).Run(statements);
 }
 

@@ -35,7 +35,7 @@ class TestServer {
   std::shared_ptr<ClientSocket> SessionOf(const std::string& userName) const;
 
   // Runs statements as another program at the same database.
-  std::string Query(const std::string& statements);
+  std::string Query(const std::string& statements) const;
 
   // What is wrong with the listener's indexes and seats, held against a walk over the active
   // connections; empty when all is well.
