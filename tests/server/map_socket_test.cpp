@@ -82,15 +82,6 @@ TEST_F(MapSocketTest, RemovedNetworkSaysGoodbyeAndIsFoundNoMore) {
   EXPECT_TRUE(PumpUntil([this] { return a->CurrentUsers == 1; }));
 }
 
-TEST_F(MapSocketTest, ListenerErrorBecomesAStatusLine) {
-  const auto second = std::make_shared<MapSocket>(server.loop, server.database, server.locations);
-  second->StatusMessage = server.listener->StatusMessage;
-  second->NetworkInterface = server.listener->NetworkInterface;
-  second->SetPort(server.Port());
-  second->Listen();
-  EXPECT_THAT(server.status, ElementsAre("Server Error: 98"));
-}
-
 TEST_F(MapSocketTest, MembersAreWalkedInTheOrderInWhichTheyConnected) {
   clients.push_back(std::make_unique<TestClient>(server.Port()));
   clients.push_back(std::make_unique<TestClient>(server.Port()));
