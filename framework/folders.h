@@ -7,8 +7,8 @@
 namespace corvane {
 
 // The current user's application-data folder, absolute, not necessarily existing: CSIDL_APPDATA on
-// Windows, $XDG_DATA_HOME, else ~/.local/share elsewhere (XDG Base Directory Specification). None
-// when the system knows no such folder.
+// Windows; elsewhere what the XDG Base Directory standard says, $XDG_DATA_HOME, else
+// ~/.local/share. None when the system knows no such folder.
 std::optional<QString> ApplicationDataFolder();
 
 }  // namespace corvane
