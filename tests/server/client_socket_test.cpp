@@ -300,9 +300,9 @@ TEST_F(ClientSocketTest, SessionThatNeverLoggedInLeavesWithAnEmptyName) {
 
 TEST_F(ClientSocketTest, NothingOfALeavingSessionIsHandledWhileItsNetworkIsTold) {
   a->MaxUsers = 100;
-  std::vector<std::unique_ptr<TestClient>> clients;
-  for (int i = 0; i < 70; ++i)
-    clients.push_back(LoggedIn("u" + std::to_string(i)));
+  std::vector<std::unique_ptr<TestClient>> clients(70);
+  for (std::size_t i = 0; i < clients.size(); ++i)
+    clients[i] = LoggedIn("u" + std::to_string(i));
   clients[0]->SendBytes(WireBytes(4, "1") + WireBytes(1, "B"));
   server.events.clear();
   server.status.clear();
