@@ -16,7 +16,7 @@ TEST(MyTrayItem, OffersWhatTheWindowsVisibilityAllows) {
     Q_EMIT item.activated(QSystemTrayIcon::Trigger);
     EXPECT_TRUE(item.Menu().isVisible());
     QAction* action = item.Menu().actions().at(row);
-    const std::string text = action->text().toStdString();
+    std::string text = action->text().toStdString();
     QTest::mouseClick(&item.Menu(), Qt::LeftButton, {},
                       item.Menu().actionGeometry(action).center());
     return text;
