@@ -51,10 +51,10 @@ class Client {
     myHandle = os::OpenSocket().handle;
     os::Connect(myHandle, {"127.0.0.1", static_cast<std::uint16_t>(port)});
   }
-  void Send(std::string_view bytes) {
+  void Send(std::string_view bytes) const {
     if (myHandle != os::kNoSocket) os::Send(myHandle, {bytes.data(), bytes.size()});
   }
-  void Read() {
+  void Read() const {
     std::array<char, 65'536> buffer;
     if (myHandle != os::kNoSocket) os::Receive(myHandle, buffer);
   }
