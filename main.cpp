@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
   // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
   MyTrayItem trayItem(window, [&app] { app.Quit(); });
-  trayItem.show();
+  if (HasDisplay()) trayItem.show();
   // From the loop, where quitting and errors are provided for.
   QMetaObject::invokeMethod(
       &window, [&window] { window.Open(); }, Qt::QueuedConnection);

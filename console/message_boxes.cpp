@@ -1,8 +1,8 @@
 #include "console/message_boxes.h"
 
-#include <QGuiApplication>
 #include <QMessageBox>
 
+#include "console/platform.h"
 #include "framework/text.h"
 
 namespace corvane {
@@ -23,8 +23,7 @@ MessageBox::Answer ShowMessageBox(const MessageBox& box) {
 }
 
 MessageBoxFunction MessageBoxesOfThePlatform() {
-  const bool hasDisplay = QGuiApplication::platformName() != QLatin1String("offscreen");
-  return hasDisplay ? ShowMessageBox : MessageToStandardError;
+  return HasDisplay() ? ShowMessageBox : MessageToStandardError;
 }
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include <QByteArray>
+#include <QGuiApplication>
 
 #include "console/platform.h"
 
@@ -24,6 +25,10 @@ void ChoosePlatform(int argc, const char* const* argv) {
   if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
   if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
   qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
+}
+
+bool HasDisplay() {
+  return QGuiApplication::platformName() != QLatin1String("offscreen");
 }
 
 }  // namespace corvane
