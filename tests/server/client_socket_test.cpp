@@ -10,14 +10,13 @@
 #include <QCryptographicHash>
 #include <gtest/gtest.h>
 
-#include "tests/support/test_server.h"
+#include "tests/server/session_fixture.h"
 
 namespace corvane {
 namespace {
 
 using namespace std::string_literals;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 
 std::string Digest(const std::string& password) {
@@ -25,23 +24,7 @@ std::string Digest(const std::string& password) {
       .toStdString();
 }
 
-class ClientSocketTest : public testing::Test {
- protected:
-  std::unique_ptr<TestClient> Greeted() {
-    auto client = std::make_unique<TestClient>(server.Port());
-    EXPECT_EQ(client->Receive(), (WireMessage{1, "Network"}));
-    return client;
-  }
-  std::unique_ptr<TestClient> LoggedIn(const std::string& user, const std::string& network = "A") {
-    auto client = std::make_unique<TestClient>(server.Port());
-    EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
-    return client;
-  }
-
-  TestServer server;
-  NetworkRef a = server.AddNetwork("A");
-  NetworkRef b = server.AddNetwork("B");
-};
+using ClientSocketTest = SessionTest;
 
 struct Step {
   std::int32_t command;
@@ -332,87 +315,6 @@ TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {
     EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
   }
   EXPECT_EQ(server.Fault(), "");
-}
-
-class AdminTest : public ClientSocketTest {
- protected:
-  AdminTest() { AdminsTable(server.database).Add("Ann", "127.0.0.1", "A"); }
-
-  // Everything that a walk of the commands may touch.
-  void SendAll(TestClient& client) {
-    client.SendBytes(WireBytes(10, "Bob|A") + WireBytes(11, "Bob|spam") + WireBytes(12, "hello") +
-                     WireBytes(13, "") + WireBytes(14, "1"));
-  }
-};
-
-TEST_F(AdminTest, CommandsOfNobodysAdministratorAreIgnored) {
-  const auto ann = LoggedIn("Ann", "B");  // a grant for another network
-  const auto bob = LoggedIn("Bob", "A");
-  for (TestClient* client : {ann.get(), bob.get()}) {
-    client->Send(9, "");
-    SendAll(*client);
-    EXPECT_THAT(client->Drain(), ElementsAre(WireMessage{9, "0"}));
-  }
-  EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "0;");
-}
-
-TEST_F(AdminTest, KickSendsTheNoticeAndNamesTheLastOneExamined) {
-  const auto bob = LoggedIn("Bob");
-  const auto ann = LoggedIn("Ann");
-  const auto eve = LoggedIn("Eve", "B");
-  server.status.clear();
-  ann->Send(10, "bOB|a");
-  EXPECT_THAT(ann->Drain(), IsEmpty());
-  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{996, "A"})) << "the reason is the network";
-  EXPECT_THAT(server.status, ElementsAre("Eve Kicked: A"));
-  EXPECT_EQ(server.ActiveCount(), 3U) << "a kick closes nothing";
-  ann->SendBytes(WireBytes(10, "") + WireBytes(10, "no bar"));
-  EXPECT_THAT(ann->Drain(), IsEmpty());
-  EXPECT_THAT(bob->Drain(), IsEmpty());
-}
-
-TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
-  const auto ann = LoggedIn("Ann");
-  const auto bob = LoggedIn("Bob");
-  const auto bobElsewhere = LoggedIn("Eve", "B");
-  server.status.clear();
-  ann->SendBytes(WireBytes(9, "") + WireBytes(11, "bob|it's spam") + WireBytes(11, "Eve|x"));
-  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{9, "1"}));
-  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{997, "it's spam"}));
-  EXPECT_THAT(bobElsewhere->Drain(), IsEmpty());
-  EXPECT_THAT(server.status, ElementsAre("Bob Banned: it's spam"));
-  EXPECT_EQ(server.Query("SELECT id, address, \"by\", reason, banlength, network FROM bans"),
-            "1|127.0.0.1|Ann|it's spam|1|A;");
-  EXPECT_EQ(server.Query("SELECT count(*) FROM bans WHERE bandate LIKE '____-__-__ __:__:__'"),
-            "1;");
-
-  ann->Send(13, "");
-  const auto list = ann->Receive();
-  ASSERT_TRUE(list);
-  EXPECT_EQ(list->command, 13);
-  EXPECT_THAT(list->payload, testing::StartsWith("1|127.0.0.1|Ann|it's spam|"));
-  EXPECT_THAT(list->payload, EndsWith("\0"s));
-  for (const char* id : {"", "x", "1x", "0x1", "2", "1 OR 1=1"})
-    ann->Send(14, id);
-  EXPECT_THAT(ann->Drain(), IsEmpty());
-  EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "1;");
-  ann->Send(14, " 1.0 ");
-  EXPECT_THAT(ann->Drain(), IsEmpty());
-  EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "0;");
-
-  server.Query("DROP TABLE bans");
-  ann->SendBytes(WireBytes(13, ""));
-  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{13, ""}));
-}
-
-TEST_F(AdminTest, MessageReachesTheWholeNetworkAndNoOther) {
-  const auto ann = LoggedIn("Ann");
-  const auto bob = LoggedIn("Bob");
-  const auto eve = LoggedIn("Eve", "B");
-  ann->SendBytes(WireBytes(12, "") + WireBytes(12, "hello"));
-  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{998, "hello"}));
-  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{998, "hello"}));
-  EXPECT_THAT(eve->Drain(), IsEmpty());
 }
 
 }  // namespace
