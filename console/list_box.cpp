@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 
-#include <QEvent>
+#include <QClipboard>
+#include <QContextMenuEvent>
+#include <QGuiApplication>
 #include <QHeaderView>
 #include <QHelpEvent>
 #include <QStyledItemDelegate>
@@ -29,12 +31,13 @@ class RowDelegate : public QStyledItemDelegate {
 
 }  // namespace
 
-ListBox::ListBox(const QString& name, Heading heading, QWidget* parent) : QTableView(parent) {
+ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent)
+    : QTableView(parent) {
   setAccessibleName(name);
   setItemDelegate(new RowDelegate(this));
   setEditTriggers(NoEditTriggers);
   setSelectionBehavior(SelectRows);
-  setSelectionMode(SingleSelection);
+  setSelectionMode(selection == Selection::One ? SingleSelection : ExtendedSelection);
   setTabKeyNavigation(false);
   setShowGrid(false);
   setWordWrap(false);
@@ -64,9 +67,78 @@ void ListBox::setModel(QAbstractItemModel* model) {
   ShareWidth();
 }
 
+void ListBox::FitColumns() {
+  // No column may take more than half of the list from the others at first.
+  const int widest = viewport()->width() / 2;
+  double sum = 0;
+  for (std::size_t column = 0; column < myShares.size(); ++column) {
+    const int index = static_cast<int>(column);
+    const int wanted =
+        std::max(sizeHintForColumn(index), horizontalHeader()->sectionSizeHint(index));
+    myShares[column] = std::min(wanted, widest);
+    sum += myShares[column];
+  }
+  for (double& share : myShares)
+    share /= sum;
+  ShareWidth();
+}
+
 int ListBox::SelectedRow() const {
-  const QModelIndexList rows = selectionModel()->selectedRows();
-  return rows.isEmpty() ? -1 : rows.first().row();
+  const std::vector<int> rows = SelectedRows();
+  return rows.empty() ? -1 : rows.front();
+}
+
+std::vector<int> ListBox::SelectedRows() const {
+  std::vector<int> rows;
+  for (const QItemSelectionRange& range : selectionModel()->selection()) {
+    for (int row = range.top(); row <= range.bottom(); ++row)
+      rows.push_back(row);
+  }
+  std::sort(rows.begin(), rows.end());
+  return rows;
+}
+
+void ListBox::CopySelectedRows() const {
+  QString text;
+  for (const int row : SelectedRows()) {
+    if (!text.isEmpty()) text += QLatin1Char('\n');
+    for (int column = 0; column < model()->columnCount(); ++column) {
+      if (column > 0) text += QLatin1Char('\t');
+      text += model()->index(row, column).data().toString();
+    }
+  }
+  if (!text.isEmpty()) QGuiApplication::clipboard()->setText(text);
+}
+
+void ListBox::contextMenuEvent(QContextMenuEvent* event) {
+  QPoint position = event->globalPos();
+  if (event->reason() == QContextMenuEvent::Keyboard) {
+    const QRect row = visualRect(model()->index(SelectedRow(), 0));
+    const QRect shown = row.intersected(viewport()->rect());
+    position = viewport()->mapToGlobal(shown.isEmpty() ? QPoint() : shown.bottomLeft());
+  }
+  if (MenuRequested) MenuRequested(position);
+}
+
+void ListBox::keyPressEvent(QKeyEvent* event) {
+  if (event->matches(QKeySequence::Copy)) {
+    CopySelectedRows();
+  } else {
+    QTableView::keyPressEvent(event);
+  }
+}
+
+void ListBox::mousePressEvent(QMouseEvent* event) {
+  // A click beside the rows takes the selection back.
+  if (!indexAt(event->pos()).isValid()) clearSelection();
+  QTableView::mousePressEvent(event);
+}
+
+void ListBox::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
+  const int current = currentIndex().row();
+  QTableView::rowsAboutToBeRemoved(parent, first, last);
+  // Qt has selected a neighbour, on which the operator's next action would fall.
+  if (current >= first && current <= last) clearSelection();
 }
 
 void ListBox::resizeEvent(QResizeEvent* event) {

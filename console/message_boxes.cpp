@@ -1,5 +1,6 @@
 #include "console/message_boxes.h"
 
+#include <QApplication>
 #include <QMessageBox>
 
 #include "console/platform.h"
@@ -9,7 +10,7 @@ namespace corvane {
 
 MessageBox::Answer ShowMessageBox(const MessageBox& box) {
   const bool isQuestion = box.kind == MessageBox::Kind::Question;
-  QMessageBox window;
+  QMessageBox window(QApplication::activeWindow());
   window.setWindowTitle(box.title.empty() ? QStringLiteral("Corvane Server")
                                           : DisplayText(box.title));
   window.setTextFormat(Qt::PlainText);

@@ -1,5 +1,6 @@
 #include "console/networks_model.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "console/visible_text.h"
@@ -13,9 +14,12 @@ void NetworksModel::Add(const NetworkRef& network) {
   endInsertRows();
 }
 
-void NetworksModel::Remove(int row) {
+void NetworksModel::Remove(const NetworkRef& network) {
+  const auto place = std::find(myNetworks.begin(), myNetworks.end(), network);
+  if (place == myNetworks.end()) return;
+  const int row = static_cast<int>(place - myNetworks.begin());
   beginRemoveRows({}, row, row);
-  myNetworks.erase(myNetworks.begin() + row);
+  myNetworks.erase(place);
   endRemoveRows();
 }
 

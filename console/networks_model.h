@@ -13,7 +13,8 @@ namespace corvane {
 class NetworksModel : public QAbstractListModel {
  public:
   void Add(const NetworkRef& network);
-  void Remove(int row);
+  // Takes the network's row out, if there is one.
+  void Remove(const NetworkRef& network);
   void Clear();
 
   // The row's network; none for a row that does not exist.

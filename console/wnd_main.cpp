@@ -8,14 +8,54 @@
 #include <QMenuBar>
 
 #include "console/anchors.h"
+#include "console/edit_menu.h"
+#include "console/wnd_add_network.h"
+#include "console/wnd_ban.h"
+#include "console/wnd_conn_info.h"
+#include "console/wnd_edit_network.h"
+#include "console/wnd_kick.h"
+#include "console/wnd_message.h"
+#include "console/wnd_settings.h"
+#include "console/wnd_view_admins.h"
+#include "console/wnd_view_bans.h"
+#include "framework/network_interfaces.h"
 #include "server/app.h"
 #include "server/client_socket.h"
+#include "storage/networks_table.h"
 
 namespace corvane {
 namespace {
 
 constexpr QSize kContentSize{533, 565};  // below the menu bar
 constexpr QSize kMinimumSize{64, 64};
+
+constexpr QLatin1String kAddNetwork("Add Network");
+constexpr QLatin1String kEditNetwork("Edit Network");
+constexpr QLatin1String kDeleteNetwork("Delete Network");
+constexpr QLatin1String kDisconnectAll("Disconnect All");
+constexpr QLatin1String kConnectionInfo("Connection Info");
+constexpr QLatin1String kKickUser("Kick User");
+constexpr QLatin1String kBanUser("Ban User");
+constexpr QLatin1String kForceDisconnect("Force Disconnect");
+constexpr QLatin1String kMakeAdmin("Make Admin");
+
+// Opens a fresh menu at the position; one without items stays closed.
+template <typename Construct>
+void OpenMenu(QWidget* parent, QPoint position, Construct construct) {
+  auto* menu = new QMenu(parent);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  construct(*menu);
+  if (menu->isEmpty()) {
+    delete menu;
+  } else {
+    menu->popup(position);
+  }
+}
+
+QAction* Named(QAction* action, const char* name) {
+  action->setObjectName(QLatin1String(name));
+  return action;
+}
 
 }  // namespace
 
@@ -73,21 +113,33 @@ void wndMain::closeEvent(QCloseEvent* event) {
 
 void wndMain::BuildMenus() {
   QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
-  QAction* FileQuit = file->addAction(QStringLiteral("E&xit"));
-  FileQuit->setObjectName(QStringLiteral("FileQuit"));
-  connect(FileQuit, &QAction::triggered, this, [this] { myApp.Quit(); });
+  const auto add = [file](const char* name, const QString& caption) {
+    return Named(file->addAction(caption), name);
+  };
+  connect(add("FileSettings", QStringLiteral("Settings...")), &QAction::triggered, this,
+          &wndMain::FileSettings);
+  connect(add("FileSendMessage", QStringLiteral("Send Message")), &QAction::triggered, this,
+          &wndMain::FileSendMessage);
+  Named(file->addSeparator(), "UntitledSeparator0");
+  // Disabled while there is nothing to ask for updates.
+  add("FileCheckForUpdates", QStringLiteral("Check For Updates..."))->setEnabled(false);
+  Named(file->addSeparator(), "UntitledSeparator");
+  connect(add("FileQuit", QStringLiteral("E&xit")), &QAction::triggered, this,
+          [this] { myApp.Quit(); });
+  FillEditMenu(*menuBar()->addMenu(QStringLiteral("&Edit")));
 }
 
 void wndMain::PlaceControls() {
   auto* content = new Anchors(kContentSize, this);
-  lstStatus = new ListBox(QStringLiteral("Status"), ListBox::Heading::None, content);
-  lstNetworks = new ListBox(QStringLiteral("Networks"), ListBox::Heading::Shown, content);
-  lstUsers = new ListBox(QStringLiteral("Users"), ListBox::Heading::Shown, content);
+  lstStatus = new ListBox(QStringLiteral("Status"), ListBox::Heading::None,
+                          ListBox::Selection::Several, content);
+  lstNetworks = new ListBox(QStringLiteral("Networks"), ListBox::Heading::Shown,
+                            ListBox::Selection::One, content);
+  lstUsers = new ListBox(QStringLiteral("Users"), ListBox::Heading::Shown, ListBox::Selection::One,
+                         content);
   btnClear = new QPushButton(QStringLiteral("Clear"), content);
   btnAdmins = new QPushButton(QStringLiteral("View Admins"), content);
   btnBans = new QPushButton(QStringLiteral("View Bans"), content);
-  btnAdmins->setEnabled(false);
-  btnBans->setEnabled(false);
 
   lstStatus->setModel(&myStatus);
   lstNetworks->setModel(&myNetworks);
@@ -115,7 +167,118 @@ void wndMain::ConnectEvents() {
     sSocket_UserLoggedOut(sender, client);
   };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
+  connect(btnAdmins, &QPushButton::clicked, this, &wndMain::btnAdmins_Action);
+  connect(btnBans, &QPushButton::clicked, this, &wndMain::btnBans_Action);
+  lstNetworks->MenuRequested = [this](QPoint position) {
+    OpenMenu(lstNetworks, position,
+             [this](QMenu& menu) { lstNetworks_ConstructContextualMenu(menu); });
+  };
+  lstUsers->MenuRequested = [this](QPoint position) {
+    OpenMenu(lstUsers, position, [this](QMenu& menu) { lstUsers_ConstructContextualMenu(menu); });
+  };
   connect(&myStatus, &StatusLogModel::rowsInserted, lstStatus, &ListBox::scrollToBottom);
+}
+
+void wndMain::FileSettings() {
+  auto* dialog = new wndSettings(myApp, NetworkInterfaces(), *this);
+  dialog->Open(dialog->fldConns);
+}
+
+void wndMain::FileSendMessage() {
+  auto* dialog = new wndMessage(*sSocket, *this);
+  dialog->Open(dialog->fldText);
+}
+
+void wndMain::btnClear_Action() {
+  myStatus.Clear();
+}
+
+void wndMain::btnAdmins_Action() {
+  auto* dialog = new wndViewAdmins(sSocket->Admins(), *this);
+  dialog->Open(dialog->lstAdmins);
+}
+
+void wndMain::btnBans_Action() {
+  auto* dialog = new wndViewBans(sSocket->Bans(), *this);
+  dialog->Open(dialog->lstBans);
+}
+
+void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
+  const NetworkRef network = myNetworks.NetworkAt(lstNetworks->SelectedRow());
+  base.addAction(kAddNetwork);
+  base.addSeparator();
+  for (const QLatin1String caption : {kEditNetwork, kDeleteNetwork})
+    base.addAction(caption)->setEnabled(network != nullptr);
+  base.addSeparator();
+  base.addAction(kDisconnectAll)->setEnabled(network != nullptr);
+  connect(&base, &QMenu::triggered, this, [this, network](const QAction* item) {
+    lstNetworks_ContextualMenuAction(item->text(), network);
+  });
+}
+
+void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network) {
+  if (caption == kAddNetwork) {
+    auto* dialog = new wndAddNetwork(*sSocket, myNetworks, myApp.serverdb(), *this);
+    dialog->Open(dialog->txtName);
+  } else if (caption == kEditNetwork) {
+    auto* dialog = new wndEditNetwork(myApp, network, *this);
+    dialog->Open(dialog->txtName);
+  } else if (caption == kDeleteNetwork) {
+    DeleteNetwork(network);
+  } else if (caption == kDisconnectAll) {
+    sSocket->DisconnectAllClientsOnNetwork(network);
+  }
+}
+
+void wndMain::DeleteNetwork(const NetworkRef& network) {
+  const MessageBox question{MessageBox::Kind::Question, "Delete Network",
+                            "Are you sure you wish to delete this network?"};
+  if (myApp.ShowMessage(question) != MessageBox::Answer::Yes) return;
+  sSocket->RemoveNetwork(network);
+  NetworksTable(myApp.serverdb()).Delete(network->NetworkName);
+  myNetworks.Remove(network);
+}
+
+void wndMain::lstUsers_ConstructContextualMenu(QMenu& base) {
+  const auto user = myUsers.ClientAt(lstUsers->SelectedRow());
+  if (user == nullptr) return;
+  base.addAction(kConnectionInfo);
+  base.addSeparator();
+  base.addAction(kKickUser);
+  base.addAction(kBanUser);
+  base.addSeparator();
+  base.addAction(kForceDisconnect);
+  base.addSeparator();
+  base.addAction(kMakeAdmin);
+  connect(&base, &QMenu::triggered, this,
+          [this, user](const QAction* item) { lstUsers_ContextualMenuAction(item->text(), user); });
+}
+
+void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
+                                            const std::shared_ptr<ClientSocket>& user) {
+  if (caption == kConnectionInfo) {
+    auto* dialog = new wndConnInfo(*user, *this);
+    dialog->Open(dialog->PushButton1);
+  } else if (caption == kKickUser) {
+    auto* dialog = new wndKick(user, *this);
+    dialog->Open(dialog->txtReason);
+  } else if (caption == kBanUser) {
+    auto* dialog = new wndBan(user, *this);
+    dialog->Open(dialog->txtReason);
+  } else if (caption == kForceDisconnect) {
+    ForceDisconnect(*user);
+  } else if (caption == kMakeAdmin) {
+    MakeAdmin(*user);
+  }
+}
+
+void wndMain::ForceDisconnect(ClientSocket& user) {
+  sSocket->CallStatusMessage("Admin Force Kicked " + user.Username());
+  user.Close();
+}
+
+void wndMain::MakeAdmin(const ClientSocket& user) {
+  sSocket->Admins().Add(user.Username(), user.RemoteAddress(), user.NetworkName());
 }
 
 void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {
@@ -125,17 +288,11 @@ void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {
 }
 
 void wndMain::sSocket_UserLoggedIn(MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-  const NetworkRef& network = client->myNetwork;
-  myUsers.LogIn(client->Username(), network ? network->NetworkName : std::string(), client);
+  myUsers.LogIn(client->Username(), client->NetworkName(), client);
 }
 
 void wndMain::sSocket_UserLoggedOut(MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-  const NetworkRef& network = client->myNetwork;
-  myUsers.LogOut(client->Username(), network ? network->NetworkName : std::string());
-}
-
-void wndMain::btnClear_Action() {
-  myStatus.Clear();
+  myUsers.LogOut(client->Username(), client->NetworkName());
 }
 
 }  // namespace corvane

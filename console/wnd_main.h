@@ -5,6 +5,7 @@
 #include <string>
 
 #include <QMainWindow>
+#include <QMenu>
 #include <QPushButton>
 
 #include "console/list_box.h"
@@ -57,10 +58,26 @@ class wndMain : public QMainWindow {
   void PlaceControls();
   void ConnectEvents();
 
+  void FileSettings();
+  void FileSendMessage();
+  void btnClear_Action();
+  void btnAdmins_Action();
+  void btnBans_Action();
+
+  // Each context menu holds the network or user that was selected when it opened: what happens to
+  // the rows while it is open changes nothing for it.
+  void lstNetworks_ConstructContextualMenu(QMenu& base);
+  void lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network);
+  void lstUsers_ConstructContextualMenu(QMenu& base);
+  void lstUsers_ContextualMenuAction(const QString& caption,
+                                     const std::shared_ptr<ClientSocket>& user);
+  void DeleteNetwork(const NetworkRef& network);
+  void ForceDisconnect(ClientSocket& user);
+  void MakeAdmin(const ClientSocket& user);
+
   void sSocket_StatusMessage(MapSocket& sender, const std::string& text);
   void sSocket_UserLoggedIn(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
   void sSocket_UserLoggedOut(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
-  void btnClear_Action();
 
   App& myApp;
   std::function<bool()> myHasTray;

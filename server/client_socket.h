@@ -58,6 +58,9 @@ class ClientSocket : public EasyTCPSocket {
   // name. Only the session itself changes it.
   NetworkRef myNetwork;
 
+  // Its name; empty where there is none.
+  std::string NetworkName() const { return myNetwork ? myNetwork->NetworkName : std::string(); }
+
   // Kept with the session; nothing sets it.
   QDateTime LastMessage;
 

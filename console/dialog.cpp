@@ -1,0 +1,48 @@
+#include "console/dialog.h"
+
+#include <QKeyEvent>
+
+namespace corvane {
+
+Dialog::Dialog(const QString& name, const QString& title, QWidget& owner) : QDialog(&owner) {
+  setObjectName(name);
+  setAttribute(Qt::WA_DeleteOnClose);
+  setWindowModality(Qt::WindowModal);
+  setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
+                 Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
+  SetTitle(title);
+}
+
+void Dialog::Open(QWidget* firstField) {
+  // Qt would make the first button the default by itself.
+  for (QPushButton* button : findChildren<QPushButton*>())
+    button->setAutoDefault(false);
+  firstField->setFocus(Qt::TabFocusReason);
+  open();
+}
+
+void Dialog::SetTitle(const QString& title) {
+  // Qt takes a single "[*]", which a user's name may be, for a mark of its own.
+  QString text = title;
+  setWindowTitle(text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
+}
+
+void Dialog::keyPressEvent(QKeyEvent* event) {
+  const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  auto* button = qobject_cast<QPushButton*>(focusWidget());
+  if (isEnter && button != nullptr) {
+    button->click();
+  } else {
+    QDialog::keyPressEvent(event);
+  }
+}
+
+QBoxLayout* ButtonRow(std::initializer_list<QPushButton*> buttons) {
+  auto* row = new QHBoxLayout;
+  row->addStretch();
+  for (QPushButton* button : buttons)
+    row->addWidget(button);
+  return row;
+}
+
+}  // namespace corvane

@@ -1,0 +1,68 @@
+#include "console/edit_menu.h"
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QLineEdit>
+#include <QPlainTextEdit>
+
+#include "console/list_box.h"
+
+namespace corvane {
+namespace {
+
+struct Item {
+  const char* name;
+  const char* caption;  // none: a separator
+  QKeyCombination key = Qt::Key_unknown;
+};
+
+constexpr Item kItems[] = {{"EditUndo", "&Undo", Qt::CTRL | Qt::Key_Z},
+                           {"UntitledMenu1", nullptr},
+                           {"EditCut", "Cu&t", Qt::CTRL | Qt::Key_X},
+                           {"EditCopy", "&Copy", Qt::CTRL | Qt::Key_C},
+                           {"EditPaste", "&Paste", Qt::CTRL | Qt::Key_V},
+                           {"EditClear", "&Delete", Qt::Key_Delete},
+                           {"UntitledMenu0", nullptr},
+                           {"EditSelectAll", "Select &All", Qt::CTRL | Qt::Key_A}};
+
+bool IsTextField(const QWidget* widget) {
+  return qobject_cast<const QLineEdit*>(widget) != nullptr ||
+         qobject_cast<const QPlainTextEdit*>(widget) != nullptr;
+}
+
+// Whether the key does anything to what has the focus.
+bool HasUse(QKeyCombination key) {
+  QWidget* target = QApplication::focusWidget();
+  if (const auto* list = dynamic_cast<ListBox*>(target)) {
+    if (key.key() == Qt::Key_C) return list->selectionModel()->hasSelection();
+    return key.key() == Qt::Key_A && list->selectionMode() == ListBox::ExtendedSelection;
+  }
+  return IsTextField(target);
+}
+
+void Press(QKeyCombination key) {
+  QWidget* target = QApplication::focusWidget();
+  if (target == nullptr) return;
+  QKeyEvent press(QEvent::KeyPress, key.key(), key.keyboardModifiers());
+  QApplication::sendEvent(target, &press);
+}
+
+}  // namespace
+
+void FillEditMenu(QMenu& menu) {
+  for (const Item& item : kItems) {
+    QAction* action =
+        item.caption == nullptr ? menu.addSeparator() : menu.addAction(QString(item.caption));
+    action->setObjectName(QLatin1String(item.name));
+    if (item.caption == nullptr) continue;
+    const QKeyCombination key = item.key;
+    if (key.keyboardModifiers() != Qt::NoModifier) action->setShortcut(key);
+    QObject::connect(action, &QAction::triggered, &menu, [key] { Press(key); });
+    QObject::connect(&menu, &QMenu::aboutToShow, action,
+                     [action, key] { action->setEnabled(HasUse(key)); });
+    // The shortcuts work whatever the menu showed last.
+    QObject::connect(&menu, &QMenu::aboutToHide, action, [action] { action->setEnabled(true); });
+  }
+}
+
+}  // namespace corvane

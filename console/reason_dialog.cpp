@@ -1,0 +1,43 @@
+#include "console/reason_dialog.h"
+
+#include <utility>
+
+#include <QVBoxLayout>
+
+#include "console/visible_text.h"
+#include "framework/text.h"
+
+namespace corvane {
+namespace {
+
+constexpr int kFieldWidth = 320;
+
+}  // namespace
+
+ReasonDialog::ReasonDialog(const QString& name, const QString& title,
+                           std::shared_ptr<ClientSocket> user, QWidget& owner)
+    : Dialog(name, title + " [" + VisibleText(user->Username()) + "]", owner),
+      currUser(std::move(user)) {
+  txtReason = new QLineEdit(this);
+  btnOK = new QPushButton(QStringLiteral("OK"), this);
+  btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
+  txtReason->setMinimumWidth(kFieldWidth);
+  txtReason->setPlaceholderText(QStringLiteral("Reason"));
+  txtReason->setAccessibleName(QStringLiteral("Reason"));
+
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(txtReason);
+  column->addLayout(ButtonRow({btnOK, btnCancel}));
+  column->setSizeConstraint(QLayout::SetFixedSize);
+  connect(btnOK, &QPushButton::clicked, this, &ReasonDialog::btnOK_Action);
+  connect(btnCancel, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void ReasonDialog::btnOK_Action() {
+  const std::string reason = TextFromDisplay(txtReason->text());
+  if (reason.empty()) return;
+  Act(reason);
+  accept();
+}
+
+}  // namespace corvane

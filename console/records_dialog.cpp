@@ -1,0 +1,49 @@
+#include "console/records_dialog.h"
+
+#include <utility>
+
+#include <QShortcut>
+#include <QVBoxLayout>
+
+namespace corvane {
+namespace {
+
+constexpr QSize kInitialSize{600, 340};
+
+}  // namespace
+
+RecordsDialog::RecordsDialog(const QString& name, const QString& title, QStringList headings,
+                             std::vector<RecordsModel::Record> records, DeleteRecords deleteRecords,
+                             QWidget& owner)
+    : Dialog(name, title, owner),
+      myRecords(std::move(headings), std::move(records)),
+      myDeleteRecords(std::move(deleteRecords)) {
+  myList = new ListBox(title, ListBox::Heading::Shown, ListBox::Selection::Several, this);
+  btnDel = new QPushButton(QStringLiteral("Delete Selected"), this);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(myList);
+  column->addLayout(ButtonRow({btnDel}));
+  resize(kInitialSize);
+  myList->setModel(&myRecords);
+  myList->FitColumns();
+
+  const auto enable = [this] { btnDel->setEnabled(myList->selectionModel()->hasSelection()); };
+  enable();
+  connect(myList->selectionModel(), &QItemSelectionModel::selectionChanged, this, enable);
+  connect(btnDel, &QPushButton::clicked, this, &RecordsDialog::btnDel_Action);
+  const auto* key =
+      new QShortcut(QKeySequence::Delete, myList, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
+  connect(key, &QShortcut::activated, this, &RecordsDialog::btnDel_Action);
+}
+
+void RecordsDialog::btnDel_Action() {
+  const std::vector<int> rows = myList->SelectedRows();
+  std::vector<std::int64_t> ids;
+  ids.reserve(rows.size());
+  for (const int row : rows)
+    ids.push_back(myRecords.IdAt(row));
+  myDeleteRecords(ids);
+  myRecords.Remove(rows);
+}
+
+}  // namespace corvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+
+#include <QBoxLayout>
+#include <QLineEdit>
+#include <QToolButton>
+
+namespace corvane {
+
+// Two small arrows beside a field that holds a number. What a step does is up to the owner: the
+// arrows, and the up and down keys in the field, only call for it. Borrows the field.
+class UpDownArrows : public QWidget {
+ public:
+  UpDownArrows(QLineEdit& field, QWidget* parent);
+
+  std::function<void()> Up;
+  std::function<void()> Down;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  QToolButton* AddArrow(Qt::ArrowType type, const QString& name, const std::function<void()>& step);
+};
+
+// The field with its arrows at its right.
+QBoxLayout* FieldWithArrows(QLineEdit* field, UpDownArrows* arrows);
+
+}  // namespace corvane

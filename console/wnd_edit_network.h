@@ -1,0 +1,23 @@
+#pragma once
+
+#include "console/network_dialog.h"
+#include "server/server_networks.h"
+
+namespace corvane {
+
+class App;
+
+// The dialog that changes a network's password, number of users and enabling, in the listener and
+// in the database. The name stays whatever is typed: it is the record's key.
+class wndEditNetwork : public NetworkDialog {
+ public:
+  wndEditNetwork(App& app, NetworkRef network, QWidget& owner);
+
+ private:
+  void btnOK_Action();
+
+  App& myApp;
+  NetworkRef myNetwork;
+};
+
+}  // namespace corvane

@@ -1,0 +1,55 @@
+#include "console/wnd_message.h"
+
+#include <string>
+
+#include <QVBoxLayout>
+
+#include "console/visible_text.h"
+#include "framework/text.h"
+#include "server/map_socket.h"
+
+namespace corvane {
+namespace {
+
+constexpr QSize kInitialSize{400, 240};
+constexpr int kShortestName = 20;
+
+// A row shows a name as far as it can be shown and carries its bytes.
+void AddRow(QComboBox& box, const std::string& name) {
+  box.addItem(VisibleText(name), QByteArray::fromStdString(name));
+}
+
+}  // namespace
+
+wndMessage::wndMessage(MapSocket& listener, QWidget& owner)
+    : Dialog(QStringLiteral("wndMessage"), QStringLiteral("Send Message to Network(s)"), owner),
+      myListener(listener) {
+  pmNetwork = new QComboBox(this);
+  fldText = new QPlainTextEdit(this);
+  btnSend = new QPushButton(QStringLiteral("Send"), this);
+  pmNetwork->setAccessibleName(QStringLiteral("Network"));
+  pmNetwork->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+  pmNetwork->setMinimumContentsLength(kShortestName);
+  fldText->setAccessibleName(QStringLiteral("Message"));
+  fldText->setPlaceholderText(QStringLiteral("Message"));
+  fldText->setTabChangesFocus(true);
+
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(pmNetwork);
+  column->addWidget(fldText);
+  column->addLayout(ButtonRow({btnSend}));
+  resize(kInitialSize);
+
+  AddRow(*pmNetwork, "(All Networks)");
+  for (const NetworkRef& network : listener.Networks)
+    AddRow(*pmNetwork, network->NetworkName);
+  connect(btnSend, &QPushButton::clicked, this, &wndMessage::btnSend_Action);
+}
+
+void wndMessage::btnSend_Action() {
+  myListener.BroadcastMessage(TextFromDisplay(fldText->toPlainText()),
+                              pmNetwork->currentData().toByteArray().toStdString());
+  accept();
+}
+
+}  // namespace corvane

@@ -1,0 +1,125 @@
+#include "console/wnd_settings.h"
+
+#include <string>
+#include <utility>
+
+#include <QFormLayout>
+#include <QRegularExpressionValidator>
+#include <QVBoxLayout>
+
+#include "framework/numbers.h"
+#include "framework/text.h"
+#include "server/app.h"
+
+namespace corvane {
+namespace {
+
+constexpr double kLowestPort = 10000;
+constexpr double kFewestConnections = 2;
+constexpr int kFieldWidth = 180;
+constexpr int kNumberWidth = 70;
+
+QLineEdit* NumberField(int digits, QWidget* parent) {
+  auto* field = new QLineEdit(parent);
+  const QRegularExpression mask(QStringLiteral("[0-9]{0,%1}").arg(digits));
+  field->setValidator(new QRegularExpressionValidator(mask, field));
+  field->setFixedWidth(kNumberWidth);
+  return field;
+}
+
+double ValueOf(const QLineEdit& field) {
+  return NumberFromText(TextFromDisplay(field.text()));
+}
+
+// A number that the field's mask does not take leaves it as it is.
+void SetValue(QLineEdit& field, double value) {
+  QString text = DisplayText(TextFromNumber(value));
+  int position = 0;
+  if (field.validator()->validate(text, position) == QValidator::Acceptable) field.setText(text);
+}
+
+}  // namespace
+
+wndSettings::wndSettings(App& app, std::vector<NetworkInterface> interfaces, QWidget& owner)
+    : Dialog(QStringLiteral("wndSettings"), QStringLiteral("Settings"), owner),
+      myApp(app),
+      myInterfaces(std::move(interfaces)) {
+  LayOut();
+  AppSettings& settings = myApp.Settings();
+  fldConns->setText(DisplayText(settings.GetValue("MaxConns", "100")));
+  fldPort->setText(DisplayText(settings.GetValue("AttachedPort", "12000")));
+  SelectInterface(settings.GetValue("AttachedNIC", ""));
+
+  udConns->Up = [this] { udConns_Up(); };
+  udConns->Down = [this] { udConns_Down(); };
+  connect(btnOK, &QPushButton::clicked, this, &wndSettings::btnOK_Action);
+  connect(btnCancel, &QPushButton::clicked, this, &QDialog::reject);
+}
+
+void wndSettings::LayOut() {
+  pmNIC = new QComboBox(this);
+  fldConns = NumberField(4, this);
+  udConns = new UpDownArrows(*fldConns, this);
+  fldPort = NumberField(5, this);
+  btnOK = new QPushButton(QStringLiteral("OK"), this);
+  btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
+  pmNIC->setMinimumWidth(kFieldWidth);
+  fldConns->setAccessibleName(QStringLiteral("Maximum Connections"));
+  btnOK->setDefault(true);
+
+  auto* form = new QFormLayout;
+  form->addRow(QStringLiteral("Network Interface:"), pmNIC);
+  form->addRow(QStringLiteral("Maximum Connections:"), FieldWithArrows(fldConns, udConns));
+  form->addRow(QStringLiteral("Port:"), fldPort);
+  auto* column = new QVBoxLayout(this);
+  column->addLayout(form);
+  column->addLayout(ButtonRow({btnOK, btnCancel}));
+  column->setSizeConstraint(QLayout::SetFixedSize);
+}
+
+void wndSettings::SelectInterface(const std::string& macAddress) {
+  int selected = -1;
+  for (const NetworkInterface& candidate : myInterfaces) {
+    if (selected < 0 && SameText(candidate.MACAddress, macAddress)) selected = pmNIC->count();
+    pmNIC->addItem(DisplayText(candidate.IPAddress));
+  }
+  pmNIC->setCurrentIndex(selected);
+}
+
+void wndSettings::udConns_Up() {
+  SetValue(*fldConns, ValueOf(*fldConns) + 1);
+}
+
+void wndSettings::udConns_Down() {
+  SetValue(*fldConns, ValueOf(*fldConns) - 1);
+  // From 2 it goes to 1, which OK refuses, and from there back to 2: deliberate.
+  if (fldConns->text() == QStringLiteral("0")) fldConns->setText(QStringLiteral("2"));
+}
+
+std::string wndSettings::Fault() const {
+  if (pmNIC->currentIndex() < 0) return "You must select a valid network interface.";
+  if (fldPort->text().isEmpty() || ValueOf(*fldPort) < kLowestPort) {
+    return "You must select a valid port number greater than or equal to 10000.";
+  }
+  if (fldConns->text().isEmpty() || ValueOf(*fldConns) < kFewestConnections) {
+    return "You must select no fewer than 2 maximum connections.";
+  }
+  return {};
+}
+
+void wndSettings::btnOK_Action() {
+  MessageBox box;
+  box.text = Fault();
+  if (!box.text.empty()) {
+    myApp.ShowMessage(box);
+    return;
+  }
+  const auto selected = static_cast<std::size_t>(pmNIC->currentIndex());
+  AppSettings& settings = myApp.Settings();
+  settings.SetValue("AttachedNIC", myInterfaces[selected].MACAddress);
+  settings.SetValue("AttachedPort", TextFromDisplay(fldPort->text()));
+  settings.SetValue("MaxConns", TextFromDisplay(fldConns->text()));
+  accept();
+}
+
+}  // namespace corvane

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <vector>
+
+#include <QComboBox>
+#include <QLineEdit>
+
+#include "console/dialog.h"
+#include "console/up_down_arrows.h"
+#include "framework/network_interfaces.h"
+
+namespace corvane {
+
+class App;
+
+// The dialog for the listening interface, the port and the number of connections. What it stores
+// is used by the next start of the server.
+class wndSettings : public Dialog {
+ public:
+  // `interfaces` are the machine's, in the system's order.
+  wndSettings(App& app, std::vector<NetworkInterface> interfaces, QWidget& owner);
+
+  // The controls, in tab order. The dialog owns them.
+  QComboBox* pmNIC;
+  QLineEdit* fldConns;
+  UpDownArrows* udConns;
+  QLineEdit* fldPort;
+  QPushButton* btnOK;
+  QPushButton* btnCancel;
+
+ private:
+  void LayOut();
+  void SelectInterface(const std::string& macAddress);
+  void udConns_Up();
+  void udConns_Down();
+  void btnOK_Action();
+  // What is wrong with the values; empty when nothing is.
+  std::string Fault() const;
+
+  App& myApp;
+  std::vector<NetworkInterface> myInterfaces;
+};
+
+}  // namespace corvane

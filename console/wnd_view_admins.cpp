@@ -1,0 +1,31 @@
+#include "console/wnd_view_admins.h"
+
+#include "console/visible_text.h"
+
+namespace corvane {
+namespace {
+
+std::vector<RecordsModel::Record> Records(AdminsTable& admins) {
+  std::vector<RecordsModel::Record> records;
+  const auto all = admins.All();
+  if (!all) return records;
+  records.reserve(all->size());
+  for (const AdminsTable::Admin& admin : *all) {
+    records.push_back(
+        {admin.id,
+         {VisibleText(admin.name), VisibleText(admin.network), VisibleText(admin.address)}});
+  }
+  return records;
+}
+
+}  // namespace
+
+wndViewAdmins::wndViewAdmins(AdminsTable& admins, QWidget& owner)
+    : RecordsDialog(
+          QStringLiteral("wndViewAdmins"), QStringLiteral("View Admins"),
+          {QStringLiteral("Name"), QStringLiteral("Network"), QStringLiteral("Address")},
+          Records(admins), [&admins](const std::vector<std::int64_t>& ids) { admins.Delete(ids); },
+          owner),
+      lstAdmins(myList) {}
+
+}  // namespace corvane

@@ -1,0 +1,33 @@
+#include "console/wnd_view_bans.h"
+
+#include "console/visible_text.h"
+#include "framework/dates.h"
+
+namespace corvane {
+namespace {
+
+std::vector<RecordsModel::Record> Records(BansTable& bans) {
+  std::vector<RecordsModel::Record> records;
+  const auto all = bans.All();
+  if (!all) return records;
+  records.reserve(all->size());
+  for (const BansTable::Ban& ban : *all) {
+    records.push_back({ban.id,
+                       {VisibleText(ban.address), VisibleText(ban.by), VisibleText(ban.reason),
+                        VisibleText(ShortDateAndTime(ban.bandate))}});
+  }
+  return records;
+}
+
+}  // namespace
+
+wndViewBans::wndViewBans(BansTable& bans, QWidget& owner)
+    : RecordsDialog(
+          QStringLiteral("wndViewBans"), QStringLiteral("View Bans"),
+          {QStringLiteral("Address"), QStringLiteral("By"), QStringLiteral("Reason"),
+           QStringLiteral("Date")},
+          Records(bans), [&bans](const std::vector<std::int64_t>& ids) { bans.Delete(ids); },
+          owner),
+      lstBans(myList) {}
+
+}  // namespace corvane
