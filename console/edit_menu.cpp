@@ -44,7 +44,8 @@ void Press(QKeyCombination key) {
   QWidget* target = QApplication::focusWidget();
   if (target == nullptr) return;
   QKeyEvent press(QEvent::KeyPress, key.key(), key.keyboardModifiers());
-  QApplication::sendEvent(target, &press);
+  // Not by way of the application, which would take it for the item's own shortcut first.
+  static_cast<QObject*>(target)->event(&press);
 }
 
 }  // namespace
