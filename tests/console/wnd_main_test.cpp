@@ -1,61 +1,28 @@
 #include "console/wnd_main.h"
 
 #include <gmock/gmock.h>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include <QAction>
 #include <QApplication>
-#include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
 #include <gtest/gtest.h>
 
 #include "framework/text.h"
-#include "server/app.h"
-#include "storage/app_settings.h"
-#include "tests/support/other_program.h"
-#include "tests/support/test_client.h"
+#include "tests/console/console_fixture.h"
 
 using namespace corvane;
 using testing::ElementsAre;
 
 namespace {
 
+using WndMainTest = ConsoleTest;
+
 std::string Cell(const QAbstractItemModel& model, int row, int column) {
   return TextFromDisplay(model.index(row, column).data().toString());
 }
-
-class WndMainTest : public testing::Test {
- protected:
-  WndMainTest() {
-    const QString file = myFolder.filePath("serverdb.rsd");
-    MakeDatabase(file);
-    OtherProgram(file).Run(
-        "INSERT INTO networks VALUES ('North','secret',5,1),('So\nuth','secret',5,1)");
-    AppSettings settings(myFolder.path());
-    settings.SetValue("AttachedNIC", "none");
-    settings.SetValue("AttachedPort", "0");
-    EXPECT_TRUE(myApp.Open());
-    myWindow.emplace(myApp, [this] { return myHasTray; });
-    myWindow->Open();
-  }
-
-  std::vector<std::string> Users() {
-    std::vector<std::string> rows;
-    const UsersModel& users = myWindow->Users();
-    for (int row = 0; row < users.rowCount(); ++row) {
-      rows.push_back(Cell(users, row, 0) + "@" + Cell(users, row, 1));
-    }
-    return rows;
-  }
-
-  QTemporaryDir myFolder;
-  bool myHasTray = true;
-  App myApp{myFolder.path(), [](const MessageBox&) { return MessageBox::Answer::OK; }};
-  std::optional<wndMain> myWindow;
-};
 
 }  // namespace
 
@@ -71,10 +38,10 @@ TEST_F(WndMainTest, ShowsItsNetworksAndEachUserFromLogInToLogOut) {
   TestClient ben(myWindow->sSocket->Port());
   ASSERT_TRUE(ann.LogIn("north", "secret", "Ann"));
   ASSERT_TRUE(ben.LogIn("So\nuth", "secret", "<b>Ben\n</b>"));
-  EXPECT_THAT(Users(), ElementsAre("Ann@North", "<b>Ben\\n</b>@So\\nuth"));
+  EXPECT_THAT(Users(), ElementsAre("Ann|North", "<b>Ben\\n</b>|So\\nuth"));
   ann.Abort();
   ASSERT_TRUE(QTest::qWaitFor([&] { return Users().size() == 1; }));
-  EXPECT_THAT(Users(), ElementsAre("<b>Ben\\n</b>@So\\nuth"));
+  EXPECT_THAT(Users(), ElementsAre("<b>Ben\\n</b>|So\\nuth"));
 }
 
 TEST_F(WndMainTest, ShowsTheNewestLineUntilTheLogIsCleared) {

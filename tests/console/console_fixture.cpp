@@ -1,0 +1,150 @@
+#include "tests/console/console_fixture.h"
+
+#include <algorithm>
+
+#include <QApplication>
+#include <QContextMenuEvent>
+#include <QMenuBar>
+#include <QTest>
+
+#include "framework/text.h"
+#include "storage/app_settings.h"
+
+namespace corvane {
+
+std::string RowText(const QAbstractItemModel& model, int row) {
+  std::string text;
+  for (int column = 0; column < model.columnCount(); ++column) {
+    if (column > 0) text += '|';
+    text += TextFromDisplay(model.index(row, column).data().toString());
+  }
+  return text;
+}
+
+std::vector<std::string> RowTexts(const QAbstractItemModel& model) {
+  std::vector<std::string> rows;
+  for (int row = 0; row < model.rowCount(); ++row)
+    rows.push_back(RowText(model, row));
+  return rows;
+}
+
+void ClickRow(const ListBox& list, int row, Qt::KeyboardModifiers modifiers) {
+  const QPoint place = list.visualRect(list.model()->index(row, 0)).center();
+  QTest::mouseClick(list.viewport(), Qt::LeftButton, modifiers, place);
+}
+
+void Type(QWidget* field, const QString& text) {
+  field->setFocus();
+  QTest::keyClick(field, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(field, Qt::Key_Delete);
+  QTest::keyClicks(field, text);
+}
+
+void Click(QWidget* button) {
+  QTest::mouseClick(button, Qt::LeftButton);
+}
+
+QMenu* OpenedMenu() {
+  return qobject_cast<QMenu*>(QApplication::activePopupWidget());
+}
+
+std::vector<std::string> Captions() {
+  std::vector<std::string> captions;
+  const QMenu* menu = OpenedMenu();
+  if (menu == nullptr) return captions;
+  for (const QAction* item : menu->actions()) {
+    const std::string caption = item->isSeparator() ? "-" : TextFromDisplay(item->text());
+    captions.push_back(caption + (item->isEnabled() ? "" : "?"));
+  }
+  return captions;
+}
+
+void Choose(const QString& caption) {
+  QMenu* menu = OpenedMenu();
+  ASSERT_NE(menu, nullptr);
+  const QList<QAction*> items = menu->actions();
+  const auto item = std::find_if(items.begin(), items.end(), [&](const QAction* candidate) {
+    return candidate->text() == caption;
+  });
+  ASSERT_NE(item, items.end()) << caption.toStdString();
+  QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(*item).center());
+}
+
+ConsoleTest::ConsoleTest() {
+  const QString file = myFolder.filePath("serverdb.rsd");
+  MakeDatabase(file);
+  OtherProgram(file).Run(
+      "INSERT INTO networks VALUES ('North','secret',5,1),('So\nuth','secret',5,1)");
+  AppSettings settings(myFolder.path());
+  settings.SetValue("AttachedNIC", "none");
+  settings.SetValue("AttachedPort", "0");
+  EXPECT_TRUE(myApp.Open());
+  myWindow.emplace(myApp, [this] { return myHasTray; });
+  myWindow->Open();
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&*myWindow));
+}
+
+bool ConsoleTest::Shows(const std::string& line) {
+  return PumpUntil([&] {
+    const std::vector<std::string> rows = RowTexts(myWindow->Status());
+    return std::any_of(rows.begin(), rows.end(),
+                       [&](const std::string& row) { return row.ends_with("] " + line); });
+  });
+}
+
+std::string ConsoleTest::Query(const std::string& statements) {
+  return OtherProgram(myFolder.filePath("serverdb.rsd")).Run(statements);
+}
+
+std::unique_ptr<TestClient> ConsoleTest::LoggedIn(const std::string& user,
+                                                  const std::string& network) {
+  auto client = std::make_unique<TestClient>(myWindow->sSocket->Port());
+  EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
+  return client;
+}
+
+void ConsoleTest::OpenContextMenu(ListBox& list, int row) {
+  // What an earlier menu left to do would close this one.
+  QTest::qWait(0);
+  if (row >= 0) {
+    const QPoint place = list.visualRect(list.model()->index(row, 0)).center();
+    QTest::mouseClick(list.viewport(), Qt::RightButton, {}, place);
+    QContextMenuEvent click(QContextMenuEvent::Mouse, place, list.viewport()->mapToGlobal(place));
+    QApplication::sendEvent(list.viewport(), &click);
+  } else {
+    QContextMenuEvent key(QContextMenuEvent::Keyboard, {}, {});
+    QApplication::sendEvent(&list, &key);
+  }
+}
+
+void ConsoleTest::ChooseOn(ListBox& list, int row, const QString& caption) {
+  OpenContextMenu(list, row);
+  Choose(caption);
+}
+
+void ConsoleTest::ChooseInMenuBar(const QString& menu, const QString& caption) {
+  QMenuBar* bar = myWindow->menuBar();
+  for (QAction* title : bar->actions()) {
+    if (title->text() == menu)
+      QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(title).center());
+  }
+  Choose(caption);
+}
+
+bool ConsoleTest::NoneIsOpen() {
+  return PumpUntil([this] { return myWindow->findChild<QDialog*>() == nullptr; });
+}
+
+QDialog* ConsoleTest::FindDialog(const char* name) {
+  QTest::qWait(0);
+  for (QDialog* dialog : myWindow->findChildren<QDialog*>(QLatin1String(name))) {
+    if (!dialog->isVisible()) continue;
+    // The offscreen platform activates in the order of its events, not of the windows.
+    dialog->activateWindow();
+    EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
+    return dialog;
+  }
+  return nullptr;
+}
+
+}  // namespace corvane

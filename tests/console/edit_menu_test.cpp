@@ -1,0 +1,61 @@
+#include "console/edit_menu.h"
+
+#include <string>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLineEdit>
+#include <QTest>
+#include <gtest/gtest.h>
+
+#include "tests/console/console_fixture.h"
+
+using namespace corvane;
+
+namespace {
+
+using EditMenuTest = ConsoleTest;
+
+}  // namespace
+
+TEST_F(EditMenuTest, ActsOnTheTextFieldWithTheFocus) {
+  auto* field = new QLineEdit(&*myWindow);
+  field->setGeometry(20, 60, 200, 30);
+  field->show();
+  field->setFocus();
+  QTest::keyClicks(field, "map");
+  const struct {
+    const char* caption;
+    const char* text;
+  } steps[] = {{"Select &All", "map"}, {"Cu&t", ""},    {"&Paste", "map"}, {"&Paste", "mapmap"},
+               {"&Undo", "map"},       {"&Undo", ""},   {"&Undo", "map"},  {"Select &All", "map"},
+               {"&Copy", "map"},       {"&Delete", ""}, {"&Paste", "map"}};
+  int number = 0;
+  for (const auto& step : steps) {
+    ChooseInMenuBar("&Edit", step.caption);
+    EXPECT_EQ(field->text(), step.text) << ++number << " " << step.caption;
+  }
+}
+
+TEST_F(EditMenuTest, CopiesTheSelectedRowsOfAList) {
+  for (const std::string line : {"one", "two", "three"})
+    myWindow->sSocket->CallStatusMessage(line);
+  ASSERT_TRUE(Shows("three"));
+  const StatusLogModel& status = myWindow->Status();
+  ClickRow(*myWindow->lstStatus, 1);
+  ClickRow(*myWindow->lstStatus, 3, Qt::ControlModifier);
+  const std::string both = RowText(status, 1) + "\n" + RowText(status, 3);
+  ChooseInMenuBar("&Edit", "&Copy");
+  EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(), both);
+  ChooseInMenuBar("&Edit", "Select &All");
+  QTest::keyClick(myWindow->lstStatus, Qt::Key_C, Qt::ControlModifier);
+  EXPECT_EQ(QGuiApplication::clipboard()->text().toStdString(),
+            RowText(status, 0) + "\n" + RowText(status, 1) + "\n" + RowText(status, 2) + "\n" +
+                RowText(status, 3));
+
+  // A list has nothing else to offer, and nothing is left when no row is selected.
+  myWindow->lstNetworks->setFocus();
+  ChooseInMenuBar("&Edit", "&Copy");
+  for (QAction* item : OpenedMenu()->actions())
+    EXPECT_TRUE(item->isSeparator() || !item->isEnabled()) << item->text().toStdString();
+}
