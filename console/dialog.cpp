@@ -1,8 +1,15 @@
 #include "console/dialog.h"
 
+#include <algorithm>
+
 #include <QKeyEvent>
 
 namespace corvane {
+namespace {
+
+constexpr int kButtonPadding = 32;
+
+}  // namespace
 
 Dialog::Dialog(const QString& name, const QString& title, QWidget& owner) : QDialog(&owner) {
   setObjectName(name);
@@ -40,8 +47,11 @@ void Dialog::keyPressEvent(QKeyEvent* event) {
 QBoxLayout* ButtonRow(std::initializer_list<QPushButton*> buttons) {
   auto* row = new QHBoxLayout;
   row->addStretch();
-  for (QPushButton* button : buttons)
+  for (QPushButton* button : buttons) {
+    const int textWidth = button->fontMetrics().horizontalAdvance(button->text());
+    button->setMinimumWidth(std::max(button->sizeHint().width(), textWidth + kButtonPadding));
     row->addWidget(button);
+  }
   return row;
 }
 

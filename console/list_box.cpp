@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kRowPadding = 4;
 constexpr int kNarrowestColumn = 40;
+constexpr int kLongestAtFirst = 50;  // characters for which a column makes room by itself
 
 // The selected row is marked as a whole; a frame around one of its cells would only blur that.
 class RowDelegate : public QStyledItemDelegate {
@@ -68,8 +69,7 @@ void ListBox::setModel(QAbstractItemModel* model) {
 }
 
 void ListBox::FitColumns() {
-  // No column may take more than half of the list from the others at first.
-  const int widest = viewport()->width() / 2;
+  const int widest = kLongestAtFirst * fontMetrics().averageCharWidth();
   double sum = 0;
   for (std::size_t column = 0; column < myShares.size(); ++column) {
     const int index = static_cast<int>(column);

@@ -17,7 +17,11 @@ MessageBox::Answer ShowMessageBox(const MessageBox& box) {
   window.setText(DisplayText(box.text));
   if (isQuestion) window.setIcon(QMessageBox::Question);
   window.setStandardButtons(isQuestion ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
-  if (isQuestion) window.setEscapeButton(QMessageBox::No);
+  if (isQuestion) {
+    // What a stray key presses changes nothing.
+    window.setDefaultButton(QMessageBox::No);
+    window.setEscapeButton(QMessageBox::No);
+  }
   const int button = window.exec();
   if (!isQuestion) return MessageBox::Answer::OK;
   return button == QMessageBox::Yes ? MessageBox::Answer::Yes : MessageBox::Answer::No;
