@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
+#include <QMenuBar>
 #include <QPlainTextEdit>
 
 #include "console/list_box.h"
@@ -37,7 +38,8 @@ bool HasUse(QKeyCombination key) {
     if (key.key() == Qt::Key_C) return list->selectionModel()->hasSelection();
     return key.key() == Qt::Key_A && list->selectionMode() == ListBox::ExtendedSelection;
   }
-  return IsTextField(target);
+  // By key the menu is reached through the bar, which has the focus until the menu closes.
+  return IsTextField(target) || qobject_cast<QMenuBar*>(target) != nullptr;
 }
 
 void Press(QKeyCombination key) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <numeric>
 
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -16,7 +17,6 @@ namespace {
 
 constexpr int kRowPadding = 4;
 constexpr int kNarrowestColumn = 40;
-constexpr int kLongestAtFirst = 50;  // characters for which a column makes room by itself
 
 // The selected row is marked as a whole; a frame around one of its cells would only blur that.
 class RowDelegate : public QStyledItemDelegate {
@@ -69,15 +69,17 @@ void ListBox::setModel(QAbstractItemModel* model) {
 }
 
 void ListBox::FitColumns() {
-  const int widest = kLongestAtFirst * fontMetrics().averageCharWidth();
-  double sum = 0;
   for (std::size_t column = 0; column < myShares.size(); ++column) {
     const int index = static_cast<int>(column);
-    const int wanted =
+    myShares[column] =
         std::max(sizeHintForColumn(index), horizontalHeader()->sectionSizeHint(index));
-    myShares[column] = std::min(wanted, widest);
-    sum += myShares[column];
   }
+  // The longest texts are cut before all others are.
+  double sum = std::accumulate(myShares.begin(), myShares.end(), 0.0);
+  double& widest = *std::max_element(myShares.begin(), myShares.end());
+  const double shortage = std::clamp(sum - viewport()->width(), 0.0, widest / 2);
+  widest -= shortage;
+  sum -= shortage;
   for (double& share : myShares)
     share /= sum;
   ShareWidth();

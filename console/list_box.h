@@ -24,7 +24,7 @@ class ListBox : public QTableView {
 
   void setModel(QAbstractItemModel* model) override;
 
-  // Gives each column a share of the width that goes by its texts.
+  // Gives each column a share of the width, as it is now, that goes by its texts.
   void FitColumns();
 
   // The first selected row; -1 when none is.

@@ -24,6 +24,7 @@ RecordsDialog::RecordsDialog(const QString& name, const QString& title, QStringL
   column->addWidget(myList);
   column->addLayout(ButtonRow({btnDel}));
   resize(kInitialSize);
+  column->activate();
   myList->setModel(&myRecords);
   myList->FitColumns();
 

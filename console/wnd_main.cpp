@@ -52,6 +52,13 @@ void OpenMenu(QWidget* parent, QPoint position, Construct construct) {
   }
 }
 
+// The caption goes along as data, since a desktop may put mnemonics into the shown one.
+QAction* AddItem(QMenu& menu, QLatin1String caption) {
+  QAction* item = menu.addAction(caption);
+  item->setData(QString(caption));
+  return item;
+}
+
 QAction* Named(QAction* action, const char* name) {
   action->setObjectName(QLatin1String(name));
   return action;
@@ -205,14 +212,14 @@ void wndMain::btnBans_Action() {
 
 void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
   const NetworkRef network = myNetworks.NetworkAt(lstNetworks->SelectedRow());
-  base.addAction(kAddNetwork);
+  AddItem(base, kAddNetwork);
   base.addSeparator();
   for (const QLatin1String caption : {kEditNetwork, kDeleteNetwork})
-    base.addAction(caption)->setEnabled(network != nullptr);
+    AddItem(base, caption)->setEnabled(network != nullptr);
   base.addSeparator();
-  base.addAction(kDisconnectAll)->setEnabled(network != nullptr);
+  AddItem(base, kDisconnectAll)->setEnabled(network != nullptr);
   connect(&base, &QMenu::triggered, this, [this, network](const QAction* item) {
-    lstNetworks_ContextualMenuAction(item->text(), network);
+    lstNetworks_ContextualMenuAction(item->data().toString(), network);
   });
 }
 
@@ -242,16 +249,17 @@ void wndMain::DeleteNetwork(const NetworkRef& network) {
 void wndMain::lstUsers_ConstructContextualMenu(QMenu& base) {
   const auto user = myUsers.ClientAt(lstUsers->SelectedRow());
   if (user == nullptr) return;
-  base.addAction(kConnectionInfo);
+  AddItem(base, kConnectionInfo);
   base.addSeparator();
-  base.addAction(kKickUser);
-  base.addAction(kBanUser);
+  AddItem(base, kKickUser);
+  AddItem(base, kBanUser);
   base.addSeparator();
-  base.addAction(kForceDisconnect);
+  AddItem(base, kForceDisconnect);
   base.addSeparator();
-  base.addAction(kMakeAdmin);
-  connect(&base, &QMenu::triggered, this,
-          [this, user](const QAction* item) { lstUsers_ContextualMenuAction(item->text(), user); });
+  AddItem(base, kMakeAdmin);
+  connect(&base, &QMenu::triggered, this, [this, user](const QAction* item) {
+    lstUsers_ContextualMenuAction(item->data().toString(), user);
+  });
 }
 
 void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
