@@ -86,7 +86,11 @@ TEST_F(ContextMenusTest, ForcedDisconnectTellsTheUserNothing) {
 TEST_F(ContextMenusTest, UserIsMadeAdministratorAsOftenAsAsked) {
   const auto ann = LoggedIn("Ann", "So\nuth");
   ChooseOn(*myWindow->lstUsers, 0, "Make Admin");
-  ChooseOn(*myWindow->lstUsers, 0, "Make Admin");
+  OpenContextMenu(*myWindow->lstUsers, 0);
+  // Some desktops put mnemonics into the captions of an open menu.
+  for (QAction* item : OpenedMenu()->actions())
+    item->setText("&" + item->text());
+  Choose("&Make Admin");
   EXPECT_EQ(Query("SELECT name, address, network FROM admins"),
             "Ann|127.0.0.1|So\nuth;Ann|127.0.0.1|So\nuth;");
 }

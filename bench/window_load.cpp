@@ -1,0 +1,100 @@
+// The window under load: 10,000 users log in and out again within half a minute each while 200,000
+// status lines come. Prints how long the longest events took, which is how long the window, and
+// the server with it, stood still. The users are rows only; what their connections cost is measured
+// by the load runs.
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include "console/application.h"
+#include "console/wnd_main.h"
+#include "server/app.h"
+
+namespace {
+
+using namespace corvane;
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr int kUsers = 10'000;
+constexpr int kLines = 200'000;
+constexpr milliseconds kTurn{10};
+constexpr int kTurns = 2 * 30'000 / 10;
+constexpr int kUsersPerTurn = 1 + 2 * kUsers / kTurns;
+constexpr int kLinesPerTurn = 1 + kLines / kTurns;
+
+// Measures every event from outside, nested ones with the event that they are nested in.
+class MeasuredApplication : public Application {
+ public:
+  using Application::Application;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    if (myIsInside) return Application::notify(receiver, event);
+    myIsInside = true;
+    const Clock::time_point begin = Clock::now();
+    const bool result = Application::notify(receiver, event);
+    durations.push_back(std::chrono::duration<double, std::milli>(Clock::now() - begin).count());
+    myIsInside = false;
+    return result;
+  }
+
+  std::vector<double> durations;  // ms
+
+ private:
+  bool myIsInside = false;
+};
+
+std::string UserName(int number) {
+  return "user " + std::to_string(number);
+}
+
+// One turn of the load; `coming` is how many have come before, `going` how many have gone.
+void TakeTurn(wndMain& window, int& coming, int& going) {
+  for (int i = 0; i < kUsersPerTurn; ++i) {
+    if (coming < kUsers) {
+      window.Users().LogIn(UserName(coming++), "Network", {});
+    } else if (going < kUsers) {
+      window.Users().LogOut(UserName(going++), "Network");
+    }
+  }
+  for (int i = 0; i < kLinesPerTurn; ++i)
+    window.sSocket->CallStatusMessage("192.0.2.1: User Logged In (somebody)");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  MeasuredApplication application(argc, argv);
+  const QTemporaryDir folder;
+  App app(folder.path(), MessageToStandardError);
+  wndMain window(app, [] { return true; });
+  window.show();
+
+  int coming = 0;
+  int going = 0;
+  int turns = 0;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, &window, [&] {
+    TakeTurn(window, coming, going);
+    if (++turns == kTurns) MeasuredApplication::exit();
+  });
+  timer.start(kTurn);
+  MeasuredApplication::exec();
+
+  std::vector<double>& durations = application.durations;
+  std::sort(durations.begin(), durations.end());
+  const std::size_t count = durations.size();
+  std::fprintf(stderr,
+               "window under load: %d users in and %d out, %zu status lines, %zu events; "
+               "ms: p99 %.2f, p99.9 %.2f, longest %.2f\n",
+               coming, going, window.Status().Log().Count(), count, durations[count * 99 / 100],
+               durations[count * 999 / 1000], durations.back());
+  return 0;
+}
