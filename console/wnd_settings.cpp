@@ -86,11 +86,11 @@ void wndSettings::SelectInterface(const std::string& macAddress) {
   pmNIC->setCurrentIndex(selected);
 }
 
-void wndSettings::udConns_Up() {
+void wndSettings::udConns_Up() const {
   SetValue(*fldConns, ValueOf(*fldConns) + 1);
 }
 
-void wndSettings::udConns_Down() {
+void wndSettings::udConns_Down() const {
   SetValue(*fldConns, ValueOf(*fldConns) - 1);
   // From 2 it goes to 1, which OK refuses, and from there back to 2: deliberate.
   if (fldConns->text() == QStringLiteral("0")) fldConns->setText(QStringLiteral("2"));

@@ -31,8 +31,8 @@ class wndSettings : public Dialog {
  private:
   void LayOut();
   void SelectInterface(const std::string& macAddress);
-  void udConns_Up();
-  void udConns_Down();
+  void udConns_Up() const;
+  void udConns_Down() const;
   void btnOK_Action();
   // What is wrong with the values; empty when nothing is.
   std::string Fault() const;
