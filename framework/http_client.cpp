@@ -1,0 +1,162 @@
+#include "framework/http_client.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkProxy>
+#include <QNetworkReply>
+#include <QNetworkRequest>
+#include <QRandomGenerator>
+#include <QTimer>
+
+namespace corvane {
+namespace {
+
+constexpr int kMostRedirects = 5;
+
+// A name beside the file's that nobody can foresee.
+QString NameBeside(const QString& file) {
+  return file + QLatin1Char('.') + QString::number(QRandomGenerator::system()->generate64(), 36);
+}
+
+class Transfer : public HttpTransfer {
+ public:
+  Transfer(HttpRequest request, HttpClient::Done done)
+      : myRequest(std::move(request)),
+        myDone(std::move(done)),
+        myFile(NameBeside(myRequest.file)) {}
+  ~Transfer() override { Forget(); }
+  Transfer(const Transfer&) = delete;
+  Transfer& operator=(const Transfer&) = delete;
+
+  void Start(QNetworkAccessManager& manager, const QByteArray& userAgent);
+
+ private:
+  void Read();
+  void Finish();
+  void Fail();
+  void Tell(const HttpReply& reply);
+  void Forget();
+
+  bool PutFileInPlace();
+  bool IsToFile() const { return !myRequest.file.isEmpty(); }
+  // The announced length of the reply; -1 for none.
+  std::int64_t Announced() const;
+
+  const HttpRequest myRequest;
+  const HttpClient::Done myDone;
+  QFile myFile;  // open, and there, until it is in its place
+  QByteArray myBody;
+  std::int64_t myReceived = 0;
+  QNetworkReply* myReply = nullptr;
+  QTimer myTimer;
+};
+
+void Transfer::Start(QNetworkAccessManager& manager, const QByteArray& userAgent) {
+  QNetworkRequest get(myRequest.url);
+  get.setHeader(QNetworkRequest::UserAgentHeader, userAgent);
+  get.setRawHeader("Accept-Encoding", "identity");
+  get.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
+                   QNetworkRequest::NoLessSafeRedirectPolicy);
+  get.setMaximumRedirectsAllowed(kMostRedirects);
+  get.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
+  get.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
+  get.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);
+  get.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
+
+  QObject::connect(&myTimer, &QTimer::timeout, &myTimer, [this] { Fail(); });
+  myTimer.setSingleShot(true);
+  const QString scheme = myRequest.url.scheme();
+  const bool isWeb = scheme == QLatin1String("http") || scheme == QLatin1String("https");
+  if (!isWeb || (IsToFile() && !myFile.open(QIODevice::WriteOnly | QIODevice::NewOnly))) {
+    myTimer.start(0);
+    return;
+  }
+  myTimer.start(myRequest.timeout);
+  myReply = manager.get(get);
+  QObject::connect(myReply, &QNetworkReply::readyRead, &myTimer, [this] { Read(); });
+  QObject::connect(
+      myReply, &QNetworkReply::finished, &myTimer, [this] { Finish(); }, Qt::QueuedConnection);
+}
+
+std::int64_t Transfer::Announced() const {
+  const QVariant length = myReply->header(QNetworkRequest::ContentLengthHeader);
+  return length.isValid() ? length.toLongLong() : -1;
+}
+
+void Transfer::Read() {
+  if (myReply == nullptr) return;
+  const QByteArray bytes = myReply->readAll();
+  myReceived += bytes.size();
+  if (myReceived > myRequest.maxBytes || Announced() > myRequest.maxBytes) return Fail();
+  if (!IsToFile()) {
+    myBody += bytes;
+  } else if (myFile.write(bytes) != bytes.size()) {
+    return Fail();
+  }
+  if (myRequest.progress && !bytes.isEmpty()) myRequest.progress(myReceived, Announced());
+}
+
+void Transfer::Finish() {
+  Read();
+  if (myReply == nullptr) return;
+  const int status = myReply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+  // A reply that is shorter than announced is such an error, too.
+  if (myReply->error() != QNetworkReply::NoError || status / 100 != 2) return Fail();
+  if (IsToFile() && !PutFileInPlace()) return Fail();
+  Tell({true, std::exchange(myBody, {})});
+}
+
+bool Transfer::PutFileInPlace() {
+  if (!myFile.flush()) return false;
+  myFile.close();
+  // Replaces a link of that name and never writes through it.
+  std::error_code error;
+  std::filesystem::rename(myFile.fileName().toStdU16String(), myRequest.file.toStdU16String(),
+                          error);
+  if (error) myFile.remove();
+  return !error;
+}
+
+void Transfer::Fail() {
+  Tell({});
+}
+
+void Transfer::Tell(const HttpReply& reply) {
+  Forget();
+  // The callee may destroy this transfer, and the function with it.
+  const HttpClient::Done done = myDone;
+  done(reply);
+}
+
+// Leaves nothing behind that could still call: neither the reply nor a file.
+void Transfer::Forget() {
+  myTimer.stop();
+  if (myFile.isOpen()) myFile.remove();
+  QNetworkReply* reply = std::exchange(myReply, nullptr);
+  if (reply == nullptr) return;
+  reply->disconnect(&myTimer);
+  reply->abort();
+  reply->deleteLater();
+}
+
+}  // namespace
+
+HttpClient::HttpClient(const std::string& userAgent)
+    : myUserAgent(QByteArray::fromStdString(userAgent)),
+      myManager(std::make_unique<QNetworkAccessManager>()) {
+  myManager->setProxy(QNetworkProxy::NoProxy);
+}
+
+HttpClient::~HttpClient() = default;
+
+std::unique_ptr<HttpTransfer> HttpClient::Get(HttpRequest request, Done done) {
+  auto transfer = std::make_unique<Transfer>(std::move(request), std::move(done));
+  transfer->Start(*myManager, myUserAgent);
+  return transfer;
+}
+
+}  // namespace corvane

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+class QNetworkAccessManager;
+
+namespace corvane {
+
+// What is fetched, and within which bounds.
+struct HttpRequest {
+  QUrl url;
+  // For the whole of it, redirects included.
+  std::chrono::milliseconds timeout{30'000};
+  std::int64_t maxBytes = 1024 * 1024;
+  // Where the reply goes: written beside and renamed when it is whole, so that the file is never
+  // half a reply. Empty: into HttpReply::body.
+  QString file;
+  // Called as the reply comes in; `total` is -1 while the host has not announced it.
+  std::function<void(std::int64_t received, std::int64_t total)> progress;
+};
+
+struct HttpReply {
+  // Whether the whole reply came: status 2xx, as many bytes as were announced, within the bounds,
+  // and written where it should be.
+  bool succeeded = false;
+  QByteArray body;
+};
+
+// A request that is under way. Destroying it cancels the request: nothing is called any more and
+// no file is left behind.
+class HttpTransfer {
+ public:
+  virtual ~HttpTransfer() = default;
+};
+
+// Fetches documents over HTTP and HTTPS (RFC 9110) with the program's event loop; nothing blocks.
+// Follows at most five redirects, none from https to http. Uses no proxy and no cookies, and says
+// the program's name and version. Borrowed by its transfers, which must not outlive it.
+class HttpClient {
+ public:
+  using Done = std::function<void(const HttpReply&)>;
+
+  // `userAgent` as in "Name/1.2".
+  explicit HttpClient(const std::string& userAgent);
+  ~HttpClient();
+  HttpClient(const HttpClient&) = delete;
+  HttpClient& operator=(const HttpClient&) = delete;
+
+  // Sends a GET. `done` is called exactly once, from the event loop and never from inside Get,
+  // unless the transfer is destroyed before; it may destroy the transfer.
+  [[nodiscard]] std::unique_ptr<HttpTransfer> Get(HttpRequest request, Done done);
+
+ private:
+  const QByteArray myUserAgent;
+  const std::unique_ptr<QNetworkAccessManager> myManager;
+};
+
+}  // namespace corvane

@@ -1,0 +1,167 @@
+#include "framework/http_client.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include "tests/support/test_client.h"
+#include "tests/support/web_server.h"
+
+using namespace corvane;
+using std::chrono::milliseconds;
+
+namespace {
+
+class HttpClientTest : public testing::Test {
+ protected:
+  // Waits for the reply: the body, or "failed".
+  std::string Fetch(HttpRequest request) {
+    std::optional<HttpReply> reply;
+    const auto transfer = client.Get(std::move(request), [&](const HttpReply& got) {
+      EXPECT_FALSE(reply.has_value());
+      reply = got;
+    });
+    EXPECT_FALSE(reply.has_value());
+    PumpUntil([&] { return reply.has_value(); });
+    PumpFor(milliseconds(1));
+    return reply && reply->succeeded ? reply->body.toStdString() : "failed";
+  }
+  HttpRequest To(const std::string& path, milliseconds timeout = milliseconds(5000)) const {
+    HttpRequest request;
+    request.url = QUrl(QString::fromStdString(server.Address(path)));
+    request.timeout = timeout;
+    request.maxBytes = 1000;
+    return request;
+  }
+  std::string Contents(const QString& name) const {
+    QFile file(folder.filePath(name));
+    return file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "none";
+  }
+  qsizetype FileCount() const {
+    return QDir(folder.path()).entryList(QDir::Files | QDir::Hidden | QDir::System).size();
+  }
+
+  QTemporaryDir folder;
+  WebServer server;
+  HttpClient client{"Corvane-Test/1.2"};
+};
+
+std::string Redirect(const std::string& to) {
+  return "HTTP/1.1 302 Found\r\nLocation: " + to + "\r\nContent-Length: 0\r\n\r\n";
+}
+
+}  // namespace
+
+TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
+  const std::string binary("\0\xFF\r\n\r\n\x80", 7);
+  const struct {
+    const char* path;
+    WebServer::Answer answer;
+    std::string result;
+  } cases[] = {
+      {"/good", {OkReply("page")}, "page"},
+      {"/empty", {OkReply("")}, ""},
+      {"/binary", {OkReply(binary)}, binary},
+      {"/kept-open", {OkReply("page"), false}, "page"},
+      {"/unannounced", {"HTTP/1.0 200 OK\r\n\r\npage"}, "page"},
+      {"/largest", {OkReply(std::string(1000, 'x'))}, std::string(1000, 'x')},
+      {"/announced-too-large",
+       {"HTTP/1.1 200 OK\r\nContent-Length: 1001\r\n\r\nx", false},
+       "failed"},
+      {"/too-large", {"HTTP/1.0 200 OK\r\n\r\n" + std::string(5000, 'x')}, "failed"},
+      {"/short", {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage"}, "failed"},
+      {"/half-header", {"HTTP/1.1 200 OK\r\nContent-Le"}, "failed"},
+      {"/noise", {std::string(300, '\x80')}, "failed"},
+      {"/nothing", {""}, "failed"},
+      {"/error", {"HTTP/1.1 500 Oops\r\nContent-Length: 4\r\n\r\npage"}, "failed"},
+      {"/slow", {OkReply("page"), true, milliseconds(100)}, "page"},
+  };
+  for (const auto& row : cases) {
+    server.answers[row.path] = row.answer;
+    EXPECT_EQ(Fetch(To(row.path)), row.result) << row.path;
+  }
+  server.answers["/hangs"] = {"", false};
+  server.answers["/hangs-later"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage", false};
+  EXPECT_EQ(Fetch(To("/hangs", milliseconds(50))), "failed");
+  EXPECT_EQ(Fetch(To("/hangs-later", milliseconds(50))), "failed");
+  EXPECT_EQ(Fetch(To("/missing")), "failed");
+  HttpRequest local;
+  local.url = QUrl::fromLocalFile(QStringLiteral("/etc/hostname"));
+  EXPECT_EQ(Fetch(local), "failed");
+  EXPECT_EQ(Fetch({}), "failed");
+}
+
+TEST_F(HttpClientTest, FollowsFiveRedirectsAndKeepsNoCookies) {
+  for (int step = 0; step < 6; ++step)
+    server.answers["/r" + std::to_string(step)] = {
+        Redirect(server.Address("/r" + std::to_string(step + 1)))};
+  server.answers["/r6"] = {OkReply("arrived")};
+  EXPECT_EQ(Fetch(To("/r0")), "failed");
+  EXPECT_EQ(Fetch(To("/r1")), "arrived");
+  server.answers["/to-file"] = {Redirect("file:///etc/hostname")};
+  EXPECT_EQ(Fetch(To("/to-file")), "failed");
+
+  server.answers["/cookie"] = {"HTTP/1.1 200 OK\r\nSet-Cookie: a=b\r\nContent-Length: 0\r\n\r\n"};
+  Fetch(To("/cookie"));
+  Fetch(To("/cookie"));
+  EXPECT_EQ(server.requests.back().find("Cookie"), std::string::npos);
+  EXPECT_NE(server.requests.back().find("User-Agent: Corvane-Test/1.2\r\n"), std::string::npos);
+}
+
+TEST_F(HttpClientTest, FileIsReplacedWholeOrNotAtAll) {
+  server.answers["/new"] = {OkReply("new")};
+  server.answers["/short"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf"};
+  const auto fetchInto = [&](const QString& name, const std::string& path) {
+    HttpRequest request = To(path);
+    request.file = folder.filePath(name);
+    return Fetch(request);
+  };
+  EXPECT_EQ(fetchInto("a", "/short"), "failed");
+  EXPECT_EQ(FileCount(), 0);
+  EXPECT_EQ(fetchInto("a", "/new"), "");
+  EXPECT_EQ(Contents("a"), "new");
+  EXPECT_EQ(fetchInto("a", "/short"), "failed");
+  EXPECT_EQ(Contents("a"), "new");
+  EXPECT_EQ(fetchInto("missing/b", "/new"), "failed");
+  EXPECT_EQ(FileCount(), 1);
+
+  // A link of that name is replaced, and what it points to stays as it is.
+  std::filesystem::create_symlink("a", folder.filePath("link").toStdString());
+  server.answers["/new"] = {OkReply("other")};
+  EXPECT_EQ(fetchInto("link", "/new"), "");
+  EXPECT_EQ(Contents("a"), "new");
+  EXPECT_EQ(Contents("link"), "other");
+}
+
+TEST_F(HttpClientTest, CancelledTransferCallsNothingAndLeavesNothing) {
+  server.answers["/half"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf", false};
+  HttpRequest request = To("/half");
+  request.file = folder.filePath("a");
+  std::int64_t received = 0;
+  std::int64_t total = 0;
+  request.progress = [&](std::int64_t now, std::int64_t of) {
+    received = now;
+    total = of;
+  };
+  auto transfer = client.Get(request, [](const HttpReply&) { ADD_FAILURE(); });
+  ASSERT_TRUE(PumpUntil([&] { return received == 4; }));
+  EXPECT_EQ(total, 10);
+  EXPECT_EQ(FileCount(), 1);
+  transfer.reset();
+  PumpFor(milliseconds(20));
+  EXPECT_EQ(FileCount(), 0);
+
+  // From inside its own call, too.
+  server.answers["/good"] = {OkReply("page")};
+  bool isDone = false;
+  transfer = client.Get(To("/good"), [&](const HttpReply&) {
+    transfer.reset();
+    isDone = true;
+  });
+  EXPECT_TRUE(PumpUntil([&] { return isDone; }));
+}

@@ -1,0 +1,37 @@
+#include "geo/location_page.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+using namespace corvane;
+
+TEST(LocationPage, TakesTheQuotedEntriesOfMetaLines) {
+  const struct {
+    const char* page;
+    const char* fields;  // country, state, city, zip, time zone of a location that was all "old"
+  } cases[] = {
+      {"", "old|old|old|old|old"},
+      {"<META NAME=\"Country\" CONTENT=\"Norway\">\r\n<meta name=\"REGIONCODE\" content=\"03\">\r\n"
+       "<meta name=\"city\" content=\"Oslo\">\n<meta name=\"timezone\" content=\"+1\">",
+       "Norway|03|Oslo|old|+1"},
+      {"<meta name=\"cityid\" content=\"1234\">", "old|old|old|01234|old"},
+      {"<meta name=\"cityid\" content=\"123\">", "old|old|old|123|old"},
+      {"<meta name=\"cityid\" content=\"12345\">", "old|old|old|12345|old"},
+      {"<meta name=\"city\" content=\"a\">\n<meta name=\"city\" content=\"\">", "old|old||old|old"},
+      {" <meta name=\"city\" content=\"indented\">", "old|old|old|old|old"},
+      {"<metaname=\"city\" content=\"x\">", "old|old|old|old|old"},
+      {"\t<meta\t name=\"city\" content=\"tabs\">", "old|old|tabs|old|old"},
+      {"<meta \"city\" \"closed", "old|old|closed|old|old"},
+      {"<meta \"city\" closed", "old|old|old|old|old"},
+      {"<meta name=\"colour\" content=\"x\">\n\n\n\"\"\"\"", "old|old|old|old|old"},
+  };
+  for (const auto& row : cases) {
+    ClientLocation location{"old", "old", "old", "old", "old", {}};
+    ReadLocationPage(row.page, location);
+    EXPECT_EQ(location.country + "|" + location.state + "|" + location.city + "|" + location.zip +
+                  "|" + location.timeZone,
+              row.fields)
+        << row.page;
+  }
+}
