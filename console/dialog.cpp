@@ -17,7 +17,8 @@ Dialog::Dialog(const QString& name, const QString& title, QWidget& owner) : QDia
   setWindowModality(Qt::WindowModal);
   setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                  Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
-  SetTitle(title);
+  // Qt takes a single "[*]", which a user's name may be, for a mark of its own.
+  setWindowTitle(QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
 }
 
 void Dialog::Open(QWidget* firstField) {
@@ -26,12 +27,6 @@ void Dialog::Open(QWidget* firstField) {
     button->setAutoDefault(false);
   firstField->setFocus(Qt::TabFocusReason);
   open();
-}
-
-void Dialog::SetTitle(const QString& title) {
-  // Qt takes a single "[*]", which a user's name may be, for a mark of its own.
-  QString text = title;
-  setWindowTitle(text.replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
 }
 
 void Dialog::keyPressEvent(QKeyEvent* event) {

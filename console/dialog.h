@@ -14,16 +14,14 @@ namespace corvane {
 // Enter in a field does nothing.
 class Dialog : public QDialog {
  public:
-  // `name` is the class's, for whoever looks for the window.
+  // `name` is the class's, for whoever looks for the window. The title shows as it stands, whatever
+  // it holds.
   Dialog(const QString& name, const QString& title, QWidget& owner);
 
   // Shows it with the focus on the control, as if that had been reached by the Tab key.
   void Open(QWidget* firstField);
 
  protected:
-  // Shows the text as it stands, whatever it holds.
-  void SetTitle(const QString& title);
-
   void keyPressEvent(QKeyEvent* event) override;
 };
 
