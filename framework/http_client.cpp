@@ -62,6 +62,7 @@ void Transfer::Start(QNetworkAccessManager& manager, const QByteArray& userAgent
   get.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                    QNetworkRequest::NoLessSafeRedirectPolicy);
   get.setMaximumRedirectsAllowed(kMostRedirects);
+  get.setTransferTimeout(static_cast<int>(myRequest.silence.count()));
   get.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   get.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
   get.setAttribute(QNetworkRequest::AuthenticationReuseAttribute, QNetworkRequest::Manual);

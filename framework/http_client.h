@@ -17,8 +17,10 @@ namespace corvane {
 // What is fetched, and within which bounds.
 struct HttpRequest {
   QUrl url;
-  // For the whole of it, redirects included.
+  // For the whole of it, redirects included; and how long the host may say nothing meanwhile, 0
+  // for no bound of its own.
   std::chrono::milliseconds timeout{30'000};
+  std::chrono::milliseconds silence{0};
   std::int64_t maxBytes = 1024 * 1024;
   // Where the reply goes: written beside and renamed when it is whole, so that the file is never
   // half a reply. Empty: into HttpReply::body.

@@ -7,25 +7,15 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <libxml/parser.h>
-#include <libxml/tree.h>
 
 #include "framework/text.h"
+#include "framework/xml_document.h"
 
 namespace corvane {
 
 namespace {
 
 constexpr qint64 kMaxFileSize = 1024 * 1024;  // bytes
-
-struct DocumentEnd {
-  void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
-};
-using Document = std::unique_ptr<xmlDoc, DocumentEnd>;
-
-const xmlChar* AsXML(const char* text) {
-  return reinterpret_cast<const xmlChar*>(text);
-}
 
 // What the file can hold of a text: XML has no control characters, not even escaped ones.
 std::string Writable(std::string_view text) {
@@ -46,15 +36,13 @@ std::string Attribute(const xmlNode* element, const char* name) {
   return value ? reinterpret_cast<const char*>(value.get()) : "";
 }
 
-Document ReadDocument(const QString& fileName) {
+XMLDocument ReadDocument(const QString& fileName) {
   QFile file(fileName);
   // Anything but a plain file (a pipe, say) might never give an end.
   if (!QFileInfo(fileName).isFile() || !file.open(QIODevice::ReadOnly)) return nullptr;
   const QByteArray bytes = file.read(kMaxFileSize + 1);
   if (bytes.size() > kMaxFileSize) return nullptr;
-  return Document(xmlReadMemory(
-      bytes.constData(), static_cast<int>(bytes.size()), nullptr, nullptr,
-      XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+  return ParseXML({bytes.constData(), static_cast<std::size_t>(bytes.size())});
 }
 
 }  // namespace
@@ -68,7 +56,7 @@ void AppSettings::Load() {
   if (!myFile) return;
   // Nothing ever reads "Port", the listener's port is another entry: this is deliberate.
   if (!QFileInfo::exists(*myFile)) SetValue("Port", "12000");
-  const Document document = ReadDocument(*myFile);
+  const XMLDocument document = ReadDocument(*myFile);
   const xmlNode* const root = xmlDocGetRootElement(document.get());
   if (root == nullptr) return;
   for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
@@ -79,7 +67,7 @@ void AppSettings::Load() {
 
 void AppSettings::Save() {
   if (!myFile) return;
-  const Document document(xmlNewDoc(AsXML("1.0")));
+  const XMLDocument document(xmlNewDoc(AsXML("1.0")));
   xmlNode* const root = xmlNewDocNode(document.get(), nullptr, AsXML("settings"), nullptr);
   xmlDocSetRootElement(document.get(), root);
   for (const auto& [name, value] : myValues) {

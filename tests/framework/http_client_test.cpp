@@ -89,6 +89,9 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
   server.answers["/hangs-later"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage", false};
   EXPECT_EQ(Fetch(To("/hangs", milliseconds(50))), "failed");
   EXPECT_EQ(Fetch(To("/hangs-later", milliseconds(50))), "failed");
+  HttpRequest impatient = To("/hangs-later");
+  impatient.silence = milliseconds(50);
+  EXPECT_EQ(Fetch(impatient), "failed");
   EXPECT_EQ(Fetch(To("/missing")), "failed");
   HttpRequest local;
   local.url = QUrl::fromLocalFile(QStringLiteral("/etc/hostname"));

@@ -1,0 +1,16 @@
+#include "framework/xml_document.h"
+
+#include <limits>
+
+#include <libxml/parser.h>
+
+namespace corvane {
+
+XMLDocument ParseXML(std::string_view bytes) {
+  if (bytes.size() > std::numeric_limits<int>::max()) return nullptr;
+  return XMLDocument(xmlReadMemory(bytes.data(), static_cast<int>(bytes.size()), nullptr, nullptr,
+                                   XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA |
+                                       XML_PARSE_NOERROR | XML_PARSE_NOWARNING));
+}
+
+}  // namespace corvane
