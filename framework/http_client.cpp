@@ -146,17 +146,19 @@ void Transfer::Forget() {
 
 }  // namespace
 
-HttpClient::HttpClient(const std::string& userAgent)
-    : myUserAgent(QByteArray::fromStdString(userAgent)),
-      myManager(std::make_unique<QNetworkAccessManager>()) {
-  myManager->setProxy(QNetworkProxy::NoProxy);
+HttpClient::HttpClient(const std::string& userAgent, std::size_t managers)
+    : myUserAgent(QByteArray::fromStdString(userAgent)), myManagers(managers) {
+  for (auto& manager : myManagers) {
+    manager = std::make_unique<QNetworkAccessManager>();
+    manager->setProxy(QNetworkProxy::NoProxy);
+  }
 }
 
 HttpClient::~HttpClient() = default;
 
 std::unique_ptr<HttpTransfer> HttpClient::Get(HttpRequest request, Done done) {
   auto transfer = std::make_unique<Transfer>(std::move(request), std::move(done));
-  transfer->Start(*myManager, myUserAgent);
+  transfer->Start(*myManagers[myNext++ % myManagers.size()], myUserAgent);
   return transfer;
 }
 

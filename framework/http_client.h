@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <QByteArray>
 #include <QString>
@@ -46,12 +47,15 @@ class HttpTransfer {
 // Fetches documents over HTTP and HTTPS (RFC 9110) with the program's event loop; nothing blocks.
 // Follows at most five redirects, none from https to http. Uses no proxy and no cookies, and says
 // the program's name and version. Borrowed by its transfers, which must not outlive it.
+//
+// Of the transfers to one host, six for each of Qt's managers are served at once and the others
+// wait; their time runs meanwhile.
 class HttpClient {
  public:
   using Done = std::function<void(const HttpReply&)>;
 
   // `userAgent` as in "Name/1.2".
-  explicit HttpClient(const std::string& userAgent);
+  explicit HttpClient(const std::string& userAgent, std::size_t managers = 1);
   ~HttpClient();
   HttpClient(const HttpClient&) = delete;
   HttpClient& operator=(const HttpClient&) = delete;
@@ -62,7 +66,9 @@ class HttpClient {
 
  private:
   const QByteArray myUserAgent;
-  const std::unique_ptr<QNetworkAccessManager> myManager;
+  // Each takes its turn.
+  std::vector<std::unique_ptr<QNetworkAccessManager>> myManagers;
+  std::size_t myNext = 0;
 };
 
 }  // namespace corvane

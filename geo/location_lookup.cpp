@@ -1,9 +1,106 @@
 #include "geo/location_lookup.h"
 
-namespace corvane {
+#include <chrono>
+#include <utility>
 
-void LocationLookup::Find(const std::string& /*address*/, const Found& found) {
-  found(ClientLocation{});
+#include <QBuffer>
+#include <QImageReader>
+#include <QUrl>
+
+#include "framework/plain_file.h"
+#include "geo/location_page.h"
+
+namespace corvane {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr std::size_t kPageManagers = 8;
+constexpr auto kPageTimeout = 2s;
+constexpr auto kFlagTimeout = 30s;
+constexpr std::int64_t kMaxBytes = 1024 * 1024;
+constexpr std::size_t kMostFlagDownloads = 64;
+constexpr int kLargestFlag = 512;  // pixels, each way
+
+std::string WithoutSlashAtEnd(std::string address) {
+  while (address.ends_with('/'))
+    address.pop_back();
+  return address;
+}
+
+HttpRequest RequestAbout(const std::string& address, const std::string& pathAndQuery,
+                         std::chrono::milliseconds timeout) {
+  HttpRequest request;
+  request.url = QUrl(QString::fromStdString(pathAndQuery) +
+                     QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(address))));
+  request.timeout = timeout;
+  request.maxBytes = kMaxBytes;
+  return request;
+}
+
+// The picture; null where the bytes are none, or one that is no flag's.
+QImage Picture(QByteArray& bytes) {
+  QBuffer buffer(&bytes);
+  QImageReader reader(&buffer);
+  const QByteArray format = reader.format();
+  if (format != "gif" && format != "png" && format != "jpeg" && format != "bmp") return {};
+  const QSize size = reader.size();
+  if (!size.isValid() || size.width() > kLargestFlag || size.height() > kLargestFlag) return {};
+  return reader.read();
+}
+
+}  // namespace
+
+LocationLookup::LocationLookup(const std::string& userAgent, const QString& temporaryFolder)
+    : myFlagFile(temporaryFolder + "/cv_flag.gif"),
+      myPages(userAgent, kPageManagers),
+      myFlags(userAgent) {}
+
+LocationLookup::~LocationLookup() = default;
+
+void LocationLookup::SetServices(const std::string& locatorAddress,
+                                 const std::string& flagAddress) {
+  myLocatorAddress = WithoutSlashAtEnd(locatorAddress);
+  myFlagAddress = WithoutSlashAtEnd(flagAddress);
+}
+
+std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address, Found found) {
+  const auto finish = [this, address, found = std::move(found)](const HttpReply& page) {
+    ClientLocation location;
+    ReadLocationPage({page.body.constData(), static_cast<std::size_t>(page.body.size())}, location);
+    if (!myFlagAddress.empty()) {
+      StartFlagDownload(address);
+      // The file as it is now, without waiting for the download: deliberate.
+      location.flag = FlagInFile();
+    }
+    found(location);
+  };
+  if (myLocatorAddress.empty()) {
+    finish({});
+    return nullptr;
+  }
+  const std::string page =
+      myLocatorAddress + "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=";
+  return myPages.Get(RequestAbout(address, page, kPageTimeout), finish);
+}
+
+void LocationLookup::StartFlagDownload(const std::string& address) {
+  // Clients that come faster than the service answers do without.
+  if (myDownloads.size() >= kMostFlagDownloads) return;
+  HttpRequest request = RequestAbout(address, myFlagAddress + "/flag.php?ip=", kFlagTimeout);
+  request.file = myFlagFile;
+  const std::uint64_t number = ++myDownloadNumber;
+  myDownloads[number] = myFlags.Get(
+      std::move(request), [this, number](const HttpReply&) { myDownloads.erase(number); });
+}
+
+QImage LocationLookup::FlagInFile() {
+  QByteArray bytes = ReadPlainFile(myFlagFile, kMaxBytes).value_or(QByteArray());
+  if (bytes != myFlagBytes) {
+    myFlag = Picture(bytes);
+    myFlagBytes = std::move(bytes);
+  }
+  return myFlag;
 }
 
 }  // namespace corvane

@@ -1,9 +1,16 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <map>
+#include <memory>
 #include <string>
 
+#include <QByteArray>
 #include <QImage>
+#include <QString>
+
+#include "framework/http_client.h"
 
 namespace corvane {
 
@@ -17,14 +24,41 @@ struct ClientLocation {
   QImage flag;
 };
 
-// Looks up the location of client addresses.
+// Looks up the location of client addresses: asks a locator service for a page of texts, and a flag
+// service for a picture, which goes into the file "cv_flag.gif". That file is the same for all
+// clients, and a lookup does not wait for its own picture: it takes the one that is there, as a
+// rule that of an earlier client. Nothing that goes wrong is told.
 class LocationLookup {
  public:
   using Found = std::function<void(const ClientLocation&)>;
 
-  // Calls `found` exactly once, with what is known about the dotted IPv4 address: at once while no
-  // location host is configured, since then nothing is asked and nothing is known.
-  void Find(const std::string& address, const Found& found);
+  // `userAgent` is what the services are told; the picture's file lies in `temporaryFolder`.
+  LocationLookup(const std::string& userAgent, const QString& temporaryFolder);
+  ~LocationLookup();
+
+  // Where the services are, as "http://host" or "https://host/folder". One that is empty, as both
+  // are at first, is not asked.
+  void SetServices(const std::string& locatorAddress, const std::string& flagAddress);
+
+  // Calls `found` once, with what is known about the dotted IPv4 address: at once where there is no
+  // locator service, else within two seconds from the event loop. Destroying the result cancels
+  // that; `found` may do so. There is none when `found` was called at once.
+  [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address, Found found);
+
+ private:
+  void StartFlagDownload(const std::string& address);
+  QImage FlagInFile();
+
+  const QString myFlagFile;
+  HttpClient myPages;
+  HttpClient myFlags;
+  std::string myLocatorAddress;
+  std::string myFlagAddress;
+  std::map<std::uint64_t, std::unique_ptr<HttpTransfer>> myDownloads;
+  std::uint64_t myDownloadNumber = 0;
+  // What the file held when last looked at, and the picture in it.
+  QByteArray myFlagBytes;
+  QImage myFlag;
 };
 
 }  // namespace corvane

@@ -5,17 +5,20 @@
 #include <utility>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 
 #include "framework/exceptions.h"
 #include "framework/numbers.h"
 #include "framework/text.h"
 #include "storage/networks_table.h"
+#include "updater/version.h"
 
 namespace corvane {
 namespace {
 
 constexpr std::int32_t kMaximumConnections = 100'000;
+const std::string kAppName = "CorvaneServer";
 
 std::int32_t Clamped(std::int64_t number) {
   using Limits = std::numeric_limits<std::int32_t>;
@@ -28,12 +31,15 @@ App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
     : myDataFolder(std::move(dataFolder)),
       myShowMessage(std::move(showMessage)),
       mySettings(myDataFolder),
+      myLocations(kAppName + "/" + RunningVersion().FullVersion(), QDir::tempPath()),
       myLoop([this] { LastResort(); }) {}
 
 App::~App() = default;
 
 bool App::Open() {
   mySettings.Load();
+  myLocations.SetServices(mySettings.GetValue("LocatorAddress", ""),
+                          mySettings.GetValue("FlagAddress", ""));
   return OpenDatabase();
 }
 

@@ -19,6 +19,8 @@ namespace corvane {
 ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
     : EasyTCPSocket(loop), myParent(parent) {}
 
+ClientSocket::~ClientSocket() = default;
+
 void ClientSocket::Connected() {
   myState = State::Greeting;
   ReportStatus(": Client Connection Initiated...");
@@ -27,16 +29,13 @@ void ClientSocket::Connected() {
 }
 
 void ClientSocket::GetClientInfo() {
-  const std::weak_ptr<SocketCore> weak = weak_from_this();
-  myParent.Locations().Find(RemoteAddress(), [weak](const ClientLocation& location) {
-    if (const auto session = std::static_pointer_cast<ClientSocket>(weak.lock())) {
-      session->Greet(location);
-    }
-  });
+  // Leaving cancels it.
+  myLookup = myParent.Locations().Find(RemoteAddress(),
+                                       [this](const ClientLocation& location) { Greet(location); });
 }
 
 void ClientSocket::Greet(const ClientLocation& location) {
-  if (myState != State::Greeting) return;
+  myLookup.reset();
   ClientCountry = location.country;
   ClientState = location.state;
   ClientCity = location.city;
@@ -69,12 +68,14 @@ void ClientSocket::Close() {
 
 void ClientSocket::Abandon() {
   myState = State::Gone;
+  myLookup.reset();
   EasyTCPSocket::Close();
 }
 
 void ClientSocket::Leave() {
   if (myState == State::Idle || myState == State::Gone) return;
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
+  myLookup.reset();
   if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
   myParent.ClientDisconnect(*this);
   mySeat.GiveBack();

@@ -14,6 +14,7 @@
 
 namespace corvane {
 
+class HttpTransfer;
 class MapSocket;
 struct ClientLocation;
 
@@ -36,6 +37,7 @@ class ClientSocket : public EasyTCPSocket {
   };
 
   ClientSocket(PollLoop& loop, MapSocket& parent);
+  ~ClientSocket() override;
 
   State LoginState() const { return myState; }
   bool HoldsSeat() const { return mySeat.IsHeld(); }
@@ -124,6 +126,7 @@ class ClientSocket : public EasyTCPSocket {
   std::string myUsername;
   std::string myFoldedUsername;
   Seat mySeat;
+  std::unique_ptr<HttpTransfer> myLookup;  // while it is under way
 };
 
 }  // namespace corvane

@@ -50,7 +50,7 @@ class TestServer {
   QTemporaryDir folder;
   PollLoop loop;
   DatabaseConnection database;
-  LocationLookup locations;
+  LocationLookup locations{"Corvane-Test/1.2", folder.path()};
   std::shared_ptr<MapSocket> listener;
 };
 

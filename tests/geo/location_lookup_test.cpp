@@ -1,0 +1,127 @@
+#include "geo/location_lookup.h"
+
+#include <filesystem>
+#include <gmock/gmock.h>
+#include <optional>
+#include <sys/stat.h>
+
+#include <QBuffer>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include "tests/support/test_client.h"
+#include "tests/support/web_server.h"
+
+using namespace corvane;
+using testing::HasSubstr;
+
+namespace {
+
+const std::string kPage = "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=";
+const std::string kFlag = "/flag.php?ip=";
+
+std::string PngOf(int width, int height = 10) {
+  QImage image(width, height, QImage::Format_RGB32);
+  image.fill(Qt::red);
+  QBuffer buffer;
+  image.save(&buffer, "PNG");
+  return buffer.data().toStdString();
+}
+
+class LocationLookupTest : public testing::Test {
+ protected:
+  LocationLookupTest() { lookup.SetServices(server.Address("/"), server.Address()); }
+
+  ClientLocation Find(const std::string& address) {
+    std::optional<ClientLocation> location;
+    const auto transfer =
+        lookup.Find(address, [&](const ClientLocation& found) { location = found; });
+    EXPECT_TRUE(PumpUntil([&] { return location.has_value(); }));
+    return location.value_or(ClientLocation{});
+  }
+  void WriteFlag(const std::string& bytes) {
+    QFile file(flagFile);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+  }
+  bool FlagFileHolds(const std::string& bytes) {
+    return PumpUntil([&] {
+      QFile file(flagFile);
+      return file.open(QIODevice::ReadOnly) && file.readAll().toStdString() == bytes;
+    });
+  }
+
+  QTemporaryDir folder;
+  const QString flagFile = folder.filePath("cv_flag.gif");
+  WebServer server;
+  LocationLookup lookup{"Corvane-Test/1.2", folder.path()};
+};
+
+}  // namespace
+
+TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientBefore) {
+  server.answers[kPage + "192.0.2.1"] = {OkReply("<meta name=\"city\" content=\"Oslo\">\r\n")};
+  server.answers[kFlag + "192.0.2.1"] = {OkReply(PngOf(11))};
+  server.answers[kFlag + "192.0.2.2"] = {OkReply("no picture")};
+
+  const ClientLocation first = Find("192.0.2.1");
+  EXPECT_EQ(first.city, "Oslo");
+  EXPECT_TRUE(first.flag.isNull());
+  ASSERT_TRUE(FlagFileHolds(PngOf(11)));
+
+  // Without a page, too.
+  const ClientLocation second = Find("192.0.2.2");
+  EXPECT_EQ(second.city, "");
+  EXPECT_EQ(second.flag.size(), QSize(11, 10));
+  ASSERT_TRUE(FlagFileHolds("no picture"));
+  EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
+
+  EXPECT_THAT(server.requests.front(), HasSubstr("User-Agent: Corvane-Test/1.2\r\n"));
+  Find("a b&c");
+  EXPECT_TRUE(PumpUntil([&] {
+    return server.requests.back().starts_with("GET " + kFlag + "a%20b%26c HTTP/1.1\r\n");
+  })) << server.requests.back();
+}
+
+TEST_F(LocationLookupTest, OnlyAPlainFileWithASmallPictureIsAFlag) {
+  lookup.SetServices("", server.Address());
+  WriteFlag(PngOf(12));
+  EXPECT_EQ(Find("192.0.2.1").flag.width(), 12);
+  for (const std::string& bytes :
+       {std::string(), std::string("GIF89a"), PngOf(12).substr(0, 40), PngOf(513), PngOf(1, 513),
+        PngOf(12) + std::string(1024 * 1024, 'x')}) {
+    WriteFlag(bytes);
+    EXPECT_TRUE(Find("192.0.2.1").flag.isNull()) << bytes.size();
+  }
+
+  const std::string target = folder.filePath("picture").toStdString();
+  WriteFlag(PngOf(12));
+  std::filesystem::rename(flagFile.toStdString(), target);
+  std::filesystem::create_symlink(target, flagFile.toStdString());
+  EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
+  std::filesystem::remove(flagFile.toStdString());
+  ASSERT_EQ(mkfifo(flagFile.toStdString().c_str(), 0600), 0);
+  EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
+}
+
+TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
+  WriteFlag(PngOf(12));
+  lookup.SetServices(server.Address(), "");
+  EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
+  EXPECT_EQ(server.requests.size(), 1);
+  lookup.SetServices("", "");
+  bool isFound = false;
+  EXPECT_EQ(lookup.Find("192.0.2.1", [&](const ClientLocation&) { isFound = true; }), nullptr);
+  EXPECT_TRUE(isFound);
+  EXPECT_EQ(server.requests.size(), 1);
+}
+
+TEST_F(LocationLookupTest, DroppedLookupAsksForNoFlag) {
+  server.answers[kPage + "192.0.2.1"] = {"", false};
+  auto transfer = lookup.Find("192.0.2.1", [](const ClientLocation&) { ADD_FAILURE(); });
+  ASSERT_TRUE(PumpUntil([&] { return !server.requests.empty(); }));
+  transfer.reset();
+  PumpFor(std::chrono::milliseconds(20));
+  EXPECT_EQ(server.requests.size(), 1);
+}
