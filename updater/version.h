@@ -14,6 +14,8 @@ struct Version {
 
   // The four numbers joined with ".".
   std::string FullVersion() const;
+
+  bool operator==(const Version&) const = default;
 };
 
 Version RunningVersion();

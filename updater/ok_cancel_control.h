@@ -1,0 +1,37 @@
+#pragma once
+
+#include <functional>
+
+#include <QPushButton>
+#include <QString>
+#include <QWidget>
+
+namespace corvane {
+
+// A window's pair of buttons: the action button, which Enter presses, and the cancel button, which
+// Escape presses.
+class OKCancelControl : public QWidget {
+ public:
+  explicit OKCancelControl(QWidget* parent);
+
+  QString ActionButtonText() const { return LeftButton->text(); }
+  void SetActionButtonText(const QString& text) { LeftButton->setText(text); }
+  QString CancelButtonText() const { return RightButton->text(); }
+  void SetCancelButtonText(const QString& text) { RightButton->setText(text); }
+  bool ActionButtonEnabled() const { return LeftButton->isEnabled(); }
+  void SetActionButtonEnabled(bool enabled) { LeftButton->setEnabled(enabled); }
+
+  // The buttons were pressed.
+  std::function<void()> OKAction;
+  std::function<void()> CancelAction;
+
+  // The control owns them.
+  QPushButton* LeftButton;
+  QPushButton* RightButton;
+
+ private:
+  void LeftButton_Action() const;
+  void RightButton_Action() const;
+};
+
+}  // namespace corvane

@@ -1,0 +1,81 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include <QDialog>
+#include <QLabel>
+#include <QPlainTextEdit>
+#include <QProgressBar>
+#include <QString>
+
+#include "framework/http_client.h"
+#include "updater/ok_cancel_control.h"
+#include "updater/version_checker.h"
+
+namespace corvane {
+
+// The window that tells the operator of a newer release, downloads its installer when he asks for
+// it, starts it and ends the program. Not modal; destroys itself when it closes, which cancels the
+// download and leaves no file behind. The download is tried once. Borrows the HTTP client.
+class UpdaterWindow : public QDialog {
+ public:
+  // "%AppName%" in these stands for the application's name.
+  static constexpr const char* kUpdateMessage = "There is an update available for %AppName%.";
+  static constexpr const char* kYourVersion = "Your Version:";
+  static constexpr const char* kNewVersion = "New Version:";
+  static constexpr const char* kQuitUpdate =
+      "%AppName% will quit and automatically start the installer when the download is complete.";
+  static constexpr const char* kUpdateAgain =
+      "If you are not ready to update now, you can check again later using File->Check for "
+      "Updates.";
+  static constexpr const char* kDownloadError = "Error locating download file.";
+
+  // `launchInstaller` starts the downloaded file and says whether it could; `quit` ends the
+  // program then. With an installer that could not be started the program stays.
+  UpdaterWindow(const Update& update, HttpClient& http,
+                std::function<bool(const QString& file)> launchInstaller,
+                std::function<void()> quit, QWidget* owner);
+
+  // The running version.
+  static QString FullVersion();
+
+  void done(int result) override;
+
+  // The controls. The window owns them.
+  QWidget* AppIcon;
+  QLabel* InfoLabel;
+  QLabel* StaticText2;
+  QLabel* CurrentVersionText;
+  QLabel* StaticText3;
+  QLabel* NewVersionText;
+  QPlainTextEdit* ChangesArea;
+  QLabel* UpdateLabel;
+  QLabel* UpdateAgainLabel;
+  QProgressBar* DownloadProgress;
+  QLabel* DownloadLabel;
+  OKCancelControl* OKCancelControl1;
+  // The download that is under way.
+  std::unique_ptr<HttpTransfer> DownloadSocket;
+
+ private:
+  void LayOut();
+  // Name of the file in the download folder; empty where the address gives none.
+  QString FileName() const;
+
+  void OKCancelControl1_OKAction();
+  void OKCancelControl1_CancelAction();
+  void DownloadSocket_ReceiveProgress(std::int64_t received, std::int64_t total);
+  void DownloadSocket_DownloadComplete(bool succeeded, const QString& file);
+  void ShowDownloadError();
+
+  const QString mDownloadURL;
+  const QString mDownloadLocation;
+  const bool mUseActualFilename;
+  HttpClient& myHttp;
+  const std::function<bool(const QString& file)> LaunchInstaller;
+  const std::function<void()> myQuit;
+};
+
+}  // namespace corvane

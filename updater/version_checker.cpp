@@ -1,0 +1,69 @@
+#include "updater/version_checker.h"
+
+#include <chrono>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+#include "framework/text.h"
+#include "updater/update_catalogue.h"
+#include "updater/update_platform.h"
+#include "updater/version.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::chrono::seconds kTimeout{5};
+constexpr std::int64_t kMaxReplyBytes = 1024 * 1024;
+
+// The catalogue's address below the service's. What is no web address stays none, and nothing is
+// asked then.
+QUrl CatalogueAddress(std::string_view serverAddress) {
+  std::string_view base = Trimmed(serverAddress);
+  while (base.ends_with('/'))
+    base.remove_suffix(1);
+  return QUrl(DisplayText(base) + QStringLiteral("/applications.xml"));
+}
+
+}  // namespace
+
+VersionChecker::VersionChecker(std::string serverAddress, std::string appName, HttpClient& http,
+                               MessageBoxFunction showMessage)
+    : DownloadLocation(DefaultDownloadLocation()),
+      UseActualFilename(DefaultUseActualFilename()),
+      mServerAddress(std::move(serverAddress)),
+      mAppName(std::move(appName)),
+      myHttp(http),
+      myShowMessage(std::move(showMessage)) {}
+
+void VersionChecker::CheckForNewVersion(bool quiet) {
+  if (myCheck) return;
+  HttpRequest request;
+  request.url = CatalogueAddress(mServerAddress);
+  request.timeout = kTimeout;
+  request.maxBytes = kMaxReplyBytes;
+  myCheck = myHttp.Get(std::move(request),
+                       [this, quiet](const HttpReply& reply) { Decide(reply, quiet); });
+}
+
+void VersionChecker::Decide(const HttpReply& reply, bool quiet) {
+  myCheck.reset();
+  // The body of a request that failed is empty and so no document.
+  const std::optional<CatalogueEntry> entry =
+      FindInCatalogue({reply.body.constData(), static_cast<std::size_t>(reply.body.size())},
+                      mAppName, DownloadElement());
+  // Copies, since either callee may destroy this object.
+  if (entry && RunningVersion().build < entry->version.build) {
+    const auto updateFound = UpdateFound;
+    if (updateFound) {
+      updateFound({mAppName, entry->version.FullVersion(), entry->changes, entry->download,
+                   DownloadLocation, UseActualFilename});
+    }
+  } else if (!quiet) {
+    const MessageBoxFunction showMessage = myShowMessage;
+    showMessage(
+        {MessageBox::Kind::Message, {}, "You have the most recent version of " + mAppName + "."});
+  }
+}
+
+}  // namespace corvane
