@@ -67,9 +67,11 @@ TEST_F(GreetingTest, WhoeverLeavesDuringTheLookupIsNotGreeted) {
   const auto closed = Connected();
   ASSERT_TRUE(PumpUntil([this] { return web.requests.size() == 2; }));
   left->Close();
-  server.Active(1)->Close();
+  const auto session = server.Active(1);
+  session->Close();
   EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
   PumpFor(std::chrono::milliseconds(100));
+  EXPECT_EQ(session->LoginState(), ClientSocket::State::Gone);
   EXPECT_EQ(closed->Receive(), std::nullopt);
   EXPECT_TRUE(server.uncaught.empty());
   Greeted();
