@@ -15,7 +15,9 @@
 namespace corvane {
 namespace {
 
-constexpr QSize kInitialSize{480, 400};
+constexpr QSize kInitialSize{520, 420};
+constexpr int kLeastColumns = 75;
+constexpr int kLeastLines = 5;
 constexpr int kIconSize = 48;
 constexpr int kWholeBar = 1000;
 constexpr qsizetype kLongestChanges = 100'000;  // characters
@@ -153,7 +155,10 @@ void UpdaterWindow::LayOut() {
     QSizePolicy policy = caption->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     caption->setSizePolicy(policy);
+    caption->setMinimumHeight(2 * fontMetrics().lineSpacing());
   }
+  ChangesArea->setMinimumSize(kLeastColumns * fontMetrics().averageCharWidth(),
+                              kLeastLines * fontMetrics().lineSpacing());
   DownloadLabel->setMinimumHeight(fontMetrics().lineSpacing());
 
   auto* grid = new QGridLayout;
