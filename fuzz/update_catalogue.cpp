@@ -1,0 +1,58 @@
+// Feeds documents to FindInCatalogue: whatever entry it finds, a catalogue that is written for that
+// entry reads back the same, whatever the name's letter case and whatever stands around it.
+
+#include "updater/update_catalogue.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+using corvane::CatalogueEntry;
+
+namespace {
+
+constexpr const char* kDownload = "LinuxDownload";
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char byte : text) {
+    if (byte == '&' || byte == '<' || byte == '>' || byte == '\r') {
+      escaped += "&#" + std::to_string(byte) + ";";
+    } else {
+      escaped += byte;
+    }
+  }
+  return escaped;
+}
+
+std::string Element(const std::string& name, std::string_view text) {
+  return "<" + name + ">" + Escaped(text) + "</" + name + ">";
+}
+
+std::string Application(const std::string& name, const CatalogueEntry& entry) {
+  const auto number = [](const char* element, int value) {
+    return Element(element, std::to_string(value));
+  };
+  return "<a>" + Element("Changes", entry.changes) + Element(kDownload, entry.download) +
+         number("CurrentBuildVersion", entry.version.build) +
+         number("CurrentBugVersion", entry.version.bug) +
+         number("CurrentMinorVersion", entry.version.minor) +
+         number("CurrentMajorVersion", entry.version.major) + Element("AppName", name) + "</a>";
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // Written out again, a document is several times as large, and there is a limit.
+  if (size > 100'000) return 0;
+  const std::string_view document(reinterpret_cast<const char*>(data), size);
+  const auto entry = corvane::FindInCatalogue(document, "CorvaneServer", kDownload);
+  if (corvane::FindInCatalogue(document, "CORVANEserver", kDownload) != entry) std::abort();
+  if (!entry) return 0;
+  const std::string written = "<catalogue>" + Application("Other", {}) +
+                              Application("corvaneSERVER", *entry) +
+                              Application("CorvaneServer", {}) + "</catalogue>";
+  if (corvane::FindInCatalogue(written, "CorvaneServer", kDownload) != entry) std::abort();
+  return 0;
+}
