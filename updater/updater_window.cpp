@@ -39,10 +39,6 @@ class IconArea : public QWidget {
   }
 };
 
-QString WithAppName(const char* text, const std::string& appName) {
-  return QString::fromLatin1(text).replace(QStringLiteral("%AppName%"), DisplayText(appName));
-}
-
 // A label that never claims more width than the window has.
 QLabel* NewLabel(const QString& text, QWidget* parent) {
   auto* label = new QLabel(parent);
@@ -184,6 +180,10 @@ void UpdaterWindow::LayOut() {
 
 QString UpdaterWindow::FullVersion() {
   return DisplayText(RunningVersion().FullVersion());
+}
+
+QString UpdaterWindow::WithAppName(const char* text, const std::string& appName) {
+  return QString::fromLatin1(text).replace(QStringLiteral("%AppName%"), DisplayText(appName));
 }
 
 void UpdaterWindow::done(int result) {

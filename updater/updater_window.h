@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 
 #include <QDialog>
 #include <QLabel>
@@ -40,6 +41,8 @@ class UpdaterWindow : public QDialog {
 
   // The running version.
   static QString FullVersion();
+  // The text with the application's name in place.
+  static QString WithAppName(const char* text, const std::string& appName);
 
   void done(int result) override;
 
