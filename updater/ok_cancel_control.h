@@ -15,11 +15,11 @@ class OKCancelControl : public QWidget {
   explicit OKCancelControl(QWidget* parent);
 
   QString ActionButtonText() const { return LeftButton->text(); }
-  void SetActionButtonText(const QString& text) { LeftButton->setText(text); }
+  void SetActionButtonText(const QString& text) const { LeftButton->setText(text); }
   QString CancelButtonText() const { return RightButton->text(); }
-  void SetCancelButtonText(const QString& text) { RightButton->setText(text); }
+  void SetCancelButtonText(const QString& text) const { RightButton->setText(text); }
   bool ActionButtonEnabled() const { return LeftButton->isEnabled(); }
-  void SetActionButtonEnabled(bool enabled) { LeftButton->setEnabled(enabled); }
+  void SetActionButtonEnabled(bool enabled) const { LeftButton->setEnabled(enabled); }
 
   // The buttons were pressed.
   std::function<void()> OKAction;

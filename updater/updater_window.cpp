@@ -67,11 +67,12 @@ QString ShownChanges(const std::string& changes) {
   qsizetype lineLength = 0;
   const QString text = DisplayText(changes).replace(QLatin1String("\r\n"), QLatin1String("\n"));
   for (const QChar character : text) {
-    if (shown.size() >= kLongestChanges) return shown + QChar(0x2026);
+    const bool isWhole = !character.isLowSurrogate();
+    if (shown.size() >= kLongestChanges && isWhole) return shown + QChar(0x2026);
     const char16_t code = character.unicode();
     const bool isLineEnd = code == u'\n' || code == u'\r' || code == QChar::LineSeparator ||
                            code == QChar::ParagraphSeparator;
-    if (!isLineEnd && lineLength >= kLongestLine && !character.isLowSurrogate()) {
+    if (!isLineEnd && lineLength >= kLongestLine && isWhole) {
       shown += u'\n';
       lineLength = 0;
     }
@@ -226,7 +227,8 @@ void UpdaterWindow::OKCancelControl1_CancelAction() {
   reject();
 }
 
-void UpdaterWindow::DownloadSocket_ReceiveProgress(std::int64_t received, std::int64_t total) {
+void UpdaterWindow::DownloadSocket_ReceiveProgress(std::int64_t received,
+                                                   std::int64_t total) const {
   // Without a total the bar shows only that something is going on.
   DownloadProgress->setRange(0, total > 0 ? kWholeBar : 0);
   if (total <= 0) return;
@@ -245,7 +247,7 @@ void UpdaterWindow::DownloadSocket_DownloadComplete(bool succeeded, const QStrin
                          path);
 }
 
-void UpdaterWindow::ShowDownloadError() {
+void UpdaterWindow::ShowDownloadError() const {
   OKCancelControl1->SetActionButtonEnabled(false);
   DownloadProgress->setRange(0, kWholeBar);
   DownloadProgress->setValue(0);

@@ -69,9 +69,9 @@ class UpdaterWindow : public QDialog {
 
   void OKCancelControl1_OKAction();
   void OKCancelControl1_CancelAction();
-  void DownloadSocket_ReceiveProgress(std::int64_t received, std::int64_t total);
+  void DownloadSocket_ReceiveProgress(std::int64_t received, std::int64_t total) const;
   void DownloadSocket_DownloadComplete(bool succeeded, const QString& file);
-  void ShowDownloadError();
+  void ShowDownloadError() const;
 
   const QString mDownloadURL;
   const QString mDownloadLocation;

@@ -25,10 +25,10 @@ std::string EntityBomb() {
   return "<!DOCTYPE r [" + entities + "]>" + Catalogue("<a b='&e9;'/>");
 }
 
-std::string Nested(int depth) {
+std::string Nested(std::size_t depth) {
   std::string text;
-  for (int level = 0; level < depth; ++level)
-    text = "<a>" + text + "</a>";
+  for (std::size_t level = 0; level < depth; ++level)
+    text.insert(3 * level, "<a></a>");
   return text;
 }
 

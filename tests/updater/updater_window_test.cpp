@@ -24,7 +24,7 @@ namespace {
 
 class UpdaterWindowTest : public testing::Test {
  protected:
-  ~UpdaterWindowTest() override { delete window; }
+  void TearDown() override { delete window; }
 
   // Opens the window for an installer at that path of the web server.
   void Open(const std::string& path) {
@@ -85,13 +85,13 @@ TEST_F(UpdaterWindowTest, ShowsBothVersionsAndTheChangesWhateverTheyHold) {
 TEST_F(UpdaterWindowTest, DownloadedInstallerIsStartedAndTheProgramQuits) {
   server.answers["/a/setup%20a.deb"] = {OkReply("installer")};
   Open("/a/setup%20a.deb");
-  const int place = window->DownloadProgress->y();
+  const QRect place = window->ChangesArea->geometry();
   PressDownload();
   EXPECT_FALSE(window->UpdateLabel->isVisible() || window->UpdateAgainLabel->isVisible());
   EXPECT_FALSE(window->OKCancelControl1->ActionButtonEnabled());
   PumpUntil([&] { return events.size() == 2; });
   EXPECT_THAT(events, ElementsAre("launch setup%20a.deb installer", "quit"));
-  EXPECT_EQ(window->DownloadProgress->y(), place);
+  EXPECT_EQ(window->ChangesArea->geometry(), place);
 
   events.clear();
   update.useActualFilename = canLaunch = false;
@@ -137,8 +137,9 @@ TEST_F(UpdaterWindowTest, DownloadShowsItsProgressUntilTheWindowIsClosed) {
   };
   for (const auto& close : ways) {
     Open("/known");
+    window->OKCancelControl1->LeftButton->setFocus();
     PressEnter();
-    // With the button out of reach the next one presses none.
+    // Presses nothing more: not the button next to it, either.
     PressEnter();
     EXPECT_TRUE(PumpUntil([&] { return window->DownloadProgress->value() == 250; }));
     EXPECT_FALSE(folder.isEmpty());
