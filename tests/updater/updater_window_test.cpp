@@ -148,3 +148,15 @@ TEST_F(UpdaterWindowTest, DownloadShowsItsProgressUntilTheWindowIsClosed) {
   }
   EXPECT_THAT(events, IsEmpty());
 }
+
+TEST(OKCancelControl, EscapePressesTheCancelButton) {
+  QWidget window;
+  OKCancelControl control(&window);
+  int pressed = 0;
+  control.CancelAction = [&] { ++pressed; };
+  window.show();
+  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+  control.SetCancelButtonText("Close");
+  QTest::keyClick(&window, Qt::Key_Escape);
+  EXPECT_EQ(pressed, 1);
+}
