@@ -41,6 +41,8 @@ class Transfer : public HttpTransfer {
   void Tell(const HttpReply& reply);
   void Forget();
 
+  // Makes the file with the first bytes; false where that is impossible.
+  bool HasFile();
   bool PutFileInPlace();
   bool IsToFile() const { return !myRequest.file.isEmpty(); }
   // The announced length of the reply; -1 for none.
@@ -48,7 +50,7 @@ class Transfer : public HttpTransfer {
 
   const HttpRequest myRequest;
   const HttpClient::Done myDone;
-  QFile myFile;  // open, and there, until it is in its place
+  QFile myFile;  // under its random name, open as long as it has that
   QByteArray myBody;
   std::int64_t myReceived = 0;
   QNetworkReply* myReply = nullptr;
@@ -72,10 +74,12 @@ void Transfer::Start(QNetworkAccessManager& manager, const QByteArray& userAgent
   myTimer.setSingleShot(true);
   const QString scheme = myRequest.url.scheme();
   const bool isWeb = scheme == QLatin1String("http") || scheme == QLatin1String("https");
-  if (!isWeb || (IsToFile() && !myFile.open(QIODevice::WriteOnly | QIODevice::NewOnly))) {
+  if (!isWeb) {
     myTimer.start(0);
     return;
   }
+  // Coarse timers end many requests in one turn of the loop, and a little too early.
+  myTimer.setTimerType(Qt::PreciseTimer);
   myTimer.start(myRequest.timeout);
   myReply = manager.get(get);
   QObject::connect(myReply, &QNetworkReply::readyRead, &myTimer, [this] { Read(); });
@@ -95,7 +99,7 @@ void Transfer::Read() {
   if (myReceived > myRequest.maxBytes || Announced() > myRequest.maxBytes) return Fail();
   if (!IsToFile()) {
     myBody += bytes;
-  } else if (myFile.write(bytes) != bytes.size()) {
+  } else if (!HasFile() || myFile.write(bytes) != bytes.size()) {
     return Fail();
   }
   if (myRequest.progress && !bytes.isEmpty()) myRequest.progress(myReceived, Announced());
@@ -111,8 +115,12 @@ void Transfer::Finish() {
   Tell({true, std::exchange(myBody, {})});
 }
 
+bool Transfer::HasFile() {
+  return myFile.isOpen() || myFile.open(QIODevice::WriteOnly | QIODevice::NewOnly);
+}
+
 bool Transfer::PutFileInPlace() {
-  if (!myFile.flush()) return false;
+  if (!HasFile() || !myFile.flush()) return false;
   myFile.close();
   // Replaces a link of that name and never writes through it.
   std::error_code error;
