@@ -102,7 +102,8 @@ TEST_F(UpdaterWindowTest, DownloadedInstallerIsStartedAndTheProgramQuits) {
 }
 
 TEST_F(UpdaterWindowTest, FailedDownloadIsToldAndLeavesNothingBehind) {
-  server.answers["/short.deb"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf"};
+  server.answers["/short.deb"] = {"HTTP/1.1 200 OK\r\nContent-Length: 400000\r\n\r\n" +
+                                  std::string(200'000, 'x')};
   const std::vector<std::string> paths = {
       "/short.deb", "/missing.deb", "/a/", "/.", "/..", "/a:b", "/a\\b", "/a\tb", "/a\xE2\x80\xAE"};
   for (const std::string& path : paths) {
