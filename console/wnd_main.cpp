@@ -22,6 +22,8 @@
 #include "server/app.h"
 #include "server/client_socket.h"
 #include "storage/networks_table.h"
+#include "updater/installer.h"
+#include "updater/updater_window.h"
 
 namespace corvane {
 namespace {
@@ -90,6 +92,7 @@ wndMain::~wndMain() {
   sSocket->StatusMessage = nullptr;
   sSocket->UserLoggedIn = nullptr;
   sSocket->UserLoggedOut = nullptr;
+  myApp.Updates().UpdateFound = nullptr;
 }
 
 void wndMain::Open() {
@@ -128,8 +131,8 @@ void wndMain::BuildMenus() {
   connect(add("FileSendMessage", QStringLiteral("Send Message")), &QAction::triggered, this,
           &wndMain::FileSendMessage);
   Named(file->addSeparator(), "UntitledSeparator0");
-  // Disabled while there is nothing to ask for updates.
-  add("FileCheckForUpdates", QStringLiteral("Check For Updates..."))->setEnabled(false);
+  connect(add("FileCheckForUpdates", QStringLiteral("Check For Updates...")), &QAction::triggered,
+          this, &wndMain::FileCheckForUpdates);
   Named(file->addSeparator(), "UntitledSeparator");
   connect(add("FileQuit", QStringLiteral("E&xit")), &QAction::triggered, this,
           [this] { myApp.Quit(); });
@@ -173,6 +176,7 @@ void wndMain::ConnectEvents() {
   sSocket->UserLoggedOut = [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
     sSocket_UserLoggedOut(sender, client);
   };
+  myApp.Updates().UpdateFound = [this](const Update& update) { ShowUpdate(update); };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
   connect(btnAdmins, &QPushButton::clicked, this, &wndMain::btnAdmins_Action);
   connect(btnBans, &QPushButton::clicked, this, &wndMain::btnBans_Action);
@@ -194,6 +198,23 @@ void wndMain::FileSettings() {
 void wndMain::FileSendMessage() {
   auto* dialog = new wndMessage(*sSocket, *this);
   dialog->Open(dialog->fldText);
+}
+
+void wndMain::FileCheckForUpdates() {
+  if (myUpdaterWindow == nullptr) {
+    // Nothing is shown where there is no update: deliberate.
+    myApp.Updates().CheckForNewVersion(true);
+  } else {
+    myUpdaterWindow->showNormal();
+    myUpdaterWindow->raise();
+    myUpdaterWindow->activateWindow();
+  }
+}
+
+void wndMain::ShowUpdate(const Update& update) {
+  myUpdaterWindow = new UpdaterWindow(
+      update, myApp.Http(), LaunchInstaller, [this] { myApp.Quit(); }, this);
+  myUpdaterWindow->show();
 }
 
 void wndMain::btnClear_Action() {

@@ -6,6 +6,7 @@
 
 #include <QMainWindow>
 #include <QMenu>
+#include <QPointer>
 #include <QPushButton>
 
 #include "console/list_box.h"
@@ -19,6 +20,8 @@ namespace corvane {
 
 class Anchors;
 class App;
+class UpdaterWindow;
+struct Update;
 
 // The operator's window: the status log, the networks, the logged-in users. Owns the listener and
 // receives its events; borrows the application object, which outlives it. Closing it does not stop
@@ -60,6 +63,8 @@ class wndMain : public QMainWindow {
 
   void FileSettings();
   void FileSendMessage();
+  void FileCheckForUpdates();
+  void ShowUpdate(const Update& update);
   void btnClear_Action();
   void btnAdmins_Action();
   void btnBans_Action();
@@ -85,6 +90,7 @@ class wndMain : public QMainWindow {
   StatusLogModel myStatus;
   NetworksModel myNetworks;
   UsersModel myUsers;
+  QPointer<UpdaterWindow> myUpdaterWindow;
 };
 
 }  // namespace corvane

@@ -20,6 +20,10 @@ namespace {
 constexpr std::int32_t kMaximumConnections = 100'000;
 const std::string kAppName = "CorvaneServer";
 
+std::string UserAgent() {
+  return kAppName + "/" + RunningVersion().FullVersion();
+}
+
 std::int32_t Clamped(std::int64_t number) {
   using Limits = std::numeric_limits<std::int32_t>;
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
@@ -31,7 +35,8 @@ App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
     : myDataFolder(std::move(dataFolder)),
       myShowMessage(std::move(showMessage)),
       mySettings(myDataFolder),
-      myLocations(kAppName + "/" + RunningVersion().FullVersion(), QDir::tempPath()),
+      myLocations(UserAgent(), QDir::tempPath()),
+      myHttp(UserAgent()),
       myLoop([this] { LastResort(); }) {}
 
 App::~App() = default;
@@ -40,6 +45,7 @@ bool App::Open() {
   mySettings.Load();
   myLocations.SetServices(mySettings.GetValue("LocatorAddress", ""),
                           mySettings.GetValue("FlagAddress", ""));
+  myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
   return OpenDatabase();
 }
 

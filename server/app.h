@@ -8,6 +8,7 @@
 
 #include <QString>
 
+#include "framework/http_client.h"
 #include "framework/message_box.h"
 #include "framework/network_interfaces.h"
 #include "geo/location_lookup.h"
@@ -15,6 +16,7 @@
 #include "server/map_socket.h"
 #include "storage/app_settings.h"
 #include "storage/database_connection.h"
+#include "updater/version_checker.h"
 
 namespace corvane {
 
@@ -27,8 +29,8 @@ class App {
   App(std::optional<QString> dataFolder, MessageBoxFunction showMessage);
   ~App();
 
-  // Loads the settings and opens the database. What goes wrong is shown in a message box; then the
-  // result is false and the program has to end.
+  // Loads the settings, makes the update checker and opens the database. What goes wrong is shown
+  // in a message box; then the result is false and the program has to end.
   bool Open();
 
   // Configures the listener from the settings, starts it and fills its Networks from the database,
@@ -48,6 +50,9 @@ class App {
   AppSettings& Settings() { return mySettings; }
   DatabaseConnection& serverdb() { return myDatabase; }
   LocationLookup& Locations() { return myLocations; }
+  // There once the settings are loaded.
+  VersionChecker& Updates() { return *myUpdates; }
+  HttpClient& Http() { return myHttp; }
   MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
 
  private:
@@ -59,6 +64,8 @@ class App {
   AppSettings mySettings;
   DatabaseConnection myDatabase;
   LocationLookup myLocations;
+  HttpClient myHttp;
+  std::optional<VersionChecker> myUpdates;
   PollLoop myLoop;  // may hold sockets that borrow the others
   bool myIsQuitting = false;
   bool myLastResortReached = false;

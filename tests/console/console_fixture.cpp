@@ -78,6 +78,7 @@ ConsoleTest::ConsoleTest() {
   AppSettings settings(myFolder.path());
   settings.SetValue("AttachedNIC", "none");
   settings.SetValue("AttachedPort", "0");
+  settings.SetValue("UpdateAddress", myUpdateService.Address());
   EXPECT_TRUE(myApp.Open());
   myWindow.emplace(myApp, [this] { return myHasTray; });
   myWindow->Open();

@@ -16,6 +16,7 @@
 #include "server/client_socket.h"
 #include "tests/support/other_program.h"
 #include "tests/support/test_client.h"
+#include "tests/support/web_server.h"
 
 namespace corvane {
 
@@ -69,6 +70,7 @@ class ConsoleTest : public testing::Test {
   bool NoneIsOpen();
 
   QTemporaryDir myFolder;
+  WebServer myUpdateService;
   bool myHasTray = true;
   // What the operator was shown, and what he answers.
   std::vector<MessageBox> myBoxes;
