@@ -86,7 +86,11 @@ TEST_F(VersionCheckerTest, TellsOfANewerBuildOrThatThereIsNone) {
       PumpUntil([&] { return !server.requests.empty(); });
       PumpFor(std::chrono::milliseconds(20));
       EXPECT_EQ(said, "") << row.reply;
-      checker->CheckForNewVersion(false);
+      // Not taken before the first check is over.
+      PumpUntil([&] {
+        if (checker) checker->CheckForNewVersion(false);
+        return !checker;
+      });
     }
     EXPECT_EQ(Said(), row.result);
   }
