@@ -12,6 +12,8 @@
 #include <QRandomGenerator>
 #include <QTimer>
 
+#include "framework/text.h"
+
 namespace corvane {
 namespace {
 
@@ -153,6 +155,13 @@ void Transfer::Forget() {
 }
 
 }  // namespace
+
+QUrl AddressBelow(std::string_view base, std::string_view path) {
+  base = Trimmed(base);
+  while (base.ends_with('/'))
+    base.remove_suffix(1);
+  return QUrl(DisplayText(base) + DisplayText(path));
+}
 
 HttpClient::HttpClient(const std::string& userAgent, std::size_t managers)
     : myUserAgent(QByteArray::fromStdString(userAgent)), myManagers(managers) {

@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <QByteArray>
@@ -14,6 +15,11 @@
 class QNetworkAccessManager;
 
 namespace corvane {
+
+// The address of a path, with its query, below a service's base address ("http://host" or
+// "https://host/folder", with slashes at its end or without). Below an empty one it is no web
+// address, and a request for it fails.
+QUrl AddressBelow(std::string_view base, std::string_view path);
 
 // What is fetched, and within which bounds.
 struct HttpRequest {

@@ -22,17 +22,12 @@ constexpr std::int64_t kMaxBytes = 1024 * 1024;
 constexpr std::size_t kMostFlagDownloads = 64;
 constexpr int kLargestFlag = 512;  // pixels, each way
 
-std::string WithoutSlashAtEnd(std::string address) {
-  while (address.ends_with('/'))
-    address.pop_back();
-  return address;
-}
-
-HttpRequest RequestAbout(const std::string& address, const std::string& pathAndQuery,
-                         std::chrono::milliseconds timeout) {
+// A request about the client's address, which ends the query.
+HttpRequest RequestAbout(const std::string& address, std::string_view service,
+                         const std::string& pathAndQuery, std::chrono::milliseconds timeout) {
+  const QByteArray encoded = QUrl::toPercentEncoding(QString::fromStdString(address));
   HttpRequest request;
-  request.url = QUrl(QString::fromStdString(pathAndQuery) +
-                     QString::fromLatin1(QUrl::toPercentEncoding(QString::fromStdString(address))));
+  request.url = AddressBelow(service, pathAndQuery + encoded.toStdString());
   request.timeout = timeout;
   request.maxBytes = kMaxBytes;
   return request;
@@ -60,8 +55,8 @@ LocationLookup::~LocationLookup() = default;
 
 void LocationLookup::SetServices(const std::string& locatorAddress,
                                  const std::string& flagAddress) {
-  myLocatorAddress = WithoutSlashAtEnd(locatorAddress);
-  myFlagAddress = WithoutSlashAtEnd(flagAddress);
+  myLocatorAddress = locatorAddress;
+  myFlagAddress = flagAddress;
 }
 
 std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address, Found found) {
@@ -79,15 +74,16 @@ std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address, F
     finish({});
     return nullptr;
   }
-  const std::string page =
-      myLocatorAddress + "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=";
-  return myPages.Get(RequestAbout(address, page, kPageTimeout), finish);
+  return myPages.Get(
+      RequestAbout(address, myLocatorAddress,
+                   "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=", kPageTimeout),
+      finish);
 }
 
 void LocationLookup::StartFlagDownload(const std::string& address) {
   // Clients that come faster than the service answers do without.
   if (myDownloads.size() >= kMostFlagDownloads) return;
-  HttpRequest request = RequestAbout(address, myFlagAddress + "/flag.php?ip=", kFlagTimeout);
+  HttpRequest request = RequestAbout(address, myFlagAddress, "/flag.php?ip=", kFlagTimeout);
   request.file = myFlagFile;
   const std::uint64_t number = ++myDownloadNumber;
   myDownloads[number] = myFlags.Get(

@@ -2,10 +2,8 @@
 
 #include <chrono>
 #include <optional>
-#include <string_view>
 #include <utility>
 
-#include "framework/text.h"
 #include "updater/update_catalogue.h"
 #include "updater/update_platform.h"
 #include "updater/version.h"
@@ -15,15 +13,6 @@ namespace {
 
 constexpr std::chrono::seconds kTimeout{5};
 constexpr std::int64_t kMaxReplyBytes = 1024 * 1024;
-
-// The catalogue's address below the service's. What is no web address stays none, and nothing is
-// asked then.
-QUrl CatalogueAddress(std::string_view serverAddress) {
-  std::string_view base = Trimmed(serverAddress);
-  while (base.ends_with('/'))
-    base.remove_suffix(1);
-  return QUrl(DisplayText(base) + QStringLiteral("/applications.xml"));
-}
 
 }  // namespace
 
@@ -39,7 +28,7 @@ VersionChecker::VersionChecker(std::string serverAddress, std::string appName, H
 void VersionChecker::CheckForNewVersion(bool quiet) {
   if (myCheck) return;
   HttpRequest request;
-  request.url = CatalogueAddress(mServerAddress);
+  request.url = AddressBelow(mServerAddress, "/applications.xml");
   request.timeout = kTimeout;
   request.maxBytes = kMaxReplyBytes;
   myCheck = myHttp.Get(std::move(request),
