@@ -9,6 +9,7 @@
 #include <QNetworkProxy>
 #include <QNetworkReply>
 #include <QNetworkRequest>
+#include <QPointer>
 #include <QRandomGenerator>
 #include <QTimer>
 
@@ -18,6 +19,9 @@ namespace corvane {
 namespace {
 
 constexpr int kMostRedirects = 5;
+constexpr int kOk = 200;
+// What may come before it is taken, or a fast host would have the loop write it all at once.
+constexpr qint64 kReadAhead = 256 * 1024;
 
 // A name beside the file's that nobody can foresee.
 QString NameBeside(const QString& file) {
@@ -37,7 +41,8 @@ class Transfer : public HttpTransfer {
   void Start(QNetworkAccessManager& manager, const QByteArray& userAgent);
 
  private:
-  void Read();
+  // Takes what has come. Whether the request goes on; if not, this object may be gone.
+  bool Read();
   void Finish();
   void Fail();
   void Tell(const HttpReply& reply);
@@ -84,6 +89,7 @@ void Transfer::Start(QNetworkAccessManager& manager, const QByteArray& userAgent
   myTimer.setTimerType(Qt::PreciseTimer);
   myTimer.start(myRequest.timeout);
   myReply = manager.get(get);
+  myReply->setReadBufferSize(kReadAhead);
   QObject::connect(myReply, &QNetworkReply::readyRead, &myTimer, [this] { Read(); });
   QObject::connect(
       myReply, &QNetworkReply::finished, &myTimer, [this] { Finish(); }, Qt::QueuedConnection);
@@ -94,26 +100,33 @@ std::int64_t Transfer::Announced() const {
   return length.isValid() ? length.toLongLong() : -1;
 }
 
-void Transfer::Read() {
-  if (myReply == nullptr) return;
+bool Transfer::Read() {
+  if (myReply == nullptr) return false;
   const QByteArray bytes = myReply->readAll();
   myReceived += bytes.size();
-  if (myReceived > myRequest.maxBytes || Announced() > myRequest.maxBytes) return Fail();
+  if (myReceived > myRequest.maxBytes || Announced() > myRequest.maxBytes) {
+    Fail();
+    return false;
+  }
   if (!IsToFile()) {
     myBody += bytes;
   } else if (!HasFile() || myFile.write(bytes) != bytes.size()) {
-    return Fail();
+    Fail();
+    return false;
   }
-  if (myRequest.progress && !bytes.isEmpty()) myRequest.progress(myReceived, Announced());
+  if (!myRequest.progress || bytes.isEmpty()) return true;
+  const QPointer<QTimer> own(&myTimer);
+  const auto progress = myRequest.progress;
+  progress(myReceived, Announced());
+  return own != nullptr;
 }
 
 void Transfer::Finish() {
-  Read();
-  if (myReply == nullptr) return;
+  if (!Read()) return;
   const int status = myReply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
   // A reply that is shorter than announced is such an error, too.
-  if (myReply->error() != QNetworkReply::NoError || status / 100 != 2) return Fail();
-  if (IsToFile() && !PutFileInPlace()) return Fail();
+  if (myReply->error() != QNetworkReply::NoError || status != kOk) return Fail();
+  if (IsToFile() && (myReceived == 0 || !PutFileInPlace())) return Fail();
   Tell({true, std::exchange(myBody, {})});
 }
 

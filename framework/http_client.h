@@ -32,13 +32,14 @@ struct HttpRequest {
   // Where the reply goes: written beside and renamed when it is whole, so that the file is never
   // half a reply. Empty: into HttpReply::body.
   QString file;
-  // Called as the reply comes in; `total` is -1 while the host has not announced it.
+  // Called as the reply comes in; `total` is -1 while the host has not announced it. May destroy
+  // the transfer.
   std::function<void(std::int64_t received, std::int64_t total)> progress;
 };
 
 struct HttpReply {
-  // Whether the whole reply came: status 2xx, as many bytes as were announced, within the bounds,
-  // and written where it should be.
+  // Whether the whole reply came: status 200, as many bytes as were announced, within the bounds,
+  // and written where it should be. A file is never empty: nothing at all is no reply for one.
   bool succeeded = false;
   QByteArray body;
 };

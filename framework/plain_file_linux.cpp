@@ -19,7 +19,9 @@ std::optional<QByteArray> ReadPlainFile(const QString& file, std::int64_t maxByt
     return std::nullopt;
   }
   struct stat status {};
-  if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+  if (fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode) || status.st_uid != geteuid()) {
+    return std::nullopt;
+  }
   QByteArray bytes = opened.read(maxBytes + 1);
   if (opened.error() != QFileDevice::NoError || bytes.size() > maxBytes) return std::nullopt;
   return bytes;

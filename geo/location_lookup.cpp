@@ -37,8 +37,9 @@ HttpRequest RequestAbout(const std::string& address, std::string_view service,
 QImage Picture(QByteArray& bytes) {
   QBuffer buffer(&bytes);
   QImageReader reader(&buffer);
+  // Of other formats a few bytes can take seconds and gigabytes to read, whatever the size.
   const QByteArray format = reader.format();
-  if (format != "gif" && format != "png" && format != "jpeg" && format != "bmp") return {};
+  if (format != "gif" && format != "bmp") return {};
   const QSize size = reader.size();
   if (!size.isValid() || size.width() > kLargestFlag || size.height() > kLargestFlag) return {};
   return reader.read();
@@ -59,14 +60,15 @@ void LocationLookup::SetServices(const std::string& locatorAddress,
   myFlagAddress = flagAddress;
 }
 
-std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address, Found found) {
-  const auto finish = [this, address, found = std::move(found)](const HttpReply& page) {
-    ClientLocation location;
+std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address,
+                                                   const ClientLocation& known, Found found) {
+  const auto finish = [this, address, known, found = std::move(found)](const HttpReply& page) {
+    ClientLocation location = known;
     ReadLocationPage({page.body.constData(), static_cast<std::size_t>(page.body.size())}, location);
     if (!myFlagAddress.empty()) {
       StartFlagDownload(address);
       // The file as it is now, without waiting for the download: deliberate.
-      location.flag = FlagInFile();
+      if (const QImage flag = FlagInFile(); !flag.isNull()) location.flag = flag;
     }
     found(location);
   };

@@ -40,13 +40,16 @@ class LocationLookup {
   // are at first, is not asked.
   void SetServices(const std::string& locatorAddress, const std::string& flagAddress);
 
-  // Calls `found` once, with what is known about the dotted IPv4 address: at once where there is no
-  // locator service, else within two seconds from the event loop. Destroying the result cancels
-  // that; `found` may do so. There is none when `found` was called at once.
-  [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address, Found found);
+  // Calls `found` once, with what was `known` about the dotted IPv4 address and is not found anew:
+  // at once where there is no locator service, else within two seconds from the event loop.
+  // Destroying the result cancels that; `found` may do so. There is none when `found` was called
+  // at once.
+  [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address,
+                                                   const ClientLocation& known, Found found);
 
  private:
   void StartFlagDownload(const std::string& address);
+  // None where the file holds no picture.
   QImage FlagInFile();
 
   const QString myFlagFile;

@@ -30,8 +30,10 @@ void ClientSocket::Connected() {
 
 void ClientSocket::GetClientInfo() {
   // Leaving cancels it.
-  myLookup = myParent.Locations().Find(RemoteAddress(),
-                                       [this](const ClientLocation& location) { Greet(location); });
+  myLookup = myParent.Locations().Find(
+      RemoteAddress(),
+      {ClientCountry, ClientState, ClientCity, ClientZip, ClientTimeZone, ClientFlag},
+      [this](const ClientLocation& location) { Greet(location); });
 }
 
 void ClientSocket::Greet(const ClientLocation& location) {

@@ -1,5 +1,6 @@
 #include "updater/update_catalogue.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "framework/numbers.h"
@@ -10,6 +11,49 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxDocumentBytes = 1024 * 1024;
+constexpr std::size_t kLongestTag = 4096;  // bytes
+
+// Where the text behind the next `end` begins; behind the document if there is none.
+std::size_t Behind(std::string_view document, std::string_view end, std::size_t begin) {
+  const std::size_t found = document.find(end, begin);
+  return found == std::string_view::npos ? document.size() : found + end.size();
+}
+
+// The length of the tag that the text begins with; none if it is too long. A quoted ">" is no end.
+std::optional<std::size_t> TagLength(std::string_view text) {
+  char quote = 0;
+  for (std::size_t i = 0; i < std::min(text.size(), kLongestTag); ++i) {
+    const char byte = text[i];
+    if (quote != 0) {
+      if (byte == quote) quote = 0;
+    } else if (byte == '"' || byte == '\'') {
+      quote = byte;
+    } else if (byte == '>') {
+      return i + 1;
+    }
+  }
+  return std::nullopt;
+}
+
+// Whether the parser is done with a document of this kind in no time. Its time grows with the
+// square of the attributes in a tag and of what a DOCTYPE may declare.
+bool IsQuicklyParsed(std::string_view document) {
+  for (std::size_t at = document.find('<'); at < document.size(); at = document.find('<', at)) {
+    const std::string_view rest = document.substr(at);
+    if (rest.starts_with("<!--")) {
+      at = Behind(document, "-->", at + 4);
+    } else if (rest.starts_with("<![CDATA[")) {
+      at = Behind(document, "]]>", at);
+    } else if (rest.starts_with("<?")) {
+      at = Behind(document, "?>", at + 2);
+    } else {
+      const auto length = TagLength(rest);
+      if (!length || rest.starts_with("<!")) return false;
+      at += *length;
+    }
+  }
+  return true;
+}
 
 // The text at the start of the element's child of that name: what follows a comment, an element or
 // an entity in there is not part of it.
@@ -28,8 +72,9 @@ std::string_view ChildText(const xmlNode& element, const char* name) {
 
 std::optional<CatalogueEntry> FindInCatalogue(std::string_view document, std::string_view appName,
                                               const char* downloadElement) {
-  if (document.size() > kMaxDocumentBytes) return std::nullopt;
-  const XMLDocument parsed = ParseXML(document);
+  if (document.size() > kMaxDocumentBytes || !IsQuicklyParsed(document)) return std::nullopt;
+  // In another encoding a tag could be there that was not seen.
+  const XMLDocument parsed = ParseXML(document, "UTF-8");
   const xmlNode* const root = xmlDocGetRootElement(parsed.get());
   if (root == nullptr) return std::nullopt;
   for (const xmlNode* node = root->children; node != nullptr; node = node->next) {

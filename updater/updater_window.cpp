@@ -22,6 +22,7 @@ constexpr int kIconSize = 48;
 constexpr int kWholeBar = 1000;
 constexpr qsizetype kLongestChanges = 100'000;  // characters
 constexpr qsizetype kLongestLine = 2'000;
+constexpr qsizetype kMostLines = 5'000;
 // A slow line may take its time as long as something comes.
 constexpr std::chrono::hours kDownloadTimeout{12};
 constexpr std::chrono::seconds kDownloadSilence{60};
@@ -65,10 +66,12 @@ bool IsOdd(QChar character) {
 QString ShownChanges(const std::string& changes) {
   QString shown;
   qsizetype lineLength = 0;
+  qsizetype lines = 0;
   const QString text = DisplayText(changes).replace(QLatin1String("\r\n"), QLatin1String("\n"));
   for (const QChar character : text) {
     const bool isWhole = !character.isLowSurrogate();
-    if (shown.size() >= kLongestChanges && isWhole) return shown + QChar(0x2026);
+    const bool isLong = shown.size() >= kLongestChanges || lines >= kMostLines;
+    if (isLong && isWhole) return shown + QChar(0x2026);
     const char16_t code = character.unicode();
     const bool isLineEnd = code == u'\n' || code == u'\r' || code == QChar::LineSeparator ||
                            code == QChar::ParagraphSeparator;
@@ -78,6 +81,7 @@ QString ShownChanges(const std::string& changes) {
     }
     lineLength = isLineEnd ? 0 : lineLength + 1;
     if (isLineEnd) {
+      ++lines;
       shown += u'\n';
     } else {
       shown += code != u'\t' && IsOdd(character) ? QChar(QChar::ReplacementCharacter) : character;

@@ -73,6 +73,7 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
       {"/announced-too-large",
        {"HTTP/1.1 200 OK\r\nContent-Length: 1001\r\n\r\nx", false},
        "failed"},
+      {"/partial", {"HTTP/1.1 206 Part\r\nContent-Length: 4\r\n\r\npage"}, "failed"},
       {"/too-large", {"HTTP/1.0 200 OK\r\n\r\n" + std::string(5000, 'x')}, "failed"},
       {"/short", {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage"}, "failed"},
       {"/half-header", {"HTTP/1.1 200 OK\r\nContent-Le"}, "failed"},
@@ -131,6 +132,9 @@ TEST_F(HttpClientTest, FileIsReplacedWholeOrNotAtAll) {
   EXPECT_EQ(fetchInto("a", "/short"), "failed");
   EXPECT_EQ(Contents("a"), "new");
   EXPECT_EQ(fetchInto("missing/b", "/new"), "failed");
+  server.answers["/empty"] = {OkReply("")};
+  EXPECT_EQ(fetchInto("a", "/empty"), "failed");
+  EXPECT_EQ(Contents("a"), "new");
   EXPECT_EQ(FileCount(), 1);
 
   // A link of that name is replaced, and what it points to stays as it is.
@@ -167,4 +171,18 @@ TEST_F(HttpClientTest, CancelledTransferCallsNothingAndLeavesNothing) {
     isDone = true;
   });
   EXPECT_TRUE(PumpUntil([&] { return isDone; }));
+
+  // And where the end of the reply is what is wrong with it.
+  server.answers["/too-large"] = {"HTTP/1.1 200 OK\r\nContent-Length: 99999999\r\n\r\n"};
+  isDone = false;
+  transfer = client.Get(To("/too-large"), [&](const HttpReply&) {
+    transfer.reset();
+    isDone = true;
+  });
+  EXPECT_TRUE(PumpUntil([&] { return isDone; }));
+  request.url = To("/good").url;
+  request.progress = [&](std::int64_t, std::int64_t) { transfer.reset(); };
+  transfer = client.Get(request, [](const HttpReply&) { ADD_FAILURE(); });
+  EXPECT_TRUE(PumpUntil([&] { return transfer == nullptr; }));
+  EXPECT_EQ(FileCount(), 0);
 }

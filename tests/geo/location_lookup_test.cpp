@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <optional>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <QBuffer>
 #include <QFile>
@@ -21,11 +22,11 @@ namespace {
 const std::string kPage = "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=";
 const std::string kFlag = "/flag.php?ip=";
 
-std::string PngOf(int width, int height = 10) {
+std::string PictureOf(int width, int height = 10, const char* format = "BMP") {
   QImage image(width, height, QImage::Format_RGB32);
   image.fill(Qt::red);
   QBuffer buffer;
-  image.save(&buffer, "PNG");
+  image.save(&buffer, format);
   return buffer.data().toStdString();
 }
 
@@ -33,10 +34,10 @@ class LocationLookupTest : public testing::Test {
  protected:
   LocationLookupTest() { lookup.SetServices(server.Address("/"), server.Address()); }
 
-  ClientLocation Find(const std::string& address) {
+  ClientLocation Find(const std::string& address, const ClientLocation& known = {}) {
     std::optional<ClientLocation> location;
     const auto transfer =
-        lookup.Find(address, [&](const ClientLocation& found) { location = found; });
+        lookup.Find(address, known, [&](const ClientLocation& found) { location = found; });
     EXPECT_TRUE(PumpUntil([&] { return location.has_value(); }));
     return location.value_or(ClientLocation{});
   }
@@ -62,20 +63,26 @@ class LocationLookupTest : public testing::Test {
 
 TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientBefore) {
   server.answers[kPage + "192.0.2.1"] = {OkReply("<meta name=\"city\" content=\"Oslo\">\r\n")};
-  server.answers[kFlag + "192.0.2.1"] = {OkReply(PngOf(11))};
+  server.answers[kFlag + "192.0.2.1"] = {OkReply(PictureOf(11))};
   server.answers[kFlag + "192.0.2.2"] = {OkReply("no picture")};
 
   const ClientLocation first = Find("192.0.2.1");
   EXPECT_EQ(first.city, "Oslo");
   EXPECT_TRUE(first.flag.isNull());
-  ASSERT_TRUE(FlagFileHolds(PngOf(11)));
+  ASSERT_TRUE(FlagFileHolds(PictureOf(11)));
 
   // Without a page, too.
   const ClientLocation second = Find("192.0.2.2");
   EXPECT_EQ(second.city, "");
   EXPECT_EQ(second.flag.size(), QSize(11, 10));
   ASSERT_TRUE(FlagFileHolds("no picture"));
-  EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
+  ClientLocation known;
+  known.zip = "1";
+  known.flag = second.flag;
+  const ClientLocation third = Find("192.0.2.1", known);
+  EXPECT_EQ(third.city, "Oslo");
+  EXPECT_EQ(third.zip, "1");
+  EXPECT_EQ(third.flag, second.flag);
 
   EXPECT_THAT(server.requests.front(), HasSubstr("User-Agent: Corvane-Test/1.2\r\n"));
   Find("a b&c");
@@ -86,17 +93,25 @@ TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientB
 
 TEST_F(LocationLookupTest, OnlyAPlainFileWithASmallPictureIsAFlag) {
   lookup.SetServices("", server.Address());
-  WriteFlag(PngOf(12));
+  WriteFlag(PictureOf(12));
   EXPECT_EQ(Find("192.0.2.1").flag.width(), 12);
   for (const std::string& bytes :
-       {std::string(), std::string("GIF89a"), PngOf(12).substr(0, 40), PngOf(513), PngOf(1, 513),
-        PngOf(12) + std::string(1024 * 1024, 'x')}) {
+       {std::string(), std::string("GIF89a"), PictureOf(12).substr(0, 40), PictureOf(513),
+        PictureOf(1, 513), PictureOf(12, 10, "PNG"),
+        PictureOf(12) + std::string(1024 * 1024, 'x')}) {
     WriteFlag(bytes);
     EXPECT_TRUE(Find("192.0.2.1").flag.isNull()) << bytes.size();
   }
 
+  WriteFlag(PictureOf(12));
+  // Only a superuser can give a file away.
+  if (chown(flagFile.toStdString().c_str(), 1, 1) == 0) {
+    EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
+    std::filesystem::remove(flagFile.toStdString());
+  }
+
   const std::string target = folder.filePath("picture").toStdString();
-  WriteFlag(PngOf(12));
+  WriteFlag(PictureOf(12));
   std::filesystem::rename(flagFile.toStdString(), target);
   std::filesystem::create_symlink(target, flagFile.toStdString());
   EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
@@ -106,20 +121,20 @@ TEST_F(LocationLookupTest, OnlyAPlainFileWithASmallPictureIsAFlag) {
 }
 
 TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
-  WriteFlag(PngOf(12));
+  WriteFlag(PictureOf(12));
   lookup.SetServices(server.Address(), "");
   EXPECT_TRUE(Find("192.0.2.1").flag.isNull());
   EXPECT_EQ(server.requests.size(), 1);
   lookup.SetServices("", "");
   bool isFound = false;
-  EXPECT_EQ(lookup.Find("192.0.2.1", [&](const ClientLocation&) { isFound = true; }), nullptr);
+  EXPECT_EQ(lookup.Find("192.0.2.1", {}, [&](const ClientLocation&) { isFound = true; }), nullptr);
   EXPECT_TRUE(isFound);
   EXPECT_EQ(server.requests.size(), 1);
 }
 
 TEST_F(LocationLookupTest, DroppedLookupAsksForNoFlag) {
   server.answers[kPage + "192.0.2.1"] = {"", false};
-  auto transfer = lookup.Find("192.0.2.1", [](const ClientLocation&) { ADD_FAILURE(); });
+  auto transfer = lookup.Find("192.0.2.1", {}, [](const ClientLocation&) { ADD_FAILURE(); });
   ASSERT_TRUE(PumpUntil([&] { return !server.requests.empty(); }));
   transfer.reset();
   PumpFor(std::chrono::milliseconds(20));
