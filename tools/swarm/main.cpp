@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include "tools/swarm/churn_run.h"
 #include "tools/swarm/demo_run.h"
 #include "tools/swarm/measured_run.h"
 #include "tools/swarm/options.h"
@@ -24,7 +25,8 @@ int Run(const Options& options) {
   // A line as soon as it is written, also into a pipe.
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   if (options.mode == Mode::Demo) return DemoRun(options).Execute();
-  const RunResult result = MeasuredRun(options).Execute();
+  const RunResult result =
+      options.mode == Mode::Churn ? ChurnRun(options).Execute() : MeasuredRun(options).Execute();
   std::printf("%s\n%s\n", result.ToText().c_str(), result.ToJson().c_str());
   return result.IsGood() ? 0 : 1;
 }

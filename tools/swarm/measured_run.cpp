@@ -3,7 +3,8 @@
 #include <cstdio>
 
 #include "tools/swarm/fanout_traffic.h"
-#include "tools/swarm/password_digest.h"
+#include "tools/swarm/idle_traffic.h"
+#include "tools/swarm/members.h"
 #include "tools/swarm/rate_traffic.h"
 
 namespace corvane::swarm {
@@ -19,24 +20,18 @@ constexpr std::chrono::seconds kDrainTime{10};
 MeasuredRun::MeasuredRun(const Options& options)
     : myOptions(options),
       myPool(options.server, options.connectAtOnce),
-      myBook(options.networks.size(), options.users, options.reporters) {
-  const std::string digest = PasswordDigest(options.password);
-  for (std::size_t network = 0; network < options.networks.size(); ++network) {
-    for (std::size_t user = 0; user < options.users; ++user) {
-      const Member member{network, user};
-      myClients.push_back(std::make_unique<Client>(
-          member,
-          Login(options.networks[network], digest, UserNameOf(options.userPrefix, member))));
-    }
-  }
-  myTraffic = MakeTraffic(options);
+      myBook(options.networks.size(), options.users, options.reporters),
+      myClients(MakeMembers(options)),
+      myTraffic(MakeTraffic(options)) {
   if (options.serverPid) myServer.emplace(*options.serverPid);
   myResult.mode = options.modeName;
   myResult.networks = options.networks.size();
   myResult.users = options.users;
+  if (options.mode != Mode::Idle) myResult.deliveries.emplace();
 }
 
 std::unique_ptr<Traffic> MeasuredRun::MakeTraffic(const Options& options) {
+  if (options.mode == Mode::Idle) return std::make_unique<IdleTraffic>(myPool);
   std::vector<Client*> clients;
   for (const auto& client : myClients)
     clients.push_back(client.get());
@@ -54,10 +49,12 @@ RunResult MeasuredRun::Execute() {
     myPool.Connect(*client);
   myPool.Run(*this);
 
-  myResult.sent = myBook.Sent();
-  myResult.expected = myBook.Expected();
-  myResult.received = myBook.Received();
-  myResult.missing = myBook.Missing();
+  if (auto& deliveries = myResult.deliveries) {
+    deliveries->sent = myBook.Sent();
+    deliveries->expected = myBook.Expected();
+    deliveries->received = myBook.Received();
+    deliveries->missing = myBook.Missing();
+  }
   myResult.unexpected = myBook.Unexpected();
   return myResult;
 }
@@ -87,7 +84,7 @@ void MeasuredRun::Received(Client& client, std::int32_t command, std::string_vie
   const Clock::time_point now = Clock::now();
   myLastDelivery = now;
   const auto sequence = static_cast<std::uint32_t>(relay->report.x);
-  myResult.latency.Add(now - myTraffic->Delivered(*sender, sequence, now));
+  myResult.deliveries->latency.Add(now - myTraffic->Delivered(*sender, sequence, now));
   DrainIfSent();
   if (myPhase == Phase::Draining && myBook.Missing() == 0) EndSending();
 }
@@ -150,9 +147,10 @@ void MeasuredRun::Interrupted() {
 
 void MeasuredRun::StartSending() {
   myPhase = Phase::Sending;
-  if (myServer) myCpuAtStart = myServer->CpuTime();
+  if (myServer) myServer->StartCpuClock();
   mySendingStart = myLastDelivery = Clock::now();
-  myTraffic->Start(mySendingStart, mySendingStart + *myOptions.duration);
+  myTraffic->Start(mySendingStart, myOptions.duration ? mySendingStart + *myOptions.duration
+                                                      : Clock::time_point::max());
 }
 
 void MeasuredRun::DrainIfSent() {
@@ -166,10 +164,9 @@ void MeasuredRun::DrainIfSent() {
 }
 
 void MeasuredRun::EndSending() {
-  myResult.elapsed = myLastDelivery - mySendingStart;
+  myResult.elapsed = (myResult.deliveries ? myLastDelivery : Clock::now()) - mySendingStart;
   if (myServer) {
-    const auto cpu = myServer->CpuTime();
-    if (cpu && myCpuAtStart) myResult.serverCpu = *cpu - *myCpuAtStart;
+    myResult.serverCpu = myServer->CpuTime();
     myResult.serverRssKib = myServer->RssKib();
   }
   StartLeaving();

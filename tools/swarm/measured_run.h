@@ -36,7 +36,7 @@ class MeasuredRun : public ClientEvents {
   enum class Phase {
     Arriving,
     Settling,  // all are in and nothing happens, so that the server's memory comes to rest
-    Sending,
+    Sending,   // or, where the traffic is none, waiting
     Draining,  // nothing more is sent; deliveries are still on the road
     Leaving
   };
@@ -62,7 +62,6 @@ class MeasuredRun : public ClientEvents {
   std::size_t myOnline = 0;
   Clock::time_point mySendingStart;
   Clock::time_point myLastDelivery;
-  std::optional<std::chrono::nanoseconds> myCpuAtStart;
 };
 
 }  // namespace corvane::swarm

@@ -24,7 +24,7 @@ struct OptionRow {
   const char* valueName;  // none: a switch
   const char* defaultValue;
   const char* description;
-  const char* mode;  // none: every mode takes it
+  const char* modes;  // that take it; none: every mode
 };
 
 constexpr OptionRow kOptions[] = {
@@ -35,19 +35,26 @@ constexpr OptionRow kOptions[] = {
      "Log into this many networks, named by --network-prefix and a number from 1 on.", nullptr},
     {"network-prefix", "text", "Bench", "Begin of the names of --networks.", nullptr},
     {"password", "text", "", "Password of the networks, as plain text.", nullptr},
-    {"users", "count", "25", "Players in each network.", nullptr},
+    {"users", "count", "25", "Players in each network (not in the mode churn).",
+     "demo fanout rate idle"},
     {"user-prefix", "text", "swarm",
      "Begin of the user names of a measured run. User names are unique on a server: give each of "
      "several runs its own.",
      nullptr},
-    {"connect-at-once", "count", "2",
-     "Clients on their way in at a time; the server's queue of new connections is short.", nullptr},
-    {"seconds", "time", nullptr, "How long to send; demo: until interrupted, else 10.", nullptr},
+    {"connect-at-once", "count", nullptr,
+     "Clients on their way in at a time (2); the server's queue of new connections is short. "
+     "churn: clients that come and go, shared out among the networks (8).",
+     nullptr},
+    {"seconds", "time", nullptr,
+     "How long to send, or to come and go (10); demo and idle: how long to stay (until "
+     "interrupted).",
+     nullptr},
     {"leave", "way", "orderly", "How the clients end: orderly, or abrupt (a reset).", nullptr},
     {"server-pid", "number", nullptr,
      "Process of the server: its processor time and memory are measured too.", nullptr},
     {"measure-idle", nullptr, nullptr,
-     "Measure the server's memory for a connection that only waits (needs --server-pid).", nullptr},
+     "Measure the server's memory for a connection that only waits (needs --server-pid).",
+     "fanout rate idle"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
     {"burst", "count", "20", "fanout: reports of each reporter in a burst.", "fanout"},
     {"rate", "reports", "2", "rate: reports a second of each member.", "rate"},
@@ -124,15 +131,19 @@ Mode ModeOf(const QStringList& arguments) {
     if (arguments[0] == QLatin1String("demo")) return Mode::Demo;
     if (arguments[0] == QLatin1String("fanout")) return Mode::Fanout;
     if (arguments[0] == QLatin1String("rate")) return Mode::Rate;
+    if (arguments[0] == QLatin1String("idle")) return Mode::Idle;
+    if (arguments[0] == QLatin1String("churn")) return Mode::Churn;
   }
-  throw UsageError(QStringLiteral("give one mode: demo, fanout or rate"));
+  throw UsageError(QStringLiteral("give one mode: demo, fanout, rate, idle or churn"));
 }
 
-void CheckModeTakesOptions(const QCommandLineParser& parser, const std::string& mode) {
+void CheckModeTakesOptions(const QCommandLineParser& parser, const QString& mode) {
   for (const OptionRow& row : kOptions) {
-    if (row.mode != nullptr && row.mode != mode && parser.isSet(QString::fromLatin1(row.name))) {
-      throw UsageError(QStringLiteral("--%1 belongs to the mode %2")
-                           .arg(QString::fromLatin1(row.name), QString::fromLatin1(row.mode)));
+    if (row.modes == nullptr || !parser.isSet(QString::fromLatin1(row.name))) continue;
+    const QString modes = QString::fromLatin1(row.modes);
+    if (!modes.split(u' ').contains(mode)) {
+      throw UsageError(QStringLiteral("--%1 goes with %2, not with %3")
+                           .arg(QString::fromLatin1(row.name), modes, mode));
     }
   }
 }
@@ -140,17 +151,23 @@ void CheckModeTakesOptions(const QCommandLineParser& parser, const std::string& 
 Options Read(const QCommandLineParser& parser) {
   Options options;
   options.mode = ModeOf(parser.positionalArguments());
-  options.modeName = parser.positionalArguments().constFirst().toStdString();
-  CheckModeTakesOptions(parser, options.modeName);
-  const bool isMeasured = options.mode != Mode::Demo;
+  const QString modeName = parser.positionalArguments().constFirst();
+  CheckModeTakesOptions(parser, modeName);
+  options.modeName = modeName.toStdString();
+  const bool sends = options.mode == Mode::Fanout || options.mode == Mode::Rate;
+  const bool churns = options.mode == Mode::Churn;
 
   options.server = ServerAddress(parser);
   options.networks = Networks(parser);
   options.password = parser.value(QStringLiteral("password")).toStdString();
-  options.users = Count(parser, QStringLiteral("users"), isMeasured ? 2 : 1, 100000);
   options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
-  options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
-  if (parser.isSet(QStringLiteral("seconds")) || isMeasured) {
+  options.connectAtOnce = parser.isSet(QStringLiteral("connect-at-once"))
+                              ? Count(parser, QStringLiteral("connect-at-once"), 1, 8192)
+                              : (churns ? 8 : 2);
+  options.users =
+      churns ? (options.connectAtOnce + options.networks.size() - 1) / options.networks.size()
+             : Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
+  if (parser.isSet(QStringLiteral("seconds")) || sends || churns) {
     const double seconds = parser.isSet(QStringLiteral("seconds"))
                                ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
                                : 10;
@@ -172,9 +189,11 @@ Options Read(const QCommandLineParser& parser) {
     throw UsageError(QStringLiteral("--measure-idle needs --server-pid"));
   }
 
-  options.reporters = parser.isSet(QStringLiteral("reporters"))
-                          ? Count(parser, QStringLiteral("reporters"), 1, options.users)
-                          : options.users;
+  if (sends) {
+    options.reporters = parser.isSet(QStringLiteral("reporters"))
+                            ? Count(parser, QStringLiteral("reporters"), 1, options.users)
+                            : options.users;
+  }
   options.burst = Count(parser, QStringLiteral("burst"), 1, 100000);
   options.reportsPerSecond = PositiveNumber(parser, QStringLiteral("rate"), 100000);
   return options;
@@ -190,10 +209,14 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
       "fanout  closed loop: in each network reporters send bursts and wait until every member\n"
       "        has every report\n"
       "rate    every member reports at a fixed rate; tells how long the reports are on the road,\n"
-      "        counted from the time at which each was due\n\n"
-      "fanout and rate count every delivery, print a line to read and a line of JSON, and exit\n"
-      "with 0 only if all came, nothing else came, and nobody was cut off."));
-  parser.addPositionalArgument(QStringLiteral("mode"), QStringLiteral("demo, fanout or rate"));
+      "        counted from the time at which each was due\n"
+      "idle    all log in and wait; the line \"ready\" tells that all are in\n"
+      "churn   clients log in, leave at once and come back, over and over\n\n"
+      "All but demo end with a line to read and a line of JSON. fanout and rate count every\n"
+      "delivery. The exit code is 0 only if all came that was expected, nothing else came, and\n"
+      "nobody was refused or cut off."));
+  parser.addPositionalArgument(QStringLiteral("mode"),
+                               QStringLiteral("demo, fanout, rate, idle or churn"));
   const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                 QStringLiteral("Show this text."));
   parser.addOption(help);

@@ -13,7 +13,7 @@
 
 namespace corvane::swarm {
 
-enum class Mode { Demo, Fanout, Rate };
+enum class Mode { Demo, Fanout, Rate, Idle, Churn };
 enum class LeaveWay { Orderly, Abrupt };
 
 // What the command line asks for.
@@ -23,14 +23,14 @@ struct Options {
   sockaddr_in server{};
   std::vector<std::string> networks;
   std::string password;
-  std::size_t users = 0;  // in each network
+  std::size_t users = 0;  // in each network; churn: as many as are on their way at a time
   std::size_t connectAtOnce = 0;
   std::optional<std::chrono::milliseconds> duration;  // none: until interrupted
   std::string userPrefix;
   LeaveWay leave = LeaveWay::Orderly;
   std::optional<pid_t> serverPid;
   bool measuresIdle = false;
-  std::size_t reporters = 0;    // fanout
+  std::size_t reporters = 0;    // of each network; idle: none
   std::size_t burst = 0;        // fanout
   double reportsPerSecond = 0;  // rate, of each member
 };

@@ -17,39 +17,60 @@ QJsonValue Number(std::uint64_t count) {
   return static_cast<qint64>(count);
 }
 
+double Each(std::chrono::nanoseconds time, std::uint64_t count) {
+  return count > 0 ? Microseconds(time) / static_cast<double>(count) : 0;
+}
+
+QString Rounded(double number, int digits = 0) {
+  return QString::number(number, 'f', digits);
+}
+
 }  // namespace
 
 bool RunResult::IsGood() const {
-  return expected > 0 && missing == 0 && unexpected == 0 && connectFailures == 0 &&
-         disconnects == 0;
+  const bool isWhole = !deliveries || (deliveries->expected > 0 && deliveries->missing == 0);
+  return elapsed.count() > 0 && isWhole && visits != 0U && unexpected == 0 &&
+         connectFailures == 0 && disconnects == 0;
 }
 
-double RunResult::DeliveriesPerSecond() const {
-  return elapsed.count() > 0 ? static_cast<double>(received) / elapsed.count() : 0;
-}
-
-std::optional<double> RunResult::ServerCpuPer1000Deliveries() const {
-  if (!serverCpu || received == 0) return std::nullopt;
-  return Microseconds(*serverCpu) * 1000 / static_cast<double>(received);
+double RunResult::PerSecond(std::uint64_t count) const {
+  return elapsed.count() > 0 ? static_cast<double>(count) / elapsed.count() : 0;
 }
 
 std::string RunResult::ToText() const {
-  QString text =
-      QStringLiteral("%1 %2x%3: %4 s, %5 reports, %6 of %7 deliveries, %8/s")
-          .arg(QString::fromStdString(mode), QString::number(networks), QString::number(users),
-               QString::number(elapsed.count(), 'f', 1), QString::number(sent),
-               QString::number(received), QString::number(expected),
-               QString::number(DeliveriesPerSecond(), 'f', 0));
-  text += QStringLiteral(", latency p50 %1 p99 %2 max %3 us")
-              .arg(QString::number(Microseconds(latency.Percentile(0.50)), 'f', 0),
-                   QString::number(Microseconds(latency.Percentile(0.99)), 'f', 0),
-                   QString::number(Microseconds(latency.Max()), 'f', 0));
-  if (const auto cpu = ServerCpuPer1000Deliveries()) {
-    text += QStringLiteral(", server %1 us per 1000 deliveries").arg(*cpu, 0, 'f', 1);
+  QString text = QStringLiteral("%1 %2x%3: %4 s")
+                     .arg(QString::fromStdString(mode), QString::number(networks),
+                          QString::number(users), Rounded(elapsed.count(), 1));
+  if (deliveries) {
+    const LatencyHistogram& latency = deliveries->latency;
+    text +=
+        QStringLiteral(", %1 reports, %2 of %3 deliveries, %4/s")
+            .arg(QString::number(deliveries->sent), QString::number(deliveries->received),
+                 QString::number(deliveries->expected), Rounded(PerSecond(deliveries->received)));
+    text += QStringLiteral(", latency p50 %1 p99 %2 max %3 us")
+                .arg(Rounded(Microseconds(latency.Percentile(0.50))),
+                     Rounded(Microseconds(latency.Percentile(0.99))),
+                     Rounded(Microseconds(latency.Max())));
   }
-  if (missing > 0 || unexpected > 0) {
+  if (visits) {
+    text += QStringLiteral(", %1 logged in and left, %2/s")
+                .arg(QString::number(*visits), Rounded(PerSecond(*visits)));
+  }
+  if (serverCpu && deliveries) {
+    text += QStringLiteral(", server %1 us per 1000 deliveries")
+                .arg(Rounded(1000 * Each(*serverCpu, deliveries->received), 1));
+  } else if (serverCpu && visits) {
+    text += QStringLiteral(", server %1 us each").arg(Rounded(Each(*serverCpu, *visits), 1));
+  } else if (serverCpu) {
+    text += QStringLiteral(", server %1 % of a core").arg(Rounded(100 * ServerCpuShare(), 2));
+  }
+  if (const auto bytes = ServerBytesPerConnection()) {
+    text += QStringLiteral(", %1 bytes per connection").arg(Rounded(*bytes));
+  }
+  if ((deliveries && deliveries->missing > 0) || unexpected > 0) {
     text += QStringLiteral(", %1 MISSING, %2 UNEXPECTED")
-                .arg(QString::number(missing), QString::number(unexpected));
+                .arg(QString::number(deliveries ? deliveries->missing : 0),
+                     QString::number(unexpected));
   }
   if (connectFailures > 0 || disconnects > 0) {
     text += QStringLiteral(", %1 not logged in, %2 cut off")
@@ -63,35 +84,55 @@ std::string RunResult::ToJson() const {
                    {QStringLiteral("networks"), Number(networks)},
                    {QStringLiteral("users"), Number(users)},
                    {QStringLiteral("seconds"), elapsed.count()},
-                   {QStringLiteral("sent"), Number(sent)},
-                   {QStringLiteral("expected"), Number(expected)},
-                   {QStringLiteral("received"), Number(received)},
-                   {QStringLiteral("missing"), Number(missing)},
                    {QStringLiteral("unexpected"), Number(unexpected)},
                    {QStringLiteral("connect_failures"), Number(connectFailures)},
-                   {QStringLiteral("disconnects"), Number(disconnects)},
-                   {QStringLiteral("deliveries_per_second"), DeliveriesPerSecond()},
-                   {QStringLiteral("latency_us"),
-                    QJsonObject{{QStringLiteral("p50"), Microseconds(latency.Percentile(0.50))},
-                                {QStringLiteral("p90"), Microseconds(latency.Percentile(0.90))},
-                                {QStringLiteral("p99"), Microseconds(latency.Percentile(0.99))},
-                                {QStringLiteral("p99.9"), Microseconds(latency.Percentile(0.999))},
-                                {QStringLiteral("max"), Microseconds(latency.Max())}}}};
+                   {QStringLiteral("disconnects"), Number(disconnects)}};
+  if (deliveries) AddDeliveries(json);
+  if (visits) {
+    json[QStringLiteral("visits")] = Number(*visits);
+    json[QStringLiteral("visits_per_second")] = PerSecond(*visits);
+    if (serverCpu) json[QStringLiteral("server_cpu_us_per_visit")] = Each(*serverCpu, *visits);
+  }
   if (serverCpu) {
     json[QStringLiteral("server_cpu_seconds")] = Microseconds(*serverCpu) / 1e6;
-  }
-  if (const auto cpu = ServerCpuPer1000Deliveries()) {
-    json[QStringLiteral("server_cpu_us_per_1000_deliveries")] = *cpu;
+    json[QStringLiteral("server_cpu_share")] = ServerCpuShare();
   }
   if (serverRssKib) json[QStringLiteral("server_rss_kib")] = qint64{*serverRssKib};
-  if (emptyRssKib && idleRssKib) {
-    const auto connections = static_cast<double>(networks * users);
+  if (const auto bytes = ServerBytesPerConnection()) {
     json[QStringLiteral("server_rss_empty_kib")] = qint64{*emptyRssKib};
     json[QStringLiteral("server_rss_idle_kib")] = qint64{*idleRssKib};
-    json[QStringLiteral("server_bytes_per_connection")] =
-        static_cast<double>(*idleRssKib - *emptyRssKib) * 1024 / connections;
+    json[QStringLiteral("server_bytes_per_connection")] = *bytes;
   }
   return QJsonDocument(json).toJson(QJsonDocument::Compact).toStdString();
+}
+
+void RunResult::AddDeliveries(QJsonObject& json) const {
+  const LatencyHistogram& latency = deliveries->latency;
+  json[QStringLiteral("sent")] = Number(deliveries->sent);
+  json[QStringLiteral("expected")] = Number(deliveries->expected);
+  json[QStringLiteral("received")] = Number(deliveries->received);
+  json[QStringLiteral("missing")] = Number(deliveries->missing);
+  json[QStringLiteral("deliveries_per_second")] = PerSecond(deliveries->received);
+  json[QStringLiteral("latency_us")] =
+      QJsonObject{{QStringLiteral("p50"), Microseconds(latency.Percentile(0.50))},
+                  {QStringLiteral("p90"), Microseconds(latency.Percentile(0.90))},
+                  {QStringLiteral("p99"), Microseconds(latency.Percentile(0.99))},
+                  {QStringLiteral("p99.9"), Microseconds(latency.Percentile(0.999))},
+                  {QStringLiteral("max"), Microseconds(latency.Max())}};
+  if (serverCpu && deliveries->received > 0) {
+    json[QStringLiteral("server_cpu_us_per_1000_deliveries")] =
+        1000 * Each(*serverCpu, deliveries->received);
+  }
+}
+
+double RunResult::ServerCpuShare() const {
+  return elapsed.count() > 0 ? Microseconds(*serverCpu) / 1e6 / elapsed.count() : 0;
+}
+
+std::optional<double> RunResult::ServerBytesPerConnection() const {
+  if (!emptyRssKib || !idleRssKib) return std::nullopt;
+  return static_cast<double>(*idleRssKib - *emptyRssKib) * 1024 /
+         static_cast<double>(networks * users);
 }
 
 }  // namespace corvane::swarm

@@ -7,8 +7,14 @@
 
 namespace corvane::swarm {
 
-// The process's own clock: /proc/PID/stat counts the same time, but in hundredths of a second.
 std::optional<std::chrono::nanoseconds> ServerProbe::CpuTime() const {
+  const auto now = WholeCpuTime();
+  if (!now || !myCpuAtStart) return std::nullopt;
+  return *now - *myCpuAtStart;
+}
+
+// The process's own clock: /proc/PID/stat counts the same time, but in hundredths of a second.
+std::optional<std::chrono::nanoseconds> ServerProbe::WholeCpuTime() const {
   clockid_t clock{};
   timespec time{};
   if (clock_getcpuclockid(myPid, &clock) != 0 || clock_gettime(clock, &time) != 0) {

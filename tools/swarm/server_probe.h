@@ -12,13 +12,18 @@ class ServerProbe {
  public:
   explicit ServerProbe(pid_t pid) : myPid(pid) {}
 
-  // Processor time of all its threads since it started.
+  void StartCpuClock() { myCpuAtStart = WholeCpuTime(); }
+  // Processor time of all its threads since StartCpuClock.
   std::optional<std::chrono::nanoseconds> CpuTime() const;
   // Resident memory.
   std::optional<std::int64_t> RssKib() const;
 
  private:
+  // Since the process started.
+  std::optional<std::chrono::nanoseconds> WholeCpuTime() const;
+
   pid_t myPid;
+  std::optional<std::chrono::nanoseconds> myCpuAtStart;
 };
 
 }  // namespace corvane::swarm
