@@ -41,6 +41,7 @@ class Client {
   int myDescriptor = -1;
   FrameCutter myCutter;
   std::string myOutput;
+  bool myIsGreeted = false;        // the server has taken the connection from its queue
   bool myIsDirty = false;          // on the pool's list of clients with something to write
   bool myWaitsForRoom = false;     // the socket took only a part: write again when it has room
   Clock::time_point myPatience{};  // when connecting or leaving: give up then

@@ -10,6 +10,7 @@
 #include <sys/timerfd.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace corvane::swarm {
 
@@ -125,7 +126,7 @@ void ClientPool::WakeAt(Clock::time_point time) {
 // Only between rounds, so that a readiness that was reported for a closed descriptor is never
 // taken for that of a new connection of the same client.
 void ClientPool::StartConnecting() {
-  while (!myQueue.empty() && myArriving.size() < myConnectAtOnce) {
+  while (!myQueue.empty() && myUngreeted < myConnectAtOnce) {
     Client* const client = myQueue.front();
     myQueue.pop_front();
     StartConnecting(*client);
@@ -135,6 +136,8 @@ void ClientPool::StartConnecting() {
 void ClientPool::StartConnecting(Client& client) {
   client.myState = Client::State::Connecting;
   client.myPatience = Clock::now() + kPatience;
+  client.myIsGreeted = false;
+  ++myUngreeted;
   client.myCutter.Reset();
   client.myLogin.Restart();
   myArriving.push_back(&client);
@@ -191,9 +194,14 @@ void ClientPool::Read(Client& client) {
   if (!inStep && client.myDescriptor >= 0) Lose(client, "the server sent a malformed message");
 }
 
+void ClientPool::Greet(Client& client) {
+  if (!std::exchange(client.myIsGreeted, true)) --myUngreeted;
+}
+
 void ClientPool::Receive(Client& client, std::int32_t command, std::string_view payload) {
   switch (client.myState) {
     case Client::State::LoggingIn:
+      Greet(client);
       switch (client.myLogin.Receive(command, payload, client.myOutput)) {
         case Login::State::Waiting:
           if (!client.myOutput.empty()) MarkDirty(client);
@@ -283,6 +291,7 @@ void ClientPool::CloseDescriptor(Client& client) {
   if (client.myState == Client::State::Queued) std::erase(myQueue, &client);
   if (client.myState == Client::State::Connecting || client.myState == Client::State::LoggingIn) {
     std::erase(myArriving, &client);
+    Greet(client);
   }
   if (client.myState == Client::State::Leaving) std::erase(myLeaving, &client);
   client.myState = Client::State::Offline;

@@ -48,8 +48,9 @@ class ClientPool {
   void Run(ClientEvents& events);
   void Stop() { myIsStopped = true; }
 
-  // Connects and logs in a client that is offline, when its turn comes: a few at a time, since a
-  // server's queue of new connections may be short.
+  // Connects and logs in a client that is offline, when its turn comes: few at a time wait for the
+  // server's greeting, since its queue of new connections may be short. A system whose queue
+  // overflows may drop a connection that its client takes for made.
   void Connect(Client& client);
   // Sends a report of a client that is online; does nothing for any other.
   void Send(Client& client, const PositionReport& report);
@@ -67,6 +68,7 @@ class ClientPool {
   void Handle(Client& client, std::uint32_t ready);
   void FinishConnecting(Client& client);
   void Read(Client& client);
+  void Greet(Client& client);
   void Receive(Client& client, std::int32_t command, std::string_view payload);
   void LoseImpatient(Clock::time_point now);
   void MarkDirty(Client& client);
@@ -81,6 +83,7 @@ class ClientPool {
 
   sockaddr_in myServer;
   std::size_t myConnectAtOnce;
+  std::size_t myUngreeted = 0;
   ClientEvents* myEvents = nullptr;
   int myEpoll = -1;
   int myTimer = -1;

@@ -35,15 +35,14 @@ constexpr OptionRow kOptions[] = {
      "Log into this many networks, named by --network-prefix and a number from 1 on.", nullptr},
     {"network-prefix", "text", "Bench", "Begin of the names of --networks.", nullptr},
     {"password", "text", "", "Password of the networks, as plain text.", nullptr},
-    {"users", "count", "25", "Players in each network (not in the mode churn).",
-     "demo fanout rate idle"},
+    {"users", "count", "25", "Players in each network.", nullptr},
     {"user-prefix", "text", "swarm",
      "Begin of the user names of a measured run. User names are unique on a server: give each of "
      "several runs its own.",
      nullptr},
-    {"connect-at-once", "count", nullptr,
-     "Clients on their way in at a time (2); the server's queue of new connections is short. "
-     "churn: clients that come and go, shared out among the networks (8).",
+    {"connect-at-once", "count", "2",
+     "Clients that wait for the server's greeting at a time; its queue of new connections is "
+     "short.",
      nullptr},
     {"seconds", "time", nullptr,
      "How long to send, or to come and go (10); demo and idle: how long to stay (until "
@@ -155,19 +154,14 @@ Options Read(const QCommandLineParser& parser) {
   CheckModeTakesOptions(parser, modeName);
   options.modeName = modeName.toStdString();
   const bool sends = options.mode == Mode::Fanout || options.mode == Mode::Rate;
-  const bool churns = options.mode == Mode::Churn;
 
   options.server = ServerAddress(parser);
   options.networks = Networks(parser);
   options.password = parser.value(QStringLiteral("password")).toStdString();
   options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
-  options.connectAtOnce = parser.isSet(QStringLiteral("connect-at-once"))
-                              ? Count(parser, QStringLiteral("connect-at-once"), 1, 8192)
-                              : (churns ? 8 : 2);
-  options.users =
-      churns ? (options.connectAtOnce + options.networks.size() - 1) / options.networks.size()
-             : Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
-  if (parser.isSet(QStringLiteral("seconds")) || sends || churns) {
+  options.users = Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
+  options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
+  if (parser.isSet(QStringLiteral("seconds")) || sends || options.mode == Mode::Churn) {
     const double seconds = parser.isSet(QStringLiteral("seconds"))
                                ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
                                : 10;

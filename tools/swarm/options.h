@@ -23,7 +23,7 @@ struct Options {
   sockaddr_in server{};
   std::vector<std::string> networks;
   std::string password;
-  std::size_t users = 0;  // in each network; churn: as many as are on their way at a time
+  std::size_t users = 0;  // in each network
   std::size_t connectAtOnce = 0;
   std::optional<std::chrono::milliseconds> duration;  // none: until interrupted
   std::string userPrefix;
