@@ -19,6 +19,7 @@ class BufferPool {
   };
 
   static constexpr std::size_t kSmallest = 4096;
+  static constexpr std::size_t kLargestKept = 64 * 1024;
   static constexpr std::size_t kDefaultLimit = std::size_t{2} << 30;
 
   explicit BufferPool(std::size_t limit = kDefaultLimit) : myLimit(limit) {}

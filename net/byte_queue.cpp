@@ -52,9 +52,14 @@ void ByteQueue::Truncate(std::size_t count) {
 }
 
 void ByteQueue::Clear() {
+  const std::size_t used = std::exchange(myEnd, 0);
   myBegin = 0;
-  myEnd = 0;
-  if (myBuffer.capacity != 0) myPool->GiveBack(std::exchange(myBuffer, {}));
+  if (myBuffer.capacity == 0) return;
+  // Growing copies, so the next buffer begins with the size that this one needed.
+  const std::size_t needed =
+      used > myBuffer.capacity / 2 ? myBuffer.capacity : myBuffer.capacity / 2;
+  myUsualCapacity = std::min(needed, BufferPool::kLargestKept);
+  myPool->GiveBack(std::exchange(myBuffer, {}));
 }
 
 bool ByteQueue::MakeRoom(std::size_t count) {
@@ -65,7 +70,8 @@ bool ByteQueue::MakeRoom(std::size_t count) {
   } else {
     // Twice the room also where moving the bytes would do, or a nearly full queue that is consumed
     // in small steps would be moved at each of them.
-    BufferPool::Buffer larger = myPool->Take(std::max(size + count, 2 * myBuffer.capacity));
+    BufferPool::Buffer larger =
+        myPool->Take(std::max({size + count, 2 * myBuffer.capacity, myUsualCapacity}));
     if (larger.capacity == 0) return false;
     if (size != 0) std::memcpy(larger.bytes.get(), myBuffer.bytes.get() + myBegin, size);
     std::swap(myBuffer, larger);

@@ -40,6 +40,7 @@ class ByteQueue {
   BufferPool::Buffer myBuffer;
   std::size_t myBegin = 0;
   std::size_t myEnd = 0;
+  std::size_t myUsualCapacity = 0;
 };
 
 }  // namespace corvane

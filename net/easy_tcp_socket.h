@@ -24,7 +24,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
 
   // The bytes of one message, and sending them as they are: for one message to many receivers.
   static std::string CreatePacket(std::int32_t command, std::string_view data);
-  void SendPacket(std::string_view packet) { WriteBytes(packet); }
+  virtual void SendPacket(std::string_view packet) { WriteBytes(packet); }
 
   // Waits for a message with this command and returns its payload; empty when so many seconds have
   // passed, on an error, and when not connected. Every other message that arrives meanwhile is

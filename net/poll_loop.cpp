@@ -14,29 +14,36 @@ using namespace std::chrono_literals;
 constexpr auto kSlice = 4ms;             // between two turns of Qt's loop
 constexpr auto kHandlerPatience = 2ms;   // before a handler's loop gives way
 constexpr unsigned kGiveWayStride = 64;  // elements between two looks at the clock
+constexpr unsigned kPollStride = 8;      // messages between two looks at the clock
 constexpr int kLongestWait = 10;         // milliseconds between two looks at a wait's condition
 constexpr std::size_t kScratchBytes = 64 * 1024;
 
 }  // namespace
 
-PollLoop::PollLoop(std::function<void()> unhandled, OutputLimits limits)
+PollLoop::PollLoop(std::function<void()> unhandled, OutputLimits limits,
+                   const FlushQueue::Rule& flushRule)
     : myUnhandled(std::move(unhandled)),
       myLimits(limits),
       myPoller([this] { RunSlice(); }),
-      myScratch(kScratchBytes) {
+      myScratch(kScratchBytes),
+      myFlushes(flushRule) {
   mySliceTimer.setInterval(0);
   mySliceTimer.setSingleShot(true);
   QObject::connect(&mySliceTimer, &QTimer::timeout, [this] { RunSlice(); });
+  myFlushTimer.setTimerType(Qt::PreciseTimer);
+  myFlushTimer.setSingleShot(true);
+  QObject::connect(&myFlushTimer, &QTimer::timeout, [this] { RunSlice(); });
 }
 
 PollLoop::~PollLoop() {
   Stop();
   // The last references to sockets leave while the loop is whole. Their ends may put others on the
   // lists again.
-  while (HasWork() || myWatched.HasKept()) {
+  while (HasWork() || myFlushes.Due() || myWatched.HasKept()) {
     const auto kept = myWatched.TakeKept();
     const auto queued = std::exchange(myQueued, {});
-    const auto unflushed = std::exchange(myUnflushed, {});
+    const auto gatherers = std::exchange(myGatherers, {});
+    myFlushes.Drop();
     const auto pending = std::exchange(myPending, {});
   }
 }
@@ -44,6 +51,7 @@ PollLoop::~PollLoop() {
 void PollLoop::Stop() {
   myIsStopped = true;
   mySliceTimer.stop();
+  myFlushTimer.stop();
   myPoller.Quiet();
 }
 
@@ -58,12 +66,28 @@ void PollLoop::RunSlice() {
     const auto end = Clock::now() + kSlice;
     while (RunPass(end) && Clock::now() < end) {
     }
-    Flush(Clock::now() + kSlice);
+    HandOver();
+    myFlushes.Flush(Clock::now() + kSlice);
   } catch (...) {
     myUnhandled();
   }
   myHandlerStartKnown = false;
-  if (HasWork()) ScheduleSlice();
+  if (HasWork()) {
+    ScheduleSlice();
+  } else {
+    ScheduleFlush();
+  }
+}
+
+void PollLoop::ScheduleFlush() {
+  const auto due = myFlushes.Due();
+  if (!due || myIsStopped) return;
+  const auto left = std::chrono::round<std::chrono::milliseconds>(*due - Clock::now());
+  if (left > 0ms) {
+    myFlushTimer.start(left);
+  } else {
+    ScheduleSlice();
+  }
 }
 
 bool PollLoop::RunPass(Clock::time_point end) {
@@ -115,21 +139,19 @@ bool PollLoop::RunPolls(Clock::time_point end) {
       worked = true;
     }
     if (pollable->StaysQueued()) myQueued.push_back(std::move(pollable));
-    if (myIsStopped || (worked && Clock::now() >= end)) break;
+    const bool looksAtClock = worked && count % kPollStride == 0;
+    if (myIsStopped || (looksAtClock && Clock::now() >= end)) break;
   }
   return worked;
 }
 
-void PollLoop::Flush(Clock::time_point end) {
-  while (!myUnflushed.empty()) {
-    const std::shared_ptr<TCPSocket> socket = std::move(myUnflushed.front());
-    myUnflushed.pop_front();
-    socket->FlushOutput();
-    if (Clock::now() >= end) return;
-  }
+void PollLoop::HandOver() {
+  for (const std::shared_ptr<_Gatherer>& gatherer : std::exchange(myGatherers, {}))
+    gatherer->HandOver();
 }
 
 void PollLoop::FlushAll() {
+  HandOver();
   for (SocketCore* const socket : myWatched.All()) {
     if (auto* const connection = dynamic_cast<TCPSocket*>(socket)) connection->FlushFinally();
   }
@@ -153,12 +175,14 @@ void PollLoop::GiveWay() {
 bool PollLoop::NestedStep() {
   const ScopedFlag nested(myIsNested);
   const bool worked = RunPass(Clock::now() + kSlice);
-  Flush(Clock::now() + kSlice);
+  HandOver();
+  myFlushes.Flush(Clock::now() + kSlice);
   return worked;
 }
 
 void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point deadline) {
-  Flush(deadline);
+  HandOver();
+  myFlushes.FlushAll(deadline);
   while (!myIsStopped && !done()) {
     const auto left = deadline - Clock::now();
     if (left <= Clock::duration::zero()) return;
@@ -203,8 +227,15 @@ void PollLoop::RequestPoll(std::shared_ptr<_Pollable> pollable) {
   ScheduleSlice();
 }
 
-void PollLoop::RequestFlush(std::shared_ptr<TCPSocket> socket) {
-  myUnflushed.push_back(std::move(socket));
+void PollLoop::RequestHandOver(std::shared_ptr<_Gatherer> gatherer) {
+  if (myGatherers.empty() || myGatherers.back() != gatherer) {
+    myGatherers.push_back(std::move(gatherer));
+  }
+  ScheduleSlice();
+}
+
+void PollLoop::RequestFlush(const std::shared_ptr<TCPSocket>& socket) {
+  myFlushes.Add(socket);
   ScheduleSlice();
 }
 

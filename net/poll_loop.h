@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include "net/buffer_pool.h"
+#include "net/flush_queue.h"
 #include "net/poller.h"
 #include "net/streams.h"
 #include "net/watch_list.h"
@@ -44,7 +45,8 @@ class PollLoop {
 
   // `unhandled` is called inside the catch block of an error that no handler caught.
   explicit PollLoop(std::function<void()> unhandled) : PollLoop(std::move(unhandled), {}) {}
-  PollLoop(std::function<void()> unhandled, OutputLimits limits);
+  PollLoop(std::function<void()> unhandled, OutputLimits limits,
+           const FlushQueue::Rule& flushRule = {});
   ~PollLoop();
   PollLoop(const PollLoop&) = delete;
   PollLoop& operator=(const PollLoop&) = delete;
@@ -70,7 +72,10 @@ class PollLoop {
   void KeepAlive(const std::shared_ptr<SocketCore>& socket);
   void RequestPass(SocketCore& socket);
   void RequestPoll(std::shared_ptr<_Pollable> pollable);
-  void RequestFlush(std::shared_ptr<TCPSocket> socket);
+  // Asks for a HandOver before the next flush; and has all who asked hand over now.
+  void RequestHandOver(std::shared_ptr<_Gatherer> gatherer);
+  void HandOver();
+  void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
   // Counts a change of a connection's unsent output, in bytes.
   void CountOutput(std::size_t before, std::size_t after);
   std::size_t TotalOutput() const { return myTotalOutput; }
@@ -79,6 +84,7 @@ class PollLoop {
   void CallLater(std::chrono::milliseconds delay, const std::shared_ptr<SocketCore>& socket,
                  std::function<void()> function);
   BufferPool& Buffers() { return myBuffers; }
+  FlushQueue& Flushes() { return myFlushes; }
   // Memory to receive into; its content is anybody's as soon as other code runs.
   std::span<char> Scratch() { return myScratch; }
   // Keeps two fill steps of listeners from running at once.
@@ -92,23 +98,25 @@ class PollLoop {
   bool RunEventPasses(Clock::time_point end);
   bool RunPolls(Clock::time_point end);
   bool NestedStep();
-  // One send for each connection that was written to since its last.
-  void Flush(Clock::time_point end);
   void CollectReady(int waitMilliseconds);
-  bool HasWork() const { return !myPending.empty() || !myQueued.empty() || !myUnflushed.empty(); }
+  bool HasWork() const { return !myPending.empty() || !myQueued.empty() || !myGatherers.empty(); }
+  // Sees that what is written and not sent gets its turn, too.
+  void ScheduleFlush();
   void FailLargestOutput();
 
   std::function<void()> myUnhandled;
   OutputLimits myLimits;
   Poller myPoller;
   QTimer mySliceTimer;
+  QTimer myFlushTimer;  // for what is held
   BufferPool myBuffers;
   std::vector<char> myScratch;
 
   WatchList myWatched;
   std::deque<std::shared_ptr<SocketCore>> myPending;
   std::deque<std::shared_ptr<_Pollable>> myQueued;
-  std::deque<std::shared_ptr<TCPSocket>> myUnflushed;
+  std::vector<std::shared_ptr<_Gatherer>> myGatherers;
+  FlushQueue myFlushes;
   std::size_t myTotalOutput = 0;
 
   Clock::time_point myHandlerStart;

@@ -22,7 +22,10 @@ bool IsPort(std::int32_t port) {
 }  // namespace
 
 TCPSocket::TCPSocket(PollLoop& loop)
-    : SocketCore(loop), myInput(loop.Buffers()), myOutput(loop.Buffers()) {}
+    : SocketCore(loop),
+      myFlushHalf(static_cast<std::uint8_t>(loop.Flushes().NextHalf())),
+      myInput(loop.Buffers()),
+      myOutput(loop.Buffers()) {}
 
 TCPSocket::~TCPSocket() {
   EndConnection();
@@ -116,7 +119,9 @@ void TCPSocket::Receive() {
   }
   if (received.error != 0) return Fail(received.error);
   if (received.bytes == 0) {
-    FlushOutput();  // a peer that only ended its sending still reads
+    // A peer that only ended its sending still reads.
+    myLoop.HandOver();
+    FlushOutput();
     return Fail(os::ConnectionResetError());
   }
   if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();

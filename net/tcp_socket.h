@@ -65,6 +65,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void Flush() override { FlushOutput(); }
   bool WriteError() const override { return LastErrorCode() != 0; }
   std::size_t BytesLeftToSend() const { return myOutput.Size(); }
+  // Of the loop's flush queue.
+  std::size_t FlushHalf() const { return myFlushHalf; }
 
  protected:
   // Events.
@@ -117,6 +119,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
 
   State myState = State::Closed;
   bool myRaisesSendEvents = true;
+  const std::uint8_t myFlushHalf;
   bool myAwaitsFlush = false;
   bool myAwaitsWritable = false;
   int mySendError = 0;
