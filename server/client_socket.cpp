@@ -60,6 +60,11 @@ void ClientSocket::Error(std::int32_t code) {
   Close();
 }
 
+void ClientSocket::SendPacket(std::string_view packet) {
+  myParent.HandOver();
+  EasyTCPSocket::SendPacket(packet);
+}
+
 void ClientSocket::Close() {
   // Telling the network gives way to others, but nothing of this session comes in between.
   const auto keep = shared_from_this();

@@ -89,6 +89,14 @@ class ClientSocket : public EasyTCPSocket {
   // The same without telling anybody, for a listener that goes away.
   void Abandon();
 
+  // Sends a packet after all reports that were relayed before it.
+  void SendPacket(std::string_view packet) override;
+
+  // For the outbox: sends relayed reports; and whether it holds some of this session's own.
+  void WriteGathered(std::string_view packets) { EasyTCPSocket::SendPacket(packets); }
+  bool IsGathered() const { return myIsGathered; }
+  void SetGathered(bool isGathered) { myIsGathered = isGathered; }
+
   // For the roster: a number that grows with each hand-off, 0 while not among the active ones.
   std::uint64_t HandOffNumber() const { return myHandOffNumber; }
   void SetHandOffNumber(std::uint64_t number) { myHandOffNumber = number; }
@@ -122,6 +130,7 @@ class ClientSocket : public EasyTCPSocket {
   void Leave();
 
   State myState = State::Idle;
+  bool myIsGathered = false;
   std::uint64_t myHandOffNumber = 0;
   std::string myUsername;
   std::string myFoldedUsername;

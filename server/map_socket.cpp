@@ -33,6 +33,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
     : ServerSocket(loop, 2, 10), myLocations(locations), myBans(serverdb), myAdmins(serverdb) {}
 
 MapSocket::~MapSocket() {
+  myRoster.HandOver();
   // Sessions borrow their listener, so none goes on without it.
   for (const auto& connection : *ActiveConnections())
     SessionOf(connection)->Abandon();
@@ -77,11 +78,10 @@ void MapSocket::BroadcastPosition(ClientSocket& sender) {
   if (sender.myNetwork == nullptr) return;
   const std::string packet =
       EasyTCPSocket::CreatePacket(wire::kMember, wire::PositionRecord(sender));
-  const auto members = myRoster.MembersOf(*sender.myNetwork);
-  for (const std::shared_ptr<ClientSocket>& recipient : *members) {
-    // By name, not by session: two of one name never see each other, on purpose.
-    if (recipient->FoldedUsername() != sender.FoldedUsername()) recipient->SendPacket(packet);
-    myLoop.GiveWay();
+  const bool isFirst = !myRoster.HasGathered();
+  myRoster.Gather(SessionOf(sender), packet);
+  if (isFirst) {
+    myLoop.RequestHandOver(std::static_pointer_cast<MapSocket>(shared_from_this()));
   }
 }
 

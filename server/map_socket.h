@@ -9,6 +9,7 @@
 
 #include "geo/location_lookup.h"
 #include "net/server_socket.h"
+#include "net/streams.h"
 #include "server/roster.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
@@ -22,7 +23,7 @@ class ClientSocket;
 // session's position to its network and carries out the operator's and the administrators'
 // commands. Owns its sessions through the pool; borrows the database and the location lookup.
 // What it tells the console goes through the three events.
-class MapSocket : public ServerSocket {
+class MapSocket : public ServerSocket, public _Gatherer {
  public:
   MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations);
   ~MapSocket() override;
@@ -36,8 +37,11 @@ class MapSocket : public ServerSocket {
   void CallUserLoggedIn(ClientSocket& client);
   void CallUserLoggedOut(ClientSocket& client);
 
-  // Sends the sender's state to every other session of its network (command 5).
+  // Sends the sender's state to every other session of its network (command 5), together with what
+  // else is reported until the next flush.
   void BroadcastPosition(ClientSocket& sender);
+  // Sends what was reported so far.
+  void HandOver() override { myRoster.HandOver(); }
 
   // Sends an operator's message (command 998) to one network, or to all of them for the name
   // "(All Networks)". An empty text sends nothing. Throws NilObjectException at the first

@@ -1,11 +1,15 @@
 #include "server/roster.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "server/client_socket.h"
 
 namespace corvane {
 namespace {
+
+// What a hand-over may copy; it lets nobody else in meanwhile.
+constexpr std::size_t kMostHandedOver = std::size_t{4} << 20;
 
 bool WasHandedOutBefore(const std::shared_ptr<ClientSocket>& session, std::uint64_t handOff) {
   return session->HandOffNumber() < handOff;
@@ -28,7 +32,8 @@ void Roster::Leave(ClientSocket& session) {
 
 void Roster::EnterNetwork(ClientSocket& session) {
   if (session.HandOffNumber() == 0 || session.myNetwork == nullptr) return;
-  auto& members = myMembers[session.myNetwork.get()].Edit();
+  HandOver();
+  auto& members = myGroups[session.myNetwork.get()].members.Edit();
   // Nearly always the end: who connects last chooses its network last.
   const auto place =
       std::lower_bound(members.begin(), members.end(), session.HandOffNumber(), WasHandedOutBefore);
@@ -37,13 +42,14 @@ void Roster::EnterNetwork(ClientSocket& session) {
 
 void Roster::LeaveNetwork(ClientSocket& session) {
   if (session.HandOffNumber() == 0 || session.myNetwork == nullptr) return;
-  const auto list = myMembers.find(session.myNetwork.get());
-  if (list == myMembers.end()) return;
-  auto& members = list->second.Edit();
+  HandOver();
+  const auto group = myGroups.find(session.myNetwork.get());
+  if (group == myGroups.end()) return;
+  auto& members = group->second.members.Edit();
   const auto place =
       std::lower_bound(members.begin(), members.end(), session.HandOffNumber(), WasHandedOutBefore);
   if (place != members.end() && place->get() == &session) members.erase(place);
-  if (members.empty()) myMembers.erase(list);
+  if (members.empty()) myGroups.erase(group);
 }
 
 void Roster::AddName(const ClientSocket& session) {
@@ -51,6 +57,7 @@ void Roster::AddName(const ClientSocket& session) {
 }
 
 void Roster::DropName(const ClientSocket& session) {
+  HandOver();
   const auto name = myNames.find(session.FoldedUsername());
   if (session.HandOffNumber() == 0 || name == myNames.end()) return;
   if (--name->second == 0) myNames.erase(name);
@@ -58,8 +65,22 @@ void Roster::DropName(const ClientSocket& session) {
 
 Roster::Members::Snapshot Roster::MembersOf(const ServerNetworks& network) const {
   static const Members kNobody;
-  const auto list = myMembers.find(&network);
-  return list == myMembers.end() ? kNobody.Get() : list->second.Get();
+  const auto group = myGroups.find(&network);
+  return group == myGroups.end() ? kNobody.Get() : group->second.members.Get();
+}
+
+void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet) {
+  const auto found = myGroups.find(sender->myNetwork.get());
+  if (found == myGroups.end()) return;
+  Group& group = found->second;
+  if (group.outbox.IsEmpty()) myGathered.push_back(&group);
+  group.outbox.Add(sender, packet);
+  if (group.outbox.SizeBytes() * group.members.Get()->size() >= kMostHandedOver) HandOver();
+}
+
+void Roster::HandOver() {
+  for (Group* const group : std::exchange(myGathered, {}))
+    group->outbox.HandOver(*group->members.Get());
 }
 
 bool Roster::IsNameFree(const std::string& foldedName, const ClientSocket& session) const {

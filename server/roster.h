@@ -3,9 +3,12 @@
 #include <cstddef>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "net/snapshot_list.h"
+#include "server/outbox.h"
 #include "server/server_networks.h"
 
 namespace corvane {
@@ -15,6 +18,7 @@ class ClientSocket;
 // Indexes over the listener's active connections, so that a report costs what it delivers and a
 // log-in does not look at everybody: the members of each network, in hand-off order, and how many
 // sessions hold each user name. They always say what a walk over the active connections would.
+// Each network's reports are gathered here too, and handed over before its members change.
 class Roster {
  public:
   using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
@@ -32,12 +36,24 @@ class Roster {
   // Everybody whose network is this entry, in hand-off order.
   Members::Snapshot MembersOf(const ServerNetworks& network) const;
 
+  // Takes a report to the members of the sender's network.
+  void Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
+  bool HasGathered() const { return !myGathered.empty(); }
+  // Writes to all members what was gathered.
+  void HandOver();
+
   // Whether no other session than this one holds the folded name. Sessions that have not logged in
   // hold the empty one.
   bool IsNameFree(const std::string& foldedName, const ClientSocket& session) const;
 
  private:
-  std::unordered_map<const ServerNetworks*, Members> myMembers;
+  struct Group {
+    Members members;
+    Outbox outbox;
+  };
+
+  std::unordered_map<const ServerNetworks*, Group> myGroups;
+  std::vector<Group*> myGathered;  // those whose outbox is not empty
   std::unordered_map<std::string, std::size_t> myNames;
   std::uint64_t myLastHandOff = 0;
 };

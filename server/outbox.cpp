@@ -1,0 +1,48 @@
+#include "server/outbox.h"
+
+#include "server/client_socket.h"
+
+namespace corvane {
+
+void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet) {
+  myBytes += packet;
+  myPackets.push_back({sender, myBytes.size()});
+  sender->SetGathered(true);
+  // Only the empty name, and that of a session which has lost its listener, can be had twice.
+  if (sender->Username().empty() || sender->HandOffNumber() == 0) myIsNameShared = true;
+}
+
+void Outbox::HandOver(const Members& members) {
+  for (const std::shared_ptr<ClientSocket>& member : members) {
+    if (member->IsGathered() || myIsNameShared) {
+      WriteToSender(*member);
+    } else {
+      member->WriteGathered(myBytes);
+    }
+  }
+  for (const Packet& packet : myPackets)
+    packet.sender->SetGathered(false);
+  myBytes.clear();
+  myPackets.clear();
+  myIsNameShared = false;
+}
+
+void Outbox::WriteToSender(ClientSocket& member) const {
+  const std::string_view bytes = myBytes;
+  std::size_t begin = 0;  // of what was not written yet
+  std::size_t end = 0;    // of the packet before
+  for (const Packet& packet : myPackets) {
+    // By name, not by session: two of one name never see each other, on purpose.
+    const bool isOwn =
+        packet.sender.get() == &member ||
+        (myIsNameShared && packet.sender->FoldedUsername() == member.FoldedUsername());
+    if (isOwn) {
+      member.WriteGathered(bytes.substr(begin, end - begin));
+      begin = packet.end;
+    }
+    end = packet.end;
+  }
+  member.WriteGathered(bytes.substr(begin));
+}
+
+}  // namespace corvane

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane {
+
+class ClientSocket;
+
+// Reports on their way to the members of one network. They are gathered while passes over the
+// sockets run and handed to each member in one piece before the flush, so that a member is visited
+// once and not once per report: every member gets the same bytes in the same order as if each
+// report had been sent by itself. Nothing else may be sent to a member, and nobody may become or
+// cease to be one, before what was gathered is handed over.
+class Outbox {
+ public:
+  using Members = std::vector<std::shared_ptr<ClientSocket>>;
+
+  bool IsEmpty() const { return myPackets.empty(); }
+  std::size_t SizeBytes() const { return myBytes.size(); }
+
+  // One more packet, for every member who has another name than the sender.
+  void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
+
+  // Writes the packets to the members; empty afterwards.
+  void HandOver(const Members& members);
+
+ private:
+  struct Packet {
+    std::shared_ptr<ClientSocket> sender;
+    std::size_t end = 0;  // in the bytes
+  };
+
+  // The packets of the others.
+  void WriteToSender(ClientSocket& member) const;
+
+  std::string myBytes;
+  std::vector<Packet> myPackets;
+  // Whether others may have a sender's name: then names are compared and not sessions.
+  bool myIsNameShared = false;
+};
+
+}  // namespace corvane

@@ -1,0 +1,102 @@
+#include <gmock/gmock.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/server/session_fixture.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+
+class OutboxTest : public SessionTest {
+ protected:
+  // A report of the user, as if it had come in the pass that is under way.
+  void Report(const std::string& user, std::int32_t x) {
+    const auto session = server.SessionOf(user);
+    session->X = x;
+    server.listener->BroadcastPosition(*session);
+  }
+  static WireMessage Position(const std::string& user, std::int32_t x) {
+    return {5, user + "|" + std::to_string(x) + ",0,0,0,0,0"};
+  }
+};
+
+TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  const auto cat = LoggedIn("Cat");
+  const auto dan = LoggedIn("Dan", "B");
+  const auto eve = LoggedIn("Eve", "B");
+  Report("Ann", 1);
+  Report("Bob", 2);
+  Report("Dan", 3);
+  Report("Ann", 4);
+  server.listener->BroadcastMessage("hello", "A");
+  Report("Bob", 5);
+  Report("Bob", 6);
+  server.SessionOf("Ann")->Close();
+  Report("Cat", 7);
+  server.SessionOf("Cat")->Close();
+  Report("Bob", 8);
+
+  const WireMessage hello{998, "hello"};
+  EXPECT_THAT(bob->Drain(),
+              ElementsAre(Position("Ann", 1), Position("Ann", 4), hello, WireMessage{6, "Ann"},
+                          Position("Cat", 7), WireMessage{6, "Cat"}));
+  // Those who were sent away still get what came before.
+  for (const WireMessage& message :
+       {Position("Bob", 2), hello, Position("Bob", 5), Position("Bob", 6)}) {
+    EXPECT_EQ(ann->Receive(), message);
+  }
+  EXPECT_EQ(ann->Receive(), std::nullopt);
+  for (const WireMessage& message :
+       {Position("Ann", 1), Position("Bob", 2), Position("Ann", 4), hello, Position("Bob", 5),
+        Position("Bob", 6), WireMessage{6, "Ann"}}) {
+    EXPECT_EQ(cat->Receive(), message);
+  }
+  EXPECT_EQ(cat->Receive(), std::nullopt);
+  EXPECT_THAT(dan->Drain(), ElementsAre());
+  EXPECT_THAT(eve->Drain(), ElementsAre(Position("Dan", 3)));
+}
+
+TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = Greeted();
+  Report("Ann", 1);
+  bob->Send(1, "A");
+  EXPECT_EQ(bob->Receive(), (WireMessage{2, "OK"}));
+  Report("Ann", 2);
+  EXPECT_EQ(bob->Receive(), Position("Ann", 2));
+
+  // In one pass, too.
+  const auto cat = Greeted();
+  ann->Send(4, "3");
+  cat->Send(1, "A");
+  EXPECT_EQ(cat->Receive(), (WireMessage{2, "OK"}));
+  EXPECT_EQ(bob->Receive(), Position("Ann", 3));
+  EXPECT_TRUE(cat->HearsNothing());
+}
+
+TEST_F(OutboxTest, TwoOfOneNameNeverSeeEachOther) {
+  // The empty name is everybody's who has not logged in.
+  const auto nameless = LoggedIn("");
+  const auto ann = LoggedIn("Ann");
+  const auto newcomer = Greeted();
+  newcomer->Send(1, "A");
+  EXPECT_EQ(newcomer->Receive(), (WireMessage{2, "OK"}));
+  Report("Ann", 1);
+  server.Active(0)->X = 2;
+  server.listener->BroadcastPosition(*server.Active(0));
+  Report("Ann", 3);
+  EXPECT_EQ(newcomer->Receive(), Position("Ann", 1));
+  EXPECT_EQ(newcomer->Receive(), Position("Ann", 3));
+  EXPECT_TRUE(newcomer->HearsNothing());
+  EXPECT_EQ(ann->Receive(), Position("", 2));
+}
+
+}  // namespace
+}  // namespace corvane
