@@ -1,6 +1,7 @@
-"""Servers, limit relays and swarms for the measuring scripts: starts them, talks to them, ends them.
+"""Servers, limit relays and swarms for the measuring scripts.
 
-Whatever a script starts, it starts inside a `with`, and it is ended there, however the block is left.
+Whatever a script starts, it starts inside a `with`, and it is ended there, however the block is
+left.
 """
 
 import argparse
@@ -80,7 +81,8 @@ class Bench:
             wait_until(lambda: process.poll() is not None or b"Listening..." in log.read_bytes(),
                        30, "the server did not come up")
             if process.poll() is not None:
-                raise BenchError("the server did not come up:\n" + log.read_text(errors="replace"))
+                raise BenchError("the server did not come up:\n"
+                                 + log.read_text(errors="replace"))
             yield Target("server", process, port)
             if end(process) != 0:
                 raise BenchError(f"the server ended with code {process.returncode}:\n"
@@ -107,7 +109,8 @@ class Bench:
     def idle(self, target: Target, networks: int, users: int) -> Iterator[subprocess.Popen]:
         """Clients that only wait, all logged in; they leave together, without a word."""
         with self.start_swarm(target, "idle", "--network-prefix", "Idle", "--networks", networks,
-                              "--users", users, "--user-prefix", "idle", "--leave", "abrupt") as process:
+                              "--users", users, "--user-prefix", "idle",
+                              "--leave", "abrupt") as process:
             if process.stdout.readline() != "ready\n":
                 raise BenchError(f"the idle clients did not get in at the {target.name}")
             yield process
