@@ -1,6 +1,7 @@
 #include "console/list_box.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <numeric>
 
@@ -17,6 +18,7 @@ namespace {
 
 constexpr int kRowPadding = 4;
 constexpr int kNarrowestColumn = 40;
+constexpr std::chrono::milliseconds kBetweenPaints{100};
 
 // The selected row is marked as a whole; a frame around one of its cells would only blur that.
 class RowDelegate : public QStyledItemDelegate {
@@ -59,10 +61,15 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setStretchLastSection(true);
   connect(header, &QHeaderView::sectionResized, this,
           [this](int column, int, int width) { KeepShare(column, width); });
+  myPaintTimer.setSingleShot(true);
+  myPaintTimer.setInterval(kBetweenPaints);
+  connect(&myPaintTimer, &QTimer::timeout, this, [this] { viewport()->setUpdatesEnabled(true); });
 }
 
 void ListBox::setModel(QAbstractItemModel* model) {
   QTableView::setModel(model);
+  connect(model, &QAbstractItemModel::rowsInserted, this, &ListBox::PaintLater);
+  connect(model, &QAbstractItemModel::rowsRemoved, this, &ListBox::PaintLater);
   const int columns = model->columnCount();
   myShares.assign(static_cast<std::size_t>(columns), 1.0 / columns);
   ShareWidth();
@@ -83,6 +90,13 @@ void ListBox::FitColumns() {
   for (double& share : myShares)
     share /= sum;
   ShareWidth();
+}
+
+// Painting for each row that comes or goes would cost more than serving the client that it shows.
+void ListBox::PaintLater() {
+  if (myPaintTimer.isActive()) return;
+  viewport()->setUpdatesEnabled(false);
+  myPaintTimer.start();
 }
 
 int ListBox::SelectedRow() const {

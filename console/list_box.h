@@ -4,13 +4,15 @@
 #include <vector>
 
 #include <QTableView>
+#include <QTimer>
 
 namespace corvane {
 
 // A list of rows for reading and choosing from; nothing can be edited. The selected rows can be
 // copied as text. The columns fill the width in shares that the operator may change by dragging
 // their borders. A text that is cut off shows whole in a tool tip. Rows have one height, so any
-// number of them costs no layout.
+// number of them costs no layout, and however often rows come and go, they are painted at most ten
+// times a second for it.
 class ListBox : public QTableView {
  public:
   enum class Heading { None, Shown };
@@ -44,11 +46,13 @@ class ListBox : public QTableView {
  private:
   void CopySelectedRows() const;
   void FitRowHeight();
+  void PaintLater();
   void ShareWidth();
   void KeepShare(int column, int width);
 
   std::vector<double> myShares;  // of the width, by column
   bool mySharing = false;
+  QTimer myPaintTimer;
 };
 
 }  // namespace corvane
