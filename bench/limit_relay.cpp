@@ -6,6 +6,7 @@
 //
 //   corvane-limit-relay PORT
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
 #include <cerrno>
@@ -38,9 +39,37 @@ constexpr int kBacklog = 128;
 
 struct Network;
 
+// Bytes that wait to be sent. Appending to one is most of what a relay does, so it is inline.
+class Output {
+ public:
+  void Append(std::string_view bytes) {
+    if (myCapacity - mySize < bytes.size()) Grow(bytes.size());
+    std::memcpy(myBytes.get() + mySize, bytes.data(), bytes.size());
+    mySize += bytes.size();
+  }
+  void Consume(std::size_t count) {
+    mySize -= count;
+    std::memmove(myBytes.get(), myBytes.get() + count, mySize);
+  }
+  const char* Data() const { return myBytes.get(); }
+  std::size_t Size() const { return mySize; }
+
+ private:
+  void Grow(std::size_t count) {
+    myCapacity = std::max(2 * myCapacity, mySize + count);
+    auto grown = std::make_unique_for_overwrite<char[]>(myCapacity);
+    std::memcpy(grown.get(), myBytes.get(), mySize);
+    myBytes = std::move(grown);
+  }
+
+  std::unique_ptr<char[]> myBytes = std::make_unique_for_overwrite<char[]>(64);
+  std::size_t mySize = 0;
+  std::size_t myCapacity = 64;
+};
+
 // What an append touches comes first and shares a cache line.
 struct alignas(64) Connection {
-  std::string output;
+  Output output;
   bool isWritten = false;  // on the list of those to be flushed
   bool isBlocked = false;  // waits until the socket takes more
   int descriptor = -1;
@@ -223,7 +252,7 @@ void Relay::RelayToOthers(const Connection& sender, std::string_view message) {
 }
 
 void Relay::Append(Connection& recipient, std::string_view bytes) {
-  recipient.output += bytes;
+  recipient.output.Append(bytes);
   if (!std::exchange(recipient.isWritten, true)) myWritten.push_back(&recipient);
 }
 
@@ -237,9 +266,9 @@ void Relay::Flush() {
 
 void Relay::Write(Connection& connection) {
   const ssize_t count =
-      send(connection.descriptor, connection.output.data(), connection.output.size(), MSG_NOSIGNAL);
-  if (count > 0) connection.output.erase(0, static_cast<std::size_t>(count));
-  connection.isBlocked = !connection.output.empty();
+      send(connection.descriptor, connection.output.Data(), connection.output.Size(), MSG_NOSIGNAL);
+  if (count > 0) connection.output.Consume(static_cast<std::size_t>(count));
+  connection.isBlocked = connection.output.Size() > 0;
 }
 
 void Relay::Close(Connection& connection) {
