@@ -27,7 +27,12 @@ int main(int argc, char** argv) {
   // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
   MyTrayItem trayItem(window, [&app] { app.Quit(); });
-  if (HasDisplay()) trayItem.show();
+  if (HasDisplay()) {
+    trayItem.show();
+  } else {
+    // It keeps its lists, but there is nobody to paint them for.
+    window.setUpdatesEnabled(false);
+  }
   // From the loop, where quitting and errors are provided for.
   QMetaObject::invokeMethod(
       &window, [&window] { window.Open(); }, Qt::QueuedConnection);

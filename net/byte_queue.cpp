@@ -72,6 +72,7 @@ bool ByteQueue::MakeRoom(std::size_t count) {
     // in small steps would be moved at each of them.
     BufferPool::Buffer larger =
         myPool->Take(std::max({size + count, 2 * myBuffer.capacity, myUsualCapacity}));
+    if (larger.capacity == 0) larger = myPool->Take(size + count);
     if (larger.capacity == 0) return false;
     if (size != 0) std::memcpy(larger.bytes.get(), myBuffer.bytes.get() + myBegin, size);
     std::swap(myBuffer, larger);

@@ -32,7 +32,7 @@ void FlushQueue::Flush(Clock::time_point end) {
   if (mySending.empty() && isTurn) std::swap(mySending, longer.sockets);
   Send(end);
   const auto now = Clock::now();
-  myPauseEnd = now + (now - begin) / 2;
+  myPauseEnd = now + std::min<Clock::duration>((now - begin) / 2, myRule.longestHold);
 }
 
 void FlushQueue::FlushAll(Clock::time_point end) {
@@ -53,9 +53,10 @@ void FlushQueue::Send(Clock::time_point end) {
   while (!mySending.empty()) {
     const std::shared_ptr<TCPSocket> socket = std::move(mySending.front());
     mySending.pop_front();
-    ++mySends;
-    mySentBytes += socket->BytesLeftToSend();
+    const std::size_t before = socket->BytesLeftToSend();
     socket->Flush();
+    ++mySends;
+    mySentBytes += before - std::min(before, socket->BytesLeftToSend());
     if (Clock::now() >= end) return;
   }
 }
@@ -83,6 +84,7 @@ void FlushQueue::ChooseWhetherToHold(Clock::time_point now) {
       static_cast<double>(mySends) / std::chrono::duration<double>(elapsed).count();
   myIsHolding = sendsPerSecond > (myIsHolding ? myRule.calm : myRule.busy) &&
                 mySentBytes <= mySends * (myIsHolding ? myRule.large : myRule.small);
+  if (!myIsHolding) myPauseEnd = now;
   myWindowBegin = now;
   mySends = 0;
   mySentBytes = 0;

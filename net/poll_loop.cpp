@@ -11,11 +11,12 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kSlice = 4ms;             // between two turns of Qt's loop
-constexpr auto kHandlerPatience = 2ms;   // before a handler's loop gives way
-constexpr unsigned kGiveWayStride = 64;  // elements between two looks at the clock
-constexpr unsigned kPollStride = 8;      // messages between two looks at the clock
-constexpr int kLongestWait = 10;         // milliseconds between two looks at a wait's condition
+constexpr auto kSlice = 4ms;                              // between two turns of Qt's loop
+constexpr auto kLinger = 200us;                           // for more, before Qt gets its turn
+constexpr auto kHandlerPatience = 2ms;                    // before a handler's loop gives way
+constexpr unsigned kGiveWayStride = 64;                   // elements between two looks at the clock
+constexpr unsigned kPollStride = 8;                       // messages between two looks at the clock
+constexpr std::chrono::microseconds kLongestWait = 10ms;  // between two looks at a wait's condition
 constexpr std::size_t kScratchBytes = 64 * 1024;
 
 }  // namespace
@@ -42,9 +43,10 @@ PollLoop::~PollLoop() {
   while (HasWork() || myFlushes.Due() || myWatched.HasKept()) {
     const auto kept = myWatched.TakeKept();
     const auto queued = std::exchange(myQueued, {});
-    const auto gatherers = std::exchange(myGatherers, {});
+    myGatherers.clear();
     myFlushes.Drop();
     const auto pending = std::exchange(myPending, {});
+    const auto ending = std::exchange(myEnding, {});
   }
 }
 
@@ -64,10 +66,14 @@ void PollLoop::RunSlice() {
   try {
     const ScopedFlag inSlice(myIsInSlice);
     const auto end = Clock::now() + kSlice;
-    while (RunPass(end) && Clock::now() < end) {
-    }
-    HandOver();
-    myFlushes.Flush(Clock::now() + kSlice);
+    do {
+      while (RunPass(end) && Clock::now() < end) {
+      }
+      HandOver();
+      myFlushes.Flush(Clock::now() + kSlice);
+      // A turn of Qt's loop costs more than most messages: more may be on its way.
+      if (!HasWork()) CollectReady(kLinger);
+    } while (!myPending.empty() && !myIsStopped && Clock::now() < end);
   } catch (...) {
     myUnhandled();
   }
@@ -92,14 +98,14 @@ void PollLoop::ScheduleFlush() {
 
 bool PollLoop::RunPass(Clock::time_point end) {
   if (myIsStopped) return false;
-  CollectReady(0);
+  CollectReady(0us);
   const bool ranEvents = RunEventPasses(end);
   const bool ranPolls = RunPolls(end);
   return ranEvents || ranPolls;
 }
 
-void PollLoop::CollectReady(int waitMilliseconds) {
-  for (const Poller::Ready& ready : myPoller.Wait(waitMilliseconds)) {
+void PollLoop::CollectReady(std::chrono::microseconds patience) {
+  for (const Poller::Ready& ready : myPoller.Wait(patience)) {
     SocketCore* const socket = myWatched.Find(ready.token);
     if (socket == nullptr) continue;  // it was closed after the system noted the readiness
     socket->NoteReady(ready);
@@ -111,12 +117,19 @@ void PollLoop::CollectReady(int waitMilliseconds) {
 // nested step finds it, or the next slice when this one is over.
 
 bool PollLoop::RunEventPasses(Clock::time_point end) {
+  const bool worked = RunEventPasses(myPending, end);
+  // Thousands may end at once, and each has a network to tell: the living come first.
+  return RunEventPasses(myEnding, end) || worked;
+}
+
+bool PollLoop::RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending,
+                              Clock::time_point end) {
   bool worked = false;
-  for (std::size_t count = myPending.size(); count > 0 && !myPending.empty(); --count) {
-    const std::shared_ptr<SocketCore> socket = std::move(myPending.front());
-    myPending.pop_front();
+  for (std::size_t count = pending.size(); count > 0 && !pending.empty(); --count) {
+    const std::shared_ptr<SocketCore> socket = std::move(pending.front());
+    pending.pop_front();
     if (socket->myIsBusy) {
-      myPending.push_back(socket);
+      pending.push_back(socket);
       continue;
     }
     socket->myAwaitsPass = false;
@@ -146,8 +159,9 @@ bool PollLoop::RunPolls(Clock::time_point end) {
 }
 
 void PollLoop::HandOver() {
-  for (const std::shared_ptr<_Gatherer>& gatherer : std::exchange(myGatherers, {}))
-    gatherer->HandOver();
+  for (const std::weak_ptr<_Gatherer>& asking : std::exchange(myGatherers, {})) {
+    if (const auto gatherer = asking.lock()) gatherer->HandOver();
+  }
 }
 
 void PollLoop::FlushAll() {
@@ -188,8 +202,9 @@ void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point de
     if (left <= Clock::duration::zero()) return;
     // Inside a nested step nobody else is served, but readiness is still noted.
     if (!myIsNested && NestedStep()) continue;
-    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(left).count();
-    CollectReady(static_cast<int>(std::min<decltype(milliseconds)>(milliseconds, kLongestWait)));
+    auto patience = std::min<Clock::duration>(left, kLongestWait);
+    if (const auto due = myFlushes.Due()) patience = std::min(patience, *due - Clock::now());
+    CollectReady(std::chrono::ceil<std::chrono::microseconds>(std::max(patience, 0ns)));
   }
 }
 
@@ -218,7 +233,7 @@ void PollLoop::KeepAlive(const std::shared_ptr<SocketCore>& socket) {
 void PollLoop::RequestPass(SocketCore& socket) {
   if (socket.myAwaitsPass) return;
   socket.myAwaitsPass = true;
-  myPending.push_back(socket.shared_from_this());
+  (socket.myIsHungUp ? myEnding : myPending).push_back(socket.shared_from_this());
   ScheduleSlice();
 }
 
@@ -227,9 +242,9 @@ void PollLoop::RequestPoll(std::shared_ptr<_Pollable> pollable) {
   ScheduleSlice();
 }
 
-void PollLoop::RequestHandOver(std::shared_ptr<_Gatherer> gatherer) {
-  if (myGatherers.empty() || myGatherers.back() != gatherer) {
-    myGatherers.push_back(std::move(gatherer));
+void PollLoop::RequestHandOver(const std::shared_ptr<_Gatherer>& gatherer) {
+  if (myGatherers.empty() || myGatherers.back().lock() != gatherer) {
+    myGatherers.push_back(gatherer);
   }
   ScheduleSlice();
 }

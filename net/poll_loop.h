@@ -73,7 +73,7 @@ class PollLoop {
   void RequestPass(SocketCore& socket);
   void RequestPoll(std::shared_ptr<_Pollable> pollable);
   // Asks for a HandOver before the next flush; and has all who asked hand over now.
-  void RequestHandOver(std::shared_ptr<_Gatherer> gatherer);
+  void RequestHandOver(const std::shared_ptr<_Gatherer>& gatherer);
   void HandOver();
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
   // Counts a change of a connection's unsent output, in bytes.
@@ -98,8 +98,11 @@ class PollLoop {
   bool RunEventPasses(Clock::time_point end);
   bool RunPolls(Clock::time_point end);
   bool NestedStep();
-  void CollectReady(int waitMilliseconds);
-  bool HasWork() const { return !myPending.empty() || !myQueued.empty() || !myGatherers.empty(); }
+  void CollectReady(std::chrono::microseconds patience);
+  bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
+  bool HasWork() const {
+    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myGatherers.empty();
+  }
   // Sees that what is written and not sent gets its turn, too.
   void ScheduleFlush();
   void FailLargestOutput();
@@ -114,8 +117,9 @@ class PollLoop {
 
   WatchList myWatched;
   std::deque<std::shared_ptr<SocketCore>> myPending;
+  std::deque<std::shared_ptr<SocketCore>> myEnding;  // the same for those whose peer has ended
   std::deque<std::shared_ptr<_Pollable>> myQueued;
-  std::vector<std::shared_ptr<_Gatherer>> myGatherers;
+  std::vector<std::weak_ptr<_Gatherer>> myGatherers;
   FlushQueue myFlushes;
   std::size_t myTotalOutput = 0;
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -34,9 +35,8 @@ class Poller {
   // Wakes nobody any more.
   void Quiet();
 
-  // What is ready now, waiting up to so many milliseconds for the first. Valid until the next
-  // call.
-  std::span<const Ready> Wait(int milliseconds);
+  // What is ready now, waiting so long for the first. Valid until the next call.
+  std::span<const Ready> Wait(std::chrono::microseconds patience);
 
  private:
   struct System;

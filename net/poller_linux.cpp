@@ -11,6 +11,8 @@
 
 namespace corvane {
 
+using namespace std::chrono_literals;
+
 // Edge-triggered, with reading and writing asked for once and for all: no system call changes the
 // interest of a socket afterwards. The epoll descriptor itself is readable while something is
 // ready, which is what wakes Qt.
@@ -54,15 +56,20 @@ void Poller::Quiet() {
   mySystem->notifier.setEnabled(false);
 }
 
-std::span<const Poller::Ready> Poller::Wait(int milliseconds) {
+std::span<const Poller::Ready> Poller::Wait(std::chrono::microseconds patience) {
   mySystem->ready.clear();
-  const int count = epoll_wait(mySystem->descriptor, mySystem->events.data(),
-                               static_cast<int>(mySystem->events.size()), milliseconds);
-  for (int i = 0; i < count; ++i) {
-    const epoll_event& event = mySystem->events[static_cast<std::size_t>(i)];
-    const bool hungUp = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
-    mySystem->ready.push_back({event.data.u64, hungUp || (event.events & EPOLLIN) != 0,
-                               hungUp || (event.events & EPOLLOUT) != 0, hungUp});
+  timespec timeout{static_cast<time_t>(patience / 1s), (patience % 1s) / 1ns};
+  const int most = static_cast<int>(mySystem->events.size());
+  int count = most;
+  while (count == most) {
+    count = epoll_pwait2(mySystem->descriptor, mySystem->events.data(), most, &timeout, nullptr);
+    timeout = {};
+    for (int i = 0; i < count; ++i) {
+      const epoll_event& event = mySystem->events[static_cast<std::size_t>(i)];
+      const bool hungUp = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;
+      mySystem->ready.push_back({event.data.u64, hungUp || (event.events & EPOLLIN) != 0,
+                                 hungUp || (event.events & EPOLLOUT) != 0, hungUp});
+    }
   }
   return mySystem->ready;
 }

@@ -121,6 +121,7 @@ void TCPSocket::Receive() {
   if (received.bytes == 0) {
     // A peer that only ended its sending still reads.
     myLoop.HandOver();
+    if (myState != State::Connected) return;
     FlushOutput();
     return Fail(os::ConnectionResetError());
   }

@@ -81,6 +81,7 @@ void ClientSocket::Abandon() {
 
 void ClientSocket::Leave() {
   if (myState == State::Idle || myState == State::Gone) return;
+  myParent.HandOver();
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
   myLookup.reset();
   if (wasLoggedIn) myParent.CallUserLoggedOut(*this);

@@ -56,7 +56,7 @@ void MapSocket::Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) {
 
 void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
   myRoster.Leave(*SessionOf(socket));
-  if (!socket->IsConnected()) return;
+  if (socket->Handle() == os::kNoSocket) return;
   // The listener was closed, the session goes on.
   std::erase_if(myUnlinked, [](const auto& session) { return session.expired(); });
   myUnlinked.push_back(SessionOf(socket));

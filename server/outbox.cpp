@@ -3,6 +3,11 @@
 #include "server/client_socket.h"
 
 namespace corvane {
+namespace {
+
+constexpr std::size_t kMostKept = std::size_t{256} << 10;  // bytes, for the next reports
+
+}  // namespace
 
 void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet) {
   myBytes += packet;
@@ -22,6 +27,8 @@ void Outbox::HandOver(const Members& members) {
   }
   for (const Packet& packet : myPackets)
     packet.sender->SetGathered(false);
+  if (myBytes.capacity() > kMostKept) myBytes = {};
+  if (myPackets.capacity() * sizeof(Packet) > kMostKept) myPackets = {};
   myBytes.clear();
   myPackets.clear();
   myIsNameShared = false;

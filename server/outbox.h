@@ -20,7 +20,6 @@ class Outbox {
   using Members = std::vector<std::shared_ptr<ClientSocket>>;
 
   bool IsEmpty() const { return myPackets.empty(); }
-  std::size_t SizeBytes() const { return myBytes.size(); }
 
   // One more packet, for every member who has another name than the sender.
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);

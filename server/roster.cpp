@@ -75,10 +75,12 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
   Group& group = found->second;
   if (group.outbox.IsEmpty()) myGathered.push_back(&group);
   group.outbox.Add(sender, packet);
-  if (group.outbox.SizeBytes() * group.members.Get()->size() >= kMostHandedOver) HandOver();
+  myGatheredBytes += packet.size() * group.members.Get()->size();
+  if (myGatheredBytes >= kMostHandedOver) HandOver();
 }
 
 void Roster::HandOver() {
+  myGatheredBytes = 0;
   for (Group* const group : std::exchange(myGathered, {}))
     group->outbox.HandOver(*group->members.Get());
 }

@@ -53,7 +53,8 @@ class Roster {
   };
 
   std::unordered_map<const ServerNetworks*, Group> myGroups;
-  std::vector<Group*> myGathered;  // those whose outbox is not empty
+  std::vector<Group*> myGathered;   // those whose outbox is not empty
+  std::size_t myGatheredBytes = 0;  // bytes that their hand-over copies
   std::unordered_map<std::string, std::size_t> myNames;
   std::uint64_t myLastHandOff = 0;
 };

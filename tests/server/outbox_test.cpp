@@ -98,5 +98,29 @@ TEST_F(OutboxTest, TwoOfOneNameNeverSeeEachOther) {
   EXPECT_EQ(ann->Receive(), Position("", 2));
 }
 
+TEST_F(OutboxTest, ListenerThatGoesSendsWhatWasReported) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  Report("Ann", 1);
+  const std::weak_ptr<MapSocket> listener = server.listener;
+  server.listener.reset();
+  EXPECT_TRUE(listener.expired());
+  EXPECT_EQ(bob->Receive(), Position("Ann", 1));
+  EXPECT_EQ(bob->Receive(), std::nullopt);
+}
+
+TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
+  auto ann = LoggedIn("Ann");
+  const auto session = server.SessionOf("Ann");
+  // Reports of a session that has lost its listener still go to its network.
+  server.listener->Close();
+  server.listener->Listen();
+  const auto bob = LoggedIn("Bob");
+  session->X = 1;
+  server.listener->BroadcastPosition(*session);
+  server.SessionOf("Bob")->Close();
+  EXPECT_EQ(bob->Receive(), Position("Ann", 1));
+}
+
 }  // namespace
 }  // namespace corvane
