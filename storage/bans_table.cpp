@@ -3,7 +3,8 @@
 namespace corvane {
 
 bool BansTable::IsBanned(const std::string& address) {
-  return myConnection.HasRow("SELECT * FROM bans WHERE address='" + address + "'");
+  // An address is digits and dots, so this is what the text with the address in it would give.
+  return myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", address);
 }
 
 void BansTable::Add(const std::string& address, const std::string& by, const std::string& reason,

@@ -18,25 +18,6 @@ constexpr std::chrono::milliseconds kOutsiderTime(20);
 constexpr int kInstructionsBetweenLooks = 100;
 constexpr std::string_view kSelectAll = "SELECT * FROM ";
 
-struct StatementEnd {
-  void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
-};
-using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
-
-// The first statement of the text. None, with SQLite's code in `result`, when there is none: also
-// for a text with a NUL, which SQLite would take for its end and run what stands before it.
-Statement Prepare(sqlite3* database, std::string_view text, int& result) {
-  result = SQLITE_MISUSE;
-  if (database == nullptr || text.find('\0') != std::string_view::npos) return nullptr;
-  result = SQLITE_TOOBIG;
-  if (text.size() > std::numeric_limits<int>::max()) return nullptr;
-  sqlite3_stmt* statement = nullptr;
-  result =
-      sqlite3_prepare_v2(database, text.data(), static_cast<int>(text.size()), &statement, nullptr);
-  if (result == SQLITE_OK && statement == nullptr) result = SQLITE_MISUSE;
-  return Statement(statement);
-}
-
 int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
   if (const auto* integer = std::get_if<std::int64_t>(&value)) {
     return sqlite3_bind_int64(statement, index, *integer);
@@ -120,13 +101,34 @@ std::string_view TableOf(std::string_view query) {
 
 }  // namespace
 
+void DatabaseConnection::StatementEnd::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+DatabaseConnection::Statement DatabaseConnection::Prepare(std::string_view text, int& result) {
+  result = SQLITE_MISUSE;
+  if (myDatabase == nullptr || text.find('\0') != std::string_view::npos) return nullptr;
+  result = SQLITE_TOOBIG;
+  if (text.size() > std::numeric_limits<int>::max()) return nullptr;
+  sqlite3_stmt* statement = nullptr;
+  result = sqlite3_prepare_v2(myDatabase, text.data(), static_cast<int>(text.size()), &statement,
+                              nullptr);
+  if (result == SQLITE_OK && statement == nullptr) result = SQLITE_MISUSE;
+  return Statement(statement);
+}
+
 DatabaseConnection::~DatabaseConnection() {
+  Close();
+}
+
+void DatabaseConnection::Close() {
+  myKeptStatement.reset();
   sqlite3_close(myDatabase);
+  myDatabase = nullptr;
 }
 
 bool DatabaseConnection::Connect(const QString& file) {
-  sqlite3_close(myDatabase);
-  myDatabase = nullptr;
+  Close();
   // To SQLite some names are no files at all, and an empty one is a new database.
   if (!QFileInfo(file).isFile()) return Fail(sqlite3_errstr(SQLITE_CANTOPEN));
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
@@ -143,14 +145,13 @@ bool DatabaseConnection::Connect(const QString& file) {
   } else {
     FailWith(result);
   }
-  sqlite3_close(myDatabase);
-  myDatabase = nullptr;
+  Close();
   return false;
 }
 
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view query) {
   int result = SQLITE_OK;
-  const Statement statement = Prepare(myDatabase, query, result);
+  const Statement statement = Prepare(query, result);
   if (!statement) {
     FailWith(result);
     return std::nullopt;
@@ -175,10 +176,29 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view que
 
 bool DatabaseConnection::HasRow(std::string_view query) {
   int result = SQLITE_OK;
-  const Statement statement = Prepare(myDatabase, query, result);
-  if (!statement) return FailWith(result);
+  const Statement statement = Prepare(query, result);
+  return statement ? HasRow(statement.get()) : FailWith(result);
+}
+
+bool DatabaseConnection::HasRowWith(std::string_view query, const std::string& value) {
+  int result = SQLITE_OK;
+  if (!myKeptStatement || myKeptQuery != query) {
+    myKeptStatement = Prepare(query, result);
+    myKeptQuery = query;
+  }
+  if (!myKeptStatement) return FailWith(result);
+  const DatabaseValue text = value;  // the statement only points to it
+  Bind(myKeptStatement.get(), 1, text);
+  const bool hasRow = HasRow(myKeptStatement.get());
+  sqlite3_reset(myKeptStatement.get());  // gives the lock back
+  sqlite3_clear_bindings(myKeptStatement.get());
+  return hasRow;
+}
+
+bool DatabaseConnection::HasRow(sqlite3_stmt* statement) {
   bool hasRow = false;
-  while ((result = sqlite3_step(statement.get())) == SQLITE_ROW)
+  int result = SQLITE_OK;
+  while ((result = sqlite3_step(statement)) == SQLITE_ROW)
     hasRow = true;
   if (result != SQLITE_DONE) return FailWith(result);
   Succeed();
@@ -249,7 +269,7 @@ void DatabaseConnection::Commit() {
 
 bool DatabaseConnection::Run(std::string_view statement, const std::vector<DatabaseValue>& values) {
   int result = SQLITE_OK;
-  const Statement prepared = Prepare(myDatabase, statement, result);
+  const Statement prepared = Prepare(statement, result);
   if (!prepared) return FailWith(result);
   for (std::size_t i = 0; i < values.size() && result == SQLITE_OK; ++i) {
     result = Bind(prepared.get(), static_cast<int>(i + 1), values[i]);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include "storage/database_record.h"
 
 struct sqlite3;
+struct sqlite3_stmt;
 
 namespace corvane {
 
@@ -42,8 +44,11 @@ class DatabaseConnection {
   // Whether one query, run exactly as given, succeeds and yields a row.
   bool HasRow(std::string_view query);
 
-  // The same for a text that outsiders have a part in, who could otherwise hold up the server: a
-  // query that calls a function, recurses, or runs for more than 20 ms fails.
+  // The same for a query with one "?" in the place of a text. The last such query is kept prepared.
+  bool HasRowWith(std::string_view query, const std::string& value);
+
+  // The same as HasRow for a text that outsiders have a part in, who could otherwise hold up the
+  // server: a query that calls a function, recurses, or runs for more than 20 ms fails.
   bool HasRowForOutsider(std::string_view query);
 
   // Runs one statement that has no result.
@@ -63,6 +68,18 @@ class DatabaseConnection {
 
  private:
   friend class DatabaseCursor;
+
+  struct StatementEnd {
+    void operator()(sqlite3_stmt* statement) const;
+  };
+  using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
+
+  // The first statement of the text. None, with SQLite's code in `result`, when there is none: also
+  // for a text with a NUL, which SQLite would take for its end and run what stands before it.
+  Statement Prepare(std::string_view text, int& result);
+  // Whether running it yields a row.
+  bool HasRow(sqlite3_stmt* statement);
+  void Close();
   // Runs a statement of our own with bound values; returns whether it succeeded.
   bool Run(std::string_view statement, const std::vector<DatabaseValue>& values);
   // Gives the cursor its rows' identities where the query allows it.
@@ -73,6 +90,8 @@ class DatabaseConnection {
   bool Succeed();
 
   sqlite3* myDatabase = nullptr;
+  std::string myKeptQuery;
+  Statement myKeptStatement;
   bool myError = false;
   std::string myErrorMessage;
 };

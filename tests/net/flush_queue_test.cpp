@@ -11,7 +11,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// A loop that holds sends for good once it has counted some, and two connections of different halves.
+// A loop that holds sends for good once it has counted some, and two connections of different
+// halves.
 class HoldTest : public NetTest {
  protected:
   explicit HoldTest(milliseconds longestHold = std::chrono::hours(1))
