@@ -11,18 +11,9 @@
 #include <QString>
 
 #include "framework/http_client.h"
+#include "geo/client_location.h"
 
 namespace corvane {
-
-// Where a client's address is, as far as it is known. Empty texts and a null picture are unknown.
-struct ClientLocation {
-  std::string country;
-  std::string state;
-  std::string city;
-  std::string zip;
-  std::string timeZone;
-  QImage flag;
-};
 
 // Looks up the location of client addresses: asks a locator service for a page of texts, and a flag
 // service for a picture, which goes into the file "cv_flag.gif". That file is the same for all

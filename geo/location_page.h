@@ -1,9 +1,8 @@
 #pragma once
 
-#include <string>
 #include <string_view>
 
-#include "geo/location_lookup.h"
+#include "geo/client_location.h"
 
 namespace corvane {
 

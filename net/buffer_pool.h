@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <memory>
 #include <vector>
@@ -33,7 +34,8 @@ class BufferPool {
   std::size_t HandedOut() const { return myHandedOut; }
 
  private:
-  static constexpr std::size_t kKeptSizes = 5;  // 4 KiB to 64 KiB
+  static constexpr std::size_t kKeptSizes =
+      std::bit_width(kLargestKept) - std::bit_width(kSmallest) + 1;
 
   std::array<std::vector<Buffer>, kKeptSizes> mySpares;
   std::size_t myLimit;

@@ -69,8 +69,7 @@ void PollLoop::RunSlice() {
     do {
       while (RunPass(end) && Clock::now() < end) {
       }
-      HandOver();
-      myFlushes.Flush(Clock::now() + kSlice);
+      Flush();
       // A turn of Qt's loop costs more than most messages: more may be on its way.
       if (!HasWork()) CollectReady(kLinger);
     } while (!myPending.empty() && !myIsStopped && Clock::now() < end);
@@ -164,6 +163,11 @@ void PollLoop::HandOver() {
   }
 }
 
+void PollLoop::Flush() {
+  HandOver();
+  myFlushes.Flush(Clock::now() + kSlice);
+}
+
 void PollLoop::FlushAll() {
   HandOver();
   for (SocketCore* const socket : myWatched.All()) {
@@ -189,8 +193,7 @@ void PollLoop::GiveWay() {
 bool PollLoop::NestedStep() {
   const ScopedFlag nested(myIsNested);
   const bool worked = RunPass(Clock::now() + kSlice);
-  HandOver();
-  myFlushes.Flush(Clock::now() + kSlice);
+  Flush();
   return worked;
 }
 

@@ -98,8 +98,9 @@ class PollLoop {
   bool RunEventPasses(Clock::time_point end);
   bool RunPolls(Clock::time_point end);
   bool NestedStep();
-  void CollectReady(std::chrono::microseconds patience);
   bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
+  void Flush();
+  void CollectReady(std::chrono::microseconds patience);
   bool HasWork() const {
     return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myGatherers.empty();
   }
