@@ -15,6 +15,15 @@ std::string StatusPrefix(const QDateTime& time) {
   return {text, static_cast<std::size_t>(length)};
 }
 
+const std::string& StatusClock::Prefix() {
+  const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
+  if (myPrefix.empty() || now != mySecond) {
+    mySecond = now;
+    myPrefix = StatusPrefix(QDateTime::fromSecsSinceEpoch(now.time_since_epoch().count()));
+  }
+  return myPrefix;
+}
+
 void StatusLog::Append(std::string_view prefix, std::string_view text) {
   myBytes.append(prefix).append(text);
   myEnds.push_back(myBytes.size());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -11,6 +12,17 @@ namespace corvane {
 
 // What stands before the text of a status line: "[3/7/2011 9:05:02] ".
 std::string StatusPrefix(const QDateTime& time);
+
+// The prefix of the current local time. Asking the system for its time zone costs more than the
+// rest of a line, so the text is made once a second.
+class StatusClock {
+ public:
+  const std::string& Prefix();
+
+ private:
+  std::chrono::sys_seconds mySecond;
+  std::string myPrefix;
+};
 
 // The lines of the status log, one after the other in one arena of bytes: a line costs its bytes
 // and one number. There is no limit but memory.

@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <QCloseEvent>
-#include <QDateTime>
 #include <QGuiApplication>
 #include <QMenuBar>
 
@@ -311,7 +310,7 @@ void wndMain::MakeAdmin(const ClientSocket& user) {
 }
 
 void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {
-  const std::string prefix = StatusPrefix(QDateTime::currentDateTime());
+  const std::string& prefix = myClock.Prefix();
   myStatus.Append(prefix, text);
   myOutput.WriteLine(prefix + text);
 }

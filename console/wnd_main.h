@@ -86,6 +86,7 @@ class wndMain : public QMainWindow {
 
   App& myApp;
   std::function<bool()> myHasTray;
+  StatusClock myClock;
   StandardOutput myOutput;
   StatusLogModel myStatus;
   NetworksModel myNetworks;

@@ -1,6 +1,6 @@
 #include "framework/standard_output.h"
 
-#include <array>
+#include <chrono>
 
 #include "framework/text.h"
 
@@ -9,6 +9,7 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxKept = 1024 * 1024;  // bytes
+constexpr std::chrono::milliseconds kGatheringTime{20};
 
 void AppendEscape(std::string& output, unsigned char code) {
   constexpr std::string_view kHexDigits = "0123456789ABCDEF";
@@ -44,9 +45,18 @@ std::string Escaped(std::string_view text) {
   return output;
 }
 
+StandardOutput::StandardOutput() {
+  myWriting.setSingleShot(true);
+  myWriting.setInterval(kGatheringTime);
+  QObject::connect(&myWriting, &QTimer::timeout, [this] { WriteInTime(); });
+}
+
+StandardOutput::~StandardOutput() {
+  WriteKept();
+}
+
 void StandardOutput::WriteLine(std::string_view line) {
   if (myClosed) return;
-  WriteKept();
   std::string next = Escaped(line) + '\n';
   if (myDropped > 0) next.insert(0, "(" + std::to_string(myDropped) + " lines dropped)\n");
   if (myKept.size() + next.size() > kMaxKept) {
@@ -55,7 +65,12 @@ void StandardOutput::WriteLine(std::string_view line) {
   }
   myDropped = 0;
   myKept += next;
+  if (!myWriting.isActive()) myWriting.start();
+}
+
+void StandardOutput::WriteInTime() {
   WriteKept();
+  if (!myKept.empty()) myWriting.start();
 }
 
 }  // namespace corvane

@@ -35,6 +35,8 @@ struct Opened {
   int error = 0;
 };
 
+// A socket that sends at once what is written (no Nagle delay) and notices a peer that is gone
+// without a word within about three minutes. Those that it accepts are the same.
 Opened OpenSocket();
 void CloseSocket(SocketHandle handle);
 
@@ -48,10 +50,6 @@ Accepted Accept(SocketHandle listener);
 // Starts connecting; 0 also while it is still under way, PendingError tells how it ended.
 int Connect(SocketHandle handle, const Endpoint& endpoint);
 int PendingError(SocketHandle handle);
-
-// Sends at once what is written (no Nagle delay) and notices a peer that is gone without a word
-// within about three minutes.
-void PrepareConnection(SocketHandle handle);
 
 // 0 bytes without an error: the peer will send no more.
 Transfer Receive(SocketHandle handle, std::span<char> buffer);

@@ -73,7 +73,6 @@ bool TCPSocket::TakeOver(const os::Accepted& accepted) {
 }
 
 void TCPSocket::BecomeConnected() {
-  os::PrepareConnection(Handle());
   myState = State::Connected;
   SetPending(kConnected);
 }
