@@ -29,15 +29,25 @@ PASSWORD = "demo"
 CROWD = "fanout --networks 20 --users 50 --burst 5"
 
 
+# General publish/subscribe brokers that carry the same loads, where they are installed: program and
+# options, the last of which takes the port.
+BROKERS = {
+    "Redis": ["redis-server", "--bind", "127.0.0.1", "--save", "", "--port"],
+    "NATS": ["nats-server", "--addr", "127.0.0.1", "--port"],
+}
+
+
 class BenchError(Exception):
     """What a measurement could not be made for; ends the script."""
 
 
 class Target:
-    """What a swarm is sent to: a server or a limit relay that runs."""
+    """What a swarm is sent to: a server, a limit relay or a broker that runs."""
 
-    def __init__(self, name: str, process: subprocess.Popen, port: int):
+    def __init__(self, name: str, process: subprocess.Popen, port: int,
+                 swarm: Sequence[str] = ("corvane-swarm",)):
         self.name = name
+        self.swarm = swarm  # the program that speaks to it, with its first words
         self.pid = process.pid
         self.port = port
 
@@ -92,12 +102,19 @@ class Bench:
     @contextlib.contextmanager
     def relay(self) -> Iterator[Target]:
         port = free_port()
-        with running([self.programs / "corvane-limit-relay", str(port)]) as process:
-            wait_until(lambda: process.poll() is not None or answers(port), 10,
-                       "the limit relay did not come up")
-            if process.poll() is not None:
-                raise BenchError("the limit relay did not come up")
+        with listening("limit relay", [self.programs / "corvane-limit-relay", port],
+                       port) as process:
             yield Target("limit relay", process, port)
+
+    @contextlib.contextmanager
+    def broker(self, name: str) -> Iterator[Target]:
+        """One of BROKERS, on its own defaults but that it keeps nothing on disk."""
+        port = free_port()
+        program, *options = BROKERS[name]
+        with listening(name, [find_program(program), *options, port], port,
+                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                       cwd=self.scratch) as process:
+            yield Target(name, process, port, ("corvane-broker-load", name.lower()))
 
     def swarm(self, target: Target, *arguments: object, seconds: Optional[float] = None) -> dict:
         """One run; returns what it found. A run in which anything was lost is an error."""
@@ -141,7 +158,8 @@ class Bench:
         return runs
 
     def start_swarm(self, target: Target, *arguments: object):
-        command = [self.programs / "corvane-swarm", *arguments, "--port", target.port,
+        program, *words = target.swarm
+        command = [self.programs / program, *words, *arguments, "--port", target.port,
                    "--password", PASSWORD, "--server-pid", target.pid]
         return running(command, stdout=subprocess.PIPE, text=True)
 
@@ -157,6 +175,27 @@ def running(command: Sequence[object], **options) -> Iterator[subprocess.Popen]:
         end(process)
         if process.stdout:
             process.stdout.close()
+
+
+@contextlib.contextmanager
+def listening(name: str, command: Sequence[object], port: int,
+              **options) -> Iterator[subprocess.Popen]:
+    """A program that listens on the port."""
+    with running(command, **options) as process:
+        wait_until(lambda: process.poll() is not None or answers(port), 10,
+                   f"the {name} did not come up")
+        if process.poll() is not None:
+            raise BenchError(f"the {name} did not come up")
+        yield process
+
+
+def find_program(name: str) -> Optional[str]:
+    # Daemons lie where not every user's path leads.
+    return shutil.which(name, path=os.environ.get("PATH", "") + ":/usr/sbin:/usr/local/sbin")
+
+
+def installed_brokers() -> List[str]:
+    return [name for name, (program, *_) in BROKERS.items() if find_program(program)]
 
 
 def end(process: subprocess.Popen) -> int:

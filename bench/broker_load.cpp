@@ -1,0 +1,350 @@
+// The swarm's fanout and rate loads for general publish/subscribe brokers, to see where the server
+// stands among them: each member is one connection that subscribes to the network's channel and
+// publishes its reports there, with the bytes that the server would relay as the message. Takes the
+// swarm's options and prints what the swarm prints.
+//
+//   corvane-broker-load redis|nats fanout|rate --networks 1 --users 50 ...
+//
+// Redis: https://redis.io/docs/latest/develop/reference/protocol-spec/ (version 3, in which one
+// connection may publish and receive). NATS: https://docs.nats.io/reference/reference-protocols
+
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <netinet/tcp.h>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <system_error>
+#include <unistd.h>
+#include <vector>
+
+#include <QCoreApplication>
+
+#include "net/descriptor_limit.h"
+#include "tools/swarm/delivery_book.h"
+#include "tools/swarm/options.h"
+#include "tools/swarm/run_result.h"
+#include "tools/swarm/server_probe.h"
+#include "tools/swarm/wire.h"
+
+namespace corvane::swarm {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kPatience{20};  // for what never comes
+constexpr std::string_view kLineEnd = "\r\n";
+
+// How a broker is spoken to; `channel` is one for the whole run.
+class Protocol {
+ public:
+  virtual ~Protocol() = default;
+  // What a new connection says; it is ready once its input ends with ReadyMark.
+  virtual std::string Hello() const = 0;
+  virtual std::string_view ReadyMark() const = 0;
+  virtual void AppendPublish(std::string& output, std::string_view payload) const = 0;
+  // The length of a message's first line when `line` is one: its payload and a line end follow.
+  virtual std::optional<std::size_t> PayloadLength(std::string_view line) const = 0;
+  // How many lines of a message come before that one.
+  virtual int LinesBefore(std::string_view line) const = 0;
+  // What has to be answered to a line that is no message.
+  virtual std::string_view Answer(std::string_view line) const = 0;
+};
+
+std::size_t NumberAfter(std::string_view text, char mark) {
+  const std::size_t begin = text.rfind(mark) + 1;
+  std::size_t number = 0;
+  std::from_chars(text.data() + begin, text.data() + text.size(), number);
+  return number;
+}
+
+class Redis : public Protocol {
+ public:
+  std::string Hello() const override { return "HELLO 3\r\nSUBSCRIBE reports\r\n"; }
+  std::string_view ReadyMark() const override { return "reports\r\n:1\r\n"; }
+  void AppendPublish(std::string& output, std::string_view payload) const override {
+    output += "*3\r\n$7\r\nPUBLISH\r\n$7\r\nreports\r\n$";
+    output.append(std::to_string(payload.size())).append(kLineEnd);
+    output.append(payload).append(kLineEnd);
+  }
+  std::optional<std::size_t> PayloadLength(std::string_view line) const override {
+    return line.starts_with('$') ? std::optional(NumberAfter(line, '$')) : std::nullopt;
+  }
+  // ">3", "$7", "message", "$7", "reports"
+  int LinesBefore(std::string_view line) const override { return line.starts_with('>') ? 5 : 0; }
+  std::string_view Answer(std::string_view) const override { return {}; }
+};
+
+class Nats : public Protocol {
+ public:
+  std::string Hello() const override {
+    return "CONNECT {\"verbose\":false,\"echo\":false,\"protocol\":1,\"lang\":\"c++\","
+           "\"version\":\"1\"}\r\nSUB reports 1\r\nPING\r\n";
+  }
+  std::string_view ReadyMark() const override { return "PONG\r\n"; }
+  void AppendPublish(std::string& output, std::string_view payload) const override {
+    output += "PUB reports ";
+    output.append(std::to_string(payload.size())).append(kLineEnd);
+    output.append(payload).append(kLineEnd);
+  }
+  std::optional<std::size_t> PayloadLength(std::string_view line) const override {
+    return line.starts_with("MSG ") ? std::optional(NumberAfter(line, ' ')) : std::nullopt;
+  }
+  int LinesBefore(std::string_view) const override { return 0; }
+  std::string_view Answer(std::string_view line) const override {
+    return line == "PING" ? "PONG\r\n" : "";
+  }
+};
+
+// One member's connection. Sending blocks, which brokers that read what they are sent never make
+// long.
+class Connection {
+ public:
+  Connection(const sockaddr_in& broker, const Protocol& protocol, Member member)
+      : myProtocol(protocol), myMember(member) {
+    const int on = 1;
+    setsockopt(myDescriptor, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+    if (connect(myDescriptor, reinterpret_cast<const sockaddr*>(&broker), sizeof broker) < 0) {
+      throw std::system_error(errno, std::generic_category(), "connect");
+    }
+    Send(protocol.Hello());
+    while (!std::string_view(myInput).ends_with(protocol.ReadyMark()))
+      Receive(0);
+    myInput.clear();
+  }
+  ~Connection() { close(myDescriptor); }
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+
+  int Descriptor() const { return myDescriptor; }
+  Member Identity() const { return myMember; }
+
+  void Send(std::string_view bytes) const {
+    while (!bytes.empty()) {
+      const ssize_t count = send(myDescriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+      if (count < 0) throw std::system_error(errno, std::generic_category(), "send");
+      bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+  }
+
+  // Reads what is there and calls onMessage(payload) for each message.
+  template <typename OnMessage>
+  void Read(OnMessage&& onMessage) {
+    Receive(MSG_DONTWAIT);
+    std::string_view rest = myInput;
+    while (TakeOne(rest, onMessage)) {
+    }
+    myInput.erase(0, myInput.size() - rest.size());
+  }
+
+ private:
+  void Receive(int flags) {
+    static std::array<char, 1 << 18> buffer;
+    const ssize_t count = recv(myDescriptor, buffer.data(), buffer.size(), flags);
+    if (count == 0) throw std::runtime_error("the broker closed a connection");
+    if (count < 0 && errno != EAGAIN) throw std::system_error(errno, std::generic_category());
+    if (count > 0) myInput.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+
+  static std::optional<std::string_view> TakeLine(std::string_view& rest) {
+    const std::size_t end = rest.find(kLineEnd);
+    if (end == std::string_view::npos) return std::nullopt;
+    const std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(end + kLineEnd.size());
+    return line;
+  }
+
+  // Takes a whole message or another line off the front; false if there is none yet.
+  template <typename OnMessage>
+  bool TakeOne(std::string_view& rest, OnMessage& onMessage) {
+    std::string_view left = rest;
+    std::optional<std::string_view> line = TakeLine(left);
+    if (!line) return false;
+    for (int before = myProtocol.LinesBefore(*line); before > 0 && line; --before)
+      line = TakeLine(left);
+    if (!line) return false;
+    if (const auto length = myProtocol.PayloadLength(*line)) {
+      if (left.size() < *length + kLineEnd.size()) return false;
+      onMessage(left.substr(0, *length));
+      left.remove_prefix(*length + kLineEnd.size());
+    } else {
+      Send(myProtocol.Answer(*line));
+    }
+    rest = left;
+    return true;
+  }
+
+  const Protocol& myProtocol;
+  Member myMember;
+  int myDescriptor = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  std::string myInput;
+};
+
+class BrokerRun {
+ public:
+  BrokerRun(const Options& options, const Protocol& protocol)
+      : myOptions(options),
+        myProtocol(protocol),
+        myBook(1, options.users, options.reporters),
+        myProbe(options.serverPid.value_or(getpid())) {
+    for (std::size_t user = 0; user < options.users; ++user) {
+      auto& member = myMembers.emplace_back(
+          std::make_unique<Connection>(options.server, protocol, Member{0, user}));
+      epoll_event event{};
+      event.events = EPOLLIN;
+      event.data.ptr = member.get();
+      epoll_ctl(myEpoll, EPOLL_CTL_ADD, member->Descriptor(), &event);
+    }
+  }
+  ~BrokerRun() { close(myEpoll); }
+  BrokerRun(const BrokerRun&) = delete;
+  BrokerRun& operator=(const BrokerRun&) = delete;
+
+  RunResult Execute() {
+    myProbe.StartCpuClock();
+    myStart = Clock::now();
+    if (myOptions.mode == Mode::Fanout) {
+      FanOut();
+    } else {
+      SendAtRate();
+    }
+    RunResult result;
+    result.mode = myOptions.modeName;
+    result.networks = 1;
+    result.users = myOptions.users;
+    result.elapsed = Clock::now() - myStart;
+    result.deliveries = Deliveries{myBook.Sent(), myBook.Expected(), myBook.Received(),
+                                   myBook.Missing(), myLatency};
+    result.unexpected = myBook.Unexpected();
+    if (myOptions.serverPid) result.serverCpu = myProbe.CpuTime();
+    return result;
+  }
+
+ private:
+  // Bursts of all reporters, the next when all of one has come.
+  void FanOut() {
+    while (Clock::now() - myStart < *myOptions.duration) {
+      myBurstStart = Clock::now();
+      for (std::size_t user = 0; user < myOptions.reporters; ++user)
+        Report(user, myOptions.burst);
+      Drain();
+    }
+  }
+
+  // Every member in turn, evenly spread.
+  void SendAtRate() {
+    const auto total = static_cast<std::uint64_t>(
+        std::chrono::duration<double>(*myOptions.duration).count() / SecondsBetween());
+    for (std::uint64_t number = 0; number < total; ++number) {
+      while (Clock::now() < DueTime(number))
+        Serve(DueTime(number));
+      Report(number % myOptions.users, 1);
+    }
+    Drain();
+  }
+
+  double SecondsBetween() const {
+    return 1 / (myOptions.reportsPerSecond * static_cast<double>(myOptions.users));
+  }
+  Clock::time_point DueTime(std::uint64_t number) const {
+    const std::chrono::duration<double> offset(static_cast<double>(number) * SecondsBetween());
+    return myStart + std::chrono::duration_cast<Clock::duration>(offset);
+  }
+
+  void Report(std::size_t user, std::size_t count) {
+    const Member sender{0, user};
+    myOutput.clear();
+    for (std::size_t i = 0; i < count; ++i) {
+      myReport.clear();
+      AppendReport(myReport, ReportOf(sender, myBook.Send(sender)));
+      myReport.replace(0, kHeaderBytes, UserNameOf(myOptions.userPrefix, sender) + "|");
+      myProtocol.AppendPublish(myOutput, myReport);
+    }
+    myMembers[user]->Send(myOutput);
+  }
+
+  void Drain() {
+    const auto giveUp = Clock::now() + kPatience;
+    while (myBook.Missing() > 0 && Clock::now() < giveUp)
+      Serve(giveUp);
+  }
+
+  // Waits for messages, until the time at most, and takes those that are there.
+  void Serve(Clock::time_point until) {
+    std::array<epoll_event, 256> events;
+    const auto left = std::max(until - Clock::now(), Clock::duration::zero());
+    const auto seconds = std::chrono::floor<std::chrono::seconds>(left);
+    const timespec patience{seconds.count(), (left - seconds).count()};
+    const int count = epoll_pwait2(myEpoll, events.data(), events.size(), &patience, nullptr);
+    for (int i = 0; i < count; ++i) {
+      auto& member = *static_cast<Connection*>(events[static_cast<std::size_t>(i)].data.ptr);
+      member.Read([&](std::string_view payload) { Take(member.Identity(), payload); });
+    }
+  }
+
+  void Take(Member recipient, std::string_view payload) {
+    const std::optional<Relay> relay = ParseRelay(payload);
+    const auto sender = relay ? ParseUserName(myOptions.userPrefix, relay->user) : std::nullopt;
+    if (!sender) return myBook.ReceiveForeign();
+    // Some brokers send a member its own reports, too.
+    if (*sender == recipient || !myBook.Receive(recipient, *sender, relay->report)) return;
+    const auto sequence = static_cast<std::uint64_t>(relay->report.x);
+    const auto sent = myOptions.mode == Mode::Fanout
+                          ? myBurstStart
+                          : DueTime((sequence - 1) * myOptions.users + sender->user);
+    myLatency.Add(Clock::now() - sent);
+  }
+
+  const Options& myOptions;
+  const Protocol& myProtocol;
+  DeliveryBook myBook;
+  ServerProbe myProbe;
+  LatencyHistogram myLatency;
+  int myEpoll = epoll_create1(EPOLL_CLOEXEC);
+  std::vector<std::unique_ptr<Connection>> myMembers;
+  Clock::time_point myStart;
+  Clock::time_point myBurstStart;
+  std::string myReport;
+  std::string myOutput;
+};
+
+std::unique_ptr<Protocol> ProtocolOf(const QString& broker) {
+  if (broker == QLatin1String("redis")) return std::make_unique<Redis>();
+  if (broker == QLatin1String("nats")) return std::make_unique<Nats>();
+  throw std::runtime_error("the first word is redis or nats");
+}
+
+int Main(int argumentCount, char** arguments) {
+  const QCoreApplication application(argumentCount, arguments);
+  try {
+    QStringList words = QCoreApplication::arguments();
+    const auto protocol = ProtocolOf(words.size() > 1 ? words.takeAt(1) : QString());
+    const ParsedOptions parsed = ParseOptions(words);
+    if (!parsed.options) throw std::runtime_error(parsed.text);
+    if (parsed.options->reporters == 0 || parsed.options->networks.size() != 1) {
+      throw std::runtime_error("fanout or rate, in one network");
+    }
+    RaiseDescriptorLimit();
+    const RunResult result = BrokerRun(*parsed.options, *protocol).Execute();
+    std::printf("%s\n%s\n", result.ToText().c_str(), result.ToJson().c_str());
+    return result.IsGood() ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "corvane-broker-load: %s\n", error.what());
+    return 1;
+  }
+}
+
+}  // namespace
+}  // namespace corvane::swarm
+
+int main(int argumentCount, char** arguments) {
+  return corvane::swarm::Main(argumentCount, arguments);
+}
