@@ -5,6 +5,7 @@
 #include "console/my_tray_item.h"
 #include "console/platform.h"
 #include "console/wnd_main.h"
+#include "framework/broken_pipes.h"
 #include "framework/folders.h"
 #include "framework/quit_signals.h"
 #include "net/descriptor_limit.h"

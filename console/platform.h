@@ -2,11 +2,6 @@
 
 namespace corvane {
 
-// What differs between operating systems for the program as a whole.
-
-// A write to a pipe or socket whose reader is gone fails and does not end the program.
-void IgnoreBrokenPipes();
-
 // Chooses Qt's platform where the user did not, by QT_QPA_PLATFORM or by an argument -platform:
 // on Linux Wayland, else X11, as far as the environment names them, else none at all, which is how
 // the program runs without a display.

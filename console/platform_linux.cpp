@@ -1,17 +1,11 @@
 #include <algorithm>
-#include <csignal>
 #include <string_view>
 
 #include <QByteArray>
-#include <QGuiApplication>
 
 #include "console/platform.h"
 
 namespace corvane {
-
-void IgnoreBrokenPipes() {
-  std::signal(SIGPIPE, SIG_IGN);
-}
 
 void ChoosePlatform(int argc, const char* const* argv) {
   const auto isPlatform = [](std::string_view argument) {
@@ -25,10 +19,6 @@ void ChoosePlatform(int argc, const char* const* argv) {
   if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
   if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
   qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
-}
-
-bool HasDisplay() {
-  return QGuiApplication::platformName() != QLatin1String("offscreen");
 }
 
 }  // namespace corvane

@@ -1,9 +1,9 @@
+#include "framework/exception_type.h"
+
 #include <cstdlib>
 #include <cxxabi.h>
 #include <memory>
 #include <typeinfo>
-
-#include "framework/exception_type.h"
 
 namespace corvane {
 

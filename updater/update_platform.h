@@ -1,16 +1,11 @@
 #pragma once
 
-#include <QString>
-
 namespace corvane {
 
 // What differs between operating systems for an update.
 
 // Name of the catalogue's element with the address of this system's installer.
 const char* DownloadElement();
-
-// The folder for the installer, unless another one is chosen.
-QString DefaultDownloadLocation();
 
 // Whether the installer keeps the file name that it has in its address.
 bool DefaultUseActualFilename();

@@ -1,15 +1,9 @@
-#include <QStandardPaths>
-
 #include "updater/update_platform.h"
 
 namespace corvane {
 
 const char* DownloadElement() {
   return "LinuxDownload";
-}
-
-QString DefaultDownloadLocation() {
-  return QStandardPaths::writableLocation(QStandardPaths::DownloadLocation);
 }
 
 // The desktop tells by the ending of the name what to do with a file.

@@ -4,6 +4,8 @@
 #include <optional>
 #include <utility>
 
+#include <QStandardPaths>
+
 #include "updater/update_catalogue.h"
 #include "updater/update_platform.h"
 #include "updater/version.h"
@@ -18,7 +20,7 @@ constexpr std::int64_t kMaxReplyBytes = 1024 * 1024;
 
 VersionChecker::VersionChecker(std::string serverAddress, std::string appName, HttpClient& http,
                                MessageBoxFunction showMessage)
-    : DownloadLocation(DefaultDownloadLocation()),
+    : DownloadLocation(QStandardPaths::writableLocation(QStandardPaths::DownloadLocation)),
       UseActualFilename(DefaultUseActualFilename()),
       mServerAddress(std::move(serverAddress)),
       mAppName(std::move(appName)),

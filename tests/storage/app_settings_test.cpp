@@ -2,43 +2,10 @@
 
 #include <filesystem>
 
-#include <QFile>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
-
-#include "tests/support/unprivileged_user.h"
+#include "tests/storage/app_settings_fixture.h"
 
 namespace corvane {
 namespace {
-
-class AppSettingsTest : public testing::Test {
- protected:
-  void Write(const QByteArray& content) const {
-    QFile output(file);
-    ASSERT_TRUE(output.open(QIODevice::WriteOnly));
-    output.write(content);
-  }
-  QByteArray Content() const {
-    QFile input(file);
-    return input.open(QIODevice::ReadOnly) ? input.readAll() : QByteArray("no file");
-  }
-  // What a later start finds.
-  std::string Stored(std::string_view name) const {
-    AppSettings later(folder.path());
-    later.Load();
-    return later.GetValue(name, "none");
-  }
-
-  QTemporaryDir folder;
-  QString file = folder.filePath(QStringLiteral("Corvane Server.xml"));
-  AppSettings settings{folder.path()};
-};
-
-const QByteArray kFirstFile =
-    "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-    "<settings>\n"
-    "  <setting namestring=\"Port\" valuestring=\"12000\"/>\n"
-    "</settings>\n";
 
 TEST_F(AppSettingsTest, FirstRunWritesThePortAndNothingElse) {
   settings.Load();
@@ -85,20 +52,6 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
     settings.SetValue("Port", "2");
     EXPECT_EQ(Stored("Port"), "2");
   }
-}
-
-TEST_F(AppSettingsTest, SaveThatFailsLeavesTheOldFile) {
-  settings.Load();
-  // Nothing can be made or renamed in the folder, but the file itself might be overwritten.
-  std::filesystem::permissions(file.toStdString(), std::filesystem::perms(0666));
-  std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0555));
-  {
-    const UnprivilegedUser user;
-    settings.SetValue("MaxConns", "7");
-  }
-  EXPECT_EQ(Content(), kFirstFile);
-  EXPECT_EQ(settings.GetValue("MaxConns", ""), "7");
-  std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0700));
 }
 
 }  // namespace

@@ -1,15 +1,10 @@
 #include "storage/database_connection.h"
 
-#include <csignal>
-#include <filesystem>
 #include <fstream>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <QFile>
 
 #include "tests/storage/database_fixture.h"
-#include "tests/support/unprivileged_user.h"
 
 namespace corvane {
 namespace {
@@ -83,37 +78,6 @@ TEST_F(DatabaseTest, GroupIsCommittedAsAWholeOrNotAtAll) {
   connection.Commit();
   EXPECT_FALSE(connection.Error());
   EXPECT_EQ(Run("SELECT name FROM admins"), "b;c;");
-}
-
-TEST_F(DatabaseTest, ReadOnlyFileIsReadButNotChanged) {
-  Run("INSERT INTO admins(name) VALUES('a')");
-  std::filesystem::permissions(file.toStdString(), std::filesystem::perms(0444));
-  std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0755));
-  const UnprivilegedUser user;
-  ASSERT_TRUE(connection.Connect(file)) << connection.ErrorMessage();
-  const auto rows = connection.SQLSelect("SELECT * FROM admins");
-  EXPECT_TRUE(rows && rows->Text("name") == "a");
-  connection.InsertRecord("admins", {});
-  EXPECT_EQ(connection.ErrorMessage(), "attempt to write a readonly database");
-}
-
-TEST_F(DatabaseTest, CommittedRowsOutliveAKilledProcess) {
-  const pid_t child = fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    DatabaseConnection killed;
-    killed.Connect(file);
-    killed.SQLExecute("INSERT INTO admins(name) VALUES('committed')");
-    killed.Begin();
-    killed.SQLExecute("INSERT INTO admins(name) VALUES('not yet')");
-    std::raise(SIGKILL);
-  }
-  int status = 0;
-  ASSERT_EQ(waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFSIGNALED(status));
-  ASSERT_TRUE(connection.Connect(file));
-  const auto rows = connection.SQLSelect("SELECT * FROM admins");
-  EXPECT_TRUE(rows && rows->RecordCount() == 1 && rows->Text("name") == "committed");
 }
 
 }  // namespace

@@ -1,0 +1,11 @@
+#include "console/platform.h"
+
+#include <QGuiApplication>
+
+namespace corvane {
+
+bool HasDisplay() {
+  return QGuiApplication::platformName() != QLatin1String("offscreen");
+}
+
+}  // namespace corvane

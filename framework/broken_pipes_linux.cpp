@@ -1,0 +1,11 @@
+#include <csignal>
+
+#include "framework/broken_pipes.h"
+
+namespace corvane {
+
+void IgnoreBrokenPipes() {
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+}  // namespace corvane

@@ -1,0 +1,8 @@
+#include "net/descriptor_limit.h"
+
+namespace corvane {
+
+// There is no such limit here but memory.
+void RaiseDescriptorLimit() {}
+
+}  // namespace corvane

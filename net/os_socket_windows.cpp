@@ -1,0 +1,187 @@
+#include <algorithm>
+#include <limits>
+#include <string>
+#include <winsock2.h>
+// These need winsock2.h before them.
+#include <mstcpip.h>
+#include <windows.h>
+#include <ws2tcpip.h>
+
+#include "net/os_socket.h"
+
+namespace corvane::os {
+namespace {
+
+// The sockets of a program work while one of these lives.
+class Winsock {
+ public:
+  Winsock() : myError(WSAStartup(MAKEWORD(2, 2), &myData)) {}
+  ~Winsock() {
+    if (myError == 0) WSACleanup();
+  }
+  Winsock(const Winsock&) = delete;
+  Winsock& operator=(const Winsock&) = delete;
+
+  int Error() const { return myError; }
+
+ private:
+  WSADATA myData = {};
+  int myError;
+};
+
+SOCKET Socket(SocketHandle handle) {
+  return static_cast<SOCKET>(handle);
+}
+
+int ErrorOf(int result) {
+  return result == SOCKET_ERROR ? WSAGetLastError() : 0;
+}
+
+int SetOption(SOCKET socket, int level, int option, DWORD value) {
+  return ErrorOf(
+      setsockopt(socket, level, option, reinterpret_cast<const char*>(&value), sizeof value));
+}
+
+// Set for each connection by itself: not all of it is taken over from a listener.
+void SetConnectionOptions(SOCKET socket) {
+  u_long on = 1;
+  ioctlsocket(socket, FIONBIO, &on);
+  SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
+  SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
+  // A minute of silence, then the system's ten probes, twelve seconds apart; data that is not
+  // acknowledged in the same three minutes ends the connection too.
+  tcp_keepalive keepAlive = {1, 60'000, 12'000};
+  DWORD unused = 0;
+  WSAIoctl(socket, SIO_KEEPALIVE_VALS, &keepAlive, sizeof keepAlive, nullptr, 0, &unused, nullptr,
+           nullptr);
+  SetOption(socket, IPPROTO_TCP, TCP_MAXRT, 180);
+}
+
+bool ToSystem(const Endpoint& endpoint, sockaddr_in& address) {
+  address = {};
+  address.sin_family = AF_INET;
+  address.sin_port = htons(endpoint.port);
+  if (endpoint.address.empty()) {
+    address.sin_addr.s_addr = htonl(INADDR_ANY);
+    return true;
+  }
+  return inet_pton(AF_INET, endpoint.address.c_str(), &address.sin_addr) == 1;
+}
+
+Endpoint FromSystem(const sockaddr_in& address) {
+  char text[INET_ADDRSTRLEN] = "";
+  inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
+  return {text, ntohs(address.sin_port)};
+}
+
+sockaddr* Generic(sockaddr_in& address) {
+  return reinterpret_cast<sockaddr*>(&address);
+}
+
+Transfer TransferOf(int count) {
+  if (count == SOCKET_ERROR) return {0, WSAGetLastError()};
+  return {static_cast<std::size_t>(count), 0};
+}
+
+// The system counts in int; the rest of a longer range comes with the next call.
+int Length(std::size_t bytes) {
+  return static_cast<int>(std::min<std::size_t>(bytes, std::numeric_limits<int>::max()));
+}
+
+}  // namespace
+
+Opened OpenSocket() {
+  static const Winsock winsock;
+  if (winsock.Error() != 0) return {kNoSocket, winsock.Error()};
+  const SOCKET opened = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+  if (opened == INVALID_SOCKET) return {kNoSocket, WSAGetLastError()};
+  SetConnectionOptions(opened);
+  return {static_cast<SocketHandle>(opened), 0};
+}
+
+void CloseSocket(SocketHandle handle) {
+  closesocket(Socket(handle));
+}
+
+int UseAddressExclusively(SocketHandle handle) {
+  return SetOption(Socket(handle), SOL_SOCKET, SO_EXCLUSIVEADDRUSE, 1);
+}
+
+int Bind(SocketHandle handle, const Endpoint& endpoint) {
+  sockaddr_in address;
+  if (!ToSystem(endpoint, address)) return WSAEINVAL;
+  return ErrorOf(bind(Socket(handle), Generic(address), sizeof address));
+}
+
+int Listen(SocketHandle handle, int backlog) {
+  return ErrorOf(listen(Socket(handle), backlog));
+}
+
+Accepted Accept(SocketHandle listener) {
+  sockaddr_in address = {};
+  int length = sizeof address;
+  const SOCKET accepted = accept(Socket(listener), Generic(address), &length);
+  if (accepted == INVALID_SOCKET) return {kNoSocket, {}, WSAGetLastError()};
+  SetConnectionOptions(accepted);
+  return {static_cast<SocketHandle>(accepted), FromSystem(address), 0};
+}
+
+int Connect(SocketHandle handle, const Endpoint& endpoint) {
+  sockaddr_in address;
+  if (!ToSystem(endpoint, address)) return WSAEINVAL;
+  const int error = ErrorOf(connect(Socket(handle), Generic(address), sizeof address));
+  return error == WSAEWOULDBLOCK ? 0 : error;
+}
+
+int PendingError(SocketHandle handle) {
+  int error = 0;
+  int length = sizeof error;
+  getsockopt(Socket(handle), SOL_SOCKET, SO_ERROR, reinterpret_cast<char*>(&error), &length);
+  return error;
+}
+
+Transfer Receive(SocketHandle handle, std::span<char> buffer) {
+  return TransferOf(recv(Socket(handle), buffer.data(), Length(buffer.size()), 0));
+}
+
+Transfer Send(SocketHandle handle, std::span<const char> bytes) {
+  return TransferOf(send(Socket(handle), bytes.data(), Length(bytes.size()), 0));
+}
+
+void EndSending(SocketHandle handle) {
+  shutdown(Socket(handle), SD_SEND);
+}
+
+Endpoint LocalEndpoint(SocketHandle handle) {
+  sockaddr_in address = {};
+  int length = sizeof address;
+  if (getsockname(Socket(handle), Generic(address), &length) != 0) return {};
+  return FromSystem(address);
+}
+
+bool WouldBlock(int error) {
+  return error == WSAEWOULDBLOCK;
+}
+
+bool IsOutOfDescriptors(int error) {
+  return error == WSAEMFILE || error == WSAENOBUFS;
+}
+
+bool IsPassingAcceptError(int error) {
+  return error == WSAECONNRESET || error == WSAECONNABORTED || error == WSAEINTR ||
+         error == WSAENETDOWN;
+}
+
+int ConnectionResetError() {
+  return WSAECONNRESET;
+}
+
+int NoBufferError() {
+  return WSAENOBUFS;
+}
+
+int InvalidArgumentError() {
+  return WSAEINVAL;
+}
+
+}  // namespace corvane::os

@@ -1,0 +1,138 @@
+; The installer for Windows. Needs these definitions:
+;   VERSION      four numbers
+;   STAGE        folder with what is installed
+;   FILE_LIST    script with a macro RemoveProgramFiles that deletes the same, and nothing else
+;   ICON         of the installer
+;   OUTPUT       the installer's own name
+; "/S" installs without a question, "/D=C:\folder" into another folder.
+
+Unicode true
+SetCompressor /SOLID lzma
+RequestExecutionLevel admin
+
+!include MUI2.nsh
+!include FileFunc.nsh
+!include LogicLib.nsh
+!include x64.nsh
+!include "${FILE_LIST}"
+
+!define NAME "Corvane Server"
+!define PROGRAM "corvane-server.exe"
+!define DATABASE "serverdb.rsd"
+!define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Corvane Server"
+
+Name "${NAME}"
+OutFile "${OUTPUT}"
+InstallDir "$PROGRAMFILES64\${NAME}"
+BrandingText "${NAME} ${VERSION}"
+VIProductVersion "${VERSION}"
+VIAddVersionKey "ProductName" "${NAME}"
+VIAddVersionKey "FileDescription" "${NAME} installer"
+VIAddVersionKey "FileVersion" "${VERSION}"
+VIAddVersionKey "ProductVersion" "${VERSION}"
+VIAddVersionKey "LegalCopyright" ""
+
+!define MUI_ICON "${ICON}"
+!define MUI_UNICON "${ICON}"
+!define MUI_FINISHPAGE_RUN
+!define MUI_FINISHPAGE_RUN_TEXT "Start ${NAME}"
+!define MUI_FINISHPAGE_RUN_FUNCTION StartServer
+!insertmacro MUI_PAGE_DIRECTORY
+!insertmacro MUI_PAGE_INSTFILES
+!insertmacro MUI_PAGE_FINISH
+!insertmacro MUI_UNPAGE_CONFIRM
+!insertmacro MUI_UNPAGE_INSTFILES
+!insertmacro MUI_LANGUAGE "English"
+
+; A server that runs holds its program's file. One that has just started this installer is about to
+; end, so it is given some seconds before the user is asked.
+!macro WaitUntilServerEnds PREFIX
+Function ${PREFIX}WaitUntilServerEnds
+  ${IfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
+    Return
+  ${EndIf}
+  again:
+  StrCpy $1 0
+  ${Do}
+    ClearErrors
+    FileOpen $0 "$INSTDIR\${PROGRAM}" a
+    ${IfNot} ${Errors}
+      FileClose $0
+      Return
+    ${EndIf}
+    Sleep 500
+    IntOp $1 $1 + 1
+  ${LoopUntil} $1 = 20
+  MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
+    "${NAME} is running. Choose $\"Exit$\" in its menu $\"File$\", then try again." \
+    /SD IDCANCEL IDRETRY again
+  SetErrorLevel 2
+  Quit
+FunctionEnd
+!macroend
+!insertmacro WaitUntilServerEnds ""
+!insertmacro WaitUntilServerEnds "un."
+
+Function .onInit
+  ${IfNot} ${RunningX64}
+    MessageBox MB_OK|MB_ICONSTOP "${NAME} needs a 64-bit Windows." /SD IDOK
+    SetErrorLevel 2
+    Quit
+  ${EndIf}
+  SetRegView 64
+  ; Where it was the last time, unless the command line names a folder.
+  ${If} $INSTDIR == "$PROGRAMFILES64\${NAME}"
+    ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
+    ${If} $0 != ""
+      StrCpy $INSTDIR $0
+    ${EndIf}
+  ${EndIf}
+FunctionEnd
+
+Function un.onInit
+  SetRegView 64
+FunctionEnd
+
+; By the desktop, which does not have this installer's rights.
+Function StartServer
+  Exec '"$WINDIR\explorer.exe" "$INSTDIR\${PROGRAM}"'
+FunctionEnd
+
+Section
+  Call WaitUntilServerEnds
+  SetOutPath "$INSTDIR"
+  File /r "${STAGE}\*"
+  WriteUninstaller "$INSTDIR\uninstall.exe"
+
+  SetShellVarContext all
+  CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${PROGRAM}"
+
+  ; The user's own database stays, whatever is in it.
+  SetShellVarContext current
+  ${IfNot} ${FileExists} "$APPDATA\${DATABASE}"
+    CreateDirectory "$APPDATA"
+    CopyFiles /SILENT "$INSTDIR\${DATABASE}" "$APPDATA\${DATABASE}"
+  ${EndIf}
+
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayName" "${NAME}"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayVersion" "${VERSION}"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayIcon" "$INSTDIR\${PROGRAM}"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "InstallLocation" "$INSTDIR"
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "UninstallString" '"$INSTDIR\uninstall.exe"'
+  WriteRegStr HKLM "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoModify" 1
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
+  ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" $0
+SectionEnd
+
+; Database and settings lie in the user's own folder and stay there.
+Section "Uninstall"
+  Call un.WaitUntilServerEnds
+  !insertmacro RemoveProgramFiles
+  Delete "$INSTDIR\uninstall.exe"
+  RMDir "$INSTDIR"
+  SetShellVarContext all
+  Delete "$SMPROGRAMS\${NAME}.lnk"
+  DeleteRegKey HKLM "${UNINSTALL_KEY}"
+SectionEnd

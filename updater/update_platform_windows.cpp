@@ -1,0 +1,13 @@
+#include "updater/update_platform.h"
+
+namespace corvane {
+
+const char* DownloadElement() {
+  return "WinDownload";
+}
+
+bool DefaultUseActualFilename() {
+  return false;
+}
+
+}  // namespace corvane
