@@ -12,6 +12,8 @@
 namespace corvane::os {
 namespace {
 
+constexpr int kMaximumRetransmission = 5;  // TCP_MAXRT, in seconds; mingw-w64 does not name it
+
 // The sockets of a program work while one of these lives.
 class Winsock {
  public:
@@ -54,7 +56,7 @@ void SetConnectionOptions(SOCKET socket) {
   DWORD unused = 0;
   WSAIoctl(socket, SIO_KEEPALIVE_VALS, &keepAlive, sizeof keepAlive, nullptr, 0, &unused, nullptr,
            nullptr);
-  SetOption(socket, IPPROTO_TCP, TCP_MAXRT, 180);
+  SetOption(socket, IPPROTO_TCP, kMaximumRetransmission, 180);
 }
 
 bool ToSystem(const Endpoint& endpoint, sockaddr_in& address) {
