@@ -19,12 +19,7 @@
 #include "console/wnd_view_bans.h"
 #include "storage/app_settings.h"
 #include "tests/console/console_fixture.h"
-
-// Of the leak sanitizer, where the program is built with it.
-// NOLINTBEGIN(bugprone-reserved-identifier)
-extern "C" __attribute__((weak)) void __lsan_disable();
-extern "C" __attribute__((weak)) void __lsan_enable();
-// NOLINTEND(bugprone-reserved-identifier)
+#include "tests/support/leak_counting.h"
 
 using namespace corvane;
 using testing::ElementsAre;
@@ -33,12 +28,6 @@ using testing::IsEmpty;
 namespace {
 
 using DialogsTest = ConsoleTest;
-
-// An error that is thrown through Qt's handling of a click leaves memory of Qt's behind.
-void CountLeaks(bool on) {
-  const auto set = on ? __lsan_enable : __lsan_disable;
-  if (set != nullptr) set();
-}
 
 // Clicks on the upper or the lower arrow.
 void Step(const UpDownArrows& arrows, bool up) {
@@ -184,6 +173,7 @@ TEST_F(DialogsTest, MessageEndsTheProgramAtAClientWithoutNetwork) {
   TestClient newcomer(myWindow->sSocket->Port());
   ASSERT_EQ(newcomer.Receive(), (WireMessage{1, "Network"}));
   const auto ben = LoggedIn("Ben");
+  // An error that is thrown through Qt's handling of a click leaves memory of Qt's behind.
   CountLeaks(false);
   ChooseInMenuBar("&File", "Send Message");
   auto* message = Opened<wndMessage>("wndMessage");
