@@ -8,6 +8,7 @@
 #include <ws2tcpip.h>
 
 #include "net/os_socket.h"
+#include "net/socket_address.h"
 
 namespace corvane::os {
 namespace {
@@ -57,27 +58,6 @@ void SetConnectionOptions(SOCKET socket) {
   WSAIoctl(socket, SIO_KEEPALIVE_VALS, &keepAlive, sizeof keepAlive, nullptr, 0, &unused, nullptr,
            nullptr);
   SetOption(socket, IPPROTO_TCP, kMaximumRetransmission, 180);
-}
-
-bool ToSystem(const Endpoint& endpoint, sockaddr_in& address) {
-  address = {};
-  address.sin_family = AF_INET;
-  address.sin_port = htons(endpoint.port);
-  if (endpoint.address.empty()) {
-    address.sin_addr.s_addr = htonl(INADDR_ANY);
-    return true;
-  }
-  return inet_pton(AF_INET, endpoint.address.c_str(), &address.sin_addr) == 1;
-}
-
-Endpoint FromSystem(const sockaddr_in& address) {
-  char text[INET_ADDRSTRLEN] = "";
-  inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
-  return {text, ntohs(address.sin_port)};
-}
-
-sockaddr* Generic(sockaddr_in& address) {
-  return reinterpret_cast<sockaddr*>(&address);
 }
 
 Transfer TransferOf(int count) {

@@ -6,14 +6,13 @@
 ;   OUTPUT       the installer's own name
 ; "/S" installs without a question, "/D=C:\folder" into another folder.
 
-Unicode true
+Target amd64-unicode
 SetCompressor /SOLID lzma
 RequestExecutionLevel admin
 
 !include MUI2.nsh
 !include FileFunc.nsh
 !include LogicLib.nsh
-!include x64.nsh
 !include "${FILE_LIST}"
 
 !define NAME "Corvane Server"
@@ -74,12 +73,6 @@ FunctionEnd
 !insertmacro WaitUntilServerEnds "un."
 
 Function .onInit
-  ${IfNot} ${RunningX64}
-    MessageBox MB_OK|MB_ICONSTOP "${NAME} needs a 64-bit Windows." /SD IDOK
-    SetErrorLevel 2
-    Quit
-  ${EndIf}
-  SetRegView 64
   ; Where it was the last time, unless the command line names a folder.
   ${If} $INSTDIR == "$PROGRAMFILES64\${NAME}"
     ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
@@ -87,10 +80,6 @@ Function .onInit
       StrCpy $INSTDIR $0
     ${EndIf}
   ${EndIf}
-FunctionEnd
-
-Function un.onInit
-  SetRegView 64
 FunctionEnd
 
 ; By the desktop, which does not have this installer's rights.
