@@ -53,6 +53,7 @@ int PendingError(SocketHandle handle);
 
 // 0 bytes without an error: the peer will send no more.
 Transfer Receive(SocketHandle handle, std::span<char> buffer);
+// Fewer bytes than were given, or WouldBlock: there is no room, and the poller tells when there is.
 Transfer Send(SocketHandle handle, std::span<const char> bytes);
 void EndSending(SocketHandle handle);
 

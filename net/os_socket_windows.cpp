@@ -127,7 +127,15 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
 }
 
 Transfer Send(SocketHandle handle, std::span<const char> bytes) {
-  return TransferOf(send(Socket(handle), bytes.data(), Length(bytes.size()), 0));
+  // Only a call that was refused is followed by word of new room, one that took a part is not.
+  std::size_t sent = 0;
+  while (sent < bytes.size()) {
+    const std::span<const char> rest = bytes.subspan(sent);
+    const Transfer part = TransferOf(send(Socket(handle), rest.data(), Length(rest.size()), 0));
+    sent += part.bytes;
+    if (part.error != 0) return {sent, sent > 0 && WouldBlock(part.error) ? 0 : part.error};
+  }
+  return {sent, 0};
 }
 
 void EndSending(SocketHandle handle) {
