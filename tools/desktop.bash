@@ -1,0 +1,116 @@
+# For scripts that drive the server's windows on a display: waiting, pictures, menus. They set
+# `folder`, where the pictures go.
+# shellcheck shell=bash
+
+fail() {
+  printf '%s: %s\n' "${0##*/}" "$*" >&2
+  exit 1
+}
+
+# ---- waiting
+
+# until_true COMMAND...: tries it until it succeeds, for ten seconds.
+until_true() {
+  local tries
+  for ((tries = 0; tries < 200; tries++)); do
+    if "$@"; then return 0; fi
+    sleep 0.05
+  done
+  fail "this did not come true: $*"
+}
+
+# The visible window of exactly that title, once there is one.
+window_titled() {
+  timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | tail -n 1 ||
+    fail "no window of the title $1 came"
+}
+
+is_gone() { ! xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
+
+is_active() { [[ $(xdotool getactivewindow 2>/dev/null) == "$1" ]]; }
+
+# Menus are the windows of the server that no window manager has put into a frame, and so stand on
+# the screen itself. Sets menu.
+find_menu() {
+  local window
+  for window in $(xwininfo -root -children | awk '/\("corvane-server/ { print $1 }'); do
+    if xwininfo -id "$window" 2>/dev/null | grep -q 'Map State: IsViewable'; then
+      menu=$window
+      return 0
+    fi
+  done
+  return 1
+}
+
+no_menu() { ! find_menu; }
+
+# ---- pictures
+
+# bounds WINDOW: left, top, right and bottom of the window with its frame.
+bounds() {
+  local left top width height frame=(0 0 0 0)
+  read -r left top width height < <(xwininfo -id "$1" | awk '
+    /Absolute upper-left X/ { x = $NF } /Absolute upper-left Y/ { y = $NF }
+    /^  Width/ { w = $NF } /^  Height/ { print x, y, w, $NF }')
+  IFS=', ' read -ra frame < <(xprop -id "$1" _NET_FRAME_EXTENTS | sed -n 's/.*= //p') || true
+  echo "$((left - ${frame[0]:-0})) $((top - ${frame[2]:-0}))" \
+    "$((left + width + ${frame[1]:-0})) $((top + height + ${frame[3]:-0}))"
+}
+
+# The part of the screen that shows the windows.
+area() {
+  local window
+  for window; do bounds "$window"; done | awk '
+    NR == 1 { l = $1; t = $2; r = $3; b = $4 }
+    { l = $1 < l ? $1 : l; t = $2 < t ? $2 : t; r = $3 > r ? $3 : r; b = $4 > b ? $4 : b }
+    END { l = l < 0 ? 0 : l; t = t < 0 ? 0 : t; printf "%dx%d+%d+%d", r - l, b - t, l, t }'
+}
+
+# capture NAME WINDOW...: a picture of the windows, once nothing in it changes any more.
+capture() {
+  local name=$1 part before='' now='' tries
+  shift
+  for ((tries = 0; tries < 50; tries++)); do
+    part=$(area "$@")
+    import -window root -crop "$part" +repage -strip -define png:compression-level=9 \
+      "$folder/$name.png"
+    now="$part $(identify -format '%#' "$folder/$name.png")"
+    [[ $now != "$before" ]] || return 0
+    before=$now
+    sleep 0.15
+  done
+  fail "$name never comes to rest"
+}
+
+# ---- menus
+
+# show_menu KEY|at...: opens a menu and waits for it.
+show_menu() {
+  until_true no_menu
+  "$@"
+  until_true find_menu
+}
+
+# choose STEPS: takes the item that many steps down the open menu.
+choose() {
+  local step
+  for ((step = 0; step < $1; step++)); do xdotool key Down; done
+  xdotool key Return
+  until_true no_menu
+}
+
+close_menu() {
+  xdotool key Escape
+  until_true no_menu
+}
+
+has_tray_icon() {
+  (($(xdotool getwindowgeometry --shell "$panel" | sed -n 's/^WIDTH=//p') > 8))
+}
+
+# Opens the menu of the tray icon. Sets panel.
+tray_menu() {
+  panel=$(xdotool search --sync --onlyvisible --class '^trayer$' | tail -n 1)
+  until_true has_tray_icon
+  show_menu xdotool mousemove --window "$panel" 10 10 click 1
+}
