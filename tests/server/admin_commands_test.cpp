@@ -14,33 +14,22 @@ using testing::ElementsAre;
 using testing::EndsWith;
 using testing::IsEmpty;
 
-class AdminTest : public SessionTest {
+class AdminTest : public UsersTest {
  protected:
   AdminTest() { AdminsTable(server.database).Add("Ann", "127.0.0.1", "A"); }
-
-  // Everything that a walk of the commands may touch.
-  void SendAll(TestClient& client) {
-    client.SendBytes(WireBytes(10, "Bob|A") + WireBytes(11, "Bob|spam") + WireBytes(12, "hello") +
-                     WireBytes(13, "") + WireBytes(14, "1"));
-  }
 };
 
 TEST_F(AdminTest, CommandsOfNobodysAdministratorAreIgnored) {
-  const auto ann = LoggedIn("Ann", "B");  // a grant for another network
-  const auto bob = LoggedIn("Bob", "A");
-  for (TestClient* client : {ann.get(), bob.get()}) {
-    client->Send(9, "");
-    SendAll(*client);
+  AdminsTable(server.database).Add("Eve", "127.0.0.1", "A");  // where she is not
+  for (TestClient* client : {eve.get(), bob.get()}) {
+    client->SendBytes(WireBytes(9, "") + WireBytes(10, "Bob|A") + WireBytes(11, "Bob|spam") +
+                      WireBytes(12, "hello") + WireBytes(13, "") + WireBytes(14, "1"));
     EXPECT_THAT(client->Drain(), ElementsAre(WireMessage{9, "0"}));
   }
   EXPECT_EQ(server.Query("SELECT count(*) FROM bans"), "0;");
 }
 
 TEST_F(AdminTest, KickSendsTheNoticeAndNamesTheLastOneExamined) {
-  const auto bob = LoggedIn("Bob");
-  const auto ann = LoggedIn("Ann");
-  const auto eve = LoggedIn("Eve", "B");
-  server.status.clear();
   ann->Send(10, "bOB|a");
   EXPECT_THAT(ann->Drain(), IsEmpty());
   EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{996, "A"})) << "the reason is the network";
@@ -52,19 +41,14 @@ TEST_F(AdminTest, KickSendsTheNoticeAndNamesTheLastOneExamined) {
 }
 
 TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
-  const auto ann = LoggedIn("Ann");
-  const auto bob = LoggedIn("Bob");
-  const auto bobElsewhere = LoggedIn("Eve", "B");
-  server.status.clear();
   ann->SendBytes(WireBytes(9, "") + WireBytes(11, "bob|it's spam") + WireBytes(11, "Eve|x"));
   EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{9, "1"}));
   EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{997, "it's spam"}));
-  EXPECT_THAT(bobElsewhere->Drain(), IsEmpty());
+  EXPECT_THAT(eve->Drain(), IsEmpty());
   EXPECT_THAT(server.status, ElementsAre("Bob Banned: it's spam"));
-  EXPECT_EQ(server.Query("SELECT id, address, \"by\", reason, banlength, network FROM bans"),
-            "1|127.0.0.1|Ann|it's spam|1|A;");
-  EXPECT_EQ(server.Query("SELECT count(*) FROM bans WHERE bandate LIKE '____-__-__ __:__:__'"),
-            "1;");
+  EXPECT_EQ(server.Query("SELECT id, address, \"by\", reason, banlength, network, "
+                         "bandate LIKE '____-__-__ __:__:__' FROM bans"),
+            "1|127.0.0.1|Ann|it's spam|1|A|1;");
 
   ann->Send(13, "");
   const auto list = ann->Receive();
@@ -86,9 +70,6 @@ TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
 }
 
 TEST_F(AdminTest, MessageReachesTheWholeNetworkAndNoOther) {
-  const auto ann = LoggedIn("Ann");
-  const auto bob = LoggedIn("Bob");
-  const auto eve = LoggedIn("Eve", "B");
   ann->SendBytes(WireBytes(12, "") + WireBytes(12, "hello"));
   EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{998, "hello"}));
   EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{998, "hello"}));

@@ -15,10 +15,10 @@ using testing::ElementsAre;
 class OutboxTest : public SessionTest {
  protected:
   // A report of the user, as if it had come in the pass that is under way.
-  void Report(const std::string& user, std::int32_t x) {
-    const auto session = server.SessionOf(user);
-    session->X = x;
-    server.listener->BroadcastPosition(*session);
+  void Report(const std::string& user, std::int32_t x) { Report(*server.SessionOf(user), x); }
+  void Report(ClientSocket& session, std::int32_t x) {
+    session.X = x;
+    server.listener->BroadcastPosition(session);
   }
   static WireMessage Position(const std::string& user, std::int32_t x) {
     return {5, user + "|" + std::to_string(x) + ",0,0,0,0,0"};
@@ -67,16 +67,14 @@ TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
   const auto ann = LoggedIn("Ann");
   const auto bob = Greeted();
   Report("Ann", 1);
-  bob->Send(1, "A");
-  EXPECT_EQ(bob->Receive(), (WireMessage{2, "OK"}));
+  EXPECT_EQ(Ask(*bob, 1, "A"), "OK");
   Report("Ann", 2);
   EXPECT_EQ(bob->Receive(), Position("Ann", 2));
 
   // In one pass, too.
   const auto cat = Greeted();
   ann->Send(4, "3");
-  cat->Send(1, "A");
-  EXPECT_EQ(cat->Receive(), (WireMessage{2, "OK"}));
+  EXPECT_EQ(Ask(*cat, 1, "A"), "OK");
   EXPECT_EQ(bob->Receive(), Position("Ann", 3));
   EXPECT_TRUE(cat->HearsNothing());
 }
@@ -86,11 +84,9 @@ TEST_F(OutboxTest, TwoOfOneNameNeverSeeEachOther) {
   const auto nameless = LoggedIn("");
   const auto ann = LoggedIn("Ann");
   const auto newcomer = Greeted();
-  newcomer->Send(1, "A");
-  EXPECT_EQ(newcomer->Receive(), (WireMessage{2, "OK"}));
+  EXPECT_EQ(Ask(*newcomer, 1, "A"), "OK");
   Report("Ann", 1);
-  server.Active(0)->X = 2;
-  server.listener->BroadcastPosition(*server.Active(0));
+  Report(*server.Active(0), 2);
   Report("Ann", 3);
   EXPECT_EQ(newcomer->Receive(), Position("Ann", 1));
   EXPECT_EQ(newcomer->Receive(), Position("Ann", 3));
@@ -116,8 +112,7 @@ TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
   server.listener->Close();
   server.listener->Listen();
   const auto bob = LoggedIn("Bob");
-  session->X = 1;
-  server.listener->BroadcastPosition(*session);
+  Report(*session, 1);
   server.SessionOf("Bob")->Close();
   EXPECT_EQ(bob->Receive(), Position("Ann", 1));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -23,9 +24,26 @@ class SessionTest : public testing::Test {
     return client;
   }
 
+  // Sends a step of logging in; its answer, "OK" or "FAIL".
+  static std::string Ask(TestClient& client, std::int32_t step, const std::string& payload) {
+    client.Send(step, payload);
+    const auto answer = client.Receive();
+    return answer && answer->command == step + 1 ? answer->payload : "no answer";
+  }
+
   TestServer server;
   NetworkRef a = server.AddNetwork("A");
   NetworkRef b = server.AddNetwork("B");
+};
+
+// Ann and Bob are logged in to A, Eve to B.
+class UsersTest : public SessionTest {
+ protected:
+  UsersTest() { server.status.clear(); }
+
+  std::unique_ptr<TestClient> ann = LoggedIn("Ann");
+  std::unique_ptr<TestClient> bob = LoggedIn("Bob");
+  std::unique_ptr<TestClient> eve = LoggedIn("Eve", "B");
 };
 
 }  // namespace corvane
