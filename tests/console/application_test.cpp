@@ -1,26 +1,40 @@
 #include "console/application.h"
 
-#include <stdexcept>
-#include <string>
-
 #include <QTimer>
-#include <gtest/gtest.h>
+
+#include "console/wnd_message.h"
+#include "tests/console/console_fixture.h"
+#include "tests/support/leak_counting.h"
 
 using namespace corvane;
+using testing::ElementsAre;
 
-TEST(Application, ErrorOfAHandlerEndsInTheLastResort) {
+using ApplicationTest = ConsoleTest;
+
+// A message meets a client without a network.
+TEST_F(ApplicationTest, ErrorOfAHandlerEndsInTheLastResort) {
   auto& application = static_cast<Application&>(*qApp);
-  std::string what;
-  application.LastResort = [&] {
-    try {
-      throw;
-    } catch (const std::exception& error) {
-      what = error.what();
-    }
-    Application::exit(1);
+  application.LastResort = [this] {
+    CountLeaks(true);
+    myApp.LastResort();
+    myApp.LastResort();  // speaks once
   };
-  QTimer::singleShot(0, [] { throw std::runtime_error("lost"); });
+  const auto ann = LoggedIn("Ann");
+  TestClient newcomer(myWindow->sSocket->Port());
+  ASSERT_EQ(newcomer.Receive(), (WireMessage{1, "Network"}));
+  const auto ben = LoggedIn("Ben");
+  // An error that is thrown through Qt's handling of a click leaves memory of Qt's behind.
+  CountLeaks(false);
+  ChooseInMenuBar("&File", "Send Message");
+  auto* message = Opened<wndMessage>("wndMessage");
+  QTest::keyClicks(message->fldText, "hello");
+  QTimer::singleShot(0, [&] { Click(message->btnSend); });
   EXPECT_EQ(Application::exec(), 1);
-  EXPECT_EQ(what, "lost");
   application.LastResort = nullptr;
+  EXPECT_THAT(myBoxes, ElementsAre("An exception of class NilObjectException was not handled.  "
+                                   "The application must shut down."));
+  EXPECT_TRUE(myApp.IsQuitting());
+  EXPECT_EQ(ann->Receive(), (WireMessage{998, "hello"}));
+  EXPECT_TRUE(newcomer.HearsNothing());
+  EXPECT_TRUE(ben->HearsNothing());
 }

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenuBar>
-#include <QTest>
 
 #include "framework/text.h"
 #include "storage/app_settings.h"
@@ -78,7 +77,7 @@ ConsoleTest::ConsoleTest() {
   AppSettings settings(myFolder.path());
   settings.SetValue("AttachedNIC", "none");
   settings.SetValue("AttachedPort", "0");
-  settings.SetValue("UpdateAddress", myUpdateService.Address());
+  settings.SetValue("UpdateAddress", myWebServer.Address());
   EXPECT_TRUE(myApp.Open());
   myWindow.emplace(myApp, [this] { return myHasTray; });
   myWindow->Open();

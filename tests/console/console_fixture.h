@@ -1,15 +1,17 @@
 #pragma once
 
 #include <functional>
+#include <gmock/gmock.h>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <QDialog>
 #include <QMenu>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
+#include <QTest>
 
 #include "console/wnd_main.h"
 #include "server/app.h"
@@ -61,22 +63,26 @@ class ConsoleTest : public testing::Test {
   // Clicks on an item of the menu bar's menu.
   void ChooseInMenuBar(const QString& menu, const QString& caption);
 
-  // The open dialog of that name, which is its class's; none if none is open.
+  // The open dialog of that name, which is its class's; throws if none is open.
   template <typename DialogType>
   DialogType* Opened(const char* name) {
-    return static_cast<DialogType*>(FindDialog(name));
+    QDialog* dialog = FindDialog(name);
+    if (dialog == nullptr) throw std::logic_error(std::string(name) + " is not open");
+    return static_cast<DialogType*>(dialog);
   }
+  bool IsOpen(const char* name) { return FindDialog(name) != nullptr; }
   // Whether no dialog is open; lets a closed one destroy itself.
   bool NoneIsOpen();
 
   QTemporaryDir myFolder;
-  WebServer myUpdateService;
+  WebServer myWebServer;
   bool myHasTray = true;
-  // What the operator was shown, and what he answers.
-  std::vector<MessageBox> myBoxes;
+  // What the operator was told, "title? text" where it was a question, and what he answers.
+  std::vector<std::string> myBoxes;
   MessageBox::Answer myAnswer = MessageBox::Answer::OK;
   App myApp{myFolder.path(), [this](const MessageBox& box) {
-              myBoxes.push_back(box);
+              const bool asks = box.kind == MessageBox::Kind::Question;
+              myBoxes.push_back(asks ? box.title + "? " + box.text : box.text);
               return myAnswer;
             }};
   std::optional<wndMain> myWindow;

@@ -1,16 +1,7 @@
-#include <exception>
-#include <gmock/gmock.h>
-#include <string>
-#include <vector>
-
-#include <QApplication>
+#include <QLineEdit>
 #include <QLocale>
-#include <QTest>
-#include <QTimer>
 #include <QToolButton>
-#include <gtest/gtest.h>
 
-#include "console/application.h"
 #include "console/wnd_add_network.h"
 #include "console/wnd_edit_network.h"
 #include "console/wnd_message.h"
@@ -19,7 +10,6 @@
 #include "console/wnd_view_bans.h"
 #include "storage/app_settings.h"
 #include "tests/console/console_fixture.h"
-#include "tests/support/leak_counting.h"
 
 using namespace corvane;
 using testing::ElementsAre;
@@ -34,24 +24,44 @@ void Step(const UpDownArrows& arrows, bool up) {
   Click(arrows.findChildren<QToolButton*>().at(up ? 0 : 1));
 }
 
+struct ExpectedStep {
+  const char* typed;
+  bool up;
+  const char* then;
+};
+
+// Steps from what is typed by the arrow and again by the key.
+void ExpectSteps(QLineEdit& field, const UpDownArrows& arrows,
+                 const std::vector<ExpectedStep>& steps) {
+  // Never empty in between, which the field would not bear.
+  const auto retype = [&field](const char* text) {
+    field.setFocus();
+    field.selectAll();
+    QTest::keyClicks(&field, text);
+  };
+  for (const ExpectedStep& step : steps) {
+    retype(step.typed);
+    Step(arrows, step.up);
+    EXPECT_EQ(field.text(), step.then) << step.typed;
+    retype(step.typed);
+    QTest::keyClick(&field, step.up ? Qt::Key_Up : Qt::Key_Down);
+    EXPECT_EQ(field.text(), step.then) << step.typed;
+  }
+}
+
 }  // namespace
 
-TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersIn) {
+TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersInWhateverItsName) {
   ChooseOn(*myWindow->lstNetworks, -1, "Add Network");
   auto* add = Opened<wndAddNetwork>("wndAddNetwork");
-  ASSERT_NE(add, nullptr);
   EXPECT_FALSE(add->chkEnable->isChecked());
   EXPECT_EQ(add->txtUsers->text(), "5");
   Type(add->txtName, "North");
   Click(add->btnCancel);
   ASSERT_TRUE(NoneIsOpen());
-  EXPECT_EQ(myWindow->Networks().rowCount(), 2);
-  EXPECT_EQ(Query("SELECT name FROM networks"), "North;So\nuth;");
-
   for (const QString name : {"North", "O'Brien"}) {
     ChooseOn(*myWindow->lstNetworks, -1, "Add Network");
     add = Opened<wndAddNetwork>("wndAddNetwork");
-    ASSERT_NE(add, nullptr);
     QTest::keyClick(add->chkEnable, Qt::Key_Space);
     Type(add->txtName, name);
     Type(add->txtPass, "s3");
@@ -62,29 +72,23 @@ TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersIn) {
   EXPECT_EQ(Query("SELECT * FROM networks WHERE rowid > 2"), "North|s3|5|1;O'Brien|s3|5|1;");
   TestClient ann(myWindow->sSocket->Port());
   EXPECT_TRUE(ann.LogIn("O'Brien", "s3", "Ann"));
+
+  // Only its row cannot be changed.
+  ChooseOn(*myWindow->lstNetworks, 3, "Edit Network");
+  auto* edit = Opened<wndEditNetwork>("wndEditNetwork");
+  Step(*edit->UpDownArrows1, true);
+  Click(edit->btnOK);
+  EXPECT_THAT(myBoxes, ElementsAre("near \"Brien\": syntax error"));
+  EXPECT_TRUE(NoneIsOpen());
+  EXPECT_EQ(myWindow->Networks().NetworkAt(3)->MaxUsers, 6);
+  EXPECT_EQ(Query("SELECT users FROM networks WHERE rowid > 2"), "5;5;");
 }
 
 TEST_F(DialogsTest, MaxUsersStayFromOneToAThousand) {
   ChooseOn(*myWindow->lstNetworks, -1, "Add Network");
   auto* add = Opened<wndAddNetwork>("wndAddNetwork");
-  ASSERT_NE(add, nullptr);
-  const auto steps = [&](bool up) {
-    Step(*add->UpDownArrows1, up);
-    const std::string first = add->txtUsers->text().toStdString();
-    QTest::keyClick(add->txtUsers, up ? Qt::Key_Up : Qt::Key_Down);
-    return first + " " + add->txtUsers->text().toStdString();
-  };
-  EXPECT_EQ(steps(true), "6 7");
-  EXPECT_EQ(steps(false), "6 5");
-  add->txtUsers->setFocus();
-  add->txtUsers->selectAll();
-  QTest::keyClicks(add->txtUsers, "0");
-  EXPECT_EQ(add->txtUsers->text(), "1");
-  EXPECT_EQ(steps(false), "1 1");
-  add->txtUsers->selectAll();
-  QTest::keyClicks(add->txtUsers, "5000");
-  EXPECT_EQ(add->txtUsers->text(), "1000");
-  EXPECT_EQ(steps(true), "1000 1000");
+  ExpectSteps(*add->txtUsers, *add->UpDownArrows1,
+              {{"5", true, "6"}, {"5", false, "4"}, {"0", false, "1"}, {"5000", true, "1000"}});
   Click(add->btnOK);
   EXPECT_EQ(Query("SELECT * FROM networks WHERE rowid > 2"), "||1000|0;");
 }
@@ -92,7 +96,6 @@ TEST_F(DialogsTest, MaxUsersStayFromOneToAThousand) {
 TEST_F(DialogsTest, EditedNetworkKeepsItsName) {
   ChooseOn(*myWindow->lstNetworks, 1, "Edit Network");
   auto* edit = Opened<wndEditNetwork>("wndEditNetwork");
-  ASSERT_NE(edit, nullptr);
   EXPECT_TRUE(edit->chkEnable->isChecked());
   EXPECT_EQ(edit->txtPass->text(), "secret");
   EXPECT_EQ(edit->txtUsers->text(), "5");
@@ -106,7 +109,6 @@ TEST_F(DialogsTest, EditedNetworkKeepsItsName) {
 
   ChooseOn(*myWindow->lstNetworks, 1, "Edit Network");
   edit = Opened<wndEditNetwork>("wndEditNetwork");
-  ASSERT_NE(edit, nullptr);
   QTest::keyClick(edit->chkEnable, Qt::Key_Space);
   Type(edit->txtName, "West");
   Type(edit->txtPass, "other");
@@ -118,22 +120,7 @@ TEST_F(DialogsTest, EditedNetworkKeepsItsName) {
   EXPECT_EQ(south->Password, "other");
   EXPECT_EQ(south->MaxUsers, 6);
   EXPECT_FALSE(south->Enabled);
-  EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth"));
   EXPECT_THAT(myBoxes, IsEmpty());
-}
-
-TEST_F(DialogsTest, EditTellsTheDatabasesErrorAndCloses) {
-  myWindow->Networks().NetworkAt(0)->NetworkName = "O'Brien";
-  ChooseOn(*myWindow->lstNetworks, 0, "Edit Network");
-  auto* edit = Opened<wndEditNetwork>("wndEditNetwork");
-  ASSERT_NE(edit, nullptr);
-  Step(*edit->UpDownArrows1, true);
-  Click(edit->btnOK);
-  ASSERT_EQ(myBoxes.size(), 1U);
-  EXPECT_EQ(myBoxes[0].text, "near \"Brien\": syntax error");
-  EXPECT_TRUE(NoneIsOpen());
-  EXPECT_EQ(myWindow->Networks().NetworkAt(0)->MaxUsers, 6);
-  EXPECT_EQ(Query("SELECT users FROM networks"), "5;5;");
 }
 
 TEST_F(DialogsTest, MessageReachesTheChosenNetworks) {
@@ -142,11 +129,8 @@ TEST_F(DialogsTest, MessageReachesTheChosenNetworks) {
   const auto send = [&](int row, const QString& text) {
     ChooseInMenuBar("&File", "Send Message");
     auto* message = Opened<wndMessage>("wndMessage");
-    ASSERT_NE(message, nullptr);
-    EXPECT_EQ(message->pmNetwork->currentText(), "(All Networks)");
-    ASSERT_EQ(message->pmNetwork->count(), 3);
-    EXPECT_EQ(message->pmNetwork->itemText(1), "North");
-    EXPECT_EQ(message->pmNetwork->itemText(2), "So\\nuth");
+    EXPECT_THAT(RowTexts(*message->pmNetwork->model()),
+                ElementsAre("(All Networks)", "North", "So\\nuth"));
     for (int i = 0; i < row; ++i)
       QTest::keyClick(message->pmNetwork, Qt::Key_Down);
     QTest::keyClicks(message->fldText, text);
@@ -161,34 +145,6 @@ TEST_F(DialogsTest, MessageReachesTheChosenNetworks) {
               ElementsAre(WireMessage{998, "to all"}, WireMessage{998, "to the north"}));
   EXPECT_THAT(ben->Drain(),
               ElementsAre(WireMessage{998, "to all"}, WireMessage{998, "to the south"}));
-}
-
-TEST_F(DialogsTest, MessageEndsTheProgramAtAClientWithoutNetwork) {
-  auto& application = static_cast<Application&>(*qApp);
-  application.LastResort = [this] {
-    CountLeaks(true);
-    myApp.LastResort();
-  };
-  const auto ann = LoggedIn("Ann");
-  TestClient newcomer(myWindow->sSocket->Port());
-  ASSERT_EQ(newcomer.Receive(), (WireMessage{1, "Network"}));
-  const auto ben = LoggedIn("Ben");
-  // An error that is thrown through Qt's handling of a click leaves memory of Qt's behind.
-  CountLeaks(false);
-  ChooseInMenuBar("&File", "Send Message");
-  auto* message = Opened<wndMessage>("wndMessage");
-  ASSERT_NE(message, nullptr);
-  QTest::keyClicks(message->fldText, "hello");
-  QTimer::singleShot(0, [&] { Click(message->btnSend); });
-  EXPECT_EQ(Application::exec(), 1);
-  application.LastResort = nullptr;
-  ASSERT_EQ(myBoxes.size(), 1U);
-  EXPECT_EQ(myBoxes[0].text,
-            "An exception of class NilObjectException was not handled.  The application must shut "
-            "down.");
-  EXPECT_EQ(ann->Receive(), (WireMessage{998, "hello"}));
-  EXPECT_TRUE(newcomer.HearsNothing());
-  EXPECT_TRUE(ben->HearsNothing());
 }
 
 TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
@@ -207,7 +163,6 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
   };
   auto* settings = open();
   EXPECT_EQ(settings->pmNIC->currentIndex(), -1);
-  EXPECT_EQ(settings->pmNIC->itemText(1), "192.0.2.2");
   EXPECT_EQ(settings->fldConns->text(), "100");
   EXPECT_EQ(settings->fldPort->text(), "0");
   Type(settings->fldConns, "1");
@@ -221,13 +176,10 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
   }
   Type(settings->fldConns, "");
   QTest::keyClick(settings->fldConns, Qt::Key_Return);
-  std::vector<std::string> texts;
-  for (const MessageBox& box : myBoxes)
-    texts.push_back(box.text);
   const std::string noPort = "You must select a valid port number greater than or equal to 10000.";
   const std::string fewConnections = "You must select no fewer than 2 maximum connections.";
-  EXPECT_THAT(texts, ElementsAre("You must select a valid network interface.", noPort, noPort,
-                                 fewConnections, fewConnections));
+  EXPECT_THAT(myBoxes, ElementsAre("You must select a valid network interface.", noPort, noPort,
+                                   fewConnections, fewConnections));
   EXPECT_TRUE(settings->isVisible());
   EXPECT_EQ(stored(), before);
   Type(settings->fldPort, "65535");
@@ -248,58 +200,40 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
 TEST_F(DialogsTest, ConnectionsStepDownFromOneToTwo) {
   ChooseInMenuBar("&File", "Settings...");
   auto* settings = Opened<wndSettings>("wndSettings");
-  ASSERT_NE(settings, nullptr);
-  const struct {
-    const char* typed;
-    bool up;
-    const char* then;
-  } steps[] = {
-      {"2", false, "1"}, {"1", false, "2"}, {"9998", true, "9999"}, {"9999", true, "9999"}};
-  for (const auto& step : steps) {
-    Type(settings->fldConns, step.typed);
-    Step(*settings->udConns, step.up);
-    EXPECT_EQ(settings->fldConns->text(), step.then) << step.typed;
-    Type(settings->fldConns, step.typed);
-    QTest::keyClick(settings->fldConns, step.up ? Qt::Key_Up : Qt::Key_Down);
-    EXPECT_EQ(settings->fldConns->text(), step.then) << step.typed;
-  }
+  ExpectSteps(
+      *settings->fldConns, *settings->udConns,
+      {{"2", false, "1"}, {"1", false, "2"}, {"9998", true, "9999"}, {"9999", true, "9999"}});
 }
 
-TEST_F(DialogsTest, SelectedBansAreLifted) {
+TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   Query(
       "INSERT INTO bans (address, \"by\", reason, bandate, network) VALUES "
       "('192.0.2.1','Ann','a','2011-03-07 09:05:02','North'), ('192.0.2.2','Ann','b','','North'),"
-      "('192.0.2.3','Ann','c','','North'), ('192.0.2.4','Ann','d','','North')");
+      "('192.0.2.3','Ann','c','','North');"
+      "INSERT INTO admins (name, address, network) VALUES ('Ann','192.0.2.1','North'),"
+      "('Ben','192.0.2.2','North'), ('Cid','192.0.2.3','North')");
   const QLocale before;
   QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
   Click(myWindow->btnBans);
   QLocale::setDefault(before);
   auto* bans = Opened<wndViewBans>("wndViewBans");
-  ASSERT_NE(bans, nullptr);
-  const ListBox& list = *bans->lstBans;
-  EXPECT_THAT(RowTexts(*list.model()),
-              ElementsAre("192.0.2.1|Ann|a|07.03.11 09:05", "192.0.2.2|Ann|b|", "192.0.2.3|Ann|c|",
-                          "192.0.2.4|Ann|d|"));
+  EXPECT_THAT(
+      RowTexts(*bans->lstBans->model()),
+      ElementsAre("192.0.2.1|Ann|a|07.03.11 09:05", "192.0.2.2|Ann|b|", "192.0.2.3|Ann|c|"));
   EXPECT_FALSE(bans->btnDel->isEnabled());
-  ClickRow(list, 0);
-  ClickRow(list, 2, Qt::ControlModifier);
+  ClickRow(*bans->lstBans, 0);
+  ClickRow(*bans->lstBans, 2, Qt::ControlModifier);
   Click(bans->btnDel);
-  EXPECT_THAT(RowTexts(*list.model()), ElementsAre("192.0.2.2|Ann|b|", "192.0.2.4|Ann|d|"));
-  EXPECT_EQ(Query("SELECT reason FROM bans"), "b;d;");
+  EXPECT_THAT(RowTexts(*bans->lstBans->model()), ElementsAre("192.0.2.2|Ann|b|"));
+  EXPECT_EQ(Query("SELECT reason FROM bans"), "b;");
   EXPECT_FALSE(bans->btnDel->isEnabled());
-}
+  bans->close();
 
-TEST_F(DialogsTest, SelectedAdministratorsAreRemovedByKey) {
-  Query(
-      "INSERT INTO admins (name, address, network) VALUES ('Ann','192.0.2.1','North'),"
-      "('Ben','192.0.2.2','North'), ('Cid','192.0.2.3','North')");
   Click(myWindow->btnAdmins);
   auto* admins = Opened<wndViewAdmins>("wndViewAdmins");
-  ASSERT_NE(admins, nullptr);
-  ListBox& list = *admins->lstAdmins;
-  ClickRow(list, 0);
-  ClickRow(list, 2, Qt::ControlModifier);
-  QTest::keyClick(&list, Qt::Key_Delete);
-  EXPECT_THAT(RowTexts(*list.model()), ElementsAre("Ben|North|192.0.2.2"));
+  ClickRow(*admins->lstAdmins, 0);
+  ClickRow(*admins->lstAdmins, 2, Qt::ControlModifier);
+  QTest::keyClick(admins->lstAdmins, Qt::Key_Delete);
+  EXPECT_THAT(RowTexts(*admins->lstAdmins->model()), ElementsAre("Ben|North|192.0.2.2"));
   EXPECT_EQ(Query("SELECT name FROM admins"), "Ben;");
 }

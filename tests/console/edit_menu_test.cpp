@@ -1,22 +1,14 @@
 #include "console/edit_menu.h"
 
-#include <string>
-
 #include <QClipboard>
 #include <QGuiApplication>
 #include <QLineEdit>
-#include <QTest>
-#include <gtest/gtest.h>
 
 #include "tests/console/console_fixture.h"
 
 using namespace corvane;
 
-namespace {
-
 using EditMenuTest = ConsoleTest;
-
-}  // namespace
 
 TEST_F(EditMenuTest, ActsOnTheTextFieldWithTheFocus) {
   auto* field = new QLineEdit(&*myWindow);

@@ -1,37 +1,23 @@
 #include "console/users_model.h"
 
-#include <string>
-
-#include <gtest/gtest.h>
+#include "tests/console/console_fixture.h"
 
 using namespace corvane;
-
-namespace {
-
-std::string Rows(const UsersModel& model) {
-  QString rows;
-  for (int row = 0; row < model.rowCount(); ++row) {
-    rows += model.index(row, 0).data().toString() + "@" + model.index(row, 1).data().toString();
-    rows += ";";
-  }
-  return rows.toStdString();
-}
-
-}  // namespace
+using testing::ElementsAre;
 
 TEST(UsersModel, LogInGoesByNameAndLogOutByNameAndNetwork) {
   UsersModel model;
   model.LogIn("Ann", "North", {});
   model.LogIn("ANN", "South", {});
   model.LogIn("", "North", {});
-  EXPECT_EQ(Rows(model), "Ann@North;@North;");
+  EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North", "|North"));
   model.LogOut("Ann", "South");
   model.LogOut("Nobody", "North");
-  EXPECT_EQ(Rows(model), "Ann@North;@North;");
+  EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North", "|North"));
   model.LogOut("aNN", "NORTH");
-  EXPECT_EQ(Rows(model), "@North;");
+  EXPECT_THAT(RowTexts(model), ElementsAre("|North"));
   model.LogIn("Ann", "South", {});
-  EXPECT_EQ(Rows(model), "@North;Ann@South;");
+  EXPECT_THAT(RowTexts(model), ElementsAre("|North", "Ann|South"));
 }
 
 TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
@@ -40,5 +26,5 @@ TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
     model.LogIn("user" + std::to_string(i), "North", {});
   for (int i = 0; i < 98; ++i)
     model.LogOut("user" + std::to_string(i * 37 % 100), "North");
-  EXPECT_EQ(Rows(model), "user26@North;user63@North;");
+  EXPECT_THAT(RowTexts(model), ElementsAre("user26|North", "user63|North"));
 }

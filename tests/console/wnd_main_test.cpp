@@ -1,45 +1,23 @@
 #include "console/wnd_main.h"
 
-#include <gmock/gmock.h>
-#include <string>
-#include <vector>
-
 #include <QAction>
 #include <QApplication>
-#include <QTest>
 #include <QTimer>
-#include <gtest/gtest.h>
 
-#include "framework/text.h"
 #include "tests/console/console_fixture.h"
 
 using namespace corvane;
 using testing::ElementsAre;
 
-namespace {
-
 using WndMainTest = ConsoleTest;
 
-std::string Cell(const QAbstractItemModel& model, int row, int column) {
-  return TextFromDisplay(model.index(row, column).data().toString());
-}
-
-}  // namespace
-
 TEST_F(WndMainTest, ShowsItsNetworksAndEachUserFromLogInToLogOut) {
-  const NetworksModel& networks = myWindow->Networks();
-  ASSERT_EQ(networks.rowCount(), 2);
-  EXPECT_EQ(Cell(networks, 0, 0), "North");
-  EXPECT_EQ(Cell(networks, 1, 0), "So\\nuth");
-  ASSERT_TRUE(QTest::qWaitFor([&] { return myWindow->Status().rowCount() == 1; }));
-  EXPECT_TRUE(Cell(myWindow->Status(), 0, 0).ends_with("] Listening..."));
-
-  TestClient ann(myWindow->sSocket->Port());
-  TestClient ben(myWindow->sSocket->Port());
-  ASSERT_TRUE(ann.LogIn("north", "secret", "Ann"));
-  ASSERT_TRUE(ben.LogIn("So\nuth", "secret", "<b>Ben\n</b>"));
+  EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth"));
+  EXPECT_TRUE(Shows("Listening..."));
+  const auto ann = LoggedIn("Ann", "north");
+  const auto ben = LoggedIn("<b>Ben\n</b>", "So\nuth");
   EXPECT_THAT(Users(), ElementsAre("Ann|North", "<b>Ben\\n</b>|So\\nuth"));
-  ann.Abort();
+  ann->Abort();
   ASSERT_TRUE(QTest::qWaitFor([&] { return Users().size() == 1; }));
   EXPECT_THAT(Users(), ElementsAre("<b>Ben\\n</b>|So\\nuth"));
 }
@@ -49,7 +27,7 @@ TEST_F(WndMainTest, ShowsTheNewestLineUntilTheLogIsCleared) {
   for (int i = 0; i < 200; ++i)
     myWindow->sSocket->CallStatusMessage(std::to_string(i));
   ASSERT_TRUE(QTest::qWaitFor([&] { return status.rowCount() == 201; }));
-  EXPECT_TRUE(Cell(status, 200, 0).ends_with("] 199"));
+  EXPECT_TRUE(RowText(status, 200).ends_with("] 199"));
   const QRect viewport = myWindow->lstStatus->viewport()->rect();
   EXPECT_TRUE(viewport.contains(myWindow->lstStatus->visualRect(status.index(200)).center()));
 
@@ -80,8 +58,7 @@ TEST_F(WndMainTest, ClosingHidesOrMinimisesUntilTheProgramQuits) {
   myHasTray = true;
   EXPECT_FALSE(myWindow->close());
   EXPECT_FALSE(myWindow->isVisible());
-  TestClient ann(myWindow->sSocket->Port());
-  EXPECT_TRUE(ann.LogIn("North", "secret", "Ann"));
+  LoggedIn("Ann");
 
   auto* exit = myWindow->findChild<QAction*>("FileQuit");
   ASSERT_NE(exit, nullptr);

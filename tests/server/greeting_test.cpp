@@ -1,9 +1,4 @@
 #include <chrono>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "tests/server/session_fixture.h"
 #include "tests/support/web_server.h"
@@ -43,21 +38,6 @@ TEST_F(GreetingTest, WaitsForAHangingLocatorWhileEverybodyElseGoesOn) {
     EXPECT_EQ(newcomer->Receive(), (WireMessage{1, "Network"}));
     EXPECT_EQ(newcomer->Receive(), (WireMessage{2, "OK"}));
   }
-}
-
-TEST_F(GreetingTest, SessionKeepsWhatThePageSays) {
-  web.answers[kPage] = {OkReply(
-      "<html>\n<meta name=\"country\" content=\"Norway\">\n"
-      "<meta name=\"regioncode\" content=\"03\">\n<meta name=\"city\" content=\"Oslo\">\n"
-      "<meta name=\"cityid\" content=\"1234\">\n<meta name=\"timezone\" content=\"+1\">\n")};
-  server.locations.SetServices(web.Address(), "");
-  const auto client = Greeted();
-  const auto session = server.Active(0);
-  EXPECT_EQ(session->ClientCountry, "Norway");
-  EXPECT_EQ(session->ClientState, "03");
-  EXPECT_EQ(session->ClientCity, "Oslo");
-  EXPECT_EQ(session->ClientZip, "01234");
-  EXPECT_EQ(session->ClientTimeZone, "+1");
 }
 
 TEST_F(GreetingTest, WhoeverLeavesDuringTheLookupIsNotGreeted) {
