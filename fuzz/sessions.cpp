@@ -12,7 +12,6 @@
 #include <utility>
 
 #include <QCoreApplication>
-#include <QCryptographicHash>
 
 #include "framework/exceptions.h"
 #include "net/os_socket.h"
@@ -69,19 +68,12 @@ class Client {
 constexpr std::array<std::string_view, 4> kNames = {"Ann", "ANN", "Bob", ""};
 
 std::string LogInStep(std::uint8_t choice) {
-  static const std::string digest =
-      QCryptographicHash::hash("secret", QCryptographicHash::Md5).toStdString();
-  switch (choice % 4) {
-    case 0:
-      return WireBytes(1, choice & 16 ? "B" : "a");
-    case 1:
-      return WireBytes(2, digest);
-    case 2:
-      return WireBytes(3, kNames[choice / 16 % kNames.size()]);
-    default:
-      return WireBytes(1, "A") + WireBytes(2, digest) +
-             WireBytes(3, kNames[choice / 16 % kNames.size()]);
-  }
+  static const std::string digest = PasswordDigest("secret");
+  const std::string password = WireBytes(2, digest);
+  const std::string name = WireBytes(3, kNames[choice / 16 % kNames.size()]);
+  const std::string steps[] = {WireBytes(1, choice & 16 ? "B" : "a"), password, name,
+                               WireBytes(1, "A") + password + name};
+  return steps[choice % 4];
 }
 
 class Run {

@@ -1,28 +1,14 @@
 #include "server/client_socket.h"
 
 #include <chrono>
-#include <gmock/gmock.h>
-#include <memory>
-#include <string>
 #include <thread>
-#include <vector>
-
-#include <QCryptographicHash>
-#include <gtest/gtest.h>
 
 #include "tests/server/session_fixture.h"
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::string Digest(const std::string& password) {
-  return QCryptographicHash::hash(QByteArray::fromStdString(password), QCryptographicHash::Md5)
-      .toStdString();
-}
 
 using ClientSocketTest = SessionTest;
 
@@ -36,9 +22,9 @@ TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
   };
   const std::vector<Step> dialogues[] = {
       {{1, "nowhere", "FAIL", 0, "Network Fail (nowhere)"},
-       {2, Digest("secret"), "FAIL", 0, "Login Failed."},
+       {2, PasswordDigest("secret"), "FAIL", 0, "Login Failed."},
        {1, "Closed", "FAIL", 0, "Network Fail (Closed)"},
-       {2, Digest("secret"), "FAIL", 0, "Login Failed."},
+       {2, PasswordDigest("secret"), "FAIL", 0, "Login Failed."},
        {1, "A", "OK", 1, ""}},
       // A network that is chosen again keeps one seat.
       {{1, "A", "OK", 1, ""},
@@ -51,9 +37,9 @@ TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
        {1, "A", "OK", 1, ""},
        {3, "Ann", "FAIL", 1, "Bad Username (Ann)"},
        {2, "", "FAIL", 0, "Login Failed."},
-       {2, Digest("Secret"), "FAIL", 0, "Login Failed."},
+       {2, PasswordDigest("Secret"), "FAIL", 0, "Login Failed."},
        {3, "Ann", "FAIL", 0, "Bad Username (Ann)"},
-       {2, Digest("secret"), "OK", 1, ""},
+       {2, PasswordDigest("secret"), "OK", 1, ""},
        {2, "wrong", "FAIL", 0, "Login Failed."},
        {3, "Ann", "FAIL", 0, "Bad Username (Ann)"}},
       // After the log-in no step changes anything.
@@ -61,7 +47,7 @@ TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
        {2, "5EBE2294ecd0e0f08eab7690d2a6ee69", "OK", 1, ""},
        {3, "Ann", "OK", 1, "User Logged In (Ann)"},
        {1, "B", "FAIL", 1, "Network Fail (B)"},
-       {2, Digest("secret"), "FAIL", 1, "Login Failed."},
+       {2, PasswordDigest("secret"), "FAIL", 1, "Login Failed."},
        {3, "Bob", "FAIL", 1, "Bad Username (Bob)"}}};
   a->MaxUsers = 1;
   server.AddNetwork("Closed", "secret", 10, false);
@@ -91,21 +77,21 @@ TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
 
   EXPECT_EQ(Ask(*first, 2, "wrong"), "FAIL");
   EXPECT_EQ(Ask(*second, 1, "A"), "OK");
-  EXPECT_EQ(Ask(*first, 2, Digest("secret")), "FAIL") << "the seat went to somebody else";
+  EXPECT_EQ(Ask(*first, 2, PasswordDigest("secret")), "FAIL") << "the seat went to somebody else";
   EXPECT_EQ(a->CurrentUsers, 1);
   second->Abort();
   EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 1; }));
   EXPECT_EQ(a->CurrentUsers, 0);
   EXPECT_THAT(server.events, IsEmpty()) << "it never logged in";
   EXPECT_EQ(first->Receive(), (WireMessage{6, ""}));
-  EXPECT_EQ(Ask(*first, 2, Digest("secret")), "OK");
+  EXPECT_EQ(Ask(*first, 2, PasswordDigest("secret")), "OK");
 }
 
 TEST_F(ClientSocketTest, NameIsHeldServerWideWhateverItsCase) {
   const auto ann = LoggedIn("\xC3\x84nn", "A");
   const auto other = Greeted();
   EXPECT_EQ(Ask(*other, 1, "B"), "OK");
-  EXPECT_EQ(Ask(*other, 2, Digest("secret")), "OK");
+  EXPECT_EQ(Ask(*other, 2, PasswordDigest("secret")), "OK");
   EXPECT_EQ(Ask(*other, 3, "\xC3\xA4NN"), "FAIL");
   EXPECT_EQ(b->CurrentUsers, 0);
   b->Enabled = false;
@@ -263,6 +249,3 @@ TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {
   }
   EXPECT_EQ(server.Fault(), "");
 }
-
-}  // namespace
-}  // namespace corvane

@@ -14,10 +14,6 @@ namespace {
 constexpr qint64 kPatience = 10'000;  // milliseconds
 constexpr std::int32_t kBye = 999;
 
-QByteArrayView View(std::string_view bytes) {
-  return {bytes.data(), static_cast<qsizetype>(bytes.size())};
-}
-
 }  // namespace
 
 bool PumpUntil(const std::function<bool()>& condition) {
@@ -49,6 +45,11 @@ std::string WireBytes(std::int32_t command, std::string_view payload) {
   return bytes.append(payload);
 }
 
+std::string PasswordDigest(std::string_view password) {
+  const QByteArrayView bytes(password.data(), static_cast<qsizetype>(password.size()));
+  return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toStdString();
+}
+
 TestClient::TestClient(std::int32_t port) {
   mySocket.connectToHost(QHostAddress(QHostAddress::LocalHost), static_cast<quint16>(port));
   PumpUntil([this] { return mySocket.state() != QAbstractSocket::ConnectingState; });
@@ -71,8 +72,7 @@ std::optional<WireMessage> TestClient::Receive() {
 }
 
 bool TestClient::LogIn(std::string_view network, std::string_view password, std::string_view user) {
-  const std::string digest =
-      QCryptographicHash::hash(View(password), QCryptographicHash::Md5).toStdString();
+  const std::string digest = PasswordDigest(password);
   if (Receive() != WireMessage{1, "Network"}) return false;
   const std::string_view steps[] = {network, digest, user};
   std::int32_t command = 1;

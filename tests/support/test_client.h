@@ -31,6 +31,9 @@ std::ostream& operator<<(std::ostream& stream, const WireMessage& message);
 // The bytes of a message, made without the code under test.
 std::string WireBytes(std::int32_t command, std::string_view payload);
 
+// The 16 bytes that a client sends for a password.
+std::string PasswordDigest(std::string_view password);
+
 // A client of the server, on the framework's own sockets. Runs Qt's loop while it waits.
 class TestClient {
  public:
