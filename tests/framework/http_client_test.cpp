@@ -63,6 +63,7 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
     const char* path;
     WebServer::Answer answer;
     std::string result;
+    milliseconds timeout{5000};
   } cases[] = {
       {"/good", {OkReply("page")}, "page"},
       {"/empty", {OkReply("")}, ""},
@@ -80,16 +81,16 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
       {"/noise", {std::string(300, '\x80')}, "failed"},
       {"/nothing", {""}, "failed"},
       {"/error", {"HTTP/1.1 500 Oops\r\nContent-Length: 4\r\n\r\npage"}, "failed"},
-      {"/slow", {OkReply("page"), true, milliseconds(100)}, "page"},
+      {"/hangs", {"", false}, "failed", milliseconds(50)},
+      {"/hangs-later",
+       {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage", false},
+       "failed",
+       milliseconds(50)},
   };
   for (const auto& row : cases) {
     server.answers[row.path] = row.answer;
-    EXPECT_EQ(Fetch(To(row.path)), row.result) << row.path;
+    EXPECT_EQ(Fetch(To(row.path, row.timeout)), row.result) << row.path;
   }
-  server.answers["/hangs"] = {"", false};
-  server.answers["/hangs-later"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage", false};
-  EXPECT_EQ(Fetch(To("/hangs", milliseconds(50))), "failed");
-  EXPECT_EQ(Fetch(To("/hangs-later", milliseconds(50))), "failed");
   HttpRequest impatient = To("/hangs-later");
   impatient.silence = milliseconds(50);
   EXPECT_EQ(Fetch(impatient), "failed");
@@ -151,37 +152,22 @@ TEST_F(HttpClientTest, CancelledTransferCallsNothingAndLeavesNothing) {
   server.answers["/half"] = {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf", false};
   HttpRequest request = To("/half");
   request.file = folder.filePath("a");
-  std::int64_t received = 0;
-  std::int64_t total = 0;
-  request.progress = [&](std::int64_t now, std::int64_t of) {
-    received = now;
-    total = of;
-  };
+  std::pair<std::int64_t, std::int64_t> progress;
+  request.progress = [&](std::int64_t received, std::int64_t of) { progress = {received, of}; };
   auto transfer = client.Get(request, [](const HttpReply&) { ADD_FAILURE(); });
-  ASSERT_TRUE(PumpUntil([&] { return received == 4; }));
-  EXPECT_EQ(total, 10);
+  ASSERT_TRUE(PumpUntil([&] { return progress == std::pair<std::int64_t, std::int64_t>{4, 10}; }));
   EXPECT_EQ(FileCount(), 1);
   transfer.reset();
   PumpFor(milliseconds(20));
   EXPECT_EQ(FileCount(), 0);
 
-  // From inside its own call, too.
+  // From inside its own call, too, and where the end of the reply is what is wrong with it.
   server.answers["/good"] = {OkReply("page")};
-  bool isDone = false;
-  transfer = client.Get(To("/good"), [&](const HttpReply&) {
-    transfer.reset();
-    isDone = true;
-  });
-  EXPECT_TRUE(PumpUntil([&] { return isDone; }));
-
-  // And where the end of the reply is what is wrong with it.
   server.answers["/too-large"] = {"HTTP/1.1 200 OK\r\nContent-Length: 99999999\r\n\r\n"};
-  isDone = false;
-  transfer = client.Get(To("/too-large"), [&](const HttpReply&) {
-    transfer.reset();
-    isDone = true;
-  });
-  EXPECT_TRUE(PumpUntil([&] { return isDone; }));
+  for (const char* path : {"/good", "/too-large"}) {
+    transfer = client.Get(To(path), [&](const HttpReply&) { transfer.reset(); });
+    EXPECT_TRUE(PumpUntil([&] { return transfer == nullptr; }));
+  }
   request.url = To("/good").url;
   request.progress = [&](std::int64_t, std::int64_t) { transfer.reset(); };
   transfer = client.Get(request, [](const HttpReply&) { ADD_FAILURE(); });

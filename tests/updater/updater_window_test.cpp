@@ -10,7 +10,6 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QTest>
-#include <gtest/gtest.h>
 
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
@@ -67,14 +66,11 @@ TEST_F(UpdaterWindowTest, ShowsBothVersionsAndTheChangesWhateverTheyHold) {
   EXPECT_EQ(UpdaterWindow::WithAppName("%AppName% and %AppName%", "<b>"), "<b> and <b>");
   update.changes = "<b>a</b>\r\nb\rc\xE2\x80\xA8\td\x01\xE2\x80\xAE\xEF\xBF\xBC";
   Open("/setup.deb");
-  EXPECT_EQ(window->windowTitle(), "Update Information");
   EXPECT_EQ(window->InfoLabel->text(), "There is an update available for Server.");
   EXPECT_EQ(window->CurrentVersionText->text().toStdString(), RunningVersion().FullVersion());
   EXPECT_EQ(window->NewVersionText->text(), "1.2.3.45");
-  EXPECT_TRUE(window->UpdateLabel->text().startsWith("Server will quit and "));
   EXPECT_EQ(window->ChangesArea->toPlainText().toStdString(),
             "<b>a</b>\nb\nc\n\td\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
-  EXPECT_EQ(window->OKCancelControl1->ActionButtonText(), "Download");
 
   update.changes = std::string(1024 * 1024, 'x');
   Open("/setup.deb");
@@ -148,16 +144,4 @@ TEST_F(UpdaterWindowTest, DownloadShowsItsProgressUntilTheWindowIsClosed) {
     EXPECT_TRUE(PumpUntil([&] { return window == nullptr; }));
   }
   EXPECT_THAT(events, IsEmpty());
-}
-
-TEST(OKCancelControl, EscapePressesTheCancelButton) {
-  QWidget window;
-  OKCancelControl control(&window);
-  int pressed = 0;
-  control.CancelAction = [&] { ++pressed; };
-  window.show();
-  ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-  control.SetCancelButtonText("Close");
-  QTest::keyClick(&window, Qt::Key_Escape);
-  EXPECT_EQ(pressed, 1);
 }
