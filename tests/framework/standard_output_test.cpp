@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 using namespace std::string_literals;
 
 TEST(StandardOutput, ControlCharactersAreEscaped) {
@@ -13,6 +11,3 @@ TEST(StandardOutput, ControlCharactersAreEscaped) {
   EXPECT_EQ(Escaped("\xC2\x9B[2J"), "\\x9B[2J");
   EXPECT_EQ(Escaped("\x9B[2J \xE9"), "\\x9B[2J \xC3\xA9");
 }
-
-}  // namespace
-}  // namespace corvane

@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 using namespace std::string_literals;
 
 TEST(Text, TwoTextsAreTheSameWhenTheirFoldedFormsAre) {
@@ -32,20 +30,3 @@ TEST(Text, TwoTextsAreTheSameWhenTheirFoldedFormsAre) {
     EXPECT_EQ(FoldText(row.left) == FoldText(row.right), row.same) << row.left << row.right;
   }
 }
-
-TEST(Text, FieldsAreCountedFromOneAndMissingOnesAreEmpty) {
-  const struct {
-    const char* text;
-    std::size_t number;
-    const char* field;
-  } cases[] = {{"a,b,c", 0, ""}, {"a,b,c", 1, "a"}, {"a,b,c", 3, "c"}, {"a,b,c", 4, ""},
-               {",b,", 1, ""},   {",b,", 2, "b"},   {"", 1, ""},       {"abc", 1, "abc"}};
-  for (const auto& row : cases) {
-    EXPECT_EQ(NthField(row.text, ',', row.number), row.field) << row.text << row.number;
-  }
-  EXPECT_EQ(CountFields("", ','), 0U);
-  EXPECT_EQ(CountFields(",b,", ','), 3U);
-}
-
-}  // namespace
-}  // namespace corvane

@@ -6,7 +6,6 @@
 #include <QBuffer>
 #include <QFile>
 #include <QTemporaryDir>
-#include <gtest/gtest.h>
 
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"

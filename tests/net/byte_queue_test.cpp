@@ -5,9 +5,7 @@
 
 #include <gtest/gtest.h>
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 // Random appends, takes and cuts against a plain string, long enough to meet every way of making
 // room: a fresh buffer, moving to the front, growing.
 TEST(ByteQueue, HoldsWhatAStringWouldHold) {
@@ -67,6 +65,3 @@ TEST(ByteQueue, KeepsWhatItHasWhenTheBoundOfAllIsReached) {
   queue.Clear();
   EXPECT_EQ(pool.HandedOut(), 0U);
 }
-
-}  // namespace
-}  // namespace corvane

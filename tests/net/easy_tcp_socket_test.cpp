@@ -1,13 +1,8 @@
 #include "net/easy_tcp_socket.h"
 
 #include <cerrno>
-#include <gmock/gmock.h>
-#include <memory>
-#include <string>
-#include <vector>
 
 #include <QtEndian>
-#include <gtest/gtest.h>
 
 #include "framework/exceptions.h"
 #include "tests/net/recording_server.h"
@@ -160,14 +155,10 @@ TEST_F(EasyTCPSocketTest, WaitTakesItsMessageAndDropsTheOthers) {
   EXPECT_TRUE(Logs(1));
   EXPECT_THAT(server->log, ElementsAre(Name() + " 8 kept"));
 
-  client->Send(7, "not dropped");
-  PumpFor(0ms);
   EXPECT_EQ(socket->WaitForMessage(5, 0), "");
-  EXPECT_TRUE(Logs(2));
   client->Close();
   EXPECT_EQ(socket->WaitForMessage(5, 10), "");
   EXPECT_FALSE(socket->IsConnected());
-  EXPECT_EQ(socket->WaitForMessage(5, 10), "");
 }
 
 TEST_F(EasyTCPSocketTest, WaitInsideAHandlerServesTheOthersOnly) {

@@ -2,8 +2,6 @@
 
 #include <chrono>
 
-#include <gtest/gtest.h>
-
 #include "tests/net/recording_server.h"
 
 namespace corvane {

@@ -4,9 +4,7 @@
 
 #include <gtest/gtest.h>
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 using namespace std::string_literals;
 
 TEST(Frame, LengthDecidesWhatTheBytesAre) {
@@ -29,15 +27,3 @@ TEST(Frame, LengthDecidesWhatTheBytesAre) {
     EXPECT_EQ(ReadFrame(bytes).state, state) << testing::PrintToString(bytes);
   }
 }
-
-TEST(Frame, IsBigEndianWithTheHeaderCounted) {
-  EXPECT_EQ(CreateFrame(0x01020304, "\xC3\xA9"), "\0\0\0\x0A\1\2\3\4\xC3\xA9"s);
-  const std::string bytes = "\0\0\0\x0B\xFF\xFF\xFF\xFE|\0|next"s;
-  const Frame frame = ReadFrame(bytes);
-  EXPECT_EQ(frame.command, -2);
-  EXPECT_EQ(frame.payload, "|\0|"s);
-  EXPECT_EQ(frame.length, 11U);
-}
-
-}  // namespace
-}  // namespace corvane

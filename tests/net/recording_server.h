@@ -3,12 +3,11 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
+#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <utility>
 #include <vector>
-
-#include <gtest/gtest.h>
 
 #include "net/easy_tcp_socket.h"
 #include "net/poll_loop.h"

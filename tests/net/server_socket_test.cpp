@@ -1,12 +1,6 @@
 #include "net/server_socket.h"
 
 #include <cerrno>
-#include <gmock/gmock.h>
-#include <memory>
-#include <utility>
-#include <vector>
-
-#include <gtest/gtest.h>
 
 #include "tests/net/recording_server.h"
 

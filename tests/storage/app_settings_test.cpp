@@ -4,9 +4,7 @@
 
 #include "tests/storage/app_settings_fixture.h"
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 TEST_F(AppSettingsTest, FirstRunWritesThePortAndNothingElse) {
   settings.Load();
   EXPECT_EQ(Content(), kFirstFile);
@@ -53,6 +51,3 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
     EXPECT_EQ(Stored("Port"), "2");
   }
 }
-
-}  // namespace
-}  // namespace corvane

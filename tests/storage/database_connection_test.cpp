@@ -6,9 +6,7 @@
 
 #include "tests/storage/database_fixture.h"
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 TEST_F(DatabaseTest, OnlyAnExistingDatabaseConnects) {
   std::ofstream(Path("corrupt").toStdString()) << std::string(8192, 'x');
   for (const QString& name : {Path("missing"), Path("corrupt"), folder.path(), QString()}) {
@@ -79,6 +77,3 @@ TEST_F(DatabaseTest, GroupIsCommittedAsAWholeOrNotAtAll) {
   EXPECT_FALSE(connection.Error());
   EXPECT_EQ(Run("SELECT name FROM admins"), "b;c;");
 }
-
-}  // namespace
-}  // namespace corvane

@@ -1,3 +1,5 @@
+#include <gmock/gmock.h>
+
 #include "framework/dates.h"
 #include "storage/admins_table.h"
 #include "storage/bans_table.h"
@@ -6,6 +8,8 @@
 
 namespace corvane {
 namespace {
+
+using testing::HasSubstr;
 
 class TablesTest : public DatabaseTest {
  protected:
@@ -16,20 +20,12 @@ class TablesTest : public DatabaseTest {
   AdminsTable admins{connection};
 };
 
-TEST_F(TablesTest, SchemaAppliedAgainKeepsTheRows) {
-  networks.Add("home", "secret", 5, true);
-  MakeDatabase(file);
-  EXPECT_EQ(Run("SELECT * FROM networks"), "home|secret|5|1;");
-}
-
 TEST_F(TablesTest, QueriesOfEveryLoginUseTheIndexes) {
   const auto plan = [this](const std::string& query) { return Run("EXPLAIN QUERY PLAN " + query); };
-  EXPECT_NE(
-      plan("SELECT * FROM bans WHERE address='10.0.0.1'").find("INDEX bans_by_address (address=?)"),
-      std::string::npos);
-  EXPECT_NE(plan("SELECT * FROM admins WHERE name='a' AND network='n' AND address='10.0.0.1'")
-                .find("INDEX admins_by_grant (name=? AND network=? AND address=?)"),
-            std::string::npos);
+  EXPECT_THAT(plan("SELECT * FROM bans WHERE address='a'"),
+              HasSubstr("INDEX bans_by_address (address=?)"));
+  EXPECT_THAT(plan("SELECT * FROM admins WHERE name='a' AND network='n' AND address='a'"),
+              HasSubstr("INDEX admins_by_grant (name=? AND network=? AND address=?)"));
 }
 
 TEST_F(TablesTest, NetworksAreChangedAndDeletedByExactName) {
@@ -37,6 +33,7 @@ TEST_F(TablesTest, NetworksAreChangedAndDeletedByExactName) {
   networks.Add("away", "", -1, false);
   networks.Add("home", "second", 5, true);
   networks.Change("home", "it's new", 9, false);
+  MakeDatabase(file);  // the script keeps what is there
   for (const char* name : {"Home", "", "nowhere"}) {
     networks.Change(name, "new", 1, false);
     networks.Delete(name);
@@ -84,8 +81,6 @@ TEST_F(TablesTest, BanHoldsForItsAddressUntilItIsLifted) {
   bans.Add("10.0.0.2", "op", "", "");
   EXPECT_TRUE(bans.IsBanned("10.0.0.1"));
   EXPECT_FALSE(bans.IsBanned("10.0.0.10"));
-  EXPECT_EQ(Run("SELECT id,address,\"by\",reason,banlength,network FROM bans"),
-            "1|10.0.0.1|Server Admin|it's a reason|1|home;2|10.0.0.2|op||1|;");
   const auto all = bans.All();
   ASSERT_TRUE(all && all->size() == 2);
   EXPECT_EQ(all->at(0).by, "Server Admin");
