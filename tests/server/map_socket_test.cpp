@@ -1,22 +1,16 @@
 #include "server/map_socket.h"
 
-#include <gmock/gmock.h>
-#include <memory>
-
-#include <gtest/gtest.h>
-
 #include "framework/exceptions.h"
 #include "tests/server/session_fixture.h"
 
-namespace corvane {
-namespace {
-
+using namespace corvane;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 using MapSocketTest = UsersTest;
 
 TEST_F(MapSocketTest, MessageEndsAtAConnectionWithoutANetwork) {
+  server.listener->BroadcastMessage("none", "(all networks)");
   const auto waiting = Greeted();
   const auto zoe = LoggedIn("Zoe");
   EXPECT_THROW(server.listener->BroadcastMessage("x", "(All Networks)"), NilObjectException);
@@ -78,6 +72,3 @@ TEST_F(MapSocketTest, ClosedListenerKeepsItsSessionsUntilItIsGone) {
   server.listener.reset();
   EXPECT_TRUE(ann->WasClosedByServer());
 }
-
-}  // namespace
-}  // namespace corvane

@@ -1,9 +1,4 @@
-#include <gmock/gmock.h>
-#include <memory>
-#include <string>
-#include <vector>
 
-#include <gtest/gtest.h>
 
 #include "tests/server/session_fixture.h"
 

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <gmock/gmock.h>
 #include <memory>
 #include <string>
-
-#include <gtest/gtest.h>
 
 #include "tests/support/test_server.h"
 
