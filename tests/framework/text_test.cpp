@@ -30,3 +30,9 @@ TEST(Text, TwoTextsAreTheSameWhenTheirFoldedFormsAre) {
     EXPECT_EQ(FoldText(row.left) == FoldText(row.right), row.same) << row.left << row.right;
   }
 }
+
+TEST(Text, FieldsAreCountedFromOneAndMissingOnesAreEmpty) {
+  EXPECT_EQ(NthField("a,b,", ',', 0), "");
+  EXPECT_EQ(NthField("a,b,", ',', 2), "b");
+  EXPECT_EQ(NthField("a,b", ',', 3), "");
+}
