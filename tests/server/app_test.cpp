@@ -110,12 +110,9 @@ TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
 
 TEST_F(LoadTest, ImpossiblePortIsAListenerErrorAndTheWindowStillComesUp) {
   MakeDatabase(file);
-  for (const char* port : {"70000", "-1"}) {
-    status.clear();
-    Settings("none", port);
-    Load([](MapSocket& listener) { EXPECT_FALSE(listener.IsListening()); });
-    EXPECT_THAT(status, ElementsAre("Server Error: 22", "Listening..."));
-  }
+  Settings("none", "70000");
+  Load([](MapSocket& listener) { EXPECT_FALSE(listener.IsListening()); });
+  EXPECT_THAT(status, ElementsAre("Server Error: 22", "Listening..."));
 }
 
 TEST(NICByMac, FindsTheFirstOfThatAddress) {
