@@ -1,11 +1,10 @@
 #include "net/easy_tcp_socket.h"
 
-#include <cerrno>
-
 #include <QtEndian>
 
 #include "framework/exceptions.h"
 #include "tests/net/recording_server.h"
+#include "tests/support/socket_errors.h"
 
 namespace corvane {
 namespace {
@@ -59,7 +58,7 @@ TEST_F(EasyTCPSocketTest, LargeMessagesAndLongBurstsArriveInOrderBeforeTheEnd) {
     burst += WireBytes(2, std::to_string(i));
     expected.push_back(Name() + " 2 " + std::to_string(i));
   }
-  expected.push_back(Name() + " error " + std::to_string(ECONNRESET));
+  expected.push_back(Name() + " error " + std::to_string(kConnectionReset));
   client->SendBytes(burst);
   client->Close();
   EXPECT_TRUE(Logs(expected.size()));
@@ -108,7 +107,7 @@ TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   EXPECT_LT(loop.Buffers().HandedOut(), 1'000'000U);
   client->Abort();
   EXPECT_TRUE(Logs(1));
-  EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(ECONNRESET)));
+  EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kConnectionReset)));
   EXPECT_EQ(loop.Buffers().HandedOut(), 0U);
 }
 
@@ -199,7 +198,7 @@ TEST_F(EasyTCPSocketTest, ConnectsByItself) {
   own->Connect();
   EXPECT_FALSE(own->WaitForConnection(10));
   EXPECT_TRUE(PumpUntil([&] { return log.size() > 1; }));
-  EXPECT_THAT(log.back(), "1 error " + std::to_string(ECONNREFUSED));
+  EXPECT_THAT(log.back(), "1 error " + std::to_string(kConnectionRefused));
 }
 
 class OutputLimitTest : public EasyTCPSocketTest {
@@ -221,7 +220,7 @@ TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
   EXPECT_THAT(server->log, ElementsAre()) << "raised inside a send";
   EXPECT_EQ(loop.TotalOutput(), 0U);
   EXPECT_TRUE(Logs(1));
-  EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(ENOBUFS)));
+  EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kNoBuffers)));
   EXPECT_EQ(server->ActiveCount(), 0U);
 }
 
@@ -231,7 +230,7 @@ TEST_F(OutputLimitTest, LargestFailsWhenAllTogetherHoldTooMuch) {
   Fill(*socket, 700'000);
   EXPECT_TRUE(socket->IsConnected());
   EXPECT_TRUE(Logs(2));
-  EXPECT_THAT(server->log.back(), testing::EndsWith(" error " + std::to_string(ENOBUFS)));
+  EXPECT_THAT(server->log.back(), testing::EndsWith(" error " + std::to_string(kNoBuffers)));
   EXPECT_EQ(server->Active(0), socket);
   EXPECT_EQ(server->ActiveCount(), 1U);
 }

@@ -1,8 +1,7 @@
 #include "net/server_socket.h"
 
-#include <cerrno>
-
 #include "tests/net/recording_server.h"
+#include "tests/support/socket_errors.h"
 
 namespace corvane {
 namespace {
@@ -104,7 +103,8 @@ TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
   second->SetPort(0);
   second->NetworkInterface = corvane::NetworkInterface{"", "203.0.113.1"};
   second->Listen();
-  EXPECT_THAT(second->errors, ElementsAre(EADDRINUSE, EINVAL, EINVAL, EADDRNOTAVAIL));
+  EXPECT_THAT(second->errors,
+              ElementsAre(kAddressInUse, kInvalidArgument, kInvalidArgument, kAddressNotAvailable));
 }
 
 TEST_F(ServerSocketTest, MinimumTakesPartOnlyAtListen) {

@@ -10,6 +10,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 
+#include "tests/support/socket_errors.h"
 #include "tests/support/test_server.h"
 
 namespace corvane {
@@ -112,7 +113,8 @@ TEST_F(LoadTest, ImpossiblePortIsAListenerErrorAndTheWindowStillComesUp) {
   MakeDatabase(file);
   Settings("none", "70000");
   Load([](MapSocket& listener) { EXPECT_FALSE(listener.IsListening()); });
-  EXPECT_THAT(status, ElementsAre("Server Error: 22", "Listening..."));
+  EXPECT_THAT(status,
+              ElementsAre("Server Error: " + std::to_string(kInvalidArgument), "Listening..."));
 }
 
 TEST(NICByMac, FindsTheFirstOfThatAddress) {

@@ -93,7 +93,8 @@ TEST_F(UpdaterWindowTest, DownloadedInstallerIsStartedAndTheProgramQuits) {
   update.useActualFilename = canLaunch = false;
   Open("/a/setup%20a.deb");
   PressEnter();
-  EXPECT_THAT(Said(), testing::EndsWith(folder.filePath("WindowsInstaller.exe").toStdString()));
+  const QString path = QDir::toNativeSeparators(folder.filePath("WindowsInstaller.exe"));
+  EXPECT_THAT(Said(), testing::EndsWith(path.toStdString()));
   EXPECT_THAT(events, ElementsAre("launch WindowsInstaller.exe installer"));
 }
 

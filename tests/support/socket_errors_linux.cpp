@@ -1,0 +1,14 @@
+#include <cerrno>
+
+#include "tests/support/socket_errors.h"
+
+namespace corvane {
+
+const int kAddressInUse = EADDRINUSE;
+const int kAddressNotAvailable = EADDRNOTAVAIL;
+const int kConnectionRefused = ECONNREFUSED;
+const int kConnectionReset = ECONNRESET;
+const int kInvalidArgument = EINVAL;
+const int kNoBuffers = ENOBUFS;
+
+}  // namespace corvane

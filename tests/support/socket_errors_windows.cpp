@@ -1,0 +1,14 @@
+#include <winsock2.h>
+
+#include "tests/support/socket_errors.h"
+
+namespace corvane {
+
+const int kAddressInUse = WSAEADDRINUSE;
+const int kAddressNotAvailable = WSAEADDRNOTAVAIL;
+const int kConnectionRefused = WSAECONNREFUSED;
+const int kConnectionReset = WSAECONNRESET;
+const int kInvalidArgument = WSAEINVAL;
+const int kNoBuffers = WSAENOBUFS;
+
+}  // namespace corvane
