@@ -12,13 +12,14 @@ namespace corvane {
 std::vector<NetworkInterface> NetworkInterfaces() {
   std::vector<IP_ADAPTER_INFO> adapters;
   ULONG bytes = 0;
+  ULONG result = ERROR_BUFFER_OVERFLOW;
   // Adapters may come between asking how many there are and asking for them.
-  while (GetAdaptersInfo(adapters.data(), &bytes) == ERROR_BUFFER_OVERFLOW) {
+  while ((result = GetAdaptersInfo(adapters.data(), &bytes)) == ERROR_BUFFER_OVERFLOW) {
     adapters.resize(bytes / sizeof(IP_ADAPTER_INFO) + 1);
     bytes = static_cast<ULONG>(adapters.size() * sizeof(IP_ADAPTER_INFO));
   }
   std::vector<NetworkInterface> interfaces;
-  if (adapters.empty()) return interfaces;
+  if (result != NO_ERROR) return interfaces;
   for (const IP_ADAPTER_INFO* adapter = adapters.data(); adapter != nullptr;
        adapter = adapter->Next) {
     const auto address = QByteArray::fromRawData(reinterpret_cast<const char*>(adapter->Address),

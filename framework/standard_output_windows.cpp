@@ -10,7 +10,8 @@ void StandardOutput::WriteKept() {
   // A program with windows has none unless somebody gave it one.
   myClosed = myClosed || output == nullptr || output == INVALID_HANDLE_VALUE;
   if (!myClosed && GetFileType(output) == FILE_TYPE_PIPE) {
-    // A full pipe then takes less, or nothing, at once.
+    // A full pipe then takes less, or nothing, at once; also from others who write into it, since
+    // the system knows no other way.
     DWORD mode = PIPE_READMODE_BYTE | PIPE_NOWAIT;
     SetNamedPipeHandleState(output, &mode, nullptr, nullptr);
   }

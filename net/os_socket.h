@@ -40,8 +40,8 @@ struct Opened {
 Opened OpenSocket();
 void CloseSocket(SocketHandle handle);
 
-// Lets nobody else listen on the address that is bound next, but allows it while connections of
-// an earlier listener linger.
+// Lets nobody else listen on the address that is bound next, but allows it while closed connections
+// of an earlier listener linger.
 int UseAddressExclusively(SocketHandle handle);
 int Bind(SocketHandle handle, const Endpoint& endpoint);
 int Listen(SocketHandle handle, int backlog);

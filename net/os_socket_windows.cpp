@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <limits>
 #include <string>
 #include <winsock2.h>
 // These need winsock2.h before them.
@@ -49,7 +48,6 @@ int SetOption(SOCKET socket, int level, int option, DWORD value) {
 void SetConnectionOptions(SOCKET socket) {
   u_long on = 1;
   ioctlsocket(socket, FIONBIO, &on);
-  SetHandleInformation(reinterpret_cast<HANDLE>(socket), HANDLE_FLAG_INHERIT, 0);
   SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
   // A minute of silence, then the system's ten probes, twelve seconds apart; data that is not
   // acknowledged in the same three minutes ends the connection too.
@@ -65,9 +63,11 @@ Transfer TransferOf(int count) {
   return {static_cast<std::size_t>(count), 0};
 }
 
-// The system counts in int; the rest of a longer range comes with the next call.
-int Length(std::size_t bytes) {
-  return static_cast<int>(std::min<std::size_t>(bytes, std::numeric_limits<int>::max()));
+// A piece of what is to be received or sent. The system would take a send of any length into memory
+// of its own, or fail for want of that; so it gets no more than it asks for.
+int Piece(std::size_t bytes) {
+  constexpr std::size_t kLongest = 64 * 1024;
+  return static_cast<int>(std::min(bytes, kLongest));
 }
 
 }  // namespace
@@ -75,7 +75,8 @@ int Length(std::size_t bytes) {
 Opened OpenSocket() {
   static const Winsock winsock;
   if (winsock.Error() != 0) return {kNoSocket, winsock.Error()};
-  const SOCKET opened = socket(AF_INET, SOCK_STREAM, IPPROTO_TCP);
+  const SOCKET opened = WSASocketW(AF_INET, SOCK_STREAM, IPPROTO_TCP, nullptr, 0,
+                                   WSA_FLAG_OVERLAPPED | WSA_FLAG_NO_HANDLE_INHERIT);
   if (opened == INVALID_SOCKET) return {kNoSocket, WSAGetLastError()};
   SetConnectionOptions(opened);
   return {static_cast<SocketHandle>(opened), 0};
@@ -104,6 +105,7 @@ Accepted Accept(SocketHandle listener) {
   int length = sizeof address;
   const SOCKET accepted = accept(Socket(listener), Generic(address), &length);
   if (accepted == INVALID_SOCKET) return {kNoSocket, {}, WSAGetLastError()};
+  SetHandleInformation(reinterpret_cast<HANDLE>(accepted), HANDLE_FLAG_INHERIT, 0);
   SetConnectionOptions(accepted);
   return {static_cast<SocketHandle>(accepted), FromSystem(address), 0};
 }
@@ -123,7 +125,7 @@ int PendingError(SocketHandle handle) {
 }
 
 Transfer Receive(SocketHandle handle, std::span<char> buffer) {
-  return TransferOf(recv(Socket(handle), buffer.data(), Length(buffer.size()), 0));
+  return TransferOf(recv(Socket(handle), buffer.data(), Piece(buffer.size()), 0));
 }
 
 Transfer Send(SocketHandle handle, std::span<const char> bytes) {
@@ -131,7 +133,7 @@ Transfer Send(SocketHandle handle, std::span<const char> bytes) {
   std::size_t sent = 0;
   while (sent < bytes.size()) {
     const std::span<const char> rest = bytes.subspan(sent);
-    const Transfer part = TransferOf(send(Socket(handle), rest.data(), Length(rest.size()), 0));
+    const Transfer part = TransferOf(send(Socket(handle), rest.data(), Piece(rest.size()), 0));
     sent += part.bytes;
     if (part.error != 0) return {sent, sent > 0 && WouldBlock(part.error) ? 0 : part.error};
   }

@@ -15,6 +15,9 @@ namespace {
 constexpr UINT kSocketMessage = WM_USER;
 constexpr long kAllEvents = FD_READ | FD_WRITE | FD_ACCEPT | FD_CONNECT | FD_CLOSE;
 constexpr wchar_t kWindowClass[] = L"CorvanePoller";
+// The queue of a thread's messages holds 10,000 (USERPostMessageLimit), though a machine may be set
+// to 4,000. When so many have come at once, others may have found no place.
+constexpr std::size_t kQueueMayHaveBeenFull = 3500;
 
 }  // namespace
 
@@ -53,7 +56,7 @@ struct Poller::System {
       return DefWindowProcW(target, message, first, second);
     }
     system->Note(first, second);
-    if (!system->isQuiet && !system->wake.isActive()) system->wake.start();
+    system->WakeSoon();
     return 0;
   }
 
@@ -72,7 +75,28 @@ struct Poller::System {
     // Messages that are sent, not posted, would run a handler in the middle of a pass.
     while (PeekMessageW(&message, window, kSocketMessage, kSocketMessage,
                         PM_REMOVE | PM_QS_POSTMESSAGE)) {
+      if (message.message == WM_QUIT) {
+        // It comes whatever was asked for, and is Qt's.
+        PostQuitMessage(static_cast<int>(message.wParam));
+        return;
+      }
       Note(message.wParam, message.lParam);
+    }
+  }
+
+  void WakeSoon() {
+    if (!isQuiet && !wake.isActive()) wake.start();
+  }
+
+  // Whoever takes a socket for ready that is not finds out by itself. Only of one that is
+  // connecting still, being writable would say that it is connected.
+  void NoteAll() {
+    for (const auto& [socket, token] : tokens) {
+      sockaddr_in peer;
+      int length = sizeof peer;
+      const bool isConnected = getpeername(static_cast<SOCKET>(socket),
+                                           reinterpret_cast<sockaddr*>(&peer), &length) == 0;
+      arrived.push_back({token, true, isConnected, false});
     }
   }
 
@@ -97,7 +121,10 @@ int Poller::Add(os::SocketHandle handle, std::uint64_t token) {
 
 void Poller::Remove(os::SocketHandle handle) {
   WSAAsyncSelect(static_cast<SOCKET>(handle), mySystem->window, 0, 0);
+  // What was posted already must not be taken for news of the next socket of that number.
+  mySystem->TakeMessages();
   mySystem->tokens.erase(handle);
+  if (!mySystem->arrived.empty()) mySystem->WakeSoon();
 }
 
 void Poller::Quiet() {
@@ -113,6 +140,7 @@ std::span<const Poller::Ready> Poller::Wait(std::chrono::microseconds patience) 
     MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(milliseconds), QS_POSTMESSAGE);
     mySystem->TakeMessages();
   }
+  if (mySystem->arrived.size() >= kQueueMayHaveBeenFull) mySystem->NoteAll();
   mySystem->ready.swap(mySystem->arrived);
   mySystem->arrived.clear();
   return mySystem->ready;

@@ -22,11 +22,12 @@ bool RunElevated(const QString& file) {
   const FARPROC found = GetProcAddress(LoadLibraryW(L"Shell32"), "ShellExecuteW");
   const auto executeWide =
       reinterpret_cast<decltype(&ShellExecuteW)>(reinterpret_cast<void*>(found));
-  const HINSTANCE result = executeWide != nullptr
-                               ? executeWide(nullptr, L"runas", path.toStdWString().c_str(),
-                                             nullptr, nullptr, SW_SHOWNORMAL)
-                               : ShellExecuteA(nullptr, "runas", path.toLocal8Bit().constData(),
-                                               nullptr, nullptr, SW_SHOWNORMAL);
+  const HINSTANCE result =
+      executeWide != nullptr
+          ? executeWide(GetActiveWindow(), L"runas", path.toStdWString().c_str(), nullptr, nullptr,
+                        SW_SHOWNORMAL)
+          : ShellExecuteA(GetActiveWindow(), "runas", path.toLocal8Bit().constData(), nullptr,
+                          nullptr, SW_SHOWNORMAL);
   return reinterpret_cast<INT_PTR>(result) > kLastError;
 }
 

@@ -1,6 +1,7 @@
 ; The installer for Windows. Needs these definitions:
 ;   VERSION      four numbers
 ;   STAGE        folder with what is installed
+;   KIBIBYTES    size of that
 ;   FILE_LIST    script with a macro RemoveProgramFiles that deletes the same, and nothing else
 ;   ICON         of the installer
 ;   OUTPUT       the installer's own name
@@ -9,15 +10,16 @@
 Target amd64-unicode
 SetCompressor /SOLID lzma
 RequestExecutionLevel admin
+ManifestDPIAware true
 
 !include MUI2.nsh
-!include FileFunc.nsh
 !include LogicLib.nsh
+!include WinVer.nsh
 !include "${FILE_LIST}"
 
 !define NAME "Corvane Server"
 !define PROGRAM "corvane-server.exe"
-!define DATABASE "serverdb.rsd"
+!define START "Start Corvane Server.cmd"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Corvane Server"
 
 Name "${NAME}"
@@ -73,6 +75,11 @@ FunctionEnd
 !insertmacro WaitUntilServerEnds "un."
 
 Function .onInit
+  ${IfNot} ${AtLeastWin10}
+    MessageBox MB_OK|MB_ICONSTOP "${NAME} needs Windows 10 or newer." /SD IDOK
+    SetErrorLevel 2
+    Quit
+  ${EndIf}
   ; Where it was the last time, unless the command line names a folder.
   ${If} $INSTDIR == "$PROGRAMFILES64\${NAME}"
     ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
@@ -84,23 +91,42 @@ FunctionEnd
 
 ; By the desktop, which does not have this installer's rights.
 Function StartServer
-  Exec '"$WINDIR\explorer.exe" "$INSTDIR\${PROGRAM}"'
+  Exec '"$WINDIR\explorer.exe" "$INSTDIR\${START}"'
+FunctionEnd
+
+; The version that is there goes first, so that nothing of it stays behind, wherever it lies.
+Function RemoveEarlierVersion
+  ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
+  ${If} $0 != ""
+  ${AndIf} ${FileExists} "$0\uninstall.exe"
+    ; With its folder named, the uninstaller is waited for, and cannot delete itself.
+    ExecWait '"$0\uninstall.exe" /S _?=$0' $1
+    ${If} $1 <> 0
+      SetErrorLevel 2
+      Quit
+    ${EndIf}
+    Delete "$0\uninstall.exe"
+    RMDir "$0"
+  ${EndIf}
 FunctionEnd
 
 Section
   Call WaitUntilServerEnds
+  Call RemoveEarlierVersion
   SetOutPath "$INSTDIR"
   File /r "${STAGE}\*"
   WriteUninstaller "$INSTDIR\uninstall.exe"
 
+  ; By the script, since another user of the machine may have no database yet.
   SetShellVarContext all
-  CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${PROGRAM}"
+  CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${START}" "" "$INSTDIR\${PROGRAM}" 0 \
+    SW_SHOWMINIMIZED
 
   ; The user's own database stays, whatever is in it.
   SetShellVarContext current
-  ${IfNot} ${FileExists} "$APPDATA\${DATABASE}"
+  ${IfNot} ${FileExists} "$APPDATA\serverdb.rsd"
     CreateDirectory "$APPDATA"
-    CopyFiles /SILENT "$INSTDIR\${DATABASE}" "$APPDATA\${DATABASE}"
+    CopyFiles /SILENT "$INSTDIR\empty-database.rsd" "$APPDATA\serverdb.rsd"
   ${EndIf}
 
   WriteRegStr HKLM "${UNINSTALL_KEY}" "DisplayName" "${NAME}"
@@ -111,8 +137,7 @@ Section
   WriteRegStr HKLM "${UNINSTALL_KEY}" "QuietUninstallString" '"$INSTDIR\uninstall.exe" /S'
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoModify" 1
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "NoRepair" 1
-  ${GetSize} "$INSTDIR" "/S=0K" $0 $1 $2
-  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" $0
+  WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" ${KIBIBYTES}
 SectionEnd
 
 ; Database and settings lie in the user's own folder and stay there.

@@ -1,9 +1,10 @@
 #include <QApplication>
 #include <gtest/gtest.h>
 
+#include "tests/support/test_platform.h"
+
 int main(int argc, char** argv) {
-  // Windows that nobody sees, whatever the desktop.
-  qputenv("QT_QPA_PLATFORM", "offscreen");
+  corvane::ChooseTestPlatform();
   const QApplication application(argc, argv);
   QApplication::setQuitOnLastWindowClosed(false);
   testing::InitGoogleTest(&argc, argv);
