@@ -4,6 +4,7 @@
 ;   KIBIBYTES    size of that
 ;   FILE_LIST    script with a macro RemoveProgramFiles that deletes the same, and nothing else
 ;   ICON         of the installer
+;   PICTURE      beside the text of its last page, 164 by 314 pixels
 ;   OUTPUT       the installer's own name
 ; "/S" installs without a question, "/D=C:\folder" into another folder.
 
@@ -35,6 +36,7 @@ VIAddVersionKey "LegalCopyright" ""
 
 !define MUI_ICON "${ICON}"
 !define MUI_UNICON "${ICON}"
+!define MUI_WELCOMEFINISHPAGE_BITMAP "${PICTURE}"
 !define MUI_FINISHPAGE_RUN
 !define MUI_FINISHPAGE_RUN_TEXT "Start ${NAME}"
 !define MUI_FINISHPAGE_RUN_FUNCTION StartServer
