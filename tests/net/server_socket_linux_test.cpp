@@ -3,7 +3,10 @@
 #include <chrono>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -51,6 +54,22 @@ TEST_F(DescriptorLimitTest, AcceptingPausesAndResumesByItself) {
   EXPECT_THAT(server->errors, ElementsAre(EMFILE));
   for (const os::SocketHandle client : clients)
     os::CloseSocket(client);
+}
+
+TEST_F(NetTest, AcceptedConnectionHasTheListenersOptions) {
+  server->Listen();
+  const TestClient client(server->Port());
+  ASSERT_TRUE(PumpUntil([this] { return server->ActiveCount() == 1; }));
+  const auto option = [&](int level, int name) {
+    int value = 0;
+    socklen_t length = sizeof value;
+    getsockopt(static_cast<int>(server->Active(0)->Handle()), level, name, &value, &length);
+    return value;
+  };
+  EXPECT_EQ(option(IPPROTO_TCP, TCP_NODELAY), 1);
+  EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
+  EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE), 60);
+  EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 180'000);
 }
 
 }  // namespace
