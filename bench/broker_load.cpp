@@ -43,7 +43,7 @@ using Clock = std::chrono::steady_clock;
 constexpr std::chrono::seconds kPatience{20};  // for what never comes
 constexpr std::string_view kLineEnd = "\r\n";
 
-// How a broker is spoken to; `channel` is one for the whole run.
+// How a broker is spoken to. All members share one channel, "reports".
 class Protocol {
  public:
   virtual ~Protocol() = default;
@@ -51,11 +51,11 @@ class Protocol {
   virtual std::string Hello() const = 0;
   virtual std::string_view ReadyMark() const = 0;
   virtual void AppendPublish(std::string& output, std::string_view payload) const = 0;
-  // The length of a message's first line when `line` is one: its payload and a line end follow.
+  // Where the line is the last before a payload, which a line end follows: the payload's length.
   virtual std::optional<std::size_t> PayloadLength(std::string_view line) const = 0;
-  // How many lines of a message come before that one.
+  // Where the line is the first of a message: how many come between it and that last one.
   virtual int LinesBefore(std::string_view line) const = 0;
-  // What has to be answered to a line that is no message.
+  // What has to be answered to any other line.
   virtual std::string_view Answer(std::string_view line) const = 0;
 };
 
