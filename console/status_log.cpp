@@ -15,11 +15,11 @@ std::string StatusPrefix(const QDateTime& time) {
   return {text, static_cast<std::size_t>(length)};
 }
 
-const std::string& StatusClock::Prefix() {
-  const auto now = std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now());
-  if (myPrefix.empty() || now != mySecond) {
-    mySecond = now;
-    myPrefix = StatusPrefix(QDateTime::fromSecsSinceEpoch(now.time_since_epoch().count()));
+const std::string& StatusClock::Prefix(Time now) {
+  const auto second = std::chrono::floor<std::chrono::seconds>(now);
+  if (myPrefix.empty() || second != mySecond) {
+    mySecond = second;
+    myPrefix = StatusPrefix(QDateTime::fromSecsSinceEpoch(second.time_since_epoch().count()));
   }
   return myPrefix;
 }

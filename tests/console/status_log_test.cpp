@@ -11,6 +11,15 @@ TEST(StatusPrefix, PadsMinutesAndSecondsOnly) {
   EXPECT_EQ(StatusPrefix({{2026, 12, 31}, {23, 59, 59}}), "[12/31/2026 23:59:59] ");
 }
 
+TEST(StatusClock, PrefixFollowsTheSecond) {
+  constexpr qint64 kStart = 1'300'000'000'000;
+  StatusClock clock;
+  for (const qint64 passed : {0, 999, 1000, 61'000, -1}) {
+    const StatusClock::Time time{std::chrono::milliseconds(kStart + passed)};
+    EXPECT_EQ(clock.Prefix(time), StatusPrefix(QDateTime::fromMSecsSinceEpoch(kStart + passed)));
+  }
+}
+
 TEST(StatusLogModel, LinesBecomeRowsTogetherUntilTheyAreCleared) {
   StatusLogModel model;
   const QSignalSpy added(&model, &QAbstractItemModel::rowsInserted);
