@@ -19,6 +19,21 @@ constexpr char LowerASCII(char byte) {
   return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
+constexpr std::size_t kLongestLine = 4096;  // bytes
+
+// At most so many bytes of the text, not ending inside a UTF-8 sequence.
+std::string_view Beginning(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  const auto continues = [text](std::size_t at) {
+    return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80;
+  };
+  // A sequence has three bytes behind its first at most.
+  std::size_t end = most;
+  while (end > 0 && most - end < 3 && continues(end))
+    --end;
+  return text.substr(0, end);
+}
+
 }  // namespace
 
 std::string FoldText(std::string_view text) {
@@ -51,6 +66,18 @@ QString DisplayText(std::string_view text) {
 
 std::string TextFromDisplay(const QString& text) {
   return text.toStdString();
+}
+
+std::string StatusLine(std::initializer_list<std::string_view> parts) {
+  std::size_t length = 0;
+  for (const std::string_view part : parts)
+    length += part.size();
+  std::string line;
+  line.reserve(std::min(length, kLongestLine));
+  for (const std::string_view part : parts)
+    line += Beginning(part, kLongestLine - line.size());
+  if (length > kLongestLine) line += "... (" + std::to_string(length) + " bytes)";
+  return line;
 }
 
 std::string_view NthField(std::string_view text, char separator, std::size_t number) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -14,6 +15,15 @@ namespace corvane {
 // are equal byte for byte. For the keys of an index.
 std::string FoldText(std::string_view text);
 
+// Folding makes no text more than so many times longer or shorter, in bytes: texts whose lengths
+// differ by more need not be folded to tell them apart.
+inline constexpr std::size_t kFoldingFactor = 3;
+
+// Whether a text of this length may be the same as one of `folded` bytes in its folded form.
+constexpr bool MayFoldTo(std::size_t length, std::size_t folded) {
+  return length <= folded * kFoldingFactor && folded <= length * kFoldingFactor;
+}
+
 // Whether the two are the same text without regard to letter case.
 bool SameText(std::string_view left, std::string_view right);
 
@@ -22,6 +32,10 @@ QString DisplayText(std::string_view text);
 
 // The bytes of what an operator typed.
 std::string TextFromDisplay(const QString& text);
+
+// The parts joined to one line. One of more than 4 KiB is cut, before it is joined, and ends with
+// its length: whoever makes us write a line of its text does not choose what that costs.
+std::string StatusLine(std::initializer_list<std::string_view> parts);
 
 // Field `number` (counted from 1) of a text whose fields are separated by `separator`; empty when
 // there is none. The result points into `text`.

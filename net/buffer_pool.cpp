@@ -2,16 +2,26 @@
 
 #include <algorithm>
 #include <bit>
-#include <new>
+#include <cassert>
+#include <cstring>
 #include <utility>
 
 namespace corvane {
 namespace {
 
 // Spares of each size, together.
-constexpr std::size_t kMostKeptBytes = std::size_t{32} << 20;
+constexpr std::size_t kMostKeptBytes = std::size_t{8} << 20;
 
-// Which of the kept sizes a capacity is; any beyond them is not kept.
+std::size_t Rounded(std::size_t capacity) {
+  if (capacity > BufferPool::kLargestKept) return capacity;
+  return std::bit_ceil(std::max(capacity, BufferPool::kSmallest));
+}
+
+bool IsKept(std::size_t capacity) {
+  return capacity <= BufferPool::kLargestKept;
+}
+
+// Which of the kept sizes a capacity is.
 std::size_t SizeClass(std::size_t capacity) {
   return static_cast<std::size_t>(std::bit_width(capacity) - std::bit_width(BufferPool::kSmallest));
 }
@@ -19,16 +29,14 @@ std::size_t SizeClass(std::size_t capacity) {
 }  // namespace
 
 BufferPool::Buffer BufferPool::Take(std::size_t capacity) {
-  if (capacity > myLimit) return {};
-  const std::size_t rounded = std::bit_ceil(std::max(capacity, kSmallest));
-  if (myHandedOut + rounded > myLimit) return {};
+  const std::size_t rounded = Rounded(capacity);
   Buffer buffer;
-  const std::size_t size = SizeClass(rounded);
-  if (size < kKeptSizes && !mySpares[size].empty()) {
-    buffer = std::move(mySpares[size].back());
-    mySpares[size].pop_back();
+  if (IsKept(rounded) && !mySpares[SizeClass(rounded)].empty()) {
+    auto& spares = mySpares[SizeClass(rounded)];
+    buffer = std::move(spares.back());
+    spares.pop_back();
   } else {
-    buffer.bytes.reset(new (std::nothrow) char[rounded]);
+    buffer.bytes.reset(static_cast<char*>(std::malloc(rounded)));
     if (buffer.bytes == nullptr) return {};
     buffer.capacity = rounded;
   }
@@ -36,11 +44,31 @@ BufferPool::Buffer BufferPool::Take(std::size_t capacity) {
   return buffer;
 }
 
+bool BufferPool::Grow(Buffer& buffer, std::size_t capacity) {
+  assert(capacity > buffer.capacity);
+  if (IsKept(buffer.capacity)) {
+    Buffer larger = Take(capacity);
+    if (larger.capacity == 0) return false;
+    if (buffer.capacity != 0) {
+      std::memcpy(larger.bytes.get(), buffer.bytes.get(), buffer.capacity);
+      GiveBack(std::move(buffer));
+    }
+    buffer = std::move(larger);
+    return true;
+  }
+  char* const grown = static_cast<char*>(std::realloc(buffer.bytes.get(), capacity));
+  if (grown == nullptr) return false;
+  static_cast<void>(buffer.bytes.release());
+  buffer.bytes.reset(grown);
+  myHandedOut += capacity - std::exchange(buffer.capacity, capacity);
+  return true;
+}
+
 void BufferPool::GiveBack(Buffer buffer) {
   myHandedOut -= buffer.capacity;
-  const std::size_t size = SizeClass(buffer.capacity);
-  if (size >= kKeptSizes || mySpares[size].size() >= kMostKeptBytes / buffer.capacity) return;
-  mySpares[size].push_back(std::move(buffer));
+  if (!IsKept(buffer.capacity)) return;
+  auto& spares = mySpares[SizeClass(buffer.capacity)];
+  if (spares.size() < kMostKeptBytes / buffer.capacity) spares.push_back(std::move(buffer));
 }
 
 }  // namespace corvane

@@ -3,31 +3,34 @@
 #include <array>
 #include <bit>
 #include <cstddef>
+#include <cstdlib>
 #include <memory>
 #include <vector>
 
 namespace corvane {
 
-// Memory for byte queues. A connection holds a buffer only while bytes wait in it, so an idle one
-// costs nothing; small buffers that are given back serve the next queue without a call of the
-// allocator. What is handed out together is bounded, so that peers who never finish a message
-// cannot take all of the machine's memory.
+// Memory for bytes on their way. A connection holds a buffer only while bytes wait in it, so an
+// idle one costs nothing; small buffers that are given back serve the next connection without a
+// call of the allocator. Counts what is handed out, for whoever bounds it.
 class BufferPool {
  public:
+  struct Free {
+    void operator()(char* bytes) const { std::free(bytes); }
+  };
   struct Buffer {
-    std::unique_ptr<char[]> bytes;
+    std::unique_ptr<char, Free> bytes;
     std::size_t capacity = 0;
   };
 
   static constexpr std::size_t kSmallest = 4096;
   static constexpr std::size_t kLargestKept = 64 * 1024;
-  static constexpr std::size_t kDefaultLimit = std::size_t{2} << 30;
 
-  explicit BufferPool(std::size_t limit = kDefaultLimit) : myLimit(limit) {}
-
-  // A buffer of at least this capacity, rounded up to a power of two; one of capacity 0 when there
-  // is no memory for it.
+  // A buffer of at least this capacity: up to kLargestKept rounded up to a power of two, above it
+  // as asked. One of capacity 0 when the system has no memory for it.
   Buffer Take(std::size_t capacity);
+  // Gives the buffer more capacity; its bytes stay. False, with the buffer as it was, when the
+  // system has no memory for it. A large one is not copied where the system can move its pages.
+  [[nodiscard]] bool Grow(Buffer& buffer, std::size_t capacity);
   void GiveBack(Buffer buffer);
 
   // Bytes of all buffers that are handed out.
@@ -38,7 +41,6 @@ class BufferPool {
       std::bit_width(kLargestKept) - std::bit_width(kSmallest) + 1;
 
   std::array<std::vector<Buffer>, kKeptSizes> mySpares;
-  std::size_t myLimit;
   std::size_t myHandedOut = 0;
 };
 

@@ -6,6 +6,16 @@
 #include <utility>
 
 namespace corvane {
+namespace {
+
+// Large buffers grow without a copy, so they need not grow by much.
+constexpr std::size_t kLarge = std::size_t{1} << 20;
+
+std::size_t NextCapacity(std::size_t capacity) {
+  return capacity < kLarge ? 2 * capacity : capacity + capacity / 4;
+}
+
+}  // namespace
 
 ByteQueue::ByteQueue(ByteQueue&& other) noexcept
     : myPool(other.myPool),
@@ -64,23 +74,17 @@ void ByteQueue::Clear() {
 
 bool ByteQueue::MakeRoom(std::size_t count) {
   const std::size_t size = Size();
-  const bool fits = size + count <= myBuffer.capacity;
-  if (fits && myBegin >= myBuffer.capacity / 2) {
-    std::memmove(myBuffer.bytes.get(), myBuffer.bytes.get() + myBegin, size);
-  } else {
-    // Twice the room also where moving the bytes would do, or a nearly full queue that is consumed
-    // in small steps would be moved at each of them.
-    BufferPool::Buffer larger =
-        myPool->Take(std::max({size + count, 2 * myBuffer.capacity, myUsualCapacity}));
-    if (larger.capacity == 0) larger = myPool->Take(size + count);
-    if (larger.capacity == 0) return false;
-    if (size != 0) std::memcpy(larger.bytes.get(), myBuffer.bytes.get() + myBegin, size);
-    std::swap(myBuffer, larger);
-    if (larger.capacity != 0) myPool->GiveBack(std::move(larger));
-  }
+  const std::size_t needed = size + count;
+  const bool isHalfConsumed = myBegin >= myBuffer.capacity / 2;
+  if (myBegin != 0) std::memmove(myBuffer.bytes.get(), myBuffer.bytes.get() + myBegin, size);
   myBegin = 0;
   myEnd = size;
-  return true;
+  const bool fits = needed <= myBuffer.capacity;
+  if (fits && isHalfConsumed) return true;
+  // More room also where moving the bytes would do, or a nearly full queue that is consumed in
+  // small steps would be moved at each of them.
+  return myPool->Grow(myBuffer, std::max({needed, NextCapacity(myBuffer.capacity), myUsualCapacity})) ||
+         fits || myPool->Grow(myBuffer, needed);
 }
 
 }  // namespace corvane

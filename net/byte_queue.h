@@ -20,10 +20,12 @@ class ByteQueue {
 
   bool IsEmpty() const { return myBegin == myEnd; }
   std::size_t Size() const { return myEnd - myBegin; }
+  // Bytes of memory that it holds.
+  std::size_t Capacity() const { return myBuffer.capacity; }
   // Valid until the next change.
   std::string_view Bytes() const { return {myBuffer.bytes.get() + myBegin, Size()}; }
 
-  // Both return false, and change nothing, when the pool has no memory left.
+  // Both return false, and change nothing, when there is no memory left.
   [[nodiscard]] bool Append(std::string_view bytes);
   // Takes all bytes of the other queue, which is empty afterwards: no copy into an empty queue.
   [[nodiscard]] bool TakeAll(ByteQueue& other);

@@ -9,6 +9,7 @@ namespace corvane {
 namespace {
 
 constexpr rlim_t kMostDescriptors = 128 * 1024;  // a megabyte of the kernel's memory
+constexpr rlim_t kSpareDescriptors = 32;
 
 // The kernel's table of descriptors doubles as it fills. In a process with threads each time takes
 // some ten milliseconds, in which nothing would be relayed; now it takes none.
@@ -25,6 +26,16 @@ void RaiseDescriptorLimit() {
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
   limit.rlim_cur = limit.rlim_max;
   if (setrlimit(RLIMIT_NOFILE, &limit) == 0) MakeRoomFor(limit.rlim_cur);
+}
+
+bool HasSpareDescriptors(os::SocketHandle open) {
+  rlimit limit = {};
+  if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return true;
+  // The system gives out the lowest number that is free.
+  const int next = fcntl(static_cast<int>(open), F_DUPFD_CLOEXEC, 0);
+  if (next < 0) return false;
+  close(next);
+  return static_cast<rlim_t>(next) + kSpareDescriptors < limit.rlim_cur;
 }
 
 }  // namespace corvane

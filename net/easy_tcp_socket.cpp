@@ -8,14 +8,29 @@
 #include "net/poll_loop.h"
 
 namespace corvane {
+namespace {
+
+constexpr std::chrono::seconds kGonePatience(2);
+
+}  // namespace
 
 EasyTCPSocket::EasyTCPSocket(PollLoop& loop)
-    : TCPSocket(loop), mDataBuffer(loop.Buffers()), mEvents(loop.Buffers()) {
+    : TCPSocket(loop), mDataBuffer(loop.InputBuffers()), mEvents(loop.InputBuffers()) {
   SkipSendEvents();
 }
 
+// What others gathered for this peer came first.
+
 void EasyTCPSocket::SendMessage(std::int32_t command, std::string_view data) {
-  if (IsConnected()) SendPacket(CreatePacket(command, data));
+  if (!IsConnected()) return;
+  myLoop.HandOver();
+  WriteBytes(CreatePacket(command, data));
+}
+
+void EasyTCPSocket::SendPacket(const Slice& packet) {
+  if (!IsConnected()) return;
+  myLoop.HandOver();
+  WriteSlice(packet);
 }
 
 std::string EasyTCPSocket::CreatePacket(std::int32_t command, std::string_view data) {
@@ -109,7 +124,24 @@ void EasyTCPSocket::HoldMessages(bool held) {
   RequestPolls();
 }
 
+void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
+  ++myDelays;
+  myLoop.CallLater(delay, weak_from_this(), [this] { EndDelay(); });
+}
+
+void EasyTCPSocket::EndDelay() {
+  --myDelays;
+  if (mEvents.IsEmpty() || !HasHungUp()) return RequestPolls();
+  // Whoever leaves behind what costs us much does not have us work at it for minutes.
+  const auto now = PollLoop::Clock::now();
+  if (!myEndSeen) myEndSeen = now;
+  if (now - *myEndSeen < kGonePatience) return RequestPolls();
+  mEvents.Clear();
+  EndByPeer();
+}
+
 void EasyTCPSocket::_Poll() {
+  if (!IsWithinBound()) return;
   const HandlerGuard guard(*this);
   FireEvents();
 }
@@ -129,6 +161,12 @@ void EasyTCPSocket::FireEvents() {
 void EasyTCPSocket::StopPolling() {
   myIsPolled = false;
   myIsHeld = false;
+  myEndSeen.reset();
+  DropInput();
+}
+
+void EasyTCPSocket::DropInput() {
+  TCPSocket::DropInput();
   mEvents.Clear();
   mDataBuffer.Clear();
 }

@@ -2,11 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "net/byte_queue.h"
 #include "net/frame.h"
+#include "net/poll_loop.h"
 #include "net/tcp_socket.h"
 
 namespace corvane {
@@ -14,7 +16,8 @@ namespace corvane {
 // A connection that carries whole messages, each a command number with a payload of bytes (see
 // frame.h), in place of a stream: raw reading and writing is refused. Messages are cut as their
 // bytes arrive and delivered one a pass, in order; the peer is read again when all are delivered.
-// A length that no message can have closes the connection.
+// A length that no message can have closes the connection. What a peer that has gone left behind
+// is not waited for longer than two seconds, where its messages are delayed.
 class EasyTCPSocket : public TCPSocket, public _Pollable {
  public:
   explicit EasyTCPSocket(PollLoop& loop);
@@ -24,7 +27,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
 
   // The bytes of one message, and sending them as they are: for one message to many receivers.
   static std::string CreatePacket(std::int32_t command, std::string_view data);
-  virtual void SendPacket(std::string_view packet) { WriteBytes(packet); }
+  void SendPacket(const Slice& packet);
 
   // Waits for a message with this command and returns its payload; empty when so many seconds have
   // passed, on an error, and when not connected. Every other message that arrives meanwhile is
@@ -35,6 +38,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool WaitForConnection(std::int32_t timeoutSeconds);
 
   void Close() override;
+  std::size_t InputHeld() const override {
+    return TCPSocket::InputHeld() + mDataBuffer.Capacity() + mEvents.Capacity();
+  }
 
   // Refused: each throws RuntimeException.
   std::string Read(std::size_t count) override;
@@ -54,10 +60,13 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
 
   // While held, messages queue up and none is delivered.
   void HoldMessages(bool held);
+  // Holds them for so long.
+  void DelayMessages(PollLoop::Clock::duration delay);
 
   void Event_Connected() override;
   void Event_DataAvailable() override;
   void Event_Error() override;
+  void DropInput() override;
   bool HoldsInput() const override { return !mEvents.IsEmpty(); }
 
  private:
@@ -65,7 +74,10 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   // Takes what the wait is for; whether a wait is on, in which case the message is not queued.
   bool GiveToWait(const Frame& frame);
   bool WaitingForThisMessage(std::int32_t command) const;
-  bool HasQueued() const { return myIsPolled && !myIsHeld && !mEvents.IsEmpty(); }
+  bool HasQueued() const {
+    return myIsPolled && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty();
+  }
+  void EndDelay();
   void AddEvents(std::size_t bytes);
   void RequestPolls();
   void FireEvents();
@@ -78,6 +90,8 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool mWaitingForACommand = false;
   bool myIsPolled = false;
   bool myIsHeld = false;
+  int myDelays = 0;  // that have not passed yet
+  std::optional<PollLoop::Clock::time_point> myEndSeen;  // of the peer, by a delay
   bool myIsQueued = false;  // on the loop's list
 };
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 
 #include <QtGlobal>
 
@@ -44,7 +45,8 @@ void CloseSocket(SocketHandle handle);
 // of an earlier listener linger.
 int UseAddressExclusively(SocketHandle handle);
 int Bind(SocketHandle handle, const Endpoint& endpoint);
-int Listen(SocketHandle handle, int backlog);
+// `queue` is how many new connections the system keeps until they are accepted.
+int Listen(SocketHandle handle, int queue);
 Accepted Accept(SocketHandle listener);
 
 // Starts connecting; 0 also while it is still under way, PendingError tells how it ended.
@@ -53,8 +55,10 @@ int PendingError(SocketHandle handle);
 
 // 0 bytes without an error: the peer will send no more.
 Transfer Receive(SocketHandle handle, std::span<char> buffer);
-// Fewer bytes than were given, or WouldBlock: there is no room, and the poller tells when there is.
-Transfer Send(SocketHandle handle, std::span<const char> bytes);
+// The pieces in their order, at most kMostPieces. Fewer bytes than were given, or WouldBlock: there
+// is no room, and the poller tells when there is.
+inline constexpr std::size_t kMostPieces = 16;
+Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces);
 void EndSending(SocketHandle handle);
 
 Endpoint LocalEndpoint(SocketHandle handle);
@@ -62,6 +66,7 @@ Endpoint LocalEndpoint(SocketHandle handle);
 // What an error code means.
 bool WouldBlock(int error);
 bool IsOutOfDescriptors(int error);    // or of memory: it may work again later
+int OutOfDescriptorsError();
 bool IsPassingAcceptError(int error);  // one connection failed, the listener did not
 int ConnectionResetError();
 int NoBufferError();

@@ -1,8 +1,10 @@
 #include <arpa/inet.h>
+#include <array>
 #include <cerrno>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
 #include "net/os_socket.h"
@@ -58,8 +60,8 @@ int Bind(SocketHandle handle, const Endpoint& endpoint) {
   return ErrorOf(bind(Descriptor(handle), Generic(address), sizeof address));
 }
 
-int Listen(SocketHandle handle, int backlog) {
-  return ErrorOf(listen(Descriptor(handle), backlog));
+int Listen(SocketHandle handle, int queue) {
+  return ErrorOf(listen(Descriptor(handle), queue));
 }
 
 Accepted Accept(SocketHandle listener) {
@@ -93,10 +95,16 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
   return {static_cast<std::size_t>(count), 0};
 }
 
-Transfer Send(SocketHandle handle, std::span<const char> bytes) {
+Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
+  std::array<iovec, kMostPieces> parts;
+  for (std::size_t i = 0; i < pieces.size(); ++i)
+    parts[i] = {const_cast<char*>(pieces[i].data()), pieces[i].size()};
+  msghdr message = {};
+  message.msg_iov = parts.data();
+  message.msg_iovlen = pieces.size();
   ssize_t count;
   do {
-    count = send(Descriptor(handle), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    count = sendmsg(Descriptor(handle), &message, MSG_NOSIGNAL);
   } while (count < 0 && errno == EINTR);
   if (count < 0) return {0, errno};
   return {static_cast<std::size_t>(count), 0};
@@ -119,6 +127,10 @@ bool WouldBlock(int error) {
 
 bool IsOutOfDescriptors(int error) {
   return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
+}
+
+int OutOfDescriptorsError() {
+  return EMFILE;
 }
 
 bool IsPassingAcceptError(int error) {

@@ -96,8 +96,9 @@ int Bind(SocketHandle handle, const Endpoint& endpoint) {
   return ErrorOf(bind(Socket(handle), Generic(address), sizeof address));
 }
 
-int Listen(SocketHandle handle, int backlog) {
-  return ErrorOf(listen(Socket(handle), backlog));
+int Listen(SocketHandle handle, int queue) {
+  // The plain number would be cut to 200.
+  return ErrorOf(listen(Socket(handle), SOMAXCONN_HINT(queue)));
 }
 
 Accepted Accept(SocketHandle listener) {
@@ -128,14 +129,16 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
   return TransferOf(recv(Socket(handle), buffer.data(), Piece(buffer.size()), 0));
 }
 
-Transfer Send(SocketHandle handle, std::span<const char> bytes) {
+Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
   // Only a call that was refused is followed by word of new room, one that took a part is not.
   std::size_t sent = 0;
-  while (sent < bytes.size()) {
-    const std::span<const char> rest = bytes.subspan(sent);
-    const Transfer part = TransferOf(send(Socket(handle), rest.data(), Piece(rest.size()), 0));
-    sent += part.bytes;
-    if (part.error != 0) return {sent, sent > 0 && WouldBlock(part.error) ? 0 : part.error};
+  for (std::string_view rest : pieces) {
+    while (!rest.empty()) {
+      const Transfer part = TransferOf(send(Socket(handle), rest.data(), Piece(rest.size()), 0));
+      sent += part.bytes;
+      rest.remove_prefix(part.bytes);
+      if (part.error != 0) return {sent, sent > 0 && WouldBlock(part.error) ? 0 : part.error};
+    }
   }
   return {sent, 0};
 }
@@ -157,6 +160,10 @@ bool WouldBlock(int error) {
 
 bool IsOutOfDescriptors(int error) {
   return error == WSAEMFILE || error == WSAENOBUFS;
+}
+
+int OutOfDescriptorsError() {
+  return WSAEMFILE;
 }
 
 bool IsPassingAcceptError(int error) {

@@ -18,10 +18,12 @@ constexpr unsigned kGiveWayStride = 64;                   // elements between tw
 constexpr unsigned kPollStride = 8;                       // messages between two looks at the clock
 constexpr std::chrono::microseconds kLongestWait = 10ms;  // between two looks at a wait's condition
 constexpr std::size_t kScratchBytes = 64 * 1024;
+constexpr auto kFinishPatience = 2s;    // for output, before the end
+constexpr auto kStuckPatience = 500ms;  // the same while none of it moves
 
 }  // namespace
 
-PollLoop::PollLoop(std::function<void()> unhandled, OutputLimits limits,
+PollLoop::PollLoop(std::function<void()> unhandled, const MemoryLimits& limits,
                    const FlushQueue::Rule& flushRule)
     : myUnhandled(std::move(unhandled)),
       myLimits(limits),
@@ -54,6 +56,7 @@ void PollLoop::Stop() {
   myIsStopped = true;
   mySliceTimer.stop();
   myFlushTimer.stop();
+  myDelayedCalls.Stop();
   myPoller.Quiet();
 }
 
@@ -170,9 +173,43 @@ void PollLoop::Flush() {
 
 void PollLoop::FlushAll() {
   HandOver();
-  for (SocketCore* const socket : myWatched.All()) {
-    if (auto* const connection = dynamic_cast<TCPSocket*>(socket)) connection->FlushFinally();
+  for (const auto& connection : Connections())
+    connection->FlushFinally();
+}
+
+void PollLoop::Finish() {
+  Stop();
+  HandOver();
+  SendRest();
+  for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
+    socket->Finish();
+}
+
+void PollLoop::SendRest() {
+  const auto connections = Connections();
+  const auto end = Clock::now() + kFinishPatience;
+  auto stuck = Clock::now() + kStuckPatience;
+  std::size_t before = 0;
+  while (Clock::now() < std::min(end, stuck)) {
+    std::size_t left = 0;
+    for (const auto& connection : connections) {
+      connection->FlushFinally();
+      left += connection->BytesLeftToSend();
+    }
+    if (left == 0) return;
+    if (left != std::exchange(before, left)) stuck = Clock::now() + kStuckPatience;
+    myPoller.Wait(kLongestWait);
   }
+}
+
+std::vector<std::shared_ptr<TCPSocket>> PollLoop::Connections() const {
+  std::vector<std::shared_ptr<TCPSocket>> connections;
+  for (const std::shared_ptr<SocketCore>& socket : myWatched.All()) {
+    if (auto connection = std::dynamic_pointer_cast<TCPSocket>(socket)) {
+      connections.push_back(std::move(connection));
+    }
+  }
+  return connections;
 }
 
 void PollLoop::GiveWay() {
@@ -257,29 +294,24 @@ void PollLoop::RequestFlush(const std::shared_ptr<TCPSocket>& socket) {
   ScheduleSlice();
 }
 
-void PollLoop::CountOutput(std::size_t before, std::size_t after) {
-  myTotalOutput += after - before;
-  if (after > before && myTotalOutput > myLimits.total) FailLargestOutput();
+void PollLoop::BoundInput() {
+  if (myInputBuffers.HandedOut() > myLimits.input) FailLargest(&TCPSocket::InputHeld);
 }
 
-void PollLoop::FailLargestOutput() {
-  TCPSocket* largest = nullptr;
-  for (SocketCore* const socket : myWatched.All()) {
-    auto* const connection = dynamic_cast<TCPSocket*>(socket);
-    if (connection == nullptr) continue;
-    if (largest == nullptr || connection->BytesLeftToSend() > largest->BytesLeftToSend()) {
-      largest = connection;
-    }
-  }
-  if (largest != nullptr) largest->FailForMemory();
+void PollLoop::BoundOutput() {
+  if (myOutputBuffers.HandedOut() > myLimits.output) FailLargest(&TCPSocket::BytesLeftToSend);
 }
 
-void PollLoop::CallLater(std::chrono::milliseconds delay, const std::shared_ptr<SocketCore>& socket,
+void PollLoop::FailLargest(std::size_t (TCPSocket::*held)() const) {
+  const auto connections = Connections();
+  const auto largest = std::ranges::max_element(
+      connections, {}, [held](const auto& connection) { return (*connection.*held)(); });
+  if (largest != connections.end()) (*largest)->FailForMemory();
+}
+
+void PollLoop::CallLater(Clock::duration delay, const std::weak_ptr<void>& owner,
                          std::function<void()> function) {
-  QTimer::singleShot(delay, &mySliceTimer,
-                     [weak = std::weak_ptr<SocketCore>(socket), function = std::move(function)] {
-                       if (!weak.expired()) function();
-                     });
+  myDelayedCalls.Add(Clock::now() + delay, owner, std::move(function));
 }
 
 }  // namespace corvane

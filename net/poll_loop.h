@@ -13,6 +13,7 @@
 #include <QTimer>
 
 #include "net/buffer_pool.h"
+#include "net/delayed_calls.h"
 #include "net/flush_queue.h"
 #include "net/poller.h"
 #include "net/streams.h"
@@ -36,16 +37,18 @@ class PollLoop {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // Bounds of what was written and not sent yet, in bytes. A connection over the first fails; over
-  // the second, the connection with the most does.
-  struct OutputLimits {
-    std::size_t connection = std::size_t{16} << 20;
-    std::size_t total = std::size_t{1} << 30;
+  // Bounds of what peers can make us hold, in bytes. A connection with more unsent output than the
+  // first fails. Over the others, which count the memory of all connections together, the one that
+  // holds most does, and nobody else.
+  struct MemoryLimits {
+    std::size_t connectionOutput = std::size_t{16} << 20;
+    std::size_t output = std::size_t{1} << 30;
+    std::size_t input = std::size_t{256} << 20;
   };
 
   // `unhandled` is called inside the catch block of an error that no handler caught.
   explicit PollLoop(std::function<void()> unhandled) : PollLoop(std::move(unhandled), {}) {}
-  PollLoop(std::function<void()> unhandled, OutputLimits limits,
+  PollLoop(std::function<void()> unhandled, const MemoryLimits& limits,
            const FlushQueue::Rule& flushRule = {});
   ~PollLoop();
   PollLoop(const PollLoop&) = delete;
@@ -59,11 +62,13 @@ class PollLoop {
   // after every pass) or the deadline has passed.
   void WaitUntil(const std::function<bool()>& done, Clock::time_point deadline);
 
-  // Sends what every connection still holds, as far as the system takes it: before an end.
+  // Sends what every connection still holds, as far as the system takes it at once.
   void FlushAll();
 
-  // Runs no further pass, for good.
-  void Stop();
+  // Ends it all, for good: no pass runs any more, what is written goes on being sent as long as
+  // peers take it, for two seconds at most, and all connections and listeners are closed. No event
+  // tells of it.
+  void Finish();
 
   // For the sockets.
   int Watch(SocketCore& socket);
@@ -76,14 +81,20 @@ class PollLoop {
   void RequestHandOver(const std::shared_ptr<_Gatherer>& gatherer);
   void HandOver();
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
-  // Counts a change of a connection's unsent output, in bytes.
-  void CountOutput(std::size_t before, std::size_t after);
-  std::size_t TotalOutput() const { return myTotalOutput; }
-  const OutputLimits& Limits() const { return myLimits; }
-  // Calls the function after the delay, from Qt's loop, unless the socket is gone by then.
-  void CallLater(std::chrono::milliseconds delay, const std::shared_ptr<SocketCore>& socket,
+  const MemoryLimits& Limits() const { return myLimits; }
+  // To be called when a connection may hold more than before: has the one that holds most fail
+  // where all together are over the bound.
+  void BoundInput();
+  void BoundOutput();
+  // Whether one message of so many bytes fits into what all together may hold.
+  bool HasRoomForOutput(std::size_t bytes) const {
+    return myOutputBuffers.HandedOut() + bytes <= myLimits.output;
+  }
+  // Calls the function after the delay, from Qt's loop, unless the owner is gone by then.
+  void CallLater(Clock::duration delay, const std::weak_ptr<void>& owner,
                  std::function<void()> function);
-  BufferPool& Buffers() { return myBuffers; }
+  BufferPool& InputBuffers() { return myInputBuffers; }
+  BufferPool& OutputBuffers() { return myOutputBuffers; }
   FlushQueue& Flushes() { return myFlushes; }
   // Memory to receive into; its content is anybody's as soon as other code runs.
   std::span<char> Scratch() { return myScratch; }
@@ -91,6 +102,7 @@ class PollLoop {
   bool& IsFilling() { return myIsFilling; }
 
  private:
+  void Stop();
   void RunSlice();
   void ScheduleSlice();
   // These return whether there was anything to do.
@@ -106,14 +118,18 @@ class PollLoop {
   }
   // Sees that what is written and not sent gets its turn, too.
   void ScheduleFlush();
-  void FailLargestOutput();
+  void SendRest();
+  void FailLargest(std::size_t (TCPSocket::*held)() const);
+  std::vector<std::shared_ptr<TCPSocket>> Connections() const;
 
   std::function<void()> myUnhandled;
-  OutputLimits myLimits;
+  MemoryLimits myLimits;
   Poller myPoller;
   QTimer mySliceTimer;
   QTimer myFlushTimer;  // for what is held
-  BufferPool myBuffers;
+  DelayedCalls myDelayedCalls;
+  BufferPool myInputBuffers;
+  BufferPool myOutputBuffers;
   std::vector<char> myScratch;
 
   WatchList myWatched;
@@ -122,7 +138,6 @@ class PollLoop {
   std::deque<std::shared_ptr<_Pollable>> myQueued;
   std::vector<std::weak_ptr<_Gatherer>> myGatherers;
   FlushQueue myFlushes;
-  std::size_t myTotalOutput = 0;
 
   Clock::time_point myHandlerStart;
   bool myHandlerStartKnown = false;

@@ -3,6 +3,7 @@
 #include <sys/epoll.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include <QSocketNotifier>
@@ -29,7 +30,10 @@ struct Poller::System {
   System(const System&) = delete;
   System& operator=(const System&) = delete;
 
+  int Collect(std::chrono::microseconds patience);
+
   int descriptor;
+  bool hasFineTimeouts = true;
   QSocketNotifier notifier;
   std::array<epoll_event, 512> events;
   std::vector<Ready> ready;
@@ -56,14 +60,31 @@ void Poller::Quiet() {
   mySystem->notifier.setEnabled(false);
 }
 
+// How many of `events` were filled. Throws where the system refuses to tell.
+int Poller::System::Collect(std::chrono::microseconds patience) {
+  const int most = static_cast<int>(events.size());
+  int count = -1;
+  if (hasFineTimeouts) {
+    const timespec timeout{static_cast<time_t>(patience / 1s), (patience % 1s) / 1ns};
+    count = epoll_pwait2(descriptor, events.data(), most, &timeout, nullptr);
+    // Kernels before 5.11 do not know the call, containers may forbid it.
+    hasFineTimeouts = count >= 0 || (errno != ENOSYS && errno != EPERM);
+  }
+  if (!hasFineTimeouts) {
+    const auto timeout = std::chrono::ceil<std::chrono::milliseconds>(patience);
+    count = epoll_wait(descriptor, events.data(), most, static_cast<int>(timeout.count()));
+  }
+  if (count >= 0) return count;
+  if (errno == EINTR) return 0;
+  throw std::system_error(errno, std::generic_category(), "epoll_wait");
+}
+
 std::span<const Poller::Ready> Poller::Wait(std::chrono::microseconds patience) {
   mySystem->ready.clear();
-  timespec timeout{static_cast<time_t>(patience / 1s), (patience % 1s) / 1ns};
   const int most = static_cast<int>(mySystem->events.size());
   int count = most;
   while (count == most) {
-    count = epoll_pwait2(mySystem->descriptor, mySystem->events.data(), most, &timeout, nullptr);
-    timeout = {};
+    count = mySystem->Collect(std::exchange(patience, 0us));
     for (int i = 0; i < count; ++i) {
       const epoll_event& event = mySystem->events[static_cast<std::size_t>(i)];
       const bool hungUp = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;

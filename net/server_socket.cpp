@@ -6,6 +6,7 @@
 #include <limits>
 #include <utility>
 
+#include "net/descriptor_limit.h"
 #include "net/poll_loop.h"
 #include "net/scoped_flag.h"
 #include "net/tcp_socket.h"
@@ -13,9 +14,14 @@
 namespace corvane {
 namespace {
 
-constexpr std::int32_t kMostBacklog = 8192;
+// How many new connections the system keeps for us. Where more come at once than it keeps, it
+// acknowledges and forgets them, and they wait for a greeting for ever; so the pool's number, which
+// says how many objects are made ahead, does not make it small.
+constexpr std::int32_t kLeastQueue = 4096;
+constexpr std::int32_t kMostQueue = 8192;
 constexpr std::int64_t kBatch = 10;
 constexpr int kMostAcceptsPerPass = 64;
+constexpr std::chrono::milliseconds kLongestPass(2);
 constexpr std::chrono::seconds kPause(1);
 
 }  // namespace
@@ -62,7 +68,7 @@ int ServerSocket::OpenListener() {
     const std::string address = NetworkInterface ? NetworkInterface->IPAddress : std::string();
     error = os::Bind(Handle(), {address, static_cast<std::uint16_t>(myPort)});
   }
-  if (error == 0) error = os::Listen(Handle(), std::min(myMinimum, kMostBacklog));
+  if (error == 0) error = os::Listen(Handle(), std::clamp(myMinimum, kLeastQueue, kMostQueue));
   return error;
 }
 
@@ -129,16 +135,23 @@ std::int64_t ServerSocket::AddSockets(std::int64_t count) {
 }
 
 void ServerSocket::Advance() {
+  // A greeting may take long: the database may be locked.
+  const auto end = PollLoop::Clock::now() + kLongestPass;
   for (int i = 0; i < kMostAcceptsPerPass; ++i) {
     if (!myIsReadable || !IsListening() || myIsPaused) return;
     // Between accepts the pool is kept filled, or a full backlog would empty it.
     if (IsPending(kFill) || myIsStarved) FillStep();
     if (!AcceptOne()) return;
+    if (PollLoop::Clock::now() >= end) break;
   }
   myLoop.RequestPass(*this);
 }
 
 bool ServerSocket::AcceptOne() {
+  if (!HasSpareDescriptors(Handle())) {
+    PauseAccepting(os::OutOfDescriptorsError());
+    return false;
+  }
   const os::Accepted accepted = os::Accept(Handle());
   if (os::WouldBlock(accepted.error)) {
     myIsReadable = false;

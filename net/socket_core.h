@@ -67,6 +67,9 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   virtual void RaiseSendProgress() {}
   virtual void RaiseError() = 0;
 
+  // Closes it without an event, when the loop ends.
+  virtual void Finish() { CloseDescriptor(); }
+
   // Makes the event pending and sees that an event pass comes.
   void SetPending(Event event);
   void ClearPending(unsigned events) { myPending &= ~events; }

@@ -1,8 +1,11 @@
 #include "net/tcp_socket.h"
 
 #include <algorithm>
+#include <array>
+#include <chrono>
 #include <limits>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "net/poll_loop.h"
@@ -14,9 +17,17 @@ namespace {
 // Output above this is sent while it is written, so that a long relay does not pile up memory.
 constexpr std::size_t kFlushAt = 64 * 1024;
 constexpr int kMostLastReads = 16;
+constexpr std::chrono::seconds kDrainPatience(5);
 
 bool IsPort(std::int32_t port) {
   return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
+}
+
+std::size_t TotalSize(std::span<const std::string_view> pieces) {
+  std::size_t size = 0;
+  for (const std::string_view piece : pieces)
+    size += piece.size();
+  return size;
 }
 
 }  // namespace
@@ -24,8 +35,8 @@ bool IsPort(std::int32_t port) {
 TCPSocket::TCPSocket(PollLoop& loop)
     : SocketCore(loop),
       myFlushHalf(static_cast<std::uint8_t>(loop.Flushes().NextHalf())),
-      myInput(loop.Buffers()),
-      myOutput(loop.Buffers()) {}
+      myInput(loop.InputBuffers()),
+      myOutput(loop.OutputBuffers()) {}
 
 TCPSocket::~TCPSocket() {
   EndConnection();
@@ -98,12 +109,11 @@ void TCPSocket::FinishConnecting() {
 void TCPSocket::Advance() {
   if (myState == State::Connecting && myIsWritable) FinishConnecting();
   if (myState == State::Listening && myIsReadable) AcceptPeer();
-  if (myState != State::Connected) return;
-  if (myAwaitsWritable && myIsWritable) {
+  if (myAwaitsWritable && myIsWritable && MaySend()) {
     myAwaitsWritable = false;
     FlushOutput();
   }
-  if (myIsReadable && !HoldsInput()) Receive();
+  if (myState == State::Connected && myIsReadable && !HoldsInput()) Receive();
 }
 
 void TCPSocket::Receive() {
@@ -118,17 +128,22 @@ void TCPSocket::Receive() {
   }
   if (received.error != 0) return Fail(received.error);
   if (received.bytes == 0) {
-    // A peer that only ended its sending still reads.
-    myLoop.HandOver();
-    if (myState != State::Connected) return;
-    FlushOutput();
-    return Fail(os::ConnectionResetError());
+    return EndByPeer();
   }
   if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();
   // A short read has drained the socket, but for the end of the connection that may follow.
   myIsReadable = myIsHungUp || mySendError != 0 || received.bytes == scratch.size();
   SetPending(kDataAvailable);
   ResumeInput();
+}
+
+void TCPSocket::EndByPeer() {
+  // It may still read.
+  myLoop.HandOver();
+  if (myState != State::Connected) return;
+  myLastErrorCode = os::ConnectionResetError();
+  myState = State::Ended;
+  SetPending(kError);
 }
 
 void TCPSocket::Poll() {
@@ -153,35 +168,67 @@ void TCPSocket::ResumeInput() {
 void TCPSocket::Fail(int error) {
   myLastErrorCode = error;
   myState = State::Failed;
-  DropOutput();
+  myOutput.Clear();
   SetPending(kError);
 }
 
 void TCPSocket::FailForMemory() {
+  DropInput();
+  if (myState == State::Draining) return EndConnection();
   Fail(os::NoBufferError());
+}
+
+void TCPSocket::RaiseDataAvailable() {
+  Event_DataAvailable();
+  myLoop.BoundInput();
 }
 
 void TCPSocket::RaiseError() {
   Event_Error();
   // Unless the handler used the socket anew, be it in vain.
-  if (myState == State::Failed && !IsPending(kError)) Close();
+  const bool isOver = myState == State::Ended || myState == State::Failed;
+  if (isOver && !IsPending(kError)) Close();
 }
 
 void TCPSocket::Close() {
   // The last reference may be the listener's, or the loop's.
   const std::shared_ptr<SocketCore> keep = weak_from_this().lock();
-  if (myState == State::Connected) {
-    FlushFinally();
-    os::EndSending(Handle());
-    // Closing with bytes unread would reset the connection and may lose what was just sent.
-    for (int i = 0; i < kMostLastReads; ++i) {
-      if (os::Receive(Handle(), myLoop.Scratch()).bytes == 0) break;
-    }
+  const bool wasOpen = myState == State::Connected || myState == State::Ended;
+  if (wasOpen) FlushFinally();
+  if (wasOpen && !myOutput.IsEmpty() && keep != nullptr) {
+    Drain();
+  } else if (wasOpen) {
+    FinishSending();
+  } else {
+    EndConnection();
   }
-  EndConnection();
   if (const std::shared_ptr<ServerSocket> listener = std::exchange(myListener, {}).lock()) {
     listener->GiveBack(std::static_pointer_cast<TCPSocket>(keep));
   }
+}
+
+void TCPSocket::Drain() {
+  myState = State::Draining;
+  DropInput();
+  ClearPending(kConnected | kDataAvailable | kSendComplete | kSendProgress | kError);
+  myLoop.KeepAlive(shared_from_this());
+  CheckDrain(0);
+}
+
+void TCPSocket::CheckDrain(std::size_t leftBefore) {
+  if (myState != State::Draining) return;
+  const std::size_t left = myOutput.Size();
+  if (left == leftBefore) return EndConnection();
+  myLoop.CallLater(kDrainPatience, shared_from_this(), [this, left] { CheckDrain(left); });
+}
+
+void TCPSocket::FinishSending() {
+  os::EndSending(Handle());
+  // Closing with bytes unread would reset the connection and may lose what was just sent.
+  for (int i = 0; i < kMostLastReads; ++i) {
+    if (os::Receive(Handle(), myLoop.Scratch()).bytes == 0) break;
+  }
+  EndConnection();
 }
 
 void TCPSocket::ForgetLastConnection() {
@@ -192,7 +239,7 @@ void TCPSocket::ForgetLastConnection() {
 
 void TCPSocket::EndConnection() {
   myState = State::Closed;
-  DropOutput();
+  myOutput.Clear();
   mySendError = 0;
   myAwaitsWritable = false;
   ClearPending(kConnected | kDataAvailable | kSendComplete | kSendProgress | kError);
@@ -229,41 +276,63 @@ void TCPSocket::Write(std::string_view bytes) {
   WriteBytes(bytes);
 }
 
+bool TCPSocket::IsWithinBound() {
+  if (myOutput.Size() < myLoop.Limits().connectionOutput) return true;
+  FailForMemory();
+  return false;
+}
+
 void TCPSocket::WriteBytes(std::string_view bytes) {
   if (myState != State::Connected || mySendError != 0 || bytes.empty()) return;
-  const std::size_t before = myOutput.Size();
-  const std::size_t after = before + bytes.size();
-  if (after > myLoop.Limits().connection) return FailForMemory();
-  if (!myOutput.Append(bytes)) return FailForMemory();
+  if (IsBusy() || IsWithinBound()) NoteWritten(myOutput.Append(bytes));
+}
+
+void TCPSocket::WriteSlice(const Slice& slice) {
+  if (myState != State::Connected || mySendError != 0 || slice.Size() == 0) return;
+  if (IsBusy() || IsWithinBound()) NoteWritten(myOutput.Append(slice));
+}
+
+void TCPSocket::NoteWritten(bool hadRoom) {
+  if (!hadRoom) return FailForMemory();
   if (!myAwaitsFlush && !myAwaitsWritable) {
     myAwaitsFlush = true;
     myLoop.RequestFlush(std::static_pointer_cast<TCPSocket>(shared_from_this()));
   }
-  myLoop.CountOutput(before, after);
-  if (after >= kFlushAt) FlushOutput();
+  if (myOutput.Size() >= kFlushAt) FlushOutput();
+  myLoop.BoundOutput();
+}
+
+bool TCPSocket::MaySend() const {
+  return myState == State::Connected || myState == State::Ended || myState == State::Draining;
 }
 
 void TCPSocket::FlushOutput() {
   myAwaitsFlush = false;
-  if (myState != State::Connected || myAwaitsWritable || myOutput.IsEmpty()) return;
-  const std::size_t before = myOutput.Size();
-  const os::Transfer sent = os::Send(Handle(), myOutput.Bytes());
-  if (sent.error != 0 && !os::WouldBlock(sent.error)) {
-    // The peer's last messages may still wait to be read, so reading finds out how it ended.
-    mySendError = sent.error;
-    DropOutput();
-    myIsReadable = true;
-    ResumeInput();
-    return;
+  std::array<std::string_view, os::kMostPieces> room;
+  while (MaySend() && !myAwaitsWritable && !myOutput.IsEmpty()) {
+    const auto pieces = myOutput.First(room);
+    const os::Transfer sent = os::Send(Handle(), pieces);
+    if (sent.error != 0 && !os::WouldBlock(sent.error)) return FailToSend(sent.error);
+    myAwaitsWritable = sent.bytes < TotalSize(pieces);
+    myIsWritable = !myAwaitsWritable;
+    myOutput.Consume(sent.bytes);
+    NoteSent(sent.bytes);
   }
-  myOutput.Consume(sent.bytes);
-  myLoop.CountOutput(before, myOutput.Size());
-  if (!myOutput.IsEmpty()) {
-    myAwaitsWritable = true;
-    myIsWritable = false;
-  }
-  if (!myRaisesSendEvents || sent.bytes == 0) return;
-  mySentSinceProgress += sent.bytes;
+  if (myState == State::Draining && myOutput.IsEmpty()) FinishSending();
+}
+
+void TCPSocket::FailToSend(int error) {
+  mySendError = error;
+  myOutput.Clear();
+  if (myState == State::Draining) return EndConnection();
+  // The peer's last messages may still wait to be read, so reading finds out how it ended.
+  myIsReadable = true;
+  ResumeInput();
+}
+
+void TCPSocket::NoteSent(std::size_t count) {
+  if (!myRaisesSendEvents || count == 0) return;
+  mySentSinceProgress += count;
   SetPending(kSendProgress);
   if (myOutput.IsEmpty()) SetPending(kSendComplete);
 }
@@ -275,12 +344,6 @@ void TCPSocket::FlushFinally() {
 
 void TCPSocket::RaiseSendProgress() {
   Event_SendProgress(std::exchange(mySentSinceProgress, 0), myOutput.Size());
-}
-
-void TCPSocket::DropOutput() {
-  const std::size_t before = myOutput.Size();
-  myOutput.Clear();
-  myLoop.CountOutput(before, 0);
 }
 
 }  // namespace corvane

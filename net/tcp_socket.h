@@ -8,6 +8,7 @@
 
 #include "framework/network_interfaces.h"
 #include "net/byte_queue.h"
+#include "net/output_queue.h"
 #include "net/socket_core.h"
 #include "net/streams.h"
 
@@ -18,10 +19,11 @@ class ServerSocket;
 // One TCP connection over IPv4, asynchronous: what is written is sent later, what has arrived is
 // announced by an event. Handed out by a listener, or connected by Connect or Listen.
 //
-// States: closed, connecting or listening for its one peer, connected, failed (until Error was
-// raised), closed again. A closed one can be used anew.
-// Limits: PollLoop's bounds on unsent output; a connection over its bound fails with the system's
-// "no buffer space" code. An orderly end by the peer is the "connection reset" code.
+// States: closed, connecting or listening for its one peer, connected, ended by the peer or failed
+// (until Error was raised), closed again. A closed one can be used anew; in the background it goes
+// on sending what it holds, until all is out or nothing has moved for some seconds.
+// Limits: PollLoop's bounds on memory; a connection over them fails with the system's "no buffer
+// space" code. An orderly end by the peer is the "connection reset" code.
 class TCPSocket : public SocketCore, public Readable, public Writeable {
  public:
   explicit TCPSocket(PollLoop& loop);
@@ -36,7 +38,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual void Connect();
   virtual void Listen();
 
-  // Sends what the system takes at once and ends the connection. No event follows.
+  // Ends the connection when what it holds is sent. No event follows.
   virtual void Close();
   virtual void Disconnect() { Close(); }
 
@@ -65,6 +67,10 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void Flush() override { FlushOutput(); }
   bool WriteError() const override { return LastErrorCode() != 0; }
   std::size_t BytesLeftToSend() const { return myOutput.Size(); }
+  // Ends the connection, with Error in the next pass, for want of memory or over its bound.
+  void FailForMemory();
+  // Bytes of memory that what has arrived takes.
+  virtual std::size_t InputHeld() const { return myInput.Capacity(); }
   // Of the loop's flush queue.
   std::size_t FlushHalf() const { return myFlushHalf; }
 
@@ -82,24 +88,34 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void ResumeInput();
 
   ByteQueue& Input() { return myInput; }
+  // A connection that is over its bound before the write fails, with two exceptions: a single large
+  // message does not cut off a peer who keeps up, and all that a handler of its own writes counts
+  // as one. A slice is not copied.
   void WriteBytes(std::string_view bytes);
-  // Ends the connection, with Error in the next pass, for want of memory or over its bound.
-  void FailForMemory();
+  void WriteSlice(const Slice& slice);
+  // The peer has sent its last: Error comes in the next pass, and what is written is sent on.
+  void EndByPeer();
+  bool HasHungUp() const { return myIsHungUp; }
+  // Fails when it holds more unsent bytes than a connection may; whether it may go on.
+  bool IsWithinBound();
+  // Lets go of what has arrived.
+  virtual void DropInput() { myInput.Clear(); }
   // A class that hides the send events from its users saves the loop raising them.
   void SkipSendEvents() { myRaisesSendEvents = false; }
 
   void Advance() override;
   void RaiseConnected() override { Event_Connected(); }
-  void RaiseDataAvailable() override { Event_DataAvailable(); }
+  void RaiseDataAvailable() override;
   void RaiseSendComplete() override { Event_SendComplete(); }
   void RaiseSendProgress() override;
   void RaiseError() override;
+  void Finish() override { FinishSending(); }
 
  private:
   friend class PollLoop;
   friend class ServerSocket;
 
-  enum class State { Closed, Connecting, Listening, Connected, Failed };
+  enum class State { Closed, Connecting, Listening, Connected, Ended, Failed, Draining };
 
   // Takes over an accepted connection and makes Connected pending. False when the loop cannot
   // watch the descriptor, which is closed then.
@@ -109,11 +125,18 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void AcceptPeer();
   void FinishConnecting();
   void Receive();
+  bool MaySend() const;
+  // Sees to what was added to the output, which may not all have found room.
+  void NoteWritten(bool hadRoom);
   void FlushOutput();
-  // The same where no other chance will come, also if the system took no more lately.
+  void FailToSend(int error);
+  void NoteSent(std::size_t count);
+  // The same where no other chance may come, also if the system took no more lately.
   void FlushFinally();
   void Fail(int error);
-  void DropOutput();
+  void Drain();
+  void CheckDrain(std::size_t leftBefore);
+  void FinishSending();
   void EndConnection();
   void ForgetLastConnection();
 
@@ -125,7 +148,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   int mySendError = 0;
   os::Endpoint myPeer;
   ByteQueue myInput;
-  ByteQueue myOutput;
+  OutputQueue myOutput;
   std::size_t mySentSinceProgress = 0;
   std::weak_ptr<ServerSocket> myListener;
 };

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "net/socket_core.h"
+
 namespace corvane {
 namespace {
 
@@ -61,10 +63,10 @@ std::vector<std::shared_ptr<SocketCore>> WatchList::TakeKept() {
   return kept;
 }
 
-std::vector<SocketCore*> WatchList::All() const {
-  std::vector<SocketCore*> sockets;
+std::vector<std::shared_ptr<SocketCore>> WatchList::All() const {
+  std::vector<std::shared_ptr<SocketCore>> sockets;
   for (const Slot& slot : mySlots) {
-    if (slot.socket != nullptr) sockets.push_back(slot.socket);
+    if (slot.socket != nullptr) sockets.push_back(slot.socket->shared_from_this());
   }
   return sockets;
 }

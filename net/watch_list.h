@@ -25,7 +25,7 @@ class WatchList {
   // What was kept, to be let go by the caller.
   std::vector<std::shared_ptr<SocketCore>> TakeKept();
 
-  std::vector<SocketCore*> All() const;
+  std::vector<std::shared_ptr<SocketCore>> All() const;
 
  private:
   struct Slot {

@@ -98,14 +98,13 @@ void App::LoadServerSocket(MapSocket& listener,
 
 void App::Quit(int code) {
   myIsQuitting = true;
-  myLoop.FlushAll();
+  myLoop.Finish();
   QCoreApplication::exit(code);
 }
 
 void App::LastResort() {
   if (std::exchange(myLastResortReached, true)) return;
-  myLoop.FlushAll();
-  myLoop.Stop();
+  myLoop.Finish();
   Tell("An exception of class " + ClassNameOf(std::current_exception()) +
        " was not handled.  The application must shut down.");
   Quit(1);

@@ -1,5 +1,6 @@
 #include "server/client_socket.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QByteArray>
@@ -15,6 +16,16 @@
 #include "server/wire.h"
 
 namespace corvane {
+namespace {
+
+constexpr std::chrono::milliseconds kLongestDelay{250};
+constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
+
+// Reports repeat the name. With one of this length they pay for their bytes.
+constexpr std::size_t kLongName = 64 * 1024;
+constexpr std::size_t kNameBytesPerMillisecond = 4096;
+
+}  // namespace
 
 ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
     : EasyTCPSocket(loop), myParent(parent) {}
@@ -56,13 +67,9 @@ void ClientSocket::Greet(const ClientLocation& location) {
 }
 
 void ClientSocket::Error(std::int32_t code) {
-  myParent.CallStatusMessage("Client Disconnect: (" + std::to_string(code) + ") " + myUsername);
+  myParent.CallStatusMessage(
+      StatusLine({"Client Disconnect: (", std::to_string(code), ") ", myUsername}));
   Close();
-}
-
-void ClientSocket::SendPacket(std::string_view packet) {
-  myParent.HandOver();
-  EasyTCPSocket::SendPacket(packet);
 }
 
 void ClientSocket::Close() {
@@ -172,10 +179,12 @@ void ClientSocket::CheckPassword(std::string_view digest) {
 
 void ClientSocket::TakeName(std::string_view userName) {
   if (myState != State::WaitingUserName) return RefuseName(userName);
-  if (CanLogin(userName) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
+  std::string folded = FoldText(userName);
+  const bool isFree = myParent.Sessions().IsNameFree(folded, *this);
+  if (isFree && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::LoggedIn;
-    ReportStatus(": User Logged In (" + std::string(userName) + ")");
-    SetUsername(userName);
+    ReportStatus(": User Logged In (", userName, ")");
+    SetUsername(userName, std::move(folded));
     myParent.CallUserLoggedIn(*this);
     SendMessage(wire::kReport, wire::kOk);
   } else {
@@ -186,20 +195,29 @@ void ClientSocket::TakeName(std::string_view userName) {
 
 void ClientSocket::RefuseNetwork(std::string_view name) {
   SendMessage(wire::kPassword, wire::kFail);
-  ReportStatus(": Network Fail (" + std::string(name) + ")");
+  ReportStatus(": Network Fail (", name, ")");
+  SlowDown();
 }
 
 void ClientSocket::RefusePassword() {
   SendMessage(wire::kUserName, wire::kFail);
   ReportStatus(": Login Failed.");
+  SlowDown();
 }
 
 void ClientSocket::RefuseName(std::string_view userName) {
   SendMessage(wire::kReport, wire::kFail);
-  ReportStatus(": Bad Username (" + std::string(userName) + ")");
+  ReportStatus(": Bad Username (", userName, ")");
+  SlowDown();
+}
+
+void ClientSocket::SlowDown() {
+  DelayMessages(myNextDelay);
+  myNextDelay = std::min(2 * myNextDelay, kLongestDelay);
 }
 
 bool ClientSocket::IsPasswordDigest(std::string_view digest) const {
+  if (digest.size() > kLongestDigest * kFoldingFactor) return false;
   const std::string& password = myNetwork->Password;
   const QByteArray expected = QCryptographicHash::hash(
       QByteArrayView(password.data(), static_cast<qsizetype>(password.size())),
@@ -238,7 +256,12 @@ void ClientSocket::TakeReport(std::string_view data) {
   InBattle = NumberFromText(nextField()) != 0;
   IsDead = NumberFromText(nextField()) != 0;
   // A change of the two flags alone is not relayed; it goes with the next movement: deliberate.
-  if (x != X || y != Y || facet != Facet || hp != HP) myParent.BroadcastPosition(*this);
+  if (x != X || y != Y || facet != Facet || hp != HP) {
+    myParent.BroadcastPosition(*this);
+    if (myUsername.size() > kLongName) {
+      DelayMessages(std::chrono::milliseconds(myUsername.size() / kNameBytesPerMillisecond));
+    }
+  }
 }
 
 void ClientSocket::SendMembers() {
@@ -274,15 +297,16 @@ void ClientSocket::SetNetwork(NetworkRef network) {
   myParent.Sessions().EnterNetwork(*this);
 }
 
-void ClientSocket::SetUsername(std::string_view userName) {
+void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
   myParent.Sessions().DropName(*this);
   myUsername = userName;
-  myFoldedUsername = FoldText(userName);
+  myFoldedUsername = std::move(folded);
   myParent.Sessions().AddName(*this);
 }
 
-void ClientSocket::ReportStatus(std::string_view text) {
-  myParent.CallStatusMessage(RemoteAddress() + std::string(text));
+void ClientSocket::ReportStatus(std::string_view text, std::string_view quoted,
+                                std::string_view end) {
+  myParent.CallStatusMessage(StatusLine({RemoteAddress(), text, quoted, end}));
 }
 
 }  // namespace corvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -89,11 +90,8 @@ class ClientSocket : public EasyTCPSocket {
   // The same without telling anybody, for a listener that goes away.
   void Abandon();
 
-  // Sends a packet after all reports that were relayed before it.
-  void SendPacket(std::string_view packet) override;
-
   // For the outbox: sends relayed reports; and whether it holds some of this session's own.
-  void WriteGathered(std::string_view packets) { EasyTCPSocket::SendPacket(packets); }
+  void WriteGathered(const Slice& packets) { WriteSlice(packets); }
   bool IsGathered() const { return myIsGathered; }
   void SetGathered(bool isGathered) { myIsGathered = isGathered; }
 
@@ -118,6 +116,8 @@ class ClientSocket : public EasyTCPSocket {
   void RefuseNetwork(std::string_view name);
   void RefusePassword();
   void RefuseName(std::string_view userName);
+  // Has the next message wait for a moment, longer each time: who is right notices nothing.
+  void SlowDown();
 
   void TakeReport(std::string_view data);
   void SendMembers();
@@ -125,11 +125,13 @@ class ClientSocket : public EasyTCPSocket {
   void LiftBan(std::string_view id);
 
   void SetNetwork(NetworkRef network);
-  void SetUsername(std::string_view userName);
-  void ReportStatus(std::string_view text);
+  void SetUsername(std::string_view userName, std::string folded);
+  // A status line that begins with the client's address.
+  void ReportStatus(std::string_view text, std::string_view quoted = {}, std::string_view end = {});
   void Leave();
 
   State myState = State::Idle;
+  std::chrono::milliseconds myNextDelay{4};
   bool myIsGathered = false;
   std::uint64_t myHandOffNumber = 0;
   std::string myUsername;

@@ -1,6 +1,7 @@
 #include "server/map_socket.h"
 
 #include <algorithm>
+#include <optional>
 
 #include "framework/exceptions.h"
 #include "framework/text.h"
@@ -21,16 +22,21 @@ std::shared_ptr<ClientSocket> SessionOf(ClientSocket& session) {
   return std::static_pointer_cast<ClientSocket>(session.shared_from_this());
 }
 
-bool IsUserOf(const ClientSocket& session, const std::string& foldedName,
+// Both names folded.
+bool IsUserOf(const ClientSocket& session, const std::string& userName,
               const std::string& networkName) {
-  return session.myNetwork != nullptr && session.FoldedUsername() == foldedName &&
-         SameText(session.myNetwork->NetworkName, networkName);
+  return session.myNetwork != nullptr && session.FoldedUsername() == userName &&
+         session.myNetwork->FoldedName == networkName;
 }
 
 }  // namespace
 
 MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations)
-    : ServerSocket(loop, 2, 10), myLocations(locations), myBans(serverdb), myAdmins(serverdb) {}
+    : ServerSocket(loop, 2, 10),
+      myLocations(locations),
+      myBans(serverdb),
+      myAdmins(serverdb),
+      myRoster(loop.OutputBuffers()) {}
 
 MapSocket::~MapSocket() {
   myRoster.HandOver();
@@ -78,6 +84,7 @@ void MapSocket::BroadcastPosition(ClientSocket& sender) {
   if (sender.myNetwork == nullptr) return;
   const std::string packet =
       EasyTCPSocket::CreatePacket(wire::kMember, wire::PositionRecord(sender));
+  if (!myLoop.HasRoomForOutput(packet.size())) return sender.FailForMemory();
   const bool isFirst = !myRoster.HasGathered();
   myRoster.Gather(SessionOf(sender), packet);
   if (isFirst) {
@@ -85,15 +92,20 @@ void MapSocket::BroadcastPosition(ClientSocket& sender) {
   }
 }
 
+Slice MapSocket::MakePacket(std::int32_t command, std::string_view data) const {
+  return CopyToBlock(myLoop.OutputBuffers(), EasyTCPSocket::CreatePacket(command, data));
+}
+
 void MapSocket::BroadcastMessage(const std::string& text, const std::string& networkName) {
   if (text.empty()) return;
-  const std::string packet = EasyTCPSocket::CreatePacket(wire::kMessage, text);
+  const Slice packet = MakePacket(wire::kMessage, text);
   const bool toAll = networkName == kAllNetworks;
+  const std::string foldedName = FoldText(networkName);
   const auto connections = ActiveConnections();
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> recipient = SessionOf(connection);
     if (recipient->myNetwork == nullptr) throw NilObjectException();
-    if (SameText(recipient->myNetwork->NetworkName, networkName) || toAll) {
+    if (recipient->myNetwork->FoldedName == foldedName || toAll) {
       recipient->SendPacket(packet);
     }
     myLoop.GiveWay();
@@ -102,7 +114,7 @@ void MapSocket::BroadcastMessage(const std::string& text, const std::string& net
 
 void MapSocket::ClientDisconnect(ClientSocket& leaving) {
   if (leaving.myNetwork == nullptr) return;
-  const std::string packet = EasyTCPSocket::CreatePacket(wire::kMemberLeft, leaving.Username());
+  const Slice packet = MakePacket(wire::kMemberLeft, leaving.Username());
   const auto members = myRoster.MembersOf(*leaving.myNetwork);
   for (const std::shared_ptr<ClientSocket>& recipient : *members) {
     if (recipient.get() != &leaving) recipient->SendPacket(packet);
@@ -111,8 +123,12 @@ void MapSocket::ClientDisconnect(ClientSocket& leaving) {
 }
 
 NetworkRef MapSocket::FindNetwork(std::string_view name) const {
+  // Folded once, and only where it may be a network's name: anybody may ask for anything.
+  std::optional<std::string> folded;
   for (const NetworkRef& network : Networks) {
-    if (SameText(network->NetworkName, name)) return network;
+    if (!MayFoldTo(name.size(), network->FoldedName.size())) continue;
+    if (!folded) folded = FoldText(name);
+    if (network->FoldedName == *folded) return network;
   }
   return nullptr;
 }
@@ -127,7 +143,7 @@ void MapSocket::RemoveNetwork(const NetworkRef& entry) {
 }
 
 void MapSocket::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
-  const std::string packet = EasyTCPSocket::CreatePacket(wire::kBye, wire::kByeText);
+  const Slice packet = MakePacket(wire::kBye, wire::kByeText);
   const auto members = myRoster.MembersOf(*entry);
   for (const std::shared_ptr<ClientSocket>& member : *members) {
     member->SendPacket(packet);
@@ -137,32 +153,33 @@ void MapSocket::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
 
 void MapSocket::KickUser(const std::string& userName, const std::string& networkName,
                          const std::string& reason) {
-  const std::string packet = EasyTCPSocket::CreatePacket(wire::kKick, reason);
+  const Slice packet = MakePacket(wire::kKick, reason);
   const std::string foldedName = FoldText(userName);
+  const std::string foldedNetwork = FoldText(networkName);
   std::string lastExamined;
   const auto connections = ActiveConnections();
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> session = SessionOf(connection);
     lastExamined = session->Username();
-    if (IsUserOf(*session, foldedName, networkName)) session->SendPacket(packet);
+    if (IsUserOf(*session, foldedName, foldedNetwork)) session->SendPacket(packet);
     myLoop.GiveWay();
   }
   // The line names whoever the walk looked at last, not who was kicked: deliberate.
-  CallStatusMessage(lastExamined + " Kicked: " + reason);
+  CallStatusMessage(StatusLine({lastExamined, " Kicked: ", reason}));
 }
 
 void MapSocket::BanUser(ClientSocket& banningClient, const std::string& userName,
                         const std::string& reason) {
-  const std::string packet = EasyTCPSocket::CreatePacket(wire::kBan, reason);
+  const Slice packet = MakePacket(wire::kBan, reason);
   const std::string foldedName = FoldText(userName);
-  const std::string networkName = banningClient.myNetwork->NetworkName;
+  const NetworkRef network = banningClient.myNetwork;
   const auto connections = ActiveConnections();
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> target = SessionOf(connection);
-    if (IsUserOf(*target, foldedName, networkName)) {
+    if (IsUserOf(*target, foldedName, network->FoldedName)) {
       target->SendPacket(packet);
-      CallStatusMessage(target->Username() + " Banned: " + reason);
-      myBans.Add(target->RemoteAddress(), banningClient.Username(), reason, networkName);
+      CallStatusMessage(StatusLine({target->Username(), " Banned: ", reason}));
+      myBans.Add(target->RemoteAddress(), banningClient.Username(), reason, network->NetworkName);
     }
     myLoop.GiveWay();
   }

@@ -38,7 +38,8 @@ class MapSocket : public ServerSocket, public _Gatherer {
   void CallUserLoggedOut(ClientSocket& client);
 
   // Sends the sender's state to every other session of its network (command 5), together with what
-  // else is reported until the next flush.
+  // else is reported until the next flush. A sender whose name is too long for what memory is left
+  // fails.
   void BroadcastPosition(ClientSocket& sender);
   // Sends what was reported so far.
   void HandOver() override { myRoster.HandOver(); }
@@ -85,6 +86,9 @@ class MapSocket : public ServerSocket, public _Gatherer {
   void Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) override;
 
  private:
+  // One message for many receivers.
+  Slice MakePacket(std::int32_t command, std::string_view data) const;
+
   LocationLookup& myLocations;
   BansTable myBans;
   AdminsTable myAdmins;

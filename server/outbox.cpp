@@ -18,11 +18,12 @@ void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view p
 }
 
 void Outbox::HandOver(const Members& members) {
+  const Slice all = myWriter.Append(myBytes);
   for (const std::shared_ptr<ClientSocket>& member : members) {
     if (member->IsGathered() || myIsNameShared) {
-      WriteToSender(*member);
+      WriteToSender(*member, all);
     } else {
-      member->WriteGathered(myBytes);
+      member->WriteGathered(all);
     }
   }
   for (const Packet& packet : myPackets)
@@ -34,8 +35,7 @@ void Outbox::HandOver(const Members& members) {
   myIsNameShared = false;
 }
 
-void Outbox::WriteToSender(ClientSocket& member) const {
-  const std::string_view bytes = myBytes;
+void Outbox::WriteToSender(ClientSocket& member, const Slice& all) const {
   std::size_t begin = 0;  // of what was not written yet
   std::size_t end = 0;    // of the packet before
   for (const Packet& packet : myPackets) {
@@ -44,12 +44,12 @@ void Outbox::WriteToSender(ClientSocket& member) const {
         packet.sender.get() == &member ||
         (myIsNameShared && packet.sender->FoldedUsername() == member.FoldedUsername());
     if (isOwn) {
-      member.WriteGathered(bytes.substr(begin, end - begin));
+      member.WriteGathered(all.Part(begin, end - begin));
       begin = packet.end;
     }
     end = packet.end;
   }
-  member.WriteGathered(bytes.substr(begin));
+  member.WriteGathered(all.Part(begin, all.Size() - begin));
 }
 
 }  // namespace corvane

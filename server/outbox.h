@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "net/block.h"
+
 namespace corvane {
 
 class ClientSocket;
@@ -18,6 +20,8 @@ class ClientSocket;
 class Outbox {
  public:
   using Members = std::vector<std::shared_ptr<ClientSocket>>;
+
+  explicit Outbox(BufferPool& pool) : myWriter(pool) {}
 
   bool IsEmpty() const { return myPackets.empty(); }
 
@@ -33,13 +37,14 @@ class Outbox {
     std::size_t end = 0;  // in the bytes
   };
 
-  // The packets of the others.
-  void WriteToSender(ClientSocket& member) const;
+  // The packets of the others; `all` are the bytes of all packets.
+  void WriteToSender(ClientSocket& member, const Slice& all) const;
 
   std::string myBytes;
   std::vector<Packet> myPackets;
   // Whether others may have a sender's name: then names are compared and not sessions.
   bool myIsNameShared = false;
+  BlockWriter myWriter;  // of what the members are given: one copy for all
 };
 
 }  // namespace corvane

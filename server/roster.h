@@ -23,6 +23,9 @@ class Roster {
  public:
   using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
 
+  // Reports wait for their recipients in memory of the pool.
+  explicit Roster(BufferPool& pool) : myPool(pool) {}
+
   // A session entered or left the active connections.
   void Enter(const std::shared_ptr<ClientSocket>& session);
   void Leave(ClientSocket& session);
@@ -48,10 +51,13 @@ class Roster {
 
  private:
   struct Group {
+    explicit Group(BufferPool& pool) : outbox(pool) {}
+
     Members members;
     Outbox outbox;
   };
 
+  BufferPool& myPool;
   std::unordered_map<const ServerNetworks*, Group> myGroups;
   std::vector<Group*> myGathered;   // those whose outbox is not empty
   std::size_t myGatheredBytes = 0;  // bytes that their hand-over copies

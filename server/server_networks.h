@@ -15,7 +15,9 @@ class ServerNetworks {
   ServerNetworks(std::string networkName, std::string password, std::int32_t maxUsers,
                  bool enabled);
 
-  std::string NetworkName;
+  const std::string NetworkName;
+  // The same folded, for comparing.
+  const std::string FoldedName;
   std::int32_t MaxUsers;
   bool Enabled;
   std::string Password;

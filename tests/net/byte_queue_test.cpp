@@ -44,24 +44,3 @@ TEST(ByteQueue, HoldsWhatAStringWouldHold) {
     ASSERT_EQ(queue.Bytes(), expected) << "step " << step;
   }
 }
-
-TEST(ByteQueue, KeepsWhatItHasWhenTheBoundOfAllIsReached) {
-  BufferPool pool(2 * BufferPool::kSmallest);
-  ByteQueue queue(pool);
-  ByteQueue other(pool);
-  EXPECT_TRUE(queue.Append("kept"));
-  EXPECT_TRUE(other.Append("x"));
-  EXPECT_FALSE(queue.Append(std::string(2 * BufferPool::kSmallest, 'x')));
-  EXPECT_EQ(queue.Bytes(), "kept");
-  other.Clear();
-  queue.Clear();
-
-  // A queue that was large once begins small where there is no room for more.
-  EXPECT_TRUE(queue.Append(std::string(BufferPool::kSmallest + 1, 'x')));
-  queue.Clear();
-  EXPECT_TRUE(other.Append("x"));
-  EXPECT_TRUE(queue.Append("x"));
-  other.Clear();
-  queue.Clear();
-  EXPECT_EQ(pool.HandedOut(), 0U);
-}

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 class EasyTCPSocketTest : public NetTest {
  protected:
-  explicit EasyTCPSocketTest(PollLoop::OutputLimits limits = {}) : NetTest(limits) {
+  explicit EasyTCPSocketTest(PollLoop::MemoryLimits limits = {}) : NetTest(limits) {
     server->Listen();
     client = Connect();
     socket = server->Active(0);
@@ -102,13 +102,13 @@ TEST_F(EasyTCPSocketTest, LengthThatNoMessageHasClosesWithoutAnError) {
 
 TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   client->SendBytes("\x7F\xFF\xFF\xFF\0\0\0\1"s + std::string(100'000, 'x'));
-  EXPECT_TRUE(PumpUntil([this] { return loop.Buffers().HandedOut() >= 100'000; }));
+  EXPECT_TRUE(PumpUntil([this] { return loop.InputBuffers().HandedOut() >= 100'000; }));
   PumpFor(10ms);
-  EXPECT_LT(loop.Buffers().HandedOut(), 1'000'000U);
+  EXPECT_LT(loop.InputBuffers().HandedOut(), 1'000'000U);
   client->Abort();
   EXPECT_TRUE(Logs(1));
   EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kConnectionReset)));
-  EXPECT_EQ(loop.Buffers().HandedOut(), 0U);
+  EXPECT_EQ(loop.InputBuffers().HandedOut(), 0U);
 }
 
 TEST_F(EasyTCPSocketTest, ClosingTriesOnceMoreWhatTheSystemDidNotTakeBefore) {
@@ -203,7 +203,7 @@ TEST_F(EasyTCPSocketTest, ConnectsByItself) {
 
 class OutputLimitTest : public EasyTCPSocketTest {
  protected:
-  OutputLimitTest() : EasyTCPSocketTest({.connection = 1'000'000, .total = 1'500'000}) {}
+  OutputLimitTest() : EasyTCPSocketTest({.connectionOutput = 1'000'000, .output = 1'500'000}) {}
 
   // Fills the connection until the system takes no more and so many bytes are left unsent.
   void Fill(RecordingSocket& connection, std::size_t bytes) {
@@ -218,7 +218,7 @@ TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
   Fill(*socket, SIZE_MAX);
   EXPECT_FALSE(socket->IsConnected());
   EXPECT_THAT(server->log, ElementsAre()) << "raised inside a send";
-  EXPECT_EQ(loop.TotalOutput(), 0U);
+  EXPECT_EQ(loop.OutputBuffers().HandedOut(), 0U);
   EXPECT_TRUE(Logs(1));
   EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kNoBuffers)));
   EXPECT_EQ(server->ActiveCount(), 0U);

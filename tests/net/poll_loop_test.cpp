@@ -83,7 +83,7 @@ TEST(PollLoop, ErrorOfAHandlerReachesTheLastResortAndStoppingHolds) {
   PollLoop* stopped = nullptr;
   PollLoop loop([&] {
     caught.push_back(ClassNameOf(std::current_exception()));
-    stopped->Stop();
+    stopped->Finish();
   });
   stopped = &loop;
   const auto server = std::make_shared<RecordingServer>(loop, 2, 10);

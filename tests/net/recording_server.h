@@ -77,7 +77,7 @@ class RecordingServer : public ServerSocket {
 // A loop and a server that listens, closed in the right order.
 class NetTest : public testing::Test {
  protected:
-  explicit NetTest(PollLoop::OutputLimits limits = {}, const FlushQueue::Rule& flushRule = {})
+  explicit NetTest(PollLoop::MemoryLimits limits = {}, const FlushQueue::Rule& flushRule = {})
       : loop([] { std::rethrow_exception(std::current_exception()); }, limits, flushRule) {}
 
   // Sends nothing more until the server has connected the client.

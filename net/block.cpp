@@ -1,0 +1,47 @@
+#include "net/block.h"
+
+#include <cassert>
+#include <cstring>
+#include <new>
+
+namespace corvane {
+
+Block::Ref Block::Make(BufferPool& pool, std::size_t room) {
+  BufferPool::Buffer buffer = pool.Take(sizeof(Block) + room);
+  if (buffer.capacity == 0) return {};
+  void* const place = buffer.bytes.get();
+  return Ref(*new (place) Block(pool, std::move(buffer)));
+}
+
+Block::Block(BufferPool& pool, BufferPool::Buffer buffer)
+    : myPool(&pool), myBuffer(std::move(buffer)), myRoom(myBuffer.capacity - sizeof(Block)) {}
+
+void Block::Destroy(Block& block) {
+  BufferPool& pool = *block.myPool;
+  BufferPool::Buffer buffer = std::move(block.myBuffer);
+  block.~Block();
+  pool.GiveBack(std::move(buffer));
+}
+
+void Block::Append(std::string_view bytes) {
+  assert(bytes.size() <= Room());
+  std::memcpy(Memory() + myUsed, bytes.data(), bytes.size());
+  myUsed += bytes.size();
+}
+
+Slice CopyToBlock(BufferPool& pool, std::string_view bytes) {
+  return BlockWriter(pool).Append(bytes);
+}
+
+Slice BlockWriter::Append(std::string_view bytes) {
+  if (myBlock && myBlock->IsUnshared()) myBlock->Rewind();
+  if (!myBlock || myBlock->Room() < bytes.size()) {
+    myBlock = Block::Make(*myPool, bytes.size());
+    if (!myBlock) return {};
+  }
+  const std::size_t begin = myBlock->Used();
+  myBlock->Append(bytes);
+  return {myBlock, begin, myBlock->Used()};
+}
+
+}  // namespace corvane

@@ -1,0 +1,84 @@
+#include "net/output_queue.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kSmallRoom = BufferPool::kSmallest - sizeof(Block);
+constexpr std::size_t kLargeRoom = BufferPool::kLargestKept - sizeof(Block);
+// A slice of fewer bytes is copied: that costs less than to keep count of it, and little memory is
+// held by many slices.
+constexpr std::size_t kWorthSharing = 512;
+constexpr std::size_t kMostKeptSlices = 16;  // room for the next ones
+
+}  // namespace
+
+bool OutputQueue::Append(std::string_view bytes) {
+  while (!bytes.empty()) {
+    if (!myOwn || myOwn->Room() == 0) {
+      // Whoever is behind already gets large blocks, of which there are few.
+      const std::size_t room = IsEmpty() ? kSmallRoom : kLargeRoom;
+      myOwn = Block::Make(*myPool, std::clamp(bytes.size(), room, kLargeRoom));
+      if (!myOwn) return false;
+    }
+    const std::size_t begin = myOwn->Used();
+    const std::size_t count = std::min(bytes.size(), myOwn->Room());
+    myOwn->Append(bytes.substr(0, count));
+    Push({myOwn, begin, begin + count});
+    bytes.remove_prefix(count);
+  }
+  return true;
+}
+
+bool OutputQueue::Append(const Slice& slice) {
+  if (slice.Size() < kWorthSharing && !ContinuesLast(slice)) return Append(slice.Bytes());
+  Push(slice);
+  return true;
+}
+
+bool OutputQueue::ContinuesLast(const Slice& slice) const {
+  return !IsEmpty() && mySlices.back().block == slice.block && mySlices.back().end == slice.begin;
+}
+
+void OutputQueue::Push(const Slice& slice) {
+  if (ContinuesLast(slice)) {
+    mySlices.back().end = slice.end;
+  } else {
+    mySlices.push_back(slice);
+  }
+  mySize += slice.Size();
+}
+
+std::span<const std::string_view> OutputQueue::First(std::span<std::string_view> pieces) const {
+  const std::size_t count = std::min(pieces.size(), mySlices.size() - myFirst);
+  for (std::size_t i = 0; i < count; ++i)
+    pieces[i] = mySlices[myFirst + i].Bytes();
+  return pieces.first(count);
+}
+
+void OutputQueue::Consume(std::size_t count) {
+  assert(count <= mySize);
+  if (count == mySize) return Clear();
+  mySize -= count;
+  while (count >= mySlices[myFirst].Size()) {
+    count -= mySlices[myFirst].Size();
+    mySlices[myFirst++] = {};
+  }
+  mySlices[myFirst].begin += count;
+  if (myFirst > mySlices.size() / 2) {
+    mySlices.erase(mySlices.begin(), mySlices.begin() + static_cast<std::ptrdiff_t>(myFirst));
+    myFirst = 0;
+  }
+}
+
+void OutputQueue::Clear() {
+  mySlices.clear();
+  if (mySlices.capacity() > kMostKeptSlices) mySlices.shrink_to_fit();
+  myFirst = 0;
+  mySize = 0;
+  myOwn.Reset();
+}
+
+}  // namespace corvane

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string_view>
+#include <vector>
+
+#include "net/block.h"
+
+namespace corvane {
+
+// What a connection was given to send and has not sent yet: slices of blocks, in order. Growing
+// moves nothing, however much there is, and what many connections were given stands in memory once.
+// Borrows its pool and holds memory only while there are bytes.
+class OutputQueue {
+ public:
+  explicit OutputQueue(BufferPool& pool) : myPool(&pool) {}
+
+  bool IsEmpty() const { return mySize == 0; }
+  std::size_t Size() const { return mySize; }
+
+  // Adds a copy of the bytes. False when there is no memory for all of them.
+  [[nodiscard]] bool Append(std::string_view bytes);
+  // Adds the slice: itself where that is worth its bookkeeping, else a copy.
+  [[nodiscard]] bool Append(const Slice& slice);
+
+  // Its first bytes, as many pieces as there is room for. Valid until the next change.
+  std::span<const std::string_view> First(std::span<std::string_view> pieces) const;
+  // Drops so many bytes (at most Size()) from the front.
+  void Consume(std::size_t count);
+  void Clear();
+
+ private:
+  bool ContinuesLast(const Slice& slice) const;
+  void Push(const Slice& slice);
+
+  BufferPool* myPool;
+  std::vector<Slice> mySlices;
+  std::size_t myFirst = 0;  // of the slices that are left
+  std::size_t mySize = 0;
+  Block::Ref myOwn;  // what copies go into
+};
+
+}  // namespace corvane
