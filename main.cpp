@@ -8,12 +8,14 @@
 #include "framework/broken_pipes.h"
 #include "framework/folders.h"
 #include "framework/quit_signals.h"
+#include "framework/standard_streams.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
 
 using namespace corvane;
 
 int main(int argc, char** argv) {
+  OpenStandardStreams();
   IgnoreBrokenPipes();
   RaiseDescriptorLimit();
   ChoosePlatform(argc, argv);
@@ -31,8 +33,7 @@ int main(int argc, char** argv) {
   if (HasDisplay()) {
     trayItem.show();
   } else {
-    // It keeps its lists, but there is nobody to paint them for.
-    window.setUpdatesEnabled(false);
+    window.ShowToNobody();
   }
   // From the loop, where quitting and errors are provided for.
   QMetaObject::invokeMethod(

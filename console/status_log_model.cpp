@@ -12,13 +12,14 @@ constexpr std::chrono::milliseconds kGatheringTime{20};
 
 }  // namespace
 
-StatusLogModel::StatusLogModel() {
+StatusLogModel::StatusLogModel(std::size_t mostBytes) : myMostBytes(mostBytes) {
   myAddRows.setSingleShot(true);
   myAddRows.setInterval(kGatheringTime);
   connect(&myAddRows, &QTimer::timeout, this, &StatusLogModel::AddRows);
 }
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
+  if (myKeepsNothing) return;
   myLog.Append(prefix, text);
   if (!myAddRows.isActive()) myAddRows.start();
 }
@@ -29,6 +30,11 @@ void StatusLogModel::Clear() {
   myLog.Clear();
   myRows = 0;
   endResetModel();
+}
+
+void StatusLogModel::KeepNothing() {
+  myKeepsNothing = true;
+  Clear();
 }
 
 int StatusLogModel::rowCount(const QModelIndex& parent) const {
@@ -45,6 +51,16 @@ void StatusLogModel::AddRows() {
   beginInsertRows({}, myRows, count - 1);
   myRows = count;
   endInsertRows();
+  DropOldest();
+}
+
+void StatusLogModel::DropOldest() {
+  const std::size_t lines = myLog.LinesOver(myMostBytes);
+  if (lines == 0) return;
+  beginRemoveRows({}, 0, static_cast<int>(lines) - 1);
+  myLog.DropOldest(lines);
+  myRows -= static_cast<int>(lines);
+  endRemoveRows();
 }
 
 }  // namespace corvane

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 #include <QAbstractListModel>
@@ -10,13 +11,16 @@
 namespace corvane {
 
 // The status log as rows of a list. Appending only stores: the new lines become rows together, a
-// moment later, so that a burst of thousands costs the view one layout and not thousands.
+// moment later, so that a burst of thousands costs the view one layout and not thousands. Keeps so
+// many bytes at most; the oldest lines go.
 class StatusLogModel : public QAbstractListModel {
  public:
-  StatusLogModel();
+  explicit StatusLogModel(std::size_t mostBytes = std::size_t{64} << 20);
 
   void Append(std::string_view prefix, std::string_view text);
   void Clear();
+  // From here on nothing is kept: there is nobody to see it.
+  void KeepNothing();
   const StatusLog& Log() const { return myLog; }
 
   int rowCount(const QModelIndex& parent = {}) const override;
@@ -24,7 +28,10 @@ class StatusLogModel : public QAbstractListModel {
 
  private:
   void AddRows();
+  void DropOldest();
 
+  const std::size_t myMostBytes;
+  bool myKeepsNothing = false;
   StatusLog myLog;
   int myRows = 0;  // lines that are rows already
   QTimer myAddRows;

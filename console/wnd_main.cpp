@@ -18,6 +18,7 @@
 #include "console/wnd_view_admins.h"
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
+#include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
 #include "storage/networks_table.h"
@@ -100,6 +101,11 @@ void wndMain::Open() {
   myNetworks.Clear();
   myUsers.Clear();
   myApp.LoadServerSocket(*sSocket, [this](const NetworkRef& network) { myNetworks.Add(network); });
+}
+
+void wndMain::ShowToNobody() {
+  setUpdatesEnabled(false);
+  myStatus.KeepNothing();
 }
 
 void wndMain::closeEvent(QCloseEvent* event) {
@@ -301,7 +307,7 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
 }
 
 void wndMain::ForceDisconnect(ClientSocket& user) {
-  sSocket->CallStatusMessage("Admin Force Kicked " + user.Username());
+  sSocket->CallStatusMessage(StatusLine({"Admin Force Kicked ", user.Username()}));
   user.Close();
 }
 

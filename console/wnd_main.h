@@ -36,6 +36,10 @@ class wndMain : public QMainWindow {
   // the list of networks.
   void Open();
 
+  // For a machine without a display: the lists are there, but nothing is painted, and no status
+  // line is kept.
+  void ShowToNobody();
+
   // The listener, never none.
   const std::shared_ptr<MapSocket> sSocket;
 

@@ -21,19 +21,6 @@ constexpr char LowerASCII(char byte) {
 
 constexpr std::size_t kLongestLine = 4096;  // bytes
 
-// At most so many bytes of the text, not ending inside a UTF-8 sequence.
-std::string_view Beginning(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return text;
-  const auto continues = [text](std::size_t at) {
-    return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80;
-  };
-  // A sequence has three bytes behind its first at most.
-  std::size_t end = most;
-  while (end > 0 && most - end < 3 && continues(end))
-    --end;
-  return text.substr(0, end);
-}
-
 }  // namespace
 
 std::string FoldText(std::string_view text) {
@@ -66,6 +53,18 @@ QString DisplayText(std::string_view text) {
 
 std::string TextFromDisplay(const QString& text) {
   return text.toStdString();
+}
+
+std::string_view Beginning(std::string_view text, std::size_t most) {
+  if (text.size() <= most) return text;
+  const auto continues = [text](std::size_t at) {
+    return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80;
+  };
+  // A sequence has three bytes behind its first at most.
+  std::size_t end = most;
+  while (end > 0 && most - end < 3 && continues(end))
+    --end;
+  return text.substr(0, end);
 }
 
 std::string StatusLine(std::initializer_list<std::string_view> parts) {

@@ -33,6 +33,9 @@ QString DisplayText(std::string_view text);
 // The bytes of what an operator typed.
 std::string TextFromDisplay(const QString& text);
 
+// At most so many bytes of the text, not ending inside a UTF-8 sequence; points into `text`.
+std::string_view Beginning(std::string_view text, std::size_t most);
+
 // The parts joined to one line. One of more than 4 KiB is cut, before it is joined, and ends with
 // its length: whoever makes us write a line of its text does not choose what that costs.
 std::string StatusLine(std::initializer_list<std::string_view> parts);

@@ -51,7 +51,7 @@ class Client {
     os::Connect(myHandle, {"127.0.0.1", static_cast<std::uint16_t>(port)});
   }
   void Send(std::string_view bytes) const {
-    if (myHandle != os::kNoSocket) os::Send(myHandle, {bytes.data(), bytes.size()});
+    if (myHandle != os::kNoSocket) os::Send(myHandle, std::string_view(bytes.data(), bytes.size()));
   }
   void Read() const {
     std::array<char, 65'536> buffer;

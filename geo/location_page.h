@@ -11,6 +11,7 @@ namespace corvane {
 // or CRLF. "country", "regioncode", "city", "cityid" and "timezone" (letter case ignored) set the
 // country, state, city, zip and time zone; of several entries of one name the last counts, and
 // what the page does not name stays as it is. A "cityid" of four characters gets a "0" in front.
+// Values are kept up to 256 bytes.
 void ReadLocationPage(std::string_view page, ClientLocation& location);
 
 }  // namespace corvane

@@ -1,10 +1,16 @@
 #include "net/block.h"
 
+#include <algorithm>
 #include <cassert>
 #include <cstring>
 #include <new>
 
 namespace corvane {
+namespace {
+
+constexpr std::size_t kLargestRoom = BufferPool::kLargestKept - sizeof(Block);
+
+}  // namespace
 
 Block::Ref Block::Make(BufferPool& pool, std::size_t room) {
   BufferPool::Buffer buffer = pool.Take(sizeof(Block) + room);
@@ -36,7 +42,9 @@ Slice CopyToBlock(BufferPool& pool, std::string_view bytes) {
 Slice BlockWriter::Append(std::string_view bytes) {
   if (myBlock && myBlock->IsUnshared()) myBlock->Rewind();
   if (!myBlock || myBlock->Room() < bytes.size()) {
-    myBlock = Block::Make(*myPool, bytes.size());
+    // Larger each time: somebody is behind and will hold many.
+    const std::size_t twice = myBlock ? 2 * (myBlock->Used() + myBlock->Room()) : 0;
+    myBlock = Block::Make(*myPool, std::max(bytes.size(), std::min(twice, kLargestRoom)));
     if (!myBlock) return {};
   }
   const std::size_t begin = myBlock->Used();

@@ -83,7 +83,8 @@ bool ByteQueue::MakeRoom(std::size_t count) {
   if (fits && isHalfConsumed) return true;
   // More room also where moving the bytes would do, or a nearly full queue that is consumed in
   // small steps would be moved at each of them.
-  return myPool->Grow(myBuffer, std::max({needed, NextCapacity(myBuffer.capacity), myUsualCapacity})) ||
+  return myPool->Grow(myBuffer,
+                      std::max({needed, NextCapacity(myBuffer.capacity), myUsualCapacity})) ||
          fits || myPool->Grow(myBuffer, needed);
 }
 

@@ -38,7 +38,8 @@ void DelayedCalls::RunDue() {
 
 void DelayedCalls::StartTimer() {
   if (myIsStopped) return;
-  const auto left = std::chrono::ceil<std::chrono::milliseconds>(myCalls.begin()->first - Clock::now());
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(myCalls.begin()->first - Clock::now());
   myTimer.start(std::max(left, 0ms));
 }
 

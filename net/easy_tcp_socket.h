@@ -74,9 +74,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   // Takes what the wait is for; whether a wait is on, in which case the message is not queued.
   bool GiveToWait(const Frame& frame);
   bool WaitingForThisMessage(std::int32_t command) const;
-  bool HasQueued() const {
-    return myIsPolled && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty();
-  }
+  bool HasQueued() const { return myIsPolled && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty(); }
   void EndDelay();
   void AddEvents(std::size_t bytes);
   void RequestPolls();
@@ -90,9 +88,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool mWaitingForACommand = false;
   bool myIsPolled = false;
   bool myIsHeld = false;
-  int myDelays = 0;  // that have not passed yet
+  int myDelays = 0;                                      // that have not passed yet
   std::optional<PollLoop::Clock::time_point> myEndSeen;  // of the peer, by a delay
-  bool myIsQueued = false;  // on the loop's list
+  bool myIsQueued = false;                               // on the loop's list
 };
 
 }  // namespace corvane

@@ -59,13 +59,16 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer);
 // is no room, and the poller tells when there is.
 inline constexpr std::size_t kMostPieces = 16;
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces);
+inline Transfer Send(SocketHandle handle, std::string_view bytes) {
+  return Send(handle, std::span(&bytes, 1));
+}
 void EndSending(SocketHandle handle);
 
 Endpoint LocalEndpoint(SocketHandle handle);
 
 // What an error code means.
 bool WouldBlock(int error);
-bool IsOutOfDescriptors(int error);    // or of memory: it may work again later
+bool IsOutOfDescriptors(int error);  // or of memory: it may work again later
 int OutOfDescriptorsError();
 bool IsPassingAcceptError(int error);  // one connection failed, the listener did not
 int ConnectionResetError();

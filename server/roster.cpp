@@ -33,7 +33,8 @@ void Roster::Leave(ClientSocket& session) {
 void Roster::EnterNetwork(ClientSocket& session) {
   if (session.HandOffNumber() == 0 || session.myNetwork == nullptr) return;
   HandOver();
-  auto& members = myGroups.try_emplace(session.myNetwork.get(), myPool).first->second.members.Edit();
+  auto& members =
+      myGroups.try_emplace(session.myNetwork.get(), myPool).first->second.members.Edit();
   // Nearly always the end: who connects last chooses its network last.
   const auto place =
       std::lower_bound(members.begin(), members.end(), session.HandOffNumber(), WasHandedOutBefore);

@@ -20,6 +20,33 @@ TEST(StatusClock, PrefixFollowsTheSecond) {
   }
 }
 
+TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
+  constexpr std::size_t kMost = 200'000;
+  StatusLogModel model(kMost);
+  std::string last;
+  for (int burst = 0; burst < 3; ++burst) {
+    for (int line = 0; line < 10'000; ++line) {
+      last = std::to_string(burst) + " " + std::to_string(line);
+      model.Append("[now] ", last);
+    }
+    ASSERT_TRUE(QTest::qWaitFor([&] {
+      const int rows = model.rowCount();
+      return rows > 0 && model.index(rows - 1).data().toString().endsWith(last.c_str());
+    }));
+    EXPECT_LE(model.Log().Bytes(), kMost);
+    EXPECT_GT(model.Log().Bytes(), kMost / 2);
+  }
+  // What is left is the end, without a gap.
+  const int rows = model.rowCount();
+  for (int row = 0; row < rows; ++row) {
+    ASSERT_EQ(model.index(row).data().toString().toStdString(),
+              "[now] 2 " + std::to_string(10'000 - rows + row));
+  }
+  model.KeepNothing();
+  model.Append("", "for nobody");
+  EXPECT_EQ(model.Log().Count(), 0U);
+}
+
 TEST(StatusLogModel, LinesBecomeRowsTogetherUntilTheyAreCleared) {
   StatusLogModel model;
   const QSignalSpy added(&model, &QAbstractItemModel::rowsInserted);

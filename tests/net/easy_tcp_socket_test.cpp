@@ -1,8 +1,14 @@
 #include "net/easy_tcp_socket.h"
 
+#include <algorithm>
+#include <chrono>
+#include <thread>
+
 #include <QtEndian>
 
 #include "framework/exceptions.h"
+#include "net/frame.h"
+#include "net/os_socket.h"
 #include "tests/net/recording_server.h"
 #include "tests/support/socket_errors.h"
 
@@ -111,19 +117,98 @@ TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   EXPECT_EQ(loop.InputBuffers().HandedOut(), 0U);
 }
 
-TEST_F(EasyTCPSocketTest, ClosingTriesOnceMoreWhatTheSystemDidNotTakeBefore) {
-  const std::string message(100'000, 'x');
-  std::size_t sent = 0;
-  while (socket->BytesLeftToSend() < 200'000) {
-    socket->SendMessage(1, message);
-    sent += kFrameHeaderBytes + message.size();
-  }
-  // The peer catches up, and the close comes before the loop hears of it.
-  std::size_t received = client->DropWhatCame();
+// Far more than the system takes at once is on its way when the connection ends, by our side or by
+// a peer that reads on.
+TEST_F(EasyTCPSocketTest, WhatIsWrittenArrivesThoughTheConnectionHasEnded) {
+  const std::string large(12'000'000, 'x');
+  socket->SendMessage(1, large);
+  EXPECT_GT(socket->BytesLeftToSend(), 0U);
   socket->Close();
+  socket->SendMessage(1, "after the end");
+  EXPECT_EQ(server->ActiveCount(), 0U);
+  EXPECT_TRUE(client->Receive() == (WireMessage{1, large}));
   EXPECT_TRUE(client->WasClosedByServer());
-  received += client->DropWhatCame();
-  EXPECT_EQ(received, sent);
+
+  const auto other = Connect();
+  server->Active(0)->whenReceived = [&](std::int32_t, std::string_view) {
+    server->Active(0)->SendMessage(2, large);
+  };
+  other->Send(1, "");
+  other->EndSending();
+  EXPECT_TRUE(other->Receive() == (WireMessage{2, large}));
+  EXPECT_TRUE(other->WasClosedByServer());
+  EXPECT_EQ(loop.OutputBuffers().HandedOut(), 0U);
+}
+
+TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForThoseWhoRead) {
+  const std::string large(12'000'000, 'x');
+  const auto silent = Connect();
+  const os::SocketHandle reader = os::OpenSocket().handle;
+  os::Connect(reader, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+  ASSERT_TRUE(PumpUntil([this] { return server->ActiveCount() == 3; }));
+  for (std::size_t i = 1; i < 3; ++i)
+    server->Active(i)->SendMessage(1, large);
+  std::size_t received = 0;
+  std::thread reading([&] {
+    std::vector<char> buffer(100'000);
+    for (;;) {
+      const os::Transfer part = os::Receive(reader, buffer);
+      if (part.error != 0 && !os::WouldBlock(part.error)) return;
+      if (part.error == 0 && part.bytes == 0) return;
+      received += part.bytes;
+    }
+  });
+  const auto begin = PollLoop::Clock::now();
+  loop.Finish();
+  EXPECT_LT(PollLoop::Clock::now() - begin, 5s) << "waits for the silent one";
+  EXPECT_EQ(server->Handle(), os::kNoSocket);
+  reading.join();
+  EXPECT_EQ(received, kFrameHeaderBytes + large.size());
+  os::CloseSocket(reader);
+}
+
+TEST_F(EasyTCPSocketTest, FailedSendDoesNotLoseWhatThePeerSentBefore) {
+  const os::SocketHandle peer = os::OpenSocket().handle;
+  os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+  ASSERT_TRUE(PumpUntil([this] { return server->ActiveCount() == 2; }));
+  const auto connection = server->Active(1);
+  server->log.clear();
+  os::Send(peer, WireBytes(1, "last words"));
+  os::CloseSocket(peer);
+  // The first is answered by a reset, the second fails.
+  for (int i = 0; i < 2; ++i) {
+    connection->SendMessage(5, "");
+    loop.FlushAll();
+  }
+  EXPECT_TRUE(Logs(2));
+  EXPECT_THAT(server->log[0], testing::EndsWith(" 1 last words"));
+  EXPECT_THAT(server->log[1], testing::HasSubstr(" error "));
+}
+
+TEST_F(EasyTCPSocketTest, DelayedMessagesWaitAndAreDroppedOnceThePeerIsGone) {
+  constexpr auto kDelay = 300ms;
+  std::vector<PollLoop::Clock::time_point> times;
+  socket->whenReceived = [&](std::int32_t, std::string_view) {
+    times.push_back(PollLoop::Clock::now());
+    socket->DelayMessages(kDelay);
+    socket->DelayMessages(kDelay / 2);
+  };
+  const auto second = Connect();
+  server->log.clear();
+  std::string burst;
+  for (int i = 0; i < 100; ++i)
+    burst += WireBytes(1, "");
+  client->SendBytes(burst);
+  ASSERT_TRUE(PumpUntil([&] { return times.size() == 1; }));
+  second->Send(2, "");
+  ASSERT_TRUE(PumpUntil([&] { return times.size() == 2; }));
+  EXPECT_GE(times[1] - times[0], kDelay);
+  EXPECT_THAT(server->log[1], testing::EndsWith(" 2 ")) << "the other one waited as well";
+  client->Close();
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 1; }));
+  EXPECT_GT(times.size(), 3U) << "dropped at once";
+  EXPECT_LT(times.size(), 50U);
+  EXPECT_EQ(server->log.back(), Name() + " error " + std::to_string(kConnectionReset));
 }
 
 TEST_F(EasyTCPSocketTest, AnswersReachAPeerThatIsClosedRightAfter) {
@@ -201,6 +286,34 @@ TEST_F(EasyTCPSocketTest, ConnectsByItself) {
   EXPECT_THAT(log.back(), "1 error " + std::to_string(kConnectionRefused));
 }
 
+// 300,000 bytes of input for all.
+class InputLimitTest : public EasyTCPSocketTest {
+ protected:
+  InputLimitTest() : EasyTCPSocketTest({.input = 300'000}) {}
+};
+
+TEST_F(InputLimitTest, WhoeverHoldsMostFailsAndNobodyElse) {
+  const auto second = Connect();
+  const auto third = Connect();
+  server->log.clear();
+  const std::string beginning = "\x7F\xFF\xFF\xFF\0\0\0\1"s;
+  second->SendBytes(beginning + std::string(250'000, 'x'));
+  third->SendBytes(beginning + std::string(30'000, 'x'));
+  ASSERT_TRUE(PumpUntil([this] { return loop.InputBuffers().HandedOut() >= 280'000; }));
+  std::string whole;
+  for (int i = 0; i < 20; ++i) {
+    third->SendBytes(std::string(2'000, 'x'));
+    whole += "1";
+    client->Send(1, whole);
+    ASSERT_TRUE(PumpUntil([&] { return server->log.size() >= whole.size(); }));
+  }
+  EXPECT_EQ(server->ActiveCount(), 2U);
+  EXPECT_TRUE(second->WasClosedByServer());
+  EXPECT_EQ(
+      std::ranges::count(server->log, std::to_string(server->Active(0)->Number()) + " 1 " + whole),
+      1);
+}
+
 class OutputLimitTest : public EasyTCPSocketTest {
  protected:
   OutputLimitTest() : EasyTCPSocketTest({.connectionOutput = 1'000'000, .output = 1'500'000}) {}
@@ -222,6 +335,34 @@ TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
   EXPECT_TRUE(Logs(1));
   EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kNoBuffers)));
   EXPECT_EQ(server->ActiveCount(), 0U);
+}
+
+TEST_F(OutputLimitTest, SingleLargeMessageDoesNotCutOffAPeerThatReads) {
+  const std::string large(1'400'000, 'x');
+  socket->SendMessage(1, large);
+  EXPECT_TRUE(client->Receive() == (WireMessage{1, large}));
+  // Neither do the answers of one handler, together.
+  socket->whenReceived = [&](std::int32_t, std::string_view) {
+    for (int i = 0; i < 2; ++i)
+      socket->SendMessage(2, large.substr(700'000));
+  };
+  client->Send(1, "");
+  for (int i = 0; i < 2; ++i)
+    EXPECT_TRUE(client->Receive() == (WireMessage{2, large.substr(700'000)}));
+  EXPECT_TRUE(socket->IsConnected());
+  // Asking on and on without reading does.
+  const os::SocketHandle deaf = os::OpenSocket().handle;
+  os::Connect(deaf, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+  ASSERT_TRUE(PumpUntil([this] { return server->ActiveCount() == 2; }));
+  const auto asked = server->Active(1);
+  asked->whenReceived = [&](std::int32_t, std::string_view) { asked->SendMessage(2, large); };
+  std::string requests;
+  for (int i = 0; i < 20; ++i)
+    requests += WireBytes(1, "");
+  os::Send(deaf, requests);
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 1; }));
+  EXPECT_TRUE(socket->IsConnected());
+  os::CloseSocket(deaf);
 }
 
 TEST_F(OutputLimitTest, LargestFailsWhenAllTogetherHoldTooMuch) {

@@ -23,6 +23,7 @@ class RecordingSocket : public EasyTCPSocket {
       : EasyTCPSocket(loop), myLog(log), myNumber(number) {}
 
   int Number() const { return myNumber; }
+  using EasyTCPSocket::DelayMessages;
   using EasyTCPSocket::HoldMessages;
 
   // Runs inside ReceivedMessage, behind the note.

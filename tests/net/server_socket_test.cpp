@@ -107,6 +107,48 @@ TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
               ElementsAre(kAddressInUse, kInvalidArgument, kInvalidArgument, kAddressNotAvailable));
 }
 
+TEST_F(ServerSocketTest, RushIsServedHoweverSmallThePool) {
+  constexpr std::size_t kClients = 300;
+  server->SetMaximumSocketsConnected(1'000);
+  server->Listen();
+  // All connect before the first is accepted.
+  std::vector<os::SocketHandle> peers;
+  for (std::size_t i = 0; i < kClients; ++i) {
+    peers.push_back(os::OpenSocket().handle);
+    os::Connect(peers.back(), {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+  }
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == kClients; }));
+  for (const os::SocketHandle peer : peers)
+    os::CloseSocket(peer);
+}
+
+TEST_F(ServerSocketTest, ListensOnItsInterfaceOnly) {
+  server->NetworkInterface = corvane::NetworkInterface{"", "127.0.0.2"};
+  server->Listen();
+  std::vector<std::string> log;
+  const auto comesUpAt = [&](const char* address) {
+    const auto peer = std::make_shared<RecordingSocket>(loop, log, 1);
+    peer->Address = address;
+    peer->Port = server->Port();
+    peer->Connect();
+    return peer->WaitForConnection(10);
+  };
+  EXPECT_TRUE(comesUpAt("127.0.0.2"));
+  EXPECT_FALSE(comesUpAt("127.0.0.1"));
+}
+
+TEST_F(ServerSocketTest, ListensAgainWhileOldConnectionsLinger) {
+  server->Listen();
+  const auto client = Connect();
+  // Who closes first keeps the address busy for a while.
+  server->Active(0)->Close();
+  EXPECT_TRUE(client->WasClosedByServer());
+  server->SetPort(server->Port());
+  server->Listen();
+  EXPECT_THAT(server->errors, ElementsAre());
+  EXPECT_TRUE(ServesOneMore());
+}
+
 TEST_F(ServerSocketTest, MinimumTakesPartOnlyAtListen) {
   const auto low = std::make_shared<RecordingServer>(loop, 0, -5);
   EXPECT_EQ(low->MinimumSocketsAvailable(), 1);

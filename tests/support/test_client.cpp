@@ -8,6 +8,8 @@
 #include <QHostAddress>
 #include <QtEndian>
 
+#include "net/os_socket.h"
+
 namespace corvane {
 namespace {
 
@@ -107,6 +109,10 @@ bool TestClient::HearsNothing() {
 
 bool TestClient::WasClosedByServer() {
   return PumpUntil([this] { return IsClosed(); });
+}
+
+void TestClient::EndSending() {
+  os::EndSending(mySocket.socketDescriptor());
 }
 
 void TestClient::Close() {

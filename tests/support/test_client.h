@@ -63,6 +63,8 @@ class TestClient {
   bool IsClosed() const { return mySocket.state() == QAbstractSocket::UnconnectedState; }
   bool WasClosedByServer();
   void Close();
+  // Ends the sending, and reads on.
+  void EndSending();
   // Ends the connection with bytes unread or unsent, which resets it.
   void Abort() { mySocket.abort(); }
 
