@@ -10,7 +10,7 @@ namespace corvane {
 void RaiseDescriptorLimit();
 
 // Whether one more connection leaves the process some descriptors for its other needs: the
-// database's journal, lookups, files. `open` is any open descriptor.
-bool HasSpareDescriptors(os::SocketHandle open);
+// database's journal, lookups, files. `last` is the connection that was accepted last, if any.
+bool HasSpareDescriptors(os::SocketHandle last);
 
 }  // namespace corvane

@@ -148,7 +148,7 @@ void ServerSocket::Advance() {
 }
 
 bool ServerSocket::AcceptOne() {
-  if (!HasSpareDescriptors(Handle())) {
+  if (!HasSpareDescriptors(myLastAccepted)) {
     PauseAccepting(os::OutOfDescriptorsError());
     return false;
   }
@@ -167,6 +167,7 @@ bool ServerSocket::AcceptOne() {
     return false;
   }
   myIsExhausted = false;
+  myLastAccepted = accepted.handle;
   HandOut(accepted);
   return true;
 }

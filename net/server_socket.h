@@ -81,6 +81,7 @@ class ServerSocket : public SocketCore {
   std::int32_t myMinimum;
   std::int32_t myMaximum;
   SocketPool myPool;
+  os::SocketHandle myLastAccepted = os::kNoSocket;
   bool myIsStarved = false;    // AddSocket gave nothing when it was needed
   bool myIsPaused = false;     // out of descriptors
   bool myIsExhausted = false;  // the same, reported already
