@@ -73,9 +73,11 @@ std::string StatusLine(std::initializer_list<std::string_view> parts) {
     length += part.size();
   std::string line;
   line.reserve(std::min(length, kLongestLine));
-  for (const std::string_view part : parts)
-    line += Beginning(part, kLongestLine - line.size());
-  if (length > kLongestLine) line += "... (" + std::to_string(length) + " bytes)";
+  for (const std::string_view part : parts) {
+    const std::string_view kept = Beginning(part, kLongestLine - line.size());
+    line += kept;
+    if (kept.size() < part.size()) return line + "... (" + std::to_string(length) + " bytes)";
+  }
   return line;
 }
 

@@ -31,6 +31,29 @@ TEST(Text, TwoTextsAreTheSameWhenTheirFoldedFormsAre) {
   }
 }
 
+// By this bound names are ruled out without being folded.
+TEST(Text, FoldingChangesALengthByItsFactorAtMost) {
+  for (char32_t code = 0; code < 0x20000; ++code) {
+    const std::string text = QString::fromUcs4(&code, 1).toStdString();
+    ASSERT_TRUE(MayFoldTo(text.size(), FoldText(text).size())) << static_cast<unsigned>(code);
+  }
+  for (int byte = 0x80; byte < 0x100; ++byte) {
+    const std::string text(1, static_cast<char>(byte));
+    ASSERT_TRUE(MayFoldTo(text.size(), FoldText(text).size())) << byte;
+  }
+  EXPECT_FALSE(MayFoldTo(7, 2));
+  EXPECT_FALSE(MayFoldTo(2, 7));
+}
+
+TEST(Text, LongStatusLineIsCutBetweenCharactersAndTellsItsLength) {
+  EXPECT_EQ(StatusLine({"a", "", "b"}), "ab");
+  const std::string most(4096, 'x');
+  EXPECT_TRUE(StatusLine({most}) == most);
+  EXPECT_TRUE(StatusLine({most, "y"}) == most + "... (4097 bytes)");
+  const std::string even = most.substr(2);
+  EXPECT_TRUE(StatusLine({even, "\xE2\x82\xAC)", ")"}) == even + "... (4099 bytes)");
+}
+
 TEST(Text, FieldsAreCountedFromOneAndMissingOnesAreEmpty) {
   EXPECT_EQ(NthField("a,b,", ',', 0), "");
   EXPECT_EQ(NthField("a,b,", ',', 2), "b");

@@ -6,10 +6,18 @@
 
 using namespace corvane;
 
+namespace {
+
+std::string CityOf(std::size_t length, const std::string& end) {
+  return "<meta name=\"city\" content=\"" + std::string(length, 'x') + end + "\">";
+}
+
+}  // namespace
+
 TEST(LocationPage, TakesTheQuotedEntriesOfMetaLines) {
   const struct {
-    const char* page;
-    const char* fields;  // country, state, city, zip, time zone of a location that was all "old"
+    std::string page;
+    std::string fields;  // country, state, city, zip, time zone of a location that was all "old"
   } cases[] = {
       {"", "old|old|old|old|old"},
       {"<META NAME=\"Country\" CONTENT=\"Norway\">\r\n<meta name=\"REGIONCODE\" content=\"03\">\r\n"
@@ -20,6 +28,8 @@ TEST(LocationPage, TakesTheQuotedEntriesOfMetaLines) {
       {"<meta name=\"cityid\" content=\"12345\">", "old|old|old|12345|old"},
       {"<meta name=\"city\" content=\"a\">\n<meta name=\"city\" content=\"\">", "old|old||old|old"},
       {" <meta name=\"city\" content=\"indented\">", "old|old|old|old|old"},
+      {CityOf(255, "\xC3\xBC"), "old|old|" + std::string(255, 'x') + "|old|old"},
+      {CityOf(254, "\xC3\xBC"), "old|old|" + std::string(254, 'x') + "\xC3\xBC|old|old"},
       {"<metaname=\"city\" content=\"x\">", "old|old|old|old|old"},
       {"\t<meta\t name=\"city\" content=\"tabs\">", "old|old|tabs|old|old"},
       {"<meta \"city\" \"closed", "old|old|closed|old|old"},

@@ -69,6 +69,25 @@ TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
   }
 }
 
+TEST_F(ClientSocketTest, FailedStepsHaveTheNextOneWaitLongerEachTime) {
+  const auto guesser = Greeted();
+  EXPECT_EQ(Ask(*guesser, 1, "A"), "OK");
+  std::string guesses;
+  for (int i = 0; i < 6; ++i)
+    guesses += WireBytes(2, "guess " + std::to_string(i));
+  const auto begin = std::chrono::steady_clock::now();
+  guesser->SendBytes(guesses);
+  for (int i = 0; i < 6; ++i)
+    EXPECT_EQ(guesser->Receive(), (WireMessage{3, "FAIL"}));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin,
+            std::chrono::milliseconds(4 + 8 + 16 + 32 + 64));
+  // A quotation is cut before anything is made of it.
+  guesser->Send(1, std::string(1'000'000, 'n'));
+  EXPECT_EQ(guesser->Receive(), (WireMessage{2, "FAIL"}));
+  EXPECT_LT(server.status.back().size(), 4'200U);
+  EXPECT_TRUE(server.status.back().ends_with("n... (1000026 bytes)"));
+}
+
 TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
   a->MaxUsers = 1;
   const auto first = Greeted();
