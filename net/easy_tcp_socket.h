@@ -58,6 +58,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   virtual void Error(std::int32_t /*code*/) {}
   virtual void ReceivedMessage(std::int32_t /*command*/, std::string_view /*data*/) {}
 
+  // Asked before a message is delivered: how long it has to wait. It is asked again then.
+  virtual PollLoop::Clock::duration MustWait(std::int32_t /*command*/) { return {}; }
+
   // While held, messages queue up and none is delivered.
   void HoldMessages(bool held);
   // Holds them for so long.

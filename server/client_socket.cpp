@@ -114,6 +114,13 @@ void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) 
   }
 }
 
+PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
+  const bool asks =
+      command == wire::kIsAdmin || (command >= wire::kAdminKick && command <= wire::kAdminLiftBan);
+  if (!asks || !myNameIsCode) return {};
+  return myParent.CostlyQuestions().Wait();
+}
+
 void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view data) {
   switch (command) {
     case wire::kReport:
@@ -236,8 +243,12 @@ bool ClientSocket::CanLogin(std::string_view userName) const {
 }
 
 bool ClientSocket::isAdmin() const {
-  return myState == State::LoggedIn &&
-         myParent.Admins().IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress());
+  if (myState != State::LoggedIn) return false;
+  const auto begin = PollLoop::Clock::now();
+  const bool answer =
+      myParent.Admins().IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress());
+  if (myNameIsCode) myParent.CostlyQuestions().Charge(PollLoop::Clock::now() - begin);
+  return answer;
 }
 
 void ClientSocket::TakeReport(std::string_view data) {
@@ -301,6 +312,7 @@ void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
   myParent.Sessions().DropName(*this);
   myUsername = userName;
   myFoldedUsername = std::move(folded);
+  myNameIsCode = userName.find('\'') != std::string_view::npos;
   myParent.Sessions().AddName(*this);
 }
 

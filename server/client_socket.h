@@ -103,6 +103,7 @@ class ClientSocket : public EasyTCPSocket {
   void Connected() override;
   void Error(std::int32_t code) override;
   void ReceivedMessage(std::int32_t command, std::string_view data) override;
+  PollLoop::Clock::duration MustWait(std::int32_t command) override;
 
  private:
   void Greet(const ClientLocation& location);
@@ -136,6 +137,7 @@ class ClientSocket : public EasyTCPSocket {
   std::uint64_t myHandOffNumber = 0;
   std::string myUsername;
   std::string myFoldedUsername;
+  bool myNameIsCode = false;  // it may be more than a value in the administrator question
   Seat mySeat;
   std::unique_ptr<HttpTransfer> myLookup;  // while it is under way
 };

@@ -10,6 +10,7 @@
 #include "geo/location_lookup.h"
 #include "net/server_socket.h"
 #include "net/streams.h"
+#include "server/cost_gate.h"
 #include "server/roster.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
@@ -78,6 +79,8 @@ class MapSocket : public ServerSocket, public _Gatherer {
   LocationLookup& Locations() { return myLocations; }
   BansTable& Bans() { return myBans; }
   AdminsTable& Admins() { return myAdmins; }
+  // Questions to the database by users whose names may make them costly.
+  CostGate& CostlyQuestions() { return myCostlyQuestions; }
 
  protected:
   std::shared_ptr<TCPSocket> Event_AddSocket() override;
@@ -92,6 +95,7 @@ class MapSocket : public ServerSocket, public _Gatherer {
   LocationLookup& myLocations;
   BansTable myBans;
   AdminsTable myAdmins;
+  CostGate myCostlyQuestions;
   Roster myRoster;
   // Connected still, though the listener they came from was closed.
   std::vector<std::weak_ptr<ClientSocket>> myUnlinked;

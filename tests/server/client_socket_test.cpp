@@ -88,6 +88,30 @@ TEST_F(ClientSocketTest, FailedStepsHaveTheNextOneWaitLongerEachTime) {
   EXPECT_TRUE(server.status.back().ends_with("n... (1000026 bytes)"));
 }
 
+TEST_F(ClientSocketTest, CostlyQuestionsTogetherTakeASmallPartOfTheTime) {
+  std::string rows;
+  for (int i = 0; i < 200; ++i)
+    rows += "INSERT INTO admins (name, network, address) VALUES ('x', 'y', 'z');";
+  server.Query("BEGIN;" + rows + "COMMIT;");
+  const std::string costly =
+      "nobody' OR EXISTS (SELECT 1 FROM admins a, admins b, admins c, admins d "
+      "WHERE a.id + b.id + c.id + d.id < 0) OR '1'='";
+  const auto first = LoggedIn(costly + "2");
+  const auto second = LoggedIn(costly + "3");
+  const auto ann = LoggedIn("Ann");
+  const auto begin = std::chrono::steady_clock::now();
+  for (TestClient* const asking : {first.get(), second.get()})
+    asking->SendBytes(WireBytes(9, "") + WireBytes(9, ""));
+  // Each is given up after 20 ms, and the next one waits; a name that is only a name does not.
+  EXPECT_EQ(first->Receive(), (WireMessage{9, "0"}));
+  ann->Send(9, "");
+  EXPECT_EQ(ann->Receive(), (WireMessage{9, "0"}));
+  EXPECT_TRUE(first->HearsNothing());
+  for (TestClient* const asking : {first.get(), second.get(), second.get()})
+    EXPECT_EQ(asking->Receive(), (WireMessage{9, "0"}));
+  EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(3 * 180));
+}
+
 TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
   a->MaxUsers = 1;
   const auto first = Greeted();
