@@ -2,6 +2,7 @@
 
 #include <chrono>
 
+#include "framework/standard_streams.h"
 #include "framework/text.h"
 
 namespace corvane {
@@ -66,6 +67,14 @@ void StandardOutput::WriteLine(std::string_view line) {
   myDropped = 0;
   myKept += next;
   if (!myWriting.isActive()) myWriting.start();
+}
+
+void StandardOutput::WriteKept() {
+  if (myClosed) return;
+  const StreamWriting writing = WriteWithoutWaiting(StandardStream::Output, myKept);
+  myKept.erase(0, writing.written);
+  myClosed = writing.isClosed;
+  if (myClosed) myKept = {};
 }
 
 void StandardOutput::WriteInTime() {
