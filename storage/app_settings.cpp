@@ -6,8 +6,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
+#include "framework/replace_file.h"
 #include "framework/text.h"
 #include "framework/xml_document.h"
 
@@ -15,7 +15,7 @@ namespace corvane {
 
 namespace {
 
-constexpr qint64 kMaxFileSize = 1024 * 1024;  // bytes
+constexpr qint64 kMaxFileSize = qint64{16} << 20;  // bytes
 
 // What the file can hold of a text: XML has no control characters, not even escaped ones.
 std::string Writable(std::string_view text) {
@@ -80,12 +80,7 @@ void AppSettings::Save() {
   xmlDocDumpFormatMemoryEnc(document.get(), &bytes, &size, "UTF-8", 1);
   if (bytes == nullptr) return;
   QDir().mkpath(QFileInfo(*myFile).absolutePath());
-  QSaveFile file(*myFile);
-  if (file.open(QIODevice::WriteOnly)) {
-    // A write that fails makes the commit fail, and the old file stays.
-    file.write(reinterpret_cast<const char*>(bytes), size);
-    file.commit();
-  }
+  ReplaceFile(*myFile, QByteArrayView(bytes, size));
   xmlFree(bytes);
 }
 

@@ -22,7 +22,7 @@ class AppSettings {
   // none.
   void Load();
 
-  // Replaces the file as a whole: written beside, flushed to the disk, renamed.
+  // Replaces the file as ReplaceFile does.
   void Save();
 
   // The value of the name. Where there is none, `defaultValue`, which is kept under the name and

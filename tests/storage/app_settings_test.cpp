@@ -42,7 +42,7 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
   laughs += "]><s><a namestring='Port' valuestring='&e29;'/></s>";
   const QByteArray entry = "<settings><setting namestring='Port' valuestring='1'/></settings>";
   for (const QByteArray& content : {QByteArray(), QByteArray("no XML"), entry.chopped(4), laughs,
-                                    entry + QByteArray(1024 * 1024, ' ')}) {
+                                    entry + QByteArray(16 * 1024 * 1024, ' ')}) {
     Write(content);
     settings.Load();
     EXPECT_EQ(settings.GetValue("Port", "none"), "none") << content.left(80).constData();

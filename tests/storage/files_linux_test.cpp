@@ -1,5 +1,6 @@
 #include <csignal>
 #include <filesystem>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,18 +11,48 @@
 namespace corvane {
 namespace {
 
-TEST_F(AppSettingsTest, SaveThatFailsLeavesTheOldFile) {
+// While one exists, files do not grow beyond so many bytes: as if the disk were full.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) : myHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+    getrlimit(RLIMIT_FSIZE, &myLimit);
+    const rlimit limit{bytes, myLimit.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &myLimit);
+    std::signal(SIGXFSZ, myHandler);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+ private:
+  void (*myHandler)(int);
+  rlimit myLimit{};
+};
+
+TEST_F(AppSettingsTest, FileIsWrittenInPlaceWhereTheFolderAllowsNoNewOne) {
   settings.Load();
-  // Nothing can be made or renamed in the folder, but the file itself might be overwritten.
   std::filesystem::permissions(file.toStdString(), std::filesystem::perms(0666));
   std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0555));
   {
     const UnprivilegedUser user;
     settings.SetValue("MaxConns", "7");
+    EXPECT_EQ(Stored("MaxConns"), "7");
+    const QByteArray before = Content();
+    {
+      const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
+      settings.SetValue("MaxConns", "too long for what is free");
+    }
+    EXPECT_EQ(Content(), before) << "what does not fit changes nothing";
+    settings.SetValue("MaxConns", "");
+    EXPECT_EQ(Stored("MaxConns"), "");
   }
-  EXPECT_EQ(Content(), kFirstFile);
-  EXPECT_EQ(settings.GetValue("MaxConns", ""), "7");
   std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0700));
+  const QByteArray before = Content();
+  const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
+  settings.SetValue("MaxConns", "too long for what is free");
+  EXPECT_EQ(Content(), before);
 }
 
 TEST_F(DatabaseTest, ReadOnlyFileIsReadButNotChanged) {
