@@ -5,8 +5,9 @@ namespace corvane {
 bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
                           const std::string& address) {
   return myConnection.HasRowForOutsider("SELECT * FROM admins WHERE name='" + name +
-                                        "' AND network='" + network + "' AND address='" + address +
-                                        "'");
+                                            "' AND network='" + network + "' AND address='" +
+                                            address + "'",
+                                        name);
 }
 
 void AdminsTable::Add(const std::string& name, const std::string& address,

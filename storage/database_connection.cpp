@@ -1,12 +1,12 @@
 #include "storage/database_connection.h"
 
-#include <chrono>
 #include <limits>
 #include <memory>
 
 #include <QFileInfo>
 #include <sqlite3.h>
 
+#include "storage/outsider_guard.h"
 #include "storage/quoted_identifier.h"
 
 namespace corvane {
@@ -14,8 +14,6 @@ namespace corvane {
 namespace {
 
 constexpr int kBusyTimeout = 250;  // milliseconds
-constexpr std::chrono::milliseconds kOutsiderTime(20);
-constexpr int kInstructionsBetweenLooks = 100;
 constexpr std::string_view kSelectAll = "SELECT * FROM ";
 
 int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
@@ -59,39 +57,6 @@ std::vector<std::string> ColumnNames(sqlite3_stmt* statement, int count) {
   }
   return names;
 }
-
-// While one exists, what a statement may cost is bounded. Functions are refused, since a single
-// call of one may take any time and memory; everything else is interrupted when its time is over.
-class OutsiderGuard {
- public:
-  explicit OutsiderGuard(sqlite3* database)
-      : myDatabase(database), myDeadline(Clock::now() + kOutsiderTime) {
-    if (myDatabase == nullptr) return;
-    sqlite3_set_authorizer(myDatabase, Authorize, nullptr);
-    sqlite3_progress_handler(myDatabase, kInstructionsBetweenLooks, IsOver, &myDeadline);
-  }
-  ~OutsiderGuard() {
-    if (myDatabase == nullptr) return;
-    sqlite3_set_authorizer(myDatabase, nullptr, nullptr);
-    sqlite3_progress_handler(myDatabase, 0, nullptr, nullptr);
-  }
-  OutsiderGuard(const OutsiderGuard&) = delete;
-  OutsiderGuard& operator=(const OutsiderGuard&) = delete;
-
- private:
-  using Clock = std::chrono::steady_clock;
-
-  static int Authorize(void* /*unused*/, int action, const char* /*first*/, const char* /*second*/,
-                       const char* /*database*/, const char* /*trigger*/) {
-    return action == SQLITE_FUNCTION || action == SQLITE_RECURSIVE ? SQLITE_DENY : SQLITE_OK;
-  }
-  static int IsOver(void* deadline) {
-    return Clock::now() > *static_cast<const Clock::time_point*>(deadline) ? 1 : 0;
-  }
-
-  sqlite3* myDatabase;
-  Clock::time_point myDeadline;
-};
 
 // The word behind "SELECT * FROM".
 std::string_view TableOf(std::string_view query) {
@@ -139,6 +104,8 @@ bool DatabaseConnection::Connect(const QString& file) {
     sqlite3_busy_timeout(myDatabase, kBusyTimeout);
     // A file that someone turned to a write-ahead log turns back, as far as nobody else uses it.
     sqlite3_exec(myDatabase, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
+    // What an outsider's query sorts stays where it is bounded.
+    sqlite3_exec(myDatabase, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
     if (Run("PRAGMA synchronous=FULL", {}) && Run("SELECT count(*) FROM sqlite_master", {})) {
       return true;
     }
@@ -205,9 +172,9 @@ bool DatabaseConnection::HasRow(sqlite3_stmt* statement) {
   return hasRow;
 }
 
-bool DatabaseConnection::HasRowForOutsider(std::string_view query) {
-  const OutsiderGuard guard(myDatabase);
-  return HasRow(query);
+bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_view outsiders) {
+  const OutsiderGuard guard(myDatabase, TableOf(query), outsiders);
+  return guard.IsRefused() ? FailWith(SQLITE_AUTH) : HasRow(query);
 }
 
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query) {

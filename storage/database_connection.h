@@ -47,9 +47,9 @@ class DatabaseConnection {
   // The same for a query with one "?" in the place of a text. The last such query is kept prepared.
   bool HasRowWith(std::string_view query, const std::string& value);
 
-  // The same as HasRow for a text that outsiders have a part in, who could otherwise hold up the
-  // server: a query that calls a function, recurses, or runs for more than 20 ms fails.
-  bool HasRowForOutsider(std::string_view query);
+  // The same as HasRow for a query that starts with "SELECT * FROM" and holds a text of outsiders',
+  // who could otherwise hold up the server, or end it: fails where OutsiderGuard says so.
+  bool HasRowForOutsider(std::string_view query, std::string_view outsiders);
 
   // Runs one statement that has no result.
   void SQLExecute(std::string_view statement);
