@@ -1,6 +1,7 @@
 #include "console/wnd_add_network.h"
 
 #include <memory>
+#include <tuple>
 
 #include "console/networks_model.h"
 #include "framework/text.h"
@@ -24,8 +25,10 @@ void wndAddNetwork::btnOK_Action() {
                                                         MaxUsers(), chkEnable->isChecked());
   myListener.Networks.push_back(network);
   myList.Add(network);
-  NetworksTable(myDatabase)
-      .Add(network->NetworkName, network->Password, network->MaxUsers, network->Enabled);
+  // The window stays silent where it did not work.
+  std::ignore =
+      NetworksTable(myDatabase)
+          .Add(network->NetworkName, network->Password, network->MaxUsers, network->Enabled);
   accept();
 }
 

@@ -12,9 +12,10 @@ wndBan::wndBan(std::shared_ptr<ClientSocket> user, QWidget& owner)
 
 void wndBan::Act(const std::string& reason) {
   MapSocket& listener = currUser->myParent;
+  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
+  listener.Keeper().Add(currUser->RemoteAddress(), "Server Admin", reason, currUser->NetworkName());
   currUser->SendMessage(wire::kBan, reason);
   listener.CallStatusMessage(currUser->Username() + " Banned: " + reason);
-  listener.Bans().Add(currUser->RemoteAddress(), "Server Admin", reason, currUser->NetworkName());
 }
 
 }  // namespace corvane

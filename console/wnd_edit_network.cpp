@@ -25,9 +25,8 @@ void wndEditNetwork::btnOK_Action() {
   // A password that a field cannot hold is kept as it is unless another one was typed.
   if (txtPass->isModified()) myNetwork->Password = TextFromDisplay(txtPass->text());
   DatabaseConnection& serverdb = myApp.serverdb();
-  NetworksTable(serverdb).Change(myNetwork->NetworkName, myNetwork->Password, myNetwork->MaxUsers,
-                                 myNetwork->Enabled);
-  if (serverdb.Error()) {
+  if (!NetworksTable(serverdb).Change(myNetwork->NetworkName, myNetwork->Password,
+                                      myNetwork->MaxUsers, myNetwork->Enabled)) {
     MessageBox box;
     box.text = serverdb.ErrorMessage();
     myApp.ShowMessage(box);

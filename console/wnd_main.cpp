@@ -1,5 +1,6 @@
 #include "console/wnd_main.h"
 
+#include <tuple>
 #include <utility>
 
 #include <QCloseEvent>
@@ -268,7 +269,7 @@ void wndMain::DeleteNetwork(const NetworkRef& network) {
                             "Are you sure you wish to delete this network?"};
   if (myApp.ShowMessage(question) != MessageBox::Answer::Yes) return;
   sSocket->RemoveNetwork(network);
-  NetworksTable(myApp.serverdb()).Delete(network->NetworkName);
+  std::ignore = NetworksTable(myApp.serverdb()).Delete(network->NetworkName);
   myNetworks.Remove(network);
 }
 
@@ -312,7 +313,7 @@ void wndMain::ForceDisconnect(ClientSocket& user) {
 }
 
 void wndMain::MakeAdmin(const ClientSocket& user) {
-  sSocket->Admins().Add(user.Username(), user.RemoteAddress(), user.NetworkName());
+  std::ignore = sSocket->Admins().Add(user.Username(), user.RemoteAddress(), user.NetworkName());
 }
 
 void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {

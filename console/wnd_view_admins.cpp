@@ -1,5 +1,7 @@
 #include "console/wnd_view_admins.h"
 
+#include <tuple>
+
 #include "console/visible_text.h"
 
 namespace corvane {
@@ -24,7 +26,8 @@ wndViewAdmins::wndViewAdmins(AdminsTable& admins, QWidget& owner)
     : RecordsDialog(
           QStringLiteral("wndViewAdmins"), QStringLiteral("View Admins"),
           {QStringLiteral("Name"), QStringLiteral("Network"), QStringLiteral("Address")},
-          Records(admins), [&admins](const std::vector<std::int64_t>& ids) { admins.Delete(ids); },
+          Records(admins),
+          [&admins](const std::vector<std::int64_t>& ids) { std::ignore = admins.Delete(ids); },
           owner),
       lstAdmins(myList) {}
 

@@ -1,5 +1,7 @@
 #include "console/wnd_view_bans.h"
 
+#include <tuple>
+
 #include "console/visible_text.h"
 #include "framework/dates.h"
 
@@ -26,8 +28,8 @@ wndViewBans::wndViewBans(BansTable& bans, QWidget& owner)
           QStringLiteral("wndViewBans"), QStringLiteral("View Bans"),
           {QStringLiteral("Address"), QStringLiteral("By"), QStringLiteral("Reason"),
            QStringLiteral("Date")},
-          Records(bans), [&bans](const std::vector<std::int64_t>& ids) { bans.Delete(ids); },
-          owner),
+          Records(bans),
+          [&bans](const std::vector<std::int64_t>& ids) { std::ignore = bans.Delete(ids); }, owner),
       lstBans(myList) {}
 
 }  // namespace corvane

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 
 #include <QCoreApplication>
@@ -179,13 +180,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static std::unique_ptr<TestServer> server;
   if (server == nullptr) {
     server = std::make_unique<TestServer>();
-    server->database.SQLExecute("PRAGMA synchronous=OFF");
-    AdminsTable(server->database).Add("Ann", "127.0.0.1", "A");
+    std::ignore = server->database.SQLExecute("PRAGMA synchronous=OFF");
+    std::ignore = AdminsTable(server->database).Add("Ann", "127.0.0.1", "A");
   }
   Run run(*server, Script({reinterpret_cast<const char*>(data), size}));
   if (run.Play()) {
     run.Finish();
-    server->database.SQLExecute("DELETE FROM bans");
+    std::ignore = server->database.SQLExecute("DELETE FROM bans");
     server->status.clear();
     server->events.clear();
   } else {

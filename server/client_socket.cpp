@@ -1,6 +1,7 @@
 #include "server/client_socket.h"
 
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include <QByteArray>
@@ -235,7 +236,7 @@ bool ClientSocket::IsPasswordDigest(std::string_view digest) const {
 }
 
 bool ClientSocket::isBanned() const {
-  return myParent.Bans().IsBanned(RemoteAddress());
+  return myParent.Keeper().IsBanned(RemoteAddress());
 }
 
 bool ClientSocket::CanLogin(std::string_view userName) const {
@@ -298,7 +299,8 @@ void ClientSocket::SendBans() {
 }
 
 void ClientSocket::LiftBan(std::string_view id) {
-  if (IsNumeric(id)) myParent.Bans().Delete(TextFromNumber(NumberFromText(id)));
+  // Whether it worked is not answered.
+  if (IsNumeric(id)) std::ignore = myParent.Bans().Delete(TextFromNumber(NumberFromText(id)));
 }
 
 void ClientSocket::SetNetwork(NetworkRef network) {

@@ -75,7 +75,7 @@ class ClientSocket : public EasyTCPSocket {
   std::string ClientTimeZone;
   QImage ClientFlag;
 
-  // Whether the client's address is banned, as the database says now.
+  // Whether the client's address is banned now.
   bool isBanned() const;
   // Whether no other session on the server, in whatever network, holds the name.
   bool CanLogin(std::string_view userName) const;

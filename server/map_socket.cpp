@@ -177,9 +177,10 @@ void MapSocket::BanUser(ClientSocket& banningClient, const std::string& userName
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> target = SessionOf(connection);
     if (IsUserOf(*target, foldedName, network->FoldedName)) {
+      // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
+      myKeeper.Add(target->RemoteAddress(), banningClient.Username(), reason, network->NetworkName);
       target->SendPacket(packet);
       CallStatusMessage(StatusLine({target->Username(), " Banned: ", reason}));
-      myBans.Add(target->RemoteAddress(), banningClient.Username(), reason, network->NetworkName);
     }
     myLoop.GiveWay();
   }

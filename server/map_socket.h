@@ -14,6 +14,7 @@
 #include "server/roster.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
+#include "storage/ban_keeper.h"
 #include "storage/bans_table.h"
 
 namespace corvane {
@@ -67,8 +68,8 @@ class MapSocket : public ServerSocket, public _Gatherer {
   void KickUser(const std::string& userName, const std::string& networkName,
                 const std::string& reason);
 
-  // Sends the ban notice (command 997) to the users of that name in the banning client's network
-  // and stores a ban of each one's address. Does not close the connection.
+  // Bans the address of each user of that name in the banning client's network and sends them the
+  // ban notice (command 997). Does not close the connection.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 
   // In the order in which they were added.
@@ -78,6 +79,7 @@ class MapSocket : public ServerSocket, public _Gatherer {
   Roster& Sessions() { return myRoster; }
   LocationLookup& Locations() { return myLocations; }
   BansTable& Bans() { return myBans; }
+  BanKeeper& Keeper() { return myKeeper; }
   AdminsTable& Admins() { return myAdmins; }
   // Questions to the database by users whose names may make them costly.
   CostGate& CostlyQuestions() { return myCostlyQuestions; }
@@ -94,6 +96,7 @@ class MapSocket : public ServerSocket, public _Gatherer {
 
   LocationLookup& myLocations;
   BansTable myBans;
+  BanKeeper myKeeper{myBans};
   AdminsTable myAdmins;
   CostGate myCostlyQuestions;
   Roster myRoster;

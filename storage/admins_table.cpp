@@ -10,14 +10,13 @@ bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
                                         name);
 }
 
-void AdminsTable::Add(const std::string& name, const std::string& address,
+bool AdminsTable::Add(const std::string& name, const std::string& address,
                       const std::string& network) {
   DatabaseRecord record;
   record.SetText("name", name);
   record.SetText("address", address);
   record.SetText("network", network);
-  myConnection.InsertRecord("admins", record);
-  myConnection.Commit();
+  return myConnection.InsertRecord("admins", record) && myConnection.Commit();
 }
 
 std::optional<std::vector<AdminsTable::Admin>> AdminsTable::All() {
@@ -32,14 +31,12 @@ std::optional<std::vector<AdminsTable::Admin>> AdminsTable::All() {
   return admins;
 }
 
-void AdminsTable::Delete(const std::vector<std::int64_t>& ids) {
-  if (ids.empty()) return;
-  myConnection.Begin();
-  for (const std::int64_t id : ids) {
-    if (myConnection.Error()) break;
-    myConnection.SQLExecute("DELETE FROM admins WHERE id=" + std::to_string(id));
-  }
-  myConnection.Commit();
+bool AdminsTable::Delete(const std::vector<std::int64_t>& ids) {
+  if (ids.empty()) return true;
+  bool works = myConnection.Begin();
+  for (const std::int64_t id : ids)
+    works = works && myConnection.SQLExecute("DELETE FROM admins WHERE id=" + std::to_string(id));
+  return myConnection.Commit() && works;
 }
 
 }  // namespace corvane

@@ -10,7 +10,7 @@
 namespace corvane {
 
 // The statements on the table "admins". Values are put into the texts as they stand, unescaped:
-// this is deliberate.
+// this is deliberate. What changes the table returns whether it worked.
 class AdminsTable {
  public:
   struct Admin {
@@ -23,15 +23,17 @@ class AdminsTable {
   explicit AdminsTable(DatabaseConnection& connection) : myConnection(connection) {}
 
   // Whether the user of that name, on that network and from that address, was made administrator.
+  // The name is an outsider's text.
   bool IsAdmin(const std::string& name, const std::string& network, const std::string& address);
 
-  void Add(const std::string& name, const std::string& address, const std::string& network);
+  [[nodiscard]] bool Add(const std::string& name, const std::string& address,
+                         const std::string& network);
 
   // All grants in the database's order; none when the query fails.
   std::optional<std::vector<Admin>> All();
 
   // Takes back several grants and commits once.
-  void Delete(const std::vector<std::int64_t>& ids);
+  [[nodiscard]] bool Delete(const std::vector<std::int64_t>& ids);
 
  private:
   DatabaseConnection& myConnection;

@@ -7,17 +7,15 @@ bool BansTable::IsBanned(const std::string& address) {
   return myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", address);
 }
 
-void BansTable::Add(const std::string& address, const std::string& by, const std::string& reason,
-                    const std::string& network) {
+bool BansTable::Add(const Ban& ban) {
   DatabaseRecord record;
-  record.SetText("address", address);
-  record.SetText("by", by);
-  record.SetText("reason", reason);
-  record.SetDate("bandate", QDateTime::currentDateTime());
+  record.SetText("address", ban.address);
+  record.SetText("by", ban.by);
+  record.SetText("reason", ban.reason);
+  record.SetDate("bandate", ban.bandate);
   record.SetInteger("banlength", 1);
-  record.SetText("network", network);
-  myConnection.InsertRecord("bans", record);
-  myConnection.Commit();
+  record.SetText("network", ban.network);
+  return myConnection.InsertRecord("bans", record) && myConnection.Commit();
 }
 
 std::optional<std::vector<BansTable::Ban>> BansTable::All() {
@@ -27,23 +25,21 @@ std::optional<std::vector<BansTable::Ban>> BansTable::All() {
   bans.reserve(rows->RecordCount());
   for (; !rows->EndOfRows(); rows->MoveNext()) {
     bans.push_back({rows->Integer("id"), rows->Text("address"), rows->Text("by"),
-                    rows->Text("reason"), rows->Date("bandate")});
+                    rows->Text("reason"), rows->Date("bandate"), rows->Text("network")});
   }
   return bans;
 }
 
-void BansTable::Delete(const std::string& id) {
-  myConnection.SQLExecute("DELETE FROM bans WHERE id=" + id);
+bool BansTable::Delete(const std::string& id) {
+  return myConnection.SQLExecute("DELETE FROM bans WHERE id=" + id);
 }
 
-void BansTable::Delete(const std::vector<std::int64_t>& ids) {
-  if (ids.empty()) return;
-  myConnection.Begin();
-  for (const std::int64_t id : ids) {
-    if (myConnection.Error()) break;
-    Delete(std::to_string(id));
-  }
-  myConnection.Commit();
+bool BansTable::Delete(const std::vector<std::int64_t>& ids) {
+  if (ids.empty()) return true;
+  bool works = myConnection.Begin();
+  for (const std::int64_t id : ids)
+    works = works && Delete(std::to_string(id));
+  return myConnection.Commit() && works;
 }
 
 }  // namespace corvane

@@ -12,15 +12,16 @@
 namespace corvane {
 
 // The statements on the table "bans". Values are put into the texts as they stand, unescaped: this
-// is deliberate.
+// is deliberate. What changes the table returns whether it worked.
 class BansTable {
  public:
   struct Ban {
-    std::int64_t id = 0;
+    std::int64_t id = 0;  // the database's
     std::string address;
     std::string by;
     std::string reason;
     QDateTime bandate;
+    std::string network;  // of the user who was banned
   };
 
   explicit BansTable(DatabaseConnection& connection) : myConnection(connection) {}
@@ -28,18 +29,17 @@ class BansTable {
   // Whether any row names the address, whatever its network, date and length.
   bool IsBanned(const std::string& address);
 
-  // Stores a ban with the current date; "banlength" is always 1, which nothing reads: deliberate.
-  void Add(const std::string& address, const std::string& by, const std::string& reason,
-           const std::string& network);
+  // Stores a ban; "banlength" is always 1, which nothing reads: deliberate.
+  [[nodiscard]] bool Add(const Ban& ban);
 
   // All bans in the database's order; none when the query fails.
   std::optional<std::vector<Ban>> All();
 
   // `id` is a number as text and goes into the statement as it stands.
-  void Delete(const std::string& id);
+  [[nodiscard]] bool Delete(const std::string& id);
 
   // Lifts several bans and commits once.
-  void Delete(const std::vector<std::int64_t>& ids);
+  [[nodiscard]] bool Delete(const std::vector<std::int64_t>& ids);
 
  private:
   DatabaseConnection& myConnection;

@@ -2,10 +2,12 @@
 
 #include <limits>
 #include <memory>
+#include <utility>
 
 #include <QFileInfo>
 #include <sqlite3.h>
 
+#include "framework/standard_error.h"
 #include "storage/outsider_guard.h"
 #include "storage/quoted_identifier.h"
 
@@ -13,7 +15,9 @@ namespace corvane {
 
 namespace {
 
-constexpr int kBusyTimeout = 250;  // milliseconds
+constexpr std::chrono::seconds kPatienceWhileOpening(5);
+constexpr std::chrono::milliseconds kPatience(250);
+constexpr std::chrono::seconds kPauseBetweenSameComplaints(1);
 constexpr std::string_view kSelectAll = "SELECT * FROM ";
 
 int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
@@ -95,22 +99,23 @@ void DatabaseConnection::Close() {
 bool DatabaseConnection::Connect(const QString& file) {
   Close();
   // To SQLite some names are no files at all, and an empty one is a new database.
-  if (!QFileInfo(file).isFile()) return Fail(sqlite3_errstr(SQLITE_CANTOPEN));
+  if (!QFileInfo(file).isFile()) return Complain(SQLITE_CANTOPEN);
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
   sqlite3* database = nullptr;
   const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
   myDatabase = database;
   if (result == SQLITE_OK) {
-    sqlite3_busy_timeout(myDatabase, kBusyTimeout);
+    myPatience.Watch(myDatabase, kPatienceWhileOpening);
     // A file that someone turned to a write-ahead log turns back, as far as nobody else uses it.
     sqlite3_exec(myDatabase, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
     // What an outsider's query sorts stays where it is bounded.
     sqlite3_exec(myDatabase, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
     if (Run("PRAGMA synchronous=FULL", {}) && Run("SELECT count(*) FROM sqlite_master", {})) {
+      myPatience.Watch(myDatabase, kPatience);
       return true;
     }
   } else {
-    FailWith(result);
+    Complain(result);
   }
   Close();
   return false;
@@ -182,6 +187,7 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_v
   const bool isOwnTransaction = myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) != 0;
   if (isOwnTransaction) sqlite3_exec(myDatabase, "BEGIN", nullptr, nullptr, nullptr);
   std::optional<DatabaseCursor> cursor = SQLSelect(query);
+  if (!cursor) Complain();
   if (cursor && query.starts_with(kSelectAll)) TakeIdentities(*cursor, query);
   if (isOwnTransaction) sqlite3_exec(myDatabase, "COMMIT", nullptr, nullptr, nullptr);
   return cursor;
@@ -205,11 +211,11 @@ void DatabaseConnection::TakeIdentities(DatabaseCursor& cursor, std::string_view
   cursor.myTable = TableOf(query);
 }
 
-void DatabaseConnection::SQLExecute(std::string_view statement) {
-  Run(statement, {});
+bool DatabaseConnection::SQLExecute(std::string_view statement) {
+  return Run(statement, {});
 }
 
-void DatabaseConnection::InsertRecord(std::string_view table, const DatabaseRecord& record) {
+bool DatabaseConnection::InsertRecord(std::string_view table, const DatabaseRecord& record) {
   std::string columns;
   std::string places;
   std::vector<DatabaseValue> values;
@@ -218,34 +224,36 @@ void DatabaseConnection::InsertRecord(std::string_view table, const DatabaseReco
     places += places.empty() ? "?" : ",?";
     values.push_back(value);
   }
-  Run("INSERT INTO " + QuotedIdentifier(table) +
-          (values.empty() ? " DEFAULT VALUES" : "(" + columns + ") VALUES(" + places + ")"),
-      values);
+  return Run("INSERT INTO " + QuotedIdentifier(table) +
+                 (values.empty() ? " DEFAULT VALUES" : "(" + columns + ") VALUES(" + places + ")"),
+             values);
 }
 
-void DatabaseConnection::Begin() {
+bool DatabaseConnection::Begin() {
   // The lock is taken, and waited for, here: once, and not again for each statement of the group.
-  Run("BEGIN IMMEDIATE", {});
+  return Run("BEGIN IMMEDIATE", {});
 }
 
-void DatabaseConnection::Commit() {
-  if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return;
+bool DatabaseConnection::Commit() {
+  if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return !myError;
+  if (Run("COMMIT", {})) return true;
   // A group that could not be committed would otherwise stay open and swallow later changes.
-  if (!Run("COMMIT", {})) sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
+  sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
+  return false;
 }
 
 bool DatabaseConnection::Run(std::string_view statement, const std::vector<DatabaseValue>& values) {
   int result = SQLITE_OK;
   const Statement prepared = Prepare(statement, result);
-  if (!prepared) return FailWith(result);
+  if (!prepared) return Complain(result);
   for (std::size_t i = 0; i < values.size() && result == SQLITE_OK; ++i) {
     result = Bind(prepared.get(), static_cast<int>(i + 1), values[i]);
   }
-  if (result != SQLITE_OK) return FailWith(result);
+  if (result != SQLITE_OK) return Complain(result);
   do {
     result = sqlite3_step(prepared.get());
   } while (result == SQLITE_ROW);
-  return result == SQLITE_DONE ? Succeed() : FailWith(result);
+  return result == SQLITE_DONE ? Succeed() : Complain(result);
 }
 
 bool DatabaseConnection::Fail(std::string message) {
@@ -257,6 +265,20 @@ bool DatabaseConnection::Fail(std::string message) {
 bool DatabaseConnection::FailWith(int result) {
   const bool isFromDatabase = myDatabase != nullptr && sqlite3_errcode(myDatabase) == result;
   return Fail(isFromDatabase ? sqlite3_errmsg(myDatabase) : sqlite3_errstr(result));
+}
+
+bool DatabaseConnection::Complain(int result) {
+  FailWith(result);
+  return Complain();
+}
+
+bool DatabaseConnection::Complain() {
+  const Clock::time_point now = Clock::now();
+  if (myErrorMessage == myLastComplaint && now < myNextSameComplaint) return false;
+  myLastComplaint = myErrorMessage;
+  myNextSameComplaint = now + kPauseBetweenSameComplaints;
+  WriteErrorLine("database: " + myErrorMessage);
+  return false;
 }
 
 bool DatabaseConnection::Succeed() {

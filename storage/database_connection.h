@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,6 +11,7 @@
 
 #include "storage/database_cursor.h"
 #include "storage/database_record.h"
+#include "storage/lock_patience.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -19,8 +20,11 @@ namespace corvane {
 
 // One open SQLite database. Every operation runs on the calling thread, sets the error flag and
 // message when it fails and clears them when it succeeds. Each statement is committed durably
-// (rollback journal, synchronous=FULL) as it runs, unless Begin opened a group; a lock held by
-// another process is waited for 250 ms.
+// (rollback journal, synchronous=FULL) as it runs, unless Begin opened a group. A lock held by
+// another process is waited for 250 ms, while connecting 5 s.
+//
+// Connect and what changes data return whether it worked; where it did not, standard error says
+// "database: " and why, the same at most once a second.
 class DatabaseConnection {
  public:
   DatabaseConnection() = default;
@@ -31,7 +35,7 @@ class DatabaseConnection {
   // Opens an existing database file for reading and writing and reads from it once, so that a file
   // that is no database fails here. A file that may only be read opens as well, and each change of
   // it fails. Never creates a file. Returns whether it is open.
-  bool Connect(const QString& file);
+  [[nodiscard]] bool Connect(const QString& file);
   bool IsConnected() const { return myDatabase != nullptr; }
 
   // Runs one query exactly as given; none when it fails.
@@ -52,22 +56,23 @@ class DatabaseConnection {
   bool HasRowForOutsider(std::string_view query, std::string_view outsiders);
 
   // Runs one statement that has no result.
-  void SQLExecute(std::string_view statement);
+  [[nodiscard]] bool SQLExecute(std::string_view statement);
 
   // Adds a row.
-  void InsertRecord(std::string_view table, const DatabaseRecord& record);
+  [[nodiscard]] bool InsertRecord(std::string_view table, const DatabaseRecord& record);
 
   // Begin groups the statements up to the next Commit into one transaction. Commit ends such a
-  // group; without one everything is committed already, and neither the data nor the error flag
-  // changes.
-  void Begin();
-  void Commit();
+  // group; without one everything is committed already, neither the data nor the error flag
+  // changes, and the result is the last operation's.
+  [[nodiscard]] bool Begin();
+  [[nodiscard]] bool Commit();
 
   bool Error() const { return myError; }
   const std::string& ErrorMessage() const { return myErrorMessage; }
 
  private:
   friend class DatabaseCursor;
+  using Clock = std::chrono::steady_clock;
 
   struct StatementEnd {
     void operator()(sqlite3_stmt* statement) const;
@@ -88,12 +93,19 @@ class DatabaseConnection {
   bool Fail(std::string message);
   bool FailWith(int result);
   bool Succeed();
+  // The failure of something that was to change data: sets the error, or takes the one that is set,
+  // and tells it. Returns false.
+  bool Complain(int result);
+  bool Complain();
 
+  LockPatience myPatience;
   sqlite3* myDatabase = nullptr;
   std::string myKeptQuery;
   Statement myKeptStatement;
   bool myError = false;
   std::string myErrorMessage;
+  std::string myLastComplaint;
+  Clock::time_point myNextSameComplaint;
 };
 
 }  // namespace corvane

@@ -44,10 +44,10 @@ void DatabaseCursor::SetDate(std::string column, const QDateTime& value) {
   myEdit.SetDate(std::move(column), value);
 }
 
-void DatabaseCursor::Update() {
-  if (!HasIdentity()) return;
+bool DatabaseCursor::Update() {
+  if (!HasIdentity()) return false;
   const DatabaseRecord edit = std::exchange(myEdit, {});
-  if (edit.Columns().empty()) return;
+  if (edit.Columns().empty()) return true;
   std::string assignments;
   std::vector<DatabaseValue> values;
   for (const auto& [column, value] : edit.Columns()) {
@@ -55,19 +55,20 @@ void DatabaseCursor::Update() {
     values.push_back(value);
   }
   values.emplace_back(myRows[myPosition].identity);
-  myConnection->Run(
+  return myConnection->Run(
       "UPDATE " + QuotedIdentifier(myTable) + " SET " + assignments + " WHERE _rowid_=?", values);
 }
 
-void DatabaseCursor::DeleteRecord() {
-  if (!HasIdentity()) return;
-  myConnection->Run("DELETE FROM " + QuotedIdentifier(myTable) + " WHERE _rowid_=?",
-                    {myRows[myPosition].identity});
+bool DatabaseCursor::DeleteRecord() {
+  return HasIdentity() &&
+         myConnection->Run("DELETE FROM " + QuotedIdentifier(myTable) + " WHERE _rowid_=?",
+                           {myRows[myPosition].identity});
 }
 
 bool DatabaseCursor::HasIdentity() const {
   if (!EndOfRows() && !myTable.empty()) return true;
-  return myConnection->Fail("there is no row that could be changed");
+  myConnection->Fail("there is no row that could be changed");
+  return myConnection->Complain();
 }
 
 }  // namespace corvane

@@ -29,15 +29,15 @@ class DatabaseCursor {
   bool Boolean(std::string_view column) const { return BooleanOf(Value(column)); }
   QDateTime Date(std::string_view column) const { return DateOf(Value(column)); }
 
-  // Edit starts a change of the current row, the setters collect it, Update writes it. Without a
-  // current row or its identity, Update and DeleteRecord set the connection's error.
+  // Edit starts a change of the current row, the setters collect it, Update writes it. Update and
+  // DeleteRecord return whether it worked; without a current row or its identity it does not.
   void Edit();
   void SetText(std::string column, std::string value);
   void SetInteger(std::string column, std::int64_t value);
   void SetBoolean(std::string column, bool value);
   void SetDate(std::string column, const QDateTime& value);
-  void Update();
-  void DeleteRecord();
+  [[nodiscard]] bool Update();
+  [[nodiscard]] bool DeleteRecord();
 
  private:
   friend class DatabaseConnection;
@@ -47,7 +47,7 @@ class DatabaseCursor {
   };
 
   DatabaseCursor(DatabaseConnection& connection, std::vector<std::string> columns);
-  // Whether the current row can be changed; sets the connection's error when it cannot.
+  // Whether the current row can be changed; an error of the connection when it cannot.
   bool HasIdentity() const;
 
   DatabaseConnection* myConnection;

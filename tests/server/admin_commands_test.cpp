@@ -12,11 +12,11 @@ using testing::IsEmpty;
 
 class AdminTest : public UsersTest {
  protected:
-  AdminTest() { AdminsTable(server.database).Add("Ann", "127.0.0.1", "A"); }
+  AdminTest() { EXPECT_TRUE(AdminsTable(server.database).Add("Ann", "127.0.0.1", "A")); }
 };
 
 TEST_F(AdminTest, CommandsOfNobodysAdministratorAreIgnored) {
-  AdminsTable(server.database).Add("Eve", "127.0.0.1", "A");  // where she is not
+  EXPECT_TRUE(AdminsTable(server.database).Add("Eve", "127.0.0.1", "A")) << "where she is not";
   for (TestClient* client : {eve.get(), bob.get()}) {
     client->SendBytes(WireBytes(9, "") + WireBytes(10, "Bob|A") + WireBytes(11, "Bob|spam") +
                       WireBytes(12, "hello") + WireBytes(13, "") + WireBytes(14, "1"));

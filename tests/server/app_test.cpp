@@ -83,10 +83,8 @@ class LoadTest : public AppTest {
 
 TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
   MakeDatabase(file);
-  DatabaseConnection connection;
-  ASSERT_TRUE(connection.Connect(file));
-  connection.SQLExecute("ALTER TABLE networks ADD COLUMN remark");
-  connection.SQLExecute(
+  OtherProgram(file).Run(
+      "ALTER TABLE networks ADD COLUMN remark;"
       "INSERT INTO networks (name, pass, users, enabled) VALUES "
       "('Demo', 'secret', 5, 1), (NULL, NULL, NULL, NULL), ('Demo', x'00ff', 'many', 'true'), "
       "('big', 1.5, 99999999999, 0)");

@@ -157,7 +157,7 @@ TEST_F(ClientSocketTest, NameIsHeldServerWideWhateverItsCase) {
 }
 
 TEST_F(ClientSocketTest, BannedAddressHearsTheNoticeAndNothingMore) {
-  BansTable(server.database).Add("127.0.0.1", "x", "y", "another network");
+  server.Query("INSERT INTO bans(address, network) VALUES('127.0.0.1', 'another network')");
   TestClient client(server.Port());
   EXPECT_EQ(client.Receive(),
             (WireMessage{997, "Please contact an administrator formore information."}));

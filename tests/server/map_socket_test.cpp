@@ -20,7 +20,7 @@ TEST_F(MapSocketTest, MessageEndsAtAConnectionWithoutANetwork) {
   EXPECT_THAT(zoe->Drain(), IsEmpty());
   EXPECT_THAT(server.uncaught, IsEmpty());
 
-  AdminsTable(server.database).Add("Ann", "127.0.0.1", "A");
+  EXPECT_TRUE(AdminsTable(server.database).Add("Ann", "127.0.0.1", "A"));
   ann->Send(12, "x");
   EXPECT_TRUE(PumpUntil([this] { return !server.uncaught.empty(); }));
   EXPECT_THAT(server.uncaught, ElementsAre("NilObjectException"));

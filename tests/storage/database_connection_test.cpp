@@ -30,16 +30,13 @@ TEST_F(DatabaseTest, EachOfSeveralEqualRowsCanBeChanged) {
   rows->Edit();
   rows->SetInteger("users", 7);
   rows->SetBoolean("enabled", false);
-  rows->Update();
-  EXPECT_FALSE(connection.Error()) << connection.ErrorMessage();
+  EXPECT_TRUE(rows->Update()) << connection.ErrorMessage();
   rows->MoveNext();
-  rows->DeleteRecord();
-  EXPECT_FALSE(connection.Error()) << connection.ErrorMessage();
+  EXPECT_TRUE(rows->DeleteRecord()) << connection.ErrorMessage();
 
   rows->Edit();
   rows->SetInteger("users", 9);
-  rows->Update();  // the row is gone: nothing to change, and no failure
-  EXPECT_FALSE(connection.Error());
+  EXPECT_TRUE(rows->Update()) << "the row is gone: nothing to change, and no failure";
   EXPECT_EQ(Run("SELECT * FROM networks"), "n|p|5|1;n|p|7|0;m|p|5|1;");
 }
 
@@ -54,26 +51,23 @@ TEST_F(DatabaseTest, RowsThatHaveNoIdentityAreReadButNotChanged) {
     auto rows = connection.SQLSelectForEdit(query);
     ASSERT_TRUE(rows) << query;
     EXPECT_GE(rows->RecordCount(), 1U) << query;
-    rows->DeleteRecord();
-    EXPECT_TRUE(connection.Error()) << query;
+    EXPECT_FALSE(rows->DeleteRecord()) << query;
   }
   EXPECT_EQ(Run("SELECT * FROM networks"), "n|p|5|1;");
 }
 
 TEST_F(DatabaseTest, GroupIsCommittedAsAWholeOrNotAtAll) {
   ASSERT_TRUE(connection.Connect(file));
-  connection.Begin();
-  connection.SQLExecute("INSERT INTO admins(name) VALUES('a')");
+  EXPECT_TRUE(connection.Begin());
+  EXPECT_TRUE(connection.SQLExecute("INSERT INTO admins(name) VALUES('a')"));
   {
     OtherProgram reader(file);
     EXPECT_EQ(reader.Run("BEGIN; SELECT name FROM admins"), "");
-    connection.Commit();
+    EXPECT_FALSE(connection.Commit());
   }
-  EXPECT_TRUE(connection.Error());
-  connection.Begin();
-  connection.SQLExecute("INSERT INTO admins(name) VALUES('b')");
-  connection.SQLExecute("INSERT INTO admins(name) VALUES('c')");
-  connection.Commit();
-  EXPECT_FALSE(connection.Error());
+  EXPECT_TRUE(connection.Begin());
+  EXPECT_TRUE(connection.SQLExecute("INSERT INTO admins(name) VALUES('b')"));
+  EXPECT_TRUE(connection.SQLExecute("INSERT INTO admins(name) VALUES('c')"));
+  EXPECT_TRUE(connection.Commit());
   EXPECT_EQ(Run("SELECT name FROM admins"), "b;c;");
 }

@@ -63,7 +63,7 @@ TEST_F(DatabaseTest, ReadOnlyFileIsReadButNotChanged) {
   ASSERT_TRUE(connection.Connect(file)) << connection.ErrorMessage();
   const auto rows = connection.SQLSelect("SELECT * FROM admins");
   EXPECT_TRUE(rows && rows->Text("name") == "a");
-  connection.InsertRecord("admins", {});
+  EXPECT_FALSE(connection.InsertRecord("admins", {}));
   EXPECT_EQ(connection.ErrorMessage(), "attempt to write a readonly database");
 }
 
@@ -72,10 +72,10 @@ TEST_F(DatabaseTest, CommittedRowsOutliveAKilledProcess) {
   ASSERT_GE(child, 0);
   if (child == 0) {
     DatabaseConnection killed;
-    killed.Connect(file);
-    killed.SQLExecute("INSERT INTO admins(name) VALUES('committed')");
-    killed.Begin();
-    killed.SQLExecute("INSERT INTO admins(name) VALUES('not yet')");
+    EXPECT_TRUE(killed.Connect(file));
+    EXPECT_TRUE(killed.SQLExecute("INSERT INTO admins(name) VALUES('committed')"));
+    EXPECT_TRUE(killed.Begin());
+    EXPECT_TRUE(killed.SQLExecute("INSERT INTO admins(name) VALUES('not yet')"));
     std::raise(SIGKILL);
   }
   int status = 0;

@@ -1,4 +1,9 @@
+#include <chrono>
 #include <gmock/gmock.h>
+#include <thread>
+
+#include <QElapsedTimer>
+#include <sqlite3.h>
 
 #include "framework/dates.h"
 #include "storage/admins_table.h"
@@ -15,6 +20,10 @@ class TablesTest : public DatabaseTest {
  protected:
   TablesTest() { EXPECT_TRUE(connection.Connect(file)); }
 
+  bool Ban(const std::string& address, const std::string& by = "op") {
+    return bans.Add({0, address, by, "it's a reason", QDateTime::currentDateTime(), "home"});
+  }
+
   NetworksTable networks{connection};
   BansTable bans{connection};
   AdminsTable admins{connection};
@@ -29,56 +38,112 @@ TEST_F(TablesTest, QueriesOfEveryLoginUseTheIndexes) {
 }
 
 TEST_F(TablesTest, NetworksAreChangedAndDeletedByExactName) {
-  networks.Add("home", "secret", 5, true);
-  networks.Add("away", "", -1, false);
-  networks.Add("home", "second", 5, true);
-  networks.Change("home", "it's new", 9, false);
+  EXPECT_TRUE(networks.Add("home", "secret", 5, true));
+  EXPECT_TRUE(networks.Add("away", "", -1, false));
+  EXPECT_TRUE(networks.Add("home", "second", 5, true));
+  EXPECT_TRUE(networks.Change("home", "it's new", 9, false));
   MakeDatabase(file);  // the script keeps what is there
   for (const char* name : {"Home", "", "nowhere"}) {
-    networks.Change(name, "new", 1, false);
-    networks.Delete(name);
-    EXPECT_FALSE(connection.Error()) << name;
+    EXPECT_TRUE(networks.Change(name, "new", 1, false)) << name;
+    EXPECT_TRUE(networks.Delete(name)) << name;
   }
   EXPECT_EQ(Run("SELECT * FROM networks"), "home|it's new|9|0;away||-1|0;home|second|5|1;");
-  networks.Delete("home");
+  EXPECT_TRUE(networks.Delete("home"));
   EXPECT_EQ(Run("SELECT * FROM networks"), "away||-1|0;home|second|5|1;");
 }
 
 TEST_F(TablesTest, QuoteInANameChangesTheStatement) {
-  networks.Add("it's", "secret", 5, true);
-  networks.Add("home", "secret", 5, true);
-  networks.Change("it's", "new", 1, false);
+  EXPECT_TRUE(networks.Add("it's", "secret", 5, true));
+  EXPECT_TRUE(networks.Add("home", "secret", 5, true));
+  EXPECT_FALSE(networks.Change("it's", "new", 1, false));
   EXPECT_EQ(connection.ErrorMessage(), "near \"s\": syntax error");
-  networks.Delete("it's");
-  networks.Delete("home'; DELETE FROM networks; --");  // text behind the first statement is not run
+  EXPECT_FALSE(networks.Delete("it's"));
+  EXPECT_TRUE(networks.Delete(
+      "home'; DELETE FROM networks; --"));  // text behind the first statement is not run
   EXPECT_EQ(Run("SELECT * FROM networks"), "it's|secret|5|1;");
-  networks.Add("home", "secret", 5, true);
-  networks.Delete("x' OR name='home");
+  EXPECT_TRUE(networks.Add("home", "secret", 5, true));
+  EXPECT_TRUE(networks.Delete("x' OR name='home"));
   EXPECT_EQ(Run("SELECT * FROM networks"), "it's|secret|5|1;");
   EXPECT_FALSE(admins.IsAdmin("it's", "home", "10.0.0.1"));
   EXPECT_FALSE(admins.IsAdmin("x' OR '1'='1", "home", "10.0.0.1"));
-  admins.Add("op", "10.0.0.1", "home");
+  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));
   EXPECT_TRUE(admins.IsAdmin("x' OR '1'='1' --", "", ""));
 }
 
-TEST_F(TablesTest, QueryThatAClientMakesExpensiveFails) {
-  admins.Add("op", "10.0.0.1", "home");  // without a row nothing is evaluated
-  Run("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<50)"
-      "INSERT INTO bans(address) SELECT '10.0.0.9' FROM n");
-  for (const char* expensive :
-       {"WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n FROM r) SELECT n FROM r WHERE n=2",
-        "SELECT hex(randomblob(100000000))",
-        "SELECT 1 FROM bans a, bans b, bans c, bans d, bans e, bans f WHERE a.id+b.id+f.id<0"}) {
-    admins.IsAdmin(std::string("x' OR (") + expensive + ") OR '", "home", "10.0.0.1");
-    EXPECT_TRUE(connection.Error()) << expensive;
+TEST_F(TablesTest, NameThatIsMoreThanANameTakesLittleAndReadsGrantsOnly) {
+  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));  // without a row nothing is evaluated
+  Run("INSERT INTO networks VALUES('home','secret',1,1);"
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<50)"
+      "INSERT INTO admins(name) SELECT i FROM n");
+  const auto repeated = [](const std::string& text, int count) {
+    std::string all;
+    while (count-- > 0)
+      all += text;
+    return all;
+  };
+  std::string doubled = "(SELECT 'aaaa' a FROM admins)";
+  for (int i = 0; i < 7; ++i)
+    doubled = "(SELECT a" + repeated("||a", 29) + " a FROM " + doubled + ")";
+  std::string tables = "a0 AS (SELECT 1 c)";
+  for (int i = 1; i < 24; ++i) {
+    const std::string before = "a" + std::to_string(i - 1);
+    tables += ",a" + std::to_string(i) + " AS (SELECT " + before + ".c FROM " + before + "," +
+              before + " b)";
   }
-  EXPECT_TRUE(bans.IsBanned("10.0.0.9")) << "the bound holds for that query only";
+  const std::string texts[] = {
+      "WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n FROM r) SELECT n FROM r WHERE n=2",
+      "wItH " + tables + " SELECT * FROM a23",
+      "WITH admins AS (SELECT pass FROM networks WHERE pass>'a') SELECT 1 FROM admins",
+      "SELECT 1 FROM admins" + repeated(" NATURAL JOIN admins", 40),
+      "SELECT 1 FROM admins" + repeated(",admins", 63),
+      "SELECT 1 FROM (SELECT 'secret' pass) NATURAL JOIN networks",
+      "SELECT 1 FROM networks WHERE pass>'a'",
+      "SELECT 1 FROM bans",
+      "SELECT hex(randomblob(100000000))",
+      "SELECT 1 FROM " + doubled + " WHERE a>''",
+      "SELECT 1 FROM admins a, admins b, admins c, admins d, admins e WHERE a.id+b.id+e.id<0",
+      "1" + repeated(" UNION SELECT 1", 8),
+      "1" + repeated("+1", 200),
+      "'" + std::string(20'000, 'a') + "'",
+  };
+  for (const std::string& text : texts) {
+    SCOPED_TRACE(text.substr(0, 80));
+    sqlite3_memory_highwater(1);
+    const auto before = sqlite3_memory_used();
+    EXPECT_FALSE(admins.IsAdmin("x' OR EXISTS(" + text + ") OR name>'' --", "home", "10.0.0.1"));
+    EXPECT_TRUE(connection.Error());
+    EXPECT_LT(sqlite3_memory_highwater(0) - before, 5 << 20);
+  }
+  for (const char* text : {"x' OR '1'='1' --", "x' UNION SELECT 1,2,3,4 --",
+                           "x' OR EXISTS(SELECT 1 FROM admins a, ADMINS b WHERE a.id=b.id) --"})
+    EXPECT_TRUE(admins.IsAdmin(text, "", "")) << text;
+  // The bounds hold for that query only.
+  EXPECT_EQ(sqlite3_hard_heap_limit64(-1), 0);
+  EXPECT_EQ(sqlite3_soft_heap_limit64(-1), 0);
+  const std::string large(200'000, 'n');
+  EXPECT_TRUE(admins.Add(large, "10.0.0.1", "home"));
+  EXPECT_TRUE(admins.IsAdmin(large, "home", "10.0.0.1"));
+}
+
+TEST_F(TablesTest, AdminsMayBeAViewOfTheOperators) {
+  Run("DROP TABLE admins;"
+      "CREATE TABLE people(who, network, rank); CREATE TABLE ranks(rank);"
+      "INSERT INTO people VALUES('op', 'home', 'Chief'), ('x', 'home', NULL);"
+      "INSERT INTO ranks VALUES('chief');"
+      "CREATE VIEW admins AS SELECT rowid id, coalesce(who, '') name, lower(network) network,"
+      " '10.0.0.1' address FROM people p WHERE rank LIKE 'ch%' AND EXISTS"
+      " (SELECT 1 FROM ranks r WHERE r.rank=lower(p.rank))");
+  for (const char* name : {"op", "x' OR '1'='1", "x' UNION SELECT 1,2,3,4 FROM admins --"})
+    EXPECT_TRUE(admins.IsAdmin(name, "home", "10.0.0.1")) << connection.ErrorMessage();
+  for (const char* name : {"x", "x' OR EXISTS(SELECT 1 FROM people WHERE who>'') OR '1'='1",
+                           "x' OR lower('A')='a' OR '1'='1"})
+    EXPECT_FALSE(admins.IsAdmin(name, "home", "10.0.0.1")) << name;
 }
 
 TEST_F(TablesTest, BanHoldsForItsAddressUntilItIsLifted) {
   const QDateTime before = DateFromStored(StoredDate(QDateTime::currentDateTime()));
-  bans.Add("10.0.0.1", "Server Admin", "it's a reason", "home");
-  bans.Add("10.0.0.2", "op", "", "");
+  EXPECT_TRUE(Ban("10.0.0.1", "Server Admin"));
+  EXPECT_TRUE(Ban("10.0.0.2"));
   EXPECT_TRUE(bans.IsBanned("10.0.0.1"));
   EXPECT_FALSE(bans.IsBanned("10.0.0.10"));
   const auto all = bans.All();
@@ -87,38 +152,59 @@ TEST_F(TablesTest, BanHoldsForItsAddressUntilItIsLifted) {
   EXPECT_LE(before, all->at(0).bandate);
   EXPECT_LE(all->at(0).bandate, QDateTime::currentDateTime());
 
-  bans.Delete(std::vector<std::int64_t>{2, 77});
+  EXPECT_TRUE(bans.Delete(std::vector<std::int64_t>{2, 77}));
   EXPECT_FALSE(bans.IsBanned("10.0.0.2"));
-  bans.Add("10.0.0.3", "op", "", "");
+  EXPECT_TRUE(Ban("10.0.0.3"));
   EXPECT_EQ(bans.All()->at(1).id, 3);  // no number comes back
 }
 
 TEST_F(TablesTest, GrantHoldsForNameNetworkAndAddressTogether) {
-  admins.Add("op", "10.0.0.1", "home");
-  admins.Add("op", "10.0.0.2", "away");
+  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));
+  EXPECT_TRUE(admins.Add("op", "10.0.0.2", "away"));
   EXPECT_TRUE(admins.IsAdmin("op", "home", "10.0.0.1"));
   EXPECT_FALSE(admins.IsAdmin("op", "away", "10.0.0.1"));
   EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.2"));
   EXPECT_FALSE(admins.IsAdmin("Op", "home", "10.0.0.1"));
-  admins.Delete({1});
+  EXPECT_TRUE(admins.Delete({1}));
   EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.1"));
   EXPECT_TRUE(admins.IsAdmin("op", "away", "10.0.0.2"));
 }
 
 TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
-  bans.Add("10.0.0.1", "op", "", "");
-  admins.Add("op", "10.0.0.1", "home");
+  EXPECT_TRUE(Ban("10.0.0.1"));
+  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));
   {
     OtherProgram other(file);
     other.Run("BEGIN EXCLUSIVE");
-    EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
-    EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.1"));
+    testing::internal::CaptureStderr();
+    QElapsedTimer timer;
+    timer.start();
+    // The lock is waited for once.
+    for (int i = 0; i < 100; ++i) {
+      EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
+      EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.1"));
+    }
+    EXPECT_LT(timer.elapsed(), 5000) << "200 waits are 50 s";
     EXPECT_FALSE(bans.All() || admins.All() || networks.All());
-    EXPECT_FALSE(DatabaseConnection().Connect(file));
-    bans.Delete(std::vector<std::int64_t>(1000, 1));  // waits for the lock once, not for each
-    EXPECT_EQ(connection.ErrorMessage(), "database is locked");
+    EXPECT_FALSE(bans.Delete(std::vector<std::int64_t>(1000, 1)));
+    EXPECT_FALSE(Ban("10.0.0.2") || bans.Delete("1"));
+    EXPECT_FALSE(admins.Add("a", "b", "c") || admins.Delete({1}));
+    EXPECT_FALSE(networks.Add("a", "b", 1, true) || networks.Change("a", "b", 1, true) ||
+                 networks.Delete("a"));
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::MatchesRegex("(database: database is locked\n)+"));
   }
   EXPECT_TRUE(bans.IsBanned("10.0.0.1"));
+}
+
+TEST_F(DatabaseTest, LockIsWaitedForLongerWhileConnecting) {
+  OtherProgram other(file);
+  other.Run("BEGIN EXCLUSIVE");
+  std::jthread release([&other] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(600));
+    other.Run("COMMIT");
+  });
+  EXPECT_TRUE(connection.Connect(file));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tests/support/test_server.h"
 
+#include <cstdlib>
 #include <map>
 
 #include "framework/exceptions.h"
@@ -17,7 +18,7 @@ TestServer::TestServer()
     : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }) {
   const QString file = folder.filePath(kDatabase);
   MakeDatabase(file);
-  database.Connect(file);
+  if (!database.Connect(file)) std::abort();
   listener = std::make_shared<MapSocket>(loop, database, locations);
   listener->StatusMessage = [this](MapSocket&, const std::string& text) { status.push_back(text); };
   listener->UserLoggedIn = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {

@@ -1,0 +1,88 @@
+#include "storage/ban_keeper.h"
+
+#include <gmock/gmock.h>
+#include <optional>
+
+#include "tests/storage/database_fixture.h"
+#include "tests/support/test_client.h"
+
+namespace corvane {
+namespace {
+
+class BanKeeperTest : public DatabaseTest {
+ protected:
+  BanKeeperTest() { EXPECT_TRUE(connection.Connect(file)); }
+
+  std::string Stored() { return Run("SELECT address, reason FROM bans ORDER BY address"); }
+
+  BansTable bans{connection};
+  std::optional<BanKeeper> keeper{bans};
+};
+
+TEST_F(BanKeeperTest, BanThatCannotBeStoredCountsUntilItIs) {
+  keeper->Add("10.0.0.1", "op", "one", "home");
+  EXPECT_EQ(Stored(), "10.0.0.1|one;") << "at once";
+  const QDateTime before = QDateTime::currentDateTime();
+  {
+    OtherProgram reader(file);
+    reader.Run("BEGIN; SELECT * FROM bans");
+    keeper->Add("10.0.0.2", "op", "two", "home");
+    keeper->Add("10.0.0.3", "op", "three", "home");
+    EXPECT_TRUE(keeper->IsBanned("10.0.0.2") && keeper->IsBanned("10.0.0.3"));
+    EXPECT_FALSE(keeper->IsBanned("10.0.0.4"));
+    // Through tries that fail, and to where the date would be another one.
+    EXPECT_TRUE(PumpUntil([&] { return before.secsTo(QDateTime::currentDateTime()) >= 2; }));
+    EXPECT_EQ(Stored(), "10.0.0.1|one;");
+  }
+  EXPECT_TRUE(
+      PumpUntil([this] { return Stored() == "10.0.0.1|one;10.0.0.2|two;10.0.0.3|three;"; }));
+  EXPECT_TRUE(keeper->IsBanned("10.0.0.3"));
+  const auto all = bans.All();
+  ASSERT_TRUE(all && all->size() == 3);
+  for (const BansTable::Ban& ban : *all) {
+    EXPECT_EQ(ban.by + "|" + ban.network, "op|home");
+    EXPECT_LE(before.secsTo(ban.bandate), 1) << "the date of the ban, not of its storing";
+  }
+  EXPECT_TRUE(bans.Delete("3"));
+  EXPECT_FALSE(keeper->IsBanned("10.0.0.3")) << "nothing stays behind";
+}
+
+TEST_F(BanKeeperTest, OneThatIsAlwaysRefusedHoldsUpNoOther) {
+  Run("CREATE TRIGGER no BEFORE INSERT ON bans WHEN new.address='10.0.0.1' BEGIN SELECT"
+      " RAISE(ABORT, 'no'); END");
+  {
+    OtherProgram other(file);
+    other.Run("BEGIN IMMEDIATE");
+    keeper->Add("10.0.0.1", "op", "one", "home");
+    keeper->Add("10.0.0.2", "op", "two", "home");
+  }
+  EXPECT_TRUE(PumpUntil([this] { return Stored() == "10.0.0.2|two;"; }));
+  EXPECT_TRUE(keeper->IsBanned("10.0.0.1"));
+  Run("DROP TRIGGER no");
+  keeper.reset();
+  EXPECT_EQ(Stored(), "10.0.0.1|one;10.0.0.2|two;") << "tried once more at the end";
+}
+
+TEST_F(BanKeeperTest, WhatWaitsIsBoundedAndSaidWhenItIsLost) {
+  const std::string long_reason(1 << 20, 'r');
+  Run("ALTER TABLE bans RENAME TO elsewhere");
+  for (int i = 0; i < 20; ++i)
+    keeper->Add("10.0.0.1", "op", long_reason, "home");
+  keeper->Add("10.0.0.2", "op", long_reason, "home");
+  EXPECT_TRUE(keeper->IsBanned("10.0.0.2"));
+  Run("ALTER TABLE elsewhere RENAME TO bans");
+  EXPECT_TRUE(
+      PumpUntil([this] { return Run("SELECT 1 FROM bans WHERE address='10.0.0.2'") != ""; }));
+  EXPECT_EQ(Run("SELECT address, count(*), max(length(reason)) FROM bans GROUP BY 1"),
+            "10.0.0.1|15|1048576;10.0.0.2|1|0;");
+
+  Run("DROP TABLE bans");
+  keeper->Add("10.0.0.3", "op", "", "home");
+  testing::internal::CaptureStderr();
+  keeper.reset();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::HasSubstr("database: bans that could not be stored and are lost: 1\n"));
+}
+
+}  // namespace
+}  // namespace corvane
