@@ -62,7 +62,7 @@ bool App::OpenDatabase() {
   }
   const QString file = QFileInfo(*myDataFolder + "/serverdb.rsd").absoluteFilePath();
   if (!QFileInfo::exists(file)) {
-    Tell("Unable to locate database at:\n" + file.toStdString() +
+    Tell("Unable to locate database at:\n" + QDir::toNativeSeparators(file).toStdString() +
          "\n\nYou may need to uninstall and reinstall.");
     return false;
   }

@@ -42,8 +42,9 @@ class App {
   void Quit(int code = 0);
   bool IsQuitting() const { return myIsQuitting; }
 
-  // Where an error ends that nobody caught: stops all sockets, shows the last-resort message once
-  // and quits with code 1. Call it from a catch block.
+  // Where an error ends that nobody caught: sends what was written, closes all connections and the
+  // listener, so that nobody waits for the operator, then shows the last-resort message once and
+  // quits with code 1. Call it from a catch block.
   void LastResort();
 
   PollLoop& Loop() { return myLoop; }
