@@ -11,7 +11,7 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::milliseconds kTime(20);
-constexpr int kInstructionsBetweenLooks = 20;
+constexpr int kInstructionsBetweenLooks = 100;
 constexpr std::int64_t kMemory = std::int64_t{4} << 20;  // bytes beside what is in use
 constexpr int kMostSelects = 8;
 constexpr int kMostReads = 32;

@@ -97,8 +97,8 @@ std::string ConsoleTest::Query(const std::string& statements) {
 }
 
 std::unique_ptr<TestClient> ConsoleTest::LoggedIn(const std::string& user,
-                                                  const std::string& network) {
-  auto client = std::make_unique<TestClient>(myWindow->sSocket->Port());
+                                                  const std::string& network, const char* from) {
+  auto client = std::make_unique<TestClient>(myWindow->sSocket->Port(), from);
   EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
   return client;
 }

@@ -54,7 +54,8 @@ class ConsoleTest : public testing::Test {
   std::string Query(const std::string& statements);
   // A client that is logged in and has its row.
   std::unique_ptr<TestClient> LoggedIn(const std::string& user,
-                                       const std::string& network = "North");
+                                       const std::string& network = "North",
+                                       const char* from = "127.0.0.1");
 
   // Opens the list's context menu with a right click on the row, or by key where it is -1.
   static void OpenContextMenu(ListBox& list, int row);

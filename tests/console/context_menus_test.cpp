@@ -74,7 +74,7 @@ TEST_F(ContextMenusTest, ForcedDisconnectTellsTheUserNothing) {
 }
 
 TEST_F(ContextMenusTest, UserIsMadeAdministratorAsOftenAsAsked) {
-  const auto ann = LoggedIn("Ann", "So\nuth");
+  const auto ann = LoggedIn("Ann", "So\nuth", "127.0.0.2");
   ChooseOn(*myWindow->lstUsers, 0, "Make Admin");
   OpenContextMenu(*myWindow->lstUsers, 0);
   // Some desktops put mnemonics into the captions of an open menu.
@@ -82,7 +82,7 @@ TEST_F(ContextMenusTest, UserIsMadeAdministratorAsOftenAsAsked) {
     item->setText("&" + item->text());
   Choose("&Make Admin");
   EXPECT_EQ(Query("SELECT name, address, network FROM admins"),
-            "Ann|127.0.0.1|So\nuth;Ann|127.0.0.1|So\nuth;");
+            "Ann|127.0.0.2|So\nuth;Ann|127.0.0.2|So\nuth;");
 }
 
 TEST_F(ContextMenusTest, KickNeedsAReasonAndTellsTheUser) {
@@ -111,7 +111,7 @@ TEST_F(ContextMenusTest, KickNeedsAReasonAndTellsTheUser) {
 }
 
 TEST_F(ContextMenusTest, BanTellsTheUserAndIsStored) {
-  const auto ann = LoggedIn("Ann", "So\nuth");
+  const auto ann = LoggedIn("Ann", "So\nuth", "127.0.0.2");
   ChooseOn(*myWindow->lstUsers, 0, "Ban User");
   auto* ban = Opened<wndBan>("wndBan");
   Type(ban->txtReason, "cancelled");
@@ -129,7 +129,7 @@ TEST_F(ContextMenusTest, BanTellsTheUserAndIsStored) {
   EXPECT_EQ(ann->Receive(), (WireMessage{997, "it's over"}));
   EXPECT_TRUE(Shows("Ann Banned: it's over"));
   EXPECT_EQ(Query("SELECT address, \"by\", reason, network FROM bans"),
-            "127.0.0.1|Server Admin|it's over|So\nuth;");
+            "127.0.0.2|Server Admin|it's over|So\nuth;");
   EXPECT_TRUE(NoneIsOpen());
 }
 

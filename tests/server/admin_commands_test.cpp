@@ -1,13 +1,12 @@
-
+#include <QDateTime>
+#include <QLocale>
 
 #include "tests/server/session_fixture.h"
 
 namespace corvane {
 namespace {
 
-using namespace std::string_literals;
 using testing::ElementsAre;
-using testing::EndsWith;
 using testing::IsEmpty;
 
 class AdminTest : public UsersTest {
@@ -17,6 +16,7 @@ class AdminTest : public UsersTest {
 
 TEST_F(AdminTest, CommandsOfNobodysAdministratorAreIgnored) {
   EXPECT_TRUE(AdminsTable(server.database).Add("Eve", "127.0.0.1", "A")) << "where she is not";
+  EXPECT_TRUE(AdminsTable(server.database).Add("Bob", "127.0.0.1", "A")) << "where he is not";
   for (TestClient* client : {eve.get(), bob.get()}) {
     client->SendBytes(WireBytes(9, "") + WireBytes(10, "Bob|A") + WireBytes(11, "Bob|spam") +
                       WireBytes(12, "hello") + WireBytes(13, "") + WireBytes(14, "1"));
@@ -31,27 +31,43 @@ TEST_F(AdminTest, KickSendsTheNoticeAndNamesTheLastOneExamined) {
   EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{996, "A"})) << "the reason is the network";
   EXPECT_THAT(server.status, ElementsAre("Eve Kicked: A"));
   EXPECT_EQ(server.ActiveCount(), 3U) << "a kick closes nothing";
-  ann->SendBytes(WireBytes(10, "") + WireBytes(10, "no bar"));
+  ann->SendBytes(WireBytes(10, "") + WireBytes(10, "no bar") + WireBytes(10, "Bob|B"));
   EXPECT_THAT(ann->Drain(), IsEmpty());
   EXPECT_THAT(bob->Drain(), IsEmpty());
+  ann->Send(10, "eve|b");
+  EXPECT_THAT(ann->Drain(), IsEmpty());
+  EXPECT_THAT(eve->Drain(), ElementsAre(WireMessage{996, "A"}))
+      << "the network is the second field";
 }
 
 TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
+  std::vector<std::string> stored;
+  server.listener->StatusMessage = [&](MapSocket&, const std::string& text) {
+    server.status.push_back(text);
+    stored.push_back(server.Query("SELECT count(*) FROM bans"));
+    server.SessionOf("Bob")->SendMessage(998, "after the line");
+  };
   ann->SendBytes(WireBytes(9, "") + WireBytes(11, "bob|it's spam") + WireBytes(11, "Eve|x"));
   EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{9, "1"}));
-  EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{997, "it's spam"}));
+  EXPECT_THAT(bob->Drain(),
+              ElementsAre(WireMessage{997, "it's spam"}, WireMessage{998, "after the line"}));
   EXPECT_THAT(eve->Drain(), IsEmpty());
   EXPECT_THAT(server.status, ElementsAre("Bob Banned: it's spam"));
+  EXPECT_THAT(stored, ElementsAre("1;")) << "before anybody hears of it";
   EXPECT_EQ(server.Query("SELECT id, address, \"by\", reason, banlength, network, "
                          "bandate LIKE '____-__-__ __:__:__' FROM bans"),
-            "1|127.0.0.1|Ann|it's spam|1|A|1;");
+            "1|127.0.0.2|Ann|it's spam|1|A|1;");
 
+  server.Query("UPDATE bans SET bandate='2026-02-03 21:14:09'");
+  const QDateTime date(QDate(2026, 2, 3), QTime(21, 14, 9));
   ann->Send(13, "");
-  const auto list = ann->Receive();
-  ASSERT_TRUE(list);
-  EXPECT_EQ(list->command, 13);
-  EXPECT_THAT(list->payload, testing::StartsWith("1|127.0.0.1|Ann|it's spam|"));
-  EXPECT_THAT(list->payload, EndsWith("\0"s));
+  EXPECT_THAT(
+      ann->Drain(),
+      ElementsAre(WireMessage{13, "1|127.0.0.2|Ann|it's spam|" +
+                                      (QLocale().toString(date.date(), QLocale::ShortFormat) + " " +
+                                       QLocale().toString(date.time(), QLocale::ShortFormat))
+                                          .toStdString() +
+                                      '\0'}));
   for (const char* id : {"", "x", "1x", "0x1", "2", "1 OR 1=1"})
     ann->Send(14, id);
   EXPECT_THAT(ann->Drain(), IsEmpty());
@@ -63,6 +79,21 @@ TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
   server.Query("DROP TABLE bans");
   ann->SendBytes(WireBytes(13, ""));
   EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{13, ""}));
+}
+
+TEST_F(AdminTest, BanCountsWhileTheDatabaseIsLockedAndIsStoredAfterwards) {
+  {
+    OtherProgram reader(server.folder.filePath("serverdb.rsd"));
+    reader.Run("BEGIN; SELECT * FROM bans");
+    ann->Send(11, "Bob|spam");
+    EXPECT_THAT(ann->Drain(), IsEmpty());
+    EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{997, "spam"}));
+    EXPECT_EQ(reader.Run("SELECT count(*) FROM bans"), "0;");
+    TestClient again(server.Port(), "127.0.0.2");
+    EXPECT_EQ(again.Receive()->command, 997);
+  }
+  EXPECT_TRUE(PumpUntil(
+      [this] { return server.Query("SELECT address, reason FROM bans") == "127.0.0.2|spam;"; }));
 }
 
 TEST_F(AdminTest, MessageReachesTheWholeNetworkAndNoOther) {

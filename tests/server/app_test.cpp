@@ -1,13 +1,18 @@
 #include "server/app.h"
 
+#include <chrono>
 #include <functional>
 #include <gmock/gmock.h>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <QDir>
 #include <QFile>
+#include <QHostAddress>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 
 #include "tests/support/socket_errors.h"
@@ -23,8 +28,10 @@ using testing::IsEmpty;
 class AppTest : public testing::Test {
  protected:
   std::vector<std::string> boxes;
+  std::function<void()> onMessage;
   MessageBoxFunction show = [this](const MessageBox& box) {
     boxes.push_back(box.text);
+    if (onMessage) onMessage();
     return MessageBox::Answer::OK;
   };
 
@@ -45,18 +52,18 @@ TEST_F(AppTest, EachStartUpFailureHasItsMessage) {
   ASSERT_TRUE(broken.remove() && QDir(folder.path()).mkdir(QStringLiteral("serverdb.rsd")));
   EXPECT_FALSE(App(folder.path(), show).Open());
   const std::string connecting = "An error occured while connecting to the database.";
-  EXPECT_THAT(boxes,
-              ElementsAre("Unable to locate database.  You may need to uninstall and reinstall.",
-                          "Unable to locate database at:\n" + file.toStdString() +
-                              "\n\nYou may need to uninstall and reinstall.",
-                          connecting, connecting));
+  EXPECT_THAT(
+      boxes,
+      ElementsAre("Unable to locate database.  You may need to uninstall and reinstall.",
+                  "Unable to locate database at:\n" + QDir::toNativeSeparators(file).toStdString() +
+                      "\n\nYou may need to uninstall and reinstall.",
+                  connecting, connecting));
 }
 
 class LoadTest : public AppTest {
  protected:
   // Starts a server on the folder's files and calls back with what it loaded.
   void Load(const std::function<void(MapSocket&)>& look) {
-    App app(folder.path(), show);
     ASSERT_TRUE(app.Open());
     const auto listener = std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations());
     listener->StatusMessage = [this](MapSocket&, const std::string& text) {
@@ -66,6 +73,7 @@ class LoadTest : public AppTest {
     app.LoadServerSocket(*listener, [&](const NetworkRef&) {
       ++added;
       EXPECT_TRUE(listener->IsListening()) << "clients may come while networks are loaded";
+      if (networkAdded) networkAdded(*listener);
     });
     look(*listener);
   }
@@ -77,9 +85,74 @@ class LoadTest : public AppTest {
     settings.SetValue("AttachedPort", port);
   }
 
+  App app{folder.path(), show};
+  std::function<void(MapSocket&)> networkAdded;
   std::vector<std::string> status;
   int added = 0;
 };
+
+TEST_F(LoadTest, UnsetInterfaceAndPortAreTheFirstAnd12000) {
+  MakeDatabase(file);
+  const std::vector<NetworkInterface> interfaces = NetworkInterfaces();
+  Load([&](MapSocket& listener) {
+    EXPECT_EQ(listener.Port(), 12000) << "also where somebody else has it";
+    EXPECT_EQ(app.Settings().GetValue("AttachedPort", "none"), "12000");
+    const std::string mac = app.Settings().GetValue("AttachedNIC", "none");
+    if (interfaces.empty()) return;
+    EXPECT_EQ(mac, interfaces.front().MACAddress);
+    EXPECT_EQ(listener.NetworkInterface->IPAddress, interfaces.front().IPAddress);
+  });
+}
+
+TEST_F(LoadTest, ClientsAreServedWhileManyNetworksAreLoaded) {
+  MakeDatabase(file);
+  OtherProgram(file).Run(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<200)"
+      "INSERT INTO networks SELECT 'n' || i, '', 1, 1 FROM n");
+  Settings("none", "0");
+  QTcpSocket client;
+  std::size_t connectedAt = 0;
+  networkAdded = [&](MapSocket& listener) {
+    if (added == 1) {
+      client.connectToHost(QHostAddress(QHostAddress::LocalHost),
+                           static_cast<quint16>(listener.Port()));
+      EXPECT_TRUE(client.waitForConnected());
+    }
+    if (added == 65) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    if (connectedAt == 0 && !listener.ActiveConnections()->empty()) {
+      connectedAt = listener.Networks.size();
+    }
+  };
+  Load([](MapSocket&) {});
+  EXPECT_EQ(added, 200);
+  EXPECT_NE(connectedAt, 0U);
+}
+
+TEST_F(LoadTest, LastResortEndsAllConnectionsBeforeAnybodyReadsItsMessage) {
+  MakeDatabase(file);
+  OtherProgram(file).Run("INSERT INTO networks VALUES('Demo', 'secret', 5, 1)");
+  Settings("none", "0");
+  Load([this](MapSocket& listener) {
+    TestClient client(listener.Port());
+    EXPECT_TRUE(client.LogIn("demo", "secret", "Ann"));
+    const std::int32_t port = listener.Port();
+    onMessage = [&] {
+      // As long as the operator does not click.
+      EXPECT_EQ(client.Receive(), (WireMessage{998, "before the end"}));
+      EXPECT_TRUE(client.WasClosedByServer());
+      EXPECT_TRUE(TestClient(port).IsClosed());
+    };
+    for (int i = 0; i < 2; ++i) {
+      try {
+        listener.BroadcastMessage("before the end", "Demo");
+        throw std::runtime_error("nobody catches it");
+      } catch (const std::runtime_error&) {
+        app.LastResort();
+      }
+    }
+  });
+  EXPECT_EQ(boxes.size(), 1U);
+}
 
 TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
   MakeDatabase(file);

@@ -222,6 +222,10 @@ TEST_F(UsersTest, NothingCountsBeforeTheLogIn) {
 TEST_F(ClientSocketTest, LeavesOnceHoweverItsConnectionEnds) {
   const auto bob = LoggedIn("Bob");
   const auto eve = LoggedIn("Eve", "B");
+  server.listener->UserLoggedOut = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
+    server.status.push_back("out " + client->Username());
+    server.SessionOf("Bob")->SendMessage(998, "out");
+  };
   const struct {
     std::string name;
     std::function<void(TestClient&)> end;
@@ -242,40 +246,83 @@ TEST_F(ClientSocketTest, LeavesOnceHoweverItsConnectionEnds) {
     const auto ann = LoggedIn("Ann");
     EXPECT_EQ(a->CurrentUsers, 2);
     server.status.clear();
-    server.events.clear();
     way.end(*ann);
     EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 2; })) << way.name;
     EXPECT_EQ(a->CurrentUsers, 1) << way.name;
-    EXPECT_THAT(server.events, ElementsAre("out Ann")) << way.name;
-    EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{6, "Ann"})) << way.name;
+    EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{998, "out"}, WireMessage{6, "Ann"}))
+        << way.name;
     EXPECT_THAT(eve->Drain(), IsEmpty()) << way.name;
     if (way.hasErrorLine) {
       EXPECT_THAT(server.status,
-                  ElementsAre("Client Disconnect: (" + std::to_string(kConnectionReset) + ") Ann"))
+                  ElementsAre("Client Disconnect: (" + std::to_string(kConnectionReset) + ") Ann",
+                              "out Ann"))
           << way.name;
     } else {
-      EXPECT_THAT(server.status, IsEmpty()) << way.name;
+      EXPECT_THAT(server.status, ElementsAre("out Ann")) << way.name;
       EXPECT_THAT(ann->Drain(), IsEmpty()) << way.name;
     }
   }
 }
 
-TEST_F(ClientSocketTest, NothingOfALeavingSessionIsHandledWhileItsNetworkIsTold) {
-  a->MaxUsers = 100;
-  std::vector<std::unique_ptr<TestClient>> clients(70);
-  for (std::size_t i = 0; i < clients.size(); ++i)
-    clients[i] = LoggedIn("u" + std::to_string(i));
+TEST_F(ClientSocketTest, HasItsRowBeforeItIsToldSo) {
+  server.listener->UserLoggedIn = [](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
+    client->SendMessage(998, client->Username());
+  };
+  const auto ann = Greeted();
+  EXPECT_EQ(Ask(*ann, 1, "A"), "OK");
+  EXPECT_EQ(Ask(*ann, 2, PasswordDigest("secret")), "OK");
+  ann->Send(3, "Ann");
+  EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{998, "Ann"}, WireMessage{4, "OK"}));
+}
+
+// Seventy members of A, u0 to u69, in the order in which they connected.
+class CrowdTest : public SessionTest {
+ protected:
+  CrowdTest() {
+    a->MaxUsers = 100;
+    for (int i = 0; i < 70; ++i)
+      clients.push_back(LoggedIn("u" + std::to_string(i)));
+    server.events.clear();
+    server.status.clear();
+  }
+
+  // As if this handler had run for a while: the next walk over connections gives way.
+  void GrowOld() {
+    for (int i = 0; i < 64; ++i)
+      server.loop.GiveWay();
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+
+  std::vector<std::unique_ptr<TestClient>> clients;
+};
+
+TEST_F(CrowdTest, NothingOfALeavingSessionIsHandledWhileItsNetworkIsTold) {
   clients[0]->SendBytes(WireBytes(4, "1") + WireBytes(1, "B"));
-  server.events.clear();
-  server.status.clear();
-  // As if this handler had run for a while: the walk over the network gives way.
-  for (int i = 0; i < 64; ++i)
-    server.loop.GiveWay();
-  std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  GrowOld();
   server.SessionOf("u0")->Close();
   EXPECT_THAT(server.events, ElementsAre("out u0"));
   EXPECT_THAT(server.status, IsEmpty());
   EXPECT_THAT(clients[1]->Drain(), ElementsAre(WireMessage{6, "u0"}));
+}
+
+TEST_F(CrowdTest, LongWalksLetTheOthersBeServed) {
+  MapSocket& listener = *server.listener;
+  const std::pair<const char*, std::function<void()>> walks[] = {
+      {"message", [&] { listener.BroadcastMessage("text", "A"); }},
+      {"kick", [&] { listener.KickUser("u1", "A", "reason"); }},
+      {"ban", [&] { listener.BanUser(*server.SessionOf("u0"), "nobody", "reason"); }},
+      {"member list", [&] { Receive(*server.SessionOf("u0"), 5, ""); }},
+      {"bye", [&] { listener.DisconnectAllClientsOnNetwork(a); }},
+  };
+  std::size_t waiting = clients.size();
+  for (const auto& [name, walk] : walks) {
+    const std::string user = "u" + std::to_string(--waiting);
+    GrowOld();
+    clients[waiting]->Send(4, "7");
+    EXPECT_EQ(server.SessionOf(user)->X, 0) << name;
+    walk();
+    EXPECT_EQ(server.SessionOf(user)->X, 7) << name;
+  }
 }
 
 TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {

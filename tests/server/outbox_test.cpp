@@ -74,6 +74,25 @@ TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
   EXPECT_TRUE(cat->HearsNothing());
 }
 
+TEST_F(OutboxTest, WhoeverTakesANameOrLeavesChangesNothingOfWhatWasReportedBefore) {
+  const auto nameless = LoggedIn("");
+  const auto bob = Greeted();
+  EXPECT_EQ(Ask(*bob, 1, "A"), "OK");
+  EXPECT_EQ(Ask(*bob, 2, PasswordDigest("secret")), "OK");
+  const auto ann = LoggedIn("Ann");
+  // All in one pass, as the pool of connections has them: nameless, Bob, Ann.
+  Report(*server.Active(0), 1);
+  Report("Ann", 2);
+  Receive(*server.Active(1), 3, "Bob");
+  Report(*server.Active(0), 3);
+  server.SessionOf("Ann")->Close();
+  EXPECT_THAT(bob->Drain(), ElementsAre(Position("Ann", 2), WireMessage{4, "OK"}, Position("", 3),
+                                        WireMessage{6, "Ann"}));
+  EXPECT_EQ(ann->Receive(), Position("", 1));
+  EXPECT_EQ(ann->Receive(), Position("", 3));
+  EXPECT_EQ(ann->Receive(), std::nullopt);
+}
+
 TEST_F(OutboxTest, TwoOfOneNameNeverSeeEachOther) {
   // The empty name is everybody's who has not logged in.
   const auto nameless = LoggedIn("");

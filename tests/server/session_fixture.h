@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "tests/support/test_server.h"
 
@@ -17,8 +18,9 @@ class SessionTest : public testing::Test {
     EXPECT_EQ(client->Receive(), (WireMessage{1, "Network"}));
     return client;
   }
-  std::unique_ptr<TestClient> LoggedIn(const std::string& user, const std::string& network = "A") {
-    auto client = std::make_unique<TestClient>(server.Port());
+  std::unique_ptr<TestClient> LoggedIn(const std::string& user, const std::string& network = "A",
+                                       const char* from = "127.0.0.1") {
+    auto client = std::make_unique<TestClient>(server.Port(), from);
     EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
     return client;
   }
@@ -30,18 +32,26 @@ class SessionTest : public testing::Test {
     return answer && answer->command == step + 1 ? answer->payload : "no answer";
   }
 
+  // Has the session handle a message inside what is going on.
+  static void Receive(ClientSocket& session, std::int32_t command, std::string_view payload) {
+    struct Opened : ClientSocket {
+      using ClientSocket::ReceivedMessage;
+    };
+    (session.*&Opened::ReceivedMessage)(command, payload);
+  }
+
   TestServer server;
   NetworkRef a = server.AddNetwork("A");
   NetworkRef b = server.AddNetwork("B");
 };
 
-// Ann and Bob are logged in to A, Eve to B.
+// Ann and Bob are logged in to A, Eve to B; Bob has an address of his own.
 class UsersTest : public SessionTest {
  protected:
   UsersTest() { server.status.clear(); }
 
   std::unique_ptr<TestClient> ann = LoggedIn("Ann");
-  std::unique_ptr<TestClient> bob = LoggedIn("Bob");
+  std::unique_ptr<TestClient> bob = LoggedIn("Bob", "A", "127.0.0.2");
   std::unique_ptr<TestClient> eve = LoggedIn("Eve", "B");
 };
 

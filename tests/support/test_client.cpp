@@ -52,7 +52,8 @@ std::string PasswordDigest(std::string_view password) {
   return QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toStdString();
 }
 
-TestClient::TestClient(std::int32_t port) {
+TestClient::TestClient(std::int32_t port, const char* from) {
+  mySocket.bind(QHostAddress(QString::fromLatin1(from)));
   mySocket.connectToHost(QHostAddress(QHostAddress::LocalHost), static_cast<quint16>(port));
   PumpUntil([this] { return mySocket.state() != QAbstractSocket::ConnectingState; });
 }

@@ -37,8 +37,8 @@ std::string PasswordDigest(std::string_view password);
 // A client of the server, on the framework's own sockets. Runs Qt's loop while it waits.
 class TestClient {
  public:
-  // Connects to the port on the loopback address.
-  explicit TestClient(std::int32_t port);
+  // Connects to the port on the loopback address, from that or another one that begins with 127.
+  explicit TestClient(std::int32_t port, const char* from = "127.0.0.1");
 
   void SendBytes(std::string_view bytes);
   void Send(std::int32_t command, std::string_view payload) {
