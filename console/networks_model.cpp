@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include "console/visible_text.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 

@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "console/visible_text.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 namespace {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "console/visible_text.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 

@@ -2,7 +2,7 @@
 
 #include <QVBoxLayout>
 
-#include "console/visible_text.h"
+#include "framework/visible_text.h"
 #include "server/client_socket.h"
 
 namespace corvane {

@@ -2,7 +2,7 @@
 
 #include <tuple>
 
-#include "console/visible_text.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 namespace {

@@ -1,9 +1,8 @@
 #include "console/wnd_view_bans.h"
 
 #include <tuple>
-
-#include "console/visible_text.h"
 #include "framework/dates.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <cstdio>
 
-#include "framework/standard_output.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 

@@ -7,10 +7,6 @@
 
 namespace corvane {
 
-// The text with control characters, also line ends, written as \n, \t or \xHH, so that bytes from
-// a client cannot forge a line or drive a terminal.
-std::string Escaped(std::string_view text);
-
 // Standard output as a log, a line at a time. Lines leave together, a moment later, so that a burst
 // of them costs one write. A reader that is gone or does not keep up never blocks the program: what
 // does not fit is kept back, up to 1 MiB, and lines past that are dropped and counted in a line of
@@ -23,7 +19,7 @@ class StandardOutput {
   StandardOutput(const StandardOutput&) = delete;
   StandardOutput& operator=(const StandardOutput&) = delete;
 
-  // Writes the line, escaped, with a line end.
+  // Writes the line, with what cannot be seen written out, and a line end.
   void WriteLine(std::string_view line);
 
  private:

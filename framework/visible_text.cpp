@@ -1,0 +1,119 @@
+#include "framework/visible_text.h"
+
+#include <algorithm>
+#include <limits>
+
+#include <QList>
+
+#include "framework/text.h"
+
+namespace corvane {
+namespace {
+
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+// Characters that draw nothing though they count as letters, marks or symbols, among them those
+// that Unicode sets aside for more of their kind.
+constexpr Range kBlankLetters[] = {
+    {0x034F, 0x034F}, {0x115F, 0x1160}, {0x17B4, 0x17B5},   {0x180B, 0x180F},  {0x2060, 0x206F},
+    {0x2800, 0x2800}, {0x3164, 0x3164}, {0xFE00, 0xFE0F},   {0xFFA0, 0xFFA0},  {0xFFF0, 0xFFF8},
+    {0xFFFE, 0xFFFF}, {0xFDD0, 0xFDEF}, {0x1D159, 0x1D159}, {0xE0000, 0xE0FFF}};
+
+constexpr char kDelete = 0x7F;
+
+bool IsPlain(char byte) {
+  return byte >= ' ' && byte < kDelete && byte != '\\';
+}
+
+bool IsPlain(std::string_view text) {
+  return std::ranges::all_of(text, [](char byte) { return IsPlain(byte); });
+}
+
+bool IsInvisible(char32_t character) {
+  switch (QChar::category(character)) {
+    case QChar::Other_Control:
+    case QChar::Other_Format:
+    case QChar::Separator_Line:
+    case QChar::Separator_Paragraph:
+      return true;
+    case QChar::Separator_Space:
+      return character != U' ';
+    default:
+      return std::ranges::any_of(kBlankLetters, [character](const Range& range) {
+        return character >= range.first && character <= range.last;
+      });
+  }
+}
+
+QString Hexadecimal(char32_t code, const char* lead, int digits) {
+  return QLatin1String(lead) +
+         QStringLiteral("%1").arg(static_cast<uint>(code), digits, 16, QLatin1Char('0'));
+}
+
+QString WrittenOut(char32_t character) {
+  switch (character) {
+    case U'\n':
+      return QStringLiteral("\\n");
+    case U'\r':
+      return QStringLiteral("\\r");
+    case U'\t':
+      return QStringLiteral("\\t");
+    case U'\\':
+      return QStringLiteral("\\\\");
+    default:
+      break;
+  }
+  if (character < 0x100) return Hexadecimal(character, "\\x", 2);
+  return character < 0x10000 ? Hexadecimal(character, "\\u", 4) : Hexadecimal(character, "\\U", 8);
+}
+
+// Ends as soon as the result is longer than `limit`.
+QString WrittenOut(const QString& text, qsizetype limit) {
+  QString result;
+  for (const char32_t character : text.toUcs4()) {
+    if (character == U'\\' || IsInvisible(character)) {
+      result += WrittenOut(character);
+    } else {
+      result += QChar::fromUcs4(character);
+    }
+    if (result.size() > limit) break;
+  }
+  return result;
+}
+
+// At most `maxBytes` of the text, not ending inside a UTF-8 sequence.
+std::string_view Start(std::string_view text, std::size_t maxBytes) {
+  if (text.size() <= maxBytes) return text;
+  std::size_t end = maxBytes;
+  for (int step = 0; step < 3 && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80;
+       ++step) {
+    --end;
+  }
+  return text.substr(0, end);
+}
+
+}  // namespace
+
+std::string Escaped(std::string_view text) {
+  if (IsPlain(text)) return std::string(text);
+  const QString shown = DisplayText(text);
+  return TextFromDisplay(WrittenOut(shown, std::numeric_limits<qsizetype>::max()));
+}
+
+QString VisibleText(std::string_view text, std::size_t maxLength) {
+  if (text.size() <= maxLength && IsPlain(text)) {
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+  }
+  // A character takes at most four bytes, so this much is always enough.
+  const auto limit = static_cast<qsizetype>(maxLength);
+  QString result = WrittenOut(DisplayText(Start(text, (maxLength + 1) * 4)), limit);
+  if (result.size() <= limit) return result;
+  result.truncate(limit);
+  if (result.back().isHighSurrogate()) result.chop(1);
+  return result + QChar(0x2026);
+}
+
+}  // namespace corvane

@@ -1,0 +1,49 @@
+#include "framework/visible_text.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+using namespace corvane;
+using namespace std::string_literals;
+
+// On standard output as in the windows.
+TEST(VisibleText, WritesOutWhatCannotBeSeenOrTurnsTheLine) {
+  const struct {
+    std::string text;
+    const char* shown;
+  } cases[] = {
+      {"Andr\xE9 <b>&", "André <b>&"},
+      {"a\r\n\tb", "a\\r\\n\\tb"},
+      {"a\\nb", "a\\\\nb"},
+      {"\x1B[2J\x7F\0"s, "\\x1b[2J\\x7f\\x00"},
+      {"\xC2\x9B[2J", "\\x9b[2J"},
+      {"\xE9\x9B[2J", "é\\x9b[2J"},
+      {"\xE2\x80\xA8|\xE2\x80\xA9", "\\u2028|\\u2029"},
+      {"gpj.\u202E|\u2066|\u200F|\u061C", "gpj.\\u202e|\\u2066|\\u200f|\\u061c"},
+      {"\uFEFFAnn\u200B\u00AD\u2060", "\\ufeffAnn\\u200b\\xad\\u2060"},
+      {"\u00A0\u3000\u3164\uFE0F", "\\xa0\\u3000\\u3164\\ufe0f"},
+      {"\U000E0041😀", "\\U000e0041😀"},
+  };
+  for (const auto& row : cases) {
+    EXPECT_EQ(Escaped(row.text), row.shown);
+    EXPECT_EQ(VisibleText(row.text).toStdString(), row.shown);
+  }
+}
+
+TEST(VisibleText, IsCutOnACharacter) {
+  std::string faces = "a";
+  for (int i = 0; i < 20; ++i)
+    faces += "😀";
+  const struct {
+    std::string text;
+    const char* shown;
+  } cases[] = {
+      {std::string(14, 'a'), "aaaaaaaaaaaaaa"},
+      {std::string(15, 'a'), "aaaaaaaaaaaaaa…"},
+      {faces, "a😀😀😀😀😀😀…"},
+      {std::string(2000, '\n'), "\\n\\n\\n\\n\\n\\n\\n…"},
+  };
+  for (const auto& row : cases)
+    EXPECT_EQ(VisibleText(row.text, 14).toStdString(), row.shown);
+}
