@@ -31,14 +31,11 @@ std::string Element(const std::string& name, std::string_view text) {
 }
 
 std::string Application(const std::string& name, const CatalogueEntry& entry) {
-  const auto number = [](const char* element, int value) {
-    return Element(element, std::to_string(value));
-  };
   return "<a>" + Element("Changes", entry.changes) + Element(kDownload, entry.download) +
-         number("CurrentBuildVersion", entry.version.build) +
-         number("CurrentBugVersion", entry.version.bug) +
-         number("CurrentMinorVersion", entry.version.minor) +
-         number("CurrentMajorVersion", entry.version.major) + Element("AppName", name) + "</a>";
+         Element("CurrentBuildVersion", entry.buildVersion) +
+         Element("CurrentBugVersion", entry.bugVersion) +
+         Element("CurrentMinorVersion", entry.minorVersion) +
+         Element("CurrentMajorVersion", entry.majorVersion) + Element("AppName", name) + "</a>";
 }
 
 }  // namespace

@@ -33,11 +33,10 @@ bool RunElevated(const QString& file) {
 
 }  // namespace
 
-bool LaunchInstaller(const QString& file) {
-  if (file.endsWith(QLatin1String("zip"), Qt::CaseInsensitive)) {
-    return QDesktopServices::openUrl(QUrl::fromLocalFile(file));
-  }
-  return RunElevated(file);
+void LaunchInstaller(const QString& file, QObject& /*asker*/,
+                     std::function<void(bool started)> done) {
+  const bool isArchive = file.endsWith(QLatin1String("zip"), Qt::CaseInsensitive);
+  done(isArchive ? QDesktopServices::openUrl(QUrl::fromLocalFile(file)) : RunElevated(file));
 }
 
 }  // namespace corvane

@@ -6,6 +6,7 @@
 #include "framework/numbers.h"
 #include "framework/text.h"
 #include "framework/xml_document.h"
+#include "framework/xml_encoding.h"
 
 namespace corvane {
 namespace {
@@ -36,7 +37,8 @@ std::optional<std::size_t> TagLength(std::string_view text) {
 }
 
 // Whether the parser is done with a document of this kind in no time. Its time grows with the
-// square of the attributes in a tag and of what a DOCTYPE may declare.
+// square of the attributes in a tag and of what a DOCTYPE declares between brackets; one without
+// them names a document type and does nothing.
 bool IsQuicklyParsed(std::string_view document) {
   for (std::size_t at = document.find('<'); at < document.size(); at = document.find('<', at)) {
     const std::string_view rest = document.substr(at);
@@ -48,7 +50,11 @@ bool IsQuicklyParsed(std::string_view document) {
       at = Behind(document, "?>", at + 2);
     } else {
       const auto length = TagLength(rest);
-      if (!length || rest.starts_with("<!")) return false;
+      if (!length) return false;
+      const std::string_view tag = rest.substr(0, *length);
+      const bool namesTheType =
+          tag.starts_with("<!DOCTYPE") && tag.find('[') == std::string_view::npos;
+      if (tag.starts_with("<!") && !namesTheType) return false;
       at += *length;
     }
   }
@@ -72,20 +78,35 @@ std::string_view ChildText(const xmlNode& element, const char* name) {
 
 std::optional<CatalogueEntry> FindInCatalogue(std::string_view document, std::string_view appName,
                                               const char* downloadElement) {
-  if (document.size() > kMaxDocumentBytes || !IsQuicklyParsed(document)) return std::nullopt;
+  if (document.size() > kMaxDocumentBytes) return std::nullopt;
+  const std::optional<std::string> read = XMLInUTF8(document);
+  if (!read || !IsQuicklyParsed(*read)) return std::nullopt;
   // In another encoding a tag could be there that was not seen.
-  const XMLDocument parsed = ParseXML(document, "UTF-8");
+  const XMLDocument parsed = ParseXML(*read, "UTF-8");
   const xmlNode* const root = xmlDocGetRootElement(parsed.get());
   if (root == nullptr) return std::nullopt;
   for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
     if (node->type != XML_ELEMENT_NODE || !SameText(ChildText(*node, "AppName"), appName)) continue;
-    const auto number = [&](const char* name) { return Int32FromText(ChildText(*node, name)); };
-    return CatalogueEntry{{number("CurrentMajorVersion"), number("CurrentMinorVersion"),
-                           number("CurrentBugVersion"), number("CurrentBuildVersion")},
-                          std::string(Trimmed(ChildText(*node, downloadElement))),
-                          std::string(ChildText(*node, "Changes"))};
+    const auto value = [node](const char* name) {
+      return std::string(Trimmed(ChildText(*node, name)));
+    };
+    const auto number = [&value](const char* name) {
+      const std::string text = value(name);
+      return text.empty() ? "0" : text;
+    };
+    return CatalogueEntry{number("CurrentMajorVersion"), number("CurrentMinorVersion"),
+                          number("CurrentBugVersion"),   number("CurrentBuildVersion"),
+                          value(downloadElement),        std::string(ChildText(*node, "Changes"))};
   }
   return std::nullopt;
+}
+
+std::int32_t CatalogueEntry::Build() const {
+  return Int32FromText(buildVersion);
+}
+
+std::string CatalogueEntry::FullVersion() const {
+  return majorVersion + "." + minorVersion + "." + bugVersion + "." + buildVersion;
 }
 
 }  // namespace corvane

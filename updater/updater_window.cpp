@@ -10,6 +10,7 @@
 #include <QVBoxLayout>
 
 #include "framework/text.h"
+#include "framework/visible_text.h"
 #include "updater/version.h"
 
 namespace corvane {
@@ -20,7 +21,8 @@ constexpr int kLeastColumns = 75;
 constexpr int kLeastLines = 5;
 constexpr int kIconSize = 48;
 constexpr int kWholeBar = 1000;
-constexpr qsizetype kLongestChanges = 100'000;  // characters
+constexpr std::size_t kLongestVersion = 100;  // characters
+constexpr qsizetype kLongestChanges = 100'000;
 constexpr qsizetype kLongestLine = 2'000;
 constexpr qsizetype kMostLines = 5'000;
 // A slow line may take its time as long as something comes.
@@ -102,11 +104,9 @@ bool IsFileName(const QString& name) {
 
 }  // namespace
 
-UpdaterWindow::UpdaterWindow(const Update& update, HttpClient& http,
-                             std::function<bool(const QString& file)> launchInstaller,
-                             std::function<void()> quit, QWidget* owner)
-    : QDialog(owner),
-      mDownloadURL(DisplayText(update.downloadURL)),
+UpdaterWindow::UpdaterWindow(const Update& update, HttpClient& http, Launch launchInstaller,
+                             std::function<void()> quit)
+    : mDownloadURL(DisplayText(update.downloadURL)),
       mDownloadLocation(update.downloadLocation),
       mUseActualFilename(update.useActualFilename),
       myHttp(http),
@@ -123,7 +123,7 @@ UpdaterWindow::UpdaterWindow(const Update& update, HttpClient& http,
   StaticText2 = new QLabel(QString::fromLatin1(kYourVersion), this);
   CurrentVersionText = NewLabel(FullVersion(), this);
   StaticText3 = new QLabel(QString::fromLatin1(kNewVersion), this);
-  NewVersionText = NewLabel(DisplayText(update.newVersion), this);
+  NewVersionText = NewLabel(VisibleText(update.newVersion, kLongestVersion), this);
   ChangesArea = new QPlainTextEdit(this);
   UpdateLabel = NewLabel(WithAppName(kQuitUpdate, update.appName), this);
   UpdateAgainLabel = NewLabel(WithAppName(kUpdateAgain, update.appName), this);
@@ -244,7 +244,11 @@ void UpdaterWindow::DownloadSocket_DownloadComplete(bool succeeded, const QStrin
   if (!succeeded) return ShowDownloadError();
   DownloadProgress->setRange(0, kWholeBar);
   DownloadProgress->setValue(kWholeBar);
-  if (LaunchInstaller(file)) return myQuit();
+  LaunchInstaller(file, *this, [this, file](bool started) { InstallerLaunched(started, file); });
+}
+
+void UpdaterWindow::InstallerLaunched(bool started, const QString& file) const {
+  if (started) return myQuit();
   // Quitting now would leave the operator with neither a server nor an installer.
   const QString path = QDir::toNativeSeparators(file);
   DownloadLabel->setText(QStringLiteral("The installer could not be started. It is here:\n") +

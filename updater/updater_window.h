@@ -18,8 +18,9 @@
 namespace corvane {
 
 // The window that tells the operator of a newer release, downloads its installer when he asks for
-// it, starts it and ends the program. Not modal; destroys itself when it closes, which cancels the
-// download and leaves no file behind. The download is tried once. Borrows the HTTP client.
+// it, starts it and ends the program. A window of its own, which no dialog of another blocks;
+// destroys itself when it closes, which cancels the download and leaves no file behind. The
+// download is tried once. Borrows the HTTP client.
 class UpdaterWindow : public QDialog {
  public:
   // "%AppName%" in these stands for the application's name.
@@ -33,11 +34,14 @@ class UpdaterWindow : public QDialog {
       "Updates.";
   static constexpr const char* kDownloadError = "Error locating download file.";
 
-  // `launchInstaller` starts the downloaded file and says whether it could; `quit` ends the
+  // As the function LaunchInstaller.
+  using Launch =
+      std::function<void(const QString& file, QObject& asker, std::function<void(bool)> done)>;
+
+  // `launchInstaller` starts the downloaded file and tells whether it could; `quit` ends the
   // program then. With an installer that could not be started the program stays.
-  UpdaterWindow(const Update& update, HttpClient& http,
-                std::function<bool(const QString& file)> launchInstaller,
-                std::function<void()> quit, QWidget* owner);
+  UpdaterWindow(const Update& update, HttpClient& http, Launch launchInstaller,
+                std::function<void()> quit);
 
   // The running version.
   static QString FullVersion();
@@ -71,13 +75,14 @@ class UpdaterWindow : public QDialog {
   void OKCancelControl1_CancelAction();
   void DownloadSocket_ReceiveProgress(std::int64_t received, std::int64_t total) const;
   void DownloadSocket_DownloadComplete(bool succeeded, const QString& file);
+  void InstallerLaunched(bool started, const QString& file) const;
   void ShowDownloadError() const;
 
   const QString mDownloadURL;
   const QString mDownloadLocation;
   const bool mUseActualFilename;
   HttpClient& myHttp;
-  const std::function<bool(const QString& file)> LaunchInstaller;
+  const Launch LaunchInstaller;
   const std::function<void()> myQuit;
 };
 

@@ -44,10 +44,10 @@ void VersionChecker::Decide(const HttpReply& reply, bool quiet) {
       FindInCatalogue({reply.body.constData(), static_cast<std::size_t>(reply.body.size())},
                       mAppName, DownloadElement());
   // Copies, since either callee may destroy this object.
-  if (entry && RunningVersion().build < entry->version.build) {
+  if (entry && RunningVersion().build < entry->Build()) {
     const auto updateFound = UpdateFound;
     if (updateFound) {
-      updateFound({mAppName, entry->version.FullVersion(), entry->changes, entry->download,
+      updateFound({mAppName, entry->FullVersion(), entry->changes, entry->download,
                    DownloadLocation, UseActualFilename});
     }
   } else if (!quiet) {

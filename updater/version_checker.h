@@ -14,7 +14,7 @@ namespace corvane {
 // A newer release, and where its installer is to go.
 struct Update {
   std::string appName;
-  std::string newVersion;  // as Version::FullVersion
+  std::string newVersion;  // as the catalogue has it
   std::string changes;
   std::string downloadURL;  // empty: there is no installer for this system
   QString downloadLocation;

@@ -13,6 +13,14 @@ std::string Catalogue(const std::string& values, const std::string& others = {})
   return "<r>" + others + "<App><AppName>tEST</AppName>" + values + "</App></r>";
 }
 
+// ASCII as UTF-16, the high byte first or last.
+std::string AsUTF16(const std::string& text, bool highFirst) {
+  std::string result;
+  for (const char byte : text)
+    result += highFirst ? std::string{'\0', byte} : std::string{byte, '\0'};
+  return result;
+}
+
 std::string Nested(std::size_t depth) {
   std::string text;
   for (std::size_t level = 0; level < depth; ++level)
@@ -40,13 +48,18 @@ TEST(UpdateCatalogue, FindsTheFirstEntryOfTheNameOrNone) {
        "1.2.3.7|http://h/x?a=1&b=2| <b>\n"},
       {Catalogue("<CurrentMajorVersion>99999999999</CurrentMajorVersion><CurrentMinorVersion>x"
                  "</CurrentMinorVersion><CurrentBuildVersion> -7.9 b</CurrentBuildVersion>"),
-       "2147483647.0.0.-7||"},
+       "99999999999.x.0.-7.9 b||"},
+      {Catalogue("<CurrentMajorVersion> 1 </CurrentMajorVersion><CurrentMinorVersion>07"
+                 "</CurrentMinorVersion><CurrentBuildVersion>3b2</CurrentBuildVersion>"),
+       "1.07.0.3b2||"},
       {Catalogue(build + "<CurrentBuildVersion>8</CurrentBuildVersion></App><App><AppName>Test"
                          "</AppName><Get>second</Get>"),
        "0.0.0.7||"},
       {Catalogue("<Changes>a<![CDATA[<b>&]]>c</Changes>"), "0.0.0.0||a<b>&c"},
       {Catalogue("<Changes><!-- x -->a</Changes><Get/>"), "0.0.0.0||"},
-      {"<!DOCTYPE r>" + Catalogue(build), "none"},
+      {"<!DOCTYPE r SYSTEM 'http://h/r.dtd'>" + Catalogue(build), "0.0.0.7||"},
+      {"<!DOCTYPE r [<!ENTITY a 'b'>]>" + Catalogue(build), "none"},
+      {"<r><!ELEMENT a ANY></r>", "none"},
       {"<?xml version='1.0'?><!-- <!DOCTYPE " + filler.substr(0, 5000) + "-->" + Catalogue(build),
        "0.0.0.7||"},
       {Catalogue("<Changes><![CDATA[<!" + std::string(5000, 'x') + "]]></Changes>"),
@@ -55,6 +68,17 @@ TEST(UpdateCatalogue, FindsTheFirstEntryOfTheNameOrNone) {
       {Catalogue("<a b='>' " + filler.substr(0, 5000) + "/>"), "none"},
       {"<?x > <!-- ?>" + Catalogue("<a " + filler.substr(0, 5000) + "/>"), "none"},
       {Catalogue("<Changes>\xE9</Changes>"), "none"},
+      {"\xEF\xBB\xBF" + Catalogue("<Changes>é</Changes>"), "0.0.0.0||é"},
+      {"<?xml version='1.0' encoding='iso-8859-1'?>" + Catalogue("<Changes>\xE9</Changes>"),
+       "0.0.0.0||é"},
+      {"<?xml version=\"1.0\" encoding = \"windows-1252\" ?>" +
+           Catalogue("<Changes>\x80\x9F\xE9</Changes>"),
+       "0.0.0.0||€Ÿé"},
+      {"\xFF\xFE" + AsUTF16("<?xml version='1.0' encoding='UTF-16'?>" + Catalogue(build), false),
+       "0.0.0.7||"},
+      {"\xFE\xFF" + AsUTF16(Catalogue(build), true), "0.0.0.7||"},
+      {"\xFE\xFF" + AsUTF16(Catalogue(build), true) + " ", "none"},
+      {"\xFE\xFF" + AsUTF16("<!DOCTYPE r [<!ENTITY a 'b'>]>" + Catalogue(build), true), "none"},
       {"<?xml version='1.0' encoding='UTF-7'?>" + Catalogue("<Changes>+ADw-</Changes>"),
        "0.0.0.0||+ADw-"},
       {Catalogue(Nested(100)), "0.0.0.0||"},
@@ -65,8 +89,7 @@ TEST(UpdateCatalogue, FindsTheFirstEntryOfTheNameOrNone) {
   };
   for (const auto& row : cases) {
     const auto entry = FindInCatalogue(row.document, "Test", "Get");
-    EXPECT_EQ(entry ? entry->version.FullVersion() + "|" + entry->download + "|" + entry->changes
-                    : "none",
+    EXPECT_EQ(entry ? entry->FullVersion() + "|" + entry->download + "|" + entry->changes : "none",
               row.entry)
         << row.document.substr(0, 500);
   }

@@ -31,14 +31,14 @@ class UpdaterWindowTest : public testing::Test {
     update.downloadURL = path.empty() ? "" : server.Address(path);
     window = new UpdaterWindow(
         update, client,
-        [this](const QString& file) {
+        [this](const QString& file, QObject& /*asker*/, const std::function<void(bool)>& done) {
           QFile installer(file);
           EXPECT_TRUE(installer.open(QIODevice::ReadOnly));
           events.push_back("launch " + folder.relativeFilePath(file).toStdString() + " " +
                            installer.readAll().toStdString());
-          return canLaunch;
+          done(canLaunch);
         },
-        [this] { events.emplace_back("quit"); }, nullptr);
+        [this] { events.emplace_back("quit"); });
     window->show();
     EXPECT_TRUE(QTest::qWaitForWindowActive(window));
   }
