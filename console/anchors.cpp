@@ -24,7 +24,8 @@ Anchors::Anchors(QSize designSize, QWidget* parent) : QWidget(parent), myDesignS
 }
 
 void Anchors::Add(QWidget* control, QRect position, Edges edges) {
-  control->setParent(this);
+  std::erase_if(myControls, [control](const Anchored& old) { return old.control == control; });
+  if (control->parentWidget() != this) control->setParent(this);
   myControls.push_back({control, position, edges});
   Place(myControls.back());
 }

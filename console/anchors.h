@@ -18,6 +18,7 @@ class Anchors : public QWidget {
   // `designSize` is the size of the pane for which the controls' positions are given.
   Anchors(QSize designSize, QWidget* parent);
 
+  // Adds the control, or gives it another place.
   void Add(QWidget* control, QRect position, Edges edges);
 
   QSize sizeHint() const override { return myDesignSize; }

@@ -21,11 +21,11 @@ Dialog::Dialog(const QString& name, const QString& title, QWidget& owner) : QDia
   setWindowTitle(QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
 }
 
-void Dialog::Open(QWidget* firstField) {
+void Dialog::Open() {
   // Qt would make the first button the default by itself.
   for (QPushButton* button : findChildren<QPushButton*>())
     button->setAutoDefault(false);
-  firstField->setFocus(Qt::TabFocusReason);
+  focusNextChild();
   open();
 }
 

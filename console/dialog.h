@@ -9,7 +9,8 @@
 namespace corvane {
 
 // What the operator's dialogs have in common: each is modal to the window that opened it, lies
-// centred over it, and destroys itself when it closes. Escape closes it without any change. Enter
+// centred over it, has its controls in the order of their making for the Tab key, and destroys
+// itself when it closes. Escape closes it without any change. Enter
 // presses the button that has the focus, else the default button; where none was made the default,
 // Enter in a field does nothing.
 class Dialog : public QDialog {
@@ -18,8 +19,8 @@ class Dialog : public QDialog {
   // it holds.
   Dialog(const QString& name, const QString& title, QWidget& owner);
 
-  // Shows it with the focus on the control, as if that had been reached by the Tab key.
-  void Open(QWidget* firstField);
+  // Shows it with the focus on its first control, as if that had been reached by the Tab key.
+  void Open();
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
-#include <numeric>
 
 #include <QClipboard>
 #include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QHeaderView>
 #include <QHelpEvent>
+#include <QPainter>
 #include <QStyledItemDelegate>
 #include <QToolTip>
 
@@ -20,24 +20,54 @@ constexpr int kRowPadding = 4;
 constexpr int kNarrowestColumn = 40;
 constexpr std::chrono::milliseconds kBetweenPaints{100};
 
-// The selected row is marked as a whole; a frame around one of its cells would only blur that.
+// Rows are marked as a whole: the selected ones by their ground, the one that has the keyboard by a
+// frame around all of its cells.
 class RowDelegate : public QStyledItemDelegate {
  public:
-  using QStyledItemDelegate::QStyledItemDelegate;
+  explicit RowDelegate(QTableView& list) : QStyledItemDelegate(&list), myList(list) {}
+
+  void paint(QPainter* painter, const QStyleOptionViewItem& option,
+             const QModelIndex& index) const override {
+    QStyledItemDelegate::paint(painter, option, index);
+    if (!myList.hasFocus() || index.row() != myList.currentIndex().row()) return;
+    const bool isSelected = option.state.testFlag(QStyle::State_Selected);
+    const QPalette::ColorRole role = isSelected ? QPalette::HighlightedText : QPalette::Text;
+    const QRect frame = option.rect.adjusted(0, 0, -1, -1);
+    painter->setPen(QPen(option.palette.color(role), 1, Qt::DotLine));
+    painter->drawLine(frame.topLeft(), frame.topRight());
+    painter->drawLine(frame.bottomLeft(), frame.bottomRight());
+    if (index.column() == 0) painter->drawLine(frame.topLeft(), frame.bottomLeft());
+    if (index.column() == index.model()->columnCount() - 1) {
+      painter->drawLine(frame.topRight(), frame.bottomRight());
+    }
+  }
 
  protected:
   void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
     QStyledItemDelegate::initStyleOption(option, index);
     option->state &= ~QStyle::State_HasFocus;
   }
+
+ private:
+  const QTableView& myList;
 };
+
+// Up and Down without Ctrl, which moves the frame alone.
+bool IsStep(const QKeyEvent& key) {
+  return (key.key() == Qt::Key_Up || key.key() == Qt::Key_Down) &&
+         !key.modifiers().testFlag(Qt::ControlModifier);
+}
+
+bool IsEnter(const QKeyEvent& key) {
+  return key.key() == Qt::Key_Return || key.key() == Qt::Key_Enter;
+}
 
 }  // namespace
 
 ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent)
-    : QTableView(parent) {
+    : QTableView(parent), myColumns(*horizontalHeader()) {
   setAccessibleName(name);
-  setItemDelegate(new RowDelegate(this));
+  setItemDelegate(new RowDelegate(*this));
   setEditTriggers(NoEditTriggers);
   setSelectionBehavior(SelectRows);
   setSelectionMode(selection == Selection::One ? SingleSelection : ExtendedSelection);
@@ -58,9 +88,6 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setHighlightSections(false);
   header->setSectionsClickable(false);
   header->setMinimumSectionSize(kNarrowestColumn);
-  header->setStretchLastSection(true);
-  connect(header, &QHeaderView::sectionResized, this,
-          [this](int column, int, int width) { KeepShare(column, width); });
   myPaintTimer.setSingleShot(true);
   myPaintTimer.setInterval(kBetweenPaints);
   connect(&myPaintTimer, &QTimer::timeout, this, [this] { viewport()->setUpdatesEnabled(true); });
@@ -70,26 +97,15 @@ void ListBox::setModel(QAbstractItemModel* model) {
   QTableView::setModel(model);
   connect(model, &QAbstractItemModel::rowsInserted, this, &ListBox::PaintLater);
   connect(model, &QAbstractItemModel::rowsRemoved, this, &ListBox::PaintLater);
-  const int columns = model->columnCount();
-  myShares.assign(static_cast<std::size_t>(columns), 1.0 / columns);
-  ShareWidth();
+  myColumns.Want(std::vector<double>(static_cast<std::size_t>(model->columnCount()), 1.0));
 }
 
 void ListBox::FitColumns() {
-  for (std::size_t column = 0; column < myShares.size(); ++column) {
-    const int index = static_cast<int>(column);
-    myShares[column] =
-        std::max(sizeHintForColumn(index), horizontalHeader()->sectionSizeHint(index));
-  }
-  // The longest texts are cut before all others are.
-  double sum = std::accumulate(myShares.begin(), myShares.end(), 0.0);
-  double& widest = *std::max_element(myShares.begin(), myShares.end());
-  const double shortage = std::clamp(sum - viewport()->width(), 0.0, widest / 2);
-  widest -= shortage;
-  sum -= shortage;
-  for (double& share : myShares)
-    share /= sum;
-  ShareWidth();
+  std::vector<double> widths;
+  for (int column = 0; column < model()->columnCount(); ++column)
+    widths.push_back(
+        std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column)));
+  myColumns.Want(std::move(widths));
 }
 
 // Painting for each row that comes or goes would cost more than serving the client that it shows.
@@ -126,28 +142,86 @@ void ListBox::CopySelectedRows() const {
   if (!text.isEmpty()) QGuiApplication::clipboard()->setText(text);
 }
 
+// By rows, of which a table's cursor knows nothing.
+QModelIndex ListBox::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
+  if (action == MoveHome) return model()->index(0, 0);
+  if (action == MoveEnd) return model()->index(model()->rowCount() - 1, 0);
+  return QTableView::moveCursor(action, modifiers);
+}
+
 void ListBox::contextMenuEvent(QContextMenuEvent* event) {
-  QPoint position = event->globalPos();
   if (event->reason() == QContextMenuEvent::Keyboard) {
-    const QRect row = visualRect(model()->index(SelectedRow(), 0));
-    const QRect shown = row.intersected(viewport()->rect());
-    position = viewport()->mapToGlobal(shown.isEmpty() ? QPoint() : shown.bottomLeft());
+    OpenMenuByKey();
+  } else if (MenuRequested) {
+    MenuRequested(event->globalPos());
   }
-  if (MenuRequested) MenuRequested(position);
+}
+
+void ListBox::OpenMenuByKey() {
+  if (!MenuRequested) return;
+  const QRect row = visualRect(model()->index(SelectedRow(), 0));
+  const QRect shown = row.intersected(viewport()->rect());
+  MenuRequested(viewport()->mapToGlobal(shown.isEmpty() ? QPoint() : shown.bottomLeft()));
 }
 
 void ListBox::keyPressEvent(QKeyEvent* event) {
-  if (event->matches(QKeySequence::Copy)) {
-    CopySelectedRows();
+  if (TakeKey(*event)) return;
+  const QModelIndex current = currentIndex();
+  const bool hadSelection = selectionModel()->hasSelection();
+  if (IsStep(*event) && !hadSelection && current.isValid()) {
+    // The row that has the frame comes first, not the one beside it.
+    selectRow(current.row());
   } else {
     QTableView::keyPressEvent(event);
   }
+  if (currentIndex() == current && selectionModel()->hasSelection() == hadSelection) return;
+  // Below the list, where it hides none of the rows.
+  ShowTip(currentIndex().row(), mapToGlobal(rect().bottomLeft()));
+}
+
+bool ListBox::TakeKey(const QKeyEvent& key) {
+  const bool hasSelection = selectionModel()->hasSelection();
+  if (key.matches(QKeySequence::Copy)) {
+    CopySelectedRows();
+  } else if (key.key() == Qt::Key_F10 && key.modifiers() == Qt::ShiftModifier && MenuRequested) {
+    // Not every system makes a menu event of it.
+    OpenMenuByKey();
+  } else if (IsEnter(key) && RowOpened && hasSelection) {
+    // Held down, it may come from the dialog that it has just closed.
+    if (!key.isAutoRepeat()) RowOpened();
+  } else if (key.key() == Qt::Key_Delete && DeleteRequested && hasSelection) {
+    if (!key.isAutoRepeat()) DeleteRequested();
+  } else {
+    return false;
+  }
+  return true;
 }
 
 void ListBox::mousePressEvent(QMouseEvent* event) {
   // A click beside the rows takes the selection back.
   if (!indexAt(event->pos()).isValid()) clearSelection();
   QTableView::mousePressEvent(event);
+}
+
+void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
+  QTableView::mouseDoubleClickEvent(event);
+  if (event->button() == Qt::LeftButton && indexAt(event->pos()).isValid() && RowOpened) {
+    RowOpened();
+  }
+}
+
+void ListBox::focusInEvent(QFocusEvent* event) {
+  // Qt would put the frame on the first row, which may be far out of sight.
+  if (!currentIndex().isValid()) {
+    selectionModel()->setCurrentIndex(indexAt(QPoint()), QItemSelectionModel::NoUpdate);
+  }
+  QTableView::focusInEvent(event);
+}
+
+void ListBox::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
+  QTableView::currentChanged(current, previous);
+  // Qt paints the two cells anew, and the frame is around the row.
+  viewport()->update();
 }
 
 void ListBox::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
@@ -159,7 +233,7 @@ void ListBox::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int las
 
 void ListBox::resizeEvent(QResizeEvent* event) {
   QTableView::resizeEvent(event);
-  ShareWidth();
+  myColumns.Fill(viewport()->width());
 }
 
 void ListBox::changeEvent(QEvent* event) {
@@ -170,15 +244,7 @@ void ListBox::changeEvent(QEvent* event) {
 bool ListBox::viewportEvent(QEvent* event) {
   if (event->type() != QEvent::ToolTip) return QTableView::viewportEvent(event);
   const auto* help = static_cast<QHelpEvent*>(event);
-  const QModelIndex index = indexAt(help->pos());
-  const QRect cell = visualRect(index);
-  if (!index.isValid() || sizeHintForIndex(index).width() <= cell.width()) {
-    QToolTip::hideText();
-    return true;
-  }
-  // Marked up and escaped, so that it wraps and nothing in it is taken for markup.
-  const QString text = index.data().toString().toHtmlEscaped();
-  QToolTip::showText(help->globalPos(), QStringLiteral("<p>%1</p>").arg(text), viewport(), cell);
+  ShowTip(indexAt(help->pos()).row(), help->globalPos());
   return true;
 }
 
@@ -186,19 +252,28 @@ void ListBox::FitRowHeight() {
   verticalHeader()->setDefaultSectionSize(fontMetrics().height() + kRowPadding);
 }
 
-// The last column is not set: it takes what is left.
-void ListBox::ShareWidth() {
-  mySharing = true;
-  for (std::size_t column = 0; column + 1 < myShares.size(); ++column) {
-    setColumnWidth(static_cast<int>(column), qRound(myShares[column] * viewport()->width()));
+QString ListBox::Tip(int row) const {
+  if (row < 0) return {};
+  QStringList paragraphs;
+  for (int column = 0; column < model()->columnCount(); ++column) {
+    const QModelIndex index = model()->index(row, column);
+    const bool isCut = sizeHintForIndex(index).width() > visualRect(index).width();
+    if (isCut) paragraphs += index.data().toString();
   }
-  mySharing = false;
+  const QString more = model()->index(row, 0).data(Qt::ToolTipRole).toString();
+  if (!more.isEmpty()) paragraphs += more;
+  // Marked up and escaped, so that it wraps and nothing in it is taken for markup.
+  QString tip;
+  for (const QString& paragraph : paragraphs)
+    tip += QStringLiteral("<p>%1</p>").arg(paragraph.toHtmlEscaped());
+  return tip;
 }
 
-void ListBox::KeepShare(int column, int width) {
-  const auto index = static_cast<std::size_t>(column);
-  if (mySharing || index + 1 >= myShares.size()) return;
-  myShares[index] = static_cast<double>(width) / std::max(1, viewport()->width());
+void ListBox::ShowTip(int row, QPoint globalPosition) {
+  // Without a text it hides what is shown.
+  const QRect rows = visualRect(model()->index(row, 0)) |
+                     visualRect(model()->index(row, model()->columnCount() - 1));
+  QToolTip::showText(globalPosition, Tip(row), viewport(), rows);
 }
 
 }  // namespace corvane

@@ -6,13 +6,15 @@
 #include <QTableView>
 #include <QTimer>
 
+#include "console/column_widths.h"
+
 namespace corvane {
 
 // A list of rows for reading and choosing from; nothing can be edited. The selected rows can be
-// copied as text. The columns fill the width in shares that the operator may change by dragging
-// their borders. A text that is cut off shows whole in a tool tip. Rows have one height, so any
-// number of them costs no layout, and however often rows come and go, they are painted at most ten
-// times a second for it.
+// copied as text. The row that has the keyboard has a frame, selected or not. Where a text is cut
+// off, or the model has more to say of a row, a tool tip shows it, also when the row is reached by
+// key. Rows have one height, so any number of them costs no layout, and however often rows come and
+// go, they are painted at most ten times a second for it.
 class ListBox : public QTableView {
  public:
   enum class Heading { None, Shown };
@@ -21,12 +23,16 @@ class ListBox : public QTableView {
   // `name` is what assistive technology calls the list.
   ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent);
 
-  // Called where the operator asks for a context menu, by mouse or key.
+  // Called where the operator asks for a context menu: by mouse, the menu key or Shift+F10.
   std::function<void(QPoint globalPosition)> MenuRequested;
+  // Called for a double click on a row, and for Enter while a row is selected.
+  std::function<void()> RowOpened;
+  // Called for the Delete key while a row is selected.
+  std::function<void()> DeleteRequested;
 
   void setModel(QAbstractItemModel* model) override;
 
-  // Gives each column a share of the width, as it is now, that goes by its texts.
+  // Has each column want the width of its texts; at first all want the same.
   void FitColumns();
 
   // The first selected row; -1 when none is.
@@ -35,23 +41,30 @@ class ListBox : public QTableView {
   std::vector<int> SelectedRows() const;
 
  protected:
+  QModelIndex moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) override;
   void contextMenuEvent(QContextMenuEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void mouseDoubleClickEvent(QMouseEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
   void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
   bool viewportEvent(QEvent* event) override;
 
  private:
+  // Does what the list has for the key; whether there is anything.
+  bool TakeKey(const QKeyEvent& key);
+  void OpenMenuByKey();
   void CopySelectedRows() const;
   void FitRowHeight();
   void PaintLater();
-  void ShareWidth();
-  void KeepShare(int column, int width);
+  // What a tool tip says of the row, marked up; empty when the row shows everything.
+  QString Tip(int row) const;
+  void ShowTip(int row, QPoint globalPosition);
 
-  std::vector<double> myShares;  // of the width, by column
-  bool mySharing = false;
+  ColumnWidths myColumns;
   QTimer myPaintTimer;
 };
 

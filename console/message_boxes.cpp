@@ -1,6 +1,7 @@
 #include "console/message_boxes.h"
 
 #include <QApplication>
+#include <QEventLoop>
 #include <QMessageBox>
 
 #include "console/platform.h"
@@ -10,7 +11,8 @@ namespace corvane {
 
 MessageBox::Answer ShowMessageBox(const MessageBox& box) {
   const bool isQuestion = box.kind == MessageBox::Kind::Question;
-  QMessageBox window(QApplication::activeWindow());
+  QWidget* const owner = QApplication::activeWindow();
+  QMessageBox window(owner);
   window.setWindowTitle(box.title.empty() ? QStringLiteral("Corvane Server")
                                           : DisplayText(box.title));
   window.setTextFormat(Qt::PlainText);
@@ -22,9 +24,15 @@ MessageBox::Answer ShowMessageBox(const MessageBox& box) {
     window.setDefaultButton(QMessageBox::No);
     window.setEscapeButton(QMessageBox::No);
   }
-  const int button = window.exec();
+  // Not by its own loop, which would take it for answered when it is hidden with its owner.
+  QEventLoop loop;
+  QObject::connect(&window, &QDialog::finished, &loop, &QEventLoop::quit);
+  window.setWindowModality(owner == nullptr ? Qt::ApplicationModal : Qt::WindowModal);
+  window.show();
+  loop.exec();
   if (!isQuestion) return MessageBox::Answer::OK;
-  return button == QMessageBox::Yes ? MessageBox::Answer::Yes : MessageBox::Answer::No;
+  const bool isYes = window.result() == QMessageBox::Yes;
+  return isYes ? MessageBox::Answer::Yes : MessageBox::Answer::No;
 }
 
 MessageBoxFunction MessageBoxesOfThePlatform() {

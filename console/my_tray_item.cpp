@@ -6,9 +6,11 @@
 #include <QCursor>
 #include <QEvent>
 
+#include "console/wnd_main.h"
+
 namespace corvane {
 
-MyTrayItem::MyTrayItem(QWidget& window, std::function<void()> quit)
+MyTrayItem::MyTrayItem(wndMain& window, std::function<void()> quit)
     : QSystemTrayIcon(QApplication::windowIcon()), myWindow(window) {
   setToolTip(window.windowTitle());
   myToggle = myMenu.addAction(QString());
@@ -42,13 +44,10 @@ void MyTrayItem::NameFirstItem() {
 
 void MyTrayItem::ToggleWindow() {
   if (myWindow.isVisible()) {
-    myWindow.hide();
-    return;
+    myWindow.HideWindow();
+  } else {
+    myWindow.ShowWindow();
   }
-  myWindow.setWindowState(myWindow.windowState() & ~Qt::WindowMinimized);
-  myWindow.show();
-  myWindow.raise();
-  myWindow.activateWindow();
 }
 
 void MyTrayItem::OpenMenu() {

@@ -7,11 +7,13 @@
 
 namespace corvane {
 
+class wndMain;
+
 // The icon in the notification area. A click on it opens a menu to hide or show the main window,
 // whichever its visibility allows when the menu opens, and to quit. Borrows the window.
 class MyTrayItem : public QSystemTrayIcon {
  public:
-  MyTrayItem(QWidget& window, std::function<void()> quit);
+  MyTrayItem(wndMain& window, std::function<void()> quit);
 
   QMenu& Menu() { return myMenu; }
 
@@ -23,7 +25,7 @@ class MyTrayItem : public QSystemTrayIcon {
   void ToggleWindow();
   void OpenMenu();
 
-  QWidget& myWindow;
+  wndMain& myWindow;
   QMenu myMenu;
   QAction* myToggle;
 };

@@ -14,7 +14,7 @@ namespace {
 constexpr std::int32_t kFewestUsers = 1;
 constexpr std::int32_t kMostUsers = 1000;
 constexpr int kFieldWidth = 220;
-constexpr int kNumberWidth = 70;
+constexpr int kMostDigits = 4;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ NetworkDialog::NetworkDialog(const QString& name, const QString& title, QWidget&
   btnOK = new QPushButton(QStringLiteral("OK"), this);
   btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
   txtName->setMinimumWidth(kFieldWidth);
-  txtUsers->setFixedWidth(kNumberWidth);
+  FitDigits(*txtUsers, kMostDigits);
 
   auto* form = new QFormLayout;
   form->addRow(QString(), chkEnable);
@@ -54,7 +54,10 @@ std::int32_t NetworkDialog::MaxUsers() const {
 void NetworkDialog::txtUsers_TextChange() {
   const std::int32_t typed = MaxUsers();
   const std::int32_t allowed = std::clamp(typed, kFewestUsers, kMostUsers);
-  if (allowed != typed) txtUsers->setText(QString::number(allowed));
+  if (allowed == typed) return;
+  txtUsers->setText(QString::number(allowed));
+  // What is typed next takes its place.
+  txtUsers->selectAll();
 }
 
 }  // namespace corvane

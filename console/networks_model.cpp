@@ -6,6 +6,16 @@
 #include "framework/visible_text.h"
 
 namespace corvane {
+namespace {
+
+QString State(const ServerNetworks& network) {
+  const QString users =
+      QStringLiteral("%1 of %2 users are on").arg(network.CurrentUsers).arg(network.MaxUsers);
+  if (!network.Enabled) return QStringLiteral("Disabled, ") + users;
+  return network.CurrentUsers < network.MaxUsers ? users : QStringLiteral("Full, ") + users;
+}
+
+}  // namespace
 
 void NetworksModel::Add(const NetworkRef& network) {
   const int row = rowCount();
@@ -39,8 +49,10 @@ int NetworksModel::rowCount(const QModelIndex& parent) const {
 }
 
 QVariant NetworksModel::data(const QModelIndex& index, int role) const {
-  if (role != Qt::DisplayRole || !index.isValid()) return {};
-  return VisibleText(myNetworks[static_cast<std::size_t>(index.row())]->NetworkName);
+  if (!index.isValid()) return {};
+  const ServerNetworks& network = *myNetworks[static_cast<std::size_t>(index.row())];
+  if (role == Qt::ToolTipRole) return State(network);
+  return role == Qt::DisplayRole ? VisibleText(network.NetworkName) : QVariant();
 }
 
 QVariant NetworksModel::headerData(int section, Qt::Orientation orientation, int role) const {

@@ -9,7 +9,7 @@
 namespace corvane {
 
 // The configured networks as rows of a list, in the order in which they were added. A row holds
-// its network's registry entry.
+// its network's registry entry; its tool tip says how many users are on, and what keeps others out.
 class NetworksModel : public QAbstractListModel {
  public:
   void Add(const NetworkRef& network);

@@ -2,13 +2,14 @@
 
 #include <utility>
 
-#include <QShortcut>
+#include <QScreen>
 #include <QVBoxLayout>
 
 namespace corvane {
 namespace {
 
-constexpr QSize kInitialSize{600, 340};
+constexpr int kInitialColumns = 86;  // characters
+constexpr int kInitialLines = 20;
 
 }  // namespace
 
@@ -23,7 +24,9 @@ RecordsDialog::RecordsDialog(const QString& name, const QString& title, QStringL
   auto* column = new QVBoxLayout(this);
   column->addWidget(myList);
   column->addLayout(ButtonRow({btnDel}));
-  resize(kInitialSize);
+  const QSize size(kInitialColumns * fontMetrics().averageCharWidth(),
+                   kInitialLines * fontMetrics().lineSpacing());
+  resize(size.boundedTo(screen()->availableSize()));
   column->activate();
   myList->setModel(&myRecords);
   myList->FitColumns();
@@ -32,9 +35,7 @@ RecordsDialog::RecordsDialog(const QString& name, const QString& title, QStringL
   enable();
   connect(myList->selectionModel(), &QItemSelectionModel::selectionChanged, this, enable);
   connect(btnDel, &QPushButton::clicked, this, &RecordsDialog::btnDel_Action);
-  const auto* key =
-      new QShortcut(QKeySequence::Delete, myList, nullptr, nullptr, Qt::WidgetWithChildrenShortcut);
-  connect(key, &QShortcut::activated, this, &RecordsDialog::btnDel_Action);
+  myList->DeleteRequested = [this] { btnDel_Action(); };
 }
 
 void RecordsDialog::btnDel_Action() {

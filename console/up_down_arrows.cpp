@@ -6,6 +6,7 @@ namespace corvane {
 namespace {
 
 constexpr int kArrowWidth = 20;
+constexpr int kFieldPadding = 24;
 
 }  // namespace
 
@@ -41,6 +42,11 @@ bool UpDownArrows::eventFilter(QObject* watched, QEvent* event) {
     }
   }
   return QWidget::eventFilter(watched, event);
+}
+
+void FitDigits(QLineEdit& field, int digits) {
+  const QString widest(digits, QLatin1Char('0'));
+  field.setFixedWidth(field.fontMetrics().horizontalAdvance(widest) + kFieldPadding);
 }
 
 QBoxLayout* FieldWithArrows(QLineEdit* field, UpDownArrows* arrows) {

@@ -24,6 +24,9 @@ class UpDownArrows : public QWidget {
   QToolButton* AddArrow(Qt::ArrowType type, const QString& name, const std::function<void()>& step);
 };
 
+// Makes the field as wide as that many digits need.
+void FitDigits(QLineEdit& field, int digits);
+
 // The field with its arrows at its right.
 QBoxLayout* FieldWithArrows(QLineEdit* field, UpDownArrows* arrows);
 

@@ -1,10 +1,12 @@
 #include "console/wnd_main.h"
 
 #include <tuple>
+#include <algorithm>
+#include <system_error>
 #include <utility>
 
+#include <QApplication>
 #include <QCloseEvent>
-#include <QGuiApplication>
 #include <QMenuBar>
 
 #include "console/anchors.h"
@@ -31,6 +33,7 @@ namespace {
 
 constexpr QSize kContentSize{533, 565};  // below the menu bar
 constexpr QSize kMinimumSize{64, 64};
+constexpr int kButtonPadding = 24;  // beside a button's text
 
 constexpr QLatin1String kAddNetwork("Add Network");
 constexpr QLatin1String kEditNetwork("Edit Network");
@@ -60,6 +63,18 @@ QAction* AddItem(QMenu& menu, QLatin1String caption) {
   QAction* item = menu.addAction(caption);
   item->setData(QString(caption));
   return item;
+}
+
+MessageBox WhyNotListening(const MapSocket& listener) {
+  constexpr int kHighestPort = 65535;
+  const int port = listener.Port();
+  const std::string reason =
+      port < 0 || port > kHighestPort
+          ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
+          : std::system_category().message(listener.LastErrorCode());
+  return {MessageBox::Kind::Message,
+          {},
+          "Cannot listen on port " + std::to_string(port) + ": " + reason};
 }
 
 QAction* Named(QAction* action, const char* name) {
@@ -94,6 +109,7 @@ wndMain::~wndMain() {
   sSocket->UserLoggedIn = nullptr;
   sSocket->UserLoggedOut = nullptr;
   myApp.Updates().UpdateFound = nullptr;
+  delete myUpdaterWindow;
 }
 
 void wndMain::Open() {
@@ -102,6 +118,7 @@ void wndMain::Open() {
   myNetworks.Clear();
   myUsers.Clear();
   myApp.LoadServerSocket(*sSocket, [this](const NetworkRef& network) { myNetworks.Add(network); });
+  if (!sSocket->IsListening()) MessageToStandardError(WhyNotListening(*sSocket));
 }
 
 void wndMain::ShowToNobody() {
@@ -114,14 +131,14 @@ void wndMain::closeEvent(QCloseEvent* event) {
     event->accept();
     return;
   }
-  if (qGuiApp->isSavingSession()) {
+  if (qApp->isSavingSession()) {
     event->accept();
     myApp.Quit();
     return;
   }
   event->ignore();
   if (myHasTray()) {
-    hide();
+    HideWindow();
   } else {
     showMinimized();
   }
@@ -146,7 +163,7 @@ void wndMain::BuildMenus() {
 }
 
 void wndMain::PlaceControls() {
-  auto* content = new Anchors(kContentSize, this);
+  auto* content = myContent = new Anchors(kContentSize, this);
   lstStatus = new ListBox(QStringLiteral("Status"), ListBox::Heading::None,
                           ListBox::Selection::Several, content);
   lstNetworks = new ListBox(QStringLiteral("Networks"), ListBox::Heading::Shown,
@@ -165,11 +182,35 @@ void wndMain::PlaceControls() {
   content->Add(lstStatus, {20, 261, 493, 252}, A::Left | A::Top | A::Right | A::Bottom);
   content->Add(lstNetworks, {20, 20, 218, 229}, A::Left | A::Top);
   content->Add(lstUsers, {250, 20, 263, 229}, A::Left | A::Top | A::Right);
-  content->Add(btnClear, {20, 525, 80, 20}, A::Left | A::Bottom);
-  // Not to the bottom edge: deliberate, they stay where they are when the window grows.
-  content->Add(btnAdmins, {243, 525, 129, 20}, A::Left | A::Top);
-  content->Add(btnBans, {384, 525, 129, 20}, A::Left | A::Top);
+  PlaceButtons();
   setCentralWidget(content);
+}
+
+// A button whose text needs more room than it was designed with grows away from its window edge.
+void wndMain::PlaceButtons() {
+  constexpr int kTop = 525;
+  constexpr int kGap = 12;
+  constexpr int kRight = 513;
+  const int height = std::max(20, fontMetrics().height());
+  const auto width = [](const QPushButton& button, int design) {
+    const int text = button.fontMetrics().horizontalAdvance(button.text());
+    return std::max(design, text + kButtonPadding);
+  };
+  const int bansWidth = width(*btnBans, 129);
+  const int bansLeft = kRight - bansWidth;
+  const int adminsWidth = width(*btnAdmins, 129);
+  const int adminsLeft = bansLeft - kGap - adminsWidth;
+
+  using A = Anchors;
+  myContent->Add(btnClear, {20, kTop, width(*btnClear, 80), height}, A::Left | A::Bottom);
+  // Not to the bottom edge: deliberate, they stay where they are when the window grows.
+  myContent->Add(btnAdmins, {adminsLeft, kTop, adminsWidth, height}, A::Left | A::Top);
+  myContent->Add(btnBans, {bansLeft, kTop, bansWidth, height}, A::Left | A::Top);
+}
+
+void wndMain::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() == QEvent::FontChange && myContent != nullptr) PlaceButtons();
 }
 
 void wndMain::ConnectEvents() {
@@ -193,17 +234,20 @@ void wndMain::ConnectEvents() {
   lstUsers->MenuRequested = [this](QPoint position) {
     OpenMenu(lstUsers, position, [this](QMenu& menu) { lstUsers_ConstructContextualMenu(menu); });
   };
+  lstNetworks->RowOpened = [this] { ActOnNetwork(kEditNetwork); };
+  lstNetworks->DeleteRequested = [this] { ActOnNetwork(kDeleteNetwork); };
+  lstUsers->RowOpened = [this] { ShowConnectionInfo(); };
   connect(&myStatus, &StatusLogModel::rowsInserted, lstStatus, &ListBox::scrollToBottom);
 }
 
 void wndMain::FileSettings() {
   auto* dialog = new wndSettings(myApp, NetworkInterfaces(), *this);
-  dialog->Open(dialog->fldConns);
+  dialog->Open();
 }
 
 void wndMain::FileSendMessage() {
   auto* dialog = new wndMessage(*sSocket, *this);
-  dialog->Open(dialog->fldText);
+  dialog->Open();
 }
 
 void wndMain::FileCheckForUpdates() {
@@ -218,8 +262,11 @@ void wndMain::FileCheckForUpdates() {
 }
 
 void wndMain::ShowUpdate(const Update& update) {
-  myUpdaterWindow = new UpdaterWindow(
-      update, myApp.Http(), LaunchInstaller, [this] { myApp.Quit(); }, this);
+  myUpdaterWindow =
+      new UpdaterWindow(update, myApp.Http(), LaunchInstaller, [this] { myApp.Quit(); });
+  // Whoever is at work in a dialog goes on there.
+  myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating,
+                                QApplication::activeModalWidget() != nullptr);
   myUpdaterWindow->show();
 }
 
@@ -229,12 +276,12 @@ void wndMain::btnClear_Action() {
 
 void wndMain::btnAdmins_Action() {
   auto* dialog = new wndViewAdmins(sSocket->Admins(), *this);
-  dialog->Open(dialog->lstAdmins);
+  dialog->Open();
 }
 
 void wndMain::btnBans_Action() {
   auto* dialog = new wndViewBans(sSocket->Bans(), *this);
-  dialog->Open(dialog->lstBans);
+  dialog->Open();
 }
 
 void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
@@ -253,15 +300,25 @@ void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
 void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network) {
   if (caption == kAddNetwork) {
     auto* dialog = new wndAddNetwork(*sSocket, myNetworks, myApp.serverdb(), *this);
-    dialog->Open(dialog->txtName);
+    dialog->Open();
   } else if (caption == kEditNetwork) {
     auto* dialog = new wndEditNetwork(myApp, network, *this);
-    dialog->Open(dialog->txtName);
+    dialog->Open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);
   } else if (caption == kDisconnectAll) {
     sSocket->DisconnectAllClientsOnNetwork(network);
   }
+}
+
+void wndMain::ActOnNetwork(QLatin1String caption) {
+  const NetworkRef network = myNetworks.NetworkAt(lstNetworks->SelectedRow());
+  if (network != nullptr) lstNetworks_ContextualMenuAction(caption, network);
+}
+
+void wndMain::ShowConnectionInfo() {
+  const auto user = myUsers.ClientAt(lstUsers->SelectedRow());
+  if (user != nullptr) lstUsers_ContextualMenuAction(kConnectionInfo, user);
 }
 
 void wndMain::DeleteNetwork(const NetworkRef& network) {
@@ -293,13 +350,13 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
                                             const std::shared_ptr<ClientSocket>& user) {
   if (caption == kConnectionInfo) {
     auto* dialog = new wndConnInfo(*user, *this);
-    dialog->Open(dialog->PushButton1);
+    dialog->Open();
   } else if (caption == kKickUser) {
     auto* dialog = new wndKick(user, *this);
-    dialog->Open(dialog->txtReason);
+    dialog->Open();
   } else if (caption == kBanUser) {
     auto* dialog = new wndBan(user, *this);
-    dialog->Open(dialog->txtReason);
+    dialog->Open();
   } else if (caption == kForceDisconnect) {
     ForceDisconnect(*user);
   } else if (caption == kMakeAdmin) {

@@ -13,6 +13,7 @@
 #include "console/networks_model.h"
 #include "console/status_log_model.h"
 #include "console/users_model.h"
+#include "console/window_group.h"
 #include "framework/standard_output.h"
 #include "server/map_socket.h"
 
@@ -33,12 +34,16 @@ class wndMain : public QMainWindow {
   ~wndMain() override;
 
   // The open handler: shows the window, empties its lists and starts the listener, which fills
-  // the list of networks.
+  // the list of networks. What kept it from listening is told on standard error.
   void Open();
 
   // For a machine without a display: the lists are there, but nothing is painted, and no status
   // line is kept.
   void ShowToNobody();
+
+  // Both with the dialogs that are open.
+  void HideWindow() { myGroup.Hide(); }
+  void ShowWindow() { myGroup.Show(); }
 
   // The listener, never none.
   const std::shared_ptr<MapSocket> sSocket;
@@ -59,10 +64,12 @@ class wndMain : public QMainWindow {
   // Hides the window and refuses, or, on a desktop that could not bring it back, minimises it;
   // accepts when the program or the desktop session ends.
   void closeEvent(QCloseEvent* event) override;
+  void changeEvent(QEvent* event) override;
 
  private:
   void BuildMenus();
   void PlaceControls();
+  void PlaceButtons();
   void ConnectEvents();
 
   void FileSettings();
@@ -80,6 +87,9 @@ class wndMain : public QMainWindow {
   void lstUsers_ConstructContextualMenu(QMenu& base);
   void lstUsers_ContextualMenuAction(const QString& caption,
                                      const std::shared_ptr<ClientSocket>& user);
+  // What the menus have for the selected row, by the keys and clicks that stand for it.
+  void ActOnNetwork(QLatin1String caption);
+  void ShowConnectionInfo();
   void DeleteNetwork(const NetworkRef& network);
   void ForceDisconnect(ClientSocket& user);
   void MakeAdmin(const ClientSocket& user);
@@ -95,6 +105,9 @@ class wndMain : public QMainWindow {
   StatusLogModel myStatus;
   NetworksModel myNetworks;
   UsersModel myUsers;
+  WindowGroup myGroup{*this};
+  Anchors* myContent = nullptr;
+  // A window of its own, so that neither it nor a dialog keeps the other from being used.
   QPointer<UpdaterWindow> myUpdaterWindow;
 };
 

@@ -15,15 +15,15 @@ namespace corvane {
 namespace {
 
 constexpr double kLowestPort = 10000;
+constexpr double kHighestPort = 65535;
 constexpr double kFewestConnections = 2;
 constexpr int kFieldWidth = 180;
-constexpr int kNumberWidth = 70;
 
 QLineEdit* NumberField(int digits, QWidget* parent) {
   auto* field = new QLineEdit(parent);
   const QRegularExpression mask(QStringLiteral("[0-9]{0,%1}").arg(digits));
   field->setValidator(new QRegularExpressionValidator(mask, field));
-  field->setFixedWidth(kNumberWidth);
+  FitDigits(*field, digits);
   return field;
 }
 
@@ -50,6 +50,7 @@ wndSettings::wndSettings(App& app, std::vector<NetworkInterface> interfaces, QWi
   fldPort->setText(DisplayText(settings.GetValue("AttachedPort", "12000")));
   SelectInterface(settings.GetValue("AttachedNIC", ""));
 
+  connect(fldPort, &QLineEdit::textChanged, this, &wndSettings::fldPort_TextChange);
   udConns->Up = [this] { udConns_Up(); };
   udConns->Down = [this] { udConns_Down(); };
   connect(btnOK, &QPushButton::clicked, this, &wndSettings::btnOK_Action);
@@ -94,6 +95,13 @@ void wndSettings::udConns_Down() const {
   SetValue(*fldConns, ValueOf(*fldConns) - 1);
   // From 2 it goes to 1, which OK refuses, and from there back to 2: deliberate.
   if (fldConns->text() == QStringLiteral("0")) fldConns->setText(QStringLiteral("2"));
+}
+
+void wndSettings::fldPort_TextChange() {
+  if (ValueOf(*fldPort) <= kHighestPort) return;
+  SetValue(*fldPort, kHighestPort);
+  // What is typed next takes its place.
+  fldPort->selectAll();
 }
 
 std::string wndSettings::Fault() const {

@@ -13,8 +13,9 @@ namespace corvane {
 
 class App;
 
-// The dialog for the listening interface, the port and the number of connections. What it stores
-// is used by the next start of the server.
+// The dialog for the listening interface, the port and the number of connections. The port is kept
+// to 65535 at every change of its field. What the dialog stores is used by the next start of the
+// server.
 class wndSettings : public Dialog {
  public:
   // `interfaces` are the machine's, in the system's order.
@@ -31,6 +32,7 @@ class wndSettings : public Dialog {
  private:
   void LayOut();
   void SelectInterface(const std::string& macAddress);
+  void fldPort_TextChange();
   void udConns_Up() const;
   void udConns_Down() const;
   void btnOK_Action();

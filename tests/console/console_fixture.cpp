@@ -69,6 +69,14 @@ void Choose(const QString& caption) {
   QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(*item).center());
 }
 
+std::vector<QDialog*> Dialogs() {
+  std::vector<QDialog*> dialogs;
+  for (QWidget* window : QApplication::topLevelWidgets()) {
+    if (auto* dialog = qobject_cast<QDialog*>(window)) dialogs.push_back(dialog);
+  }
+  return dialogs;
+}
+
 ConsoleTest::ConsoleTest() {
   const QString file = myFolder.filePath("serverdb.rsd");
   MakeDatabase(file);
@@ -112,8 +120,7 @@ void ConsoleTest::OpenContextMenu(ListBox& list, int row) {
     QContextMenuEvent click(QContextMenuEvent::Mouse, place, list.viewport()->mapToGlobal(place));
     QApplication::sendEvent(list.viewport(), &click);
   } else {
-    QContextMenuEvent key(QContextMenuEvent::Keyboard, {}, {});
-    QApplication::sendEvent(&list, &key);
+    QTest::keyClick(&list, Qt::Key_F10, Qt::ShiftModifier);
   }
 }
 
@@ -132,13 +139,13 @@ void ConsoleTest::ChooseInMenuBar(const QString& menu, const QString& caption) {
 }
 
 bool ConsoleTest::NoneIsOpen() {
-  return PumpUntil([this] { return myWindow->findChild<QDialog*>() == nullptr; });
+  return PumpUntil([] { return Dialogs().empty(); });
 }
 
 QDialog* ConsoleTest::FindDialog(const char* name) {
   QTest::qWait(0);
-  for (QDialog* dialog : myWindow->findChildren<QDialog*>(QLatin1String(name))) {
-    if (!dialog->isVisible()) continue;
+  for (QDialog* dialog : Dialogs()) {
+    if (dialog->objectName() != QLatin1String(name) || !dialog->isVisible()) continue;
     // The offscreen platform activates in the order of its events, not of the windows.
     dialog->activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));

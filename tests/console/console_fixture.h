@@ -41,6 +41,9 @@ std::vector<std::string> Captions();
 // Clicks on the item of the menu that is open.
 void Choose(const QString& caption);
 
+// All that there are, shown or not.
+std::vector<QDialog*> Dialogs();
+
 // A server with the operator's window on the networks "North" and "So\nuth", both with the
 // password "secret" and five seats.
 class ConsoleTest : public testing::Test {

@@ -89,6 +89,10 @@ TEST_F(DialogsTest, MaxUsersStayFromOneToAThousand) {
   auto* add = Opened<wndAddNetwork>("wndAddNetwork");
   ExpectSteps(*add->txtUsers, *add->UpDownArrows1,
               {{"5", true, "6"}, {"5", false, "4"}, {"0", false, "1"}, {"5000", true, "1000"}});
+  // What replaced an empty field is replaced by what is typed next.
+  Type(add->txtUsers, "20");
+  EXPECT_EQ(add->txtUsers->text(), "20");
+  Type(add->txtUsers, "9999");
   Click(add->btnOK);
   EXPECT_EQ(Query("SELECT * FROM networks WHERE rowid > 2"), "||1000|0;");
 }
@@ -133,7 +137,7 @@ TEST_F(DialogsTest, MessageReachesTheChosenNetworks) {
                 ElementsAre("(All Networks)", "North", "So\\nuth"));
     for (int i = 0; i < row; ++i)
       QTest::keyClick(message->pmNetwork, Qt::Key_Down);
-    QTest::keyClicks(message->fldText, text);
+    Type(message->fldText, text);
     Click(message->btnSend);
     EXPECT_TRUE(NoneIsOpen());
   };
@@ -152,7 +156,7 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
                                                     {"00:1A:2B:3C:4D:5F", "192.0.2.2"}};
   const auto open = [&] {
     auto* settings = new wndSettings(myApp, interfaces, *myWindow);
-    settings->Open(settings->fldConns);
+    settings->Open();
     return settings;
   };
   const auto stored = [&] {
@@ -182,7 +186,7 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
                                    fewConnections, fewConnections));
   EXPECT_TRUE(settings->isVisible());
   EXPECT_EQ(stored(), before);
-  Type(settings->fldPort, "65535");
+  Type(settings->fldPort, "99999");
   Type(settings->fldConns, "002");
   QTest::keyClick(settings->fldConns, Qt::Key_Return);
   ASSERT_TRUE(NoneIsOpen());
@@ -205,11 +209,33 @@ TEST_F(DialogsTest, ConnectionsStepDownFromOneToTwo) {
       {{"2", false, "1"}, {"1", false, "2"}, {"9998", true, "9999"}, {"9999", true, "9999"}});
 }
 
+TEST_F(DialogsTest, TabReachesTheControlsInTheirOrder) {
+  const auto expectOrder = [](QDialog* dialog, const std::vector<QWidget*>& controls) {
+    for (QWidget* control : controls) {
+      EXPECT_EQ(dialog->focusWidget(), control) << dialog->objectName().toStdString();
+      QTest::keyClick(dialog->focusWidget(), Qt::Key_Tab);
+    }
+    EXPECT_EQ(dialog->focusWidget(), controls.front());
+    dialog->reject();
+  };
+  ChooseOn(*myWindow->lstNetworks, -1, "Add Network");
+  auto* add = Opened<wndAddNetwork>("wndAddNetwork");
+  expectOrder(
+      add, {add->chkEnable, add->txtName, add->txtUsers, add->txtPass, add->btnOK, add->btnCancel});
+  ChooseInMenuBar("&File", "Settings...");
+  auto* settings = Opened<wndSettings>("wndSettings");
+  expectOrder(settings, {settings->pmNIC, settings->fldConns, settings->fldPort, settings->btnOK,
+                         settings->btnCancel});
+  ChooseInMenuBar("&File", "Send Message");
+  auto* message = Opened<wndMessage>("wndMessage");
+  expectOrder(message, {message->pmNetwork, message->fldText, message->btnSend});
+}
+
 TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   Query(
       "INSERT INTO bans (address, \"by\", reason, bandate, network) VALUES "
       "('192.0.2.1','Ann','a','2011-03-07 09:05:02','North'), ('192.0.2.2','Ann','b','','North'),"
-      "('192.0.2.3','Ann','c','','North');"
+      "('192.0.2.3','Ann',hex(zeroblob(300)),'','North');"
       "INSERT INTO admins (name, address, network) VALUES ('Ann','192.0.2.1','North'),"
       "('Ben','192.0.2.2','North'), ('Cid','192.0.2.3','North')");
   const QLocale before;
@@ -217,9 +243,14 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   Click(myWindow->btnBans);
   QLocale::setDefault(before);
   auto* bans = Opened<wndViewBans>("wndViewBans");
-  EXPECT_THAT(
-      RowTexts(*bans->lstBans->model()),
-      ElementsAre("192.0.2.1|Ann|a|07.03.11 09:05", "192.0.2.2|Ann|b|", "192.0.2.3|Ann|c|"));
+  EXPECT_THAT(RowTexts(*bans->lstBans->model()),
+              ElementsAre("192.0.2.1|Ann|a|07.03.11 09:05", "192.0.2.2|Ann|b|",
+                          "192.0.2.3|Ann|" + std::string(600, '0') + "|"));
+  // The one long text is what is cut.
+  for (const int column : {0, 1, 3}) {
+    const QModelIndex cell = bans->lstBans->model()->index(0, column);
+    EXPECT_GE(bans->lstBans->columnWidth(column), bans->lstBans->sizeHintForIndex(cell).width());
+  }
   EXPECT_FALSE(bans->btnDel->isEnabled());
   ClickRow(*bans->lstBans, 0);
   ClickRow(*bans->lstBans, 2, Qt::ControlModifier);
@@ -231,9 +262,10 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
 
   Click(myWindow->btnAdmins);
   auto* admins = Opened<wndViewAdmins>("wndViewAdmins");
-  ClickRow(*admins->lstAdmins, 0);
-  ClickRow(*admins->lstAdmins, 2, Qt::ControlModifier);
-  QTest::keyClick(admins->lstAdmins, Qt::Key_Delete);
+  // Nothing is selected after a deletion, and the step goes to the row with the frame.
+  for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Delete, Qt::Key_Down, Qt::Key_End, Qt::Key_Home,
+                            Qt::Key_End, Qt::Key_Delete})
+    QTest::keyClick(admins->lstAdmins, key);
   EXPECT_THAT(RowTexts(*admins->lstAdmins->model()), ElementsAre("Ben|North|192.0.2.2"));
   EXPECT_EQ(Query("SELECT name FROM admins"), "Ben;");
 }

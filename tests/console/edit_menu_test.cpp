@@ -27,6 +27,13 @@ TEST_F(EditMenuTest, ActsOnTheTextFieldWithTheFocus) {
     ChooseInMenuBar("&Edit", step.caption);
     EXPECT_EQ(field->text(), step.text) << ++number << " " << step.caption;
   }
+  QMenu menu;
+  FillEditMenu(menu);
+  std::vector<std::string> shortcuts;
+  for (const QAction* item : menu.actions())
+    shortcuts.push_back(item->shortcut().toString().toStdString());
+  EXPECT_THAT(shortcuts,
+              testing::ElementsAre("Ctrl+Z", "", "Ctrl+X", "Ctrl+C", "Ctrl+V", "", "", "Ctrl+A"));
 }
 
 TEST_F(EditMenuTest, CopiesTheSelectedRowsOfAList) {

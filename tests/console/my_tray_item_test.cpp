@@ -1,17 +1,20 @@
 #include "console/my_tray_item.h"
 
-#include <string>
+#include <QApplication>
+#include <QMessageBox>
+#include <QTimer>
 
-#include <QTest>
-#include <QWidget>
-#include <gtest/gtest.h>
+#include "console/message_boxes.h"
+#include "console/wnd_settings.h"
+#include "tests/console/console_fixture.h"
 
 using namespace corvane;
 
-TEST(MyTrayItem, OffersWhatTheWindowsVisibilityAllows) {
-  QWidget window;
+using MyTrayItemTest = ConsoleTest;
+
+TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
   int quits = 0;
-  MyTrayItem item(window, [&quits] { ++quits; });
+  MyTrayItem item(*myWindow, [&quits] { ++quits; });
   const auto choose = [&](int row) {
     Q_EMIT item.activated(QSystemTrayIcon::Trigger);
     EXPECT_TRUE(item.Menu().isVisible());
@@ -21,17 +24,37 @@ TEST(MyTrayItem, OffersWhatTheWindowsVisibilityAllows) {
                       item.Menu().actionGeometry(action).center());
     return text;
   };
-  EXPECT_EQ(choose(0), "Show Window");
-  EXPECT_TRUE(window.isVisible());
+  myWindow->move(70, 90);
+  ChooseInMenuBar("&File", "Settings...");
+  auto* settings = Opened<wndSettings>("wndSettings");
+  settings->move(130, 170);
   EXPECT_EQ(choose(0), "Hide Window");
-  EXPECT_FALSE(window.isVisible());
-
-  window.showMinimized();
-  window.hide();
+  EXPECT_FALSE(myWindow->isVisible() || settings->isVisible());
   EXPECT_EQ(choose(0), "Show Window");
-  EXPECT_TRUE(window.isVisible());
-  EXPECT_FALSE(window.isMinimized());
+  EXPECT_TRUE(myWindow->isVisible() && settings->isVisible());
+  EXPECT_EQ(myWindow->pos(), QPoint(70, 90));
+  EXPECT_EQ(settings->pos(), QPoint(130, 170));
+  EXPECT_TRUE(QTest::qWaitForWindowActive(settings));
+  Click(settings->btnCancel);
+  ASSERT_TRUE(NoneIsOpen());
+
+  myWindow->showMinimized();
+  EXPECT_EQ(choose(0), "Hide Window");
+  EXPECT_EQ(choose(0), "Show Window");
+  EXPECT_TRUE(myWindow->isVisible());
+  EXPECT_FALSE(myWindow->isMinimized());
   EXPECT_EQ(quits, 0);
   EXPECT_EQ(choose(2), "Exit");
   EXPECT_EQ(quits, 1);
+}
+
+TEST_F(MyTrayItemTest, QuestionThatIsHiddenIsStillAsked) {
+  QTimer::singleShot(0, [this] {
+    myWindow->HideWindow();
+    myWindow->ShowWindow();
+    const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    ASSERT_NE(box, nullptr);
+    Click(box->button(QMessageBox::Yes));
+  });
+  EXPECT_EQ(ShowMessageBox({MessageBox::Kind::Question, "Sure", "Sure?"}), MessageBox::Answer::Yes);
 }

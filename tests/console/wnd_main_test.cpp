@@ -1,13 +1,15 @@
 #include "console/wnd_main.h"
 
-#include <QAction>
 #include <QApplication>
+#include <QTcpServer>
 #include <QTimer>
 
 #include "tests/console/console_fixture.h"
 
 using namespace corvane;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 
 using WndMainTest = ConsoleTest;
 
@@ -44,10 +46,41 @@ TEST_F(WndMainTest, LaysItsControlsOutByTheirAnchors) {
   EXPECT_THAT(positions(), ElementsAre(QRect(20, 261, 493, 252), QRect(20, 20, 218, 229),
                                        QRect(250, 20, 263, 229), QRect(20, 525, 80, 20),
                                        QRect(243, 525, 129, 20), QRect(384, 525, 129, 20)));
+  EXPECT_EQ(myWindow->windowTitle(), "Corvane Server");
+  EXPECT_EQ(myWindow->minimumSize(), QSize(64, 64));
+  EXPECT_FALSE(myWindow->windowFlags().testFlag(Qt::WindowMaximizeButtonHint));
   myWindow->resize(myWindow->size() + QSize(100, 50));
   EXPECT_THAT(positions(), ElementsAre(QRect(20, 261, 593, 302), QRect(20, 20, 218, 229),
                                        QRect(250, 20, 363, 229), QRect(20, 575, 80, 20),
                                        QRect(243, 525, 129, 20), QRect(384, 525, 129, 20)));
+  QFont large = myWindow->font();
+  large.setPointSize(18);
+  myWindow->setFont(large);
+  const auto textWidth = [](const QPushButton& button) {
+    return button.fontMetrics().horizontalAdvance(button.text());
+  };
+  EXPECT_GT(myWindow->btnAdmins->width(), textWidth(*myWindow->btnAdmins));
+  EXPECT_GT(myWindow->btnBans->geometry().left(), myWindow->btnAdmins->geometry().right());
+  EXPECT_EQ(myWindow->btnBans->geometry().right(), 512);
+}
+
+TEST_F(WndMainTest, SaysOnStandardErrorWhyItDoesNotListen) {
+  QTcpServer other;
+  ASSERT_TRUE(other.listen());
+  const QString taken = QString::number(other.serverPort());
+  const struct {
+    QString port;
+    std::string words;
+  } cases[] = {{taken, "Address already in use"}, {"70000", "there is no such port"}};
+  for (const auto& row : cases) {
+    myWindow->sSocket->StopListening();
+    myApp.Settings().SetValue("AttachedPort", row.port.toStdString());
+    testing::internal::CaptureStderr();
+    myWindow->Open();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                AllOf(HasSubstr("port " + row.port.toStdString() + ": "), HasSubstr(row.words)));
+    EXPECT_TRUE(Shows("Listening..."));
+  }
 }
 
 TEST_F(WndMainTest, ClosingHidesOrMinimisesUntilTheProgramQuits) {
@@ -60,9 +93,8 @@ TEST_F(WndMainTest, ClosingHidesOrMinimisesUntilTheProgramQuits) {
   EXPECT_FALSE(myWindow->isVisible());
   LoggedIn("Ann");
 
-  auto* exit = myWindow->findChild<QAction*>("FileQuit");
-  ASSERT_NE(exit, nullptr);
-  QTimer::singleShot(0, [&] { exit->trigger(); });
+  myWindow->ShowWindow();
+  QTimer::singleShot(0, [this] { ChooseInMenuBar("&File", "E&xit"); });
   EXPECT_EQ(QApplication::exec(), 0);
   EXPECT_TRUE(myWindow->close());
 }

@@ -1,0 +1,84 @@
+#include "console/list_box.h"
+
+#include <QHeaderView>
+#include <QToolTip>
+
+#include "console/wnd_conn_info.h"
+#include "console/wnd_edit_network.h"
+#include "tests/console/console_fixture.h"
+
+using namespace corvane;
+using testing::ElementsAre;
+
+using ListBoxTest = ConsoleTest;
+
+TEST_F(ListBoxTest, RowOfTheKeyboardIsSeenSelectedOrNot) {
+  ListBox& list = *myWindow->lstNetworks;
+  // For a moment after rows have come nothing is painted.
+  ASSERT_TRUE(PumpUntil([&list] { return list.viewport()->updatesEnabled(); }));
+  const auto picture = [&list](QWidget* focused) {
+    focused->setFocus();
+    return list.grab().toImage();
+  };
+  EXPECT_NE(picture(&list), picture(myWindow->btnClear));
+  QTest::keyClick(&list, Qt::Key_Down);
+  EXPECT_EQ(list.SelectedRow(), 0);
+  EXPECT_NE(picture(&list), picture(myWindow->btnClear));
+}
+
+TEST_F(ListBoxTest, KeysAndDoubleClicksDoWhatTheMenusHave) {
+  const auto ann = LoggedIn("Ann");
+  ListBox& networks = *myWindow->lstNetworks;
+  for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Delete})
+    QTest::keyClick(&networks, key);
+  EXPECT_TRUE(NoneIsOpen());
+  EXPECT_TRUE(myBoxes.empty());
+
+  networks.setFocus();
+  QTest::keyClick(&networks, Qt::Key_Down);
+  EXPECT_EQ(QToolTip::text(), "<p>1 of 5 users are on</p>");
+  QTest::keyClick(&networks, Qt::Key_Return);
+  auto* edit = Opened<wndEditNetwork>("wndEditNetwork");
+  EXPECT_EQ(edit->txtName->text(), "North");
+  edit->chkEnable->click();
+  Click(edit->btnOK);
+  ASSERT_TRUE(NoneIsOpen());
+  QTest::keyClick(&networks, Qt::Key_End);
+  QTest::keyClick(&networks, Qt::Key_Home);
+  EXPECT_EQ(QToolTip::text(), "<p>Disabled, 1 of 5 users are on</p>");
+  QTest::keyClick(&networks, Qt::Key_Delete);
+  EXPECT_THAT(myBoxes,
+              ElementsAre("Delete Network? Are you sure you wish to delete this network?"));
+
+  ListBox& users = *myWindow->lstUsers;
+  ClickRow(users, 0);
+  QTest::mouseDClick(users.viewport(), Qt::LeftButton, {},
+                     users.visualRect(users.model()->index(0, 1)).center());
+  EXPECT_TRUE(IsOpen("wndConnInfo"));
+}
+
+TEST_F(ListBoxTest, ColumnsKeepWhatAHandGaveThem) {
+  const ListBox& list = *myWindow->lstUsers;
+  QWindow* const window = myWindow->windowHandle();
+  const auto widths = [&list] { return std::vector{list.columnWidth(0), list.columnWidth(1)}; };
+  const auto drag = [&](int distance) {
+    const QWidget* header = list.horizontalHeader()->viewport();
+    const QPoint border =
+        header->mapTo(&*myWindow, QPoint(list.columnWidth(0), header->height() / 2));
+    QTest::mousePress(window, Qt::LeftButton, {}, border);
+    QTest::mouseMove(window, border + QPoint(distance, 0));
+    QTest::mouseRelease(window, Qt::LeftButton, {}, border + QPoint(distance, 0));
+  };
+  const QSize size = myWindow->size();
+  for (const int distance : {0, 40, 85}) {
+    drag(distance);
+    const std::vector<int> dragged = widths();
+    EXPECT_EQ(dragged[0] + dragged[1], list.viewport()->width());
+    for (const int width : {280, 64}) {
+      myWindow->resize(width, size.height());
+      myWindow->resize(size);
+      EXPECT_EQ(widths(), dragged) << distance << " " << width;
+    }
+  }
+  EXPECT_GT(list.columnWidth(0), 4 * list.columnWidth(1));
+}
