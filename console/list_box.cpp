@@ -88,6 +88,8 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setHighlightSections(false);
   header->setSectionsClickable(false);
   header->setMinimumSectionSize(kNarrowestColumn);
+  // The last column, which is stretched, gets no narrower than this.
+  header->setDefaultSectionSize(kNarrowestColumn);
   myPaintTimer.setSingleShot(true);
   myPaintTimer.setInterval(kBetweenPaints);
   connect(&myPaintTimer, &QTimer::timeout, this, [this] { viewport()->setUpdatesEnabled(true); });

@@ -52,10 +52,6 @@ class HttpClientTest : public testing::Test {
   HttpClient client{"Corvane-Test/1.2"};
 };
 
-std::string Redirect(const std::string& to) {
-  return "HTTP/1.1 302 Found\r\nLocation: " + to + "\r\nContent-Length: 0\r\n\r\n";
-}
-
 }  // namespace
 
 TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
@@ -105,11 +101,11 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
 TEST_F(HttpClientTest, FollowsFiveRedirectsAndKeepsNoCookies) {
   for (int step = 0; step < 6; ++step)
     server.answers["/r" + std::to_string(step)] = {
-        Redirect(server.Address("/r" + std::to_string(step + 1)))};
+        RedirectReply(server.Address("/r" + std::to_string(step + 1)))};
   server.answers["/r6"] = {OkReply("arrived")};
   EXPECT_EQ(Fetch(To("/r0")), "failed");
   EXPECT_EQ(Fetch(To("/r1")), "arrived");
-  server.answers["/to-file"] = {Redirect("file:///etc/hostname")};
+  server.answers["/to-file"] = {RedirectReply("file:///etc/hostname")};
   EXPECT_EQ(Fetch(To("/to-file")), "failed");
 
   server.answers["/cookie"] = {"HTTP/1.1 200 OK\r\nSet-Cookie: a=b\r\nContent-Length: 0\r\n\r\n"};

@@ -1,22 +1,26 @@
 #include "tests/support/web_server.h"
 
+#include <utility>
+
 #include <QTcpSocket>
 #include <QTimer>
 
 namespace corvane {
 
-WebServer::WebServer() {
-  QObject::connect(&myServer, &QTcpServer::newConnection, &myServer, [this] {
-    while (QTcpSocket* connection = myServer.nextPendingConnection()) {
-      QObject::connect(connection, &QTcpSocket::readyRead, &myServer,
+WebServer::WebServer(std::unique_ptr<QTcpServer> listener, std::string scheme)
+    : myServer(std::move(listener)), myScheme(std::move(scheme)) {
+  QTcpServer* const server = myServer.get();
+  QObject::connect(server, &QTcpServer::pendingConnectionAvailable, server, [this, server] {
+    while (QTcpSocket* connection = server->nextPendingConnection()) {
+      QObject::connect(connection, &QTcpSocket::readyRead, server,
                        [this, connection] { Serve(*connection); });
     }
   });
-  myServer.listen(QHostAddress::LocalHost);
+  myServer->listen(QHostAddress::LocalHost);
 }
 
 std::string WebServer::Address(const std::string& path) const {
-  return "http://127.0.0.1:" + std::to_string(myServer.serverPort()) + path;
+  return myScheme + "://127.0.0.1:" + std::to_string(myServer->serverPort()) + path;
 }
 
 void WebServer::Serve(QTcpSocket& connection) {
@@ -36,6 +40,10 @@ void WebServer::Serve(QTcpSocket& connection) {
 
 std::string OkReply(const std::string& body) {
   return "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+}
+
+std::string RedirectReply(const std::string& to) {
+  return "HTTP/1.1 302 Found\r\nLocation: " + to + "\r\nContent-Length: 0\r\n\r\n";
 }
 
 }  // namespace corvane

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,9 @@ class WebServer {
     std::chrono::milliseconds delay{0};
   };
 
-  WebServer();
+  // `listener` may be one that speaks TLS; `scheme` says so.
+  explicit WebServer(std::unique_ptr<QTcpServer> listener = std::make_unique<QTcpServer>(),
+                     std::string scheme = "http");
 
   // The address of a path, "http://127.0.0.1:PORT/path".
   std::string Address(const std::string& path = {}) const;
@@ -31,10 +34,12 @@ class WebServer {
  private:
   void Serve(QTcpSocket& connection);
 
-  QTcpServer myServer;
+  std::unique_ptr<QTcpServer> myServer;
+  std::string myScheme;
 };
 
-// A whole reply of status 200.
+// A whole reply of status 200, and one that leads elsewhere.
 std::string OkReply(const std::string& body);
+std::string RedirectReply(const std::string& to);
 
 }  // namespace corvane
