@@ -18,6 +18,7 @@ namespace {
 
 constexpr int kRowPadding = 4;
 constexpr int kNarrowestColumn = 40;
+constexpr int kRowsMeasured = 500;
 constexpr std::chrono::milliseconds kBetweenPaints{100};
 
 // Rows are marked as a whole: the selected ones by their ground, the one that has the keyboard by a
@@ -87,6 +88,7 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
   header->setHighlightSections(false);
   header->setSectionsClickable(false);
+  header->setResizeContentsPrecision(kRowsMeasured);
   header->setMinimumSectionSize(kNarrowestColumn);
   // The last column, which is stretched, gets no narrower than this.
   header->setDefaultSectionSize(kNarrowestColumn);

@@ -32,7 +32,8 @@ class ListBox : public QTableView {
 
   void setModel(QAbstractItemModel* model) override;
 
-  // Has each column want the width of its texts; at first all want the same.
+  // Has each column want the width of its texts, those of the first rows; at first all want the
+  // same.
   void FitColumns();
 
   // The first selected row; -1 when none is.

@@ -8,8 +8,8 @@
 namespace corvane {
 namespace {
 
-constexpr int kInitialColumns = 86;  // characters
-constexpr int kInitialLines = 20;
+constexpr int kInitialColumns = 100;  // characters
+constexpr int kInitialLines = 24;
 
 }  // namespace
 

@@ -1,27 +1,31 @@
 #include "console/window_group.h"
 
 #include <QDialog>
+#include <QWindow>
 
 namespace corvane {
 
 void WindowGroup::Hide() {
-  myPlaces = {{&myWindow, myWindow.pos()}};
+  const auto placeOf = [](QWidget* window) {
+    return Place{window, window->windowHandle()->position()};
+  };
+  myPlaces = {placeOf(&myWindow)};
   for (QDialog* dialog : myWindow.findChildren<QDialog*>()) {
-    if (dialog->isVisible()) myPlaces.push_back({dialog, dialog->pos()});
+    if (dialog->isVisible()) myPlaces.push_back(placeOf(dialog));
   }
   for (auto place = myPlaces.rbegin(); place != myPlaces.rend(); ++place)
     place->window->hide();
 }
 
 void WindowGroup::Show() {
-  if (myPlaces.empty()) myPlaces = {{&myWindow, myWindow.pos()}};
   QWidget* uppermost = nullptr;
   for (const Place& place : myPlaces) {
     if (place.window == nullptr) continue;
     uppermost = place.window;
     uppermost->setWindowState(uppermost->windowState() & ~Qt::WindowMinimized);
-    // Otherwise the desktop would look for a place.
-    uppermost->move(place.position);
+    // Otherwise the desktop would look for a place. Not by the widget's own move, which passes on
+    // only what is new to it.
+    uppermost->windowHandle()->setPosition(place.position);
     uppermost->show();
   }
   if (uppermost == nullptr) return;

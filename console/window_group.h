@@ -14,6 +14,7 @@ class WindowGroup {
  public:
   explicit WindowGroup(QWidget& window) : myWindow(window) {}
 
+  // The window has been shown before.
   void Hide();
   // Shows what Hide has hidden, none of it minimised.
   void Show();
@@ -21,7 +22,7 @@ class WindowGroup {
  private:
   struct Place {
     QPointer<QWidget> window;
-    QPoint position;
+    QPoint position;  // without the frame, of which desktops have their own ideas
   };
 
   QWidget& myWindow;

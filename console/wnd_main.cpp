@@ -264,10 +264,11 @@ void wndMain::FileCheckForUpdates() {
 void wndMain::ShowUpdate(const Update& update) {
   myUpdaterWindow =
       new UpdaterWindow(update, myApp.Http(), LaunchInstaller, [this] { myApp.Quit(); });
-  // Whoever is at work in a dialog goes on there.
-  myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating,
-                                QApplication::activeModalWidget() != nullptr);
+  // Whoever is at work in a dialog goes on there, and sees it.
+  QWidget* const dialog = QApplication::activeModalWidget();
+  myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating, dialog != nullptr);
   myUpdaterWindow->show();
+  if (dialog != nullptr) dialog->raise();
 }
 
 void wndMain::btnClear_Action() {
