@@ -40,7 +40,9 @@ void Type(QWidget* field, const QString& text) {
 }
 
 void Click(QWidget* button) {
-  QTest::mouseClick(button, Qt::LeftButton);
+  // By way of the window, which a dialog of another may keep from being used.
+  QTest::mouseClick(button->window()->windowHandle(), Qt::LeftButton, {},
+                    button->mapTo(button->window(), button->rect().center()));
 }
 
 QMenu* OpenedMenu() {

@@ -49,8 +49,8 @@ TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
 }
 
 TEST_F(MyTrayItemTest, QuestionThatIsHiddenIsStillAsked) {
-  QTimer::singleShot(0, [this] {
-    myWindow->HideWindow();
+  QTimer::singleShot(0, [this] { myWindow->HideWindow(); });
+  QTimer::singleShot(50, [this] {
     myWindow->ShowWindow();
     const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
     ASSERT_NE(box, nullptr);
