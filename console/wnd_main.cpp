@@ -1,8 +1,8 @@
 #include "console/wnd_main.h"
 
-#include <tuple>
 #include <algorithm>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include <QApplication>

@@ -1,6 +1,7 @@
 #include "console/wnd_view_bans.h"
 
 #include <tuple>
+
 #include "framework/dates.h"
 #include "framework/visible_text.h"
 

@@ -84,17 +84,6 @@ QString WrittenOut(const QString& text, qsizetype limit) {
   return result;
 }
 
-// At most `maxBytes` of the text, not ending inside a UTF-8 sequence.
-std::string_view Start(std::string_view text, std::size_t maxBytes) {
-  if (text.size() <= maxBytes) return text;
-  std::size_t end = maxBytes;
-  for (int step = 0; step < 3 && end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80;
-       ++step) {
-    --end;
-  }
-  return text.substr(0, end);
-}
-
 }  // namespace
 
 std::string Escaped(std::string_view text) {
@@ -109,7 +98,7 @@ QString VisibleText(std::string_view text, std::size_t maxLength) {
   }
   // A character takes at most four bytes, so this much is always enough.
   const auto limit = static_cast<qsizetype>(maxLength);
-  QString result = WrittenOut(DisplayText(Start(text, (maxLength + 1) * 4)), limit);
+  QString result = WrittenOut(DisplayText(Beginning(text, (maxLength + 1) * 4)), limit);
   if (result.size() <= limit) return result;
   result.truncate(limit);
   if (result.back().isHighSurrogate()) result.chop(1);

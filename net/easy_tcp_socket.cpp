@@ -148,7 +148,7 @@ void EasyTCPSocket::_Poll() {
 
 void EasyTCPSocket::FireEvents() {
   const auto wait = MustWait(ReadFrame(mEvents.Bytes()).command);
-  if (wait > wait.zero()) return DelayMessages(wait);
+  if (wait > PollLoop::Clock::duration::zero()) return DelayMessages(wait);
   // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.
   ByteQueue delivering = std::move(mEvents);
   const Frame frame = ReadFrame(delivering.Bytes());

@@ -19,6 +19,13 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 using testing::ElementsAre;
 
+// More than the system takes at once.
+std::string Large() {
+  std::string text;
+  text.resize(12'000'000, 'x');
+  return text;
+}
+
 class EasyTCPSocketTest : public NetTest {
  protected:
   explicit EasyTCPSocketTest(PollLoop::MemoryLimits limits = {}) : NetTest(limits) {
@@ -120,7 +127,7 @@ TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
 // Far more than the system takes at once is on its way when the connection ends, by our side or by
 // a peer that reads on.
 TEST_F(EasyTCPSocketTest, WhatIsWrittenArrivesThoughTheConnectionHasEnded) {
-  const std::string large(12'000'000, 'x');
+  const std::string large = Large();
   socket->SendMessage(1, large);
   EXPECT_GT(socket->BytesLeftToSend(), 0U);
   socket->Close();
@@ -141,7 +148,7 @@ TEST_F(EasyTCPSocketTest, WhatIsWrittenArrivesThoughTheConnectionHasEnded) {
 }
 
 TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForThoseWhoRead) {
-  const std::string large(12'000'000, 'x');
+  const std::string large = Large();
   const auto silent = Connect();
   const os::SocketHandle reader = os::OpenSocket().handle;
   os::Connect(reader, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
