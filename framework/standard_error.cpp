@@ -1,7 +1,7 @@
 #include "framework/standard_error.h"
 
-#include "framework/standard_output.h"
 #include "framework/standard_streams.h"
+#include "framework/visible_text.h"
 
 namespace corvane {
 
