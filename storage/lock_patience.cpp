@@ -10,6 +10,7 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::seconds kPause(1);
+constexpr std::chrono::seconds kLongestPause(5);
 constexpr std::chrono::milliseconds kLongestSleep(20);
 
 }  // namespace
@@ -26,10 +27,14 @@ int LockPatience::OnLocked(void* self, int tries) {
 
 bool LockPatience::Wait(int tries) {
   const Clock::time_point now = Clock::now();
-  if (now < myNoWaitUntil) return false;
+  if (now < myNoWaitUntil) {
+    myNoWaitUntil = std::min(now + kPause, myLatestEnd);
+    return false;
+  }
   if (tries == 0) myWaitingSince = now;
   if (now - myWaitingSince >= myBound) {
     myNoWaitUntil = now + kPause;
+    myLatestEnd = now + kLongestPause;
     return false;
   }
   std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestSleep));

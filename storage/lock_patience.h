@@ -6,8 +6,9 @@ struct sqlite3;
 
 namespace corvane {
 
-// How long statements wait for a lock that another program holds on the database: up to a bound,
-// and for a second after a wait in vain not at all, so that many statements cost one wait.
+// How long statements wait for a lock that another program holds on the database: up to a bound.
+// After a wait in vain nobody waits until no lock was met for a second, or five seconds are over,
+// so that many statements cost one wait.
 class LockPatience {
  public:
   // Sees to the waiting of this database from now on. To be outlived by nothing that runs there.
@@ -24,6 +25,7 @@ class LockPatience {
   std::chrono::milliseconds myBound{};
   Clock::time_point myWaitingSince;
   Clock::time_point myNoWaitUntil;
+  Clock::time_point myLatestEnd;  // of the time without waiting
 };
 
 }  // namespace corvane
