@@ -65,9 +65,9 @@ bool ColumnWidths::eventFilter(QObject* watched, QEvent* event) {
 void ColumnWidths::LetGo() {
   myIsHeld = false;
   if (!std::exchange(myWasDragged, false)) return;
-  std::vector<double> widths;
-  for (int column = 0; column < myHeader.count(); ++column)
-    widths.push_back(myHeader.sectionSize(column));
+  std::vector<double> widths(myWanted.size());
+  for (std::size_t column = 0; column < widths.size(); ++column)
+    widths[column] = myHeader.sectionSize(static_cast<int>(column));
   // Brings a column back that was pushed out of sight.
   Want(std::move(widths));
 }

@@ -21,12 +21,12 @@ Dialog::Dialog(const QString& name, const QString& title, QWidget& owner) : QDia
   setWindowTitle(QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
 }
 
-void Dialog::Open() {
+void Dialog::open() {
   // Qt would make the first button the default by itself.
   for (QPushButton* button : findChildren<QPushButton*>())
     button->setAutoDefault(false);
   focusNextChild();
-  open();
+  QDialog::open();
 }
 
 void Dialog::keyPressEvent(QKeyEvent* event) {

@@ -20,7 +20,7 @@ class Dialog : public QDialog {
   Dialog(const QString& name, const QString& title, QWidget& owner);
 
   // Shows it with the focus on its first control, as if that had been reached by the Tab key.
-  void Open();
+  void open() override;
 
  protected:
   void keyPressEvent(QKeyEvent* event) override;

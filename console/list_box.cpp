@@ -106,9 +106,10 @@ void ListBox::setModel(QAbstractItemModel* model) {
 
 void ListBox::FitColumns() {
   std::vector<double> widths;
-  for (int column = 0; column < model()->columnCount(); ++column)
+  for (int column = 0; column < model()->columnCount(); ++column) {
     widths.push_back(
         std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column)));
+  }
   myColumns.Want(std::move(widths));
 }
 

@@ -1,5 +1,7 @@
 #include "console/window_group.h"
 
+#include <ranges>
+
 #include <QDialog>
 #include <QWindow>
 
@@ -13,8 +15,8 @@ void WindowGroup::Hide() {
   for (QDialog* dialog : myWindow.findChildren<QDialog*>()) {
     if (dialog->isVisible()) myPlaces.push_back(placeOf(dialog));
   }
-  for (auto place = myPlaces.rbegin(); place != myPlaces.rend(); ++place)
-    place->window->hide();
+  for (const Place& place : std::views::reverse(myPlaces))
+    place.window->hide();
 }
 
 void WindowGroup::Show() {

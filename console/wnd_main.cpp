@@ -242,12 +242,12 @@ void wndMain::ConnectEvents() {
 
 void wndMain::FileSettings() {
   auto* dialog = new wndSettings(myApp, NetworkInterfaces(), *this);
-  dialog->Open();
+  dialog->open();
 }
 
 void wndMain::FileSendMessage() {
   auto* dialog = new wndMessage(*sSocket, *this);
-  dialog->Open();
+  dialog->open();
 }
 
 void wndMain::FileCheckForUpdates() {
@@ -277,12 +277,12 @@ void wndMain::btnClear_Action() {
 
 void wndMain::btnAdmins_Action() {
   auto* dialog = new wndViewAdmins(sSocket->Admins(), *this);
-  dialog->Open();
+  dialog->open();
 }
 
 void wndMain::btnBans_Action() {
   auto* dialog = new wndViewBans(sSocket->Bans(), *this);
-  dialog->Open();
+  dialog->open();
 }
 
 void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
@@ -301,10 +301,10 @@ void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
 void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network) {
   if (caption == kAddNetwork) {
     auto* dialog = new wndAddNetwork(*sSocket, myNetworks, myApp.serverdb(), *this);
-    dialog->Open();
+    dialog->open();
   } else if (caption == kEditNetwork) {
     auto* dialog = new wndEditNetwork(myApp, network, *this);
-    dialog->Open();
+    dialog->open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);
   } else if (caption == kDisconnectAll) {
@@ -351,13 +351,13 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
                                             const std::shared_ptr<ClientSocket>& user) {
   if (caption == kConnectionInfo) {
     auto* dialog = new wndConnInfo(*user, *this);
-    dialog->Open();
+    dialog->open();
   } else if (caption == kKickUser) {
     auto* dialog = new wndKick(user, *this);
-    dialog->Open();
+    dialog->open();
   } else if (caption == kBanUser) {
     auto* dialog = new wndBan(user, *this);
-    dialog->Open();
+    dialog->open();
   } else if (caption == kForceDisconnect) {
     ForceDisconnect(*user);
   } else if (caption == kMakeAdmin) {

@@ -97,7 +97,7 @@ void wndSettings::udConns_Down() const {
   if (fldConns->text() == QStringLiteral("0")) fldConns->setText(QStringLiteral("2"));
 }
 
-void wndSettings::fldPort_TextChange() {
+void wndSettings::fldPort_TextChange() const {
   if (ValueOf(*fldPort) <= kHighestPort) return;
   SetValue(*fldPort, kHighestPort);
   // What is typed next takes its place.

@@ -32,7 +32,7 @@ class wndSettings : public Dialog {
  private:
   void LayOut();
   void SelectInterface(const std::string& macAddress);
-  void fldPort_TextChange();
+  void fldPort_TextChange() const;
   void udConns_Up() const;
   void udConns_Down() const;
   void btnOK_Action();

@@ -147,7 +147,7 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
                                                     {"00:1A:2B:3C:4D:5F", "192.0.2.2"}};
   const auto open = [&] {
     auto* settings = new wndSettings(myApp, interfaces, *myWindow);
-    settings->Open();
+    settings->open();
     return settings;
   };
   const auto stored = [&] {
