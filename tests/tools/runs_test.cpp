@@ -7,7 +7,9 @@
 
 #include "tests/support/test_server.h"
 #include "tools/swarm/churn_run.h"
+#include "tools/swarm/hostile/parts.h"
 #include "tools/swarm/measured_run.h"
+#include "tools/swarm/rush_run.h"
 
 namespace corvane::swarm {
 namespace {
@@ -15,23 +17,27 @@ namespace {
 class RunsTest : public testing::Test {
  protected:
   RunsTest() {
-    options.server.sin_family = AF_INET;
-    options.server.sin_port = htons(static_cast<std::uint16_t>(server.Port()));
-    options.server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    Aim();
     options.networks = {"Net"};
     options.password = "secret";
-    options.users = 4;
+    options.users = options.reporters = 4;
     options.connectAtOnce = 2;
     options.userPrefix = "swarm";
     options.duration = std::chrono::milliseconds(500);
   }
 
+  void Aim() {
+    options.server.sin_family = AF_INET;
+    options.server.sin_port = htons(static_cast<std::uint16_t>(server.Port()));
+    options.server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  }
+
   // The run on a thread of its own, the server on this one. `meanwhile` is called when the server
   // has raised so many events.
   template <typename Run>
-  RunResult Execute(
+  auto Execute(
       std::size_t events = 0, const std::function<void()>& meanwhile = [] {}) {
-    RunResult result;
+    decltype(Run(options).Execute()) result;
     std::atomic<bool> isOver = false;
     std::thread swarm([&] {
       result = Run(options).Execute();
@@ -82,6 +88,67 @@ TEST_F(RunsTest, IdleFailsOnlyWhenSomethingComes) {
   const RunResult disturbed = Execute<MeasuredRun>(1, [&] { other.Send(4, "1200,845,2,90,1,0"); });
   EXPECT_FALSE(disturbed.IsGood());
   EXPECT_GT(disturbed.unexpected, 0U);
+}
+
+TEST_F(RunsTest, RushTellsWhoWasGreetedRefusedAndLeftHanging) {
+  server.listener->SetMaximumSocketsConnected(10);
+  server.listener->Listen();
+  Aim();
+  options.clients = 15;
+  options.rounds = 2;
+  const RushResult full = Execute<RushRun>();
+  EXPECT_FALSE(full.IsGood());
+  ASSERT_EQ(full.rounds.size(), 2U);
+  EXPECT_EQ(full.rounds[0].greeted, 10U);
+  EXPECT_EQ(full.rounds[0].refused, 5U);
+  ASSERT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
+
+  options.clients = 10;
+  options.rounds = 1;
+  EXPECT_TRUE(Execute<RushRun>().IsGood());
+
+  server.Query(
+      "INSERT INTO bans (address, \"by\", reason, bandate, banlength, network)"
+      " VALUES ('127.0.0.1', 'Server Admin', '', '2026-02-03 21:14:09', 1, 'Net')");
+  EXPECT_EQ(Execute<RushRun>().rounds[0].refused, 10U) << "a ban notice is no greeting";
+
+  options.duration = std::chrono::milliseconds(50);
+  const RushResult hung = RushRun(options).Execute();
+  EXPECT_FALSE(hung.IsGood()) << "nobody ran the server";
+  EXPECT_EQ(hung.Hung(hung.rounds[0]), 10U);
+}
+
+TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
+  server.AddNetwork("Net", "secret", 20);
+  TestClient stranger(server.Port());
+  ASSERT_TRUE(stranger.LogIn("Net", "secret", std::string(kStrangerPrefix) + " of ours"));
+  server.events.clear();
+  options.mode = Mode::Hostile;
+  options.duration = std::chrono::milliseconds(900);
+  options.parts = {FindPart("tiny-messages")};
+  const RunResult result =
+      Execute<MeasuredRun>(options.users, [&] { stranger.Send(4, "1200,845,2,90,1,0"); });
+  EXPECT_TRUE(result.IsGood()) << result.ToText();
+  ASSERT_TRUE(result.hostile && result.deliveries);
+  EXPECT_EQ(result.hostile->strangers.acted, 10U);
+  std::uint64_t counted = 0;
+  for (const HostileAccount::Window& window : result.hostile->windows) {
+    EXPECT_GT(window.latency.Count(), 0U);
+    counted += window.latency.Count();
+  }
+  EXPECT_EQ(counted, result.deliveries->expected);
+}
+
+TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
+  server.AddNetwork("Net");
+  options.mode = Mode::Hostile;
+  options.strangersNetwork = "unknown";
+  options.parts = {FindPart("slow-writers")};
+  const RunResult result = Execute<MeasuredRun>();
+  EXPECT_FALSE(result.IsGood());
+  ASSERT_TRUE(result.hostile && result.deliveries);
+  EXPECT_EQ(result.hostile->strangers.acted, 0U);
+  EXPECT_EQ(result.deliveries->missing, 0U) << result.ToText();
 }
 
 }  // namespace

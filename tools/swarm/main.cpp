@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <sys/resource.h>
+#include <utility>
 
 #include <QCoreApplication>
 
@@ -8,6 +10,7 @@
 #include "tools/swarm/demo_run.h"
 #include "tools/swarm/measured_run.h"
 #include "tools/swarm/options.h"
+#include "tools/swarm/rush_run.h"
 
 namespace corvane::swarm {
 namespace {
@@ -20,15 +23,41 @@ void RaiseDescriptorLimit() {
   setrlimit(RLIMIT_NOFILE, &limit);
 }
 
+// Returns the program's exit code.
+template <typename Result>
+int Print(const Result& result) {
+  std::printf("%s\n%s\n", result.ToText().c_str(), result.ToJson().c_str());
+  return result.IsGood() ? 0 : 1;
+}
+
+int RunHostile(Options options) {
+  int exitCode = 0;
+  for (const PartInfo* const part : std::exchange(options.parts, {})) {
+    options.parts = {part};
+    exitCode = std::max(exitCode, Print(MeasuredRun(options).Execute()));
+  }
+  return exitCode;
+}
+
 int Run(const Options& options) {
   RaiseDescriptorLimit();
   // A line as soon as it is written, also into a pipe.
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
-  if (options.mode == Mode::Demo) return DemoRun(options).Execute();
-  const RunResult result =
-      options.mode == Mode::Churn ? ChurnRun(options).Execute() : MeasuredRun(options).Execute();
-  std::printf("%s\n%s\n", result.ToText().c_str(), result.ToJson().c_str());
-  return result.IsGood() ? 0 : 1;
+  switch (options.mode) {
+    case Mode::Demo:
+      return DemoRun(options).Execute();
+    case Mode::Churn:
+      return Print(ChurnRun(options).Execute());
+    case Mode::Rush:
+      return Print(RushRun(options).Execute());
+    case Mode::Hostile:
+      return RunHostile(options);
+    case Mode::Fanout:
+    case Mode::Rate:
+    case Mode::Idle:
+      break;
+  }
+  return Print(MeasuredRun(options).Execute());
 }
 
 int Main(int argumentCount, char** arguments) {

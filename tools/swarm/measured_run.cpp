@@ -3,6 +3,7 @@
 #include <cstdio>
 
 #include "tools/swarm/fanout_traffic.h"
+#include "tools/swarm/hostile/hostile_traffic.h"
 #include "tools/swarm/idle_traffic.h"
 #include "tools/swarm/members.h"
 #include "tools/swarm/rate_traffic.h"
@@ -14,6 +15,9 @@ namespace {
 constexpr std::chrono::seconds kSettleTime{1};
 // Deliveries that do not come for this long are missing.
 constexpr std::chrono::seconds kDrainTime{10};
+// Beside a hostile side.
+constexpr double kHonestBurstsPerSecond = 10;  // of all members together
+constexpr std::size_t kHonestBurst = 5;
 
 }  // namespace
 
@@ -39,8 +43,14 @@ std::unique_ptr<Traffic> MeasuredRun::MakeTraffic(const Options& options) {
     return std::make_unique<FanoutTraffic>(myPool, myBook, std::move(clients), options.users,
                                            options.reporters, options.burst);
   }
-  return std::make_unique<RateTraffic>(myPool, myBook, std::move(clients), options.users,
-                                       options.reportsPerSecond);
+  if (options.mode == Mode::Rate) {
+    return std::make_unique<RateTraffic>(myPool, myBook, std::move(clients), options.users,
+                                         options.reportsPerSecond);
+  }
+  const double each =
+      kHonestBurstsPerSecond * double{kHonestBurst} / static_cast<double>(options.users);
+  RateTraffic honest(myPool, myBook, std::move(clients), options.users, each, kHonestBurst);
+  return std::make_unique<HostileTraffic>(std::move(honest), options, *options.parts.front());
 }
 
 RunResult MeasuredRun::Execute() {
@@ -56,6 +66,7 @@ RunResult MeasuredRun::Execute() {
     deliveries->missing = myBook.Missing();
   }
   myResult.unexpected = myBook.Unexpected();
+  myTraffic->AddTo(myResult);
   return myResult;
 }
 
@@ -77,7 +88,7 @@ void MeasuredRun::Received(Client& client, std::int32_t command, std::string_vie
   const std::optional<Member> sender =
       relay ? ParseUserName(myOptions.userPrefix, relay->user) : std::nullopt;
   if (!sender) {
-    myBook.ReceiveForeign();
+    if (myTraffic->IsDisturbing(payload)) myBook.ReceiveForeign();
     return;
   }
   if (!myBook.Receive(client.Identity(), *sender, relay->report)) return;
@@ -147,7 +158,10 @@ void MeasuredRun::Interrupted() {
 
 void MeasuredRun::StartSending() {
   myPhase = Phase::Sending;
-  if (myServer) myServer->StartCpuClock();
+  if (myServer) {
+    myServer->StartCpuClock();
+    myServer->StartPeak();
+  }
   mySendingStart = myLastDelivery = Clock::now();
   myTraffic->Start(mySendingStart, myOptions.duration ? mySendingStart + *myOptions.duration
                                                       : Clock::time_point::max());
@@ -168,6 +182,7 @@ void MeasuredRun::EndSending() {
   if (myServer) {
     myResult.serverCpu = myServer->CpuTime();
     myResult.serverRssKib = myServer->RssKib();
+    myResult.serverPeakKib = myServer->PeakKib();
   }
   StartLeaving();
 }

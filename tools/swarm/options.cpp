@@ -7,6 +7,8 @@
 
 #include <QCommandLineParser>
 
+#include "tools/swarm/hostile/parts.h"
+
 namespace corvane::swarm {
 
 namespace {
@@ -46,7 +48,8 @@ constexpr OptionRow kOptions[] = {
      nullptr},
     {"seconds", "time", nullptr,
      "How long to send, or to come and go (10); demo and idle: how long to stay (until "
-     "interrupted).",
+     "interrupted); rush: how long to wait for the greetings (10); hostile: how long to measure "
+     "before, during and after each part (10).",
      nullptr},
     {"leave", "way", "orderly", "How the clients end: orderly, or abrupt (a reset).", nullptr},
     {"server-pid", "number", nullptr,
@@ -54,6 +57,12 @@ constexpr OptionRow kOptions[] = {
     {"measure-idle", nullptr, nullptr,
      "Measure the server's memory for a connection that only waits (needs --server-pid).",
      "fanout rate idle"},
+    {"clients", "count", "1000", "rush: clients that connect at the same moment.", "rush"},
+    {"rounds", "count", "1", "rush: how many rushes, one after the other.", "rush"},
+    {"part", "name", nullptr,
+     "hostile: what the hostile side does, a name of those below or all; may be given several "
+     "times.",
+     "hostile"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
     {"burst", "count", "20", "fanout: reports of each reporter in a burst.", "fanout"},
     {"rate", "reports", "2", "rate: reports a second of each member.", "rate"},
@@ -125,15 +134,89 @@ std::vector<std::string> Networks(const QCommandLineParser& parser) {
   return names;
 }
 
+// Of the two networks that a hostile run is given, the second is the strangers'.
+void ReadHostile(const QCommandLineParser& parser, Options& options) {
+  if (options.networks.size() != 2) {
+    throw UsageError(
+        QStringLiteral("hostile takes two networks: the honest members' and the strangers'"));
+  }
+  options.strangersNetwork = options.networks.back();
+  options.networks.pop_back();
+  for (const QString& name : parser.values(QStringLiteral("part"))) {
+    if (name == QLatin1String("all")) {
+      for (const PartInfo& part : HostileParts())
+        options.parts.push_back(&part);
+    } else if (const PartInfo* const part = FindPart(name.toStdString())) {
+      options.parts.push_back(part);
+    } else {
+      throw UsageError(QStringLiteral("there is no part '%1'").arg(name));
+    }
+  }
+  if (options.parts.empty()) throw UsageError(QStringLiteral("hostile needs --part"));
+}
+
+struct ModeRow {
+  const char* name;
+  Mode mode;
+  const char* description;
+};
+
+constexpr ModeRow kModes[] = {
+    {"demo", Mode::Demo,
+     "players walk, fight, die, leave and come back; a line a second tells how many"},
+    {"fanout", Mode::Fanout,
+     "closed loop: in each network reporters send bursts and wait until every member\n"
+     "         has every report"},
+    {"rate", Mode::Rate,
+     "every member reports at a fixed rate; tells how long the reports are on the road,\n"
+     "         counted from the time at which each was due"},
+    {"idle", Mode::Idle, "all log in and wait; the line \"ready\" tells that all are in"},
+    {"churn", Mode::Churn, "clients log in, leave at once and come back, over and over"},
+    {"rush", Mode::Rush,
+     "clients connect at the same moment and wait for the greeting; tells how many were\n"
+     "         greeted, refused or left hanging, and when the last was greeted"},
+    {"hostile", Mode::Hostile,
+     "members report in bursts, and in the middle third of the time strangers try to hurt\n"
+     "         them; tells how long the members' reports are on the road before, during, after"},
+};
+
+QString NamesOfModes() {
+  QStringList names;
+  for (const ModeRow& row : kModes)
+    names += QString::fromLatin1(row.name);
+  const QString last = names.takeLast();
+  return names.join(QLatin1String(", ")) + QLatin1String(" or ") + last;
+}
+
 Mode ModeOf(const QStringList& arguments) {
   if (arguments.size() == 1) {
-    if (arguments[0] == QLatin1String("demo")) return Mode::Demo;
-    if (arguments[0] == QLatin1String("fanout")) return Mode::Fanout;
-    if (arguments[0] == QLatin1String("rate")) return Mode::Rate;
-    if (arguments[0] == QLatin1String("idle")) return Mode::Idle;
-    if (arguments[0] == QLatin1String("churn")) return Mode::Churn;
+    for (const ModeRow& row : kModes) {
+      if (arguments[0] == QLatin1String(row.name)) return row.mode;
+    }
   }
-  throw UsageError(QStringLiteral("give one mode: demo, fanout, rate, idle or churn"));
+  throw UsageError(QStringLiteral("give one mode: %1").arg(NamesOfModes()));
+}
+
+QString Description() {
+  QString text =
+      QStringLiteral("Simulated players for a Corvane server, over its real protocol.\n");
+  for (const ModeRow& row : kModes) {
+    text += QStringLiteral("\n%1 %2")
+                .arg(QString::fromLatin1(row.name), -8)
+                .arg(QString::fromLatin1(row.description));
+  }
+  text += QStringLiteral("\n\nParts of hostile, and all for one after the other:\n");
+  for (const PartInfo& part : HostileParts()) {
+    text += QStringLiteral("\n%1 %2")
+                .arg(QString::fromLatin1(part.name), -14)
+                .arg(QString::fromLatin1(part.description));
+  }
+  text += QStringLiteral(
+      "\n\nAll but demo end with a line to read and a line of JSON (hostile: a pair a part).\n"
+      "fanout, rate and hostile count every delivery. The exit code is 0 only if all came that\n"
+      "was expected, nothing else came, and nobody was refused or cut off (of the members, in\n"
+      "hostile).");
+  return text;
 }
 
 void CheckModeTakesOptions(const QCommandLineParser& parser, const QString& mode) {
@@ -153,19 +236,23 @@ Options Read(const QCommandLineParser& parser) {
   const QString modeName = parser.positionalArguments().constFirst();
   CheckModeTakesOptions(parser, modeName);
   options.modeName = modeName.toStdString();
-  const bool sends = options.mode == Mode::Fanout || options.mode == Mode::Rate;
+  const bool sends =
+      options.mode == Mode::Fanout || options.mode == Mode::Rate || options.mode == Mode::Hostile;
 
   options.server = ServerAddress(parser);
-  options.networks = Networks(parser);
+  if (options.mode != Mode::Rush) options.networks = Networks(parser);
+  if (options.mode == Mode::Hostile) ReadHostile(parser, options);
   options.password = parser.value(QStringLiteral("password")).toStdString();
   options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
   options.users = Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
   options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
-  if (parser.isSet(QStringLiteral("seconds")) || sends || options.mode == Mode::Churn) {
+  const bool endsByItself = options.mode != Mode::Demo && options.mode != Mode::Idle;
+  if (parser.isSet(QStringLiteral("seconds")) || endsByItself) {
     const double seconds = parser.isSet(QStringLiteral("seconds"))
                                ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
                                : 10;
     options.duration = std::chrono::milliseconds(std::lround(seconds * 1000));
+    if (options.mode == Mode::Hostile) *options.duration *= 3;
   }
 
   const QString way = parser.value(QStringLiteral("leave"));
@@ -188,6 +275,8 @@ Options Read(const QCommandLineParser& parser) {
                             ? Count(parser, QStringLiteral("reporters"), 1, options.users)
                             : options.users;
   }
+  options.clients = Count(parser, QStringLiteral("clients"), 1, 1'000'000);
+  options.rounds = Count(parser, QStringLiteral("rounds"), 1, 100000);
   options.burst = Count(parser, QStringLiteral("burst"), 1, 100000);
   options.reportsPerSecond = PositiveNumber(parser, QStringLiteral("rate"), 100000);
   return options;
@@ -197,23 +286,13 @@ Options Read(const QCommandLineParser& parser) {
 
 ParsedOptions ParseOptions(const QStringList& arguments) {
   QCommandLineParser parser;
-  parser.setApplicationDescription(QStringLiteral(
-      "Simulated players for a Corvane server, over its real protocol.\n\n"
-      "demo    players walk, fight, die, leave and come back; a line a second tells how many\n"
-      "fanout  closed loop: in each network reporters send bursts and wait until every member\n"
-      "        has every report\n"
-      "rate    every member reports at a fixed rate; tells how long the reports are on the road,\n"
-      "        counted from the time at which each was due\n"
-      "idle    all log in and wait; the line \"ready\" tells that all are in\n"
-      "churn   clients log in, leave at once and come back, over and over\n\n"
-      "All but demo end with a line to read and a line of JSON. fanout and rate count every\n"
-      "delivery. The exit code is 0 only if all came that was expected, nothing else came, and\n"
-      "nobody was refused or cut off."));
-  parser.addPositionalArgument(QStringLiteral("mode"),
-                               QStringLiteral("demo, fanout, rate, idle or churn"));
+  parser.setApplicationDescription(Description());
+  parser.addPositionalArgument(QStringLiteral("mode"), NamesOfModes());
   const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                 QStringLiteral("Show this text."));
-  parser.addOption(help);
+  const QCommandLineOption listParts(QStringLiteral("list-parts"),
+                                     QStringLiteral("Show the names of the parts of hostile."));
+  parser.addOptions({help, listParts});
   AddOptions(parser);
 
   ParsedOptions result;
@@ -221,6 +300,9 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
     if (!parser.parse(arguments)) throw UsageError(parser.errorText());
     if (parser.isSet(help)) {
       result.text = parser.helpText().toStdString();
+    } else if (parser.isSet(listParts)) {
+      for (const PartInfo& part : HostileParts())
+        result.text += part.name + std::string("\n");
     } else {
       result.options = Read(parser);
     }

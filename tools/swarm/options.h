@@ -13,7 +13,9 @@
 
 namespace corvane::swarm {
 
-enum class Mode { Demo, Fanout, Rate, Idle, Churn };
+struct PartInfo;
+
+enum class Mode { Demo, Fanout, Rate, Idle, Churn, Rush, Hostile };
 enum class LeaveWay { Orderly, Abrupt };
 
 // What the command line asks for.
@@ -33,6 +35,11 @@ struct Options {
   std::size_t reporters = 0;    // of each network; idle: none
   std::size_t burst = 0;        // fanout
   double reportsPerSecond = 0;  // rate, of each member
+  std::size_t clients = 0;      // rush
+  std::size_t rounds = 0;       // rush
+  // hostile: what is played, one after the other, and where strangers that are members meet
+  std::vector<const PartInfo*> parts;
+  std::string strangersNetwork;
 };
 
 // What reading the command line came to: options, or a text to show instead (help or what is

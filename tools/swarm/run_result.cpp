@@ -25,11 +25,26 @@ QString Rounded(double number, int digits = 0) {
   return QString::number(number, 'f', digits);
 }
 
+QString LatencyText(const LatencyHistogram& latency) {
+  return QStringLiteral("p50 %1 p99 %2 max %3 us")
+      .arg(Rounded(Microseconds(latency.Percentile(0.50))),
+           Rounded(Microseconds(latency.Percentile(0.99))), Rounded(Microseconds(latency.Max())));
+}
+
+QJsonObject LatencyJson(const LatencyHistogram& latency) {
+  return {{QStringLiteral("p50"), Microseconds(latency.Percentile(0.50))},
+          {QStringLiteral("p90"), Microseconds(latency.Percentile(0.90))},
+          {QStringLiteral("p99"), Microseconds(latency.Percentile(0.99))},
+          {QStringLiteral("p99.9"), Microseconds(latency.Percentile(0.999))},
+          {QStringLiteral("max"), Microseconds(latency.Max())}};
+}
+
 }  // namespace
 
 bool RunResult::IsGood() const {
   const bool isWhole = !deliveries || (deliveries->expected > 0 && deliveries->missing == 0);
-  return elapsed.count() > 0 && isWhole && visits != 0U && unexpected == 0 &&
+  const bool hasPlayed = !hostile || hostile->strangers.acted > 0;
+  return elapsed.count() > 0 && isWhole && hasPlayed && visits != 0U && unexpected == 0 &&
          connectFailures == 0 && disconnects == 0;
 }
 
@@ -42,15 +57,11 @@ std::string RunResult::ToText() const {
                      .arg(QString::fromStdString(mode), QString::number(networks),
                           QString::number(users), Rounded(elapsed.count(), 1));
   if (deliveries) {
-    const LatencyHistogram& latency = deliveries->latency;
     text +=
         QStringLiteral(", %1 reports, %2 of %3 deliveries, %4/s")
             .arg(QString::number(deliveries->sent), QString::number(deliveries->received),
                  QString::number(deliveries->expected), Rounded(PerSecond(deliveries->received)));
-    text += QStringLiteral(", latency p50 %1 p99 %2 max %3 us")
-                .arg(Rounded(Microseconds(latency.Percentile(0.50))),
-                     Rounded(Microseconds(latency.Percentile(0.99))),
-                     Rounded(Microseconds(latency.Max())));
+    text += QStringLiteral(", latency %1").arg(LatencyText(deliveries->latency));
   }
   if (visits) {
     text += QStringLiteral(", %1 logged in and left, %2/s")
@@ -67,6 +78,7 @@ std::string RunResult::ToText() const {
   if (const auto bytes = ServerBytesPerConnection()) {
     text += QStringLiteral(", %1 bytes per connection").arg(Rounded(*bytes));
   }
+  if (hostile) text += HostileText();
   if ((deliveries && deliveries->missing > 0) || unexpected > 0) {
     text += QStringLiteral(", %1 MISSING, %2 UNEXPECTED")
                 .arg(QString::number(deliveries ? deliveries->missing : 0),
@@ -79,6 +91,23 @@ std::string RunResult::ToText() const {
   return text.toStdString();
 }
 
+QString RunResult::HostileText() const {
+  const StrangerCounts& strangers = hostile->strangers;
+  QString text = QStringLiteral("; %1: %2 strangers greeted, %3 acted, %4 ended, %5 MiB sent")
+                     .arg(QString::fromStdString(hostile->part), QString::number(strangers.greeted),
+                          QString::number(strangers.acted), QString::number(strangers.ended),
+                          QString::number(strangers.bytesSent >> 20));
+  if (!strangers.refusal.empty()) {
+    text += QStringLiteral(", refused: ") + QString::fromStdString(strangers.refusal).left(200);
+  }
+  for (std::size_t i = 0; i < hostile->windows.size(); ++i) {
+    text += QStringLiteral("; %1 %2").arg(QLatin1String(HostileAccount::kWindowNames[i]),
+                                          LatencyText(hostile->windows[i].latency));
+  }
+  if (serverPeakKib) text += QStringLiteral("; peak %1 MiB").arg(*serverPeakKib / 1024);
+  return text;
+}
+
 std::string RunResult::ToJson() const {
   QJsonObject json{{QStringLiteral("mode"), QString::fromStdString(mode)},
                    {QStringLiteral("networks"), Number(networks)},
@@ -88,6 +117,7 @@ std::string RunResult::ToJson() const {
                    {QStringLiteral("connect_failures"), Number(connectFailures)},
                    {QStringLiteral("disconnects"), Number(disconnects)}};
   if (deliveries) AddDeliveries(json);
+  if (hostile) AddHostile(json);
   if (visits) {
     json[QStringLiteral("visits")] = Number(*visits);
     json[QStringLiteral("visits_per_second")] = PerSecond(*visits);
@@ -98,6 +128,7 @@ std::string RunResult::ToJson() const {
     json[QStringLiteral("server_cpu_share")] = ServerCpuShare();
   }
   if (serverRssKib) json[QStringLiteral("server_rss_kib")] = qint64{*serverRssKib};
+  if (serverPeakKib) json[QStringLiteral("server_peak_kib")] = qint64{*serverPeakKib};
   if (const auto bytes = ServerBytesPerConnection()) {
     json[QStringLiteral("server_rss_empty_kib")] = qint64{*emptyRssKib};
     json[QStringLiteral("server_rss_idle_kib")] = qint64{*idleRssKib};
@@ -107,22 +138,31 @@ std::string RunResult::ToJson() const {
 }
 
 void RunResult::AddDeliveries(QJsonObject& json) const {
-  const LatencyHistogram& latency = deliveries->latency;
   json[QStringLiteral("sent")] = Number(deliveries->sent);
   json[QStringLiteral("expected")] = Number(deliveries->expected);
   json[QStringLiteral("received")] = Number(deliveries->received);
   json[QStringLiteral("missing")] = Number(deliveries->missing);
   json[QStringLiteral("deliveries_per_second")] = PerSecond(deliveries->received);
-  json[QStringLiteral("latency_us")] =
-      QJsonObject{{QStringLiteral("p50"), Microseconds(latency.Percentile(0.50))},
-                  {QStringLiteral("p90"), Microseconds(latency.Percentile(0.90))},
-                  {QStringLiteral("p99"), Microseconds(latency.Percentile(0.99))},
-                  {QStringLiteral("p99.9"), Microseconds(latency.Percentile(0.999))},
-                  {QStringLiteral("max"), Microseconds(latency.Max())}};
+  json[QStringLiteral("latency_us")] = LatencyJson(deliveries->latency);
   if (serverCpu && deliveries->received > 0) {
     json[QStringLiteral("server_cpu_us_per_1000_deliveries")] =
         1000 * Each(*serverCpu, deliveries->received);
   }
+}
+
+void RunResult::AddHostile(QJsonObject& json) const {
+  json[QStringLiteral("part")] = QString::fromStdString(hostile->part);
+  for (std::size_t i = 0; i < hostile->windows.size(); ++i) {
+    json[QLatin1String(HostileAccount::kWindowNames[i])] =
+        QJsonObject{{QStringLiteral("latency_us"), LatencyJson(hostile->windows[i].latency)},
+                    {QStringLiteral("lateness_us"), LatencyJson(hostile->windows[i].lateness)}};
+  }
+  const StrangerCounts& strangers = hostile->strangers;
+  json[QStringLiteral("strangers")] =
+      QJsonObject{{QStringLiteral("greeted"), Number(strangers.greeted)},
+                  {QStringLiteral("acted"), Number(strangers.acted)},
+                  {QStringLiteral("ended"), Number(strangers.ended)},
+                  {QStringLiteral("bytes_sent"), Number(strangers.bytesSent)}};
 }
 
 double RunResult::ServerCpuShare() const {

@@ -31,4 +31,21 @@ std::optional<std::int64_t> ServerProbe::RssKib() const {
   return resident * (sysconf(_SC_PAGESIZE) / 1024);
 }
 
+void ServerProbe::StartPeak() {
+  // 5 sets the process's peak to what it holds now (proc(5)).
+  std::ofstream clear("/proc/" + std::to_string(myPid) + "/clear_refs");
+  myHasPeak = static_cast<bool>(clear << 5 << std::flush);
+}
+
+std::optional<std::int64_t> ServerProbe::PeakKib() const {
+  if (!myHasPeak) return std::nullopt;
+  std::ifstream status("/proc/" + std::to_string(myPid) + "/status");
+  std::string word;
+  while (status >> word && word != "VmHWM:")
+    continue;
+  std::int64_t peak = 0;
+  if (!(status >> peak)) return std::nullopt;
+  return peak;
+}
+
 }  // namespace corvane::swarm

@@ -18,12 +18,18 @@ class ServerProbe {
   // Resident memory.
   std::optional<std::int64_t> RssKib() const;
 
+  // From here on PeakKib counts; it never does where the system does not allow that.
+  void StartPeak();
+  // The most resident memory since StartPeak.
+  std::optional<std::int64_t> PeakKib() const;
+
  private:
   // Since the process started.
   std::optional<std::chrono::nanoseconds> WholeCpuTime() const;
 
   pid_t myPid;
   std::optional<std::chrono::nanoseconds> myCpuAtStart;
+  bool myHasPeak = false;
 };
 
 }  // namespace corvane::swarm

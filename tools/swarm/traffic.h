@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "tools/swarm/client_pool.h"
 #include "tools/swarm/delivery_book.h"
 
 namespace corvane::swarm {
+
+struct RunResult;
 
 // What a measured run sends, and when. The run calls it while all members are online and keeps the
 // account; the traffic only decides.
@@ -26,6 +29,10 @@ class Traffic {
   virtual void Stop() = 0;
   // Whether it will send nothing more.
   virtual bool IsDone() const = 0;
+  // Whether a message of this payload, which is no delivery, should not have come.
+  virtual bool IsDisturbing(std::string_view) const { return true; }
+  // At the end: adds what it alone knows.
+  virtual void AddTo(RunResult&) {}
 };
 
 }  // namespace corvane::swarm

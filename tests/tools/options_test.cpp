@@ -1,0 +1,42 @@
+#include "tools/swarm/options.h"
+
+#include <gtest/gtest.h>
+
+#include "tools/swarm/hostile/parts.h"
+
+namespace corvane::swarm {
+namespace {
+
+ParsedOptions Parse(const QString& words) {
+  return ParseOptions((QStringLiteral("corvane-swarm ") + words).split(u' '));
+}
+
+TEST(Options, HostileTakesTwoNetworksAndKnownParts) {
+  const ParsedOptions parsed =
+      Parse("hostile --network A --network B --seconds 2 --part rush --part hoarders");
+  ASSERT_TRUE(parsed.options) << parsed.text;
+  EXPECT_EQ(parsed.options->networks, std::vector<std::string>{"A"});
+  EXPECT_EQ(parsed.options->strangersNetwork, "B");
+  EXPECT_EQ(parsed.options->duration, std::chrono::seconds(6)) << "before, during and after";
+  EXPECT_EQ(parsed.options->parts,
+            (std::vector<const PartInfo*>{FindPart("rush"), FindPart("hoarders")}));
+
+  const ParsedOptions all = Parse("hostile --network A --network B --part all");
+  ASSERT_TRUE(all.options);
+  EXPECT_EQ(all.options->parts.size(), HostileParts().size());
+}
+
+TEST(Options, RefusesWhatCannotBeCarriedOut) {
+  for (const char* const words :
+       {"hostile --network A --part all", "hostile --network A --network B",
+        "hostile --network A --network B --part none", "rate --network A --part rush",
+        "rush --clients 0", "rate", "fanout --network A --networks 2", "nothing --network A"}) {
+    const ParsedOptions parsed = Parse(QString::fromLatin1(words));
+    EXPECT_FALSE(parsed.options) << words;
+    EXPECT_EQ(parsed.exitCode, 2) << words;
+  }
+  EXPECT_TRUE(Parse("rush --clients 9000 --rounds 3").options);
+}
+
+}  // namespace
+}  // namespace corvane::swarm
