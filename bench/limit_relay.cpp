@@ -35,7 +35,7 @@ constexpr std::uint32_t kReport = 4;
 constexpr std::uint32_t kMember = 5;
 constexpr std::uint32_t kMemberLeft = 6;
 constexpr std::uint32_t kBye = 999;
-constexpr int kBacklog = 128;
+constexpr int kBacklog = 4096;
 
 struct Network;
 
