@@ -14,7 +14,7 @@ constexpr QLatin1String kDatabase("serverdb.rsd");
 
 }  // namespace
 
-TestServer::TestServer()
+TestServer::TestServer(std::int32_t port)
     : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }) {
   const QString file = folder.filePath(kDatabase);
   MakeDatabase(file);
@@ -28,6 +28,7 @@ TestServer::TestServer()
     events.push_back("out " + client->Username());
   };
   listener->NetworkInterface = NetworkInterface{"", "127.0.0.1"};
+  listener->SetPort(port);
   listener->SetMaximumSocketsConnected(100'000);
   listener->Listen();
 }

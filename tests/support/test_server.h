@@ -18,10 +18,11 @@
 
 namespace corvane {
 
-// A listener on a free loopback port, with a database of its own made by the installer's script.
+// A listener on a loopback port, a free one unless one is named, with a database of its own made by
+// the installer's script.
 class TestServer {
  public:
-  TestServer();
+  explicit TestServer(std::int32_t port = 0);
   ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;

@@ -1,0 +1,204 @@
+#include "client/connection.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+#include <QNetworkProxy>
+
+#include "framework/text.h"
+
+namespace corvane::client {
+namespace {
+
+// What is read in one turn of the loop, and what may wait for the next: some thousand records.
+constexpr qint64 kPieceBytes = 32 << 10;
+constexpr qint64 kBufferBytes = 256 << 10;
+
+}  // namespace
+
+Connection::Connection(Patience patience) : myPatience(patience) {
+  mySocket.setProxy(QNetworkProxy::NoProxy);
+  mySocket.setReadBufferSize(kBufferBytes);
+  for (QTimer* timer : {&myRetry, &myLogInLimit, &myReadAgain})
+    timer->setSingleShot(true);
+  myRefresh.setInterval(myPatience.refresh);
+  myLogInLimit.setInterval(myPatience.logIn);
+
+  QObject::connect(&mySocket, &QTcpSocket::connected, &mySocket, [this] {
+    mySocket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
+    Change(State::LoggingIn);
+  });
+  QObject::connect(&mySocket, &QTcpSocket::readyRead, &mySocket, [this] { Read(); });
+  QObject::connect(&mySocket, &QTcpSocket::errorOccurred, &mySocket, [this] {
+    // What came before the end may say why.
+    while (mySession && mySocket.bytesAvailable() > 0)
+      Read();
+    EndSession(myState == State::Connecting ? Ending::Cause::Unreachable : Ending::Cause::Lost,
+               mySocket.errorString());
+  });
+  QObject::connect(&myRetry, &QTimer::timeout, &mySocket, [this] { Start(); });
+  QObject::connect(&myRefresh, &QTimer::timeout, &mySocket, [this] { Refresh(); });
+  QObject::connect(&myReadAgain, &QTimer::timeout, &mySocket, [this] { Read(); });
+  QObject::connect(&myLogInLimit, &QTimer::timeout, &mySocket,
+                   [this] { EndSession(Ending::Cause::Silent); });
+}
+
+Connection::~Connection() {
+  mySocket.disconnect();
+}
+
+void Connection::Open(Destination destination) {
+  Close();
+  myDestination = std::move(destination);
+  myWasOnline = false;
+  Start();
+}
+
+void Connection::Close() {
+  if (const auto session = mySession) {
+    if (session->IsLoggedIn()) {
+      session->Leave();
+    } else {
+      session->End({Ending::Cause::Left, {}});
+    }
+  } else if (myState == State::Waiting) {
+    myRetry.stop();
+    Change(State::Offline);
+  }
+}
+
+void Connection::RetryNow() {
+  if (myState == State::Waiting) Start();
+}
+
+std::chrono::milliseconds Connection::RetryIn() const {
+  return std::max(std::chrono::milliseconds(0), myRetry.remainingTimeAsDuration());
+}
+
+void Connection::Start() {
+  myRetry.stop();
+  mySocket.abort();
+  mySession = std::make_shared<Session>(myDestination.account, myMembers,
+                                        static_cast<SessionEvents&>(*this));
+  myLogInLimit.start();
+  Change(State::Connecting);
+  if (mySession) mySocket.connectToHost(myDestination.host, myDestination.port);
+}
+
+void Connection::Read() {
+  const auto session = mySession;
+  if (!session) return;
+  std::array<char, kPieceBytes> piece;
+  const qint64 count = mySocket.read(piece.data(), piece.size());
+  if (count <= 0) return;
+  session->Receive({piece.data(), static_cast<std::size_t>(count)}, Clock::now());
+  // An event may have ended it, or opened another connection.
+  if (session != mySession) return;
+  Flush();
+  if (mySocket.bytesAvailable() > 0) myReadAgain.start(0);
+}
+
+void Connection::Flush() {
+  if (!mySession) return;
+  const std::string output = mySession->TakeOutput();
+  if (!output.empty()) mySocket.write(output.data(), static_cast<qint64>(output.size()));
+}
+
+void Connection::Refresh() {
+  if (!mySession) return;
+  if (mySession->AwaitsList()) {
+    EndSession(Ending::Cause::Silent);
+    return;
+  }
+  mySession->AskForMembers();
+  Flush();
+}
+
+void Connection::EndSession(Ending::Cause cause, const QString& text) {
+  if (const auto session = mySession) session->End({cause, TextFromDisplay(text)});
+}
+
+void Connection::Change(State state) {
+  myState = state;
+  if (StateChanged) StateChanged();
+}
+
+void Connection::LoggedIn() {
+  myLogInLimit.stop();
+  myWasOnline = true;
+  myRetries = 0;
+  mySession->AskForMembers();
+  myRefresh.start();
+  Change(State::Online);
+}
+
+void Connection::Listed(bool isAdministrator) {
+  if (std::exchange(myIsAdministrator, isAdministrator) != isAdministrator && StateChanged)
+    StateChanged();
+}
+
+void Connection::Said(std::string_view text) {
+  if (IsTold) IsTold(text);
+}
+
+void Connection::BansListed(const BanList& bans) {
+  if (GetsBans) GetsBans(bans);
+}
+
+void Connection::Ended(const Ending& ending) {
+  Flush();
+  mySession.reset();
+  for (QTimer* timer : {&myRefresh, &myLogInLimit, &myReadAgain})
+    timer->stop();
+  if (ending.cause == Ending::Cause::Left) {
+    mySocket.disconnectFromHost();
+  } else {
+    mySocket.abort();
+  }
+  myMembers.Clear();
+  myIsAdministrator = false;
+
+  const bool comesBack = myWasOnline && ending.IsWorthComingBack();
+  if (comesBack) {
+    const auto pause = myPatience.firstPause * (1 << std::min(myRetries++, 10));
+    myRetry.start(std::min(pause, myPatience.longestPause));
+  }
+  myState = comesBack ? State::Waiting : State::Offline;
+  if (HasEnded) HasEnded(ending);
+  if (StateChanged) StateChanged();
+}
+
+// Does what only a session that is logged in can do.
+template <typename Act>
+void Connection::InSession(Act&& act) {
+  if (!mySession) return;
+  act(*mySession);
+  Flush();
+}
+
+void Connection::Send(const Report& report) {
+  InSession([&](Session& session) { session.Send(report); });
+}
+
+void Connection::Kick(const std::string& user) {
+  InSession([&](Session& session) { session.Kick(user); });
+}
+
+void Connection::BanUser(const std::string& user, const std::string& reason) {
+  InSession([&](Session& session) { session.BanUser(user, reason); });
+}
+
+void Connection::Say(const std::string& text) {
+  InSession([&](Session& session) { session.Say(text); });
+}
+
+void Connection::AskForBans() {
+  InSession([](Session& session) { session.AskForBans(); });
+}
+
+void Connection::LiftBan(const std::string& id) {
+  InSession([&](Session& session) { session.LiftBan(id); });
+}
+
+}  // namespace corvane::client

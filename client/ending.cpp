@@ -1,0 +1,62 @@
+#include "client/ending.h"
+
+#include <QCoreApplication>
+
+#include "framework/text.h"
+
+namespace corvane::client {
+namespace {
+
+struct Texts {
+  Q_DECLARE_TR_FUNCTIONS(corvane::client::Ending)
+};
+
+}  // namespace
+
+bool Ending::IsWorthComingBack() const {
+  switch (cause) {
+    case Cause::Unreachable:
+    case Cause::Lost:
+    case Cause::Silent:
+    case Cause::NetworkRefused:
+    case Cause::UserNameRefused:
+      return true;
+    default:
+      return false;
+  }
+}
+
+QString Ending::Explanation() const {
+  QString detail = DisplayText(text);
+  switch (cause) {
+    case Cause::Left:
+      return Texts::tr("You have left the network.");
+    case Cause::Unreachable:
+      return Texts::tr("The server cannot be reached: %1").arg(detail);
+    case Cause::Lost:
+      return Texts::tr("The connection was lost: %1").arg(detail);
+    case Cause::Silent:
+      return Texts::tr("The connection was lost: the server answers no more.");
+    case Cause::NetworkRefused:
+      return Texts::tr("There is no such network, or it is full or disabled.");
+    case Cause::PasswordRefused:
+      return Texts::tr("Wrong password.");
+    case Cause::UserNameRefused:
+      return Texts::tr(
+          "This name is taken. After a lost connection it may take three minutes until the server "
+          "gives it free.");
+    case Cause::AddressBanned:
+      return Texts::tr("The server refuses this address: %1").arg(detail);
+    case Cause::Kicked:
+      return Texts::tr("You were kicked: %1").arg(detail);
+    case Cause::Banned:
+      return Texts::tr("You were banned: %1").arg(detail);
+    case Cause::Dismissed:
+      return Texts::tr("The server has ended the connection.");
+    case Cause::Malformed:
+      return Texts::tr("This is not a server of ours, or it is broken: %1").arg(detail);
+  }
+  return detail;
+}
+
+}  // namespace corvane::client

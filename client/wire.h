@@ -1,0 +1,93 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace corvane::client {
+
+namespace command {
+// The steps of the log-in; each is answered with the next number.
+inline constexpr std::int32_t kNetworkName = 1;
+inline constexpr std::int32_t kPassword = 2;
+inline constexpr std::int32_t kUserName = 3;
+// A client's own position, and what the server tells of the other members.
+inline constexpr std::int32_t kReport = 4;
+inline constexpr std::int32_t kMember = 5;
+inline constexpr std::int32_t kMemberLeft = 6;
+inline constexpr std::int32_t kRights = 9;
+// What administrators may ask for.
+inline constexpr std::int32_t kKick = 10;
+inline constexpr std::int32_t kBan = 11;
+inline constexpr std::int32_t kSay = 12;
+inline constexpr std::int32_t kBans = 13;
+inline constexpr std::int32_t kLiftBan = 14;
+// Notices of the server.
+inline constexpr std::int32_t kKicked = 996;
+inline constexpr std::int32_t kBanned = 997;
+inline constexpr std::int32_t kMessage = 998;
+inline constexpr std::int32_t kLeave = 999;
+}  // namespace command
+
+// Message layout: length (the header's 8 bytes included) and command, both big-endian signed
+// 32-bit, then the payload.
+inline constexpr std::size_t kHeaderBytes = 8;
+// No message of the server comes near this; a longer one means that the stream is out of step.
+inline constexpr std::size_t kMaxFrameBytes = std::size_t{64} << 20;
+
+// Appends one message to the output.
+void AppendFrame(std::string& output, std::int32_t command, std::string_view payload);
+
+// The big-endian signed 32-bit number in the first four bytes.
+std::int32_t ReadInt32(std::string_view bytes);
+
+// Cuts a byte stream, fed in pieces of any size, into messages. Copies only a message that is
+// split between pieces, and allocates nothing once it has seen its longest one.
+class FrameCutter {
+ public:
+  // Calls onFrame(command, payload) for each message that is now whole; the payload is valid only
+  // inside the call. Returns false once a header's length is impossible: the stream is lost then.
+  template <typename OnFrame>
+  bool Feed(std::string_view bytes, OnFrame&& onFrame) {
+    while (!myPart.empty() && !bytes.empty()) {
+      const std::size_t taken = std::min(WholeLength(myPart) - myPart.size(), bytes.size());
+      myPart.append(bytes.substr(0, taken));
+      bytes.remove_prefix(taken);
+      // A header that has just become complete may tell of a payload to come.
+      const std::size_t wanted = WholeLength(myPart);
+      if (wanted == kImpossible) return false;
+      if (myPart.size() == wanted) {
+        onFrame(ReadInt32(std::string_view(myPart).substr(4)),
+                std::string_view(myPart).substr(kHeaderBytes));
+        myPart.clear();
+      }
+    }
+    while (!bytes.empty()) {
+      const std::size_t wanted = WholeLength(bytes);
+      if (wanted == kImpossible) return false;
+      if (bytes.size() < wanted) {
+        myPart.assign(bytes);
+        break;
+      }
+      onFrame(ReadInt32(bytes.substr(4)), bytes.substr(kHeaderBytes, wanted - kHeaderBytes));
+      bytes.remove_prefix(wanted);
+    }
+    return true;
+  }
+
+  // Forgets an unfinished message: a new connection begins.
+  void Reset() { myPart.clear(); }
+
+ private:
+  static constexpr std::size_t kImpossible = 0;
+
+  // The length of the message that these bytes begin, as far as they tell it: a whole header
+  // while that is incomplete.
+  static std::size_t WholeLength(std::string_view bytes);
+
+  std::string myPart;
+};
+
+}  // namespace corvane::client

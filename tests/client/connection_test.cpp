@@ -1,0 +1,197 @@
+#include "client/connection.h"
+
+#include <gmock/gmock.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "client/password_digest.h"
+#include "tests/support/false_server.h"
+#include "tests/support/test_server.h"
+
+namespace corvane::client {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Cause = Ending::Cause;
+using State = Connection::State;
+using std::chrono::milliseconds;
+
+class ConnectionTest : public testing::Test {
+ protected:
+  // Asks for the members so often.
+  explicit ConnectionTest(milliseconds refresh = milliseconds(30'000))
+      : connection({milliseconds(20), milliseconds(50), refresh, milliseconds(30'000)}) {
+    connection.HasEnded = [this](const Ending& ending) { endings.push_back(ending.cause); };
+    connection.IsTold = [this](std::string_view text) { told.emplace_back(text); };
+    connection.GetsBans = [this](const BanList& list) { bans = list.bans; };
+  }
+
+  void Open(std::int32_t port, const std::string& user = "Ann",
+            const std::string& password = "secret", const std::string& network = "North") {
+    connection.Open({"127.0.0.1",
+                     static_cast<std::uint16_t>(port),
+                     {network, client::PasswordDigest(password), user}});
+  }
+  bool Reaches(State state) {
+    return PumpUntil([&] { return connection.CurrentState() == state; });
+  }
+  // Whether it has been online and has the answers to what it asked for.
+  bool IsSettled() {
+    return PumpUntil([&] { return connection.CurrentState() == State::Online; }) &&
+           PumpUntil([&] { return connection.IsAdministrator() == isAdministrator; });
+  }
+
+  std::vector<Cause> endings;
+  std::vector<std::string> told;
+  std::vector<Ban> bans;
+  bool isAdministrator = false;
+  Connection connection;
+};
+
+class AskingConnectionTest : public ConnectionTest {
+ protected:
+  AskingConnectionTest() : ConnectionTest(milliseconds(300)) {}
+};
+
+TEST_F(ConnectionTest, SaysWhatTheServerRefuses) {
+  TestServer server;
+  server.AddNetwork("North");
+  server.AddNetwork("Closed", "secret", 10, false);
+  TestClient bob(server.Port());
+  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  Open(server.Port(), "Ann", "secret", "Closed");
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 1; }));
+  Open(server.Port(), "Ann", "wrong");
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 2; }));
+  Open(server.Port(), "BOB");
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 3; }));
+  server.Query("INSERT INTO bans (address) VALUES ('127.0.0.1')");
+  Open(server.Port());
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 4; }));
+  EXPECT_THAT(endings, ElementsAre(Cause::NetworkRefused, Cause::PasswordRefused,
+                                   Cause::UserNameRefused, Cause::AddressBanned));
+  EXPECT_EQ(connection.CurrentState(), State::Offline) << "it was never in";
+}
+
+TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
+  TestServer server;
+  server.AddNetwork("North");
+  server.Query("INSERT INTO admins (name, address, network) VALUES ('Ann','127.0.0.1','North')");
+  TestClient bob(server.Port());
+  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  bob.Send(4, "1,2,3,4,0,0");
+  isAdministrator = true;
+  Open(server.Port());
+  ASSERT_TRUE(IsSettled());
+  const Member* member = connection.Others().Find("bob");
+  ASSERT_NE(member, nullptr);
+  bob.Send(4, "5,2,3,4,1,1");
+  EXPECT_TRUE(PumpUntil([&] { return member->report == Report{5, 2, 3, 4, true, true}; }));
+  // A newcomer that reports nothing is found by asking.
+  TestClient cy(server.Port());
+  ASSERT_TRUE(cy.LogIn("North", "secret", "Cy"));
+  EXPECT_TRUE(PumpUntil([&] { return connection.Others().Find("Cy") != nullptr; }));
+  cy.Close();
+  EXPECT_TRUE(PumpUntil([&] { return connection.Others().Find("Cy") == nullptr; }));
+
+  bob.Drain();
+  connection.Send({9, 8, 7, 6, false, false});
+  EXPECT_EQ(bob.Receive(), (WireMessage{5, "Ann|9,8,7,6,0,0"}));
+  connection.Kick("bob");
+  EXPECT_EQ(bob.Receive(), (WireMessage{996, "North"}));
+  connection.BanUser("Bob", "spam");
+  EXPECT_EQ(bob.Receive(), (WireMessage{997, "spam"}));
+  connection.Say("Hello");
+  EXPECT_TRUE(PumpUntil([&] { return told == std::vector<std::string>{"Hello"}; }));
+  connection.AskForBans();
+  ASSERT_TRUE(PumpUntil([&] { return bans.size() == 1; }));
+  EXPECT_EQ(bans[0].reason, "spam");
+  connection.LiftBan(bans[0].id);
+  EXPECT_TRUE(PumpUntil([&] { return server.Query("SELECT count(*) FROM bans") == "0;"; }));
+
+  connection.Close();
+  EXPECT_EQ(connection.Others().Count(), 0U);
+  EXPECT_TRUE(PumpUntil([&] { return server.SessionOf("Ann") == nullptr; }));
+  EXPECT_THAT(endings, ElementsAre(Cause::Left));
+}
+
+TEST_F(ConnectionTest, ComesBackToAServerThatWasStartedAnew) {
+  auto server = std::make_unique<TestServer>();
+  server->AddNetwork("North");
+  const std::int32_t port = server->Port();
+  Open(port);
+  ASSERT_TRUE(IsSettled());
+  server.reset();
+  ASSERT_TRUE(Reaches(State::Waiting));
+  // Longer than some pauses, so that it finds nobody there at least once.
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() >= 3; }));
+  server = std::make_unique<TestServer>(port);
+  server->AddNetwork("North");
+  ASSERT_TRUE(IsSettled());
+  EXPECT_EQ(endings.front(), Cause::Lost);
+  EXPECT_EQ(endings.back(), Cause::Unreachable);
+}
+
+TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
+  for (const std::int32_t command : {996, 997, 999}) {
+    FalseServer server;
+    Open(server.Port());
+    ASSERT_TRUE(server.Accept());
+    server.LetIn();
+    ASSERT_TRUE(Reaches(State::Online));
+    server.Send(WireBytes(command, "go"));
+    ASSERT_TRUE(Reaches(State::Offline)) << command;
+    EXPECT_TRUE(PumpUntil([&] { return !server.HasClient(); })) << command;
+  }
+  EXPECT_THAT(endings, ElementsAre(Cause::Kicked, Cause::Banned, Cause::Dismissed));
+}
+
+TEST_F(AskingConnectionTest, GivesUpAServerThatAnswersNoMore) {
+  FalseServer server;
+  Open(server.Port());
+  ASSERT_TRUE(server.Accept());
+  server.LetIn();
+  ASSERT_TRUE(PumpUntil([&] { return !endings.empty(); }));
+  EXPECT_THAT(endings, ElementsAre(Cause::Silent));
+  EXPECT_EQ(connection.CurrentState(), State::Waiting);
+  connection.Close();
+  EXPECT_EQ(connection.CurrentState(), State::Offline);
+}
+
+TEST_F(ConnectionTest, StaysBoundedUnderAMillionMembers) {
+  FalseServer server;
+  Open(server.Port());
+  ASSERT_TRUE(server.Accept());
+  server.LetIn();
+  std::string list;
+  for (int i = 0; i < 1'000'000; ++i)
+    list += WireBytes(5, "user " + std::to_string(i) + "|1,2,3,41,0");
+  server.Send(list);
+  server.Send(WireBytes(9, "0"));
+  ASSERT_TRUE(PumpUntil([&] { return server.Unsent() == 0; }));
+  server.Send(WireBytes(998, "done"));
+  ASSERT_TRUE(PumpUntil([&] { return !told.empty(); }));
+  EXPECT_EQ(connection.Others().Count(), Members::kMaxMembers);
+  EXPECT_TRUE(connection.Others().IsIncomplete());
+}
+
+// An event may do anything to the connection that it comes from.
+TEST_F(ConnectionTest, MayBeReopenedFromWithinAnEvent) {
+  FalseServer first;
+  FalseServer second;
+  connection.IsTold = [&](std::string_view) { Open(second.Port()); };
+  Open(first.Port());
+  ASSERT_TRUE(first.Accept());
+  first.LetIn();
+  ASSERT_TRUE(Reaches(State::Online));
+  first.Send(WireBytes(998, "go") + WireBytes(5, "Bob|1,2,3,4,0,0"));
+  ASSERT_TRUE(second.Accept());
+  second.LetIn();
+  ASSERT_TRUE(Reaches(State::Online));
+  EXPECT_EQ(connection.Others().Count(), 0U);
+}
+
+}  // namespace
+}  // namespace corvane::client

@@ -1,0 +1,143 @@
+#include "client/session.h"
+
+#include <gmock/gmock.h>
+#include <string>
+#include <vector>
+
+#include "client/password_digest.h"
+#include "tests/support/test_client.h"
+
+namespace corvane::client {
+namespace {
+
+using testing::ElementsAre;
+using Cause = Ending::Cause;
+
+// Writes down what a session tells.
+class SessionTest : public testing::Test, public SessionEvents {
+ protected:
+  void LoggedIn() override { heard.emplace_back("in"); }
+  void Listed(bool isAdministrator) override {
+    heard.emplace_back(isAdministrator ? "administrator" : "member");
+  }
+  void Said(std::string_view text) override { heard.push_back("said " + std::string(text)); }
+  void BansListed(const BanList& bans) override {
+    heard.push_back("bans " + std::to_string(bans.bans.size()));
+  }
+  void Ended(const Ending& ending) override {
+    endings.push_back(ending.cause);
+    heard.push_back("ended " + ending.text);
+  }
+
+  void Receive(std::int32_t command, std::string_view payload) {
+    session.Receive(WireBytes(command, payload), Clock::now());
+  }
+  void LogIn() {
+    Receive(1, "Network");
+    for (const std::int32_t step : {2, 3, 4})
+      Receive(step, "OK");
+    session.TakeOutput();
+    heard.clear();
+  }
+
+  Members members;
+  Session session{{"Demo", client::PasswordDigest("demo"), "Ann"}, members, *this};
+  std::vector<std::string> heard;
+  std::vector<Cause> endings;
+};
+
+TEST_F(SessionTest, LogsInWhateverComesBetweenTheAnswers) {
+  Receive(1, "Network");
+  EXPECT_EQ(session.TakeOutput(), WireBytes(1, "Demo"));
+  Receive(5, "Bob|1,2,3,4,0,0");
+  Receive(6, "");
+  Receive(2, "OK");
+  EXPECT_EQ(session.TakeOutput(), WireBytes(2, corvane::PasswordDigest("demo")));
+  Receive(998, "Hello");
+  Receive(3, "OK");
+  EXPECT_EQ(session.TakeOutput(), WireBytes(3, "Ann"));
+  session.Send({});
+  session.AskForMembers();
+  EXPECT_EQ(session.TakeOutput(), "") << "asked before the log-in";
+  Receive(4, "OK");
+  EXPECT_THAT(heard, ElementsAre("said Hello", "in"));
+}
+
+TEST_F(SessionTest, TheAnswerAboutRightsEndsTheList) {
+  LogIn();
+  Receive(5, "Old|1,2,3,4,0,0");
+  session.AskForMembers();
+  session.AskForMembers();
+  EXPECT_EQ(session.TakeOutput(), WireBytes(5, "") + WireBytes(9, ""));
+  Receive(5, "Bob|1,2,3,41,0");
+  Receive(5, "ANN|1,2,3,41,0");
+  EXPECT_EQ(members.Count(), 2U) << "its own name is no other member";
+  Receive(9, "1");
+  EXPECT_EQ(members.Count(), 1U);
+  EXPECT_NE(members.Find("Bob"), nullptr);
+  // Nobody asked: it says something about the rights, and nothing about the members.
+  Receive(5, "Eve|1,2,3,4,0,0");
+  Receive(9, "0");
+  EXPECT_EQ(members.Count(), 2U);
+  EXPECT_THAT(heard, ElementsAre("administrator", "member"));
+}
+
+TEST_F(SessionTest, WritesTheAdministratorsCommands) {
+  LogIn();
+  session.Kick("Bob");
+  session.BanUser("Bob", "spam");
+  session.Say("Hello");
+  session.AskForBans();
+  session.LiftBan("7");
+  session.Send({1200, 845, 2, 90, true, false});
+  EXPECT_EQ(session.TakeOutput(), WireBytes(10, "Bob|Demo") + WireBytes(11, "Bob|spam") +
+                                      WireBytes(12, "Hello") + WireBytes(13, "") +
+                                      WireBytes(14, "7") + WireBytes(4, "1200,845,2,90,1,0"));
+  session.Leave();
+  EXPECT_EQ(session.TakeOutput(), WireBytes(999, ""));
+  EXPECT_THAT(endings, ElementsAre(Cause::Left));
+}
+
+// Each ends the session once, with a reason; what comes behind it is not heard any more.
+TEST_F(SessionTest, EndsWithAReason) {
+  struct Case {
+    bool isLoggedIn;
+    std::string bytes;
+    Cause cause;
+  };
+  const std::string greeting = WireBytes(1, "Network");
+  const std::string longText(10'000, 'x');
+  const Case cases[] = {
+      {false, WireBytes(997, "Please"), Cause::AddressBanned},
+      {false, greeting + WireBytes(2, "FAIL"), Cause::NetworkRefused},
+      {false, greeting + WireBytes(2, "OK") + WireBytes(3, "FAIL"), Cause::PasswordRefused},
+      {false, greeting + WireBytes(2, "OK") + WireBytes(3, "OK") + WireBytes(4, "FAIL"),
+       Cause::UserNameRefused},
+      {false, WireBytes(1, "FAIL"), Cause::Malformed},
+      {false, greeting + WireBytes(2, "ok"), Cause::Malformed},
+      {false, "HTTP/1.1 400 Bad Request\r\n\r\n", Cause::Malformed},
+      {false, std::string(8, '\0'), Cause::Malformed},
+      {false, WireBytes(996, "out"), Cause::Kicked},
+      {true, WireBytes(996, longText), Cause::Kicked},
+      {true, WireBytes(997, "spam"), Cause::Banned},
+      {true, WireBytes(999, "BYE"), Cause::Dismissed},
+      {true, WireBytes(5, "nonsense"), Cause::Malformed},
+      {true, WireBytes(9, "yes"), Cause::Malformed},
+      {true, "\x7f\xff\xff\xff\0\0\0\5", Cause::Malformed},
+  };
+  for (const Case& each : cases) {
+    Session fresh({"Demo", "digest", "Ann"}, members, *this);
+    if (each.isLoggedIn)
+      fresh.Receive(greeting + WireBytes(2, "OK") + WireBytes(3, "OK") + WireBytes(4, "OK"), {});
+    endings.clear();
+    fresh.Receive(each.bytes, {});
+    fresh.Receive(WireBytes(998, "late") + WireBytes(996, "late"), {});
+    EXPECT_THAT(endings, ElementsAre(each.cause)) << each.bytes;
+    EXPECT_LE(heard.back().size(), Session::kMaxTextBytes + 10);
+    EXPECT_NE(heard.back(), "said late");
+    EXPECT_FALSE(Ending({each.cause, "text"}).Explanation().isEmpty());
+  }
+}
+
+}  // namespace
+}  // namespace corvane::client

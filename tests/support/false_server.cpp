@@ -1,0 +1,25 @@
+#include "tests/support/false_server.h"
+
+#include "tests/support/test_client.h"
+
+namespace corvane {
+
+bool FalseServer::Accept() {
+  if (!PumpUntil([this] { return myServer.hasPendingConnections(); })) return false;
+  myClient.reset(myServer.nextPendingConnection());
+  return true;
+}
+
+void FalseServer::Send(std::string_view bytes) {
+  myClient->write(bytes.data(), static_cast<qint64>(bytes.size()));
+}
+
+void FalseServer::LetIn() {
+  Send(WireBytes(1, "Network") + WireBytes(2, "OK") + WireBytes(3, "OK") + WireBytes(4, "OK"));
+}
+
+bool FalseServer::HasClient() const {
+  return myClient && myClient->state() == QAbstractSocket::ConnectedState;
+}
+
+}  // namespace corvane
