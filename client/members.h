@@ -36,7 +36,7 @@ class MembersWatcher {
 // left out, and so is whoever has a name of more than kMaxNameBytes.
 class Members {
  public:
-  static constexpr std::size_t kMaxMembers = 10'000;
+  static constexpr std::size_t kMaxMembers = 5000;
   static constexpr std::size_t kMaxNameBytes = 1024;
 
   // The watcher hears of everything from now on, until it is taken away.

@@ -13,7 +13,6 @@ namespace corvane::client {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using Cause = Ending::Cause;
 using State = Connection::State;
 using std::chrono::milliseconds;

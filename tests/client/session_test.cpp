@@ -123,7 +123,7 @@ TEST_F(SessionTest, EndsWithAReason) {
       {true, WireBytes(999, "BYE"), Cause::Dismissed},
       {true, WireBytes(5, "nonsense"), Cause::Malformed},
       {true, WireBytes(9, "yes"), Cause::Malformed},
-      {true, "\x7f\xff\xff\xff\0\0\0\5", Cause::Malformed},
+      {true, "\x7f\xff\xff\xff" + std::string(4, '\0'), Cause::Malformed},
   };
   for (const Case& each : cases) {
     Session fresh({"Demo", "digest", "Ann"}, members, *this);

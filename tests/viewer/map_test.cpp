@@ -1,0 +1,152 @@
+#include "tests/viewer/map_fixture.h"
+#include "viewer/map_view.h"
+
+namespace corvane::viewer {
+namespace {
+
+using client::Clock;
+using client::Report;
+using std::chrono::seconds;
+
+// The markers' colours as they are painted.
+constexpr QRgb kAlive = 0xff1b7fd4;
+constexpr QRgb kFighting = 0xffe86a0c;
+constexpr QRgb kDead = 0xffb31e3c;
+constexpr QRgb kStale = 0xff8a8f96;
+
+class MapViewTest : public MapTest {
+ protected:
+  MapView& Map() { return *myWindow->map; }
+  // What is painted where the member is said to be, once he has walked there.
+  QRgb ColourAt(QPointF place) {
+    Map().Advance(Clock::now() + seconds(5));
+    Map().Refresh();
+    return Painted().pixel(OnMap(place));
+  }
+  QPointF Middle() { return Map().mapToScene(Map().viewport()->rect().center()); }
+  double Scale() { return Map().transform().m11(); }
+};
+
+TEST_F(MapViewTest, AMemberAppearsMovesChangesStateAndLeaves) {
+  const auto bob = Member("Bob", "100,200,0,50,0,0");
+  ASSERT_TRUE(Knows("Bob", {100, 200, 0, 50, false, false}));
+  Map().ShowAll();
+  EXPECT_EQ(ColourAt({100, 200}), kAlive);
+  bob->Send(4, "120,210,0,40,1,0");
+  ASSERT_TRUE(Knows("Bob", {120, 210, 0, 40, true, false}));
+  EXPECT_EQ(ColourAt({120, 210}), kFighting);
+  EXPECT_NE(ColourAt({100, 200}), kAlive);
+  bob->Send(4, "121,210,0,0,0,1");
+  ASSERT_TRUE(Knows("Bob", {121, 210, 0, 0, false, true}));
+  EXPECT_EQ(ColourAt({121, 210}), kDead);
+  EXPECT_TRUE(RowsAre({"Bob|121|210|0|0|Dead"}));
+  bob->Close();
+  ASSERT_TRUE(PumpUntil([&] { return Find("Bob") == nullptr; }));
+  EXPECT_NE(ColourAt({121, 210}), kDead);
+  EXPECT_TRUE(RowsAre({}));
+}
+
+TEST_F(MapViewTest, AMemberWithoutNewsTurnsGreyAndStays) {
+  const auto bob = Member("Bob", "100,200,0,50,0,0");
+  Map().ShowAll();
+  ASSERT_EQ(ColourAt({100, 200}), kAlive);
+  Map().Advance(Clock::now() + seconds(61));
+  EXPECT_EQ(Painted().pixel(OnMap({100, 200})), kStale);
+  EXPECT_TRUE(RowsAre({"Bob|100|200|0|50|Alive"}));
+}
+
+TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
+  const auto bob = Member("Bob", "1000,1000,0,50,0,0");
+  const auto cy = Member("Cy", "3000,2000,0,50,0,0");
+  const auto shows = [&](QPointF place) { return Map().viewport()->rect().contains(OnMap(place)); };
+  QTest::keyClick(&Map(), Qt::Key_Home);
+  EXPECT_TRUE(shows({1000, 1000}));
+  EXPECT_TRUE(shows({3000, 2000}));
+
+  // The wheel keeps what is under the pointer where it is.
+  const double scale = Scale();
+  const QPoint pointer = OnMap({1000, 1000});
+  QWheelEvent wheel(pointer, Map().viewport()->mapToGlobal(pointer), {}, {0, 120}, Qt::NoButton,
+                    Qt::NoModifier, Qt::NoScrollPhase, false);
+  QApplication::sendEvent(Map().viewport(), &wheel);
+  EXPECT_GT(Scale(), scale * 1.2);
+  EXPECT_LE((OnMap({1000, 1000}) - pointer).manhattanLength(), 2);
+  QTest::keyClick(&Map(), Qt::Key_Minus);
+  EXPECT_NEAR(Scale(), scale, scale * 0.01);
+  QTest::keyClick(&Map(), Qt::Key_Plus);
+  EXPECT_GT(Scale(), scale * 1.2);
+  QTest::mouseDClick(Map().viewport(), Qt::LeftButton, {}, pointer);
+  EXPECT_GT(Scale(), scale * 2.2);
+
+  const QPointF before = Middle();
+  QTest::keyClick(&Map(), Qt::Key_Right);
+  EXPECT_GT(Middle().x(), before.x());
+  const QPoint from(200, 200);
+  QTest::mousePress(Map().viewport(), Qt::LeftButton, {}, from);
+  const QPointF held = Map().mapToScene(from);
+  QTest::mouseMove(Map().viewport(), from + QPoint(60, 40));
+  EXPECT_LE((OnMap(held) - from - QPoint(60, 40)).manhattanLength(), 2);
+  QTest::mouseRelease(Map().viewport(), Qt::LeftButton, {}, from + QPoint(60, 40));
+
+  // A box drawn with Shift fills the window.
+  Map().ShowAll();
+  const QPoint corner = OnMap({2000, 1400});
+  const QPoint opposite = OnMap({2400, 1700});
+  QTest::mousePress(Map().viewport(), Qt::LeftButton, Qt::ShiftModifier, corner);
+  QTest::mouseMove(Map().viewport(), opposite);
+  QTest::mouseRelease(Map().viewport(), Qt::LeftButton, Qt::ShiftModifier, opposite);
+  EXPECT_NEAR(Middle().x(), 2200, 20);
+  EXPECT_NEAR(Middle().y(), 1550, 20);
+  EXPECT_FALSE(shows({3000, 2000}));
+
+  QTest::mouseMove(Map().viewport(), QPoint(50, 60));
+  const QPointF place = Map().mapToScene(50, 60);
+  EXPECT_EQ(myWindow->stsLine->lblPlace->text(), QStringLiteral("%1, %2")
+                                                     .arg(std::floor(place.x()), 0, 'f', 0)
+                                                     .arg(std::floor(place.y()), 0, 'f', 0));
+}
+
+TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
+  auto bob = Member("Bob", "1000,1000,0,50,0,0");
+  Map().ShowAll();
+  QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({1000, 1000}));
+  ASSERT_EQ(myWindow->Shown().selected, Find("Bob"));
+  QTest::keyClick(&Map(), Qt::Key_F);
+  const auto isInTheMiddle = [&](QPointF place) {
+    return PumpUntil([&] { return (Middle() - place).manhattanLength() < 5; });
+  };
+  bob->Send(4, "1100,1040,0,50,0,0");
+  EXPECT_TRUE(isInTheMiddle({1100, 1040}));
+  bob->Send(4, "500,600,3,50,0,0");
+  EXPECT_TRUE(isInTheMiddle({500, 600}));
+  EXPECT_EQ(myWindow->Facet(), 3);
+  EXPECT_EQ(myWindow->cmbFacet->currentText(), "3");
+  bob.reset();
+  ASSERT_TRUE(PumpUntil([&] { return Find("Bob") == nullptr; }));
+  bob = Member("Bob", "700,800,0,50,0,0");
+  EXPECT_TRUE(isInTheMiddle({700, 800}));
+
+  QTest::keyClick(&Map(), Qt::Key_Escape);
+  bob->Send(4, "900,900,0,50,0,0");
+  ASSERT_TRUE(Knows("Bob", {900, 900, 0, 50, false, false}));
+  Map().Advance(Clock::now() + seconds(5));
+  EXPECT_LT((Middle() - QPointF(700, 800)).manhattanLength(), 5);
+}
+
+TEST_F(MapViewTest, LeavesATrailForWhomItIsWanted) {
+  const auto bob = Member("Bob", "100,100,0,50,0,0");
+  const auto cy = Member("Cy", "100,300,0,50,0,0");
+  Map().ShowAll();
+  QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({100, 100}));
+  QTest::keyClick(&Map(), Qt::Key_T);
+  bob->Send(4, "200,100,0,50,0,0");
+  cy->Send(4, "200,300,0,50,0,0");
+  ASSERT_TRUE(Knows("Bob", {200, 100, 0, 50, false, false}));
+  ASSERT_TRUE(Knows("Cy", {200, 300, 0, 50, false, false}));
+  constexpr QRgb kTrail = 0xff5b2a86;
+  EXPECT_EQ(ColourAt({150, 100}), kTrail);
+  EXPECT_NE(ColourAt({150, 300}), kTrail);
+}
+
+}  // namespace
+}  // namespace corvane::viewer

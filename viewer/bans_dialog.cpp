@@ -1,0 +1,71 @@
+#include "viewer/bans_dialog.h"
+
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QVBoxLayout>
+
+#include "console/visible_text.h"
+#include "framework/text.h"
+
+namespace corvane::viewer {
+
+BansDialog::BansDialog(QWidget& owner)
+    : QDialog(&owner),
+      lstBans(new QTableWidget(0, 4, this)),
+      btnLift(new QPushButton(tr("&Lift Selected"), this)),
+      btnClose(new QPushButton(tr("Close"), this)),
+      myCount(new QLabel(tr("Asking for the bans..."), this)) {
+  setObjectName(QStringLiteral("BansDialog"));
+  setWindowTitle(tr("Bans"));
+  setAttribute(Qt::WA_DeleteOnClose);
+  resize(620, 320);
+  lstBans->setAccessibleName(tr("Bans"));
+  lstBans->setHorizontalHeaderLabels({tr("Address"), tr("By"), tr("Reason"), tr("Date")});
+  lstBans->setSelectionBehavior(QAbstractItemView::SelectRows);
+  lstBans->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  lstBans->setTabKeyNavigation(false);
+  lstBans->setShowGrid(false);
+  lstBans->verticalHeader()->hide();
+  lstBans->horizontalHeader()->setSectionResizeMode(2, QHeaderView::Stretch);
+  lstBans->horizontalHeader()->resizeSection(0, 130);
+  lstBans->horizontalHeader()->resizeSection(3, 140);
+  btnLift->setEnabled(false);
+
+  auto* buttons = new QHBoxLayout;
+  buttons->addWidget(myCount);
+  buttons->addStretch();
+  buttons->addWidget(btnLift);
+  buttons->addWidget(btnClose);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(lstBans);
+  column->addLayout(buttons);
+
+  connect(lstBans, &QTableWidget::itemSelectionChanged, this,
+          [this] { btnLift->setEnabled(!lstBans->selectedItems().isEmpty()); });
+  connect(btnLift, &QPushButton::clicked, this, [this] { LiftSelected(); });
+  connect(btnClose, &QPushButton::clicked, this, [this] { reject(); });
+}
+
+void BansDialog::Show(const client::BanList& list) {
+  lstBans->setRowCount(static_cast<int>(list.bans.size()));
+  int row = 0;
+  for (const client::Ban& ban : list.bans) {
+    int column = 0;
+    for (const std::string* text : {&ban.address, &ban.by, &ban.reason, &ban.date})
+      lstBans->setItem(row, column++, new QTableWidgetItem(VisibleText(*text)));
+    lstBans->item(row, 0)->setData(Qt::UserRole, DisplayText(ban.id));
+    ++row;
+  }
+  myCount->setText(list.leftOut == 0 ? tr("%1 bans").arg(list.bans.size())
+                                     : tr("%1 bans, and %2 entries that cannot be shown")
+                                           .arg(list.bans.size())
+                                           .arg(list.leftOut));
+}
+
+void BansDialog::LiftSelected() const {
+  for (const QModelIndex& index : lstBans->selectionModel()->selectedRows()) {
+    if (Lifted) Lifted(TextFromDisplay(index.data(Qt::UserRole).toString()));
+  }
+}
+
+}  // namespace corvane::viewer

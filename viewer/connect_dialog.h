@@ -1,0 +1,60 @@
+#pragma once
+
+#include <functional>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include "viewer/settings.h"
+
+namespace corvane::viewer {
+
+// Asks where to log in and as whom. It stays open while the program tries, says what was refused,
+// and closes when the user is in.
+class ConnectDialog : public QDialog {
+  Q_DECLARE_TR_FUNCTIONS(corvane::viewer::ConnectDialog)
+
+ public:
+  ConnectDialog(const QList<RecentServer>& recent, QWidget& owner);
+
+  // The digest of the password is always there; whether to keep it is the user's choice.
+  std::function<void(const RecentServer& server, bool keepsDigest)> Wanted;
+  // The user gives up while the program tries.
+  std::function<void()> GivenUp;
+
+  // The attempt failed.
+  void ShowFailure(const QString& text);
+
+  // The controls, in tab order. The dialog owns them.
+  QComboBox* cmbRecent;
+  QLineEdit* txtHost;
+  QSpinBox* spnPort;
+  QLineEdit* txtNetwork;
+  QLineEdit* txtPassword;
+  QLineEdit* txtUser;
+  QCheckBox* chkRemember;
+  QPushButton* btnConnect;
+  QPushButton* btnCancel;
+  QLabel* lblMessage;
+
+  void reject() override;
+
+ private:
+  void LayOut();
+  void Fill(int recent);
+  void Check() const;
+  void Try();
+  void SetTrying(bool isTrying);
+
+  QList<RecentServer> myRecent;
+  QByteArray myDigest;  // remembered, for as long as no password is typed
+  bool myIsTrying = false;
+};
+
+}  // namespace corvane::viewer

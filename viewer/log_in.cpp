@@ -1,0 +1,50 @@
+#include "viewer/log_in.h"
+
+#include <utility>
+
+#include "console/visible_text.h"
+#include "framework/text.h"
+
+namespace corvane::viewer {
+
+using Cause = client::Ending::Cause;
+using State = client::Connection::State;
+
+LogIn::LogIn(client::Connection& connection, Settings& settings, QWidget& window)
+    : myConnection(connection), mySettings(settings), myWindow(window) {}
+
+void LogIn::Ask() {
+  if (myDialog) return;
+  myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
+  myDialog->Wanted = [this](const RecentServer& server, bool keeps) { Try(server, keeps); };
+  myDialog->GivenUp = [this] { myConnection.Close(); };
+  myDialog->open();
+}
+
+void LogIn::Try(const RecentServer& server, bool keepsDigest) {
+  client::Destination destination;
+  destination.host = server.host;
+  destination.port = server.port;
+  destination.account = {TextFromDisplay(server.network), server.digest.toStdString(),
+                         TextFromDisplay(server.userName)};
+  // Ends the connection that there is, which is no failure of this one.
+  myConnection.Close();
+  myUnproven = server;
+  if (!keepsDigest) myUnproven->digest.clear();
+  myConnection.Open(std::move(destination));
+}
+
+void LogIn::Follow() {
+  if (myConnection.CurrentState() != State::Online) return;
+  if (const auto server = std::exchange(myUnproven, std::nullopt)) mySettings.Remember(*server);
+  if (myDialog) myDialog->accept();
+}
+
+void LogIn::End(const client::Ending& ending) {
+  const QString text = VisibleText(TextFromDisplay(ending.Explanation()));
+  if (Says) Says(text);
+  if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)
+    myDialog->ShowFailure(text);
+}
+
+}  // namespace corvane::viewer

@@ -1,0 +1,60 @@
+#include <cstdio>
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QIcon>
+#include <QStandardPaths>
+
+#include "framework/broken_pipes.h"
+#include "framework/folders.h"
+#include "framework/quit_signals.h"
+#include "updater/version.h"
+#include "viewer/map_window.h"
+#include "viewer/options.h"
+
+using namespace corvane;
+using namespace corvane::viewer;
+
+namespace {
+
+QIcon MapIcon() {
+  QIcon icon;
+  for (const int size : {16, 24, 32, 48, 64, 128, 256})
+    icon.addFile(QStringLiteral(":/icons/corvane-map-%1.png").arg(size), QSize(size, size));
+  return icon;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  IgnoreBrokenPipes();
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(QStringLiteral("corvane-map"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Corvane Map"));
+  QApplication::setApplicationVersion(QString::fromStdString(RunningVersion().FullVersion()));
+  QApplication::setDesktopFileName(QStringLiteral("corvane-map"));
+  QApplication::setWindowIcon(MapIcon());
+
+  const ParsedOptions parsed =
+      ParseOptions(QApplication::arguments(), qgetenv("CORVANE_MAP_PASSWORD"));
+  if (!parsed.options) {
+    std::fprintf(parsed.exitCode == 0 ? stdout : stderr, "%s\n", qUtf8Printable(parsed.text));
+    return parsed.exitCode;
+  }
+  const std::optional<QString> data = ApplicationDataFolder();
+  const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+  if (!data || cache.isEmpty()) {
+    std::fprintf(stderr, "corvane-map: there is no folder for its settings\n");
+    return 1;
+  }
+  MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
+  const QuitSignals quitSignals([&window] { window.close(); });
+  if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);
+  window.show();
+  if (parsed.options->server) {
+    window.LogInTo(*parsed.options->server);
+  } else {
+    window.AskWhere();
+  }
+  return QApplication::exec();
+}

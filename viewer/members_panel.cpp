@@ -1,0 +1,107 @@
+#include "viewer/members_panel.h"
+
+#include <QAction>
+#include <QHeaderView>
+#include <QVBoxLayout>
+
+namespace corvane::viewer {
+
+using client::Member;
+
+MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
+    : QWidget(parent),
+      fldFilter(new QLineEdit(this)),
+      lstMembers(new QTableView(this)),
+      myModel(members) {
+  fldFilter->setObjectName(QStringLiteral("fldFilter"));
+  fldFilter->setPlaceholderText(tr("Filter by name"));
+  fldFilter->setAccessibleName(tr("Filter members by name"));
+  fldFilter->setClearButtonEnabled(true);
+  lstMembers->setObjectName(QStringLiteral("lstMembers"));
+  lstMembers->setAccessibleName(tr("Members"));
+
+  myProxy.setSourceModel(&myModel);
+  myProxy.setSortRole(MembersModel::kSortRole);
+  myProxy.setFilterKeyColumn(MembersModel::kName);
+  myProxy.setFilterCaseSensitivity(Qt::CaseInsensitive);
+  lstMembers->setModel(&myProxy);
+  lstMembers->setSortingEnabled(true);
+  lstMembers->sortByColumn(MembersModel::kName, Qt::AscendingOrder);
+  lstMembers->setSelectionBehavior(QAbstractItemView::SelectRows);
+  lstMembers->setSelectionMode(QAbstractItemView::SingleSelection);
+  lstMembers->setTabKeyNavigation(false);
+  lstMembers->setShowGrid(false);
+  lstMembers->setAlternatingRowColors(true);
+  lstMembers->setWordWrap(false);
+  lstMembers->verticalHeader()->hide();
+  lstMembers->verticalHeader()->setDefaultSectionSize(lstMembers->fontMetrics().height() + 6);
+  QHeaderView* header = lstMembers->horizontalHeader();
+  header->setHighlightSections(false);
+  const int digit = fontMetrics().horizontalAdvance('0');
+  for (const int column : {MembersModel::kX, MembersModel::kY, MembersModel::kHp})
+    header->resizeSection(column, 6 * digit);
+  header->resizeSection(MembersModel::kName, 14 * digit);
+  header->resizeSection(MembersModel::kFacet, 7 * digit);
+  header->resizeSection(MembersModel::kState, 9 * digit);
+  header->setStretchLastSection(true);
+
+  auto* column = new QVBoxLayout(this);
+  column->setContentsMargins({});
+  column->addWidget(fldFilter);
+  column->addWidget(lstMembers);
+
+  connect(fldFilter, &QLineEdit::textChanged, this,
+          [this](const QString& text) { myProxy.setFilterFixedString(text); });
+  connect(lstMembers->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
+          [this](const QModelIndex& current) {
+            if (myIsTelling && Selected) Selected(MemberAt(current));
+          });
+  // A click on the row that is selected already means the same.
+  connect(lstMembers, &QTableView::clicked, this, [this](const QModelIndex& index) {
+    if (Selected) Selected(MemberAt(index));
+  });
+  connect(lstMembers, &QTableView::doubleClicked, this,
+          [this](const QModelIndex& index) { Activate(index); });
+  auto* enter = new QAction(lstMembers);
+  enter->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
+  enter->setShortcutContext(Qt::WidgetShortcut);
+  lstMembers->addAction(enter);
+  connect(enter, &QAction::triggered, this, [this] { Activate(lstMembers->currentIndex()); });
+  lstMembers->setContextMenuPolicy(Qt::CustomContextMenu);
+  connect(lstMembers, &QTableView::customContextMenuRequested, this,
+          [this](QPoint position) { OpenMenu(position); });
+}
+
+void MembersPanel::Select(const Member* member) {
+  myIsTelling = false;
+  QModelIndex index;
+  if (member != nullptr) {
+    // A newcomer has no row yet.
+    if (myModel.RowOf(*member) < 0) myModel.Update();
+    index = myProxy.mapFromSource(myModel.index(myModel.RowOf(*member), 0));
+  }
+  lstMembers->selectionModel()->setCurrentIndex(
+      index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+  myIsTelling = true;
+}
+
+const Member* MembersPanel::MemberAt(const QModelIndex& index) const {
+  return index.isValid() ? myModel.MemberAt(myProxy.mapToSource(index).row()) : nullptr;
+}
+
+void MembersPanel::Activate(const QModelIndex& index) {
+  const Member* member = MemberAt(index);
+  if (member != nullptr && Activated) Activated(*member);
+}
+
+void MembersPanel::OpenMenu(QPoint position) {
+  const QModelIndex index = lstMembers->currentIndex();
+  const Member* member = MemberAt(index);
+  if (member == nullptr || !MenuRequested) return;
+  // The menu key says nothing about a place.
+  if (!lstMembers->visualRect(index).contains(position))
+    position = lstMembers->visualRect(index).center();
+  MenuRequested(*member, lstMembers->viewport()->mapToGlobal(position));
+}
+
+}  // namespace corvane::viewer

@@ -1,0 +1,77 @@
+#include "viewer/options.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include "client/password_digest.h"
+
+namespace corvane::viewer {
+namespace {
+
+struct Texts {
+  Q_DECLARE_TR_FUNCTIONS(corvane::viewer::Options)
+};
+
+// "LEFT,TOP,SCALE"; whether it is that.
+bool ReadFrame(const QString& text, MapPicture& picture) {
+  const QStringList parts = text.split(',');
+  bool areNumbers[3] = {};
+  if (parts.size() != 3) return false;
+  picture.corner = {parts[0].toDouble(&areNumbers[0]), parts[1].toDouble(&areNumbers[1])};
+  picture.unitsPerPixel = parts[2].toDouble(&areNumbers[2]);
+  return areNumbers[0] && areNumbers[1] && areNumbers[2] && picture.unitsPerPixel > 0;
+}
+
+}  // namespace
+
+ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& password) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(Texts::tr(
+      "Shows the players of a Corvane network on a map.\n"
+      "With a server, a network and a user name it logs in at once, with the password in\n"
+      "the environment variable CORVANE_MAP_PASSWORD."));
+  parser.addOptions({
+      {"server", Texts::tr("Log in to this server."), "HOST"},
+      {"port", Texts::tr("Its port; 12000 if none is given."), "PORT", "12000"},
+      {"network", Texts::tr("The network."), "NAME"},
+      {"user", Texts::tr("The user name."), "NAME"},
+      {"map", Texts::tr("Show this picture on facet 0 from now on."), "FILE"},
+      {"map-frame",
+       Texts::tr("Where its left and top edges are on the map, and how many units of "
+                 "the map a pixel is."),
+       "X,Y,SCALE", "0,0,1"},
+  });
+  const QCommandLineOption help = parser.addHelpOption();
+  const QCommandLineOption version = parser.addVersionOption();
+
+  if (!parser.parse(arguments)) return {{}, parser.errorText(), 2};
+  if (parser.isSet(help)) return {{}, parser.helpText(), 0};
+  if (parser.isSet(version))
+    return {
+        {}, QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion(), 0};
+  Options options;
+  if (parser.isSet("server")) {
+    RecentServer server;
+    server.host = parser.value("server");
+    server.port = parser.value("port").toUShort();
+    server.network = parser.value("network");
+    server.userName = parser.value("user");
+    server.digest = QByteArray::fromStdString(client::PasswordDigest(password.toStdString()));
+    if (server.port == 0 || server.network.isEmpty() || server.userName.isEmpty()) {
+      return {
+          {}, Texts::tr("--server needs a --network, a --user and a --port from 1 to 65535"), 2};
+    }
+    options.server = server;
+  }
+  if (parser.isSet("map")) {
+    MapPicture picture;
+    picture.kind = MapPicture::Kind::Image;
+    picture.path = parser.value("map");
+    if (!ReadFrame(parser.value("map-frame"), picture))
+      return {{}, Texts::tr("--map-frame takes X,Y,SCALE"), 2};
+    options.picture = picture;
+  }
+  return {options, {}, 0};
+}
+
+}  // namespace corvane::viewer
