@@ -13,6 +13,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "bench/event_times.h"
 #include "console/application.h"
 #include "console/wnd_main.h"
 #include "server/app.h"
@@ -20,7 +21,6 @@
 namespace {
 
 using namespace corvane;
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
 constexpr int kUsers = 10'000;
@@ -30,26 +30,7 @@ constexpr int kTurns = 2 * 30'000 / 10;
 constexpr int kUsersPerTurn = 1 + 2 * kUsers / kTurns;
 constexpr int kLinesPerTurn = 1 + kLines / kTurns;
 
-// Measures every event from outside, nested ones with the event that they are nested in.
-class MeasuredApplication : public Application {
- public:
-  using Application::Application;
-
-  bool notify(QObject* receiver, QEvent* event) override {
-    if (myIsInside) return Application::notify(receiver, event);
-    myIsInside = true;
-    const Clock::time_point begin = Clock::now();
-    const bool result = Application::notify(receiver, event);
-    durations.push_back(std::chrono::duration<double, std::milli>(Clock::now() - begin).count());
-    myIsInside = false;
-    return result;
-  }
-
-  std::vector<double> durations;  // ms
-
- private:
-  bool myIsInside = false;
-};
+using LoadedApplication = MeasuredApplication<Application>;
 
 std::string UserName(int number) {
   return "user " + std::to_string(number);
@@ -71,7 +52,7 @@ void TakeTurn(wndMain& window, int& coming, int& going) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  MeasuredApplication application(argc, argv);
+  LoadedApplication application(argc, argv);
   const QTemporaryDir folder;
   App app(folder.path(), MessageToStandardError);
   wndMain window(app, [] { return true; });
@@ -83,10 +64,10 @@ int main(int argc, char** argv) {
   QTimer timer;
   QObject::connect(&timer, &QTimer::timeout, &window, [&] {
     TakeTurn(window, coming, going);
-    if (++turns == kTurns) MeasuredApplication::exit();
+    if (++turns == kTurns) LoadedApplication::exit();
   });
   timer.start(kTurn);
-  MeasuredApplication::exec();
+  LoadedApplication::exec();
 
   std::vector<double>& durations = application.durations;
   std::sort(durations.begin(), durations.end());

@@ -11,33 +11,56 @@ if(CORVANE_PLATFORM STREQUAL windows)
   return()
 endif()
 
+# corvane_install(PROGRAM)
+#
+# What both programs have: a menu entry, icons, documents. Each is a component, and so a package,
+# of its name.
+function(corvane_install program)
+  set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME ${program})
+  install(FILES packaging/linux/${program}.desktop DESTINATION share/applications)
+  install(FILES CHANGELOG.md DESTINATION share/doc/${program})
+  install(FILES packaging/icons/${program}.svg DESTINATION share/icons/hicolor/scalable/apps)
+  foreach(size 16 24 32 48 64 128 256)
+    install(FILES packaging/icons/${program}-${size}.png
+      DESTINATION share/icons/hicolor/${size}x${size}/apps RENAME ${program}.png)
+  endforeach()
+endfunction()
+
+corvane_install(corvane-server)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-server)
 # The program itself lies apart: what users start lays down the database first.
 install(TARGETS corvane-server DESTINATION lib/corvane-server)
 install(PROGRAMS packaging/linux/corvane-server DESTINATION bin)
 install(PROGRAMS packaging/prepare-data-folder DESTINATION share/corvane-server)
 install(FILES packaging/serverdb.sql DESTINATION share/corvane-server)
-install(FILES packaging/linux/corvane-server.desktop DESTINATION share/applications)
 install(FILES packaging/linux/corvane-server.service DESTINATION lib/systemd/user)
-install(FILES CHANGELOG.md docs/operating.md DESTINATION share/doc/corvane-server)
+install(FILES docs/operating.md DESTINATION share/doc/corvane-server)
 install(DIRECTORY docs/images DESTINATION share/doc/corvane-server FILES_MATCHING PATTERN *.png)
-install(FILES packaging/icons/corvane-server.svg DESTINATION share/icons/hicolor/scalable/apps)
-foreach(size 16 24 32 48 64 128 256)
-  install(FILES packaging/icons/corvane-server-${size}.png
-    DESTINATION share/icons/hicolor/${size}x${size}/apps RENAME corvane-server.png)
-endforeach()
 
-set(CPACK_PACKAGE_NAME corvane-server)
+corvane_install(corvane-map)
+set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-map)
+install(TARGETS corvane-map DESTINATION bin)
+install(FILES docs/map.md DESTINATION share/doc/corvane-map)
+install(DIRECTORY docs/images DESTINATION share/doc/corvane-map FILES_MATCHING PATTERN map*.png)
+
+set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})
 set(CPACK_PACKAGE_CONTACT "Corvane Server <root@localhost>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "map-sharing server for groups of players")
-set(CPACK_PACKAGE_DESCRIPTION
-  "Clients of the mapping tool log into password-protected networks, report their players' positions and see those of the other members. Runs as a desktop program with a tray icon, or without a display.")
+set(CPACK_COMPONENTS_ALL corvane-server corvane-map)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_NAME corvane-server)
+set(CPACK_DEBIAN_CORVANE-SERVER_DESCRIPTION
+  "map-sharing server for groups of players\n Clients of the mapping tool log into password-protected networks, report their players' positions and see those of the other members. Runs as a desktop program with a tray icon, or without a display.")
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS sqlite3)
+set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_NAME corvane-map)
+set(CPACK_DEBIAN_CORVANE-MAP_DESCRIPTION
+  "map of the players of a Corvane network\n Logs into a network of a Corvane server and shows its members on a map, with their state and what the server says. Administrators of a network manage it from here.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_DEPENDS sqlite3)
 # Programs for Wayland desktops load this one themselves.
 set(CPACK_DEBIAN_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)

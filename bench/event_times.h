@@ -1,0 +1,34 @@
+#pragma once
+
+#include <chrono>
+#include <vector>
+
+#include <QCoreApplication>
+
+namespace corvane {
+
+// An application that measures every event from outside, nested ones with the event that they are
+// nested in: how long the program, and its window, stood still.
+template <typename ApplicationType>
+class MeasuredApplication : public ApplicationType {
+ public:
+  using ApplicationType::ApplicationType;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    using Clock = std::chrono::steady_clock;
+    if (myIsInside) return ApplicationType::notify(receiver, event);
+    myIsInside = true;
+    const Clock::time_point begin = Clock::now();
+    const bool result = ApplicationType::notify(receiver, event);
+    durations.push_back(std::chrono::duration<double, std::milli>(Clock::now() - begin).count());
+    myIsInside = false;
+    return result;
+  }
+
+  std::vector<double> durations;  // ms
+
+ private:
+  bool myIsInside = false;
+};
+
+}  // namespace corvane
