@@ -28,12 +28,12 @@
 
 #include <QCoreApplication>
 
+#include "client/wire.h"
 #include "net/descriptor_limit.h"
 #include "tools/swarm/delivery_book.h"
 #include "tools/swarm/options.h"
 #include "tools/swarm/run_result.h"
 #include "tools/swarm/server_probe.h"
-#include "tools/swarm/wire.h"
 
 namespace corvane::swarm {
 namespace {
@@ -264,8 +264,8 @@ class BrokerRun {
     myOutput.clear();
     for (std::size_t i = 0; i < count; ++i) {
       myReport.clear();
-      AppendReport(myReport, ReportOf(sender, myBook.Send(sender)));
-      myReport.replace(0, kHeaderBytes, UserNameOf(myOptions.userPrefix, sender) + "|");
+      client::AppendReport(myReport, ReportOf(sender, myBook.Send(sender)));
+      myReport.replace(0, client::kHeaderBytes, UserNameOf(myOptions.userPrefix, sender) + "|");
       myProtocol.AppendPublish(myOutput, myReport);
     }
     myMembers[user]->Send(myOutput);
@@ -291,8 +291,8 @@ class BrokerRun {
   }
 
   void Take(Member recipient, std::string_view payload) {
-    const std::optional<Relay> relay = ParseRelay(payload);
-    const auto sender = relay ? ParseUserName(myOptions.userPrefix, relay->user) : std::nullopt;
+    const std::optional<client::MemberRecord> relay = client::ParseRelay(payload);
+    const auto sender = relay ? ParseUserName(myOptions.userPrefix, relay->name) : std::nullopt;
     if (!sender) return myBook.ReceiveForeign();
     // Some brokers send a member its own reports, too.
     if (*sender == recipient || !myBook.Receive(recipient, *sender, relay->report)) return;

@@ -151,9 +151,13 @@ bool WritePicture(const QString& name) {
                PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
   png_write_info(png, info);
   std::vector<png_byte> row(std::size_t{3} * kSide);
+  std::vector<double> waves(std::size_t{2} * kSide);
+  for (std::size_t i = 0; i < waves.size(); ++i)
+    waves[i] = std::sin(static_cast<double>(i) / 300);
   for (int y = 0; y < kSide; ++y) {
     for (int x = 0; x < kSide; ++x) {
-      const double height = std::sin(x / 700.0) + std::sin(y / 500.0) + std::sin((x + y) / 130.0);
+      const auto wave = [&](int at) { return waves[static_cast<std::size_t>(at)]; };
+      const double height = wave(x / 2) + wave(y) + wave(x + y);
       const int noise = (x * 7919 + y * 104'729) % 13;
       row[3 * static_cast<std::size_t>(x)] = static_cast<png_byte>(110 + 30 * height + noise);
       row[3 * static_cast<std::size_t>(x) + 1] = static_cast<png_byte>(130 + 20 * height + noise);

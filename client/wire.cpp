@@ -12,9 +12,13 @@ void AppendInt32(std::string& output, std::int32_t value) {
 
 }  // namespace
 
-void AppendFrame(std::string& output, std::int32_t command, std::string_view payload) {
-  AppendInt32(output, static_cast<std::int32_t>(kHeaderBytes + payload.size()));
+void AppendHeader(std::string& output, std::int32_t command, std::size_t payloadBytes) {
+  AppendInt32(output, static_cast<std::int32_t>(kHeaderBytes + payloadBytes));
   AppendInt32(output, command);
+}
+
+void AppendFrame(std::string& output, std::int32_t command, std::string_view payload) {
+  AppendHeader(output, command, payload.size());
   output.append(payload);
 }
 

@@ -37,6 +37,8 @@ inline constexpr std::size_t kHeaderBytes = 8;
 // No message of the server comes near this; a longer one means that the stream is out of step.
 inline constexpr std::size_t kMaxFrameBytes = std::size_t{64} << 20;
 
+// Appends the header of a message to the output; so many bytes of payload have to follow.
+void AppendHeader(std::string& output, std::int32_t command, std::size_t payloadBytes);
 // Appends one message to the output.
 void AppendFrame(std::string& output, std::int32_t command, std::string_view payload);
 
@@ -62,12 +64,15 @@ class FrameCutter {
         onFrame(ReadInt32(std::string_view(myPart).substr(4)),
                 std::string_view(myPart).substr(kHeaderBytes));
         myPart.clear();
+      } else {
+        myPart.reserve(wanted);
       }
     }
     while (!bytes.empty()) {
       const std::size_t wanted = WholeLength(bytes);
       if (wanted == kImpossible) return false;
       if (bytes.size() < wanted) {
+        myPart.reserve(wanted);
         myPart.assign(bytes);
         break;
       }

@@ -66,7 +66,7 @@ MapWindow::~MapWindow() {
 void MapWindow::LayOut() {
   auto* facets = new QToolBar(tr("Facet"), this);
   facets->setObjectName(QStringLiteral("FacetBar"));
-  auto* label = new QLabel(tr("F&acet:"), facets);
+  auto* label = new QLabel(tr("Fa&cet:"), facets);
   label->setBuddy(cmbFacet);
   label->setContentsMargins(4, 0, 4, 0);
   facets->addWidget(label);

@@ -2,6 +2,7 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QFileInfo>
 
 #include "client/password_digest.h"
 
@@ -66,7 +67,8 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
   if (parser.isSet("map")) {
     MapPicture picture;
     picture.kind = MapPicture::Kind::Image;
-    picture.path = parser.value("map");
+    // It is remembered, and the folder that the program is started from may be another next time.
+    picture.path = QFileInfo(parser.value("map")).absoluteFilePath();
     if (!ReadFrame(parser.value("map-frame"), picture))
       return {{}, Texts::tr("--map-frame takes X,Y,SCALE"), 2};
     options.picture = picture;

@@ -31,7 +31,7 @@ TEST_F(DeliveryBookTest, ExpectsEachReportOnceAtEveryOtherMember) {
 TEST_F(DeliveryBookTest, CountsWhatShouldNotHaveCome) {
   for (int i = 0; i < 3; ++i)
     myBook.Send(kSender);
-  PositionReport altered = ReportOf(kSender, 2);
+  client::Report altered = ReportOf(kSender, 2);
   ++altered.y;
   ASSERT_TRUE(myBook.Receive(kOther, kSender, ReportOf(kSender, 1)));
 

@@ -16,7 +16,7 @@ class Talker : public HostilePart {
  public:
   Talker() : HostilePart({}) {
     for (int i = 0; i < 8000; ++i)
-      AppendFrame(myBlock, 77, std::string(1000, 'x'));
+      client::AppendFrame(myBlock, 77, std::string(1000, 'x'));
   }
 
   void Act(Stranger& stranger) override {
@@ -25,7 +25,7 @@ class Talker : public HostilePart {
       return;
     }
     std::string step;
-    AppendFrame(step, command::kNetworkName, "whole");
+    client::AppendFrame(step, client::command::kNetworkName, "whole");
     stranger.Send(step);
     stranger.Hold();
   }

@@ -13,6 +13,7 @@ TEST(MapOptions, NameAServerAndAPicture) {
   EXPECT_EQ(parsed.options->server->host, "example.org");
   EXPECT_EQ(parsed.options->server->port, 12000);
   EXPECT_EQ(parsed.options->server->digest.toHex(), "5ebe2294ecd0e0f08eab7690d2a6ee69");
+  EXPECT_TRUE(parsed.options->picture->path.endsWith("/a.png"));
   EXPECT_EQ(parsed.options->picture->corner, QPointF(-10, 20));
   EXPECT_EQ(parsed.options->picture->unitsPerPixel, 4);
 }

@@ -4,10 +4,10 @@
 #include <cstddef>
 #include <string>
 
+#include "client/login.h"
+#include "client/report.h"
+#include "client/wire.h"
 #include "tools/swarm/delivery_book.h"
-#include "tools/swarm/login.h"
-#include "tools/swarm/position_report.h"
-#include "tools/swarm/wire.h"
 
 namespace corvane::swarm {
 
@@ -26,20 +26,20 @@ class Client {
     Leaving  // has asked to leave and waits for the answer
   };
 
-  Client(Member member, Login login) : myMember(member), myLogin(std::move(login)) {}
+  Client(Member member, client::Login login) : myMember(member), myLogin(std::move(login)) {}
 
   State CurrentState() const { return myState; }
   Member Identity() const { return myMember; }
-  const std::string& UserName() const { return myLogin.UserName(); }
+  const std::string& UserName() const { return myLogin.Details().userName; }
 
  private:
   friend class ClientPool;
 
   Member myMember;
-  Login myLogin;
+  client::Login myLogin;
   State myState = State::Offline;
   int myDescriptor = -1;
-  FrameCutter myCutter;
+  client::FrameCutter myCutter;
   std::string myOutput;
   bool myIsGreeted = false;        // the server has taken the connection from its queue
   bool myIsDirty = false;          // on the pool's list of clients with something to write

@@ -91,9 +91,9 @@ void ClientPool::Connect(Client& client) {
   myQueue.push_back(&client);
 }
 
-void ClientPool::Send(Client& client, const PositionReport& report) {
+void ClientPool::Send(Client& client, const client::Report& report) {
   if (client.myState != Client::State::Online) return;
-  AppendReport(client.myOutput, report);
+  client::AppendReport(client.myOutput, report);
   MarkDirty(client);
 }
 
@@ -103,7 +103,7 @@ void ClientPool::Leave(Client& client) {
     CloseDescriptor(client);
     return;
   }
-  AppendFrame(client.myOutput, command::kLeave, "");
+  client::AppendFrame(client.myOutput, client::command::kLeave, "");
   MarkDirty(client);
   client.myState = Client::State::Leaving;
   client.myPatience = Clock::now() + kPatience;
@@ -203,13 +203,13 @@ void ClientPool::Receive(Client& client, std::int32_t command, std::string_view 
     case Client::State::LoggingIn:
       Greet(client);
       switch (client.myLogin.Receive(command, payload, client.myOutput)) {
-        case Login::State::Waiting:
+        case client::Login::State::Waiting:
           if (!client.myOutput.empty()) MarkDirty(client);
           break;
-        case Login::State::Refused:
-          Lose(client, "login refused: " + client.myLogin.Refusal());
+        case client::Login::State::Refused:
+          Lose(client, "login refused: " + client.myLogin.Refusal().Explanation().toStdString());
           break;
-        case Login::State::LoggedIn:
+        case client::Login::State::LoggedIn:
           std::erase(myArriving, &client);
           client.myState = Client::State::Online;
           myEvents->LoggedIn(client);
@@ -220,7 +220,7 @@ void ClientPool::Receive(Client& client, std::int32_t command, std::string_view 
       myEvents->Received(client, command, payload);
       break;
     case Client::State::Leaving:
-      if (command == command::kLeave) {
+      if (command == client::command::kLeave) {
         CloseDescriptor(client);
         myEvents->Left(client);
       }

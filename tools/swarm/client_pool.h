@@ -53,7 +53,7 @@ class ClientPool {
   // overflows may drop a connection that its client takes for made.
   void Connect(Client& client);
   // Sends a report of a client that is online; does nothing for any other.
-  void Send(Client& client, const PositionReport& report);
+  void Send(Client& client, const client::Report& report);
   // Asks the server's leave; a client that is still on its way in is just closed.
   void Leave(Client& client);
   // Ends the connection without a word, so that the server sees it reset.

@@ -20,8 +20,8 @@ std::optional<Member> ParseUserName(std::string_view prefix, std::string_view us
   return member;
 }
 
-PositionReport ReportOf(Member sender, std::uint32_t sequence) {
-  PositionReport report;
+client::Report ReportOf(Member sender, std::uint32_t sequence) {
+  client::Report report;
   report.x = static_cast<std::int32_t>(sequence);
   report.y = static_cast<std::int32_t>((sequence * 7 + sender.user * 31) % 4096);
   report.facet = static_cast<std::int32_t>(sender.network % 6);
@@ -43,7 +43,7 @@ std::uint32_t DeliveryBook::Send(Member sender) {
   return ++myLastSent[sender.network * mySenders + sender.user];
 }
 
-bool DeliveryBook::Receive(Member recipient, Member sender, const PositionReport& report) {
+bool DeliveryBook::Receive(Member recipient, Member sender, const client::Report& report) {
   const bool isSender = sender.network < myNetworks && sender.user < mySenders;
   if (!isSender || sender.network != recipient.network || sender == recipient) {
     ++myUnexpected;

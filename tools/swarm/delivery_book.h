@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/swarm/position_report.h"
+#include "client/report.h"
 
 namespace corvane::swarm {
 
@@ -25,7 +25,7 @@ std::optional<Member> ParseUserName(std::string_view prefix, std::string_view us
 
 // The report that a member sends as its n-th (counted from 1). Two in a row always differ, and the
 // receiver can tell from one whether it arrived unchanged.
-PositionReport ReportOf(Member sender, std::uint32_t sequence);
+client::Report ReportOf(Member sender, std::uint32_t sequence);
 
 // The exact account of a measured run: every report of a sender is expected once at every other
 // member of its network, in the order in which they were sent.
@@ -39,7 +39,7 @@ class DeliveryBook {
 
   // Notes what the recipient got from the sender. True if it is a delivery that was still
   // expected; else it is counted as unexpected. A gap before it stays missing for good.
-  bool Receive(Member recipient, Member sender, const PositionReport& report);
+  bool Receive(Member recipient, Member sender, const client::Report& report);
   // Notes a message that nobody should have got in the run.
   void ReceiveForeign() { ++myUnexpected; }
 

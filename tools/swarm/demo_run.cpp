@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <utility>
 
-#include "tools/swarm/password_digest.h"
+#include "client/password_digest.h"
 
 namespace corvane::swarm {
 
@@ -18,11 +18,11 @@ DemoRun::DemoRun(const Options& options)
     : myOptions(options),
       myPool(options.server, options.connectAtOnce),
       myRandom(std::random_device{}()) {
-  const std::string digest = PasswordDigest(options.password);
+  const std::string digest = client::PasswordDigest(options.password);
   for (std::size_t network = 0; network < options.networks.size(); ++network) {
     for (std::size_t user = 0; user < options.users; ++user) {
       const std::size_t number = mySeats.size();
-      Login login(options.networks[network], digest, PlayerName(number));
+      client::Login login({options.networks[network], digest, PlayerName(number)});
       mySeats.push_back(
           {std::make_unique<Client>(Member{network, user}, std::move(login)), std::nullopt, {}});
     }
@@ -53,16 +53,16 @@ void DemoRun::LoggedIn(Client& client) {
 void DemoRun::Received(Client& client, std::int32_t command, std::string_view) {
   Seat& seat = SeatOf(client);
   switch (command) {
-    case command::kMember:
+    case client::command::kMember:
       ++myReceived;
       break;
-    case command::kKicked:
+    case client::command::kKicked:
       GoAway(seat, RandomTime(8, 15));
       break;
-    case command::kBanned:
+    case client::command::kBanned:
       GoAway(seat, RandomTime(30, 60));
       break;
-    case command::kLeave:
+    case client::command::kLeave:
       // The server sends everybody away; there is nothing left to ask for.
       myPool.Reset(client);
       Left(client);

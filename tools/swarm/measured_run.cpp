@@ -83,10 +83,10 @@ void MeasuredRun::LoggedIn(Client&) {
 void MeasuredRun::Received(Client& client, std::int32_t command, std::string_view payload) {
   // The others' leaving is news to those who are still there.
   if (myPhase == Phase::Leaving) return;
-  const std::optional<Relay> relay =
-      command == command::kMember ? ParseRelay(payload) : std::nullopt;
+  const std::optional<client::MemberRecord> relay =
+      command == client::command::kMember ? client::ParseRelay(payload) : std::nullopt;
   const std::optional<Member> sender =
-      relay ? ParseUserName(myOptions.userPrefix, relay->user) : std::nullopt;
+      relay ? ParseUserName(myOptions.userPrefix, relay->name) : std::nullopt;
   if (!sender) {
     if (myTraffic->IsDisturbing(payload)) myBook.ReceiveForeign();
     return;

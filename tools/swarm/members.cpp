@@ -3,17 +3,18 @@
 #include <string>
 #include <utility>
 
-#include "tools/swarm/password_digest.h"
+#include "client/password_digest.h"
 
 namespace corvane::swarm {
 
 std::vector<std::unique_ptr<Client>> MakeMembers(const Options& options) {
-  const std::string digest = PasswordDigest(options.password);
+  const std::string digest = client::PasswordDigest(options.password);
   std::vector<std::unique_ptr<Client>> members;
   for (std::size_t network = 0; network < options.networks.size(); ++network) {
     for (std::size_t user = 0; user < options.users; ++user) {
       const Member member{network, user};
-      Login login(options.networks[network], digest, UserNameOf(options.userPrefix, member));
+      client::Login login(
+          {options.networks[network], digest, UserNameOf(options.userPrefix, member)});
       members.push_back(std::make_unique<Client>(member, std::move(login)));
     }
   }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdlib>
 
 namespace corvane::swarm {
@@ -13,7 +14,7 @@ using std::chrono::milliseconds;
 constexpr std::int32_t kFacets = 3;
 constexpr std::int32_t kWidth = 6144;
 constexpr std::int32_t kHeight = 4096;
-constexpr std::int32_t kStride = 6;  // furthest that a step leads, in each direction
+constexpr std::int32_t kStride = 8;  // furthest that a step leads
 constexpr std::int32_t kArm = 14;    // how near two have to be for a fight
 
 struct Place {
@@ -49,7 +50,7 @@ Player::Player(std::mt19937& random, Clock::time_point now)
 }
 
 bool Player::Step(std::mt19937& random, Clock::time_point now) {
-  const PositionReport before = myReport;
+  const client::Report before = myReport;
   if (myReport.isDead) {
     myReport.isDead = false;
     myReport.hp = myFullHp / 2;
@@ -68,7 +69,7 @@ bool Player::Step(std::mt19937& random, Clock::time_point now) {
 }
 
 bool Player::CanFight(const Player& other) const {
-  const auto isReady = [](const PositionReport& report) {
+  const auto isReady = [](const client::Report& report) {
     return !report.isDead && !report.inBattle;
   };
   return isReady(myReport) && isReady(other.myReport) && myReport.facet == other.myReport.facet &&
@@ -90,9 +91,12 @@ void Player::ChooseDestination(std::mt19937& random) {
 }
 
 void Player::Walk(std::mt19937& random) {
-  const std::int32_t stride = Between(random, 2, kStride);
-  myReport.x += std::clamp(myDestinationX - myReport.x, -stride, stride);
-  myReport.y += std::clamp(myDestinationY - myReport.y, -stride, stride);
+  // Straight ahead, as the roads are.
+  const double x = myDestinationX - myReport.x;
+  const double y = myDestinationY - myReport.y;
+  const double share = std::min(1.0, Between(random, 2, kStride) / std::hypot(x, y));
+  myReport.x += static_cast<std::int32_t>(std::lround(x * share));
+  myReport.y += static_cast<std::int32_t>(std::lround(y * share));
   if (myReport.x == myDestinationX && myReport.y == myDestinationY) ChooseDestination(random);
   if (myReport.hp < myFullHp) ++myReport.hp;
 }

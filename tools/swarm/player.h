@@ -4,8 +4,8 @@
 #include <random>
 #include <string>
 
+#include "client/report.h"
 #include "tools/swarm/client_pool.h"
-#include "tools/swarm/position_report.h"
 
 namespace corvane::swarm {
 
@@ -15,7 +15,7 @@ class Player {
  public:
   Player(std::mt19937& random, Clock::time_point now);
 
-  const PositionReport& Report() const { return myReport; }
+  const client::Report& Report() const { return myReport; }
   // When it acts next.
   Clock::time_point NextStep() const { return myNextStep; }
 
@@ -30,7 +30,7 @@ class Player {
   void Walk(std::mt19937& random);
   void Fight(std::mt19937& random);
 
-  PositionReport myReport;
+  client::Report myReport;
   std::int32_t myFullHp;
   std::int32_t myDestinationX = 0;
   std::int32_t myDestinationY = 0;

@@ -3,7 +3,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "tools/swarm/password_digest.h"
+#include "client/password_digest.h"
 
 namespace corvane::swarm {
 
@@ -14,7 +14,7 @@ constexpr int kNiceness = 10;
 StrangerPool::Access AccessOf(const Options& options, const HostilePart& part) {
   const bool isSame = part.Custom().standing == Standing::SameNetwork;
   return {isSame ? options.networks.front() : options.strangersNetwork,
-          PasswordDigest(options.password)};
+          client::PasswordDigest(options.password)};
 }
 
 }  // namespace

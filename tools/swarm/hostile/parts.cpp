@@ -4,8 +4,8 @@
 #include <array>
 #include <sys/resource.h>
 
+#include "client/report.h"
 #include "tools/swarm/delivery_book.h"
-#include "tools/swarm/position_report.h"
 
 namespace corvane::swarm {
 
@@ -26,19 +26,19 @@ std::string Repeated(std::string_view text) {
 
 std::string Frame(std::int32_t command, std::string_view payload) {
   std::string frame;
-  AppendFrame(frame, command, payload);
+  client::AppendFrame(frame, command, payload);
   return frame;
 }
 
 std::string Header(std::int32_t command, std::size_t payloadBytes) {
   std::string header;
-  AppendHeader(header, command, payloadBytes);
+  client::AppendHeader(header, command, payloadBytes);
   return header;
 }
 
 std::string Report(std::uint32_t sequence) {
   std::string report;
-  AppendReport(report, ReportOf({}, sequence));
+  client::AppendReport(report, ReportOf({}, sequence));
   return report;
 }
 
@@ -52,13 +52,13 @@ class Hoarders : public HostilePart {
       stranger.Hold();
       return;
     }
-    stranger.Send(Header(command::kNetworkName, kLongestPayload));
+    stranger.Send(Header(client::command::kNetworkName, kLongestPayload));
     // A little more than a power of two, for a server whose buffers double.
     stranger.SendFiller(myBlock, 66 * kMiB);
   }
 
  private:
-  static constexpr std::size_t kLongestPayload = 0x7fffffff - kHeaderBytes;
+  static constexpr std::size_t kLongestPayload = 0x7fffffff - client::kHeaderBytes;
 
   std::string myBlock = Repeated("x");
 };
@@ -118,7 +118,7 @@ class LongNames : public HostilePart {
     std::size_t bytes = myLeast;
     for (std::size_t turn = 0; turn < stranger.Turn(); ++turn)
       bytes = bytes < myMost ? 2 * bytes : myLeast;
-    stranger.Send(Header(command::kNetworkName, bytes));
+    stranger.Send(Header(client::command::kNetworkName, bytes));
     stranger.SendFiller(myBlock, bytes);
   }
 
@@ -195,14 +195,14 @@ std::unique_ptr<HostilePart> MakeTinyMessages() {
   constexpr std::int32_t kAmIAdministrator = 9;
   return Make<Flood>(
       HostilePart::Habits{.standing = Standing::SameNetwork, .strangers = 10},
-      Frame(kUnknown, "") + Frame(command::kMember, "") + Frame(kAmIAdministrator, ""));
+      Frame(kUnknown, "") + Frame(client::command::kMember, "") + Frame(kAmIAdministrator, ""));
 }
 
 std::unique_ptr<HostilePart> MakeWrongSteps() {
   return Make<Flood>(HostilePart::Habits{.strangers = 4},
-                     Frame(command::kNetworkName, "no such network") +
-                         Frame(command::kPassword, "no such password") +
-                         Frame(command::kUserName, "too early"));
+                     Frame(client::command::kNetworkName, "no such network") +
+                         Frame(client::command::kPassword, "no such password") +
+                         Frame(client::command::kUserName, "too early"));
 }
 
 constexpr std::array kParts = {

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <utility>
 
-#include "tools/swarm/login.h"
-#include "tools/swarm/wire.h"
+#include "client/login.h"
+#include "client/wire.h"
 
 namespace corvane::swarm {
 
@@ -21,7 +21,7 @@ using Clock = std::chrono::steady_clock;
 class Stranger {
  public:
   // Without a log-in it stays outside.
-  Stranger(std::size_t index, std::optional<Login> login)
+  Stranger(std::size_t index, std::optional<client::Login> login)
       : myIndex(index), myLogin(std::move(login)) {}
 
   // Among the strangers of its part, from 0 on.
@@ -62,14 +62,14 @@ class Stranger {
   void Clear();
 
   std::size_t myIndex;
-  std::optional<Login> myLogin;
+  std::optional<client::Login> myLogin;
   State myState = State::Offline;
   int myDescriptor = -1;
   std::uint32_t myInterest = 0;  // what the pool watches the descriptor for
   std::size_t myTurn = 0;
   bool myIsHangingUp = false;
   std::optional<Clock::time_point> myRest;  // not greeted yet: gives up then
-  FrameCutter myCutter;                     // until it acts
+  client::FrameCutter myCutter;             // until it acts
   std::string myOutput;
   std::size_t myOutputPlace = 0;
   std::string_view myBlock;

@@ -34,9 +34,9 @@ StrangerPool::StrangerPool(const sockaddr_in& server, HostilePart& part, const A
       myEpoll(Checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
       myBuffer(kReadBytes) {
   for (std::size_t index = 0; index < part.Custom().strangers; ++index) {
-    std::optional<Login> login;
+    std::optional<client::Login> login;
     if (part.Custom().standing != Standing::Outside) {
-      login.emplace(access.network, access.passwordDigest, part.UserName(index));
+      login.emplace(client::Account{access.network, access.passwordDigest, part.UserName(index)});
     }
     myStrangers.push_back(std::make_unique<Stranger>(index, std::move(login)));
     myQueue.push_back(myStrangers.back().get());
@@ -179,7 +179,7 @@ void StrangerPool::Read(Stranger& stranger) {
 
 void StrangerPool::Receive(Stranger& stranger, std::int32_t command, std::string_view payload) {
   if (stranger.myState == Stranger::State::Greeting) {
-    if (command != command::kNetworkName) {
+    if (command != client::command::kNetworkName) {
       End(stranger);
       return;
     }
@@ -190,14 +190,14 @@ void StrangerPool::Receive(Stranger& stranger, std::int32_t command, std::string
     myPart.Greeted(stranger);
   }
   if (stranger.myState != Stranger::State::LoggingIn) return;
-  const Login::State state = stranger.myLogin
-                                 ? stranger.myLogin->Receive(command, payload, stranger.myOutput)
-                                 : Login::State::LoggedIn;
-  if (state == Login::State::LoggedIn) {
+  const client::Login::State state =
+      stranger.myLogin ? stranger.myLogin->Receive(command, payload, stranger.myOutput)
+                       : client::Login::State::LoggedIn;
+  if (state == client::Login::State::LoggedIn) {
     stranger.myState = Stranger::State::Acting;
     ++myCounts.acted;
-  } else if (state == Login::State::Refused) {
-    myCounts.refusal = stranger.myLogin->Refusal();
+  } else if (state == client::Login::State::Refused) {
+    myCounts.refusal = stranger.myLogin->Refusal().Explanation().toStdString();
     End(stranger);
   }
 }
