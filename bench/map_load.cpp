@@ -126,7 +126,7 @@ void Measure(const char* what, MapApplication& application, const Feeder& feeder
   application.durations.clear();
   const double cpuBefore = ProcessCpuSeconds() - feeder.CpuSeconds();
   const auto begin = std::chrono::steady_clock::now();
-  QTimer::singleShot(kDuration, &application, [] { QApplication::quit(); });
+  QTimer::singleShot(kDuration, &application, [] { QApplication::exit(); });
   QApplication::exec();
   const double elapsed =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();

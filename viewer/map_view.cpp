@@ -41,6 +41,8 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
   setViewportUpdateMode(FullViewportUpdate);
   setOptimizationFlags(DontSavePainterState | DontAdjustForAntialiasing);
   setFrameShape(NoFrame);
+  // The items take no keys.
+  setInteractive(false);
   setMouseTracking(true);
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setCursor(Qt::CrossCursor);
@@ -207,8 +209,7 @@ void MapView::keyPressEvent(QKeyEvent* event) {
   const int columns = (event->key() == Qt::Key_Right) - (event->key() == Qt::Key_Left);
   const int rows = (event->key() == Qt::Key_Down) - (event->key() == Qt::Key_Up);
   if (columns == 0 && rows == 0) {
-    // The base class would take keys that are the window's.
-    QAbstractScrollArea::keyPressEvent(event);
+    QGraphicsView::keyPressEvent(event);
     return;
   }
   const bool pans = event->modifiers().testFlag(Qt::ControlModifier);

@@ -230,7 +230,7 @@ void MapWindow::StateHasChanged() {
   EnableActions();
 }
 
-void MapWindow::Say(const QString& text) {
+void MapWindow::Say(const QString& text) const {
   txtMessages->Add(text);
 }
 
@@ -258,7 +258,7 @@ void MapWindow::EnableActions() {
   actions->mnuAdministration->menuAction()->setVisible(myConnection.IsAdministrator());
 }
 
-void MapWindow::ToggleFollow() {
+void MapWindow::ToggleFollow() const {
   if (myHighlights.selected != nullptr && myHighlights.selected != myHighlights.followed) {
     map->Follow(*myHighlights.selected);
   } else {
@@ -288,6 +288,7 @@ void MapWindow::ListFacets() {
     if (facets.size() < kMaxFacets) facets.insert(marker->facet);
   }
   std::vector<int> listed;
+  listed.reserve(static_cast<std::size_t>(cmbFacet->count()));
   for (int i = 0; i < cmbFacet->count(); ++i)
     listed.push_back(cmbFacet->itemData(i).toInt());
   if (!std::equal(facets.begin(), facets.end(), listed.begin(), listed.end())) {

@@ -68,7 +68,7 @@ class MapWindow : public QMainWindow {
   void KeepPlaces();
 
   void StateHasChanged();
-  void Say(const QString& text);
+  void Say(const QString& text) const;
   void Select(const client::Member* member);
   void Forget(const client::Member& member);
   void EnableActions();
@@ -76,7 +76,7 @@ class MapWindow : public QMainWindow {
   void ShowPicture();
   void AskForPicture();
   void OpenMemberMenu(QPoint at);
-  void ToggleFollow();
+  void ToggleFollow() const;
 
   Settings mySettings;
   client::Connection myConnection;

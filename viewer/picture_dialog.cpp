@@ -46,7 +46,7 @@ PictureDialog::PictureDialog(int facet, const MapPicture& picture, QWidget& owne
     connect(choice, &QRadioButton::toggled, this, [this] { Check(); });
   connect(txtPath, &QLineEdit::textChanged, this, [this] { Check(); });
   connect(btnBrowse, &QPushButton::clicked, this, [this] { Browse(); });
-  connect(btnOK, &QPushButton::clicked, this, [this] { Accept(); });
+  connect(btnOK, &QPushButton::clicked, this, [this] { Choose(); });
   connect(btnCancel, &QPushButton::clicked, this, [this] { reject(); });
   Check();
 }
@@ -96,7 +96,7 @@ void PictureDialog::Browse() {
   if (!path.isEmpty()) txtPath->setText(path);
 }
 
-void PictureDialog::Accept() {
+void PictureDialog::Choose() {
   MapPicture picture;
   if (!rdoNone->isChecked()) {
     picture.kind = rdoImage->isChecked() ? MapPicture::Kind::Image : MapPicture::Kind::Tiles;

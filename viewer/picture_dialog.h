@@ -38,7 +38,7 @@ class PictureDialog : public QDialog {
   void LayOut();
   void Check();
   void Browse();
-  void Accept();
+  void Choose();
 };
 
 }  // namespace corvane::viewer

@@ -46,8 +46,8 @@ PngRows::~PngRows() {
 
 // libpng reports an error by a jump back to here; nothing in between has a destructor.
 bool PngRows::ReadHeader() {
-  const png_structp png = myReader->png;
-  const png_infop info = myReader->info;
+  png_struct* const png = myReader->png;
+  png_info* const info = myReader->info;
   if (setjmp(png_jmpbuf(png)) != 0) return false;  // NOLINT: the library's way
   png_read_info(png, info);
   if (png_get_interlace_type(png, info) != PNG_INTERLACE_NONE) return false;
@@ -72,7 +72,7 @@ QImage PngRows::Next(int multiple) {
 }
 
 bool PngRows::ReadRows(QImage& rows) {
-  const png_structp png = myReader->png;
+  png_struct* const png = myReader->png;
   uchar* const bits = rows.bits();
   const qsizetype stride = rows.bytesPerLine();
   const int count = rows.height();

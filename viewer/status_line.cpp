@@ -70,14 +70,14 @@ QString StatusLine::StateText() {
       .arg(myConnection.Others().Count());
 }
 
-void StatusLine::ShowPlace(std::optional<QPointF> place) {
+void StatusLine::ShowPlace(std::optional<QPointF> place) const {
   lblPlace->setText(place ? QStringLiteral("%1, %2")
                                 .arg(std::floor(place->x()), 0, 'f', 0)
                                 .arg(std::floor(place->y()), 0, 'f', 0)
                           : QString());
 }
 
-void StatusLine::ShowProgress(int percent) {
+void StatusLine::ShowProgress(int percent) const {
   prgCutting->setValue(percent);
   prgCutting->setVisible(percent < 100);
 }

@@ -24,8 +24,8 @@ class StatusLine : public QStatusBar {
 
   // The state of the connection has changed.
   void Update();
-  void ShowPlace(std::optional<QPointF> place);
-  void ShowProgress(int percent);
+  void ShowPlace(std::optional<QPointF> place) const;
+  void ShowProgress(int percent) const;
 
   // The controls. The bar owns them.
   QLabel* lblState;
