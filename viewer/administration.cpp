@@ -1,7 +1,7 @@
 #include "viewer/administration.h"
 
-#include "console/visible_text.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 #include "viewer/text_dialog.h"
 
 namespace corvane::viewer {

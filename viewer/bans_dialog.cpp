@@ -4,8 +4,8 @@
 #include <QHeaderView>
 #include <QVBoxLayout>
 
-#include "console/visible_text.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 
 namespace corvane::viewer {
 

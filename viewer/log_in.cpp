@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "console/visible_text.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 
 namespace corvane::viewer {
 

@@ -9,8 +9,8 @@
 #include <QLabel>
 #include <QToolBar>
 
-#include "console/visible_text.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 #include "viewer/picture_dialog.h"
 
 namespace corvane::viewer {

@@ -4,7 +4,7 @@
 #include <chrono>
 #include <utility>
 
-#include "console/visible_text.h"
+#include "framework/visible_text.h"
 
 namespace corvane::viewer {
 namespace {

@@ -3,8 +3,8 @@
 #include <chrono>
 #include <cmath>
 
-#include "console/visible_text.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 
 namespace corvane::viewer {
 

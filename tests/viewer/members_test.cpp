@@ -15,8 +15,8 @@ class MembersTest : public MapTest {
 TEST_F(MembersTest, AreListedSortedAndFiltered) {
   const auto bob = Member("bob", "10,20,0,50,0,0");
   const auto cy = Member("Cy", "9,20,1,7,1,0");
-  const auto amy = Member("Amy\n\xE2\x80\xAE", "100,20,0,8,0,1");
-  const std::string amyRow = "Amy\\n\\u202e|100|20|0|8|Dead";
+  const auto amy = Member("Amy\n\xE2\x80\xAE\xE2\x80\x8B", "100,20,0,8,0,1");
+  const std::string amyRow = "Amy\\n\\u202e\\u200b|100|20|0|8|Dead";
   EXPECT_TRUE(RowsAre({amyRow, "bob|10|20|0|50|Alive", "Cy|9|20|1|7|In battle"}));
   List()->sortByColumn(MembersModel::kX, Qt::AscendingOrder);
   EXPECT_TRUE(RowsAre({"Cy|9|20|1|7|In battle", "bob|10|20|0|50|Alive", amyRow}));
