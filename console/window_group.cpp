@@ -1,6 +1,6 @@
 #include "console/window_group.h"
 
-#include <ranges>
+#include <algorithm>
 
 #include <QDialog>
 #include <QWindow>
@@ -15,8 +15,8 @@ void WindowGroup::Hide() {
   for (QDialog* dialog : myWindow.findChildren<QDialog*>()) {
     if (dialog->isVisible()) myPlaces.push_back(placeOf(dialog));
   }
-  for (const Place& place : std::views::reverse(myPlaces))
-    place.window->hide();
+  std::for_each(myPlaces.rbegin(), myPlaces.rend(),
+                [](const Place& place) { place.window->hide(); });
 }
 
 void WindowGroup::Show() {

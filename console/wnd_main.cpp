@@ -21,6 +21,7 @@
 #include "console/wnd_view_admins.h"
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
+#include "framework/standard_error.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
@@ -65,16 +66,14 @@ QAction* AddItem(QMenu& menu, QLatin1String caption) {
   return item;
 }
 
-MessageBox WhyNotListening(const MapSocket& listener) {
+std::string WhyNotListening(const MapSocket& listener) {
   constexpr int kHighestPort = 65535;
   const int port = listener.Port();
   const std::string reason =
       port < 0 || port > kHighestPort
           ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
           : std::system_category().message(listener.LastErrorCode());
-  return {MessageBox::Kind::Message,
-          {},
-          "Cannot listen on port " + std::to_string(port) + ": " + reason};
+  return "Cannot listen on port " + std::to_string(port) + ": " + reason;
 }
 
 QAction* Named(QAction* action, const char* name) {
@@ -118,7 +117,7 @@ void wndMain::Open() {
   myNetworks.Clear();
   myUsers.Clear();
   myApp.LoadServerSocket(*sSocket, [this](const NetworkRef& network) { myNetworks.Add(network); });
-  if (!sSocket->IsListening()) MessageToStandardError(WhyNotListening(*sSocket));
+  if (!sSocket->IsListening()) WriteErrorLine(WhyNotListening(*sSocket));
 }
 
 void wndMain::ShowToNobody() {
