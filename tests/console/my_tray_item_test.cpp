@@ -49,12 +49,15 @@ TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
 }
 
 TEST_F(MyTrayItemTest, QuestionThatIsHiddenIsStillAsked) {
-  QTimer::singleShot(0, [this] { myWindow->HideWindow(); });
-  QTimer::singleShot(50, [this] {
-    myWindow->ShowWindow();
-    const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
-    ASSERT_NE(box, nullptr);
-    Click(box->button(QMessageBox::Yes));
+  QTimer::singleShot(0, [this] {
+    myWindow->HideWindow();
+    // In a later turn of the loop.
+    QTimer::singleShot(0, [this] {
+      myWindow->ShowWindow();
+      const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+      ASSERT_NE(box, nullptr);
+      Click(box->button(QMessageBox::Yes));
+    });
   });
   EXPECT_EQ(ShowMessageBox({MessageBox::Kind::Question, "Sure", "Sure?"}), MessageBox::Answer::Yes);
 }

@@ -32,10 +32,9 @@ TEST_F(UpdatesTest, MenuItemShowsANewerVersionOnceAndNothingElse) {
   EXPECT_TRUE(NoneIsOpen());
 
   // One that comes late leaves the dialog that is open to the operator, and is no less alive.
-  myWebServer.answers["/applications.xml"].delay = std::chrono::milliseconds(50);
-  check();
   ChooseInMenuBar("&File", "Settings...");
   auto* settings = Opened<wndSettings>("wndSettings");
+  myApp.Updates().CheckForNewVersion(true);
   ASSERT_TRUE(PumpUntil([] { return Dialogs().size() == 2; }));
   window = Opened<UpdaterWindow>("UpdaterWindow");
   EXPECT_TRUE(window->testAttribute(Qt::WA_ShowWithoutActivating));
