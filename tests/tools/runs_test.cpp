@@ -2,6 +2,7 @@
 #include <atomic>
 #include <functional>
 #include <thread>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -124,8 +125,9 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   ASSERT_TRUE(stranger.LogIn("Net", "secret", std::string(kStrangerPrefix) + " of ours"));
   server.events.clear();
   options.mode = Mode::Hostile;
-  options.duration = std::chrono::milliseconds(900);
+  options.duration = std::chrono::milliseconds(3'000);
   options.parts = {FindPart("tiny-messages")};
+  options.serverPid = getpid();
   const RunResult result =
       Execute<MeasuredRun>(options.users, [&] { stranger.Send(4, "1200,845,2,90,1,0"); });
   EXPECT_TRUE(result.IsGood()) << result.ToText();
@@ -134,9 +136,11 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   std::uint64_t counted = 0;
   for (const HostileAccount::Window& window : result.hostile->windows) {
     EXPECT_GT(window.latency.Count(), 0U);
+    EXPECT_TRUE(window.serverWait);
     counted += window.latency.Count();
   }
   EXPECT_EQ(counted, result.deliveries->expected);
+  EXPECT_GE(result.serverPeakKib, result.serverRssKib);
 }
 
 TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {

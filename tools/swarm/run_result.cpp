@@ -153,9 +153,13 @@ void RunResult::AddDeliveries(QJsonObject& json) const {
 void RunResult::AddHostile(QJsonObject& json) const {
   json[QStringLiteral("part")] = QString::fromStdString(hostile->part);
   for (std::size_t i = 0; i < hostile->windows.size(); ++i) {
-    json[QLatin1String(HostileAccount::kWindowNames[i])] =
-        QJsonObject{{QStringLiteral("latency_us"), LatencyJson(hostile->windows[i].latency)},
-                    {QStringLiteral("lateness_us"), LatencyJson(hostile->windows[i].lateness)}};
+    const HostileAccount::Window& window = hostile->windows[i];
+    QJsonObject found{{QStringLiteral("latency_us"), LatencyJson(window.latency)},
+                      {QStringLiteral("lateness_us"), LatencyJson(window.lateness)}};
+    if (window.serverWait) {
+      found[QStringLiteral("server_wait_seconds")] = Microseconds(*window.serverWait) / 1e6;
+    }
+    json[QLatin1String(HostileAccount::kWindowNames[i])] = found;
   }
   const StrangerCounts& strangers = hostile->strangers;
   json[QStringLiteral("strangers")] =

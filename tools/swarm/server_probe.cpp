@@ -23,6 +23,14 @@ std::optional<std::chrono::nanoseconds> ServerProbe::WholeCpuTime() const {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
+std::optional<std::chrono::nanoseconds> ServerProbe::WaitTime() const {
+  std::ifstream schedstat("/proc/" + std::to_string(myPid) + "/schedstat");
+  std::int64_t ran = 0;
+  std::int64_t waited = 0;
+  if (!(schedstat >> ran >> waited)) return std::nullopt;
+  return std::chrono::nanoseconds(waited);
+}
+
 std::optional<std::int64_t> ServerProbe::RssKib() const {
   std::ifstream statm("/proc/" + std::to_string(myPid) + "/statm");
   std::int64_t total = 0;

@@ -15,6 +15,8 @@ class ServerProbe {
   void StartCpuClock() { myCpuAtStart = WholeCpuTime(); }
   // Processor time of all its threads since StartCpuClock.
   std::optional<std::chrono::nanoseconds> CpuTime() const;
+  // How long its main thread, since it started, was ready to run and waited for a processor.
+  std::optional<std::chrono::nanoseconds> WaitTime() const;
   // Resident memory.
   std::optional<std::int64_t> RssKib() const;
 

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <array>
+#include <chrono>
+#include <optional>
 #include <string>
 
 #include "tools/swarm/hostile/stranger_pool.h"
@@ -15,6 +17,8 @@ struct HostileAccount {
     // How late the reports left this program: what the machine and the program itself, which share
     // the processors with the server, have in the latency.
     LatencyHistogram lateness;
+    // How long the server waited for a processor, which is in the latency too.
+    std::optional<std::chrono::nanoseconds> serverWait;
   };
 
   static constexpr std::array kWindowNames = {"before", "during", "after"};

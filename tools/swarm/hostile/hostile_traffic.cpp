@@ -4,17 +4,26 @@
 
 namespace corvane::swarm {
 
+HostileTraffic::HostileTraffic(RateTraffic honest, const Options& options, const PartInfo& part)
+    : myHonest(std::move(honest)), mySide(options, part) {
+  if (options.serverPid) myServer.emplace(*options.serverPid);
+}
+
 void HostileTraffic::Start(Clock::time_point now, Clock::time_point until) {
   myPlayStart = now + (until - now) / 3;
   myPlayEnd = until - (until - now) / 3;
+  StartWindow(0);
   myHonest.Start(now, until);
 }
 
 void HostileTraffic::Wake(Clock::time_point now) {
-  if (!myIsPlaying && now >= myPlayStart && now < myPlayEnd) {
-    myIsPlaying = true;
+  if (myWindow == 0 && now >= myPlayStart) {
+    EndWindow();
+    StartWindow(1);
     mySide.Start();
-  } else if (myIsPlaying && now >= myPlayEnd) {
+  } else if (myWindow == 1 && now >= myPlayEnd) {
+    EndWindow();
+    StartWindow(2);
     mySide.Stop();
   }
   const Clock::time_point due = myHonest.NextDue();
@@ -35,9 +44,20 @@ void HostileTraffic::Stop() {
 }
 
 void HostileTraffic::AddTo(RunResult& result) {
+  EndWindow();
   myAccount.part = mySide.Info().name;
   myAccount.strangers = mySide.Finish();
   result.hostile = myAccount;
+}
+
+void HostileTraffic::StartWindow(std::size_t index) {
+  myWindow = index;
+  if (myServer) myWaitBefore = myServer->WaitTime();
+}
+
+void HostileTraffic::EndWindow() {
+  const auto wait = myServer ? myServer->WaitTime() : std::nullopt;
+  if (wait && myWaitBefore) myAccount.windows[myWindow].serverWait = *wait - *myWaitBefore;
 }
 
 HostileAccount::Window& HostileTraffic::WindowOf(Clock::time_point due) {

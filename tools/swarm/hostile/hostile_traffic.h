@@ -3,6 +3,7 @@
 #include "tools/swarm/hostile/hostile_account.h"
 #include "tools/swarm/hostile/hostile_side.h"
 #include "tools/swarm/rate_traffic.h"
+#include "tools/swarm/server_probe.h"
 
 namespace corvane::swarm {
 
@@ -10,8 +11,7 @@ namespace corvane::swarm {
 // its worst beside them. A report counts for the third in which it was due.
 class HostileTraffic : public Traffic {
  public:
-  HostileTraffic(RateTraffic honest, const Options& options, const PartInfo& part)
-      : myHonest(std::move(honest)), mySide(options, part) {}
+  HostileTraffic(RateTraffic honest, const Options& options, const PartInfo& part);
 
   void Start(Clock::time_point now, Clock::time_point until) override;
   void Wake(Clock::time_point now) override;
@@ -27,13 +27,17 @@ class HostileTraffic : public Traffic {
 
  private:
   HostileAccount::Window& WindowOf(Clock::time_point due);
+  void StartWindow(std::size_t index);
+  void EndWindow();
 
   RateTraffic myHonest;
   HostileSide mySide;
+  std::optional<ServerProbe> myServer;
+  std::optional<std::chrono::nanoseconds> myWaitBefore;  // the server's, when the window began
   HostileAccount myAccount;
+  std::size_t myWindow = 0;
   Clock::time_point myPlayStart = Clock::time_point::max();
   Clock::time_point myPlayEnd = Clock::time_point::max();
-  bool myIsPlaying = false;
 };
 
 }  // namespace corvane::swarm
