@@ -1,6 +1,7 @@
 #include "framework/visible_text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 
 #include <QList>
@@ -16,11 +17,11 @@ struct Range {
 };
 
 // Characters that draw nothing though they count as letters, marks or symbols, among them those
-// that Unicode sets aside for more of their kind.
+// that Unicode sets aside for more of their kind. In ascending order.
 constexpr Range kBlankLetters[] = {
     {0x034F, 0x034F}, {0x115F, 0x1160}, {0x17B4, 0x17B5},   {0x180B, 0x180F},  {0x2060, 0x206F},
-    {0x2800, 0x2800}, {0x3164, 0x3164}, {0xFE00, 0xFE0F},   {0xFFA0, 0xFFA0},  {0xFFF0, 0xFFF8},
-    {0xFFFE, 0xFFFF}, {0xFDD0, 0xFDEF}, {0x1D159, 0x1D159}, {0xE0000, 0xE0FFF}};
+    {0x2800, 0x2800}, {0x3164, 0x3164}, {0xFDD0, 0xFDEF},   {0xFE00, 0xFE0F},  {0xFFA0, 0xFFA0},
+    {0xFFF0, 0xFFF8}, {0xFFFE, 0xFFFF}, {0x1D159, 0x1D159}, {0xE0000, 0xE0FFF}};
 
 constexpr char kDelete = 0x7F;
 
@@ -33,19 +34,19 @@ bool IsPlain(std::string_view text) {
 }
 
 bool IsInvisible(char32_t character) {
+  if (character < kDelete) return character < U' ';
   switch (QChar::category(character)) {
     case QChar::Other_Control:
     case QChar::Other_Format:
     case QChar::Separator_Line:
     case QChar::Separator_Paragraph:
-      return true;
     case QChar::Separator_Space:
-      return character != U' ';
+      return true;
     default:
-      return std::ranges::any_of(kBlankLetters, [character](const Range& range) {
-        return character >= range.first && character <= range.last;
-      });
+      break;
   }
+  const auto* range = std::ranges::lower_bound(kBlankLetters, character, {}, &Range::last);
+  return range != std::end(kBlankLetters) && character >= range->first;
 }
 
 QString Hexadecimal(char32_t code, const char* lead, int digits) {
@@ -70,11 +71,16 @@ QString WrittenOut(char32_t character) {
   return character < 0x10000 ? Hexadecimal(character, "\\u", 4) : Hexadecimal(character, "\\U", 8);
 }
 
-// Ends as soon as the result is longer than `limit`.
+// Where something is written out, it ends as soon as the result is longer than `limit`.
 QString WrittenOut(const QString& text, qsizetype limit) {
+  const auto needsIt = [](char32_t character) {
+    return character == U'\\' || IsInvisible(character);
+  };
+  const QList<uint> characters = text.toUcs4();
+  if (std::ranges::none_of(characters, needsIt)) return text;
   QString result;
-  for (const char32_t character : text.toUcs4()) {
-    if (character == U'\\' || IsInvisible(character)) {
+  for (const char32_t character : characters) {
+    if (needsIt(character)) {
       result += WrittenOut(character);
     } else {
       result += QChar::fromUcs4(character);
