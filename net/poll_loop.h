@@ -39,11 +39,13 @@ class PollLoop {
 
   // Bounds of what peers can make us hold, in bytes. A connection with more unsent output than the
   // first fails. Over the others, which count the memory of all connections together, the one that
-  // holds most does, and nobody else.
+  // holds most does, and nobody else. What a closed connection still holds is dropped when none of
+  // it has moved for as long as `drain`.
   struct MemoryLimits {
     std::size_t connectionOutput = std::size_t{16} << 20;
     std::size_t output = std::size_t{1} << 30;
     std::size_t input = std::size_t{256} << 20;
+    std::chrono::milliseconds drain{5'000};
   };
 
   // `unhandled` is called inside the catch block of an error that no handler caught.

@@ -17,7 +17,6 @@ namespace {
 // Output above this is sent while it is written, so that a long relay does not pile up memory.
 constexpr std::size_t kFlushAt = 64 * 1024;
 constexpr int kMostLastReads = 16;
-constexpr std::chrono::seconds kDrainPatience(5);
 
 bool IsPort(std::int32_t port) {
   return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
@@ -219,7 +218,7 @@ void TCPSocket::CheckDrain(std::size_t leftBefore) {
   if (myState != State::Draining) return;
   const std::size_t left = myOutput.Size();
   if (left == leftBefore) return EndConnection();
-  myLoop.CallLater(kDrainPatience, shared_from_this(), [this, left] { CheckDrain(left); });
+  myLoop.CallLater(myLoop.Limits().drain, shared_from_this(), [this, left] { CheckDrain(left); });
 }
 
 void TCPSocket::FinishSending() {

@@ -88,6 +88,14 @@ class NetTest : public testing::Test {
     PumpUntil([&] { return server->ActiveCount() > before; });
     return client;
   }
+  // The same for a peer that reads only when it is told to.
+  os::SocketHandle ConnectSilent() {
+    const std::size_t before = server->ActiveCount();
+    const os::SocketHandle peer = os::OpenSocket().handle;
+    os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+    PumpUntil([&] { return server->ActiveCount() > before; });
+    return peer;
+  }
 
   PollLoop loop;
   std::shared_ptr<RecordingServer> server = std::make_shared<RecordingServer>(loop, 2, 10);

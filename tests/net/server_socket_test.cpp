@@ -1,5 +1,10 @@
 #include "net/server_socket.h"
 
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <thread>
+
 #include "tests/net/recording_server.h"
 #include "tests/support/socket_errors.h"
 
@@ -120,6 +125,31 @@ TEST_F(ServerSocketTest, RushIsServedHoweverSmallThePool) {
   EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == kClients; }));
   for (const os::SocketHandle peer : peers)
     os::CloseSocket(peer);
+}
+
+class SlowServer : public RecordingServer {
+ public:
+  using RecordingServer::RecordingServer;
+
+ protected:
+  void Event_HandedOut(const std::shared_ptr<TCPSocket>& /*socket*/) override {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+};
+
+TEST_F(ServerSocketTest, SlowGreetingsOfARushLetTheOthersInBetween) {
+  server = std::make_shared<SlowServer>(loop, 2, 10);
+  server->Listen();
+  const auto early = Connect();
+  std::array<os::SocketHandle, 5> rush;
+  for (os::SocketHandle& peer : rush) {
+    peer = os::OpenSocket().handle;
+    os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+  }
+  early->Send(1, "");
+  EXPECT_TRUE(PumpUntil([this] { return server->log.size() == 7; }));
+  EXPECT_THAT(server->log.back(), testing::EndsWith(" connected"));
+  std::ranges::for_each(rush, os::CloseSocket);
 }
 
 TEST_F(ServerSocketTest, ListensOnItsInterfaceOnly) {

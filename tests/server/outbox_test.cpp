@@ -1,4 +1,6 @@
-
+#include <chrono>
+#include <functional>
+#include <utility>
 
 #include "tests/server/session_fixture.h"
 
@@ -37,6 +39,8 @@ TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
   Report("Cat", 7);
   server.SessionOf("Cat")->Close();
   Report("Bob", 8);
+  Report("Dan", 9);
+  server.SessionOf("Eve")->SendMessage(9, "0");
 
   const WireMessage hello{998, "hello"};
   EXPECT_THAT(bob->Drain(),
@@ -55,7 +59,8 @@ TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
   }
   EXPECT_EQ(cat->Receive(), std::nullopt);
   EXPECT_THAT(dan->Drain(), ElementsAre());
-  EXPECT_THAT(eve->Drain(), ElementsAre(Position("Dan", 3)));
+  EXPECT_THAT(eve->Drain(),
+              ElementsAre(Position("Dan", 3), Position("Dan", 9), WireMessage{9, "0"}));
 }
 
 TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
@@ -66,12 +71,15 @@ TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
   Report("Ann", 2);
   EXPECT_EQ(bob->Receive(), Position("Ann", 2));
 
-  // In one pass, too.
+  // In one pass, too; and whoever goes elsewhere misses nothing.
   const auto cat = Greeted();
-  ann->Send(4, "3");
-  EXPECT_EQ(Ask(*cat, 1, "A"), "OK");
-  EXPECT_EQ(bob->Receive(), Position("Ann", 3));
-  EXPECT_TRUE(cat->HearsNothing());
+  Report("Ann", 3);
+  Receive(*server.Active(2), 1, "A");
+  EXPECT_THAT(cat->Drain(), ElementsAre(WireMessage{2, "OK"}));
+  Report("Ann", 4);
+  Receive(*server.Active(1), 1, "B");
+  EXPECT_THAT(bob->Drain(),
+              ElementsAre(Position("Ann", 3), Position("Ann", 4), WireMessage{2, "OK"}));
 }
 
 TEST_F(OutboxTest, WhoeverTakesANameOrLeavesChangesNothingOfWhatWasReportedBefore) {
@@ -106,6 +114,42 @@ TEST_F(OutboxTest, TwoOfOneNameNeverSeeEachOther) {
   EXPECT_EQ(newcomer->Receive(), Position("Ann", 3));
   EXPECT_TRUE(newcomer->HearsNothing());
   EXPECT_EQ(ann->Receive(), Position("", 2));
+}
+
+TEST_F(OutboxTest, MuchIsHandedOverAtOnce) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn(std::string(2'200'000, 'b'));
+  Report(*server.Active(0), 1);
+  EXPECT_TRUE(server.listener->Sessions().HasGathered());
+  Report(*server.Active(1), 1);
+  EXPECT_FALSE(server.listener->Sessions().HasGathered());
+}
+
+TEST_F(OutboxTest, WhatWasReportedIsOutBeforeTheLoopWaitsOrEnds) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  const auto muchLater = PollLoop::Clock::now() + std::chrono::hours(1);
+  const std::pair<const char*, std::function<void()>> ways[] = {
+      {"flush", [&] { server.loop.FlushAll(); }},
+      {"wait", [&] { server.loop.WaitUntil([] { return true; }, muchLater); }},
+      {"end", [&] { server.loop.Finish(); }},
+  };
+  for (const auto& [name, way] : ways) {
+    Report("Ann", 1);
+    way();
+    EXPECT_GT(bob->DropWhatCame(), 0U) << name;
+  }
+}
+
+TEST_F(OutboxTest, WhoeverEndsItsSideStillGetsWhatWasReportedBefore) {
+  const auto ann = LoggedIn("Ann");
+  const auto bob = LoggedIn("Bob");
+  bob->EndSending();
+  Report("Ann", 1);
+  while (server.SessionOf("Bob")->IsConnected())
+    server.SessionOf("Bob")->Poll();
+  EXPECT_EQ(bob->Receive(), Position("Ann", 1));
+  EXPECT_EQ(bob->Receive(), std::nullopt);
 }
 
 TEST_F(OutboxTest, ListenerThatGoesSendsWhatWasReported) {

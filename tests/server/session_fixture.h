@@ -32,6 +32,12 @@ class SessionTest : public testing::Test {
     return answer && answer->command == step + 1 ? answer->payload : "no answer";
   }
 
+  // Has the session queue what its client has sent, and handle nothing of it yet.
+  static void TakeIn(ClientSocket& session) {
+    while (!session.IsDue())
+      session.Poll();
+  }
+
   // Has the session handle a message inside what is going on.
   static void Receive(ClientSocket& session, std::int32_t command, std::string_view payload) {
     struct Opened : ClientSocket {
