@@ -1,6 +1,8 @@
 # For scripts that drive the server's windows on a display: waiting, pictures, menus. They set
 # `folder`, where the pictures go.
 # shellcheck shell=bash
+# Not every script uses all that is set here, and `folder` is theirs.
+# shellcheck disable=SC2034,SC2154
 
 fail() {
   printf '%s: %s\n' "${0##*/}" "$*" >&2

@@ -16,14 +16,14 @@ Administration::Administration(client::Connection& connection, QWidget& window)
 // The commands separate their fields by bars.
 bool Administration::CanName(const std::string& user) const {
   if (user.find('|') == std::string::npos) return true;
-  Says(tr("%1 cannot be named to the server, since the name holds a bar.").arg(VisibleText(user)));
+  Says(tr("%1 cannot be named to the server, since the name holds a bar.").arg(DisplayText(user)));
   return false;
 }
 
 void Administration::Kick(const std::string& user) {
   if (!CanName(user)) return;
   myConnection.Kick(user);
-  Says(tr("You have kicked %1.").arg(VisibleText(user)));
+  Says(tr("You have kicked %1.").arg(DisplayText(user)));
 }
 
 void Administration::Ban(const std::string& user) {
@@ -34,7 +34,7 @@ void Administration::Ban(const std::string& user) {
       tr("&Reason:"), tr("&Ban"), myWindow);
   dialog->Confirmed = [this, user](const QString& reason) {
     myConnection.BanUser(user, TextFromDisplay(reason));
-    Says(tr("You have banned %1.").arg(VisibleText(user)));
+    Says(tr("You have banned %1.").arg(DisplayText(user)));
   };
   dialog->open();
 }

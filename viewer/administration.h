@@ -21,7 +21,7 @@ class Administration {
   // Borrows both.
   Administration(client::Connection& connection, QWidget& window);
 
-  // A line for the pane of messages.
+  // A line for the pane of messages, which writes out what cannot be seen.
   std::function<void(const QString&)> Says;
 
   void Kick(const std::string& user);

@@ -41,10 +41,10 @@ void LogIn::Follow() {
 }
 
 void LogIn::End(const client::Ending& ending) {
-  const QString text = VisibleText(TextFromDisplay(ending.Explanation()));
+  const QString text = ending.Explanation();
   if (Says) Says(text);
   if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)
-    myDialog->ShowFailure(text);
+    myDialog->ShowFailure(VisibleText(TextFromDisplay(text)));
 }
 
 }  // namespace corvane::viewer

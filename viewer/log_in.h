@@ -20,7 +20,7 @@ class LogIn {
   // Borrows all three.
   LogIn(client::Connection& connection, Settings& settings, QWidget& window);
 
-  // A line for the pane of messages.
+  // A line for the pane of messages, which writes out what cannot be seen.
   std::function<void(const QString&)> Says;
 
   // Opens the dialog, unless it is open.

@@ -17,7 +17,8 @@ TEST(RateTraffic, ReportsAreDueWithTheirBurst) {
   std::vector<std::unique_ptr<Client>> members;
   std::vector<Client*> clients;
   for (std::size_t i = 0; i < 2 * kUsers; ++i) {
-    members.push_back(std::make_unique<Client>(Member{i / kUsers, i % kUsers}, client::Login({})));
+    members.push_back(
+        std::make_unique<Client>(Member{i / kUsers, i % kUsers}, client::Login({"", "", ""})));
     clients.push_back(members.back().get());
   }
   // Four members with three reports a burst: a burst of whomever every 100 ms.

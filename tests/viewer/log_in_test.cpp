@@ -118,7 +118,7 @@ TEST_F(LogInTest, StaysAwayAfterABan) {
   ASSERT_TRUE(Reaches(State::Online));
   server.listener->BanUser(*server.SessionOf("Ann"), "Ann", "spam\n\x1b[31m");
   ASSERT_TRUE(Reaches(State::Offline));
-  EXPECT_TRUE(Says("You were banned: spam\\n\\x1B[31m"));
+  EXPECT_TRUE(Says("You were banned: spam\\n\\x1b[31m"));
   EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
   PumpFor(std::chrono::milliseconds(500));  // longer than the pause
   EXPECT_EQ(State(), State::Offline);
