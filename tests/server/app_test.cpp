@@ -100,6 +100,7 @@ TEST_F(LoadTest, UnsetInterfaceAndPortAreTheFirstAnd12000) {
     const std::string mac = app.Settings().GetValue("AttachedNIC", "none");
     if (interfaces.empty()) return;
     EXPECT_EQ(mac, interfaces.front().MACAddress);
+    ASSERT_TRUE(listener.NetworkInterface);
     EXPECT_EQ(listener.NetworkInterface->IPAddress, interfaces.front().IPAddress);
   });
 }

@@ -31,6 +31,10 @@ TEST_F(AppSettingsTest, EveryElementUnderTheRootIsAnEntryAndTheLastOneWins) {
   EXPECT_EQ(Stored("a"), "4");
   EXPECT_EQ(Stored("b"), "<2>");
   EXPECT_EQ(Stored("inner"), "none");
+
+  const std::string large(std::size_t{4} << 20, 'l');
+  settings.SetValue("large", large);
+  EXPECT_EQ(Stored("large"), large);
 }
 
 TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
@@ -40,9 +44,12 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
     laughs += "<!ENTITY e" + QByteArray::number(i) + " '" + before + before + "'>";
   }
   laughs += "]><s><a namestring='Port' valuestring='&e29;'/></s>";
+  const QByteArray large =
+      "<a namestring='a' valuestring='" + QByteArray(4 * 1024 * 1024, 'l') + "'/>";
   const QByteArray entry = "<settings><setting namestring='Port' valuestring='1'/></settings>";
-  for (const QByteArray& content : {QByteArray(), QByteArray("no XML"), entry.chopped(4), laughs,
-                                    entry + QByteArray(16 * 1024 * 1024, ' ')}) {
+  for (const QByteArray& content :
+       {QByteArray(), QByteArray("no XML"), entry.chopped(4), laughs,
+        "<s>" + large.repeated(4) + entry.mid(10).chopped(11) + "</s>"}) {
     Write(content);
     settings.Load();
     EXPECT_EQ(settings.GetValue("Port", "none"), "none") << content.left(80).constData();

@@ -99,15 +99,16 @@ TEST_F(TablesTest, NameThatIsMoreThanANameTakesLittleAndReadsGrantsOnly) {
       "WITH admins AS (SELECT pass FROM networks WHERE pass>'a') SELECT 1 FROM admins",
       "SELECT 1 FROM admins" + repeated(" NATURAL JOIN admins", 40),
       "SELECT 1 FROM admins" + repeated(",admins", 63),
+      "SELECT 1 FROM (SELECT 1)" + repeated(",(SELECT 1)", 20),
       "SELECT 1 FROM (SELECT 'secret' pass) NATURAL JOIN networks",
       "SELECT 1 FROM networks WHERE pass>'a'",
       "SELECT 1 FROM bans",
       "SELECT hex(randomblob(100000000))",
       "SELECT 1 FROM " + doubled + " WHERE a>''",
       "SELECT 1 FROM admins a, admins b, admins c, admins d, admins e WHERE a.id+b.id+e.id<0",
-      "1" + repeated(" UNION SELECT 1", 8),
-      "1" + repeated("+1", 200),
-      "'" + std::string(20'000, 'a') + "'",
+      "SELECT 1" + repeated(" UNION SELECT 1", 8),
+      "SELECT 1" + repeated("+1", 200),
+      "SELECT '" + std::string(20'000, 'a') + "'",
   };
   for (const std::string& text : texts) {
     SCOPED_TRACE(text.substr(0, 80));
