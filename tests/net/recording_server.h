@@ -1,11 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <exception>
 #include <functional>
 #include <gmock/gmock.h>
 #include <memory>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -62,6 +64,7 @@ class RecordingServer : public ServerSocket {
 
   std::vector<std::string> log;
   std::vector<std::int32_t> errors;
+  std::chrono::milliseconds greetingTakes{0};
   int made = 0;
   int asked = 0;
   bool givesNothing = false;
@@ -73,6 +76,9 @@ class RecordingServer : public ServerSocket {
     return std::make_shared<RecordingSocket>(myLoop, log, ++made);
   }
   void Event_Error(std::int32_t code) override { errors.push_back(code); }
+  void Event_HandedOut(const std::shared_ptr<TCPSocket>& /*socket*/) override {
+    std::this_thread::sleep_for(greetingTakes);
+  }
 };
 
 // A loop and a server that listens, closed in the right order.

@@ -1,9 +1,7 @@
 #include "net/server_socket.h"
 
 #include <algorithm>
-#include <array>
 #include <chrono>
-#include <thread>
 
 #include "tests/net/recording_server.h"
 #include "tests/support/socket_errors.h"
@@ -33,7 +31,18 @@ class ServerSocketTest : public NetTest {
       EXPECT_TRUE(ServesOneMore());
   }
 
+  // So many connect before the first is accepted.
+  void Rush(std::size_t count) {
+    rush.resize(count);
+    for (os::SocketHandle& peer : rush) {
+      peer = os::OpenSocket().handle;
+      os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+    }
+  }
+  void TearDown() override { std::ranges::for_each(rush, os::CloseSocket); }
+
   std::vector<std::unique_ptr<TestClient>> clients;
+  std::vector<os::SocketHandle> rush;
 };
 
 TEST_F(ServerSocketTest, FillsItsPoolAheadAndHandsOutTheNewestFirst) {
@@ -113,58 +122,20 @@ TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
 }
 
 TEST_F(ServerSocketTest, RushIsServedHoweverSmallThePool) {
-  constexpr std::size_t kClients = 300;
   server->SetMaximumSocketsConnected(1'000);
   server->Listen();
-  // All connect before the first is accepted.
-  std::vector<os::SocketHandle> peers;
-  for (std::size_t i = 0; i < kClients; ++i) {
-    peers.push_back(os::OpenSocket().handle);
-    os::Connect(peers.back(), {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
-  }
-  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == kClients; }));
-  for (const os::SocketHandle peer : peers)
-    os::CloseSocket(peer);
+  Rush(300);
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 300; }));
 }
 
-class SlowServer : public RecordingServer {
- public:
-  using RecordingServer::RecordingServer;
-
- protected:
-  void Event_HandedOut(const std::shared_ptr<TCPSocket>& /*socket*/) override {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
-};
-
 TEST_F(ServerSocketTest, SlowGreetingsOfARushLetTheOthersInBetween) {
-  server = std::make_shared<SlowServer>(loop, 2, 10);
+  server->greetingTakes = std::chrono::milliseconds(10);
   server->Listen();
   const auto early = Connect();
-  std::array<os::SocketHandle, 5> rush;
-  for (os::SocketHandle& peer : rush) {
-    peer = os::OpenSocket().handle;
-    os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
-  }
+  Rush(5);
   early->Send(1, "");
   EXPECT_TRUE(PumpUntil([this] { return server->log.size() == 7; }));
   EXPECT_THAT(server->log.back(), testing::EndsWith(" connected"));
-  std::ranges::for_each(rush, os::CloseSocket);
-}
-
-TEST_F(ServerSocketTest, ListensOnItsInterfaceOnly) {
-  server->NetworkInterface = corvane::NetworkInterface{"", "127.0.0.2"};
-  server->Listen();
-  std::vector<std::string> log;
-  const auto comesUpAt = [&](const char* address) {
-    const auto peer = std::make_shared<RecordingSocket>(loop, log, 1);
-    peer->Address = address;
-    peer->Port = server->Port();
-    peer->Connect();
-    return peer->WaitForConnection(10);
-  };
-  EXPECT_TRUE(comesUpAt("127.0.0.2"));
-  EXPECT_FALSE(comesUpAt("127.0.0.1"));
 }
 
 TEST_F(ServerSocketTest, ListensAgainWhileOldConnectionsLinger) {

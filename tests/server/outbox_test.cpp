@@ -101,21 +101,6 @@ TEST_F(OutboxTest, WhoeverTakesANameOrLeavesChangesNothingOfWhatWasReportedBefor
   EXPECT_EQ(ann->Receive(), std::nullopt);
 }
 
-TEST_F(OutboxTest, TwoOfOneNameNeverSeeEachOther) {
-  // The empty name is everybody's who has not logged in.
-  const auto nameless = LoggedIn("");
-  const auto ann = LoggedIn("Ann");
-  const auto newcomer = Greeted();
-  EXPECT_EQ(Ask(*newcomer, 1, "A"), "OK");
-  Report("Ann", 1);
-  Report(*server.Active(0), 2);
-  Report("Ann", 3);
-  EXPECT_EQ(newcomer->Receive(), Position("Ann", 1));
-  EXPECT_EQ(newcomer->Receive(), Position("Ann", 3));
-  EXPECT_TRUE(newcomer->HearsNothing());
-  EXPECT_EQ(ann->Receive(), Position("", 2));
-}
-
 TEST_F(OutboxTest, MuchIsHandedOverAtOnce) {
   const auto ann = LoggedIn("Ann");
   const auto bob = LoggedIn(std::string(2'200'000, 'b'));
