@@ -56,7 +56,8 @@ TEST(HttpClient, IsNotLedFromHttpsToHttp) {
                                                        {plain.Address("/up"), "secure"},
                                                        {secure.Address("/down"), "failed"}};
   for (const auto& [address, result] : cases) {
-    HttpRequest request{.url = QUrl(QString::fromStdString(address)), .maxBytes = 1000};
+    HttpRequest request;
+    request.url = QUrl(QString::fromStdString(address));
     std::optional<HttpReply> reply;
     const auto transfer = client.Get(request, [&](const HttpReply& got) { reply = got; });
     ASSERT_TRUE(PumpUntil([&] { return reply.has_value(); }));

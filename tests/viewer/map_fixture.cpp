@@ -78,7 +78,9 @@ std::vector<std::string> WindowTest::Rows() {
 
 bool WindowTest::RowsAre(const std::vector<std::string>& rows) {
   const bool are = PumpUntil([&] { return Rows() == rows; });
-  if (!are) EXPECT_EQ(Rows(), rows);
+  if (!are) {
+    EXPECT_EQ(Rows(), rows);
+  }
   return are;
 }
 
