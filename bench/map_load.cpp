@@ -86,7 +86,8 @@ class Feeder {
         myCpu = static_cast<double>(cpu.tv_sec) + static_cast<double>(cpu.tv_nsec) / 1e9;
         std::this_thread::sleep_for(kTurn);
       }
-      Append(output, static_cast<int>(report % kMembers), static_cast<double>(report / kMembers));
+      const auto round = report / kMembers;
+      Append(output, static_cast<int>(report % kMembers), static_cast<double>(round));
     }
   }
 
