@@ -72,7 +72,7 @@ TEST_F(BanKeeperTest, WhatWaitsIsBoundedAndSaidWhenItIsLost) {
   EXPECT_TRUE(keeper->IsBanned("10.0.0.2"));
   Run("ALTER TABLE elsewhere RENAME TO bans");
   EXPECT_TRUE(
-      PumpUntil([this] { return Run("SELECT 1 FROM bans WHERE address='10.0.0.2'") != ""; }));
+      PumpUntil([this] { return !Run("SELECT 1 FROM bans WHERE address='10.0.0.2'").empty(); }));
   EXPECT_EQ(Run("SELECT address, count(*), max(length(reason)) FROM bans GROUP BY 1"),
             "10.0.0.1|15|1048576;10.0.0.2|1|0;");
 
