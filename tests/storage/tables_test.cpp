@@ -85,13 +85,15 @@ TEST_F(TablesTest, NameThatIsMoreThanANameTakesLittleAndReadsGrantsOnly) {
     return all;
   };
   std::string doubled = "(SELECT 'aaaa' a FROM admins)";
-  for (int i = 0; i < 7; ++i)
-    doubled = "(SELECT a" + repeated("||a", 29) + " a FROM " + doubled + ")";
+  for (int i = 0; i < 7; ++i) {
+    doubled.insert(0, "(SELECT a" + repeated("||a", 29) + " a FROM ");
+    doubled += ')';
+  }
   std::string tables = "a0 AS (SELECT 1 c)";
   for (int i = 1; i < 24; ++i) {
     const std::string before = "a" + std::to_string(i - 1);
-    tables += ",a" + std::to_string(i) + " AS (SELECT " + before + ".c FROM " + before + "," +
-              before + " b)";
+    tables.append(",a").append(std::to_string(i)).append(" AS (SELECT ").append(before);
+    tables.append(".c FROM ").append(before).append(",").append(before).append(" b)");
   }
   const std::string texts[] = {
       "WITH RECURSIVE r(n) AS (SELECT 1 UNION ALL SELECT n FROM r) SELECT n FROM r WHERE n=2",
