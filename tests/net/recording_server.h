@@ -107,4 +107,23 @@ class NetTest : public testing::Test {
   std::shared_ptr<RecordingServer> server = std::make_shared<RecordingServer>(loop, 2, 10);
 };
 
+// A client whose connection was accepted and is the first.
+class ConnectionTest : public NetTest {
+ protected:
+  explicit ConnectionTest(PollLoop::MemoryLimits limits = {}) : NetTest(limits) {
+    server->Listen();
+    client = Connect();
+    socket = server->Active(0);
+    server->log.clear();
+  }
+
+  bool Logs(std::size_t count) {
+    return PumpUntil([&] { return server->log.size() >= count; });
+  }
+  std::string Name() const { return std::to_string(socket->Number()); }
+
+  std::unique_ptr<TestClient> client;
+  std::shared_ptr<RecordingSocket> socket;
+};
+
 }  // namespace corvane

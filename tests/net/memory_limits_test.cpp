@@ -1,0 +1,126 @@
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
+#include "net/os_socket.h"
+#include "tests/net/recording_server.h"
+#include "tests/support/socket_errors.h"
+
+namespace corvane {
+namespace {
+
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+using testing::ElementsAre;
+
+// 300,000 bytes of input for all.
+class InputLimitTest : public ConnectionTest {
+ protected:
+  InputLimitTest() : ConnectionTest({.input = 300'000}) {}
+};
+
+TEST_F(InputLimitTest, WhoeverHoldsMostFailsAndNobodyElse) {
+  const auto second = Connect();
+  const auto third = Connect();
+  server->log.clear();
+  const std::string beginning = "\x7F\xFF\xFF\xFF\0\0\0\1"s;
+  second->SendBytes(beginning + std::string(250'000, 'x'));
+  third->SendBytes(beginning + std::string(30'000, 'x'));
+  ASSERT_TRUE(PumpUntil([this] { return loop.InputBuffers().HandedOut() >= 280'000; }));
+  std::string whole;
+  for (int i = 0; i < 20; ++i) {
+    third->SendBytes(std::string(2'000, 'x'));
+    whole += "1";
+    client->Send(1, whole);
+    ASSERT_TRUE(PumpUntil([&] { return server->log.size() >= whole.size(); }));
+  }
+  EXPECT_EQ(server->ActiveCount(), 2U);
+  EXPECT_TRUE(second->WasClosedByServer());
+  EXPECT_EQ(
+      std::ranges::count(server->log, std::to_string(server->Active(0)->Number()) + " 1 " + whole),
+      1);
+}
+
+class OutputLimitTest : public ConnectionTest {
+ protected:
+  OutputLimitTest()
+      : ConnectionTest({.connectionOutput = kBound, .output = 1'500'000, .drain = 50ms}) {}
+
+  static constexpr std::size_t kBound = 1'000'000;
+
+  // Fills the connection until the system takes no more and so many bytes are left unsent.
+  void Fill(RecordingSocket& connection, std::size_t bytes) {
+    const std::string message(10'000, 'x');
+    while (connection.IsConnected() && connection.BytesLeftToSend() < bytes) {
+      connection.SendMessage(1, message);
+    }
+  }
+};
+
+TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
+  const auto silent = Connect();
+  const auto other = server->Active(1);
+  server->log.clear();
+  Fill(*socket, kBound);
+  EXPECT_TRUE(socket->IsConnected());
+  socket->SendMessage(1, "one more");
+  EXPECT_FALSE(socket->IsConnected());
+  Fill(*other, kBound);
+  EXPECT_TRUE(other->IsConnected());
+  other->SendPacket(CopyToBlock(loop.OutputBuffers(), WireBytes(1, "one more")));
+  EXPECT_FALSE(other->IsConnected());
+  EXPECT_THAT(server->log, ElementsAre()) << "raised inside a send";
+  EXPECT_EQ(loop.OutputBuffers().HandedOut(), 0U);
+  const std::string error = " error " + std::to_string(kNoBuffers);
+  EXPECT_TRUE(Logs(2));
+  EXPECT_THAT(server->log, ElementsAre(Name() + error, std::to_string(other->Number()) + error));
+  EXPECT_EQ(server->ActiveCount(), 0U);
+}
+
+TEST_F(OutputLimitTest, ClosedConnectionWhosePeerNeverReadsIsLetGo) {
+  const os::SocketHandle silent = ConnectSilent();
+  Fill(*server->Active(1), kBound);
+  server->Active(1)->Close();
+  EXPECT_GT(loop.OutputBuffers().HandedOut(), 0U);
+  EXPECT_TRUE(PumpUntil([this] { return loop.OutputBuffers().HandedOut() == 0; }));
+  os::CloseSocket(silent);
+}
+
+TEST_F(OutputLimitTest, SingleLargeMessageDoesNotCutOffAPeerThatReads) {
+  const std::string large(1'400'000, 'x');
+  socket->SendMessage(1, large);
+  EXPECT_TRUE(client->Receive() == (WireMessage{1, large}));
+  EXPECT_TRUE(socket->IsConnected());
+}
+
+TEST_F(OutputLimitTest, AnswersOfOneHandlerCountAsOneAndTheNextQuestionIsTooMany) {
+  const os::SocketHandle silent = ConnectSilent();
+  const auto asked = server->Active(1);
+  asked->whenReceived = [&](std::int32_t, std::string_view) {
+    Fill(*asked, kBound);
+    asked->SendMessage(2, "");
+    asked->SendPacket(CopyToBlock(loop.OutputBuffers(), WireBytes(2, "")));
+    EXPECT_TRUE(asked->IsConnected());
+  };
+  server->log.clear();
+  os::Send(silent, WireBytes(1, "first") + WireBytes(1, "second"));
+  EXPECT_TRUE(Logs(2));
+  const std::string name = std::to_string(asked->Number());
+  EXPECT_THAT(server->log,
+              ElementsAre(name + " 1 first", name + " error " + std::to_string(kNoBuffers)));
+  os::CloseSocket(silent);
+}
+
+TEST_F(OutputLimitTest, LargestFailsWhenAllTogetherHoldTooMuch) {
+  const auto second = Connect();
+  Fill(*server->Active(1), 900'000);
+  Fill(*socket, 700'000);
+  EXPECT_TRUE(socket->IsConnected());
+  EXPECT_TRUE(Logs(2));
+  EXPECT_THAT(server->log.back(), testing::EndsWith(" error " + std::to_string(kNoBuffers)));
+  EXPECT_EQ(server->Active(0), socket);
+  EXPECT_EQ(server->ActiveCount(), 1U);
+}
+
+}  // namespace
+}  // namespace corvane
