@@ -5,7 +5,6 @@ namespace corvane::viewer {
 namespace {
 
 using client::Clock;
-using client::Report;
 using std::chrono::seconds;
 
 // The markers' colours as they are painted.
