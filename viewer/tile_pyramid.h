@@ -1,6 +1,5 @@
 #pragma once
 
-#include <compare>
 #include <optional>
 #include <vector>
 
@@ -17,7 +16,7 @@ struct TileId {
   int column = 0;
   int row = 0;
 
-  auto operator<=>(const TileId&) const = default;
+  bool operator==(const TileId&) const = default;
 };
 
 inline std::size_t qHash(const TileId& id, std::size_t seed = 0) {
