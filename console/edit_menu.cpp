@@ -11,20 +11,24 @@
 namespace corvane {
 namespace {
 
+constexpr QKeyCombination Ctrl(Qt::Key key) {
+  return QKeyCombination(Qt::CTRL, key);
+}
+
 struct Item {
   const char* name;
   const char* caption;  // none: a separator
   QKeyCombination key = Qt::Key_unknown;
 };
 
-constexpr Item kItems[] = {{"EditUndo", "&Undo", Qt::CTRL | Qt::Key_Z},
+constexpr Item kItems[] = {{"EditUndo", "&Undo", Ctrl(Qt::Key_Z)},
                            {"UntitledMenu1", nullptr},
-                           {"EditCut", "Cu&t", Qt::CTRL | Qt::Key_X},
-                           {"EditCopy", "&Copy", Qt::CTRL | Qt::Key_C},
-                           {"EditPaste", "&Paste", Qt::CTRL | Qt::Key_V},
+                           {"EditCut", "Cu&t", Ctrl(Qt::Key_X)},
+                           {"EditCopy", "&Copy", Ctrl(Qt::Key_C)},
+                           {"EditPaste", "&Paste", Ctrl(Qt::Key_V)},
                            {"EditClear", "&Delete", Qt::Key_Delete},
                            {"UntitledMenu0", nullptr},
-                           {"EditSelectAll", "Select &All", Qt::CTRL | Qt::Key_A}};
+                           {"EditSelectAll", "Select &All", Ctrl(Qt::Key_A)}};
 
 bool IsTextField(const QWidget* widget) {
   return qobject_cast<const QLineEdit*>(widget) != nullptr ||

@@ -10,7 +10,7 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::seconds kPause(1);
-constexpr std::chrono::seconds kLongestPause(5);
+constexpr std::chrono::seconds kLongestWait(5);
 constexpr std::chrono::milliseconds kLongestSleep(20);
 
 }  // namespace
@@ -34,7 +34,7 @@ bool LockPatience::Wait(int tries) {
   if (tries == 0) myWaitingSince = now;
   if (now - myWaitingSince >= myBound) {
     myNoWaitUntil = now + kPause;
-    myLatestEnd = now + kLongestPause;
+    myLatestEnd = now + kLongestWait;
     return false;
   }
   std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestSleep));

@@ -9,7 +9,7 @@
 namespace corvane::viewer {
 namespace {
 
-struct Texts {
+struct OptionTexts {
   Q_DECLARE_TR_FUNCTIONS(corvane::viewer::Options)
 };
 
@@ -27,19 +27,19 @@ bool ReadFrame(const QString& text, MapPicture& picture) {
 
 ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& password) {
   QCommandLineParser parser;
-  parser.setApplicationDescription(Texts::tr(
+  parser.setApplicationDescription(OptionTexts::tr(
       "Shows the players of a Corvane network on a map.\n"
       "With a server, a network and a user name it logs in at once, with the password in\n"
       "the environment variable CORVANE_MAP_PASSWORD."));
   parser.addOptions({
-      {"server", Texts::tr("Log in to this server."), "HOST"},
-      {"port", Texts::tr("Its port; 12000 if none is given."), "PORT", "12000"},
-      {"network", Texts::tr("The network."), "NAME"},
-      {"user", Texts::tr("The user name."), "NAME"},
-      {"map", Texts::tr("Show this picture on facet 0 from now on."), "FILE"},
+      {"server", OptionTexts::tr("Log in to this server."), "HOST"},
+      {"port", OptionTexts::tr("Its port; 12000 if none is given."), "PORT", "12000"},
+      {"network", OptionTexts::tr("The network."), "NAME"},
+      {"user", OptionTexts::tr("The user name."), "NAME"},
+      {"map", OptionTexts::tr("Show this picture on facet 0 from now on."), "FILE"},
       {"map-frame",
-       Texts::tr("Where its left and top edges are on the map, and how many units of "
-                 "the map a pixel is."),
+       OptionTexts::tr("Where its left and top edges are on the map, and how many units of "
+                       "the map a pixel is."),
        "X,Y,SCALE", "0,0,1"},
   });
   const QCommandLineOption help = parser.addHelpOption();
@@ -59,8 +59,9 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
     server.userName = parser.value("user");
     server.digest = QByteArray::fromStdString(client::PasswordDigest(password.toStdString()));
     if (server.port == 0 || server.network.isEmpty() || server.userName.isEmpty()) {
-      return {
-          {}, Texts::tr("--server needs a --network, a --user and a --port from 1 to 65535"), 2};
+      return {{},
+              OptionTexts::tr("--server needs a --network, a --user and a --port from 1 to 65535"),
+              2};
     }
     options.server = server;
   }
@@ -70,7 +71,7 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
     // It is remembered, and the folder that the program is started from may be another next time.
     picture.path = QFileInfo(parser.value("map")).absoluteFilePath();
     if (!ReadFrame(parser.value("map-frame"), picture))
-      return {{}, Texts::tr("--map-frame takes X,Y,SCALE"), 2};
+      return {{}, OptionTexts::tr("--map-frame takes X,Y,SCALE"), 2};
     options.picture = picture;
   }
   return {options, {}, 0};

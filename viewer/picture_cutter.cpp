@@ -23,7 +23,7 @@ constexpr int kTileSide = 256;
 // A little larger on the disk than the best, in a third of the time.
 constexpr int kQuality = 90;
 
-struct Texts {
+struct CutterTexts {
   Q_DECLARE_TR_FUNCTIONS(corvane::viewer::PictureCutter)
 };
 
@@ -60,7 +60,7 @@ class Cutting {
     for (int row = 0; row < myTileRows;) {
       QImage strip = myRows.Next(kTileSide);
       if (strip.isNull()) {
-        myError = Texts::tr("the file is damaged");
+        myError = CutterTexts::tr("the file is damaged");
         return false;
       }
       // So that what a tile has beyond the edge is transparent.
@@ -101,7 +101,7 @@ class Cutting {
   bool MakeFolders(int level, int columns) {
     for (int column = 0; column < columns; ++column) {
       if (QDir().mkpath(QFileInfo(FileOf(level, column, 0)).path())) continue;
-      myError = Texts::tr("the folder %1 cannot be written").arg(myFolder);
+      myError = CutterTexts::tr("the folder %1 cannot be written").arg(myFolder);
       return false;
     }
     return true;
@@ -124,7 +124,7 @@ class Cutting {
     return QStringLiteral("%1/%2/%3/%4.png").arg(myFolder).arg(level).arg(column).arg(row);
   }
 
-  QString Error() const { return myError.isEmpty() ? Texts::tr("stopped") : myError; }
+  QString Error() const { return myError.isEmpty() ? CutterTexts::tr("stopped") : myError; }
 
   PictureRows& myRows;
   QString myFolder;
@@ -163,7 +163,7 @@ QString CutPicture(const QString& image, const QString& folder, const std::atomi
   error = Cutting(*rows, unfinished.path(), stops, progress).Cut();
   if (!error.isEmpty()) return error;
   if (!QDir().rename(unfinished.path(), folder))
-    return Texts::tr("the folder %1 cannot be written").arg(folder);
+    return CutterTexts::tr("the folder %1 cannot be written").arg(folder);
   unfinished.setAutoRemove(false);
   return {};
 }

@@ -12,6 +12,8 @@
 #include <unistd.h>
 #include <utility>
 
+#include "tools/swarm/checked.h"
+
 namespace corvane::swarm {
 
 namespace {
@@ -20,11 +22,6 @@ constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 // A login that takes longer than this, or a leave that is not answered, has failed.
 constexpr std::chrono::seconds kPatience{30};
 constexpr std::chrono::seconds kLookInterval{1};
-
-int Checked(int result, const char* what) {
-  if (result < 0) throw std::system_error(errno, std::generic_category(), what);
-  return result;
-}
 
 std::string ErrorText(int code) {
   return std::generic_category().message(code);

@@ -5,26 +5,22 @@
 #include <netinet/tcp.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
-#include <system_error>
 #include <unistd.h>
+
+#include "tools/swarm/checked.h"
 
 namespace corvane::swarm {
 
 namespace {
 
-constexpr std::size_t kReadBytes = std::size_t{64} << 10;
+constexpr std::size_t kReadAtOnce = std::size_t{64} << 10;
 constexpr std::size_t kDiscardBytes = std::size_t{4} << 20;
 // How soon it is noticed that the pool has to stop.
-constexpr std::chrono::milliseconds kLookInterval{20};
+constexpr std::chrono::milliseconds kStopLookInterval{20};
 // Where this process is out of descriptors.
 constexpr std::chrono::seconds kRetryInterval{1};
 constexpr in_addr_t kLoopbackSources = 64;
 constexpr int kNetworkSegment = 1460;
-
-int Checked(int result, const char* what) {
-  if (result < 0) throw std::system_error(errno, std::generic_category(), what);
-  return result;
-}
 
 }  // namespace
 
@@ -32,7 +28,7 @@ StrangerPool::StrangerPool(const sockaddr_in& server, HostilePart& part, const A
     : myServer(server),
       myPart(part),
       myEpoll(Checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
-      myBuffer(kReadBytes) {
+      myBuffer(kReadAtOnce) {
   for (std::size_t index = 0; index < part.Custom().strangers; ++index) {
     std::optional<client::Login> login;
     if (part.Custom().standing != Standing::Outside) {
@@ -277,7 +273,7 @@ void StrangerPool::WakeRested(Clock::time_point now) {
 int StrangerPool::Timeout(Clock::time_point now) const {
   const auto rest = myResting.empty() ? Clock::duration::max() : myResting.begin()->first - now;
   const auto time = std::chrono::ceil<std::chrono::milliseconds>(
-      std::clamp<Clock::duration>(rest, Clock::duration(0), kLookInterval));
+      std::clamp<Clock::duration>(rest, Clock::duration(0), kStopLookInterval));
   return static_cast<int>(time.count());
 }
 
