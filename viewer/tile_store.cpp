@@ -24,8 +24,8 @@ TileStore::~TileStore() {
 
 const QPixmap* TileStore::Find(const TileId& id) {
   if (const QPixmap* tile = myTiles.object(id)) return tile;
-  if (myAwaited.contains(id)) return nullptr;
-  myAwaited.insert(id);
+  if (std::ranges::find(myAwaited, id) != myAwaited.end()) return nullptr;
+  myAwaited.push_back(id);
   myReaders.start([this, id, file = myPyramid.FileOf(id)] {
     QImage image(file);
     if (!image.isNull())
@@ -44,7 +44,7 @@ void TileStore::ForgetRequests() {
 }
 
 void TileStore::Take(const TileId& id, const QImage& image) {
-  myAwaited.remove(id);
+  std::erase(myAwaited, id);
   const auto kib = std::max<qsizetype>(1, image.sizeInBytes() >> 10);
   myTiles.insert(id, new QPixmap(QPixmap::fromImage(image)), static_cast<int>(kib));
   if (Comes) Comes(id);

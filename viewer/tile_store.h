@@ -1,11 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include <QCache>
 #include <QObject>
 #include <QPixmap>
-#include <QSet>
 #include <QThreadPool>
 
 #include "viewer/tile_pyramid.h"
@@ -41,7 +41,7 @@ class TileStore {
 
   TilePyramid myPyramid;
   QCache<TileId, QPixmap> myTiles;
-  QSet<TileId> myAwaited;
+  std::vector<TileId> myAwaited;
   QObject myReceiver;  // of the readers' results, in the window's thread
   QThreadPool myReaders;
 };
