@@ -7,6 +7,7 @@
 #include "console/wnd_main.h"
 #include "framework/broken_pipes.h"
 #include "framework/folders.h"
+#include "framework/large_memory.h"
 #include "framework/quit_signals.h"
 #include "framework/standard_streams.h"
 #include "net/descriptor_limit.h"
@@ -18,6 +19,7 @@ int main(int argc, char** argv) {
   OpenStandardStreams();
   IgnoreBrokenPipes();
   RaiseDescriptorLimit();
+  GiveBackLargeMemory();
   ChoosePlatform(argc, argv);
   Application application(argc, argv);
 
