@@ -36,10 +36,14 @@ void Block::Append(std::string_view bytes) {
 }
 
 Slice CopyToBlock(BufferPool& pool, std::string_view bytes) {
-  return BlockWriter(pool).Append(bytes);
+  const Block::Ref block = Block::Make(pool, bytes.size());
+  if (!block) return {};
+  block->Append(bytes);
+  return {block, 0, bytes.size()};
 }
 
 Slice BlockWriter::Append(std::string_view bytes) {
+  if (bytes.size() > kLargestRoom) return CopyToBlock(*myPool, bytes);
   if (myBlock && myBlock->IsUnshared()) myBlock->Rewind();
   if (!myBlock || myBlock->Room() < bytes.size()) {
     // Larger each time: somebody is behind and will hold many.

@@ -88,7 +88,8 @@ struct Slice {
 Slice CopyToBlock(BufferPool& pool, std::string_view bytes);
 
 // Appends to blocks and gives out what was appended. Begins a new block where the last has no room;
-// writes the last one anew when nobody else refers to it.
+// writes the last one anew when nobody else refers to it. What is larger than a pool keeps gets a
+// block of its own.
 class BlockWriter {
  public:
   explicit BlockWriter(BufferPool& pool) : myPool(&pool) {}

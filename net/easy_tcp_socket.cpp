@@ -11,6 +11,7 @@ namespace corvane {
 namespace {
 
 constexpr std::chrono::seconds kGonePatience(2);
+constexpr std::chrono::milliseconds kFullDelay(50);
 
 }  // namespace
 
@@ -141,12 +142,13 @@ void EasyTCPSocket::EndDelay() {
 }
 
 void EasyTCPSocket::_Poll() {
-  if (!IsWithinBound()) return;
   const HandlerGuard guard(*this);
   FireEvents();
 }
 
 void EasyTCPSocket::FireEvents() {
+  // Whoever is sent more than it takes asks no more.
+  if (IsFull()) return DelayMessages(kFullDelay);
   const auto wait = MustWait(ReadFrame(mEvents.Bytes()).command);
   if (wait > PollLoop::Clock::duration::zero()) return DelayMessages(wait);
   // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.

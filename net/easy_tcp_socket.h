@@ -16,7 +16,8 @@ namespace corvane {
 // A connection that carries whole messages, each a command number with a payload of bytes (see
 // frame.h), in place of a stream: raw reading and writing is refused. Messages are cut as their
 // bytes arrive and delivered one a pass, in order; the peer is read again when all are delivered.
-// A length that no message can have closes the connection. What a peer that has gone left behind
+// A length that no message can have closes the connection. Nothing is delivered while the peer has
+// yet to take as much as a connection may hold. What a peer that has gone left behind
 // is not waited for longer than two seconds, where its messages are delayed.
 class EasyTCPSocket : public TCPSocket, public _Pollable {
  public:

@@ -16,6 +16,11 @@ constexpr std::size_t kMostKeptSlices = 16;  // room for the next ones
 }  // namespace
 
 bool OutputQueue::Append(std::string_view bytes) {
+  if (bytes.size() >= kLarge) {
+    const Slice copy = CopyToBlock(*myPool, bytes);
+    if (copy.Size() != 0) Push(copy);
+    return copy.Size() != 0;
+  }
   while (!bytes.empty()) {
     if (!myOwn || myOwn->Room() == 0) {
       // Whoever is behind already gets large blocks, of which there are few.
@@ -49,6 +54,7 @@ void OutputQueue::Push(const Slice& slice) {
     mySlices.push_back(slice);
   }
   mySize += slice.Size();
+  if (IsOfLarge(slice)) myLargeSize += slice.Size();
 }
 
 std::span<const std::string_view> OutputQueue::First(std::span<std::string_view> pieces) const {
@@ -62,11 +68,16 @@ void OutputQueue::Consume(std::size_t count) {
   assert(count <= mySize);
   if (count == mySize) return Clear();
   mySize -= count;
-  while (count >= mySlices[myFirst].Size()) {
-    count -= mySlices[myFirst].Size();
-    mySlices[myFirst++] = {};
+  while (count > 0) {
+    Slice& first = mySlices[myFirst];
+    const std::size_t taken = std::min(count, first.Size());
+    if (IsOfLarge(first)) myLargeSize -= taken;
+    first.begin += taken;
+    count -= taken;
+    if (first.Size() > 0) break;
+    first = {};
+    ++myFirst;
   }
-  mySlices[myFirst].begin += count;
   if (myFirst > mySlices.size() / 2) {
     mySlices.erase(mySlices.begin(), mySlices.begin() + static_cast<std::ptrdiff_t>(myFirst));
     myFirst = 0;
@@ -78,6 +89,7 @@ void OutputQueue::Clear() {
   if (mySlices.capacity() > kMostKeptSlices) mySlices.shrink_to_fit();
   myFirst = 0;
   mySize = 0;
+  myLargeSize = 0;
   myOwn.Reset();
 }
 

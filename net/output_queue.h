@@ -14,10 +14,14 @@ namespace corvane {
 // Borrows its pool and holds memory only while there are bytes.
 class OutputQueue {
  public:
+  static constexpr std::size_t kLarge = std::size_t{1} << 20;
+
   explicit OutputQueue(BufferPool& pool) : myPool(&pool) {}
 
   bool IsEmpty() const { return mySize == 0; }
   std::size_t Size() const { return mySize; }
+  // The same without what is left of messages of kLarge bytes and more.
+  std::size_t SizeOfSmall() const { return mySize - myLargeSize; }
 
   // Adds a copy of the bytes. False when there is no memory for all of them.
   [[nodiscard]] bool Append(std::string_view bytes);
@@ -31,6 +35,8 @@ class OutputQueue {
   void Clear();
 
  private:
+  // A large message has a block of its own.
+  static bool IsOfLarge(const Slice& slice) { return slice.block->Used() >= kLarge; }
   bool ContinuesLast(const Slice& slice) const;
   void Push(const Slice& slice);
 
@@ -38,7 +44,8 @@ class OutputQueue {
   std::vector<Slice> mySlices;
   std::size_t myFirst = 0;  // of the slices that are left
   std::size_t mySize = 0;
-  Block::Ref myOwn;  // what copies go into
+  std::size_t myLargeSize = 0;  // of it, in large messages
+  Block::Ref myOwn;             // what copies go into
 };
 
 }  // namespace corvane

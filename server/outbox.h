@@ -24,6 +24,7 @@ class Outbox {
   explicit Outbox(BufferPool& pool) : myWriter(pool) {}
 
   bool IsEmpty() const { return myPackets.empty(); }
+  std::size_t Size() const { return myBytes.size(); }
 
   // One more packet, for every member who has another name than the sender.
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);

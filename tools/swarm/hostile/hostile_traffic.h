@@ -19,9 +19,10 @@ class HostileTraffic : public Traffic {
                               Clock::time_point now) override;
   void Stop() override;
   bool IsDone() const override { return myHonest.IsDone(); }
-  // What the server tells of the hostile side's members is no part of the account.
+  // What the server tells of the hostile side's members is no part of the account; one who leaves
+  // in the middle of a log-in has no name.
   bool IsDisturbing(std::string_view payload) const override {
-    return !payload.starts_with(kStrangerPrefix);
+    return !payload.empty() && !payload.starts_with(kStrangerPrefix);
   }
   void AddTo(RunResult& result) override;
 

@@ -90,17 +90,26 @@ class NeverReaders : public HostilePart {
   std::size_t myArrived = 0;
 };
 
-// A name so long that one report of its owner is much for everybody in the network.
-class GiantName : public HostilePart {
+// Names so long that one report of an owner is much for everybody in the network: each reports and
+// leaves again, together with the others.
+class GiantNames : public HostilePart {
  public:
-  GiantName() : HostilePart({.standing = Standing::SameNetwork}) {}
+  GiantNames() : HostilePart({.standing = Standing::SameNetwork, .strangers = 3}) {}
 
   std::string UserName(std::size_t index) const override {
     return HostilePart::UserName(index).append(17 * kMiB, 'n');
   }
   void Act(Stranger& stranger) override {
-    if (stranger.Turn() == 0) stranger.Send(Report(1));
-    stranger.Hold();
+    switch (stranger.Turn()) {
+      case 0:
+        stranger.Send(Report(1) + Report(2));
+        return;
+      case 1:
+        stranger.RestUntil(Clock::now() + seconds(1));
+        return;
+      default:
+        stranger.HangUp();
+    }
   }
   void Ended(Stranger& stranger, bool) override { stranger.RestUntil(Clock::now() + seconds(1)); }
 };
@@ -210,8 +219,9 @@ constexpr std::array kParts = {
              [] { return Make<Hoarders>(); }},
     PartInfo{"never-readers", "500 members of another network who never read, while 10 report",
              [] { return Make<NeverReaders>(); }},
-    PartInfo{"giant-name", "a member whose user name has 17 MiB reports once",
-             [] { return Make<GiantName>(); }},
+    PartInfo{"giant-names",
+             "3 members whose user names have 17 MiB report and leave, over and over",
+             [] { return Make<GiantNames>(); }},
     PartInfo{"giant-steps", "network names of 64, 128 and 256 MiB, over and over",
              [] { return Make<LongNames>(1, "x", 64 * kMiB, 256 * kMiB); }},
     PartInfo{"costly-names", "network names of 32 MiB that are dear to fold, over and over",
