@@ -20,7 +20,10 @@ namespace {
 constexpr std::int32_t kLeastQueue = 4096;
 constexpr std::int32_t kMostQueue = 8192;
 constexpr std::int64_t kBatch = 10;
-constexpr int kMostAcceptsPerPass = 64;
+// Accepting is quick and greeting is not, so that many are accepted before they are greeted: the
+// system's queue drops whom it has no place for, and that client tries again a second later.
+constexpr int kMostAcceptsPerPass = 512;
+constexpr std::size_t kMostArrived = 16'384;
 constexpr std::chrono::milliseconds kLongestPass(2);
 constexpr std::chrono::seconds kPause(1);
 
@@ -90,11 +93,13 @@ void ServerSocket::CloseListener() {
   for (const std::shared_ptr<TCPSocket>& socket : *active) {
     socket->myListener.reset();
     myLoop.KeepAlive(socket);
-    Event_GivenBack(socket);
+    LetGo(socket);
   }
   const SocketPool::Sockets idle = myPool.TakeIdle();
   std::for_each(idle.rbegin(), idle.rend(),
                 [](const std::shared_ptr<TCPSocket>& socket) { socket->Close(); });
+  for (const os::Accepted& arrived : std::exchange(myArrived, {}))
+    os::CloseSocket(arrived.handle);
   CloseDescriptor();
 }
 
@@ -135,47 +140,50 @@ std::int64_t ServerSocket::AddSockets(std::int64_t count) {
 }
 
 void ServerSocket::Advance() {
+  Accept();
   // A greeting may take long: the database may be locked.
   const auto end = PollLoop::Clock::now() + kLongestPass;
-  for (int i = 0; i < kMostAcceptsPerPass; ++i) {
-    if (!myIsReadable || !IsListening() || myIsPaused) return;
-    // Between accepts the pool is kept filled, or a full backlog would empty it.
+  while (IsListening() && !myArrived.empty()) {
+    // Between hand-offs the pool is kept filled, or a rush would empty it.
     if (IsPending(kFill) || myIsStarved) FillStep();
-    if (!AcceptOne()) return;
+    const os::Accepted next = myArrived.front();
+    myArrived.pop_front();
+    HandOut(next);
     if (PollLoop::Clock::now() >= end) break;
   }
-  myLoop.RequestPass(*this);
+  if (MayAccept() || (IsListening() && !myArrived.empty())) myLoop.RequestPass(*this);
 }
 
-bool ServerSocket::AcceptOne() {
-  if (!HasSpareDescriptors(myLastAccepted)) {
-    PauseAccepting(os::OutOfDescriptorsError());
-    return false;
-  }
+void ServerSocket::Accept() {
+  for (int i = 0; i < kMostAcceptsPerPass && MayAccept(); ++i)
+    AcceptOne();
+}
+
+bool ServerSocket::MayAccept() const {
+  return myIsReadable && IsListening() && !myIsPaused && myArrived.size() < kMostArrived;
+}
+
+void ServerSocket::AcceptOne() {
+  if (!HasSpareDescriptors(myLastAccepted)) return PauseAccepting(os::OutOfDescriptorsError());
   const os::Accepted accepted = os::Accept(Handle());
-  if (os::WouldBlock(accepted.error)) {
+  if (accepted.error == 0) {
+    myIsExhausted = false;
+    myLastAccepted = accepted.handle;
+    myArrived.push_back(accepted);
+  } else if (os::WouldBlock(accepted.error)) {
     myIsReadable = false;
-    return false;
-  }
-  if (os::IsPassingAcceptError(accepted.error)) return true;
-  if (os::IsOutOfDescriptors(accepted.error)) {
+  } else if (os::IsOutOfDescriptors(accepted.error)) {
     PauseAccepting(accepted.error);
-    return false;
-  }
-  if (accepted.error != 0) {
+  } else if (!os::IsPassingAcceptError(accepted.error) && myArrived.empty()) {
     Fail(accepted.error);
-    return false;
   }
-  myIsExhausted = false;
-  myLastAccepted = accepted.handle;
-  HandOut(accepted);
-  return true;
 }
 
 void ServerSocket::HandOut(const os::Accepted& accepted) {
   if (!myPool.CanHandOut()) return os::CloseSocket(accepted.handle);
   const std::shared_ptr<TCPSocket> socket = myPool.HandOut();
   socket->myListener = std::static_pointer_cast<ServerSocket>(shared_from_this());
+  socket->myHandOffNumber = ++myLastHandOff;
   Event_HandedOut(socket);
   SetPending(kFill);
   if (!socket->TakeOver(accepted)) return socket->Close();
@@ -196,7 +204,12 @@ void ServerSocket::PauseAccepting(int error) {
 void ServerSocket::GiveBack(const std::shared_ptr<TCPSocket>& socket) {
   myPool.GiveBack(*socket);
   SetPending(kFill);
+  LetGo(socket);
+}
+
+void ServerSocket::LetGo(const std::shared_ptr<TCPSocket>& socket) {
   Event_GivenBack(socket);
+  socket->myHandOffNumber = 0;
 }
 
 }  // namespace corvane

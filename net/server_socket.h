@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -70,10 +71,13 @@ class ServerSocket : public SocketCore {
   int OpenListener();
   void CloseListener();
   void Fail(int error);
-  bool AcceptOne();
+  bool MayAccept() const;
+  void Accept();
+  void AcceptOne();
   void HandOut(const os::Accepted& accepted);
   void PauseAccepting(int error);
   void GiveBack(const std::shared_ptr<TCPSocket>& socket);
+  void LetGo(const std::shared_ptr<TCPSocket>& socket);
   // Adds so many objects; how many AddSocket gave.
   std::int64_t AddSockets(std::int64_t count);
 
@@ -81,6 +85,8 @@ class ServerSocket : public SocketCore {
   std::int32_t myMinimum;
   std::int32_t myMaximum;
   SocketPool myPool;
+  std::deque<os::Accepted> myArrived;  // accepted and not handed out yet
+  std::uint64_t myLastHandOff = 0;
   os::SocketHandle myLastAccepted = os::kNoSocket;
   bool myIsStarved = false;    // AddSocket gave nothing when it was needed
   bool myIsPaused = false;     // out of descriptors

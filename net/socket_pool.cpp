@@ -1,7 +1,6 @@
 #include "net/socket_pool.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 #include "net/tcp_socket.h"
@@ -19,10 +18,9 @@ std::shared_ptr<TCPSocket> SocketPool::HandOut() {
 void SocketPool::GiveBack(const TCPSocket& socket) {
   ++myBudget;
   Sockets& active = myActive.Edit();
-  // From the end: mostly it is the short visits that end.
-  const auto found = std::find_if(active.rbegin(), active.rend(),
-                                  [&](const auto& other) { return other.get() == &socket; });
-  if (found != active.rend()) active.erase(std::prev(found.base()));
+  const auto found = std::ranges::lower_bound(
+      active, socket.HandOffNumber(), {}, [](const auto& other) { return other->HandOffNumber(); });
+  if (found != active.end() && found->get() == &socket) active.erase(found);
 }
 
 }  // namespace corvane

@@ -275,8 +275,12 @@ void TCPSocket::Write(std::string_view bytes) {
   WriteBytes(bytes);
 }
 
+bool TCPSocket::IsFull() const {
+  return myOutput.Size() >= myLoop.Limits().connectionOutput;
+}
+
 bool TCPSocket::IsWithinBound() {
-  if (myOutput.Size() < myLoop.Limits().connectionOutput) return true;
+  if (myOutput.SizeOfSmall() < myLoop.Limits().connectionOutput) return true;
   FailForMemory();
   return false;
 }

@@ -52,6 +52,10 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // The port that is bound while there is a descriptor, else 0.
   std::uint16_t LocalPort() const;
 
+  // A number that grows with each connection that its listener hands out; 0 while not among the
+  // listener's active ones.
+  std::uint64_t HandOffNumber() const { return myHandOffNumber; }
+
   std::string Read(std::size_t count) override;
   virtual std::string ReadAll();
   // What has arrived and was not read yet, without reading it.
@@ -88,16 +92,16 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void ResumeInput();
 
   ByteQueue& Input() { return myInput; }
-  // A connection that is over its bound before the write fails, with two exceptions: a single large
-  // message does not cut off a peer who keeps up, and all that a handler of its own writes counts
-  // as one. A slice is not copied.
+  // A connection that is over its bound before the write fails, with two exceptions: large messages
+  // do not count, whose memory all receivers share, or a few of them would cut off peers who keep
+  // up; and all that a handler of its own writes counts as one. A slice is not copied.
   void WriteBytes(std::string_view bytes);
   void WriteSlice(const Slice& slice);
   // The peer has sent its last: Error comes in the next pass, and what is written is sent on.
   void EndByPeer();
   bool HasHungUp() const { return myIsHungUp; }
-  // Fails when it holds more unsent bytes than a connection may; whether it may go on.
-  bool IsWithinBound();
+  // Whether it holds as many unsent bytes as a connection may.
+  bool IsFull() const;
   // Lets go of what has arrived.
   virtual void DropInput() { myInput.Clear(); }
   // A class that hides the send events from its users saves the loop raising them.
@@ -126,6 +130,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void FinishConnecting();
   void Receive();
   bool MaySend() const;
+  // Fails when it is over its bound; whether it may go on.
+  bool IsWithinBound();
   // Sees to what was added to the output, which may not all have found room.
   void NoteWritten(bool hadRoom);
   void FlushOutput();
@@ -151,6 +157,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   OutputQueue myOutput;
   std::size_t mySentSinceProgress = 0;
   std::weak_ptr<ServerSocket> myListener;
+  std::uint64_t myHandOffNumber = 0;
 };
 
 }  // namespace corvane

@@ -95,10 +95,6 @@ class ClientSocket : public EasyTCPSocket {
   bool IsGathered() const { return myIsGathered; }
   void SetGathered(bool isGathered) { myIsGathered = isGathered; }
 
-  // For the roster: a number that grows with each hand-off, 0 while not among the active ones.
-  std::uint64_t HandOffNumber() const { return myHandOffNumber; }
-  void SetHandOffNumber(std::uint64_t number) { myHandOffNumber = number; }
-
  protected:
   void Connected() override;
   void Error(std::int32_t code) override;
@@ -134,7 +130,6 @@ class ClientSocket : public EasyTCPSocket {
   State myState = State::Idle;
   std::chrono::milliseconds myNextDelay{4};
   bool myIsGathered = false;
-  std::uint64_t myHandOffNumber = 0;
   std::string myUsername;
   std::string myFoldedUsername;
   bool myNameIsCode = false;  // it may be more than a value in the administrator question

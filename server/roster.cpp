@@ -10,6 +10,8 @@ namespace {
 
 // What a hand-over may copy; it lets nobody else in meanwhile.
 constexpr std::size_t kMostHandedOver = std::size_t{4} << 20;
+// What is gathered does not become a large message by itself.
+constexpr std::size_t kMostInOne = OutputQueue::kLarge / 2;
 
 bool WasHandedOutBefore(const std::shared_ptr<ClientSocket>& session, std::uint64_t handOff) {
   return session->HandOffNumber() < handOff;
@@ -18,7 +20,6 @@ bool WasHandedOutBefore(const std::shared_ptr<ClientSocket>& session, std::uint6
 }  // namespace
 
 void Roster::Enter(const std::shared_ptr<ClientSocket>& session) {
-  session->SetHandOffNumber(++myLastHandOff);
   AddName(*session);
   EnterNetwork(*session);
 }
@@ -27,7 +28,6 @@ void Roster::Leave(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;
   LeaveNetwork(session);
   DropName(session);
-  session.SetHandOffNumber(0);
 }
 
 void Roster::EnterNetwork(ClientSocket& session) {
@@ -74,6 +74,7 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
   const auto found = myGroups.find(sender->myNetwork.get());
   if (found == myGroups.end()) return;
   Group& group = found->second;
+  if (group.outbox.Size() + packet.size() > kMostInOne) HandOver();
   if (group.outbox.IsEmpty()) myGathered.push_back(&group);
   group.outbox.Add(sender, packet);
   myGatheredBytes += packet.size() * group.members.Get()->size();

@@ -62,7 +62,6 @@ class Roster {
   std::vector<Group*> myGathered;   // those whose outbox is not empty
   std::size_t myGatheredBytes = 0;  // bytes that their hand-over copies
   std::unordered_map<std::string, std::size_t> myNames;
-  std::uint64_t myLastHandOff = 0;
 };
 
 }  // namespace corvane
