@@ -4,23 +4,17 @@
 
 namespace corvane {
 
-class DatabaseConnection;
-class MapSocket;
-class NetworksModel;
+class Operator;
 
-// The dialog that adds a network: to the listener, to the main window's list and to the database.
-// A name may be empty or in use already.
+// The dialog that adds a network. A name may be empty or in use already.
 class wndAddNetwork : public NetworkDialog {
  public:
-  wndAddNetwork(MapSocket& listener, NetworksModel& list, DatabaseConnection& serverdb,
-                QWidget& owner);
+  wndAddNetwork(Operator& actions, QWidget& owner);
 
  private:
   void btnOK_Action();
 
-  MapSocket& myListener;
-  NetworksModel& myList;
-  DatabaseConnection& myDatabase;
+  Operator& myActions;
 };
 
 }  // namespace corvane

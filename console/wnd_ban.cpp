@@ -2,20 +2,16 @@
 
 #include <utility>
 
-#include "server/map_socket.h"
-#include "server/wire.h"
+#include "server/operator.h"
 
 namespace corvane {
 
-wndBan::wndBan(std::shared_ptr<ClientSocket> user, QWidget& owner)
-    : ReasonDialog(QStringLiteral("wndBan"), QStringLiteral("Ban User"), std::move(user), owner) {}
+wndBan::wndBan(Operator& actions, std::shared_ptr<ClientSocket> user, QWidget& owner)
+    : ReasonDialog(QStringLiteral("wndBan"), QStringLiteral("Ban User"), std::move(user), owner),
+      myActions(actions) {}
 
 void wndBan::Act(const std::string& reason) {
-  MapSocket& listener = currUser->myParent;
-  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
-  listener.Keeper().Add(currUser->RemoteAddress(), "Server Admin", reason, currUser->NetworkName());
-  currUser->SendMessage(wire::kBan, reason);
-  listener.CallStatusMessage(currUser->Username() + " Banned: " + reason);
+  myActions.Ban(*currUser, reason);
 }
 
 }  // namespace corvane

@@ -3,15 +3,16 @@
 #include <utility>
 
 #include "framework/text.h"
-#include "server/app.h"
-#include "storage/networks_table.h"
+#include "server/operator.h"
 
 namespace corvane {
 
-wndEditNetwork::wndEditNetwork(App& app, NetworkRef network, QWidget& owner)
+wndEditNetwork::wndEditNetwork(Operator& actions, NetworkRef network,
+                               MessageBoxFunction showMessage, QWidget& owner)
     : NetworkDialog(QStringLiteral("wndEditNetwork"), QStringLiteral("Edit Network"), owner),
-      myApp(app),
-      myNetwork(std::move(network)) {
+      myActions(actions),
+      myNetwork(std::move(network)),
+      myShowMessage(std::move(showMessage)) {
   chkEnable->setChecked(myNetwork->Enabled);
   txtName->setText(DisplayText(myNetwork->NetworkName));
   txtPass->setText(DisplayText(myNetwork->Password));
@@ -20,16 +21,13 @@ wndEditNetwork::wndEditNetwork(App& app, NetworkRef network, QWidget& owner)
 }
 
 void wndEditNetwork::btnOK_Action() {
-  myNetwork->Enabled = chkEnable->isChecked();
-  myNetwork->MaxUsers = MaxUsers();
   // A password that a field cannot hold is kept as it is unless another one was typed.
-  if (txtPass->isModified()) myNetwork->Password = TextFromDisplay(txtPass->text());
-  DatabaseConnection& serverdb = myApp.serverdb();
-  if (!NetworksTable(serverdb).Change(myNetwork->NetworkName, myNetwork->Password,
-                                      myNetwork->MaxUsers, myNetwork->Enabled)) {
+  const std::string password =
+      txtPass->isModified() ? TextFromDisplay(txtPass->text()) : myNetwork->Password;
+  if (!myActions.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {
     MessageBox box;
-    box.text = serverdb.ErrorMessage();
-    myApp.ShowMessage(box);
+    box.text = myActions.StoreError();
+    myShowMessage(box);
   }
   accept();
 }

@@ -1,23 +1,26 @@
 #pragma once
 
 #include "console/network_dialog.h"
+#include "framework/message_box.h"
 #include "server/server_networks.h"
 
 namespace corvane {
 
-class App;
+class Operator;
 
 // The dialog that changes a network's password, number of users and enabling, in the listener and
 // in the database. The name stays whatever is typed: it is the record's key.
 class wndEditNetwork : public NetworkDialog {
  public:
-  wndEditNetwork(App& app, NetworkRef network, QWidget& owner);
+  wndEditNetwork(Operator& actions, NetworkRef network, MessageBoxFunction showMessage,
+                 QWidget& owner);
 
  private:
   void btnOK_Action();
 
-  App& myApp;
+  Operator& myActions;
   NetworkRef myNetwork;
+  MessageBoxFunction myShowMessage;
 };
 
 }  // namespace corvane

@@ -2,19 +2,18 @@
 
 #include <utility>
 
-#include "server/map_socket.h"
-#include "server/wire.h"
+#include "server/operator.h"
 
 namespace corvane {
 
-wndKick::wndKick(std::shared_ptr<ClientSocket> user, QWidget& owner)
-    : ReasonDialog(QStringLiteral("wndKick"), QStringLiteral("Kick User"), std::move(user), owner) {
+wndKick::wndKick(Operator& actions, std::shared_ptr<ClientSocket> user, QWidget& owner)
+    : ReasonDialog(QStringLiteral("wndKick"), QStringLiteral("Kick User"), std::move(user), owner),
+      myActions(actions) {
   btnOK->setDefault(true);
 }
 
 void wndKick::Act(const std::string& reason) {
-  currUser->SendMessage(wire::kKick, reason);
-  currUser->myParent.CallStatusMessage(currUser->Username() + " Kicked: " + reason);
+  myActions.Kick(*currUser, reason);
 }
 
 }  // namespace corvane

@@ -4,13 +4,18 @@
 
 namespace corvane {
 
+class Operator;
+
 // The dialog that sends a user the kick notice. The connection stays.
 class wndKick : public ReasonDialog {
  public:
-  wndKick(std::shared_ptr<ClientSocket> user, QWidget& owner);
+  wndKick(Operator& actions, std::shared_ptr<ClientSocket> user, QWidget& owner);
 
  protected:
   void Act(const std::string& reason) override;
+
+ private:
+  Operator& myActions;
 };
 
 }  // namespace corvane

@@ -25,7 +25,6 @@
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
-#include "storage/networks_table.h"
 #include "updater/installer.h"
 #include "updater/updater_window.h"
 
@@ -85,6 +84,7 @@ QAction* Named(QAction* action, const char* name) {
 
 wndMain::wndMain(App& app, std::function<bool()> hasTray)
     : sSocket(std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations())),
+      myActions(app, *sSocket),
       myApp(app),
       myHasTray(std::move(hasTray)) {
   setWindowTitle(QStringLiteral("Corvane Server"));
@@ -116,7 +116,7 @@ void wndMain::Open() {
   myStatus.Clear();
   myNetworks.Clear();
   myUsers.Clear();
-  myApp.LoadServerSocket(*sSocket, [this](const NetworkRef& network) { myNetworks.Add(network); });
+  myActions.Start();
   if (!sSocket->IsListening()) WriteErrorLine(WhyNotListening(*sSocket));
 }
 
@@ -222,6 +222,8 @@ void wndMain::ConnectEvents() {
   sSocket->UserLoggedOut = [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
     sSocket_UserLoggedOut(sender, client);
   };
+  myActions.NetworkAdded = [this](const NetworkRef& network) { myNetworks.Add(network); };
+  myActions.NetworkRemoved = [this](const NetworkRef& network) { myNetworks.Remove(network); };
   myApp.Updates().UpdateFound = [this](const Update& update) { ShowUpdate(update); };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
   connect(btnAdmins, &QPushButton::clicked, this, &wndMain::btnAdmins_Action);
@@ -245,7 +247,7 @@ void wndMain::FileSettings() {
 }
 
 void wndMain::FileSendMessage() {
-  auto* dialog = new wndMessage(*sSocket, *this);
+  auto* dialog = new wndMessage(myActions, *this);
   dialog->open();
 }
 
@@ -275,12 +277,12 @@ void wndMain::btnClear_Action() {
 }
 
 void wndMain::btnAdmins_Action() {
-  auto* dialog = new wndViewAdmins(sSocket->Admins(), *this);
+  auto* dialog = new wndViewAdmins(myActions, *this);
   dialog->open();
 }
 
 void wndMain::btnBans_Action() {
-  auto* dialog = new wndViewBans(sSocket->Bans(), *this);
+  auto* dialog = new wndViewBans(myActions, *this);
   dialog->open();
 }
 
@@ -299,15 +301,16 @@ void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
 
 void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network) {
   if (caption == kAddNetwork) {
-    auto* dialog = new wndAddNetwork(*sSocket, myNetworks, myApp.serverdb(), *this);
+    auto* dialog = new wndAddNetwork(myActions, *this);
     dialog->open();
   } else if (caption == kEditNetwork) {
-    auto* dialog = new wndEditNetwork(myApp, network, *this);
+    const auto showMessage = [this](const MessageBox& box) { return myApp.ShowMessage(box); };
+    auto* dialog = new wndEditNetwork(myActions, network, showMessage, *this);
     dialog->open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);
   } else if (caption == kDisconnectAll) {
-    sSocket->DisconnectAllClientsOnNetwork(network);
+    myActions.DisconnectAll(network);
   }
 }
 
@@ -325,9 +328,7 @@ void wndMain::DeleteNetwork(const NetworkRef& network) {
   const MessageBox question{MessageBox::Kind::Question, "Delete Network",
                             "Are you sure you wish to delete this network?"};
   if (myApp.ShowMessage(question) != MessageBox::Answer::Yes) return;
-  sSocket->RemoveNetwork(network);
-  std::ignore = NetworksTable(myApp.serverdb()).Delete(network->NetworkName);
-  myNetworks.Remove(network);
+  std::ignore = myActions.DeleteNetwork(network);
 }
 
 void wndMain::lstUsers_ConstructContextualMenu(QMenu& base) {
@@ -352,25 +353,16 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
     auto* dialog = new wndConnInfo(*user, *this);
     dialog->open();
   } else if (caption == kKickUser) {
-    auto* dialog = new wndKick(user, *this);
+    auto* dialog = new wndKick(myActions, user, *this);
     dialog->open();
   } else if (caption == kBanUser) {
-    auto* dialog = new wndBan(user, *this);
+    auto* dialog = new wndBan(myActions, user, *this);
     dialog->open();
   } else if (caption == kForceDisconnect) {
-    ForceDisconnect(*user);
+    myActions.ForceDisconnect(*user);
   } else if (caption == kMakeAdmin) {
-    MakeAdmin(*user);
+    std::ignore = myActions.MakeAdmin(*user);
   }
-}
-
-void wndMain::ForceDisconnect(ClientSocket& user) {
-  sSocket->CallStatusMessage(StatusLine({"Admin Force Kicked ", user.Username()}));
-  user.Close();
-}
-
-void wndMain::MakeAdmin(const ClientSocket& user) {
-  std::ignore = sSocket->Admins().Add(user.Username(), user.RemoteAddress(), user.NetworkName());
 }
 
 void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {

@@ -16,6 +16,7 @@
 #include "console/window_group.h"
 #include "framework/standard_output.h"
 #include "server/map_socket.h"
+#include "server/operator.h"
 
 namespace corvane {
 
@@ -91,13 +92,12 @@ class wndMain : public QMainWindow {
   void ActOnNetwork(QLatin1String caption);
   void ShowConnectionInfo();
   void DeleteNetwork(const NetworkRef& network);
-  void ForceDisconnect(ClientSocket& user);
-  void MakeAdmin(const ClientSocket& user);
 
   void sSocket_StatusMessage(MapSocket& sender, const std::string& text);
   void sSocket_UserLoggedIn(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
   void sSocket_UserLoggedOut(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
 
+  Operator myActions;
   App& myApp;
   std::function<bool()> myHasTray;
   StatusClock myClock;

@@ -6,7 +6,7 @@
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
-#include "server/map_socket.h"
+#include "server/operator.h"
 
 namespace corvane {
 namespace {
@@ -21,9 +21,9 @@ void AddRow(QComboBox& box, const std::string& name) {
 
 }  // namespace
 
-wndMessage::wndMessage(MapSocket& listener, QWidget& owner)
+wndMessage::wndMessage(Operator& actions, QWidget& owner)
     : Dialog(QStringLiteral("wndMessage"), QStringLiteral("Send Message to Network(s)"), owner),
-      myListener(listener) {
+      myActions(actions) {
   pmNetwork = new QComboBox(this);
   fldText = new QPlainTextEdit(this);
   btnSend = new QPushButton(QStringLiteral("Send"), this);
@@ -41,14 +41,14 @@ wndMessage::wndMessage(MapSocket& listener, QWidget& owner)
   resize(kInitialSize);
 
   AddRow(*pmNetwork, "(All Networks)");
-  for (const NetworkRef& network : listener.Networks)
+  for (const NetworkRef& network : actions.Networks())
     AddRow(*pmNetwork, network->NetworkName);
   connect(btnSend, &QPushButton::clicked, this, &wndMessage::btnSend_Action);
 }
 
 void wndMessage::btnSend_Action() {
-  myListener.BroadcastMessage(TextFromDisplay(fldText->toPlainText()),
-                              pmNetwork->currentData().toByteArray().toStdString());
+  myActions.Send(TextFromDisplay(fldText->toPlainText()),
+                 pmNetwork->currentData().toByteArray().toStdString());
   accept();
 }
 

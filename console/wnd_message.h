@@ -7,13 +7,13 @@
 
 namespace corvane {
 
-class MapSocket;
+class Operator;
 
 // The dialog that sends a message to one network or to all. While a client is connected that has
-// not chosen a network, sending throws NilObjectException, as MapSocket::BroadcastMessage does.
+// not chosen a network, sending throws NilObjectException, as Operator::Send does.
 class wndMessage : public Dialog {
  public:
-  wndMessage(MapSocket& listener, QWidget& owner);
+  wndMessage(Operator& actions, QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
   QComboBox* pmNetwork;
@@ -23,7 +23,7 @@ class wndMessage : public Dialog {
  private:
   void btnSend_Action();
 
-  MapSocket& myListener;
+  Operator& myActions;
 };
 
 }  // namespace corvane

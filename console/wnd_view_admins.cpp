@@ -3,13 +3,14 @@
 #include <tuple>
 
 #include "framework/visible_text.h"
+#include "server/operator.h"
 
 namespace corvane {
 namespace {
 
-std::vector<RecordsModel::Record> Records(AdminsTable& admins) {
+std::vector<RecordsModel::Record> Records(Operator& actions) {
   std::vector<RecordsModel::Record> records;
-  const auto all = admins.All();
+  const auto all = actions.Admins();
   if (!all) return records;
   records.reserve(all->size());
   for (const AdminsTable::Admin& admin : *all) {
@@ -22,12 +23,14 @@ std::vector<RecordsModel::Record> Records(AdminsTable& admins) {
 
 }  // namespace
 
-wndViewAdmins::wndViewAdmins(AdminsTable& admins, QWidget& owner)
+wndViewAdmins::wndViewAdmins(Operator& actions, QWidget& owner)
     : RecordsDialog(
           QStringLiteral("wndViewAdmins"), QStringLiteral("View Admins"),
           {QStringLiteral("Name"), QStringLiteral("Network"), QStringLiteral("Address")},
-          Records(admins),
-          [&admins](const std::vector<std::int64_t>& ids) { std::ignore = admins.Delete(ids); },
+          Records(actions),
+          [&actions](const std::vector<std::int64_t>& ids) {
+            std::ignore = actions.DeleteAdmins(ids);
+          },
           owner),
       lstAdmins(myList) {}
 

@@ -1,14 +1,15 @@
 #pragma once
 
 #include "console/records_dialog.h"
-#include "storage/admins_table.h"
 
 namespace corvane {
+
+class Operator;
 
 // The list of all administrators, from which the operator takes some back.
 class wndViewAdmins : public RecordsDialog {
  public:
-  wndViewAdmins(AdminsTable& admins, QWidget& owner);
+  wndViewAdmins(Operator& actions, QWidget& owner);
 
   ListBox* lstAdmins;
 };

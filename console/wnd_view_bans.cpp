@@ -4,13 +4,14 @@
 
 #include "framework/dates.h"
 #include "framework/visible_text.h"
+#include "server/operator.h"
 
 namespace corvane {
 namespace {
 
-std::vector<RecordsModel::Record> Records(BansTable& bans) {
+std::vector<RecordsModel::Record> Records(Operator& actions) {
   std::vector<RecordsModel::Record> records;
-  const auto all = bans.All();
+  const auto all = actions.Bans();
   if (!all) return records;
   records.reserve(all->size());
   for (const BansTable::Ban& ban : *all) {
@@ -23,13 +24,14 @@ std::vector<RecordsModel::Record> Records(BansTable& bans) {
 
 }  // namespace
 
-wndViewBans::wndViewBans(BansTable& bans, QWidget& owner)
+wndViewBans::wndViewBans(Operator& actions, QWidget& owner)
     : RecordsDialog(
           QStringLiteral("wndViewBans"), QStringLiteral("View Bans"),
           {QStringLiteral("Address"), QStringLiteral("By"), QStringLiteral("Reason"),
            QStringLiteral("Date")},
-          Records(bans),
-          [&bans](const std::vector<std::int64_t>& ids) { std::ignore = bans.Delete(ids); }, owner),
+          Records(actions),
+          [&actions](const std::vector<std::int64_t>& ids) { std::ignore = actions.LiftBans(ids); },
+          owner),
       lstBans(myList) {}
 
 }  // namespace corvane

@@ -1,14 +1,15 @@
 #pragma once
 
 #include "console/records_dialog.h"
-#include "storage/bans_table.h"
 
 namespace corvane {
+
+class Operator;
 
 // The list of all bans, from which the operator lifts some.
 class wndViewBans : public RecordsDialog {
  public:
-  wndViewBans(BansTable& bans, QWidget& owner);
+  wndViewBans(Operator& actions, QWidget& owner);
 
   ListBox* lstBans;
 };

@@ -11,7 +11,6 @@
 #include "framework/exceptions.h"
 #include "framework/numbers.h"
 #include "framework/text.h"
-#include "storage/networks_table.h"
 #include "updater/version.h"
 
 namespace corvane {
@@ -84,7 +83,7 @@ void App::LoadServerSocket(MapSocket& listener,
   listener.Listen();
   if (!myDatabase.IsConnected()) return Quit();
   // Who connects during this loop finds the networks that are loaded so far.
-  if (auto row = NetworksTable(myDatabase).All()) {
+  if (auto row = myNetworkRecords.All()) {
     for (; !row->EndOfRows(); row->MoveNext()) {
       listener.Networks.push_back(std::make_shared<ServerNetworks>(
           row->Text("name"), row->Text("pass"), Clamped(row->Integer("users")),

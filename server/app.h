@@ -16,6 +16,7 @@
 #include "server/map_socket.h"
 #include "storage/app_settings.h"
 #include "storage/database_connection.h"
+#include "storage/networks_table.h"
 #include "updater/version_checker.h"
 
 namespace corvane {
@@ -50,6 +51,7 @@ class App {
   PollLoop& Loop() { return myLoop; }
   AppSettings& Settings() { return mySettings; }
   DatabaseConnection& serverdb() { return myDatabase; }
+  NetworksTable& NetworkRecords() { return myNetworkRecords; }
   LocationLookup& Locations() { return myLocations; }
   // There once the settings are loaded.
   VersionChecker& Updates() { return *myUpdates; }
@@ -64,6 +66,7 @@ class App {
   MessageBoxFunction myShowMessage;
   AppSettings mySettings;
   DatabaseConnection myDatabase;
+  NetworksTable myNetworkRecords{myDatabase};
   LocationLookup myLocations;
   HttpClient myHttp;
   std::optional<VersionChecker> myUpdates;

@@ -1,0 +1,90 @@
+#include "server/operator.h"
+
+#include "framework/text.h"
+#include "server/app.h"
+#include "server/client_socket.h"
+#include "server/map_socket.h"
+#include "server/wire.h"
+
+namespace corvane {
+
+void Operator::Start() {
+  myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) {
+    if (NetworkAdded) NetworkAdded(network);
+  });
+}
+
+const std::vector<NetworkRef>& Operator::Networks() const {
+  return myListener.Networks;
+}
+
+bool Operator::AddNetwork(const std::string& name, const std::string& password,
+                          std::int32_t maxUsers, bool enabled) {
+  const auto network = std::make_shared<ServerNetworks>(name, password, maxUsers, enabled);
+  myListener.Networks.push_back(network);
+  if (NetworkAdded) NetworkAdded(network);
+  return myApp.NetworkRecords().Add(name, password, maxUsers, enabled);
+}
+
+bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& password,
+                             std::int32_t maxUsers, bool enabled) {
+  network.Enabled = enabled;
+  network.MaxUsers = maxUsers;
+  network.Password = password;
+  return myApp.NetworkRecords().Change(network.NetworkName, password, maxUsers, enabled);
+}
+
+bool Operator::DeleteNetwork(const NetworkRef& network) {
+  myListener.RemoveNetwork(network);
+  const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
+  if (NetworkRemoved) NetworkRemoved(network);
+  return isStored;
+}
+
+std::string Operator::StoreError() const {
+  return myApp.serverdb().ErrorMessage();
+}
+
+void Operator::DisconnectAll(const NetworkRef& network) {
+  myListener.DisconnectAllClientsOnNetwork(network);
+}
+
+void Operator::Kick(ClientSocket& user, const std::string& reason) {
+  user.SendMessage(wire::kKick, reason);
+  myListener.CallStatusMessage(StatusLine({user.Username(), " Kicked: ", reason}));
+}
+
+void Operator::Ban(ClientSocket& user, const std::string& reason) {
+  myListener.Ban(user, "Server Admin", reason, user.NetworkName());
+}
+
+void Operator::ForceDisconnect(ClientSocket& user) {
+  myListener.CallStatusMessage(StatusLine({"Admin Force Kicked ", user.Username()}));
+  user.Close();
+}
+
+bool Operator::MakeAdmin(const ClientSocket& user) {
+  return myListener.Admins().Add(user.Username(), user.RemoteAddress(), user.NetworkName());
+}
+
+void Operator::Send(const std::string& text, const std::string& networkName) {
+  myListener.BroadcastMessage(text, networkName);
+}
+
+std::optional<std::vector<BansTable::Ban>> Operator::Bans() {
+  return myListener.Bans().All();
+}
+
+bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
+  return myListener.Bans().Delete(ids);
+}
+
+std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {
+  return myListener.Admins().All();
+}
+
+bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
+  return myListener.Admins().Delete(ids);
+}
+
+}  // namespace corvane

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "server/server_networks.h"
+#include "storage/admins_table.h"
+#include "storage/bans_table.h"
+
+namespace corvane {
+
+class App;
+class ClientSocket;
+class MapSocket;
+
+// Everything that an operator can do, one method an action; whatever an operator works with calls
+// it. Borrows the application object and the listener. Where the database refuses a write, standard
+// error says so, and the action counts until the server ends.
+class Operator {
+ public:
+  Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
+
+  // Events: a network was added to the list, or taken off it. A handler that is not set is not
+  // called.
+  std::function<void(const NetworkRef&)> NetworkAdded;
+  std::function<void(const NetworkRef&)> NetworkRemoved;
+
+  // Configures and starts the listener and loads its networks.
+  void Start();
+
+  // In the order in which they were added.
+  const std::vector<NetworkRef>& Networks() const;
+  // These return whether the change was stored. A name may be empty or in use already.
+  bool AddNetwork(const std::string& name, const std::string& password, std::int32_t maxUsers,
+                  bool enabled);
+  // The name stays: it is the record's key.
+  bool ChangeNetwork(ServerNetworks& network, const std::string& password, std::int32_t maxUsers,
+                     bool enabled);
+  // Tells the network's users, sends them away and forgets the network. Throws as Send does.
+  bool DeleteNetwork(const NetworkRef& network);
+  // Why the last change was not stored.
+  std::string StoreError() const;
+  // Sends "BYE" to the network's users, who end their connections.
+  void DisconnectAll(const NetworkRef& network);
+
+  // What the user is sent asks it to leave; the connection stays.
+  void Kick(ClientSocket& user, const std::string& reason);
+  // The same, with a ban of the user's address.
+  void Ban(ClientSocket& user, const std::string& reason);
+  // Ends the connection.
+  void ForceDisconnect(ClientSocket& user);
+  bool MakeAdmin(const ClientSocket& user);
+
+  // Sends a message to one network, or to all for the name "(All Networks)". While a client is
+  // connected that has not chosen a network it throws NilObjectException, as
+  // MapSocket::BroadcastMessage does.
+  void Send(const std::string& text, const std::string& networkName);
+
+  // None when the query fails.
+  std::optional<std::vector<BansTable::Ban>> Bans();
+  bool LiftBans(const std::vector<std::int64_t>& ids);
+  std::optional<std::vector<AdminsTable::Admin>> Admins();
+  bool DeleteAdmins(const std::vector<std::int64_t>& ids);
+
+ private:
+  App& myApp;
+  MapSocket& myListener;
+};
+
+}  // namespace corvane
