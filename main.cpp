@@ -19,7 +19,7 @@ int main(int argc, char** argv) {
   OpenStandardStreams();
   IgnoreBrokenPipes();
   RaiseDescriptorLimit();
-  GiveBackLargeMemory();
+  ReturnLargeMemory();
   ChoosePlatform(argc, argv);
   Application application(argc, argv);
 

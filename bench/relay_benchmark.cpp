@@ -7,6 +7,7 @@
 
 #include "bench/sink.h"
 #include "net/descriptor_limit.h"
+#include "tests/support/flush.h"
 #include "tests/support/test_server.h"
 
 namespace corvane {
@@ -47,7 +48,7 @@ void Relay(benchmark::State& state) {
       ++sender->X;
       crowd.server.listener->BroadcastPosition(*sender);
     }
-    crowd.server.loop.FlushAll();
+    FlushNow(crowd.server.loop);
     if (crowd.IsBehind()) {
       // The readers are behind: not the server's time.
       state.PauseTiming();

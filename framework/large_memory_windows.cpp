@@ -3,6 +3,6 @@
 namespace corvane {
 
 // As it is here anyway.
-void GiveBackLargeMemory() {}
+void ReturnLargeMemory() {}
 
 }  // namespace corvane

@@ -26,7 +26,7 @@ void Block::Destroy(Block& block) {
   BufferPool& pool = *block.myPool;
   BufferPool::Buffer buffer = std::move(block.myBuffer);
   block.~Block();
-  pool.GiveBack(std::move(buffer));
+  pool.Release(std::move(buffer));
 }
 
 void Block::Append(std::string_view bytes) {

@@ -40,7 +40,7 @@ BufferPool::Buffer BufferPool::Take(std::size_t capacity) {
     if (buffer.bytes == nullptr) return {};
     buffer.capacity = rounded;
   }
-  myHandedOut += rounded;
+  myInUse += rounded;
   return buffer;
 }
 
@@ -51,7 +51,7 @@ bool BufferPool::Grow(Buffer& buffer, std::size_t capacity) {
     if (larger.capacity == 0) return false;
     if (buffer.capacity != 0) {
       std::memcpy(larger.bytes.get(), buffer.bytes.get(), buffer.capacity);
-      GiveBack(std::move(buffer));
+      Release(std::move(buffer));
     }
     buffer = std::move(larger);
     return true;
@@ -60,12 +60,12 @@ bool BufferPool::Grow(Buffer& buffer, std::size_t capacity) {
   if (grown == nullptr) return false;
   static_cast<void>(buffer.bytes.release());
   buffer.bytes.reset(grown);
-  myHandedOut += capacity - std::exchange(buffer.capacity, capacity);
+  myInUse += capacity - std::exchange(buffer.capacity, capacity);
   return true;
 }
 
-void BufferPool::GiveBack(Buffer buffer) {
-  myHandedOut -= buffer.capacity;
+void BufferPool::Release(Buffer buffer) {
+  myInUse -= buffer.capacity;
   if (!IsKept(buffer.capacity)) return;
   auto& spares = mySpares[SizeClass(buffer.capacity)];
   if (spares.size() < kMostKeptBytes / buffer.capacity) spares.push_back(std::move(buffer));

@@ -31,17 +31,17 @@ class BufferPool {
   // Gives the buffer more capacity; its bytes stay. False, with the buffer as it was, when the
   // system has no memory for it. A large one is not copied where the system can move its pages.
   [[nodiscard]] bool Grow(Buffer& buffer, std::size_t capacity);
-  void GiveBack(Buffer buffer);
+  void Release(Buffer buffer);
 
   // Bytes of all buffers that are handed out.
-  std::size_t HandedOut() const { return myHandedOut; }
+  std::size_t InUse() const { return myInUse; }
 
  private:
   static constexpr std::size_t kKeptSizes =
       std::bit_width(kLargestKept) - std::bit_width(kSmallest) + 1;
 
   std::array<std::vector<Buffer>, kKeptSizes> mySpares;
-  std::size_t myHandedOut = 0;
+  std::size_t myInUse = 0;
 };
 
 }  // namespace corvane

@@ -69,7 +69,7 @@ void ByteQueue::Clear() {
   const std::size_t needed =
       used > myBuffer.capacity / 2 ? myBuffer.capacity : myBuffer.capacity / 2;
   myUsualCapacity = std::min(needed, BufferPool::kLargestKept);
-  myPool->GiveBack(std::exchange(myBuffer, {}));
+  myPool->Release(std::exchange(myBuffer, {}));
 }
 
 bool ByteQueue::MakeRoom(std::size_t count) {

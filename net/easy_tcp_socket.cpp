@@ -15,23 +15,16 @@ constexpr std::chrono::milliseconds kFullDelay(50);
 
 }  // namespace
 
-EasyTCPSocket::EasyTCPSocket(PollLoop& loop)
-    : TCPSocket(loop), mDataBuffer(loop.InputBuffers()), mEvents(loop.InputBuffers()) {
+EasyTCPSocket::EasyTCPSocket(PollLoop& loop) : TCPSocket(loop), mEvents(loop.InputBuffers()) {
   SkipSendEvents();
 }
 
-// What others gathered for this peer came first.
-
 void EasyTCPSocket::SendMessage(std::int32_t command, std::string_view data) {
-  if (!IsConnected()) return;
-  myLoop.HandOver();
-  WriteBytes(CreatePacket(command, data));
+  if (IsConnected()) WriteBytes(CreatePacket(command, data));
 }
 
-void EasyTCPSocket::SendPacket(const Slice& packet) {
-  if (!IsConnected()) return;
-  myLoop.HandOver();
-  WriteSlice(packet);
+void EasyTCPSocket::SendPackets(const Slice& packets) {
+  WriteSlice(packets);
 }
 
 std::string EasyTCPSocket::CreatePacket(std::int32_t command, std::string_view data) {
@@ -51,24 +44,19 @@ void EasyTCPSocket::Write(std::string_view /*bytes*/) {
 }
 
 void EasyTCPSocket::Close() {
-  StopPolling();
+  StopDelivering();
   TCPSocket::Close();
 }
 
 void EasyTCPSocket::Event_Connected() {
-  myIsPolled = true;
-  RequestPolls();
+  myIsDelivering = true;
+  RequestDelivery();
   Connected();
 }
 
 void EasyTCPSocket::Event_Error() {
-  StopPolling();
+  StopDelivering();
   Error(LastErrorCode());
-}
-
-void EasyTCPSocket::Event_DataAvailable() {
-  if (!mDataBuffer.TakeAll(Input())) return FailForMemory();
-  ProcessData();
 }
 
 void EasyTCPSocket::ProcessData() {
@@ -77,7 +65,7 @@ void EasyTCPSocket::ProcessData() {
     const Frame frame = ReadFrame(mDataBuffer.Bytes().substr(whole));
     if (frame.state == Frame::State::Malformed) return Close();
     if (frame.state == Frame::State::Incomplete) break;
-    if (GiveToWait(frame)) {
+    if (AnswerWait(frame)) {
       mDataBuffer.Consume(frame.length);  // a wait begins with nothing found
     } else {
       whole += frame.length;
@@ -86,7 +74,7 @@ void EasyTCPSocket::ProcessData() {
   if (whole != 0) AddEvents(whole);
 }
 
-bool EasyTCPSocket::GiveToWait(const Frame& frame) {
+bool EasyTCPSocket::AnswerWait(const Frame& frame) {
   if (!mWaitingForACommand) return false;
   if (WaitingForThisMessage(frame.command)) {
     mWaitingForACommand = false;
@@ -111,18 +99,18 @@ void EasyTCPSocket::AddEvents(std::size_t bytes) {
     mDataBuffer.Consume(bytes);
   }
   if (!hasRoom) return FailForMemory();
-  RequestPolls();
+  RequestDelivery();
 }
 
-void EasyTCPSocket::RequestPolls() {
+void EasyTCPSocket::RequestDelivery() {
   if (myIsQueued || !HasQueued()) return;
   myIsQueued = true;
-  myLoop.RequestPoll(std::static_pointer_cast<EasyTCPSocket>(shared_from_this()));
+  myLoop.RequestDelivery(std::static_pointer_cast<EasyTCPSocket>(shared_from_this()));
 }
 
 void EasyTCPSocket::HoldMessages(bool held) {
   myIsHeld = held;
-  RequestPolls();
+  RequestDelivery();
 }
 
 void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
@@ -132,17 +120,17 @@ void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
 
 void EasyTCPSocket::EndDelay() {
   --myDelays;
-  if (mEvents.IsEmpty() || !HasHungUp()) return RequestPolls();
+  if (mEvents.IsEmpty() || !HasHungUp()) return RequestDelivery();
   // Whoever leaves behind what costs us much does not have us work at it for minutes.
   const auto now = PollLoop::Clock::now();
   if (!myEndSeen) myEndSeen = now;
-  if (now - *myEndSeen < kGonePatience) return RequestPolls();
+  if (now - *myEndSeen < kGonePatience) return RequestDelivery();
   mEvents.Clear();
   EndByPeer();
 }
 
 void EasyTCPSocket::_Poll() {
-  const HandlerGuard guard(*this);
+  const ScopedFlag handler = BeginHandler();
   FireEvents();
 }
 
@@ -155,15 +143,15 @@ void EasyTCPSocket::FireEvents() {
   ByteQueue delivering = std::move(mEvents);
   const Frame frame = ReadFrame(delivering.Bytes());
   ReceivedMessage(frame.command, frame.payload);
-  if (!myIsPolled) return;
+  if (!myIsDelivering) return;
   delivering.Consume(frame.length);
   if (!delivering.TakeAll(mEvents)) return FailForMemory();
   mEvents = std::move(delivering);
   if (mEvents.IsEmpty()) ResumeInput();
 }
 
-void EasyTCPSocket::StopPolling() {
-  myIsPolled = false;
+void EasyTCPSocket::StopDelivering() {
+  myIsDelivering = false;
   myIsHeld = false;
   myEndSeen.reset();
   DropInput();
@@ -172,7 +160,6 @@ void EasyTCPSocket::StopPolling() {
 void EasyTCPSocket::DropInput() {
   TCPSocket::DropInput();
   mEvents.Clear();
-  mDataBuffer.Clear();
 }
 
 std::string EasyTCPSocket::WaitForMessage(std::int32_t command, std::int32_t timeoutSeconds) {

@@ -26,9 +26,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   // Sends one message; does nothing unless connected.
   void SendMessage(std::int32_t command, std::string_view data);
 
-  // The bytes of one message, and sending them as they are: for one message to many receivers.
+  // The bytes of one message; and sending whole messages as they are: to many receivers.
   static std::string CreatePacket(std::int32_t command, std::string_view data);
-  void SendPacket(const Slice& packet);
+  void SendPackets(const Slice& packets);
 
   // Waits for a message with this command and returns its payload; empty when so many seconds have
   // passed, on an error, and when not connected. Every other message that arrives meanwhile is
@@ -39,9 +39,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool WaitForConnection(std::int32_t timeoutSeconds);
 
   void Close() override;
-  std::size_t InputHeld() const override {
-    return TCPSocket::InputHeld() + mDataBuffer.Capacity() + mEvents.Capacity();
-  }
+  std::size_t InputHeld() const override { return TCPSocket::InputHeld() + mEvents.Capacity(); }
 
   // Refused: each throws RuntimeException.
   std::string Read(std::size_t count) override;
@@ -68,7 +66,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   void DelayMessages(PollLoop::Clock::duration delay);
 
   void Event_Connected() override;
-  void Event_DataAvailable() override;
+  void Event_DataAvailable() override { ProcessData(); }
   void Event_Error() override;
   void DropInput() override;
   bool HoldsInput() const override { return !mEvents.IsEmpty(); }
@@ -76,21 +74,23 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
  private:
   void ProcessData();
   // Takes what the wait is for; whether a wait is on, in which case the message is not queued.
-  bool GiveToWait(const Frame& frame);
+  bool AnswerWait(const Frame& frame);
   bool WaitingForThisMessage(std::int32_t command) const;
-  bool HasQueued() const { return myIsPolled && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty(); }
+  bool HasQueued() const {
+    return myIsDelivering && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty();
+  }
   void EndDelay();
   void AddEvents(std::size_t bytes);
-  void RequestPolls();
+  void RequestDelivery();
   void FireEvents();
-  void StopPolling();
+  void StopDelivering();
 
-  ByteQueue mDataBuffer;  // what has arrived and is no whole message yet
-  ByteQueue mEvents;      // whole messages waiting for delivery, as they came
+  ByteQueue& mDataBuffer = Input();  // what has arrived and is no whole message yet
+  ByteQueue mEvents;                 // whole messages waiting for delivery, as they came
   std::string mCommandResponse;
   std::int32_t mWaitForThisCommand = -1;
   bool mWaitingForACommand = false;
-  bool myIsPolled = false;
+  bool myIsDelivering = false;
   bool myIsHeld = false;
   int myDelays = 0;                                      // that have not passed yet
   std::optional<PollLoop::Clock::time_point> myEndSeen;  // of the peer, by a delay

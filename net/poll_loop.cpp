@@ -45,7 +45,7 @@ PollLoop::~PollLoop() {
   while (HasWork() || myFlushes.Due() || myWatched.HasKept()) {
     const auto kept = myWatched.TakeKept();
     const auto queued = std::exchange(myQueued, {});
-    myGatherers.clear();
+    myBeforeFlush.clear();
     myFlushes.Drop();
     const auto pending = std::exchange(myPending, {});
     const auto ending = std::exchange(myEnding, {});
@@ -102,7 +102,7 @@ bool PollLoop::RunPass(Clock::time_point end) {
   if (myIsStopped) return false;
   CollectReady(0us);
   const bool ranEvents = RunEventPasses(end);
-  const bool ranPolls = RunPolls(end);
+  const bool ranPolls = RunDeliveries(end);
   return ranEvents || ranPolls;
 }
 
@@ -143,7 +143,7 @@ bool PollLoop::RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending,
   return worked;
 }
 
-bool PollLoop::RunPolls(Clock::time_point end) {
+bool PollLoop::RunDeliveries(Clock::time_point end) {
   bool worked = false;
   for (std::size_t count = myQueued.size(); count > 0 && !myQueued.empty(); --count) {
     std::shared_ptr<_Pollable> pollable = std::move(myQueued.front());
@@ -160,26 +160,20 @@ bool PollLoop::RunPolls(Clock::time_point end) {
   return worked;
 }
 
-void PollLoop::HandOver() {
-  for (const std::weak_ptr<_Gatherer>& asking : std::exchange(myGatherers, {})) {
-    if (const auto gatherer = asking.lock()) gatherer->HandOver();
+void PollLoop::RunBeforeFlush() {
+  for (const auto& [owner, function] : std::exchange(myBeforeFlush, {})) {
+    if (const auto alive = owner.lock()) function();
   }
 }
 
 void PollLoop::Flush() {
-  HandOver();
+  RunBeforeFlush();
   myFlushes.Flush(Clock::now() + kSlice);
-}
-
-void PollLoop::FlushAll() {
-  HandOver();
-  for (const auto& connection : Connections())
-    connection->FlushFinally();
 }
 
 void PollLoop::Finish() {
   Stop();
-  HandOver();
+  RunBeforeFlush();
   SendRest();
   for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
     socket->Finish();
@@ -235,8 +229,8 @@ bool PollLoop::NestedStep() {
 }
 
 void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point deadline) {
-  HandOver();
-  myFlushes.FlushAll(deadline);
+  RunBeforeFlush();
+  myFlushes.FlushNow(deadline);
   while (!myIsStopped && !done()) {
     const auto left = deadline - Clock::now();
     if (left <= Clock::duration::zero()) return;
@@ -277,15 +271,13 @@ void PollLoop::RequestPass(SocketCore& socket) {
   ScheduleSlice();
 }
 
-void PollLoop::RequestPoll(std::shared_ptr<_Pollable> pollable) {
+void PollLoop::RequestDelivery(std::shared_ptr<_Pollable> pollable) {
   myQueued.push_back(std::move(pollable));
   ScheduleSlice();
 }
 
-void PollLoop::RequestHandOver(const std::shared_ptr<_Gatherer>& gatherer) {
-  if (myGatherers.empty() || myGatherers.back().lock() != gatherer) {
-    myGatherers.push_back(gatherer);
-  }
+void PollLoop::CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function) {
+  myBeforeFlush.emplace_back(owner, std::move(function));
   ScheduleSlice();
 }
 
@@ -295,11 +287,11 @@ void PollLoop::RequestFlush(const std::shared_ptr<TCPSocket>& socket) {
 }
 
 void PollLoop::BoundInput() {
-  if (myInputBuffers.HandedOut() > myLimits.input) FailLargest(&TCPSocket::InputHeld);
+  if (myInputBuffers.InUse() > myLimits.input) FailLargest(&TCPSocket::InputHeld);
 }
 
 void PollLoop::BoundOutput() {
-  if (myOutputBuffers.HandedOut() > myLimits.output) FailLargest(&TCPSocket::BytesLeftToSend);
+  if (myOutputBuffers.InUse() > myLimits.output) FailLargest(&TCPSocket::BytesLeftToSend);
 }
 
 void PollLoop::FailLargest(std::size_t (TCPSocket::*held)() const) {

@@ -64,9 +64,6 @@ class PollLoop {
   // after every pass) or the deadline has passed.
   void WaitUntil(const std::function<bool()>& done, Clock::time_point deadline);
 
-  // Sends what every connection still holds, as far as the system takes it at once.
-  void FlushAll();
-
   // Ends it all, for good: no pass runs any more, what is written goes on being sent as long as
   // peers take it, for two seconds at most, and all connections and listeners are closed. No event
   // tells of it.
@@ -78,10 +75,9 @@ class PollLoop {
   // Keeps a watched socket alive until it is watched no more.
   void KeepAlive(const std::shared_ptr<SocketCore>& socket);
   void RequestPass(SocketCore& socket);
-  void RequestPoll(std::shared_ptr<_Pollable> pollable);
-  // Asks for a HandOver before the next flush; and has all who asked hand over now.
-  void RequestHandOver(const std::shared_ptr<_Gatherer>& gatherer);
-  void HandOver();
+  void RequestDelivery(std::shared_ptr<_Pollable> pollable);
+  // Calls the function once, before the next flush, unless the owner is gone by then.
+  void CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function);
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
   const MemoryLimits& Limits() const { return myLimits; }
   // To be called when a connection may hold more than before: has the one that holds most fail
@@ -90,14 +86,13 @@ class PollLoop {
   void BoundOutput();
   // Whether one message of so many bytes fits into what all together may hold.
   bool HasRoomForOutput(std::size_t bytes) const {
-    return myOutputBuffers.HandedOut() + bytes <= myLimits.output;
+    return myOutputBuffers.InUse() + bytes <= myLimits.output;
   }
   // Calls the function after the delay, from Qt's loop, unless the owner is gone by then.
   void CallLater(Clock::duration delay, const std::weak_ptr<void>& owner,
                  std::function<void()> function);
   BufferPool& InputBuffers() { return myInputBuffers; }
   BufferPool& OutputBuffers() { return myOutputBuffers; }
-  FlushQueue& Flushes() { return myFlushes; }
   // Memory to receive into; its content is anybody's as soon as other code runs.
   std::span<char> Scratch() { return myScratch; }
   // Keeps two fill steps of listeners from running at once.
@@ -110,13 +105,14 @@ class PollLoop {
   // These return whether there was anything to do.
   bool RunPass(Clock::time_point end);
   bool RunEventPasses(Clock::time_point end);
-  bool RunPolls(Clock::time_point end);
+  bool RunDeliveries(Clock::time_point end);
   bool NestedStep();
   bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
+  void RunBeforeFlush();
   void Flush();
   void CollectReady(std::chrono::microseconds patience);
   bool HasWork() const {
-    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myGatherers.empty();
+    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myBeforeFlush.empty();
   }
   // Sees that what is written and not sent gets its turn, too.
   void ScheduleFlush();
@@ -138,7 +134,7 @@ class PollLoop {
   std::deque<std::shared_ptr<SocketCore>> myPending;
   std::deque<std::shared_ptr<SocketCore>> myEnding;  // the same for those whose peer has ended
   std::deque<std::shared_ptr<_Pollable>> myQueued;
-  std::vector<std::weak_ptr<_Gatherer>> myGatherers;
+  std::vector<std::pair<std::weak_ptr<void>, std::function<void()>>> myBeforeFlush;
   FlushQueue myFlushes;
 
   Clock::time_point myHandlerStart;

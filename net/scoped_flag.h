@@ -2,16 +2,17 @@
 
 namespace corvane {
 
-// Sets a flag for the length of a scope, however the scope ends.
+// Sets a flag for the length of a scope, however the scope ends; then it is what it was.
 class ScopedFlag {
  public:
-  explicit ScopedFlag(bool& flag) : myFlag(flag) { myFlag = true; }
-  ~ScopedFlag() { myFlag = false; }
+  explicit ScopedFlag(bool& flag) : myFlag(flag), myBefore(flag) { myFlag = true; }
+  ~ScopedFlag() { myFlag = myBefore; }
   ScopedFlag(const ScopedFlag&) = delete;
   ScopedFlag& operator=(const ScopedFlag&) = delete;
 
  private:
   bool& myFlag;
+  bool myBefore;
 };
 
 }  // namespace corvane

@@ -56,7 +56,7 @@ void ServerSocket::Listen() {
   SetPending(kFill);
   const int error = OpenListener();
   if (error != 0) return Fail(error);
-  myPool.isListening = true;
+  myIsListening = true;
 }
 
 int ServerSocket::OpenListener() {
@@ -76,13 +76,14 @@ int ServerSocket::OpenListener() {
 }
 
 void ServerSocket::StopListening() {
-  myPool.isListening = false;
+  myIsListening = false;
 }
 
 void ServerSocket::Close() {
   CloseListener();
   myPool = SocketPool(myMinimum, myMaximum);
   ClearPending(kFill);
+  myIsListening = false;
   myIsStarved = false;
   myIsPaused = false;
   myIsExhausted = false;
@@ -105,7 +106,7 @@ void ServerSocket::CloseListener() {
 
 void ServerSocket::Fail(int error) {
   myLastErrorCode = error;
-  myPool.isListening = false;
+  myIsListening = false;
   StopWatching();
   Event_Error(error);
 }
@@ -148,7 +149,7 @@ void ServerSocket::Advance() {
     if (IsPending(kFill) || myIsStarved) FillStep();
     const os::Accepted next = myArrived.front();
     myArrived.pop_front();
-    HandOut(next);
+    HandOff(next);
     if (PollLoop::Clock::now() >= end) break;
   }
   if (MayAccept() || (IsListening() && !myArrived.empty())) myLoop.RequestPass(*this);
@@ -179,12 +180,12 @@ void ServerSocket::AcceptOne() {
   }
 }
 
-void ServerSocket::HandOut(const os::Accepted& accepted) {
-  if (!myPool.CanHandOut()) return os::CloseSocket(accepted.handle);
-  const std::shared_ptr<TCPSocket> socket = myPool.HandOut();
+void ServerSocket::HandOff(const os::Accepted& accepted) {
+  if (!myPool.CanHandOff()) return os::CloseSocket(accepted.handle);
+  const std::shared_ptr<TCPSocket> socket = myPool.HandOff();
   socket->myListener = std::static_pointer_cast<ServerSocket>(shared_from_this());
   socket->myHandOffNumber = ++myLastHandOff;
-  Event_HandedOut(socket);
+  Event_HandedOff(socket);
   SetPending(kFill);
   if (!socket->TakeOver(accepted)) return socket->Close();
   socket->EventPass();

@@ -51,14 +51,14 @@ class ServerSocket : public SocketCore {
   void StopListening();
   // Closes the listener and its idle objects. Connections that were handed out stay connected.
   void Close();
-  bool IsListening() const { return myPool.isListening; }
+  bool IsListening() const { return myIsListening; }
 
  protected:
   // Events: one more idle object is needed (nothing may be returned); the listening descriptor
   // failed; an object entered or left the active list.
   virtual std::shared_ptr<TCPSocket> Event_AddSocket() = 0;
   virtual void Event_Error(std::int32_t /*code*/) {}
-  virtual void Event_HandedOut(const std::shared_ptr<TCPSocket>& /*socket*/) {}
+  virtual void Event_HandedOff(const std::shared_ptr<TCPSocket>& /*socket*/) {}
   virtual void Event_GivenBack(const std::shared_ptr<TCPSocket>& /*socket*/) {}
 
   void Advance() override;
@@ -74,7 +74,7 @@ class ServerSocket : public SocketCore {
   bool MayAccept() const;
   void Accept();
   void AcceptOne();
-  void HandOut(const os::Accepted& accepted);
+  void HandOff(const os::Accepted& accepted);
   void PauseAccepting(int error);
   void GiveBack(const std::shared_ptr<TCPSocket>& socket);
   void LetGo(const std::shared_ptr<TCPSocket>& socket);
@@ -88,6 +88,7 @@ class ServerSocket : public SocketCore {
   std::deque<os::Accepted> myArrived;  // accepted and not handed out yet
   std::uint64_t myLastHandOff = 0;
   os::SocketHandle myLastAccepted = os::kNoSocket;
+  bool myIsListening = false;
   bool myIsStarved = false;    // AddSocket gave nothing when it was needed
   bool myIsPaused = false;     // out of descriptors
   bool myIsExhausted = false;  // the same, reported already

@@ -1,7 +1,6 @@
 #include "net/socket_core.h"
 
 #include "net/poll_loop.h"
-#include "net/scoped_flag.h"
 
 namespace corvane {
 
@@ -10,7 +9,7 @@ SocketCore::~SocketCore() {
 }
 
 void SocketCore::EventPass() {
-  const HandlerGuard guard(*this);
+  const ScopedFlag handler = BeginHandler();
   {
     const ScopedFlag inPass(myIsInPass);
     Advance();

@@ -5,6 +5,7 @@
 
 #include "net/os_socket.h"
 #include "net/poller.h"
+#include "net/scoped_flag.h"
 
 namespace corvane {
 
@@ -40,20 +41,8 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
     kError = 32
   };
 
-  // While one exists, a handler of the socket is on the stack.
-  class HandlerGuard {
-   public:
-    explicit HandlerGuard(SocketCore& socket) : mySocket(socket), myWasBusy(socket.myIsBusy) {
-      mySocket.myIsBusy = true;
-    }
-    ~HandlerGuard() { mySocket.myIsBusy = myWasBusy; }
-    HandlerGuard(const HandlerGuard&) = delete;
-    HandlerGuard& operator=(const HandlerGuard&) = delete;
-
-   private:
-    SocketCore& mySocket;
-    bool myWasBusy;
-  };
+  // While the result exists, a handler of the socket is on the stack.
+  [[nodiscard]] ScopedFlag BeginHandler() { return ScopedFlag(myIsBusy); }
 
   explicit SocketCore(PollLoop& loop) : myLoop(loop) {}
 

@@ -7,7 +7,7 @@
 
 namespace corvane {
 
-std::shared_ptr<TCPSocket> SocketPool::HandOut() {
+std::shared_ptr<TCPSocket> SocketPool::HandOff() {
   std::shared_ptr<TCPSocket> socket = std::move(myIdle.back());
   myIdle.pop_back();
   myActive.Edit().push_back(socket);

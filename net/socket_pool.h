@@ -25,9 +25,9 @@ class SocketPool {
   std::size_t IdleCount() const { return myIdle.size(); }
   Sockets TakeIdle() { return std::exchange(myIdle, {}); }
 
-  bool CanHandOut() const { return myBudget > 0 && !myIdle.empty(); }
+  bool CanHandOff() const { return myBudget > 0 && !myIdle.empty(); }
   // Moves the idle object that was added last to the active ones and takes 1 off the budget.
-  std::shared_ptr<TCPSocket> HandOut();
+  std::shared_ptr<TCPSocket> HandOff();
   // The reverse for an object that ends: off the active list, 1 more to hand out.
   void GiveBack(const TCPSocket& socket);
 
@@ -37,7 +37,6 @@ class SocketPool {
   bool IsBelowMinimum() const { return static_cast<std::int64_t>(myIdle.size()) < myMinimum; }
 
   bool isFilled = false;
-  bool isListening = false;
 
  private:
   Sockets myIdle;

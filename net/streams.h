@@ -30,14 +30,6 @@ class Writeable {
   virtual bool WriteError() const = 0;
 };
 
-// What gathers output while passes run and makes it before it is flushed.
-class _Gatherer {
- public:
-  virtual ~_Gatherer() = default;
-
-  virtual void HandOver() = 0;
-};
-
 // What the loop polls once a pass while something is queued.
 class _Pollable {
  public:

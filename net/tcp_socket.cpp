@@ -32,10 +32,7 @@ std::size_t TotalSize(std::span<const std::string_view> pieces) {
 }  // namespace
 
 TCPSocket::TCPSocket(PollLoop& loop)
-    : SocketCore(loop),
-      myFlushHalf(static_cast<std::uint8_t>(loop.Flushes().NextHalf())),
-      myInput(loop.InputBuffers()),
-      myOutput(loop.OutputBuffers()) {}
+    : SocketCore(loop), myInput(loop.InputBuffers()), myOutput(loop.OutputBuffers()) {}
 
 TCPSocket::~TCPSocket() {
   EndConnection();
@@ -138,7 +135,7 @@ void TCPSocket::Receive() {
 
 void TCPSocket::EndByPeer() {
   // It may still read.
-  myLoop.HandOver();
+  CompleteOutput();
   if (myState != State::Connected) return;
   myLastErrorCode = os::ConnectionResetError();
   myState = State::Ended;
@@ -147,7 +144,7 @@ void TCPSocket::EndByPeer() {
 
 void TCPSocket::Poll() {
   if (myState == State::Connected) {
-    const HandlerGuard guard(*this);
+    const ScopedFlag handler = BeginHandler();
     Receive();
     if (IsPending(kDataAvailable)) {
       ClearPending(kDataAvailable);
@@ -192,6 +189,7 @@ void TCPSocket::RaiseError() {
 void TCPSocket::Close() {
   // The last reference may be the listener's, or the loop's.
   const std::shared_ptr<SocketCore> keep = weak_from_this().lock();
+  if (myState == State::Connected) CompleteOutput();
   const bool wasOpen = myState == State::Connected || myState == State::Ended;
   if (wasOpen) FlushFinally();
   if (wasOpen && !myOutput.IsEmpty() && keep != nullptr) {
@@ -285,14 +283,18 @@ bool TCPSocket::IsWithinBound() {
   return false;
 }
 
+bool TCPSocket::MayWrite(std::size_t bytes) {
+  if (myState == State::Connected) CompleteOutput();
+  return myState == State::Connected && mySendError == 0 && bytes > 0 &&
+         (IsBusy() || IsWithinBound());
+}
+
 void TCPSocket::WriteBytes(std::string_view bytes) {
-  if (myState != State::Connected || mySendError != 0 || bytes.empty()) return;
-  if (IsBusy() || IsWithinBound()) NoteWritten(myOutput.Append(bytes));
+  if (MayWrite(bytes.size())) NoteWritten(myOutput.Append(bytes));
 }
 
 void TCPSocket::WriteSlice(const Slice& slice) {
-  if (myState != State::Connected || mySendError != 0 || slice.Size() == 0) return;
-  if (IsBusy() || IsWithinBound()) NoteWritten(myOutput.Append(slice));
+  if (MayWrite(slice.Size())) NoteWritten(myOutput.Append(slice));
 }
 
 void TCPSocket::NoteWritten(bool hadRoom) {

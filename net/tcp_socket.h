@@ -75,8 +75,6 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void FailForMemory();
   // Bytes of memory that what has arrived takes.
   virtual std::size_t InputHeld() const { return myInput.Capacity(); }
-  // Of the loop's flush queue.
-  std::size_t FlushHalf() const { return myFlushHalf; }
 
  protected:
   // Events.
@@ -85,6 +83,10 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual void Event_SendComplete() {}
   virtual void Event_SendProgress(std::size_t /*sent*/, std::size_t /*left*/) {}
   virtual void Event_Error() {}
+
+  // Called before bytes are added to the output and before the connection ceases to take any: what
+  // is gathered for this peer elsewhere is to be written now.
+  virtual void CompleteOutput() {}
 
   // While true, nothing more is read from the peer.
   virtual bool HoldsInput() const { return false; }
@@ -132,7 +134,9 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   bool MaySend() const;
   // Fails when it is over its bound; whether it may go on.
   bool IsWithinBound();
-  // Sees to what was added to the output, which may not all have found room.
+  // Whether so many bytes may be added to the output now.
+  bool MayWrite(std::size_t bytes);
+  // Sees to what was added, which may not all have found room.
   void NoteWritten(bool hadRoom);
   void FlushOutput();
   void FailToSend(int error);
@@ -148,7 +152,6 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
 
   State myState = State::Closed;
   bool myRaisesSendEvents = true;
-  const std::uint8_t myFlushHalf;
   bool myAwaitsFlush = false;
   bool myAwaitsWritable = false;
   int mySendError = 0;

@@ -76,7 +76,7 @@ void ClientSocket::Error(std::int32_t code) {
 void ClientSocket::Close() {
   // Telling the network gives way to others, but nothing of this session comes in between.
   const auto keep = shared_from_this();
-  const HandlerGuard leaving(*this);
+  const ScopedFlag leaving = BeginHandler();
   Leave();
   EasyTCPSocket::Close();
 }
@@ -89,12 +89,11 @@ void ClientSocket::Abandon() {
 
 void ClientSocket::Leave() {
   if (myState == State::Idle || myState == State::Gone) return;
-  myParent.HandOver();
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
   myLookup.reset();
   if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
   myParent.ClientDisconnect(*this);
-  mySeat.GiveBack();
+  mySeat.Release();
 }
 
 void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) {
@@ -113,6 +112,10 @@ void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) 
     default:
       if (myState == State::LoggedIn) HandleMemberCommand(command, data);
   }
+}
+
+void ClientSocket::CompleteOutput() {
+  myParent.Sessions().Deliver();
 }
 
 PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
@@ -181,7 +184,7 @@ void ClientSocket::CheckPassword(std::string_view digest) {
   } else {
     myState = State::WaitingPassword;
     RefusePassword();
-    mySeat.GiveBack();
+    mySeat.Release();
   }
 }
 
@@ -197,7 +200,7 @@ void ClientSocket::TakeName(std::string_view userName) {
     SendMessage(wire::kReport, wire::kOk);
   } else {
     RefuseName(userName);
-    mySeat.GiveBack();
+    mySeat.Release();
   }
 }
 
@@ -305,17 +308,15 @@ void ClientSocket::LiftBan(std::string_view id) {
 
 void ClientSocket::SetNetwork(NetworkRef network) {
   if (network == myNetwork) return;
-  myParent.Sessions().LeaveNetwork(*this);
+  const Roster::Change change(myParent.Sessions(), *this);
   myNetwork = std::move(network);
-  myParent.Sessions().EnterNetwork(*this);
 }
 
 void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
-  myParent.Sessions().DropName(*this);
+  const Roster::Change change(myParent.Sessions(), *this);
   myUsername = userName;
   myFoldedUsername = std::move(folded);
   myNameIsCode = userName.find('\'') != std::string_view::npos;
-  myParent.Sessions().AddName(*this);
 }
 
 void ClientSocket::ReportStatus(std::string_view text, std::string_view quoted,

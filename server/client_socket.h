@@ -90,15 +90,12 @@ class ClientSocket : public EasyTCPSocket {
   // The same without telling anybody, for a listener that goes away.
   void Abandon();
 
-  // For the outbox: sends relayed reports; and whether it holds some of this session's own.
-  void WriteGathered(const Slice& packets) { WriteSlice(packets); }
-  bool IsGathered() const { return myIsGathered; }
-  void SetGathered(bool isGathered) { myIsGathered = isGathered; }
-
  protected:
   void Connected() override;
   void Error(std::int32_t code) override;
   void ReceivedMessage(std::int32_t command, std::string_view data) override;
+  // Reports that the network's members have gathered go out before anything else does.
+  void CompleteOutput() override;
   PollLoop::Clock::duration MustWait(std::int32_t command) override;
 
  private:
@@ -129,7 +126,6 @@ class ClientSocket : public EasyTCPSocket {
 
   State myState = State::Idle;
   std::chrono::milliseconds myNextDelay{4};
-  bool myIsGathered = false;
   std::string myUsername;
   std::string myFoldedUsername;
   bool myNameIsCode = false;  // it may be more than a value in the administrator question

@@ -39,7 +39,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
       myRoster(loop.OutputBuffers()) {}
 
 MapSocket::~MapSocket() {
-  myRoster.HandOver();
+  myRoster.Deliver();
   // Sessions borrow their listener, so none goes on without it.
   for (const auto& connection : *ActiveConnections())
     SessionOf(connection)->Abandon();
@@ -56,8 +56,8 @@ void MapSocket::Event_Error(std::int32_t code) {
   CallStatusMessage("Server Error: " + std::to_string(code));
 }
 
-void MapSocket::Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) {
-  myRoster.Enter(SessionOf(socket));
+void MapSocket::Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) {
+  myRoster.Enter(*SessionOf(socket));
 }
 
 void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
@@ -85,11 +85,10 @@ void MapSocket::BroadcastPosition(ClientSocket& sender) {
   const std::string packet =
       EasyTCPSocket::CreatePacket(wire::kMember, wire::PositionRecord(sender));
   if (!myLoop.HasRoomForOutput(packet.size())) return sender.FailForMemory();
-  const bool isFirst = !myRoster.HasGathered();
-  myRoster.Gather(SessionOf(sender), packet);
-  if (isFirst) {
-    myLoop.RequestHandOver(std::static_pointer_cast<MapSocket>(shared_from_this()));
+  if (!myRoster.HasGathered()) {
+    myLoop.CallBeforeFlush(weak_from_this(), [this] { myRoster.Deliver(); });
   }
+  myRoster.Gather(SessionOf(sender), packet);
 }
 
 Slice MapSocket::MakePacket(std::int32_t command, std::string_view data) const {
@@ -106,7 +105,7 @@ void MapSocket::BroadcastMessage(const std::string& text, const std::string& net
     const std::shared_ptr<ClientSocket> recipient = SessionOf(connection);
     if (recipient->myNetwork == nullptr) throw NilObjectException();
     if (recipient->myNetwork->FoldedName == foldedName || toAll) {
-      recipient->SendPacket(packet);
+      recipient->SendPackets(packet);
     }
     myLoop.GiveWay();
   }
@@ -117,7 +116,7 @@ void MapSocket::ClientDisconnect(ClientSocket& leaving) {
   const Slice packet = MakePacket(wire::kMemberLeft, leaving.Username());
   const auto members = myRoster.MembersOf(*leaving.myNetwork);
   for (const std::shared_ptr<ClientSocket>& recipient : *members) {
-    if (recipient.get() != &leaving) recipient->SendPacket(packet);
+    if (recipient.get() != &leaving) recipient->SendPackets(packet);
     myLoop.GiveWay();
   }
 }
@@ -146,7 +145,7 @@ void MapSocket::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
   const Slice packet = MakePacket(wire::kBye, wire::kByeText);
   const auto members = myRoster.MembersOf(*entry);
   for (const std::shared_ptr<ClientSocket>& member : *members) {
-    member->SendPacket(packet);
+    member->SendPackets(packet);
     myLoop.GiveWay();
   }
 }
@@ -161,7 +160,7 @@ void MapSocket::KickUser(const std::string& userName, const std::string& network
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> session = SessionOf(connection);
     lastExamined = session->Username();
-    if (IsUserOf(*session, foldedName, foldedNetwork)) session->SendPacket(packet);
+    if (IsUserOf(*session, foldedName, foldedNetwork)) session->SendPackets(packet);
     myLoop.GiveWay();
   }
   // The line names whoever the walk looked at last, not who was kicked: deliberate.
@@ -170,20 +169,24 @@ void MapSocket::KickUser(const std::string& userName, const std::string& network
 
 void MapSocket::BanUser(ClientSocket& banningClient, const std::string& userName,
                         const std::string& reason) {
-  const Slice packet = MakePacket(wire::kBan, reason);
   const std::string foldedName = FoldText(userName);
   const NetworkRef network = banningClient.myNetwork;
   const auto connections = ActiveConnections();
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> target = SessionOf(connection);
     if (IsUserOf(*target, foldedName, network->FoldedName)) {
-      // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
-      myKeeper.Add(target->RemoteAddress(), banningClient.Username(), reason, network->NetworkName);
-      target->SendPacket(packet);
-      CallStatusMessage(StatusLine({target->Username(), " Banned: ", reason}));
+      Ban(*target, banningClient.Username(), reason, network->NetworkName);
     }
     myLoop.GiveWay();
   }
+}
+
+void MapSocket::Ban(ClientSocket& target, const std::string& by, const std::string& reason,
+                    const std::string& networkName) {
+  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
+  myKeeper.Add(target.RemoteAddress(), by, reason, networkName);
+  target.SendMessage(wire::kBan, reason);
+  CallStatusMessage(StatusLine({target.Username(), " Banned: ", reason}));
 }
 
 }  // namespace corvane

@@ -9,7 +9,6 @@
 
 #include "geo/location_lookup.h"
 #include "net/server_socket.h"
-#include "net/streams.h"
 #include "server/cost_gate.h"
 #include "server/roster.h"
 #include "server/server_networks.h"
@@ -25,7 +24,7 @@ class ClientSocket;
 // session's position to its network and carries out the operator's and the administrators'
 // commands. Owns its sessions through the pool; borrows the database and the location lookup.
 // What it tells the console goes through the three events.
-class MapSocket : public ServerSocket, public _Gatherer {
+class MapSocket : public ServerSocket {
  public:
   MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations);
   ~MapSocket() override;
@@ -43,8 +42,6 @@ class MapSocket : public ServerSocket, public _Gatherer {
   // else is reported until the next flush. A sender whose name is too long for what memory is left
   // fails.
   void BroadcastPosition(ClientSocket& sender);
-  // Sends what was reported so far.
-  void HandOver() override { myRoster.HandOver(); }
 
   // Sends an operator's message (command 998) to one network, or to all of them for the name
   // "(All Networks)". An empty text sends nothing. Throws NilObjectException at the first
@@ -72,6 +69,10 @@ class MapSocket : public ServerSocket, public _Gatherer {
   // ban notice (command 997). Does not close the connection.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 
+  // Bans one session's address and sends it the notice.
+  void Ban(ClientSocket& target, const std::string& by, const std::string& reason,
+           const std::string& networkName);
+
   // In the order in which they were added.
   std::vector<NetworkRef> Networks;
 
@@ -87,7 +88,7 @@ class MapSocket : public ServerSocket, public _Gatherer {
  protected:
   std::shared_ptr<TCPSocket> Event_AddSocket() override;
   void Event_Error(std::int32_t code) override;
-  void Event_HandedOut(const std::shared_ptr<TCPSocket>& socket) override;
+  void Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) override;
   void Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) override;
 
  private:

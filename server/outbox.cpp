@@ -1,5 +1,7 @@
 #include "server/outbox.h"
 
+#include <algorithm>
+
 #include "server/client_socket.h"
 
 namespace corvane {
@@ -12,22 +14,49 @@ constexpr std::size_t kMostKept = std::size_t{256} << 10;  // bytes, for the nex
 void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet) {
   myBytes += packet;
   myPackets.push_back({sender, myBytes.size()});
-  sender->SetGathered(true);
   // Only the empty name, and that of a session which has lost its listener, can be had twice.
   if (sender->Username().empty() || sender->HandOffNumber() == 0) myIsNameShared = true;
 }
 
-void Outbox::HandOver(const Members& members) {
+void Outbox::Deliver(const Members& members) {
   const Slice all = myWriter.Append(myBytes);
+  if (all.Size() == myBytes.size()) {
+    DeliverTo(members, all);
+  } else {
+    // No memory: they are lost, and whoever sent them hears of it.
+    for (const Packet& packet : myPackets)
+      packet.sender->FailForMemory();
+  }
+  Clear();
+}
+
+void Outbox::DeliverTo(const Members& members, const Slice& all) const {
+  const std::vector<const ClientSocket*> senders = Senders();
+  auto next = senders.begin();
   for (const std::shared_ptr<ClientSocket>& member : members) {
-    if (member->IsGathered() || myIsNameShared) {
-      WriteToSender(*member, all);
+    while (next != senders.end() && (*next)->HandOffNumber() < member->HandOffNumber())
+      ++next;
+    const bool isSender = next != senders.end() && *next == member.get();
+    if (isSender || myIsNameShared) {
+      SendOthers(*member, all);
     } else {
-      member->WriteGathered(all);
+      member->SendPackets(all);
     }
   }
-  for (const Packet& packet : myPackets)
-    packet.sender->SetGathered(false);
+}
+
+std::vector<const ClientSocket*> Outbox::Senders() const {
+  std::vector<const ClientSocket*> senders;
+  for (const Packet& packet : myPackets) {
+    if (senders.empty() || senders.back() != packet.sender.get()) {
+      senders.push_back(packet.sender.get());
+    }
+  }
+  std::ranges::sort(senders, {}, &ClientSocket::HandOffNumber);
+  return senders;
+}
+
+void Outbox::Clear() {
   if (myBytes.capacity() > kMostKept) myBytes = {};
   if (myPackets.capacity() * sizeof(Packet) > kMostKept) myPackets = {};
   myBytes.clear();
@@ -35,7 +64,7 @@ void Outbox::HandOver(const Members& members) {
   myIsNameShared = false;
 }
 
-void Outbox::WriteToSender(ClientSocket& member, const Slice& all) const {
+void Outbox::SendOthers(ClientSocket& member, const Slice& all) const {
   std::size_t begin = 0;  // of what was not written yet
   std::size_t end = 0;    // of the packet before
   for (const Packet& packet : myPackets) {
@@ -44,12 +73,12 @@ void Outbox::WriteToSender(ClientSocket& member, const Slice& all) const {
         packet.sender.get() == &member ||
         (myIsNameShared && packet.sender->FoldedUsername() == member.FoldedUsername());
     if (isOwn) {
-      member.WriteGathered(all.Part(begin, end - begin));
+      member.SendPackets(all.Part(begin, end - begin));
       begin = packet.end;
     }
     end = packet.end;
   }
-  member.WriteGathered(all.Part(begin, all.Size() - begin));
+  member.SendPackets(all.Part(begin, all.Size() - begin));
 }
 
 }  // namespace corvane

@@ -13,10 +13,10 @@ namespace corvane {
 class ClientSocket;
 
 // Reports on their way to the members of one network. They are gathered while passes over the
-// sockets run and handed to each member in one piece before the flush, so that a member is visited
-// once and not once per report: every member gets the same bytes in the same order as if each
-// report had been sent by itself. Nothing else may be sent to a member, and nobody may become or
-// cease to be one, before what was gathered is handed over.
+// sockets run and delivered to each member in one piece before the flush, so that a member is
+// visited once and not once per report: every member gets the same bytes in the same order as if
+// each report had been sent by itself, as long as nothing else is sent to a member, and nobody
+// becomes or ceases to be one, before what was gathered is delivered.
 class Outbox {
  public:
   using Members = std::vector<std::shared_ptr<ClientSocket>>;
@@ -29,8 +29,8 @@ class Outbox {
   // One more packet, for every member who has another name than the sender.
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
 
-  // Writes the packets to the members; empty afterwards.
-  void HandOver(const Members& members);
+  // Writes the packets to the members, who are in hand-off order; empty afterwards.
+  void Deliver(const Members& members);
 
  private:
   struct Packet {
@@ -38,8 +38,12 @@ class Outbox {
     std::size_t end = 0;  // in the bytes
   };
 
-  // The packets of the others; `all` are the bytes of all packets.
-  void WriteToSender(ClientSocket& member, const Slice& all) const;
+  // `all` are the bytes of all packets.
+  void DeliverTo(const Members& members, const Slice& all) const;
+  // Those who sent some of the packets, in hand-off order; some may be there twice.
+  std::vector<const ClientSocket*> Senders() const;
+  void SendOthers(ClientSocket& member, const Slice& all) const;
+  void Clear();
 
   std::string myBytes;
   std::vector<Packet> myPackets;

@@ -8,60 +8,42 @@
 namespace corvane {
 namespace {
 
-// What a hand-over may copy; it lets nobody else in meanwhile.
-constexpr std::size_t kMostHandedOver = std::size_t{4} << 20;
+// What a delivery may write; it lets nobody else in meanwhile.
+constexpr std::size_t kMostDelivered = std::size_t{4} << 20;
 // What is gathered does not become a large message by itself.
 constexpr std::size_t kMostInOne = OutputQueue::kLarge / 2;
 
-bool WasHandedOutBefore(const std::shared_ptr<ClientSocket>& session, std::uint64_t handOff) {
-  return session->HandOffNumber() < handOff;
+// Where the session is among others in hand-off order, or belongs.
+auto PlaceOf(const ClientSocket& session, Outbox::Members& members) {
+  return std::ranges::lower_bound(members, session.HandOffNumber(), {},
+                                  [](const auto& member) { return member->HandOffNumber(); });
 }
 
 }  // namespace
 
-void Roster::Enter(const std::shared_ptr<ClientSocket>& session) {
-  AddName(*session);
-  EnterNetwork(*session);
+void Roster::Enter(ClientSocket& session) {
+  if (session.HandOffNumber() == 0) return;
+  Deliver();
+  ++myNames[session.FoldedUsername()];
+  if (session.myNetwork == nullptr) return;
+  auto& members =
+      myGroups.try_emplace(session.myNetwork.get(), myPool).first->second.members.Edit();
+  // Nearly always the end: who connects last chooses its network last.
+  members.insert(PlaceOf(session, members),
+                 std::static_pointer_cast<ClientSocket>(session.shared_from_this()));
 }
 
 void Roster::Leave(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;
-  LeaveNetwork(session);
-  DropName(session);
-}
-
-void Roster::EnterNetwork(ClientSocket& session) {
-  if (session.HandOffNumber() == 0 || session.myNetwork == nullptr) return;
-  HandOver();
-  auto& members =
-      myGroups.try_emplace(session.myNetwork.get(), myPool).first->second.members.Edit();
-  // Nearly always the end: who connects last chooses its network last.
-  const auto place =
-      std::lower_bound(members.begin(), members.end(), session.HandOffNumber(), WasHandedOutBefore);
-  members.insert(place, std::static_pointer_cast<ClientSocket>(session.shared_from_this()));
-}
-
-void Roster::LeaveNetwork(ClientSocket& session) {
-  if (session.HandOffNumber() == 0 || session.myNetwork == nullptr) return;
-  HandOver();
+  Deliver();
+  const auto name = myNames.find(session.FoldedUsername());
+  if (name != myNames.end() && --name->second == 0) myNames.erase(name);
   const auto group = myGroups.find(session.myNetwork.get());
   if (group == myGroups.end()) return;
   auto& members = group->second.members.Edit();
-  const auto place =
-      std::lower_bound(members.begin(), members.end(), session.HandOffNumber(), WasHandedOutBefore);
+  const auto place = PlaceOf(session, members);
   if (place != members.end() && place->get() == &session) members.erase(place);
   if (members.empty()) myGroups.erase(group);
-}
-
-void Roster::AddName(const ClientSocket& session) {
-  if (session.HandOffNumber() != 0) ++myNames[session.FoldedUsername()];
-}
-
-void Roster::DropName(const ClientSocket& session) {
-  HandOver();
-  const auto name = myNames.find(session.FoldedUsername());
-  if (session.HandOffNumber() == 0 || name == myNames.end()) return;
-  if (--name->second == 0) myNames.erase(name);
 }
 
 Roster::Members::Snapshot Roster::MembersOf(const ServerNetworks& network) const {
@@ -74,17 +56,17 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
   const auto found = myGroups.find(sender->myNetwork.get());
   if (found == myGroups.end()) return;
   Group& group = found->second;
-  if (group.outbox.Size() + packet.size() > kMostInOne) HandOver();
+  if (group.outbox.Size() + packet.size() > kMostInOne) Deliver();
   if (group.outbox.IsEmpty()) myGathered.push_back(&group);
   group.outbox.Add(sender, packet);
   myGatheredBytes += packet.size() * group.members.Get()->size();
-  if (myGatheredBytes >= kMostHandedOver) HandOver();
+  if (myGatheredBytes >= kMostDelivered) Deliver();
 }
 
-void Roster::HandOver() {
+void Roster::Deliver() {
   myGatheredBytes = 0;
   for (Group* const group : std::exchange(myGathered, {}))
-    group->outbox.HandOver(*group->members.Get());
+    group->outbox.Deliver(*group->members.Get());
 }
 
 bool Roster::IsNameFree(const std::string& foldedName, const ClientSocket& session) const {

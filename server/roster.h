@@ -18,7 +18,7 @@ class ClientSocket;
 // Indexes over the listener's active connections, so that a report costs what it delivers and a
 // log-in does not look at everybody: the members of each network, in hand-off order, and how many
 // sessions hold each user name. They always say what a walk over the active connections would.
-// Each network's reports are gathered here too, and handed over before its members change.
+// Each network's reports are gathered here too, and delivered before its members change.
 class Roster {
  public:
   using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
@@ -27,14 +27,23 @@ class Roster {
   explicit Roster(BufferPool& pool) : myPool(pool) {}
 
   // A session entered or left the active connections.
-  void Enter(const std::shared_ptr<ClientSocket>& session);
+  void Enter(ClientSocket& session);
   void Leave(ClientSocket& session);
 
-  // To be called around every change of an entered session's network and name.
-  void LeaveNetwork(ClientSocket& session);
-  void EnterNetwork(ClientSocket& session);
-  void DropName(const ClientSocket& session);
-  void AddName(const ClientSocket& session);
+  // While one exists, the network and the name of the session, which may have entered, may change.
+  class Change {
+   public:
+    Change(Roster& roster, ClientSocket& session) : myRoster(roster), mySession(session) {
+      myRoster.Leave(mySession);
+    }
+    ~Change() { myRoster.Enter(mySession); }
+    Change(const Change&) = delete;
+    Change& operator=(const Change&) = delete;
+
+   private:
+    Roster& myRoster;
+    ClientSocket& mySession;
+  };
 
   // Everybody whose network is this entry, in hand-off order.
   Members::Snapshot MembersOf(const ServerNetworks& network) const;
@@ -42,8 +51,8 @@ class Roster {
   // Takes a report to the members of the sender's network.
   void Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
   bool HasGathered() const { return !myGathered.empty(); }
-  // Writes to all members what was gathered.
-  void HandOver();
+  // Sends to all members what was gathered.
+  void Deliver();
 
   // Whether no other session than this one holds the folded name. Sessions that have not logged in
   // hold the empty one.
@@ -60,7 +69,7 @@ class Roster {
   BufferPool& myPool;
   std::unordered_map<const ServerNetworks*, Group> myGroups;
   std::vector<Group*> myGathered;   // those whose outbox is not empty
-  std::size_t myGatheredBytes = 0;  // bytes that their hand-over copies
+  std::size_t myGatheredBytes = 0;  // what their delivery writes
   std::unordered_map<std::string, std::size_t> myNames;
 };
 

@@ -3,7 +3,7 @@
 namespace corvane {
 
 bool Seat::Take(const NetworkRef& network) {
-  GiveBack();
+  Release();
   if (network == nullptr || !network->Enabled || network->CurrentUsers >= network->MaxUsers) {
     return false;
   }
@@ -12,7 +12,7 @@ bool Seat::Take(const NetworkRef& network) {
   return true;
 }
 
-void Seat::GiveBack() {
+void Seat::Release() {
   if (myNetwork == nullptr) return;
   --myNetwork->CurrentUsers;
   myNetwork = nullptr;

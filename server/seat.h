@@ -9,14 +9,14 @@ namespace corvane {
 class Seat {
  public:
   Seat() = default;
-  ~Seat() { GiveBack(); }
+  ~Seat() { Release(); }
   Seat(const Seat&) = delete;
   Seat& operator=(const Seat&) = delete;
 
   // Takes a seat after giving back the one held. Returns whether there was one: the network is
   // Enabled and not full.
   bool Take(const NetworkRef& network);
-  void GiveBack();
+  void Release();
   bool IsHeld() const { return myNetwork != nullptr; }
 
  private:

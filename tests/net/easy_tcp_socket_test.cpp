@@ -12,6 +12,7 @@
 #include "net/frame.h"
 #include "net/os_socket.h"
 #include "tests/net/recording_server.h"
+#include "tests/support/flush.h"
 #include "tests/support/socket_errors.h"
 
 namespace corvane {
@@ -101,13 +102,13 @@ TEST_F(EasyTCPSocketTest, LengthThatNoMessageHasClosesWithoutAnError) {
 
 TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   client->SendBytes("\x7F\xFF\xFF\xFF\0\0\0\1"s + std::string(100'000, 'x'));
-  EXPECT_TRUE(PumpUntil([this] { return loop.InputBuffers().HandedOut() >= 100'000; }));
+  EXPECT_TRUE(PumpUntil([this] { return loop.InputBuffers().InUse() >= 100'000; }));
   PumpFor(10ms);
-  EXPECT_LT(loop.InputBuffers().HandedOut(), 1'000'000U);
+  EXPECT_LT(loop.InputBuffers().InUse(), 1'000'000U);
   client->Abort();
   EXPECT_TRUE(Logs(1));
   EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kConnectionReset)));
-  EXPECT_EQ(loop.InputBuffers().HandedOut(), 0U);
+  EXPECT_EQ(loop.InputBuffers().InUse(), 0U);
 }
 
 // Far more than the system takes at once is on its way when the connection ends, by our side or by
@@ -130,7 +131,7 @@ TEST_F(EasyTCPSocketTest, WhatIsWrittenArrivesThoughTheConnectionHasEnded) {
   other->EndSending();
   EXPECT_TRUE(other->Receive() == (WireMessage{2, large}));
   EXPECT_TRUE(other->WasClosedByServer());
-  EXPECT_EQ(loop.OutputBuffers().HandedOut(), 0U);
+  EXPECT_EQ(loop.OutputBuffers().InUse(), 0U);
 }
 
 TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForThoseWhoRead) {
@@ -168,7 +169,7 @@ TEST_F(EasyTCPSocketTest, FailedSendDoesNotLoseWhatThePeerSentBefore) {
   os::CloseSocket(peer);
   // The first is answered by a reset, the next one fails.
   do {
-    loop.FlushAll();
+    FlushNow(loop);
     connection->SendMessage(5, "");
   } while (connection->BytesLeftToSend() > 0);
   ASSERT_TRUE(Logs(2));

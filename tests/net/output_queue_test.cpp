@@ -66,7 +66,7 @@ TEST(OutputQueue, HoldsWhatStringsWouldHold) {
       ASSERT_TRUE(Content(queues[index]) == expected[index]) << "step " << step;
     }
   }
-  EXPECT_EQ(pool.HandedOut(), 0U);
+  EXPECT_EQ(pool.InUse(), 0U);
 }
 
 TEST(OutputQueue, WhatManyWereGivenStandsInMemoryOnce) {
@@ -79,10 +79,10 @@ TEST(OutputQueue, WhatManyWereGivenStandsInMemoryOnce) {
     for (OutputQueue& queue : queues)
       EXPECT_TRUE(queue.Append(slice));
   }
-  EXPECT_GE(pool.HandedOut(), 1'000'000U);
-  EXPECT_LT(pool.HandedOut(), 1'500'000U);
+  EXPECT_GE(pool.InUse(), 1'000'000U);
+  EXPECT_LT(pool.InUse(), 1'500'000U);
   queues.clear();
-  EXPECT_LE(pool.HandedOut(), BufferPool::kLargestKept) << "more than the writer's last block";
+  EXPECT_LE(pool.InUse(), BufferPool::kLargestKept) << "more than the writer's last block";
 }
 
 }  // namespace

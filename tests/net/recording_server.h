@@ -76,7 +76,7 @@ class RecordingServer : public ServerSocket {
     return std::make_shared<RecordingSocket>(myLoop, log, ++made);
   }
   void Event_Error(std::int32_t code) override { errors.push_back(code); }
-  void Event_HandedOut(const std::shared_ptr<TCPSocket>& /*socket*/) override {
+  void Event_HandedOff(const std::shared_ptr<TCPSocket>& /*socket*/) override {
     std::this_thread::sleep_for(greetingTakes);
   }
 };
