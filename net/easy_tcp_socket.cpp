@@ -44,18 +44,18 @@ void EasyTCPSocket::Write(std::string_view /*bytes*/) {
 }
 
 void EasyTCPSocket::Close() {
-  StopDelivering();
+  StopDispatching();
   TCPSocket::Close();
 }
 
 void EasyTCPSocket::Event_Connected() {
-  myIsDelivering = true;
-  RequestDelivery();
+  myIsDispatching = true;
+  RequestDispatch();
   Connected();
 }
 
 void EasyTCPSocket::Event_Error() {
-  StopDelivering();
+  StopDispatching();
   Error(LastErrorCode());
 }
 
@@ -99,18 +99,18 @@ void EasyTCPSocket::AddEvents(std::size_t bytes) {
     mDataBuffer.Consume(bytes);
   }
   if (!hasRoom) return FailForMemory();
-  RequestDelivery();
+  RequestDispatch();
 }
 
-void EasyTCPSocket::RequestDelivery() {
+void EasyTCPSocket::RequestDispatch() {
   if (myIsQueued || !HasQueued()) return;
   myIsQueued = true;
-  myLoop.RequestDelivery(std::static_pointer_cast<EasyTCPSocket>(shared_from_this()));
+  myLoop.RequestDispatch(std::static_pointer_cast<EasyTCPSocket>(shared_from_this()));
 }
 
 void EasyTCPSocket::HoldMessages(bool held) {
   myIsHeld = held;
-  RequestDelivery();
+  RequestDispatch();
 }
 
 void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
@@ -120,11 +120,11 @@ void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
 
 void EasyTCPSocket::EndDelay() {
   --myDelays;
-  if (mEvents.IsEmpty() || !HasHungUp()) return RequestDelivery();
+  if (mEvents.IsEmpty() || !HasHungUp()) return RequestDispatch();
   // Whoever leaves behind what costs us much does not have us work at it for minutes.
   const auto now = PollLoop::Clock::now();
   if (!myEndSeen) myEndSeen = now;
-  if (now - *myEndSeen < kGonePatience) return RequestDelivery();
+  if (now - *myEndSeen < kGonePatience) return RequestDispatch();
   mEvents.Clear();
   EndByPeer();
 }
@@ -143,15 +143,15 @@ void EasyTCPSocket::FireEvents() {
   ByteQueue delivering = std::move(mEvents);
   const Frame frame = ReadFrame(delivering.Bytes());
   ReceivedMessage(frame.command, frame.payload);
-  if (!myIsDelivering) return;
+  if (!myIsDispatching) return;
   delivering.Consume(frame.length);
   if (!delivering.TakeAll(mEvents)) return FailForMemory();
   mEvents = std::move(delivering);
   if (mEvents.IsEmpty()) ResumeInput();
 }
 
-void EasyTCPSocket::StopDelivering() {
-  myIsDelivering = false;
+void EasyTCPSocket::StopDispatching() {
+  myIsDispatching = false;
   myIsHeld = false;
   myEndSeen.reset();
   DropInput();

@@ -77,20 +77,20 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool AnswerWait(const Frame& frame);
   bool WaitingForThisMessage(std::int32_t command) const;
   bool HasQueued() const {
-    return myIsDelivering && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty();
+    return myIsDispatching && !myIsHeld && myDelays == 0 && !mEvents.IsEmpty();
   }
   void EndDelay();
   void AddEvents(std::size_t bytes);
-  void RequestDelivery();
+  void RequestDispatch();
   void FireEvents();
-  void StopDelivering();
+  void StopDispatching();
 
   ByteQueue& mDataBuffer = Input();  // what has arrived and is no whole message yet
   ByteQueue mEvents;                 // whole messages waiting for delivery, as they came
   std::string mCommandResponse;
   std::int32_t mWaitForThisCommand = -1;
   bool mWaitingForACommand = false;
-  bool myIsDelivering = false;
+  bool myIsDispatching = false;
   bool myIsHeld = false;
   int myDelays = 0;                                      // that have not passed yet
   std::optional<PollLoop::Clock::time_point> myEndSeen;  // of the peer, by a delay

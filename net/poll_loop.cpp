@@ -102,7 +102,7 @@ bool PollLoop::RunPass(Clock::time_point end) {
   if (myIsStopped) return false;
   CollectReady(0us);
   const bool ranEvents = RunEventPasses(end);
-  const bool ranPolls = RunDeliveries(end);
+  const bool ranPolls = DispatchMessages(end);
   return ranEvents || ranPolls;
 }
 
@@ -143,7 +143,7 @@ bool PollLoop::RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending,
   return worked;
 }
 
-bool PollLoop::RunDeliveries(Clock::time_point end) {
+bool PollLoop::DispatchMessages(Clock::time_point end) {
   bool worked = false;
   for (std::size_t count = myQueued.size(); count > 0 && !myQueued.empty(); --count) {
     std::shared_ptr<_Pollable> pollable = std::move(myQueued.front());
@@ -271,7 +271,7 @@ void PollLoop::RequestPass(SocketCore& socket) {
   ScheduleSlice();
 }
 
-void PollLoop::RequestDelivery(std::shared_ptr<_Pollable> pollable) {
+void PollLoop::RequestDispatch(std::shared_ptr<_Pollable> pollable) {
   myQueued.push_back(std::move(pollable));
   ScheduleSlice();
 }

@@ -75,7 +75,7 @@ class PollLoop {
   // Keeps a watched socket alive until it is watched no more.
   void KeepAlive(const std::shared_ptr<SocketCore>& socket);
   void RequestPass(SocketCore& socket);
-  void RequestDelivery(std::shared_ptr<_Pollable> pollable);
+  void RequestDispatch(std::shared_ptr<_Pollable> pollable);
   // Calls the function once, before the next flush, unless the owner is gone by then.
   void CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function);
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
@@ -105,7 +105,7 @@ class PollLoop {
   // These return whether there was anything to do.
   bool RunPass(Clock::time_point end);
   bool RunEventPasses(Clock::time_point end);
-  bool RunDeliveries(Clock::time_point end);
+  bool DispatchMessages(Clock::time_point end);
   bool NestedStep();
   bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
   void RunBeforeFlush();

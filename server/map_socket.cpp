@@ -39,7 +39,6 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
       myRoster(loop.OutputBuffers()) {}
 
 MapSocket::~MapSocket() {
-  myRoster.Deliver();
   // Sessions borrow their listener, so none goes on without it.
   for (const auto& connection : *ActiveConnections())
     SessionOf(connection)->Abandon();

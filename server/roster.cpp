@@ -23,7 +23,6 @@ auto PlaceOf(const ClientSocket& session, Outbox::Members& members) {
 
 void Roster::Enter(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;
-  Deliver();
   ++myNames[session.FoldedUsername()];
   if (session.myNetwork == nullptr) return;
   auto& members =

@@ -138,6 +138,24 @@ TEST_F(ServerSocketTest, SlowGreetingsOfARushLetTheOthersInBetween) {
   EXPECT_THAT(server->log.back(), testing::EndsWith(" connected"));
 }
 
+TEST_F(ServerSocketTest, CloseEndsThoseWhoWaitToBeHandedOff) {
+  constexpr std::ptrdiff_t kMany = 8;
+  server->greetingTakes = std::chrono::milliseconds(20);
+  server->Listen();
+  Rush(kMany);
+  ASSERT_TRUE(PumpUntil([this] { return server->ActiveCount() > 0; }));
+  const auto handedOff = static_cast<std::ptrdiff_t>(server->ActiveCount());
+  ASSERT_LT(handedOff, kMany);
+  server->Close();
+  const auto wasEnded = [](os::SocketHandle peer) {
+    char byte = 0;
+    const os::Transfer received = os::Receive(peer, {&byte, 1});
+    return received.error == 0 && received.bytes == 0;
+  };
+  EXPECT_TRUE(
+      PumpUntil([&] { return std::ranges::count_if(rush, wasEnded) == kMany - handedOff; }));
+}
+
 TEST_F(ServerSocketTest, ListensAgainWhileOldConnectionsLinger) {
   server->Listen();
   const auto client = Connect();

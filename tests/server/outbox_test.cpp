@@ -29,8 +29,8 @@ TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
   const auto cat = LoggedIn("Cat");
   const auto dan = LoggedIn("Dan", "B");
   const auto eve = LoggedIn("Eve", "B");
-  Report("Ann", 1);
   Report("Bob", 2);
+  Report("Ann", 1);
   Report("Dan", 3);
   Report("Ann", 4);
   server.listener->BroadcastMessage("hello", "A");
@@ -54,7 +54,7 @@ TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
   }
   EXPECT_EQ(ann->Receive(), std::nullopt);
   for (const WireMessage& message :
-       {Position("Ann", 1), Position("Bob", 2), Position("Ann", 4), hello, Position("Bob", 5),
+       {Position("Bob", 2), Position("Ann", 1), Position("Ann", 4), hello, Position("Bob", 5),
         Position("Bob", 6), WireMessage{6, "Ann"}}) {
     EXPECT_EQ(cat->Receive(), message);
   }
