@@ -1,9 +1,10 @@
 #include "client/connection.h"
 
-#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "client/password_digest.h"
 #include "tests/support/false_server.h"

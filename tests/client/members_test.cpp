@@ -1,8 +1,9 @@
 #include "client/members.h"
 
-#include <gmock/gmock.h>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 namespace corvane::client {
 namespace {

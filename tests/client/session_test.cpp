@@ -1,8 +1,9 @@
 #include "client/session.h"
 
-#include <gmock/gmock.h>
 #include <string>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "client/password_digest.h"
 #include "tests/support/test_client.h"

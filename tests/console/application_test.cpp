@@ -6,7 +6,9 @@
 #include "tests/console/console_fixture.h"
 #include "tests/support/leak_counting.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 
 using ApplicationTest = ConsoleTest;
@@ -38,3 +40,6 @@ TEST_F(ApplicationTest, ErrorOfAHandlerEndsInTheLastResort) {
   EXPECT_TRUE(newcomer.HearsNothing());
   EXPECT_TRUE(ben->HearsNothing());
 }
+
+}  // namespace
+}  // namespace corvane

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <gmock/gmock.h>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -12,6 +11,7 @@
 #include <QMenu>
 #include <QTemporaryDir>
 #include <QTest>
+#include <gmock/gmock.h>
 
 #include "console/wnd_main.h"
 #include "server/app.h"

@@ -6,7 +6,9 @@
 #include "console/wnd_kick.h"
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -194,3 +196,6 @@ TEST_F(ContextMenusTest, UserWhoLeavesMeanwhileIsStillTheOneActedOn) {
     EXPECT_EQ(message, (WireMessage{6, "Ann"}));
   EXPECT_THAT(Users(), ElementsAre("Ben|North"));
 }
+
+}  // namespace
+}  // namespace corvane

@@ -11,11 +11,11 @@
 #include "storage/app_settings.h"
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-namespace {
 
 using DialogsTest = ConsoleTest;
 
@@ -48,8 +48,6 @@ void ExpectSteps(QLineEdit& field, const UpDownArrows& arrows,
     EXPECT_EQ(field.text(), step.then) << step.typed;
   }
 }
-
-}  // namespace
 
 TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersInWhateverItsName) {
   ChooseOn(*myWindow->lstNetworks, -1, "Add Network");
@@ -260,3 +258,6 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   EXPECT_THAT(RowTexts(*admins->lstAdmins->model()), ElementsAre("Ben|North|192.0.2.2"));
   EXPECT_EQ(Query("SELECT name FROM admins"), "Ben;");
 }
+
+}  // namespace
+}  // namespace corvane

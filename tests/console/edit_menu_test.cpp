@@ -6,7 +6,8 @@
 
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
 
 using EditMenuTest = ConsoleTest;
 
@@ -58,3 +59,6 @@ TEST_F(EditMenuTest, CopiesTheSelectedRowsOfAList) {
   for (QAction* item : OpenedMenu()->actions())
     EXPECT_TRUE(item->isSeparator() || !item->isEnabled()) << item->text().toStdString();
 }
+
+}  // namespace
+}  // namespace corvane

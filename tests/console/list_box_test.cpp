@@ -7,7 +7,9 @@
 #include "console/wnd_edit_network.h"
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 
 using ListBoxTest = ConsoleTest;
@@ -82,3 +84,6 @@ TEST_F(ListBoxTest, ColumnsKeepWhatAHandGaveThem) {
   }
   EXPECT_GT(list.columnWidth(0), 4 * list.columnWidth(1));
 }
+
+}  // namespace
+}  // namespace corvane

@@ -8,7 +8,8 @@
 #include "console/wnd_settings.h"
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
 
 using MyTrayItemTest = ConsoleTest;
 
@@ -61,3 +62,6 @@ TEST_F(MyTrayItemTest, QuestionThatIsHiddenIsStillAsked) {
   });
   EXPECT_EQ(ShowMessageBox({MessageBox::Kind::Question, "Sure", "Sure?"}), MessageBox::Answer::Yes);
 }
+
+}  // namespace
+}  // namespace corvane

@@ -4,7 +4,8 @@
 
 #include "console/status_log_model.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
 
 TEST(StatusPrefix, PadsMinutesAndSecondsOnly) {
   EXPECT_EQ(StatusPrefix({{2011, 3, 7}, {9, 5, 2}}), "[3/7/2011 9:05:02] ");
@@ -62,3 +63,6 @@ TEST(StatusLogModel, LinesBecomeRowsTogetherUntilTheyAreCleared) {
   EXPECT_EQ(model.rowCount(), 1);
   EXPECT_EQ(model.index(0).data().toString(), "after");
 }
+
+}  // namespace
+}  // namespace corvane

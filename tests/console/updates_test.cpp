@@ -2,7 +2,9 @@
 #include "tests/console/console_fixture.h"
 #include "updater/updater_window.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using UpdatesTest = ConsoleTest;
 
 TEST_F(UpdatesTest, MenuItemShowsANewerVersionOnceAndNothingElse) {
@@ -44,3 +46,6 @@ TEST_F(UpdatesTest, MenuItemShowsANewerVersionOnceAndNothingElse) {
   EXPECT_TRUE(NoneIsOpen());
   EXPECT_TRUE(myBoxes.empty());
 }
+
+}  // namespace
+}  // namespace corvane

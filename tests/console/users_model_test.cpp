@@ -2,7 +2,9 @@
 
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 
 TEST(UsersModel, LogInGoesByNameAndLogOutByNameAndNetwork) {
@@ -28,3 +30,6 @@ TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
     model.LogOut("user" + std::to_string(i * 37 % 100), "North");
   EXPECT_THAT(RowTexts(model), ElementsAre("user26|North", "user63|North"));
 }
+
+}  // namespace
+}  // namespace corvane

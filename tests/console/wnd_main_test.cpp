@@ -6,7 +6,9 @@
 
 #include "tests/console/console_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
@@ -98,3 +100,6 @@ TEST_F(WndMainTest, ClosingHidesOrMinimisesUntilTheProgramQuits) {
   EXPECT_EQ(QApplication::exec(), 0);
   EXPECT_TRUE(myWindow->close());
 }
+
+}  // namespace
+}  // namespace corvane

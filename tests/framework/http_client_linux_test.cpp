@@ -10,8 +10,7 @@
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
 
-using namespace corvane;
-
+namespace corvane {
 namespace {
 
 // For 127.0.0.1, until 2120; protects nothing.
@@ -29,8 +28,6 @@ BgNVHREECDAGhwR/AAABMA8GA1UdEwEB/wQFMAMBAf8wCgYIKoZIzj0EAwIDSQAw
 RgIhAOJoQseeejZUIH4gNCNG3wYNem2ljDpjIALRezi/1OV4AiEAwWSqaOeY01Np
 G7OBUJjBBy7J9aOrOIGIEL42qn2qQ8k=
 -----END CERTIFICATE-----)";
-
-}  // namespace
 
 TEST(HttpClient, IsNotLedFromHttpsToHttp) {
   const QSslCertificate certificate{QByteArray(kCertificate)};
@@ -65,3 +62,6 @@ TEST(HttpClient, IsNotLedFromHttpsToHttp) {
   }
   QSslConfiguration::setDefaultConfiguration(before);
 }
+
+}  // namespace
+}  // namespace corvane

@@ -12,10 +12,10 @@
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
 
-using namespace corvane;
-using std::chrono::milliseconds;
-
+namespace corvane {
 namespace {
+
+using std::chrono::milliseconds;
 
 class HttpClientTest : public testing::Test {
  protected:
@@ -51,8 +51,6 @@ class HttpClientTest : public testing::Test {
   WebServer server;
   HttpClient client{"Corvane-Test/1.2"};
 };
-
-}  // namespace
 
 TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
   const std::string binary("\0\xFF\r\n\r\n\x80", 7);
@@ -171,3 +169,6 @@ TEST_F(HttpClientTest, CancelledTransferCallsNothingAndLeavesNothing) {
   EXPECT_TRUE(PumpUntil([&] { return transfer == nullptr; }));
   EXPECT_EQ(FileCount(), 0);
 }
+
+}  // namespace
+}  // namespace corvane

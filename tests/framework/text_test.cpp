@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using namespace std::string_literals;
 
 TEST(Text, TwoTextsAreTheSameWhenTheirFoldedFormsAre) {
@@ -59,3 +61,6 @@ TEST(Text, FieldsAreCountedFromOneAndMissingOnesAreEmpty) {
   EXPECT_EQ(NthField("a,b,", ',', 2), "b");
   EXPECT_EQ(NthField("a,b", ',', 3), "");
 }
+
+}  // namespace
+}  // namespace corvane

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using namespace std::string_literals;
 
 // On standard output as in the windows.
@@ -47,3 +49,6 @@ TEST(VisibleText, IsCutOnACharacter) {
   for (const auto& row : cases)
     EXPECT_EQ(VisibleText(row.text, 14).toStdString(), row.shown);
 }
+
+}  // namespace
+}  // namespace corvane

@@ -1,19 +1,19 @@
 #include "geo/location_lookup.h"
 
-#include <gmock/gmock.h>
 #include <optional>
 
 #include <QBuffer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <gmock/gmock.h>
 
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
 
-using namespace corvane;
-using testing::HasSubstr;
-
+namespace corvane {
 namespace {
+
+using testing::HasSubstr;
 
 const std::string kPage = "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=";
 const std::string kFlag = "/flag.php?ip=";
@@ -54,8 +54,6 @@ class LocationLookupTest : public testing::Test {
   WebServer server;
   LocationLookup lookup{"Corvane-Test/1.2", folder.path()};
 };
-
-}  // namespace
 
 TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientBefore) {
   server.answers[kPage + "192.0.2.1"] = {OkReply("<meta name=\"city\" content=\"Oslo\">\r\n")};
@@ -120,3 +118,6 @@ TEST_F(LocationLookupTest, DroppedLookupAsksForNoFlag) {
   PumpFor(std::chrono::milliseconds(20));
   EXPECT_EQ(server.requests.size(), 1);
 }
+
+}  // namespace
+}  // namespace corvane

@@ -4,15 +4,12 @@
 
 #include <gtest/gtest.h>
 
-using namespace corvane;
-
+namespace corvane {
 namespace {
 
 std::string CityOf(std::size_t length, const std::string& end) {
   return "<meta name=\"city\" content=\"" + std::string(length, 'x') + end + "\">";
 }
-
-}  // namespace
 
 TEST(LocationPage, TakesTheQuotedEntriesOfMetaLines) {
   const struct {
@@ -45,3 +42,6 @@ TEST(LocationPage, TakesTheQuotedEntriesOfMetaLines) {
         << row.page;
   }
 }
+
+}  // namespace
+}  // namespace corvane

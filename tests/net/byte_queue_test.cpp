@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 // Random appends, takes and cuts against a plain string, long enough to meet every way of making
 // room: a fresh buffer, moving to the front, growing.
 TEST(ByteQueue, HoldsWhatAStringWouldHold) {
@@ -44,3 +46,6 @@ TEST(ByteQueue, HoldsWhatAStringWouldHold) {
     ASSERT_EQ(queue.Bytes(), expected) << "step " << step;
   }
 }
+
+}  // namespace
+}  // namespace corvane

@@ -4,7 +4,9 @@
 
 #include <gtest/gtest.h>
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using namespace std::string_literals;
 
 TEST(Frame, LengthDecidesWhatTheBytesAre) {
@@ -27,3 +29,6 @@ TEST(Frame, LengthDecidesWhatTheBytesAre) {
     EXPECT_EQ(ReadFrame(bytes).state, state) << testing::PrintToString(bytes);
   }
 }
+
+}  // namespace
+}  // namespace corvane

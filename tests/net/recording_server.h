@@ -4,12 +4,13 @@
 #include <cstdint>
 #include <exception>
 #include <functional>
-#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include <gmock/gmock.h>
 
 #include "net/easy_tcp_socket.h"
 #include "net/poll_loop.h"

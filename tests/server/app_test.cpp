@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <functional>
-#include <gmock/gmock.h>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -14,6 +13,7 @@
 #include <QHostAddress>
 #include <QTcpSocket>
 #include <QTemporaryDir>
+#include <gmock/gmock.h>
 
 #include "tests/support/socket_errors.h"
 #include "tests/support/test_server.h"

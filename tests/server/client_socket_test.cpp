@@ -6,7 +6,9 @@
 #include "tests/server/session_fixture.h"
 #include "tests/support/socket_errors.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using namespace std::string_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -354,3 +356,6 @@ TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {
   }
   EXPECT_EQ(server.Fault(), "");
 }
+
+}  // namespace
+}  // namespace corvane

@@ -3,7 +3,9 @@
 #include "framework/exceptions.h"
 #include "tests/server/session_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -72,3 +74,6 @@ TEST_F(MapSocketTest, ClosedListenerKeepsItsSessionsUntilItIsGone) {
   server.listener.reset();
   EXPECT_TRUE(ann->WasClosedByServer());
 }
+
+}  // namespace
+}  // namespace corvane

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <string_view>
+
+#include <gmock/gmock.h>
 
 #include "tests/support/test_server.h"
 

@@ -4,7 +4,9 @@
 
 #include "tests/storage/app_settings_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 TEST_F(AppSettingsTest, FirstRunWritesThePortAndNothingElse) {
   settings.Load();
   EXPECT_EQ(Content(), kFirstFile);
@@ -58,3 +60,6 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
     EXPECT_EQ(Stored("Port"), "2");
   }
 }
+
+}  // namespace
+}  // namespace corvane

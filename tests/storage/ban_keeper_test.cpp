@@ -1,7 +1,8 @@
 #include "storage/ban_keeper.h"
 
-#include <gmock/gmock.h>
 #include <optional>
+
+#include <gmock/gmock.h>
 
 #include "tests/storage/database_fixture.h"
 #include "tests/support/test_client.h"

@@ -6,7 +6,9 @@
 
 #include "tests/storage/database_fixture.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 TEST_F(DatabaseTest, OnlyAnExistingDatabaseConnects) {
   std::ofstream(Path("corrupt").toStdString()) << std::string(8192, 'x');
   for (const QString& name : {Path("missing"), Path("corrupt"), folder.path(), QString()}) {
@@ -71,3 +73,6 @@ TEST_F(DatabaseTest, GroupIsCommittedAsAWholeOrNotAtAll) {
   EXPECT_TRUE(connection.Commit());
   EXPECT_EQ(Run("SELECT name FROM admins"), "b;c;");
 }
+
+}  // namespace
+}  // namespace corvane

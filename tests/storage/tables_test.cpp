@@ -1,8 +1,8 @@
 #include <chrono>
-#include <gmock/gmock.h>
 #include <thread>
 
 #include <QElapsedTimer>
+#include <gmock/gmock.h>
 #include <sqlite3.h>
 
 #include "framework/dates.h"

@@ -1,9 +1,9 @@
 #include "tools/swarm/hostile/stranger_pool.h"
 
 #include <arpa/inet.h>
-#include <gmock/gmock.h>
 #include <thread>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/test_server.h"

@@ -10,7 +10,8 @@
 #include "tests/support/test_client.h"
 #include "updater/installer.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
 
 // What the desktop's opener comes to decides, and one that is still busy has the installer open.
 TEST(LaunchInstaller, IsStartedUnlessTheDesktopsOpenerFails) {
@@ -46,3 +47,6 @@ TEST(LaunchInstaller, IsStartedUnlessTheDesktopsOpenerFails) {
     if (process.open(QIODevice::ReadOnly)) kill(process.readAll().trimmed().toInt(), SIGKILL);
   }
 }
+
+}  // namespace
+}  // namespace corvane

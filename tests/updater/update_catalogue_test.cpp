@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-using namespace corvane;
-
+namespace corvane {
 namespace {
 
 // A catalogue with one entry for "Test" between the others.
@@ -27,8 +26,6 @@ std::string Nested(std::size_t depth) {
     text.insert(3 * level, "<a></a>");
   return text;
 }
-
-}  // namespace
 
 TEST(UpdateCatalogue, FindsTheFirstEntryOfTheNameOrNone) {
   const std::string build = "<CurrentBuildVersion>7</CurrentBuildVersion>";
@@ -94,3 +91,6 @@ TEST(UpdateCatalogue, FindsTheFirstEntryOfTheNameOrNone) {
         << row.document.substr(0, 500);
   }
 }
+
+}  // namespace
+}  // namespace corvane

@@ -1,7 +1,6 @@
 #include "updater/updater_window.h"
 
 #include <functional>
-#include <gmock/gmock.h>
 #include <string>
 #include <vector>
 
@@ -10,16 +9,17 @@
 #include <QPointer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <gmock/gmock.h>
 
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
 #include "updater/version.h"
 
-using namespace corvane;
+namespace corvane {
+namespace {
+
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-namespace {
 
 class UpdaterWindowTest : public testing::Test {
  protected:
@@ -59,8 +59,6 @@ class UpdaterWindowTest : public testing::Test {
   std::vector<std::string> events;
   QPointer<UpdaterWindow> window;
 };
-
-}  // namespace
 
 TEST_F(UpdaterWindowTest, ShowsBothVersionsAndTheChangesWhateverTheyHold) {
   EXPECT_EQ(UpdaterWindow::WithAppName("%AppName% and %AppName%", "<b>"), "<b> and <b>");
@@ -146,3 +144,6 @@ TEST_F(UpdaterWindowTest, DownloadShowsItsProgressUntilTheWindowIsClosed) {
   }
   EXPECT_THAT(events, IsEmpty());
 }
+
+}  // namespace
+}  // namespace corvane

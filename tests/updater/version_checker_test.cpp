@@ -1,19 +1,20 @@
 #include "updater/version_checker.h"
 
-#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <utility>
+
+#include <gmock/gmock.h>
 
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
 #include "updater/update_platform.h"
 #include "updater/version.h"
 
-using namespace corvane;
-using testing::IsEmpty;
-
+namespace corvane {
 namespace {
+
+using testing::IsEmpty;
 
 const std::string kRecent = "You have the most recent version of CorvaneServer.";
 
@@ -51,8 +52,6 @@ class VersionCheckerTest : public testing::Test {
   std::string said;
   std::unique_ptr<VersionChecker> checker;
 };
-
-}  // namespace
 
 TEST_F(VersionCheckerTest, TellsOfANewerBuildOrUnlessQuietThatThereIsNone) {
   const std::string newer =
@@ -94,3 +93,6 @@ TEST_F(VersionCheckerTest, EndsWithItsOwner) {
   PumpFor(std::chrono::milliseconds(20));
   EXPECT_EQ(said, "");
 }
+
+}  // namespace
+}  // namespace corvane

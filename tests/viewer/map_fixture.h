@@ -1,6 +1,5 @@
 #pragma once
 
-#include <gmock/gmock.h>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -10,6 +9,7 @@
 #include <QDialog>
 #include <QTemporaryDir>
 #include <QTest>
+#include <gmock/gmock.h>
 
 #include "tests/support/test_client.h"
 #include "tests/support/test_server.h"
