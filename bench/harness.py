@@ -1,27 +1,25 @@
-"""Servers, limit relays and swarms for the measuring scripts.
-
-Whatever a script starts, it starts inside a `with`, and it is ended there, however the block is
-left.
-"""
+"""What the measuring scripts have in common: servers, limit relays and brokers, and the swarms that
+are sent to them."""
 
 import argparse
 import contextlib
 import json
 import os
-import random
-import re
 import resource
 import shutil
-import signal
-import socket
 import subprocess
 import sys
 import tempfile
 import time
 from pathlib import Path
-from typing import Callable, Iterator, List, NoReturn, Optional, Sequence
+from typing import Callable, Dict, Iterator, List, Optional, Sequence
 
-PASSWORD = "demo"
+sys.path.append(str(Path(__file__).resolve().parent.parent / "scripts"))
+from servers import (PASSWORD, PROGRAMS, Failure, end, free_port, listening,  # noqa: E402
+                     make_data_folder, running, server_on)
+
+# Those that report, and those that only wait.
+NETWORKS = [f"{kind}{number}" for number in range(1, 101) for kind in ("Bench", "Idle")]
 
 # A load for a server among strangers. The swarm, which looks into every delivery, is the limit here
 # and not the server's core: the server's passes then find as much to do with strangers as without,
@@ -35,10 +33,6 @@ BROKERS = {
     "Redis": ["redis-server", "--bind", "127.0.0.1", "--save", "", "--port"],
     "NATS": ["nats-server", "--addr", "127.0.0.1", "--port"],
 }
-
-
-class BenchError(Exception):
-    """What a measurement could not be made for; ends the script."""
 
 
 class Target:
@@ -61,45 +55,32 @@ class Target:
 
 
 class Bench:
-    """The programs and the data folder that the servers start with, each with a copy of its own."""
+    """The programs, and how long and how often they are run."""
 
-    def __init__(self, programs: Path, data: Path, scratch: Path, seconds: float, rounds: int):
+    def __init__(self, programs: Path, scratch: Path, seconds: float, rounds: int):
         self.programs = programs
-        self.data = data
         self.scratch = scratch
         self.seconds = seconds
         self.rounds = rounds
 
     @contextlib.contextmanager
     def server(self, prepare: Optional[Callable[[Path], None]] = None,
-               display: Optional[str] = None,
+               desktop: Optional[Dict[str, str]] = None,
                descriptors: Optional[int] = None) -> Iterator[Target]:
-        """A server whose window is never drawn or, given a display, is shown there. `prepare` may
-        change its data folder; `descriptors` is how many it may have, if not all that there are."""
+        """A server with NETWORKS, whose window is never drawn or, given the environment of a
+        desktop, is shown there. `prepare` may change its data folder; `descriptors` is how many it
+        may have, if not all that there are."""
         port = free_port()
-        folder = Path(tempfile.mkdtemp(prefix="server", dir=self.scratch)) / "data"
-        shutil.copytree(self.data, folder)
-        set_port(folder / "Corvane Server.xml", port)
-        if prepare:
-            prepare(folder)
-        environment = dict(os.environ, XDG_DATA_HOME=str(folder), QT_QPA_PLATFORM="offscreen")
-        if display:
-            environment.update(QT_QPA_PLATFORM="xcb", DISPLAY=display)
+        environment = dict(desktop, QT_QPA_PLATFORM="xcb") if desktop else \
+            dict(os.environ, QT_QPA_PLATFORM="offscreen")
         limit = [] if descriptors is None else ["prlimit", f"--nofile={descriptors}"]
-        log = folder / "server.log"
-        with log.open("wb") as output, \
-                running([*limit, self.programs / "corvane-server"], env=environment, stdout=output,
-                        stderr=subprocess.STDOUT) as process:
-            wait_until(lambda: process.poll() is not None or b"Listening..." in log.read_bytes(),
-                       30, "the server did not come up")
-            if process.poll() is not None:
-                raise BenchError("the server did not come up:\n"
-                                 + log.read_text(errors="replace"))
-            yield Target("server", process, port)
-            if end(process) != 0:
-                raise BenchError(f"the server ended with code {process.returncode}:\n"
-                                 + log.read_text(errors="replace")[-2000:])
-        shutil.rmtree(folder)
+        with tempfile.TemporaryDirectory(dir=self.scratch) as name:
+            folder = Path(name)
+            make_data_folder(folder, port, NETWORKS)
+            if prepare:
+                prepare(folder)
+            with server_on(folder, environment, self.programs, limit) as process:
+                yield Target("server", process, port)
 
     @contextlib.contextmanager
     def relay(self) -> Iterator[Target]:
@@ -131,12 +112,12 @@ class Bench:
                               "--users", users, "--user-prefix", "idle",
                               "--leave", "abrupt") as process:
             if process.stdout.readline() != "ready\n":
-                raise BenchError(f"the idle clients did not get in at the {target.name}")
+                raise Failure(f"the idle clients did not get in at the {target.name}")
             yield process
             end(process)
             if process.returncode != 0:
-                raise BenchError(f"idle clients of the {target.name} were lost or disturbed: "
-                                 + process.stdout.read())
+                raise Failure(f"idle clients of the {target.name} were lost or disturbed: "
+                              + process.stdout.read())
 
     @contextlib.contextmanager
     def server_among(self, strangers: int) -> Iterator[Target]:
@@ -168,31 +149,6 @@ class Bench:
         return running(command, stdout=subprocess.PIPE, text=True)
 
 
-@contextlib.contextmanager
-def running(command: Sequence[object], **options) -> Iterator[subprocess.Popen]:
-    # In a session of its own: Ctrl+C at the terminal is for the script alone, which then ends one
-    # after the other.
-    process = subprocess.Popen([str(word) for word in command], start_new_session=True, **options)
-    try:
-        yield process
-    finally:
-        end(process)
-        if process.stdout:
-            process.stdout.close()
-
-
-@contextlib.contextmanager
-def listening(name: str, command: Sequence[object], port: int,
-              **options) -> Iterator[subprocess.Popen]:
-    """A program that listens on the port."""
-    with running(command, **options) as process:
-        wait_until(lambda: process.poll() is not None or answers(port), 10,
-                   f"the {name} did not come up")
-        if process.poll() is not None:
-            raise BenchError(f"the {name} did not come up")
-        yield process
-
-
 def find_program(name: str) -> Optional[str]:
     # Daemons lie where not every user's path leads.
     return shutil.which(name, path=os.environ.get("PATH", "") + ":/usr/sbin:/usr/local/sbin")
@@ -202,60 +158,18 @@ def installed_brokers() -> List[str]:
     return [name for name, (program, *_) in BROKERS.items() if find_program(program)]
 
 
-def end(process: subprocess.Popen) -> int:
-    """Asks the process to end, insists after a while, returns its exit code."""
-    if process.poll() is None:
-        process.terminate()
-        try:
-            process.wait(10)
-        except subprocess.TimeoutExpired:
-            process.kill()
-    return process.wait()
-
-
 def finish(process: subprocess.Popen, target: Target, patience: float,
            must_be_good: bool = True) -> dict:
     """Waits for the end of a swarm's run and returns what it found."""
     try:
         output, _ = process.communicate(timeout=patience)
     except subprocess.TimeoutExpired:
-        raise BenchError(f"a run against the {target.name} did not end") from None
+        raise Failure(f"a run against the {target.name} did not end") from None
     lines = output.splitlines()
     if len(lines) < 2 or (must_be_good and process.returncode != 0):
-        raise BenchError(f"a run against the {target.name} went wrong: {output}")
+        raise Failure(f"a run against the {target.name} went wrong: {output}")
     print(f"   {target.name:12} {lines[-2]}", flush=True)
     return json.loads(lines[-1])
-
-
-def wait_until(condition: Callable[[], bool], patience: float, failure: str,
-               interval: float = 0.05) -> None:
-    deadline = time.monotonic() + patience
-    while not condition():
-        if time.monotonic() > deadline:
-            raise BenchError(failure)
-        time.sleep(interval)
-
-
-def free_port() -> int:
-    """A port that nobody uses, below those that the system gives out by itself."""
-    while True:
-        port = random.randrange(20000, 32000)
-        with socket.socket() as probe, contextlib.suppress(OSError):
-            probe.bind(("", port))
-            return port
-
-
-def answers(port: int) -> bool:
-    with socket.socket() as probe:
-        return probe.connect_ex(("127.0.0.1", port)) == 0
-
-
-def set_port(settings: Path, port: int) -> None:
-    text, count = re.subn(r'(namestring="AttachedPort" valuestring=")\d+', rf"\g<1>{port}",
-                          settings.read_text())
-    if count != 1:
-        raise BenchError(f"no port in {settings}")
-    settings.write_text(text)
 
 
 def has_descriptors(count: int) -> bool:
@@ -263,20 +177,11 @@ def has_descriptors(count: int) -> bool:
     return resource.getrlimit(resource.RLIMIT_NOFILE)[1] >= count + 100
 
 
-def interrupt(*_: object) -> NoReturn:
-    # Once only: what follows is the ending of all that was started.
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        signal.signal(number, signal.SIG_IGN)
-    raise KeyboardInterrupt
-
-
 def parser_of(description: str, rounds: int, seconds: float = 3) -> argparse.ArgumentParser:
     """The options that all the scripts have."""
     parser = argparse.ArgumentParser(description=description)
-    parser.add_argument("--programs", type=Path, required=True, help="folder of the programs")
-    parser.add_argument("--data", type=Path, required=True,
-                        help="data folder with the networks Bench1 to Bench100 and Idle1 to "
-                        "Idle100, of which every server gets a copy")
+    parser.add_argument("--programs", type=Path, default=PROGRAMS,
+                        help="folder of the programs (build/release/bin)")
     parser.add_argument("--seconds", type=float, default=seconds,
                         help=f"of each run ({seconds})")
     parser.add_argument("--rounds", type=int, default=rounds, help=f"runs of each ({rounds})")
@@ -286,18 +191,4 @@ def parser_of(description: str, rounds: int, seconds: float = 3) -> argparse.Arg
 @contextlib.contextmanager
 def bench_of(options: argparse.Namespace) -> Iterator[Bench]:
     with tempfile.TemporaryDirectory() as scratch:
-        yield Bench(options.programs, options.data, Path(scratch), options.seconds, options.rounds)
-
-
-def run(main: Callable[[], None]) -> NoReturn:
-    """Runs a script's main function so that it ends cleanly, whatever ends it."""
-    # Set, not inherited: a shell starts background programs with SIGINT ignored.
-    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
-        signal.signal(number, interrupt)
-    try:
-        main()
-        sys.exit()
-    except BenchError as error:
-        sys.exit(f"{Path(sys.argv[0]).name}: {error}")
-    except KeyboardInterrupt:
-        sys.exit(130)
+        yield Bench(options.programs, Path(scratch), options.seconds, options.rounds)

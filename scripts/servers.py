@@ -1,0 +1,191 @@
+"""Servers with data folders of their own, and other programs beside them, for all scripts.
+
+Whatever a script starts, it starts inside a `with`, and it is ended there, however the block is
+left.
+"""
+
+import contextlib
+import os
+import random
+import signal
+import socket
+import sqlite3
+import subprocess
+import sys
+import time
+from pathlib import Path
+from typing import Callable, Dict, Iterable, Iterator, List, NoReturn, Optional, Sequence
+from xml.sax.saxutils import quoteattr
+
+ROOT = Path(__file__).resolve().parent.parent
+PROGRAMS = ROOT / "build/release/bin"
+PASSWORD = "demo"
+
+
+class Failure(Exception):
+    """What a script could not be done for; ends it."""
+
+
+def say(words: str) -> None:
+    print(f"== {words}", flush=True)
+
+
+# ---- processes
+
+@contextlib.contextmanager
+def running(command: Sequence[object], **options) -> Iterator[subprocess.Popen]:
+    # In a session of its own: Ctrl+C at the terminal is for the script alone, which then ends one
+    # after the other.
+    process = subprocess.Popen([str(word) for word in command], start_new_session=True, **options)
+    try:
+        yield process
+    finally:
+        end(process)
+        if process.stdout:
+            process.stdout.close()
+
+
+def end(process: subprocess.Popen, patience: float = 15) -> int:
+    """Asks the process, and what it started in its session, to end, insists after a while, returns
+    its exit code."""
+    if process.poll() is None:
+        os.killpg(process.pid, signal.SIGTERM)
+        try:
+            process.wait(patience)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+    return process.wait()
+
+
+@contextlib.contextmanager
+def listening(name: str, command: Sequence[object], port: int,
+              **options) -> Iterator[subprocess.Popen]:
+    """A program that listens on the port."""
+    with running(command, **options) as process:
+        wait_until(lambda: process.poll() is not None or answers(port), 10,
+                   f"the {name} did not come up")
+        if process.poll() is not None:
+            raise Failure(f"the {name} did not come up")
+        yield process
+
+
+def wait_until(condition: Callable[[], bool], patience: float, failure: str,
+               interval: float = 0.05) -> None:
+    deadline = time.monotonic() + patience
+    while not condition():
+        if time.monotonic() > deadline:
+            raise Failure(failure)
+        time.sleep(interval)
+
+
+def free_port() -> int:
+    """A port that nobody uses, below those that the system gives out by itself."""
+    while True:
+        port = random.randrange(20000, 32000)
+        with socket.socket() as probe, contextlib.suppress(OSError):
+            probe.bind(("", port))
+            return port
+
+
+def answers(port: int) -> bool:
+    with socket.socket() as probe:
+        return probe.connect_ex(("127.0.0.1", port)) == 0
+
+
+# ---- servers
+
+def make_data_folder(folder: Path, port: int, networks: Iterable[str],
+                     settings: Optional[Dict[str, str]] = None) -> None:
+    """One whose server listens on that port of all addresses, with networks of the password
+    PASSWORD."""
+    subprocess.run([ROOT / "packaging/prepare-data-folder", folder], check=True)
+    change_database(folder, "INSERT INTO networks (name, pass, users, enabled) "
+                    "VALUES (?, ?, 100000, 1)", [(name, PASSWORD) for name in networks])
+    values = {"AttachedNIC": "none", "AttachedPort": str(port), **(settings or {})}
+    lines = [f"  <setting namestring={quoteattr(name)} valuestring={quoteattr(value)}/>\n"
+             for name, value in values.items()]
+    (folder / "Corvane Server.xml").write_text(
+        f'<?xml version="1.0" encoding="UTF-8"?>\n<settings>\n{"".join(lines)}</settings>\n',
+        encoding="utf-8")
+
+
+def change_database(folder: Path, statement: str, rows: Iterable[tuple] = ((),)) -> None:
+    with contextlib.closing(sqlite3.connect(folder / "serverdb.rsd")) as database, database:
+        database.executemany(statement, rows)
+
+
+@contextlib.contextmanager
+def server_on(folder: Path, environment: Dict[str, str], programs: Path = PROGRAMS,
+              prefix: Sequence[str] = ()) -> Iterator[subprocess.Popen]:
+    """A server that listens, on a data folder, with its lines in server.log there. `prefix` is a
+    command that starts it."""
+    log = folder / "server.log"
+    words = (b"Listening...", b"Server Error")
+    with log.open("wb") as output, \
+            running([*prefix, programs / "corvane-server"], stdout=output,
+                    stderr=subprocess.STDOUT,
+                    env=dict(environment, XDG_DATA_HOME=str(folder))) as process:
+        wait_until(lambda: process.poll() is not None
+                   or any(word in log.read_bytes() for word in words),
+                   30, "the server did not come up")
+        if words[0] not in log.read_bytes():
+            raise Failure("the server did not come up:\n" + log.read_text(errors="replace"))
+        yield process
+        if end(process) != 0:
+            raise Failure(f"the server ended with code {process.returncode}:\n"
+                          + log.read_text(errors="replace")[-2000:])
+
+
+@contextlib.contextmanager
+def players_at(port: int, networks: Iterable[str], log: Path,
+               *arguments: object) -> Iterator[subprocess.Popen]:
+    """Players for somebody to look at."""
+    names: List[object] = [word for network in networks for word in ("--network", network)]
+    with log.open("wb") as output, \
+            running([PROGRAMS / "corvane-swarm", "demo", "--port", port, "--password", PASSWORD,
+                     *names, *arguments], stdout=output, stderr=subprocess.STDOUT) as process:
+        yield process
+
+
+@contextlib.contextmanager
+def map_of(folder: Path, port: int, network: str,
+           environment: Dict[str, str]) -> Iterator[subprocess.Popen]:
+    """The map of a network for Guide, whom it makes an administrator there, on a picture of its
+    own."""
+    change_database(folder, "INSERT INTO admins (name, address, network) VALUES (?, ?, ?)",
+                    [("Guide", "127.0.0.1", network)])
+    with (folder / "map.log").open("wb") as output, \
+            running([PROGRAMS / "corvane-map", "--server", "127.0.0.1", "--port", port,
+                     "--network", network, "--user", "Guide",
+                     "--map", ROOT / "packaging/demo/isle.png", "--map-frame", "0,0,4"],
+                    stdout=output, stderr=subprocess.STDOUT,
+                    env=dict(environment, XDG_DATA_HOME=str(folder), XDG_CACHE_HOME=str(folder),
+                             CORVANE_MAP_PASSWORD=PASSWORD)) as process:
+        yield process
+
+
+# ---- scripts
+
+def interrupt(*_: object) -> NoReturn:
+    # Once only: what follows is the ending of all that was started.
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.SIG_IGN)
+    raise KeyboardInterrupt
+
+
+def run(main: Callable[[], None]) -> NoReturn:
+    """Runs a script's main function so that it ends cleanly, whatever ends it."""
+    # Set, not inherited: a shell starts background programs with SIGINT ignored.
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, interrupt)
+    try:
+        main()
+        sys.exit()
+    except Failure as failure:
+        sys.exit(f"{Path(sys.argv[0]).name}: {failure}")
+    except KeyboardInterrupt:
+        sys.exit(130)
+    except BrokenPipeError:
+        # Whoever read what was said is gone; so is what would be said at the end.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        sys.exit(1)
