@@ -17,10 +17,31 @@ endif()
 
 # corvane_library(NAME SOURCES file... LINK library...)
 #
-# One layer of the program. LINK names everything that the layer may use: a
-# header of a layer that is not linked compiles, but its functions do not link.
+# One layer of the program. LINK names every library of the tree whose headers the layer's files
+# include: scripts/check-includes holds them to it, since nothing else would. (All headers are
+# found, and a static library's functions are, wherever the program has it from.)
 function(corvane_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
   add_library(${name} STATIC ${arg_SOURCES})
   target_link_libraries(${name} PUBLIC corvane_options ${arg_LINK})
+endfunction()
+
+# corvane_write_link_lists(FOLDER FILE)
+#
+# Writes for scripts/check-includes a line for each target of the folder and those below it, at the
+# end of the file: name, type, folder, source files and what it links, with a "|" between them.
+function(corvane_write_link_lists folder file)
+  get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
+  foreach(target ${targets})
+    set(line ${target})
+    foreach(property TYPE SOURCE_DIR SOURCES LINK_LIBRARIES)
+      get_property(value TARGET ${target} PROPERTY ${property})
+      string(APPEND line "|${value}")
+    endforeach()
+    file(APPEND ${file} "${line}\n")
+  endforeach()
+  get_property(subfolders DIRECTORY ${folder} PROPERTY SUBDIRECTORIES)
+  foreach(subfolder ${subfolders})
+    corvane_write_link_lists(${subfolder} ${file})
+  endforeach()
 endfunction()
