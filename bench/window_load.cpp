@@ -17,6 +17,7 @@
 #include "console/application.h"
 #include "console/wnd_main.h"
 #include "server/app.h"
+#include "tests/support/other_program.h"
 
 namespace {
 
@@ -54,7 +55,9 @@ void TakeTurn(wndMain& window, int& coming, int& going) {
 int main(int argc, char** argv) {
   LoadedApplication application(argc, argv);
   const QTemporaryDir folder;
+  MakeDatabase(folder.filePath("serverdb.rsd"));
   App app(folder.path(), MessageToStandardError);
+  if (!app.Open()) return 1;
   wndMain window(app, [] { return true; });
   window.show();
 
