@@ -8,7 +8,7 @@
 namespace corvane {
 namespace {
 
-std::vector<RecordsModel::Record> Records(Operator& actions) {
+std::vector<RecordsModel::Record> AdminRecords(Operator& actions) {
   std::vector<RecordsModel::Record> records;
   const auto all = actions.Admins();
   if (!all) return records;
@@ -27,7 +27,7 @@ wndViewAdmins::wndViewAdmins(Operator& actions, QWidget& owner)
     : RecordsDialog(
           QStringLiteral("wndViewAdmins"), QStringLiteral("View Admins"),
           {QStringLiteral("Name"), QStringLiteral("Network"), QStringLiteral("Address")},
-          Records(actions),
+          AdminRecords(actions),
           [&actions](const std::vector<std::int64_t>& ids) {
             std::ignore = actions.DeleteAdmins(ids);
           },

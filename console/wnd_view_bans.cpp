@@ -9,7 +9,7 @@
 namespace corvane {
 namespace {
 
-std::vector<RecordsModel::Record> Records(Operator& actions) {
+std::vector<RecordsModel::Record> BanRecords(Operator& actions) {
   std::vector<RecordsModel::Record> records;
   const auto all = actions.Bans();
   if (!all) return records;
@@ -29,7 +29,7 @@ wndViewBans::wndViewBans(Operator& actions, QWidget& owner)
           QStringLiteral("wndViewBans"), QStringLiteral("View Bans"),
           {QStringLiteral("Address"), QStringLiteral("By"), QStringLiteral("Reason"),
            QStringLiteral("Date")},
-          Records(actions),
+          BanRecords(actions),
           [&actions](const std::vector<std::int64_t>& ids) { std::ignore = actions.LiftBans(ids); },
           owner),
       lstBans(myList) {}
