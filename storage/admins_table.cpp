@@ -4,6 +4,10 @@ namespace corvane {
 
 bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
                           const std::string& address) {
+  if (myValues == StatementValues::Bound) {
+    return myConnection.HasRowWith("SELECT * FROM admins WHERE name=? AND network=? AND address=?",
+                                   {name, network, address});
+  }
   return myConnection.HasRowForOutsider("SELECT * FROM admins WHERE name='" + name +
                                             "' AND network='" + network + "' AND address='" +
                                             address + "'",
@@ -33,9 +37,15 @@ std::optional<std::vector<AdminsTable::Admin>> AdminsTable::All() {
 
 bool AdminsTable::Delete(const std::vector<std::int64_t>& ids) {
   if (ids.empty()) return true;
+  const std::string statement = "DELETE FROM admins WHERE id=";
+  const auto remove = [&](std::int64_t id) {
+    return myValues == StatementValues::Bound
+               ? myConnection.SQLExecute(statement + "?", {id})
+               : myConnection.SQLExecute(statement + std::to_string(id));
+  };
   bool works = myConnection.Begin();
   for (const std::int64_t id : ids)
-    works = works && myConnection.SQLExecute("DELETE FROM admins WHERE id=" + std::to_string(id));
+    works = works && remove(id);
   return myConnection.Commit() && works;
 }
 

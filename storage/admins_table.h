@@ -6,11 +6,11 @@
 #include <vector>
 
 #include "storage/database_connection.h"
+#include "storage/statement_values.h"
 
 namespace corvane {
 
-// The statements on the table "admins". Values are put into the texts as they stand, unescaped:
-// this is deliberate. What changes the table returns whether it worked.
+// The statements on the table "admins". What changes the table returns whether it worked.
 class AdminsTable {
  public:
   struct Admin {
@@ -20,7 +20,9 @@ class AdminsTable {
     std::string address;
   };
 
-  explicit AdminsTable(DatabaseConnection& connection) : myConnection(connection) {}
+  explicit AdminsTable(DatabaseConnection& connection,
+                       StatementValues values = StatementValues::Pasted)
+      : myConnection(connection), myValues(values) {}
 
   // Whether the user of that name, on that network and from that address, was made administrator.
   // The name is an outsider's text.
@@ -37,6 +39,7 @@ class AdminsTable {
 
  private:
   DatabaseConnection& myConnection;
+  StatementValues myValues;
 };
 
 }  // namespace corvane

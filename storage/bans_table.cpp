@@ -4,7 +4,7 @@ namespace corvane {
 
 bool BansTable::IsBanned(const std::string& address) {
   // An address is digits and dots, so this is what the text with the address in it would give.
-  return myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", address);
+  return myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address});
 }
 
 bool BansTable::Add(const Ban& ban) {
@@ -31,6 +31,9 @@ std::optional<std::vector<BansTable::Ban>> BansTable::All() {
 }
 
 bool BansTable::Delete(const std::string& id) {
+  if (myValues == StatementValues::Bound) {
+    return myConnection.SQLExecute("DELETE FROM bans WHERE id=?", {id});
+  }
   return myConnection.SQLExecute("DELETE FROM bans WHERE id=" + id);
 }
 

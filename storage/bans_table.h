@@ -8,11 +8,11 @@
 #include <QDateTime>
 
 #include "storage/database_connection.h"
+#include "storage/statement_values.h"
 
 namespace corvane {
 
-// The statements on the table "bans". Values are put into the texts as they stand, unescaped: this
-// is deliberate. What changes the table returns whether it worked.
+// The statements on the table "bans". What changes the table returns whether it worked.
 class BansTable {
  public:
   struct Ban {
@@ -24,7 +24,9 @@ class BansTable {
     std::string network;  // of the user who was banned
   };
 
-  explicit BansTable(DatabaseConnection& connection) : myConnection(connection) {}
+  explicit BansTable(DatabaseConnection& connection,
+                     StatementValues values = StatementValues::Pasted)
+      : myConnection(connection), myValues(values) {}
 
   // Whether any row names the address, whatever its network, date and length.
   bool IsBanned(const std::string& address);
@@ -35,7 +37,7 @@ class BansTable {
   // All bans in the database's order; none when the query fails.
   std::optional<std::vector<Ban>> All();
 
-  // `id` is a number as text and goes into the statement as it stands.
+  // `id` is a number as text.
   [[nodiscard]] bool Delete(const std::string& id);
 
   // Lifts several bans and commits once.
@@ -43,6 +45,7 @@ class BansTable {
 
  private:
   DatabaseConnection& myConnection;
+  StatementValues myValues;
 };
 
 }  // namespace corvane

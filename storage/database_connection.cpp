@@ -34,6 +34,14 @@ int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
   return sqlite3_bind_null(statement, index);
 }
 
+// The statement only points to the values.
+int Bind(sqlite3_stmt* statement, const DatabaseConnection::Values& values) {
+  int result = SQLITE_OK;
+  for (std::size_t i = 0; i < values.size() && result == SQLITE_OK; ++i)
+    result = Bind(statement, static_cast<int>(i + 1), values[i]);
+  return result;
+}
+
 DatabaseValue ColumnValue(sqlite3_stmt* statement, int column) {
   switch (sqlite3_column_type(statement, column)) {
     case SQLITE_NULL:
@@ -91,7 +99,7 @@ DatabaseConnection::~DatabaseConnection() {
 }
 
 void DatabaseConnection::Close() {
-  myKeptStatement.reset();
+  myKept.clear();
   sqlite3_close(myDatabase);
   myDatabase = nullptr;
 }
@@ -121,10 +129,12 @@ bool DatabaseConnection::Connect(const QString& file) {
   return false;
 }
 
-std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view query) {
+std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view query,
+                                                            const Values& values) {
   int result = SQLITE_OK;
   const Statement statement = Prepare(query, result);
-  if (!statement) {
+  if (statement) result = Bind(statement.get(), values);
+  if (result != SQLITE_OK) {
     FailWith(result);
     return std::nullopt;
   }
@@ -152,18 +162,19 @@ bool DatabaseConnection::HasRow(std::string_view query) {
   return statement ? HasRow(statement.get()) : FailWith(result);
 }
 
-bool DatabaseConnection::HasRowWith(std::string_view query, const std::string& value) {
-  int result = SQLITE_OK;
-  if (!myKeptStatement || myKeptQuery != query) {
-    myKeptStatement = Prepare(query, result);
-    myKeptQuery = query;
+bool DatabaseConnection::HasRowWith(std::string_view query, const Values& values) {
+  auto kept = myKept.find(query);
+  if (kept == myKept.end()) {
+    int result = SQLITE_OK;
+    Statement prepared = Prepare(query, result);
+    if (!prepared) return FailWith(result);
+    kept = myKept.emplace(query, std::move(prepared)).first;
   }
-  if (!myKeptStatement) return FailWith(result);
-  const DatabaseValue text = value;  // the statement only points to it
-  Bind(myKeptStatement.get(), 1, text);
-  const bool hasRow = HasRow(myKeptStatement.get());
-  sqlite3_reset(myKeptStatement.get());  // gives the lock back
-  sqlite3_clear_bindings(myKeptStatement.get());
+  sqlite3_stmt* const statement = kept->second.get();
+  const int result = Bind(statement, values);
+  const bool hasRow = result == SQLITE_OK ? HasRow(statement) : FailWith(result);
+  sqlite3_reset(statement);  // gives the lock back
+  sqlite3_clear_bindings(statement);
   return hasRow;
 }
 
@@ -182,43 +193,45 @@ bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_v
   return guard.IsRefused() ? FailWith(SQLITE_AUTH) : HasRow(query);
 }
 
-std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query) {
+std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query,
+                                                                   const Values& values) {
   // Both selects see the same rows: they share one read transaction.
   const bool isOwnTransaction = myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) != 0;
   if (isOwnTransaction) sqlite3_exec(myDatabase, "BEGIN", nullptr, nullptr, nullptr);
-  std::optional<DatabaseCursor> cursor = SQLSelect(query);
+  std::optional<DatabaseCursor> cursor = SQLSelect(query, values);
   if (!cursor) Complain();
-  if (cursor && query.starts_with(kSelectAll)) TakeIdentities(*cursor, query);
+  if (cursor && query.starts_with(kSelectAll)) TakeIdentities(*cursor, query, values);
   if (isOwnTransaction) sqlite3_exec(myDatabase, "COMMIT", nullptr, nullptr, nullptr);
   return cursor;
 }
 
-void DatabaseConnection::TakeIdentities(DatabaseCursor& cursor, std::string_view query) {
+void DatabaseConnection::TakeIdentities(DatabaseCursor& cursor, std::string_view query,
+                                        const Values& values) {
   const std::string behindStar(query.substr(std::string_view("SELECT *").size()));
-  const auto identified = SQLSelect("SELECT _rowid_,*" + behindStar);
+  const auto identified = SQLSelect("SELECT _rowid_,*" + behindStar, values);
   Succeed();
   if (!identified || identified->myRows.size() != cursor.myRows.size()) return;
   for (std::size_t i = 0; i < cursor.myRows.size(); ++i) {
     DatabaseCursor::Row& row = cursor.myRows[i];
-    const std::vector<DatabaseValue>& values = identified->myRows[i].values;
+    const std::vector<DatabaseValue>& read = identified->myRows[i].values;
     // A text that holds more than a plain select may give other rows this way.
-    const auto* const identity = std::get_if<std::int64_t>(&values.front());
+    const auto* const identity = std::get_if<std::int64_t>(&read.front());
     if (identity == nullptr ||
-        !std::equal(values.begin() + 1, values.end(), row.values.begin(), row.values.end()))
+        !std::equal(read.begin() + 1, read.end(), row.values.begin(), row.values.end()))
       return;
     row.identity = *identity;
   }
   cursor.myTable = TableOf(query);
 }
 
-bool DatabaseConnection::SQLExecute(std::string_view statement) {
-  return Run(statement, {});
+bool DatabaseConnection::SQLExecute(std::string_view statement, const Values& values) {
+  return Run(statement, values);
 }
 
 bool DatabaseConnection::InsertRecord(std::string_view table, const DatabaseRecord& record) {
   std::string columns;
   std::string places;
-  std::vector<DatabaseValue> values;
+  Values values;
   for (const auto& [column, value] : record.Columns()) {
     columns += (columns.empty() ? "" : ",") + QuotedIdentifier(column);
     places += places.empty() ? "?" : ",?";
@@ -242,13 +255,11 @@ bool DatabaseConnection::Commit() {
   return false;
 }
 
-bool DatabaseConnection::Run(std::string_view statement, const std::vector<DatabaseValue>& values) {
+bool DatabaseConnection::Run(std::string_view statement, const Values& values) {
   int result = SQLITE_OK;
   const Statement prepared = Prepare(statement, result);
   if (!prepared) return Complain(result);
-  for (std::size_t i = 0; i < values.size() && result == SQLITE_OK; ++i) {
-    result = Bind(prepared.get(), static_cast<int>(i + 1), values[i]);
-  }
+  result = Bind(prepared.get(), values);
   if (result != SQLITE_OK) return Complain(result);
   do {
     result = sqlite3_step(prepared.get());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,9 @@ namespace corvane {
 // "database: " and why, the same at most once a second.
 class DatabaseConnection {
  public:
+  // For the "?" of a statement, in their order.
+  using Values = std::vector<DatabaseValue>;
+
   DatabaseConnection() = default;
   ~DatabaseConnection();
   DatabaseConnection(const DatabaseConnection&) = delete;
@@ -39,24 +43,24 @@ class DatabaseConnection {
   bool IsConnected() const { return myDatabase != nullptr; }
 
   // Runs one query exactly as given; none when it fails.
-  std::optional<DatabaseCursor> SQLSelect(std::string_view query);
+  std::optional<DatabaseCursor> SQLSelect(std::string_view query, const Values& values = {});
 
   // The same for a query that starts with "SELECT * FROM", with each row's identity taken along on
   // the side, so that the cursor can change its rows.
-  std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query);
+  std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query, const Values& values = {});
 
   // Whether one query, run exactly as given, succeeds and yields a row.
   bool HasRow(std::string_view query);
 
-  // The same for a query with one "?" in the place of a text. The last such query is kept prepared.
-  bool HasRowWith(std::string_view query, const std::string& value);
+  // The same for a query with values, which is kept prepared: for the few whose texts never change.
+  bool HasRowWith(std::string_view query, const Values& values);
 
   // The same as HasRow for a query that starts with "SELECT * FROM" and holds a text of outsiders',
   // who could otherwise hold up the server, or end it: fails where OutsiderGuard says so.
   bool HasRowForOutsider(std::string_view query, std::string_view outsiders);
 
   // Runs one statement that has no result.
-  [[nodiscard]] bool SQLExecute(std::string_view statement);
+  [[nodiscard]] bool SQLExecute(std::string_view statement, const Values& values = {});
 
   // Adds a row.
   [[nodiscard]] bool InsertRecord(std::string_view table, const DatabaseRecord& record);
@@ -86,9 +90,9 @@ class DatabaseConnection {
   bool HasRow(sqlite3_stmt* statement);
   void Close();
   // Runs a statement of our own with bound values; returns whether it succeeded.
-  bool Run(std::string_view statement, const std::vector<DatabaseValue>& values);
+  bool Run(std::string_view statement, const Values& values);
   // Gives the cursor its rows' identities where the query allows it.
-  void TakeIdentities(DatabaseCursor& cursor, std::string_view query);
+  void TakeIdentities(DatabaseCursor& cursor, std::string_view query, const Values& values);
   // Set or clear the error; they return what the operation that ends there returns.
   bool Fail(std::string message);
   bool FailWith(int result);
@@ -100,8 +104,7 @@ class DatabaseConnection {
 
   LockPatience myPatience;
   sqlite3* myDatabase = nullptr;
-  std::string myKeptQuery;
-  Statement myKeptStatement;
+  std::map<std::string, Statement, std::less<>> myKept;  // by their texts
   bool myError = false;
   std::string myErrorMessage;
   std::string myLastComplaint;

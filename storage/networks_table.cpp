@@ -2,13 +2,11 @@
 
 namespace corvane {
 
-namespace {
-
-std::string QueryByName(const std::string& name) {
-  return "SELECT * FROM networks WHERE name='" + name + "'";
+std::optional<DatabaseCursor> NetworksTable::SelectByName(const std::string& name) {
+  const std::string query = "SELECT * FROM networks WHERE name=";
+  if (myValues == StatementValues::Bound) return myConnection.SQLSelectForEdit(query + "?", {name});
+  return myConnection.SQLSelectForEdit(query + "'" + name + "'");
 }
-
-}  // namespace
 
 std::optional<DatabaseCursor> NetworksTable::All() {
   return myConnection.SQLSelect("SELECT * FROM networks");
@@ -26,7 +24,7 @@ bool NetworksTable::Add(const std::string& name, const std::string& password, st
 
 bool NetworksTable::Change(const std::string& name, const std::string& password,
                            std::int32_t maxUsers, bool enabled) {
-  std::optional<DatabaseCursor> row = myConnection.SQLSelectForEdit(QueryByName(name));
+  std::optional<DatabaseCursor> row = SelectByName(name);
   if (!row || row->EndOfRows()) return row.has_value();
   row->Edit();
   row->SetText("pass", password);
@@ -36,7 +34,7 @@ bool NetworksTable::Change(const std::string& name, const std::string& password,
 }
 
 bool NetworksTable::Delete(const std::string& name) {
-  std::optional<DatabaseCursor> row = myConnection.SQLSelectForEdit(QueryByName(name));
+  std::optional<DatabaseCursor> row = SelectByName(name);
   if (!row || row->EndOfRows()) return row.has_value();
   return row->DeleteRecord() && myConnection.Commit();
 }

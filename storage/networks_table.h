@@ -5,15 +5,17 @@
 #include <string>
 
 #include "storage/database_connection.h"
+#include "storage/statement_values.h"
 
 namespace corvane {
 
-// The statements on the table "networks". The name is the key of every query and is put into the
-// text as it stands, unescaped: this is deliberate. What changes the table returns whether it
-// worked; a name that no row has changes nothing and counts as such.
+// The statements on the table "networks". The name is the key of every query. What changes the
+// table returns whether it worked; a name that no row has changes nothing and counts as such.
 class NetworksTable {
  public:
-  explicit NetworksTable(DatabaseConnection& connection) : myConnection(connection) {}
+  explicit NetworksTable(DatabaseConnection& connection,
+                         StatementValues values = StatementValues::Pasted)
+      : myConnection(connection), myValues(values) {}
 
   // All rows; columns "name", "pass", "users", "enabled". None when the query fails.
   std::optional<DatabaseCursor> All();
@@ -29,7 +31,10 @@ class NetworksTable {
   [[nodiscard]] bool Delete(const std::string& name);
 
  private:
+  std::optional<DatabaseCursor> SelectByName(const std::string& name);
+
   DatabaseConnection& myConnection;
+  StatementValues myValues;
 };
 
 }  // namespace corvane

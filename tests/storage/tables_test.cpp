@@ -70,6 +70,28 @@ TEST_F(TablesTest, QuoteInANameChangesTheStatement) {
   EXPECT_TRUE(admins.IsAdmin("x' OR '1'='1' --", "", ""));
 }
 
+TEST_F(DatabaseTest, BoundValueIsNeverMoreThanAValue) {
+  EXPECT_TRUE(connection.Connect(file));
+  NetworksTable networks(connection, StatementValues::Bound);
+  BansTable bans(connection, StatementValues::Bound);
+  AdminsTable admins(connection, StatementValues::Bound);
+  EXPECT_TRUE(networks.Add("it's", "secret", 5, true) && networks.Add("home", "secret", 5, true));
+  EXPECT_TRUE(networks.Change("it's", "new", 1, false));
+  EXPECT_TRUE(networks.Delete("x' OR name='home"));
+  EXPECT_EQ(Run("SELECT * FROM networks"), "it's|new|1|0;home|secret|5|1;");
+  EXPECT_TRUE(networks.Delete("it's"));
+  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home") && admins.Add("o'p", "10.0.0.1", "home"));
+  EXPECT_FALSE(admins.IsAdmin("x' OR '1'='1' --", "home", "10.0.0.1"));
+  EXPECT_TRUE(admins.IsAdmin("o'p", "home", "10.0.0.1"));
+  EXPECT_TRUE(bans.Add({0, "10.0.0.1", "", "", {}, ""}) &&
+              bans.Add({0, "10.0.0.2", "", "", {}, ""}));
+  EXPECT_TRUE(bans.Delete("id OR 1") && bans.Delete("1") && admins.Delete({1}));
+  EXPECT_TRUE(bans.IsBanned("10.0.0.2") && admins.IsAdmin("o'p", "home", "10.0.0.1"));
+  EXPECT_EQ(
+      Run("SELECT name FROM networks") + Run("SELECT id FROM bans") + Run("SELECT id FROM admins"),
+      "home;2;2;");
+}
+
 TEST_F(TablesTest, NameThatIsMoreThanANameTakesLittleAndReadsGrantsOnly) {
   EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));  // without a row nothing is evaluated
   for (const char* text : {"x' OR '1'='1' --", "x' UNION SELECT 1,2,3,4 --",
