@@ -62,7 +62,7 @@ void EasyTCPSocket::Event_Error() {
 void EasyTCPSocket::ProcessData() {
   std::size_t whole = 0;  // bytes of the messages found so far that are to be queued
   for (;;) {
-    const Frame frame = ReadFrame(mDataBuffer.Bytes().substr(whole));
+    const Frame frame = ReadFrame(mDataBuffer.Bytes().substr(whole), myLongestMessage);
     if (frame.state == Frame::State::Malformed) return Close();
     if (frame.state == Frame::State::Incomplete) break;
     if (AnswerWait(frame)) {

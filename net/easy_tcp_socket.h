@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,9 +17,9 @@ namespace corvane {
 // A connection that carries whole messages, each a command number with a payload of bytes (see
 // frame.h), in place of a stream: raw reading and writing is refused. Messages are cut as their
 // bytes arrive and delivered one a pass, in order; the peer is read again when all are delivered.
-// A length that no message can have closes the connection. Nothing is delivered while the peer has
-// yet to take as much as a connection may hold. What a peer that has gone left behind
-// is not waited for longer than two seconds, where its messages are delayed.
+// A length that no message can or may have closes the connection. Nothing is delivered while the
+// peer has yet to take as much as a connection may hold. What a peer that has gone left behind is
+// not waited for longer than two seconds, where its messages are delayed.
 class EasyTCPSocket : public TCPSocket, public _Pollable {
  public:
   explicit EasyTCPSocket(PollLoop& loop);
@@ -60,6 +61,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   // Asked before a message is delivered: how long it has to wait. It is asked again then.
   virtual PollLoop::Clock::duration MustWait(std::int32_t /*command*/) { return {}; }
 
+  // The longest whole message, in bytes, that may arrive from now on.
+  void LimitMessages(std::size_t longest) { myLongestMessage = longest; }
+
   // While held, messages queue up and none is delivered.
   void HoldMessages(bool held);
   // Holds them for so long.
@@ -90,6 +94,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   std::string mCommandResponse;
   std::int32_t mWaitForThisCommand = -1;
   bool mWaitingForACommand = false;
+  std::size_t myLongestMessage = std::numeric_limits<std::size_t>::max();
   bool myIsDispatching = false;
   bool myIsHeld = false;
   int myDelays = 0;                                      // that have not passed yet

@@ -9,15 +9,15 @@ constexpr std::size_t kLengthBytes = 4;
 
 }  // namespace
 
-Frame ReadFrame(std::string_view bytes) {
+Frame ReadFrame(std::string_view bytes, std::size_t longest) {
   Frame frame;
   if (bytes.size() < kLengthBytes) return frame;
   const auto length = qFromBigEndian<qint32>(bytes.data());
-  if (length < static_cast<qint32>(kFrameHeaderBytes)) {
+  const auto total = static_cast<std::size_t>(length);
+  if (length < static_cast<qint32>(kFrameHeaderBytes) || total > longest) {
     frame.state = Frame::State::Malformed;
     return frame;
   }
-  const auto total = static_cast<std::size_t>(length);
   if (bytes.size() < total) return frame;
   frame.state = Frame::State::Whole;
   frame.length = total;

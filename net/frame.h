@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -21,8 +22,10 @@ struct Frame {
 };
 
 // Reads the message at the start of the bytes. Malformed means a length that no message can have
-// (less than its own header); any other length waits for its bytes. Looks at the header only.
-Frame ReadFrame(std::string_view bytes);
+// (less than its own header) or may have (more than `longest`); any other length waits for its
+// bytes. Looks at the header only.
+Frame ReadFrame(std::string_view bytes,
+                std::size_t longest = std::numeric_limits<std::size_t>::max());
 
 // The bytes of one message.
 std::string CreateFrame(std::int32_t command, std::string_view payload);

@@ -170,6 +170,7 @@ void ServerSocket::AcceptOne() {
   if (accepted.error == 0) {
     myIsExhausted = false;
     myLastAccepted = accepted.handle;
+    if (!Event_Accepted(accepted.peer)) return os::CloseSocket(accepted.handle);
     myArrived.push_back(accepted);
   } else if (os::WouldBlock(accepted.error)) {
     myIsReadable = false;
@@ -181,7 +182,9 @@ void ServerSocket::AcceptOne() {
 }
 
 void ServerSocket::HandOff(const os::Accepted& accepted) {
-  if (!myPool.CanHandOff()) return os::CloseSocket(accepted.handle);
+  if (!myPool.CanHandOff() || !Event_Accepted(accepted.peer)) {
+    return os::CloseSocket(accepted.handle);
+  }
   const std::shared_ptr<TCPSocket> socket = myPool.HandOff();
   socket->myListener = std::static_pointer_cast<ServerSocket>(shared_from_this());
   socket->myHandOffNumber = ++myLastHandOff;

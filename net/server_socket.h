@@ -54,8 +54,11 @@ class ServerSocket : public SocketCore {
   bool IsListening() const { return myIsListening; }
 
  protected:
-  // Events: one more idle object is needed (nothing may be returned); the listening descriptor
-  // failed; an object entered or left the active list.
+  // Events: a connection was accepted, and whether it may stay: it is asked again before an object
+  // is handed out, and where it may not the connection is closed without a word; one more idle
+  // object is needed (nothing may be returned); the listening descriptor failed; an object entered
+  // or left the active list.
+  virtual bool Event_Accepted(const os::Endpoint& /*peer*/) { return true; }
   virtual std::shared_ptr<TCPSocket> Event_AddSocket() = 0;
   virtual void Event_Error(std::int32_t /*code*/) {}
   virtual void Event_HandedOff(const std::shared_ptr<TCPSocket>& /*socket*/) {}

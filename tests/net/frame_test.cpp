@@ -28,6 +28,8 @@ TEST(Frame, LengthDecidesWhatTheBytesAre) {
   for (const auto& [bytes, state] : cases) {
     EXPECT_EQ(ReadFrame(bytes).state, state) << testing::PrintToString(bytes);
   }
+  EXPECT_EQ(ReadFrame("\0\0\0\x9"s, 9).state, Frame::State::Incomplete);
+  EXPECT_EQ(ReadFrame("\0\0\0\x9"s, 8).state, Frame::State::Malformed) << "by its header alone";
 }
 
 }  // namespace
