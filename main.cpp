@@ -1,3 +1,5 @@
+#include <string>
+
 #include <QSystemTrayIcon>
 
 #include "console/application.h"
@@ -9,6 +11,7 @@
 #include "framework/folders.h"
 #include "framework/large_memory.h"
 #include "framework/quit_signals.h"
+#include "framework/standard_error.h"
 #include "framework/standard_streams.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
@@ -28,6 +31,7 @@ int main(int argc, char** argv) {
   application.Quit = [&app] { app.Quit(); };
   const QuitSignals quitSignals([&app] { app.Quit(); });
   if (!app.Open()) return 1;
+  WriteErrorLine("Rules in force: " + std::string(app.RulesInForce().name));
 
   // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);

@@ -1,5 +1,6 @@
 #include "console/my_tray_item.h"
 
+#include <string_view>
 #include <utility>
 
 #include <QApplication>
@@ -7,12 +8,14 @@
 #include <QEvent>
 
 #include "console/wnd_main.h"
+#include "framework/text.h"
 
 namespace corvane {
 
 MyTrayItem::MyTrayItem(wndMain& window, std::function<void()> quit)
     : QSystemTrayIcon(QApplication::windowIcon()), myWindow(window) {
-  setToolTip(window.windowTitle());
+  const std::string_view rules = window.sSocket->RulesInForce().name;
+  setToolTip(QStringLiteral("%1 (%2 rules)").arg(window.windowTitle(), DisplayText(rules)));
   myToggle = myMenu.addAction(QString());
   NameFirstItem();
   myMenu.addSeparator();

@@ -83,7 +83,8 @@ QAction* Named(QAction* action, const char* name) {
 }  // namespace
 
 wndMain::wndMain(App& app, std::function<bool()> hasTray)
-    : sSocket(std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations())),
+    : sSocket(std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations(),
+                                          app.RulesInForce())),
       myActions(app, *sSocket),
       myApp(app),
       myHasTray(std::move(hasTray)) {

@@ -42,6 +42,8 @@ App::~App() = default;
 
 bool App::Open() {
   mySettings.Load();
+  myRules = Rules::FromSettings(mySettings);
+  myNetworkRecords.emplace(myDatabase, myRules->statementValues);
   myLocations.SetServices(mySettings.GetValue("LocatorAddress", ""),
                           mySettings.GetValue("FlagAddress", ""));
   myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
@@ -83,7 +85,7 @@ void App::LoadServerSocket(MapSocket& listener,
   listener.Listen();
   if (!myDatabase.IsConnected()) return Quit();
   // Who connects during this loop finds the networks that are loaded so far.
-  if (auto row = myNetworkRecords.All()) {
+  if (auto row = myNetworkRecords->All()) {
     for (; !row->EndOfRows(); row->MoveNext()) {
       listener.Networks.push_back(std::make_shared<ServerNetworks>(
           row->Text("name"), row->Text("pass"), Clamped(row->Integer("users")),

@@ -14,6 +14,7 @@
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
+#include "server/rules.h"
 #include "storage/app_settings.h"
 #include "storage/database_connection.h"
 #include "storage/networks_table.h"
@@ -30,8 +31,9 @@ class App {
   App(std::optional<QString> dataFolder, MessageBoxFunction showMessage);
   ~App();
 
-  // Loads the settings, makes the update checker and opens the database. What goes wrong is shown
-  // in a message box; then the result is false and the program has to end.
+  // Loads the settings, which say what rules are in force, makes the update checker and opens the
+  // database. What goes wrong is shown in a message box; then the result is false and the program
+  // has to end.
   bool Open();
 
   // Configures the listener from the settings, starts it and fills its Networks from the database,
@@ -51,9 +53,10 @@ class App {
   PollLoop& Loop() { return myLoop; }
   AppSettings& Settings() { return mySettings; }
   DatabaseConnection& serverdb() { return myDatabase; }
-  NetworksTable& NetworkRecords() { return myNetworkRecords; }
   LocationLookup& Locations() { return myLocations; }
   // There once the settings are loaded.
+  const Rules& RulesInForce() const { return *myRules; }
+  NetworksTable& NetworkRecords() { return *myNetworkRecords; }
   VersionChecker& Updates() { return *myUpdates; }
   HttpClient& Http() { return myHttp; }
   MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
@@ -66,7 +69,8 @@ class App {
   MessageBoxFunction myShowMessage;
   AppSettings mySettings;
   DatabaseConnection myDatabase;
-  NetworksTable myNetworkRecords{myDatabase};
+  std::optional<Rules> myRules;
+  std::optional<NetworksTable> myNetworkRecords;
   LocationLookup myLocations;
   HttpClient myHttp;
   std::optional<VersionChecker> myUpdates;

@@ -26,15 +26,23 @@ constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 constexpr std::size_t kLongName = 64 * 1024;
 constexpr std::size_t kNameBytesPerMillisecond = 4096;
 
+bool HasControlCharacter(std::string_view text) {
+  return std::ranges::any_of(DisplayText(text),
+                             [](QChar unit) { return unit.category() == QChar::Other_Control; });
+}
+
 }  // namespace
 
 ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
-    : EasyTCPSocket(loop), myParent(parent) {}
+    : EasyTCPSocket(loop), myParent(parent) {
+  LimitMessages(parent.RulesInForce().longestBeforeLogIn);
+}
 
 ClientSocket::~ClientSocket() = default;
 
 void ClientSocket::Connected() {
   myState = State::Greeting;
+  myParent.Addresses().Enter(RemoteAddress());
   ReportStatus(": Client Connection Initiated...");
   HoldMessages(true);
   GetClientInfo();
@@ -60,9 +68,11 @@ void ClientSocket::Greet(const ClientLocation& location) {
     myState = State::Refused;
     SendMessage(wire::kBan, "Please contact an administrator formore information.");
     ReportStatus(": Client Previously Banned.");
+    ExpectToLeave();
   } else {
     myState = State::WaitingNetwork;
     SendMessage(wire::kNetwork, "Network");
+    myDeadline = myParent.Deadlines().Begin(*this);
   }
   HoldMessages(false);
 }
@@ -81,6 +91,20 @@ void ClientSocket::Close() {
   EasyTCPSocket::Close();
 }
 
+void ClientSocket::ExpectToLeave() {
+  const auto time = myParent.RulesInForce().timeToLeave;
+  if (!time || std::exchange(myIsExpectedToLeave, true)) return;
+  myLoop.CallLater(*time, weak_from_this(), [this] {
+    // One that has left may still send what it holds.
+    if (IsConnected()) Close();
+  });
+}
+
+bool ClientSocket::HearsItsNetwork() const {
+  if (myNetwork == nullptr) return false;
+  return myState == State::LoggedIn || myParent.RulesInForce().isHeardBeforeLogIn;
+}
+
 void ClientSocket::Abandon() {
   myState = State::Gone;
   myLookup.reset();
@@ -90,6 +114,8 @@ void ClientSocket::Abandon() {
 void ClientSocket::Leave() {
   if (myState == State::Idle || myState == State::Gone) return;
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
+  myParent.Deadlines().End(myDeadline);
+  myParent.Addresses().Leave(RemoteAddress(), wasLoggedIn);
   myLookup.reset();
   if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
   myParent.ClientDisconnect(*this);
@@ -119,10 +145,21 @@ void ClientSocket::CompleteOutput() {
 }
 
 PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
+  if (command == wire::kPassword) return PasswordWait();
   const bool asks =
       command == wire::kIsAdmin || (command >= wire::kAdminKick && command <= wire::kAdminLiftBan);
   if (!asks || !myNameIsCode) return {};
   return myParent.CostlyQuestions().Wait();
+}
+
+PollLoop::Clock::duration ClientSocket::PasswordWait() {
+  if (myState != State::WaitingPassword && myState != State::WaitingUserName) return {};
+  const auto now = PollLoop::Clock::now();
+  // Whether it is right shows only then, so that who does not wait for an answer learns nothing.
+  if (!myPasswordTime) myPasswordTime = now + myParent.Addresses().PasswordDelay(RemoteAddress());
+  if (*myPasswordTime > now) return *myPasswordTime - now;
+  myPasswordTime.reset();
+  return {};
 }
 
 void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view data) {
@@ -177,8 +214,10 @@ void ClientSocket::CheckPassword(std::string_view digest) {
   if (myState != State::WaitingPassword && myState != State::WaitingUserName) {
     return RefusePassword();
   }
+  const bool isRight = IsPasswordDigest(digest);
+  if (!isRight) myParent.Addresses().NoteWrongPassword(RemoteAddress());
   // Whoever lost the seat to an earlier failure needs one again.
-  if (IsPasswordDigest(digest) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
+  if (isRight && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::WaitingUserName;
     SendMessage(wire::kUserName, wire::kOk);
   } else {
@@ -192,8 +231,11 @@ void ClientSocket::TakeName(std::string_view userName) {
   if (myState != State::WaitingUserName) return RefuseName(userName);
   std::string folded = FoldText(userName);
   const bool isFree = myParent.Sessions().IsNameFree(folded, *this);
-  if (isFree && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
+  if (isFree && MayBeTaken(userName) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::LoggedIn;
+    LimitMessages(myParent.RulesInForce().longestAfterLogIn);
+    myParent.Deadlines().End(myDeadline);
+    myParent.Addresses().LogIn(RemoteAddress());
     ReportStatus(": User Logged In (", userName, ")");
     SetUsername(userName, std::move(folded));
     myParent.CallUserLoggedIn(*this);
@@ -202,6 +244,10 @@ void ClientSocket::TakeName(std::string_view userName) {
     RefuseName(userName);
     mySeat.Release();
   }
+}
+
+bool ClientSocket::MayBeTaken(std::string_view userName) const {
+  return myParent.RulesInForce().mayNameHoldControls || !HasControlCharacter(userName);
 }
 
 void ClientSocket::RefuseNetwork(std::string_view name) {
@@ -291,7 +337,7 @@ void ClientSocket::SendMembers() {
 
 void ClientSocket::SendBans() {
   std::string records;
-  if (const auto bans = myParent.Bans().All()) {
+  if (const auto bans = ShownBans()) {
     for (const BansTable::Ban& ban : *bans) {
       records += std::to_string(ban.id) + "|" + ban.address + "|" + ban.by + "|" + ban.reason +
                  "|" + ShortDateAndTime(ban.bandate);
@@ -302,8 +348,25 @@ void ClientSocket::SendBans() {
 }
 
 void ClientSocket::LiftBan(std::string_view id) {
+  if (!IsNumeric(id)) return;
+  const std::string number = TextFromNumber(NumberFromText(id));
+  if (!myParent.RulesInForce().areAllBansShown) {
+    const auto shown = ShownBans();
+    const auto isIt = [&](const BansTable::Ban& ban) { return std::to_string(ban.id) == number; };
+    if (!shown || std::ranges::none_of(*shown, isIt)) return;
+  }
   // Whether it worked is not answered.
-  if (IsNumeric(id)) std::ignore = myParent.Bans().Delete(TextFromNumber(NumberFromText(id)));
+  std::ignore = myParent.Bans().Delete(number);
+}
+
+std::optional<std::vector<BansTable::Ban>> ClientSocket::ShownBans() const {
+  auto bans = myParent.Bans().All();
+  if (bans && !myParent.RulesInForce().areAllBansShown) {
+    std::erase_if(*bans, [this](const BansTable::Ban& ban) {
+      return !SameText(ban.network, myNetwork->NetworkName);
+    });
+  }
+  return bans;
 }
 
 void ClientSocket::SetNetwork(NetworkRef network) {
@@ -316,7 +379,8 @@ void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
   const Roster::Change change(myParent.Sessions(), *this);
   myUsername = userName;
   myFoldedUsername = std::move(folded);
-  myNameIsCode = userName.find('\'') != std::string_view::npos;
+  myNameIsCode = myParent.RulesInForce().statementValues == StatementValues::Pasted &&
+                 userName.find('\'') != std::string_view::npos;
 }
 
 void ClientSocket::ReportStatus(std::string_view text, std::string_view quoted,

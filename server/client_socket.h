@@ -3,8 +3,10 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <QDateTime>
 #include <QImage>
@@ -12,6 +14,7 @@
 #include "net/easy_tcp_socket.h"
 #include "server/seat.h"
 #include "server/server_networks.h"
+#include "storage/bans_table.h"
 
 namespace corvane {
 
@@ -61,6 +64,9 @@ class ClientSocket : public EasyTCPSocket {
   // name. Only the session itself changes it.
   NetworkRef myNetwork;
 
+  // Whether it is sent what the network's members are sent.
+  bool HearsItsNetwork() const;
+
   // Its name; empty where there is none.
   std::string NetworkName() const { return myNetwork ? myNetwork->NetworkName : std::string(); }
 
@@ -83,6 +89,10 @@ class ClientSocket : public EasyTCPSocket {
   bool isAdmin() const;
   // Looks up the client's location and greets it then.
   void GetClientInfo();
+
+  // To be called when it was sent a notice upon which clients leave: closes it a while later, where
+  // the rules say so.
+  void ExpectToLeave();
 
   // Ends the connection from our side. The client is sent nothing, no Error is raised. Harmless on
   // a session that is gone.
@@ -118,6 +128,13 @@ class ClientSocket : public EasyTCPSocket {
   void SendBans();
   void LiftBan(std::string_view id);
 
+  // How long a password has to wait before it is looked at.
+  PollLoop::Clock::duration PasswordWait();
+  // Whether the user name may be taken, its being free aside.
+  bool MayBeTaken(std::string_view userName) const;
+  // The bans that its user, an administrator, may see and lift; none when the query fails.
+  std::optional<std::vector<BansTable::Ban>> ShownBans() const;
+
   void SetNetwork(NetworkRef network);
   void SetUsername(std::string_view userName, std::string folded);
   // A status line that begins with the client's address.
@@ -126,6 +143,9 @@ class ClientSocket : public EasyTCPSocket {
 
   State myState = State::Idle;
   std::chrono::milliseconds myNextDelay{4};
+  std::optional<PollLoop::Clock::time_point> myPasswordTime;  // of the one that waits
+  std::uint64_t myDeadline = 0;
+  bool myIsExpectedToLeave = false;
   std::string myUsername;
   std::string myFoldedUsername;
   bool myNameIsCode = false;  // it may be more than a value in the administrator question

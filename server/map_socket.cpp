@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 #include "framework/exceptions.h"
 #include "framework/text.h"
@@ -31,12 +32,18 @@ bool IsUserOf(const ClientSocket& session, const std::string& userName,
 
 }  // namespace
 
-MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations)
+MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations,
+                     Rules rules)
     : ServerSocket(loop, 2, 10),
+      myRules(std::move(rules)),
       myLocations(locations),
-      myBans(serverdb),
-      myAdmins(serverdb),
-      myRoster(loop.OutputBuffers()) {}
+      myBans(serverdb, myRules.statementValues),
+      myAdmins(serverdb, myRules.statementValues),
+      myRoster(loop.OutputBuffers()) {
+  myAddresses.Refused = [this](const std::string& address, std::uint64_t count) {
+    CallStatusMessage(address + ": Connections Refused (" + std::to_string(count) + ")");
+  };
+}
 
 MapSocket::~MapSocket() {
   // Sessions borrow their listener, so none goes on without it.
@@ -45,6 +52,10 @@ MapSocket::~MapSocket() {
   for (const std::weak_ptr<ClientSocket>& session : myUnlinked) {
     if (const auto connected = session.lock()) connected->Abandon();
   }
+}
+
+bool MapSocket::Event_Accepted(const os::Endpoint& peer) {
+  return myAddresses.Admit(peer.address);
 }
 
 std::shared_ptr<TCPSocket> MapSocket::Event_AddSocket() {
@@ -102,8 +113,10 @@ void MapSocket::BroadcastMessage(const std::string& text, const std::string& net
   const auto connections = ActiveConnections();
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> recipient = SessionOf(connection);
-    if (recipient->myNetwork == nullptr) throw NilObjectException();
-    if (recipient->myNetwork->FoldedName == foldedName || toAll) {
+    if (recipient->myNetwork == nullptr && myRules.isMessageFatalWithoutNetwork) {
+      throw NilObjectException();
+    }
+    if (recipient->HearsItsNetwork() && (recipient->myNetwork->FoldedName == foldedName || toAll)) {
       recipient->SendPackets(packet);
     }
     myLoop.GiveWay();
@@ -159,7 +172,10 @@ void MapSocket::KickUser(const std::string& userName, const std::string& network
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> session = SessionOf(connection);
     lastExamined = session->Username();
-    if (IsUserOf(*session, foldedName, foldedNetwork)) session->SendPackets(packet);
+    if (IsUserOf(*session, foldedName, foldedNetwork)) {
+      session->SendPackets(packet);
+      session->ExpectToLeave();
+    }
     myLoop.GiveWay();
   }
   // The line names whoever the walk looked at last, not who was kicked: deliberate.
@@ -185,6 +201,7 @@ void MapSocket::Ban(ClientSocket& target, const std::string& by, const std::stri
   // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
   myKeeper.Add(target.RemoteAddress(), by, reason, networkName);
   target.SendMessage(wire::kBan, reason);
+  target.ExpectToLeave();
   CallStatusMessage(StatusLine({target.Username(), " Banned: ", reason}));
 }
 

@@ -9,8 +9,11 @@
 
 #include "geo/location_lookup.h"
 #include "net/server_socket.h"
+#include "server/address_table.h"
 #include "server/cost_gate.h"
+#include "server/log_in_deadlines.h"
 #include "server/roster.h"
+#include "server/rules.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
 #include "storage/ban_keeper.h"
@@ -26,7 +29,7 @@ class ClientSocket;
 // What it tells the console goes through the three events.
 class MapSocket : public ServerSocket {
  public:
-  MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations);
+  MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations, Rules rules);
   ~MapSocket() override;
 
   // Events. A handler that is not set is not called.
@@ -44,8 +47,9 @@ class MapSocket : public ServerSocket {
   void BroadcastPosition(ClientSocket& sender);
 
   // Sends an operator's message (command 998) to one network, or to all of them for the name
-  // "(All Networks)". An empty text sends nothing. Throws NilObjectException at the first
-  // connection that has no network: deliberate, and the connections after it receive nothing.
+  // "(All Networks)". An empty text sends nothing. Unless the rules have it skipped, throws
+  // NilObjectException at the first connection that has no network: deliberate, and the connections
+  // after it receive nothing.
   void BroadcastMessage(const std::string& text, const std::string& networkName);
 
   // Tells the rest of the network that a user left (command 6).
@@ -61,12 +65,12 @@ class MapSocket : public ServerSocket {
   // Sends "BYE" (command 999) to the network's clients; they end their connections.
   void DisconnectAllClientsOnNetwork(const NetworkRef& entry);
 
-  // Sends the kick notice (command 996). Does not close the connection.
+  // Sends the kick notice (command 996). Closes the connection only where the rules say so.
   void KickUser(const std::string& userName, const std::string& networkName,
                 const std::string& reason);
 
   // Bans the address of each user of that name in the banning client's network and sends them the
-  // ban notice (command 997). Does not close the connection.
+  // ban notice (command 997). Closes the connection only where the rules say so.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 
   // Bans one session's address and sends it the notice.
@@ -76,6 +80,8 @@ class MapSocket : public ServerSocket {
   // In the order in which they were added.
   std::vector<NetworkRef> Networks;
 
+  const Rules& RulesInForce() const { return myRules; }
+
   // What sessions use.
   Roster& Sessions() { return myRoster; }
   LocationLookup& Locations() { return myLocations; }
@@ -84,8 +90,11 @@ class MapSocket : public ServerSocket {
   AdminsTable& Admins() { return myAdmins; }
   // Questions to the database by users whose names may make them costly.
   CostGate& CostlyQuestions() { return myCostlyQuestions; }
+  AddressTable& Addresses() { return myAddresses; }
+  LogInDeadlines& Deadlines() { return myDeadlines; }
 
  protected:
+  bool Event_Accepted(const os::Endpoint& peer) override;
   std::shared_ptr<TCPSocket> Event_AddSocket() override;
   void Event_Error(std::int32_t code) override;
   void Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) override;
@@ -95,11 +104,14 @@ class MapSocket : public ServerSocket {
   // One message for many receivers.
   Slice MakePacket(std::int32_t command, std::string_view data) const;
 
+  const Rules myRules;
   LocationLookup& myLocations;
   BansTable myBans;
   BanKeeper myKeeper{myBans};
   AdminsTable myAdmins;
   CostGate myCostlyQuestions;
+  AddressTable myAddresses{myLoop, *this, myRules};
+  LogInDeadlines myDeadlines{myLoop, *this, myRules.timeToLogIn};
   Roster myRoster;
   // Connected still, though the listener they came from was closed.
   std::vector<std::weak_ptr<ClientSocket>> myUnlinked;

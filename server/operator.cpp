@@ -51,6 +51,7 @@ void Operator::DisconnectAll(const NetworkRef& network) {
 
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
   user.SendMessage(wire::kKick, reason);
+  user.ExpectToLeave();
   myListener.CallStatusMessage(StatusLine({user.Username(), " Kicked: ", reason}));
 }
 

@@ -47,7 +47,7 @@ class Operator {
   // Sends "BYE" to the network's users, who end their connections.
   void DisconnectAll(const NetworkRef& network);
 
-  // What the user is sent asks it to leave; the connection stays.
+  // What the user is sent asks it to leave; the connection stays as long as the rules let it.
   void Kick(ClientSocket& user, const std::string& reason);
   // The same, with a ban of the user's address.
   void Ban(ClientSocket& user, const std::string& reason);
@@ -55,9 +55,9 @@ class Operator {
   void ForceDisconnect(ClientSocket& user);
   bool MakeAdmin(const ClientSocket& user);
 
-  // Sends a message to one network, or to all for the name "(All Networks)". While a client is
-  // connected that has not chosen a network it throws NilObjectException, as
-  // MapSocket::BroadcastMessage does.
+  // Sends a message to one network, or to all for the name "(All Networks)". Unless the rules have
+  // it skipped, while a client is connected that has not chosen a network it throws
+  // NilObjectException, as MapSocket::BroadcastMessage does.
   void Send(const std::string& text, const std::string& networkName);
 
   // None when the query fails.

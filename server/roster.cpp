@@ -24,7 +24,7 @@ auto PlaceOf(const ClientSocket& session, Outbox::Members& members) {
 void Roster::Enter(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;
   ++myNames[session.FoldedUsername()];
-  if (session.myNetwork == nullptr) return;
+  if (!session.HearsItsNetwork()) return;
   auto& members =
       myGroups.try_emplace(session.myNetwork.get(), myPool).first->second.members.Edit();
   // Nearly always the end: who connects last chooses its network last.

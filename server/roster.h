@@ -16,9 +16,10 @@ namespace corvane {
 class ClientSocket;
 
 // Indexes over the listener's active connections, so that a report costs what it delivers and a
-// log-in does not look at everybody: the members of each network, in hand-off order, and how many
-// sessions hold each user name. They always say what a walk over the active connections would.
-// Each network's reports are gathered here too, and delivered before its members change.
+// log-in does not look at everybody: the members of each network who hear it, in hand-off order,
+// and how many sessions hold each user name. They always say what a walk over the active
+// connections would. Each network's reports are gathered here too, and delivered before its members
+// change.
 class Roster {
  public:
   using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
@@ -30,7 +31,8 @@ class Roster {
   void Enter(ClientSocket& session);
   void Leave(ClientSocket& session);
 
-  // While one exists, the network and the name of the session, which may have entered, may change.
+  // While one exists, the network and the name of the session, which may have entered, may change,
+  // and whether it hears its network.
   class Change {
    public:
     Change(Roster& roster, ClientSocket& session) : myRoster(roster), mySession(session) {
@@ -45,7 +47,7 @@ class Roster {
     ClientSocket& mySession;
   };
 
-  // Everybody whose network is this entry, in hand-off order.
+  // Everybody who hears what this network's members hear, in hand-off order.
   Members::Snapshot MembersOf(const ServerNetworks& network) const;
 
   // Takes a report to the members of the sender's network.

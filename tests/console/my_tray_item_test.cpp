@@ -16,6 +16,7 @@ using MyTrayItemTest = ConsoleTest;
 TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
   int quits = 0;
   MyTrayItem item(*myWindow, [&quits] { ++quits; });
+  EXPECT_EQ(item.toolTip(), QStringLiteral("Corvane Server (classic rules)"));
   const auto choose = [&](int row) {
     Q_EMIT item.activated(QSystemTrayIcon::Trigger);
     EXPECT_TRUE(item.Menu().isVisible());

@@ -65,7 +65,8 @@ class LoadTest : public AppTest {
   // Starts a server on the folder's files and calls back with what it loaded.
   void Load(const std::function<void(MapSocket&)>& look) {
     ASSERT_TRUE(app.Open());
-    const auto listener = std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations());
+    const auto listener = std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations(),
+                                                      app.RulesInForce());
     listener->StatusMessage = [this](MapSocket&, const std::string& text) {
       status.push_back(text);
     };

@@ -14,12 +14,23 @@ constexpr QLatin1String kDatabase("serverdb.rsd");
 
 }  // namespace
 
-TestServer::TestServer(std::int32_t port)
+Rules HardenedInAHurry() {
+  constexpr int kTimes = 20;
+  Rules rules = Rules::Hardened();
+  *rules.timeToLogIn /= kTimes;
+  *rules.timeToLeave /= kTimes;
+  rules.passwordDelays->first /= kTimes;
+  rules.passwordDelays->longest /= kTimes;
+  rules.period /= 2 * kTimes;
+  return rules;
+}
+
+TestServer::TestServer(std::int32_t port, const Rules& rules)
     : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }) {
   const QString file = folder.filePath(kDatabase);
   MakeDatabase(file);
   if (!database.Connect(file)) std::abort();
-  listener = std::make_shared<MapSocket>(loop, database, locations);
+  listener = std::make_shared<MapSocket>(loop, database, locations, rules);
   listener->StatusMessage = [this](MapSocket&, const std::string& text) { status.push_back(text); };
   listener->UserLoggedIn = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
     events.push_back("in " + client->Username());
@@ -73,7 +84,10 @@ std::string TestServer::Fault() const {
     if (session->CanLogin(session->Username()) != isNameFree) return "names";
     if (session->myNetwork == nullptr) continue;
     Count& count = counts[session->myNetwork.get()];
-    count.members.push_back(session.get());
+    if (listener->RulesInForce().isHeardBeforeLogIn ||
+        session->LoginState() == ClientSocket::State::LoggedIn) {
+      count.members.push_back(session.get());
+    }
     if (session->HoldsSeat()) ++count.seats;
   }
   for (const auto& [network, count] : counts) {

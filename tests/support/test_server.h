@@ -18,11 +18,14 @@
 
 namespace corvane {
 
+// The hardened rules with times so short that a test can wait for their ends.
+Rules HardenedInAHurry();
+
 // A listener on a loopback port, a free one unless one is named, with a database of its own made by
 // the installer's script.
 class TestServer {
  public:
-  explicit TestServer(std::int32_t port = 0);
+  explicit TestServer(std::int32_t port = 0, const Rules& rules = Rules::Classic());
   ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;

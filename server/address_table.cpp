@@ -1,0 +1,123 @@
+#include "server/address_table.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "net/socket_core.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kMostMemories = 10'000;
+
+}  // namespace
+
+bool AddressTable::Admit(const std::string& address) {
+  if (!IsCounted(address)) return true;
+  const auto count = myConnections.find(address);
+  if (count == myConnections.end()) return true;
+  const ConnectionCounts& most = *myRules.mostConnections;
+  if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
+  const bool isNew = !myMemories.contains(address);
+  Memory& memory = Remember(address);
+  ++memory.refused;
+  if (isNew) Tell(address, memory);
+  return false;
+}
+
+void AddressTable::Enter(const std::string& address) {
+  if (!IsCounted(address)) return;
+  Count& count = myConnections[address];
+  ++count.all;
+  ++count.notLoggedIn;
+}
+
+void AddressTable::LogIn(const std::string& address) {
+  const auto count = myConnections.find(address);
+  if (count != myConnections.end()) --count->second.notLoggedIn;
+}
+
+void AddressTable::Leave(const std::string& address, bool wasLoggedIn) {
+  const auto count = myConnections.find(address);
+  if (count == myConnections.end()) return;
+  if (!wasLoggedIn) --count->second.notLoggedIn;
+  if (--count->second.all == 0) myConnections.erase(count);
+}
+
+AddressTable::Clock::duration AddressTable::PasswordDelay(const std::string& address) const {
+  const auto memory = myMemories.find(address);
+  if (memory == myMemories.end() || AreWrongPasswordsOver(memory->second)) return {};
+  return memory->second.delay;
+}
+
+void AddressTable::NoteWrongPassword(const std::string& address) {
+  if (!myRules.passwordDelays || IsTrusted(address)) return;
+  const PasswordDelays& rule = *myRules.passwordDelays;
+  const auto now = Clock::now();
+  Memory& memory = Remember(address);
+  auto& wrong = memory.wrongPasswords;
+  if (AreWrongPasswordsOver(memory)) memory.delay = {};
+  std::erase_if(wrong, [&](Clock::time_point time) { return now - time >= myRules.period; });
+  wrong.push_back(now);
+  if (wrong.size() > rule.free) wrong.erase(wrong.begin());
+  if (memory.delay.count() > 0) {
+    memory.delay = std::min(2 * memory.delay, rule.longest);
+  } else if (wrong.size() == rule.free) {
+    memory.delay = rule.first;
+  }
+}
+
+bool AddressTable::AreWrongPasswordsOver(const Memory& memory) const {
+  return memory.wrongPasswords.empty() ||
+         Clock::now() - memory.wrongPasswords.back() >= myRules.period;
+}
+
+AddressTable::Memory& AddressTable::Remember(const std::string& address) {
+  const auto known = myMemories.find(address);
+  if (known != myMemories.end()) return known->second;
+  if (myMemories.size() >= kMostMemories) {
+    const std::string oldest = std::move(myVisits.front().address);
+    myVisits.pop_front();
+    Tell(oldest, myMemories[oldest]);
+    myMemories.erase(oldest);
+  }
+  VisitLater(address);
+  return myMemories[address];
+}
+
+void AddressTable::Tell(const std::string& address, Memory& memory) const {
+  const std::uint64_t count = std::exchange(memory.refused, 0);
+  if (count > 0) Refused(address, count);
+}
+
+void AddressTable::VisitLater(const std::string& address) {
+  myVisits.push_back({Clock::now() + myRules.period, address});
+  CallAtFirst();
+}
+
+void AddressTable::CallAtFirst() {
+  if (myIsCalled || myVisits.empty()) return;
+  myIsCalled = true;
+  myLoop.CallLater(myVisits.front().time - Clock::now(), myOwner.weak_from_this(), [this] {
+    myIsCalled = false;
+    VisitDue();
+  });
+}
+
+void AddressTable::VisitDue() {
+  const auto now = Clock::now();
+  while (!myVisits.empty() && myVisits.front().time <= now) {
+    const std::string address = std::move(myVisits.front().address);
+    myVisits.pop_front();
+    Memory& memory = myMemories[address];
+    if (memory.refused == 0 && AreWrongPasswordsOver(memory)) {
+      myMemories.erase(address);
+    } else {
+      VisitLater(address);
+      Tell(address, memory);
+    }
+  }
+  CallAtFirst();
+}
+
+}  // namespace corvane

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "net/poll_loop.h"
+#include "server/rules.h"
+
+namespace corvane {
+
+// What the server knows of the addresses that clients come from: how many connections each has now,
+// how many it was refused, and which wrong passwords came from it lately. Knows nothing where the
+// rules ask for nothing, or trust the address. Borrows the rules, and the loop for one call at a
+// time.
+//
+// Limits: an address without connections is forgotten when the rules' period has passed twice
+// without anything new, the oldest at once where ten thousand are remembered.
+class AddressTable {
+ public:
+  using Clock = PollLoop::Clock;
+
+  // `owner` owns the table: no call of the loop's comes when it is gone.
+  AddressTable(PollLoop& loop, SocketCore& owner, const Rules& rules)
+      : myLoop(loop), myOwner(owner), myRules(rules) {}
+
+  // An event: so many connections of the address were refused since it was last raised for it, a
+  // period ago or more. Has to be set.
+  std::function<void(const std::string& address, std::uint64_t count)> Refused;
+
+  // Whether one more connection of the address may come in; one that may not is counted.
+  bool Admit(const std::string& address);
+
+  // A connection came in, logged in, left.
+  void Enter(const std::string& address);
+  void LogIn(const std::string& address);
+  void Leave(const std::string& address, bool wasLoggedIn);
+
+  // How long the answer to the address's next password has to wait.
+  Clock::duration PasswordDelay(const std::string& address) const;
+  void NoteWrongPassword(const std::string& address);
+
+  std::size_t Size() const { return myConnections.size() + myMemories.size(); }
+
+ private:
+  struct Count {
+    std::int32_t all = 0;
+    std::int32_t notLoggedIn = 0;
+  };
+  // What is remembered of an address when its connections have left.
+  struct Memory {
+    std::uint64_t refused = 0;                      // and not told yet
+    std::vector<Clock::time_point> wrongPasswords;  // of the last period, as many as are free
+    std::chrono::milliseconds delay{0};
+  };
+  struct Visit {
+    Clock::time_point time;
+    std::string address;
+  };
+
+  bool IsTrusted(const std::string& address) const {
+    return myRules.trustedAddresses.contains(address);
+  }
+  bool IsCounted(const std::string& address) const {
+    return myRules.mostConnections.has_value() && !IsTrusted(address);
+  }
+  bool AreWrongPasswordsOver(const Memory& memory) const;
+  // Its memory, a new one if there is none.
+  Memory& Remember(const std::string& address);
+  void NoteRefused(const std::string& address);
+  void Tell(const std::string& address, Memory& memory) const;
+  // After a period.
+  void VisitLater(const std::string& address);
+  void VisitDue();
+  void CallAtFirst();
+
+  PollLoop& myLoop;
+  SocketCore& myOwner;
+  const Rules& myRules;
+  std::unordered_map<std::string, Count> myConnections;
+  std::unordered_map<std::string, Memory> myMemories;
+  std::deque<Visit> myVisits;  // one for each memory, in the order of their times
+  bool myIsCalled = false;     // at the first of them
+};
+
+}  // namespace corvane

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+
+#include "storage/statement_values.h"
+
+namespace corvane {
+
+class AppSettings;
+
+// How many connections one address may have.
+struct ConnectionCounts {
+  std::int32_t all = 64;
+  std::int32_t notLoggedIn = 8;
+};
+
+// After so many wrong passwords within the rules' period each answer waits, twice as long after
+// each further one, until a period has passed without one.
+struct PasswordDelays {
+  std::size_t free = 5;
+  std::chrono::milliseconds first{1'000};
+  std::chrono::milliseconds longest{30'000};
+};
+
+// What strangers, members and administrators may do. Made when the server starts and given to
+// whatever has to ask; nothing asks for more than the rule that it needs. docs/security.md tells
+// what they are good for.
+struct Rules {
+  // For a circle of friends, who are trusted: the default.
+  static Rules Classic();
+  // For an operator who does not trust the network.
+  static Rules Hardened();
+  // What the settings "Hardened" and "TrustedAddresses" say.
+  static Rules FromSettings(AppSettings& settings);
+
+  std::string_view name = "classic";
+
+  // Whether a message that meets a connection without a network ends the program, or skips it.
+  bool isMessageFatalWithoutNetwork = true;
+  // Whether commands 5, 6, 998 and 999 reach whoever has chosen a network, or its users only.
+  bool isHeardBeforeLogIn = true;
+  StatementValues statementValues = StatementValues::Pasted;
+  // Whether administrators see and lift all bans, or those of their own network.
+  bool areAllBansShown = true;
+  bool mayNameHoldControls = true;
+
+  // How long a client may take to log in, from its greeting; and to leave, from the notice that it
+  // is kicked or banned. None: for ever.
+  std::optional<std::chrono::milliseconds> timeToLogIn;
+  std::optional<std::chrono::milliseconds> timeToLeave;
+
+  // Of a whole message, in bytes.
+  std::size_t longestBeforeLogIn = std::numeric_limits<std::size_t>::max();
+  std::size_t longestAfterLogIn = std::numeric_limits<std::size_t>::max();
+
+  // Of one address; none: no bound, and no delay.
+  std::optional<ConnectionCounts> mostConnections;
+  std::optional<PasswordDelays> passwordDelays;
+  // In which wrong passwords count, and refused connections are told of together.
+  std::chrono::milliseconds period{60'000};
+  // Dotted. These are not counted and not delayed.
+  std::set<std::string, std::less<>> trustedAddresses;
+};
+
+}  // namespace corvane

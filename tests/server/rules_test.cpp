@@ -1,0 +1,276 @@
+#include "server/rules.h"
+
+#include <chrono>
+#include <gmock/gmock.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QElapsedTimer>
+
+#include "framework/exceptions.h"
+#include "net/os_socket.h"
+#include "storage/admins_table.h"
+#include "storage/app_settings.h"
+#include "tests/support/test_server.h"
+
+namespace corvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+using Clients = std::vector<std::unique_ptr<TestClient>>;
+
+constexpr const char* kHome = "127.0.0.1";
+
+std::unique_ptr<TestClient> LoggedIn(TestServer& server, const std::string& user,
+                                     const char* from = kHome) {
+  auto client = std::make_unique<TestClient>(server.Port(), from);
+  EXPECT_TRUE(client->LogIn("A", "secret", user)) << user;
+  return client;
+}
+
+// A client whose password is next.
+std::unique_ptr<TestClient> InFrontOfPassword(TestServer& server) {
+  auto client = std::make_unique<TestClient>(server.Port());
+  client->Receive();
+  client->Send(1, "A");
+  EXPECT_EQ(client->Receive(), (WireMessage{2, "OK"}));
+  return client;
+}
+
+// A busy machine does not make it take a connection that is due for one that stays.
+std::string ClosedOrNot(const TestClient& client, std::chrono::milliseconds patience = 400ms) {
+  for (auto waited = 0ms; waited < patience && !client.IsClosed(); waited += 20ms)
+    PumpFor(20ms);
+  return client.IsClosed() ? "closed " : "stays ";
+}
+
+// The commands that come until the answer to a question of its own.
+std::string Heard(TestClient& client) {
+  client.Send(9, "");
+  std::string commands;
+  for (auto message = client.Receive(); message && message->command != 9;
+       message = client.Receive())
+    commands += std::to_string(message->command) + " ";
+  return commands;
+}
+
+// Each of these says in a few words what happens under the server's rules.
+
+std::string MessageWhileSomebodyHasNoNetwork(TestServer& server) {
+  TestClient stranger(server.Port());
+  const auto ann = LoggedIn(server, "Ann");
+  try {
+    server.listener->BroadcastMessage("x", "(All Networks)");
+  } catch (const NilObjectException&) {
+    return "ends the program";
+  }
+  return "Ann " + Heard(*ann) + "stranger " + Heard(stranger);
+}
+
+std::string NewsOfTheNetwork(TestServer& server) {
+  const auto stranger = InFrontOfPassword(server);
+  const auto ann = LoggedIn(server, "Ann");
+  const auto bob = LoggedIn(server, "Bob");
+  bob->Send(4, "1,2,3,4,0,0");
+  bob->Drain();
+  server.listener->BroadcastMessage("x", "A");
+  bob->Close();
+  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 2; }));
+  server.listener->DisconnectAllClientsOnNetwork(server.listener->FindNetwork("A"));
+  EXPECT_EQ(server.Fault(), "");
+  return "Ann " + Heard(*ann) + "stranger " + Heard(*stranger);
+}
+
+std::string NameThatIsMoreThanAName(TestServer& server) {
+  EXPECT_TRUE(AdminsTable(server.database).Add("Ann", "10.0.0.1", "A"));
+  const auto client = LoggedIn(server, "x' OR '1'='1' --");
+  client->Send(9, "");
+  return client->Receive()->payload;
+}
+
+std::string NoLogIn(TestServer& server) {
+  const auto ann = LoggedIn(server, "Ann");
+  const TestClient silent(server.Port());
+  const auto seated = InFrontOfPassword(server);
+  std::string outcome = ClosedOrNot(silent, 1500ms);
+  outcome += ClosedOrNot(*seated);
+  return outcome + ClosedOrNot(*ann) +
+         std::to_string(server.listener->FindNetwork("A")->CurrentUsers) + " seats";
+}
+
+std::string ManyWhoDoNotLogIn(TestServer& server) {
+  // All at once, so that none is known yet when the last is accepted.
+  std::vector<os::SocketHandle> strangers;
+  for (int i = 0; i < 11; ++i) {
+    strangers.push_back(os::OpenSocket().handle);
+    os::Connect(strangers.back(), {kHome, static_cast<std::uint16_t>(server.Port())});
+  }
+  const auto other = LoggedIn(server, "Ann", "127.0.0.2");
+  const std::size_t stay = server.ActiveCount() - 1;
+  for (const os::SocketHandle stranger : strangers)
+    os::CloseSocket(stranger);
+  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 1; }));
+  EXPECT_EQ(TestClient(server.Port()).Receive(), (WireMessage{1, "Network"}));
+  // What was refused after the first is told together, and then the address is forgotten.
+  EXPECT_TRUE(PumpUntil([&] { return server.listener->Addresses().Size() <= 1; }));
+  std::string told;
+  for (const std::string& line : server.status)
+    if (line.find("Refused") != std::string::npos) told += line + " ";
+  return std::to_string(stay) + " stay " + told;
+}
+
+std::string ManyWhoLogIn(TestServer& server) {
+  Clients clients;
+  bool isIn = true;
+  for (int i = 0; i < 65 && isIn; ++i) {
+    clients.push_back(std::make_unique<TestClient>(server.Port()));
+    isIn = clients.back()->LogIn("A", "secret", std::to_string(i));
+  }
+  return std::to_string(clients.size() - (isIn ? 0U : 1U));
+}
+
+// Whether the answer comes later than to somebody who asks later.
+bool IsKeptWaiting(TestServer& server, TestClient& other, TestClient& guesser,
+                   const std::string& password) {
+  const std::size_t before = server.status.size();
+  guesser.Send(2, PasswordDigest(password));
+  guesser.Send(3, "");  // a right password alone leaves no line in the log
+  other.Drain();
+  return server.status.size() == before;
+}
+
+std::string WrongPasswords(TestServer& server) {
+  const auto other = LoggedIn(server, "Ann", "127.0.0.2");
+  std::string kept;
+  for (int wrong = 0; wrong <= 8; ++wrong) {
+    // A connection each, so that nothing but the address is remembered.
+    const auto guesser = InFrontOfPassword(server);
+    QElapsedTimer timer;
+    timer.start();
+    const bool isRight = wrong == 8;
+    const bool waits = IsKeptWaiting(server, *other, *guesser, isRight ? "secret" : "guess");
+    auto answer = guesser->Receive();
+    while (answer == WireMessage{6, ""})  // the one before has left
+      answer = guesser->Receive();
+    EXPECT_EQ(answer, (WireMessage{3, isRight ? "OK" : "FAIL"}));
+    if (wrong <= 4 && waits) kept += "too early ";
+    if (isRight && waits) kept += timer.elapsed() >= 390 ? "400 ms " : "too short ";
+  }
+  EXPECT_TRUE(PumpUntil([&] { return server.listener->Addresses().Size() <= 1; }));
+  return kept + (IsKeptWaiting(server, *other, *InFrontOfPassword(server), "x") ? "still" : "");
+}
+
+std::string LongMessages(TestServer& server) {
+  std::string outcome;
+  const auto isLeft = [&](TestClient& client, std::size_t length) {
+    client.Send(8, std::string(length - 8, 'x'));
+    client.Send(9, "");
+    outcome += client.Receive() ? "stays " : "closed ";
+  };
+  TestClient stranger(server.Port());
+  stranger.Receive();
+  isLeft(stranger, 4096);
+  isLeft(stranger, 4097);
+  const auto ann = LoggedIn(server, "Ann");
+  isLeft(*ann, 65'536);
+  isLeft(*ann, 65'537);
+  return outcome;
+}
+
+std::string KickedAndBanned(TestServer& server) {
+  const auto kicked = LoggedIn(server, "Ann");
+  const auto banned = LoggedIn(server, "Bob", "127.0.0.2");
+  server.listener->KickUser("Ann", "A", "x");
+  server.listener->Ban(*server.SessionOf("Bob"), "op", "x", "A");
+  TestClient refused(server.Port(), "127.0.0.2");
+  EXPECT_EQ(kicked->Receive()->command, 996);
+  EXPECT_EQ(banned->Receive()->command, 997);
+  EXPECT_EQ(refused.Receive()->command, 997);
+  return ClosedOrNot(*kicked) + ClosedOrNot(*banned) + ClosedOrNot(refused);
+}
+
+std::string BansOfOthers(TestServer& server) {
+  EXPECT_TRUE(AdminsTable(server.database).Add("Ann", kHome, "A"));
+  server.Query(
+      "INSERT INTO bans(address, network) VALUES('10.0.0.1','a'),('10.0.0.2','B'),"
+      "('10.0.0.3','A')");
+  const auto ann = LoggedIn(server, "Ann");
+  ann->SendBytes(WireBytes(14, "1") + WireBytes(14, "2") + WireBytes(13, ""));
+  const std::string shown = ann->Receive()->payload.substr(0, 1);
+  return "sees " + shown + ", left " + server.Query("SELECT id FROM bans");
+}
+
+std::string NamesWithControls(TestServer& server) {
+  std::string taken;
+  for (const char* name : {"a\tb", "\x7F", "\xC2\x85", "Zo\xC3\xAB"}) {
+    TestClient client(server.Port());
+    taken += client.LogIn("A", "secret", name) ? "yes " : "no ";
+  }
+  return taken;
+}
+
+TEST(Rules, ColumnsDifferInEachRow) {
+  const struct {
+    const char* name;
+    std::string (*happens)(TestServer& server);
+    const char* classic;
+    const char* hardened;
+  } rows[] = {
+      {"message", MessageWhileSomebodyHasNoNetwork, "ends the program", "Ann 998 stranger 1 "},
+      {"news", NewsOfTheNetwork, "Ann 5 998 6 999 stranger 5 998 6 999 ",
+       "Ann 5 998 6 999 stranger "},
+      {"values", NameThatIsMoreThanAName, "1", "0"},
+      {"time", NoLogIn, "stays stays stays 2 seats", "closed closed stays 1 seats"},
+      {"not logged in", ManyWhoDoNotLogIn, "11 stay ",
+       "8 stay 127.0.0.1: Connections Refused (1) 127.0.0.1: Connections Refused (2) "},
+      {"in all", ManyWhoLogIn, "65", "64"},
+      {"passwords", WrongPasswords, "", "400 ms "},
+      {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
+      {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
+      {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
+      {"names", NamesWithControls, "yes yes yes yes ", "no no no yes "},
+  };
+  for (const auto& row : rows) {
+    for (const bool isHardened : {false, true}) {
+      SCOPED_TRACE(row.name);
+      TestServer server(0, isHardened ? HardenedInAHurry() : Rules::Classic());
+      server.AddNetwork("A", "secret", 100);
+      EXPECT_EQ(row.happens(server), isHardened ? row.hardened : row.classic);
+    }
+  }
+}
+
+TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
+  Rules rules = HardenedInAHurry();
+  rules.trustedAddresses = {kHome};
+  TestServer server(0, rules);
+  server.AddNetwork("A", "secret", 100);
+  EXPECT_EQ(ManyWhoDoNotLogIn(server), "11 stay ");
+  EXPECT_EQ(WrongPasswords(server), "");
+}
+
+TEST(Rules, AddressesAreNotRememberedWithoutBound) {
+  TestServer server(0, Rules::Hardened());
+  AddressTable& addresses = server.listener->Addresses();
+  for (int i = 0; i < 5 * 10'001; ++i)
+    addresses.NoteWrongPassword(std::to_string(i / 5));
+  EXPECT_EQ(addresses.Size(), 10'000U);
+  EXPECT_EQ(addresses.PasswordDelay("0"), 0s);
+  EXPECT_EQ(addresses.PasswordDelay("1"), 1s);
+}
+
+TEST(Rules, SettingsChooseThem) {
+  AppSettings settings(std::nullopt);
+  settings.SetValue("TrustedAddresses", " 10.0.0.1,10.0.0.2\t10.0.0.3, ");
+  EXPECT_EQ(Rules::FromSettings(settings).name, "classic");
+  settings.SetValue("Hardened", "1");
+  const Rules rules = Rules::FromSettings(settings);
+  EXPECT_EQ(rules.name, "hardened");
+  EXPECT_THAT(rules.trustedAddresses, ElementsAre("10.0.0.1", "10.0.0.2", "10.0.0.3"));
+}
+
+}  // namespace
+}  // namespace corvane
