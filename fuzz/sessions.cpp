@@ -1,6 +1,7 @@
-// Whole sessions over real sockets: a few clients connect, send whatever the input says, and
-// leave, while the operator acts too. After every step the listener's indexes and seats must be
-// what a walk over the active connections finds, and when all have left nothing may be held.
+// Whole sessions over real sockets, under either rules by the first byte of the input: a few
+// clients connect, send whatever it says, and leave, while the operator acts too. After every step
+// the listener's indexes and seats must be what a walk over the active connections finds, and when
+// all have left nothing may be held.
 
 #include <array>
 #include <cstdint>
@@ -177,13 +178,16 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static char name[] = "fuzz_sessions";
   static char* argv[] = {name, nullptr};
   static const QCoreApplication application(argc, argv);
-  static std::unique_ptr<TestServer> server;
+  if (size == 0) return 0;
+  const bool isHardened = data[0] % 2 != 0;
+  static std::array<std::unique_ptr<TestServer>, 2> servers;
+  std::unique_ptr<TestServer>& server = servers[isHardened ? 1 : 0];
   if (server == nullptr) {
-    server = std::make_unique<TestServer>();
+    server = std::make_unique<TestServer>(0, isHardened ? HardenedInAHurry() : Rules::Classic());
     std::ignore = server->database.SQLExecute("PRAGMA synchronous=OFF");
     std::ignore = AdminsTable(server->database).Add("Ann", "127.0.0.1", "A");
   }
-  Run run(*server, Script({reinterpret_cast<const char*>(data), size}));
+  Run run(*server, Script({reinterpret_cast<const char*>(data) + 1, size - 1}));
   if (run.Play()) {
     run.Finish();
     std::ignore = server->database.SQLExecute("DELETE FROM bans");
