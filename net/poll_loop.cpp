@@ -151,6 +151,7 @@ bool PollLoop::DispatchMessages(Clock::time_point end) {
     if (pollable->IsDue()) {
       myHandlerStartKnown = false;
       pollable->_Poll();
+      ++myTraffic.messages;
       worked = true;
     }
     if (pollable->StaysQueued()) myQueued.push_back(std::move(pollable));

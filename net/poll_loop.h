@@ -48,6 +48,13 @@ class PollLoop {
     std::chrono::milliseconds drain{5'000};
   };
 
+  // What went over all connections since the start.
+  struct Traffic {
+    std::uint64_t messages = 0;  // that were delivered
+    std::uint64_t received = 0;  // bytes
+    std::uint64_t sent = 0;
+  };
+
   // `unhandled` is called inside the catch block of an error that no handler caught.
   explicit PollLoop(std::function<void()> unhandled) : PollLoop(std::move(unhandled), {}) {}
   PollLoop(std::function<void()> unhandled, const MemoryLimits& limits,
@@ -93,6 +100,7 @@ class PollLoop {
                  std::function<void()> function);
   BufferPool& InputBuffers() { return myInputBuffers; }
   BufferPool& OutputBuffers() { return myOutputBuffers; }
+  Traffic& Counted() { return myTraffic; }
   // Memory to receive into; its content is anybody's as soon as other code runs.
   std::span<char> Scratch() { return myScratch; }
   // Keeps two fill steps of listeners from running at once.
@@ -129,6 +137,7 @@ class PollLoop {
   BufferPool myInputBuffers;
   BufferPool myOutputBuffers;
   std::vector<char> myScratch;
+  Traffic myTraffic;
 
   WatchList myWatched;
   std::deque<std::shared_ptr<SocketCore>> myPending;

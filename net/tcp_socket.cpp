@@ -127,6 +127,7 @@ void TCPSocket::Receive() {
     return EndByPeer();
   }
   if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();
+  myLoop.Counted().received += received.bytes;
   // A short read has drained the socket, but for the end of the connection that may follow.
   myIsReadable = myIsHungUp || mySendError != 0 || received.bytes == scratch.size();
   SetPending(kDataAvailable);
@@ -321,6 +322,7 @@ void TCPSocket::FlushOutput() {
     myAwaitsWritable = sent.bytes < TotalSize(pieces);
     myIsWritable = !myAwaitsWritable;
     myOutput.Consume(sent.bytes);
+    myLoop.Counted().sent += sent.bytes;
     NoteSent(sent.bytes);
   }
   if (myState == State::Draining && myOutput.IsEmpty()) FinishSending();

@@ -49,6 +49,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // The peer's address, dotted; kept after the end of the connection.
   const std::string& RemoteAddress() const { return myPeer.address; }
   std::uint16_t RemotePort() const { return myPeer.port; }
+  // Both, "ADDRESS:PORT": no other connection has the same.
+  std::string PeerName() const { return myPeer.address + ':' + std::to_string(myPeer.port); }
   // The port that is bound while there is a descriptor, else 0.
   std::uint16_t LocalPort() const;
 
