@@ -57,6 +57,9 @@ class wndMain : public QMainWindow {
   QPushButton* btnAdmins;
   QPushButton* btnBans;
 
+  // What the windows do what an operator wants with.
+  Operator& Actions() { return myActions; }
+
   StatusLogModel& Status() { return myStatus; }
   NetworksModel& Networks() { return myNetworks; }
   UsersModel& Users() { return myUsers; }

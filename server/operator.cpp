@@ -7,6 +7,12 @@
 #include "server/wire.h"
 
 namespace corvane {
+namespace {
+
+// Whom bans are noted as issued by.
+const std::string kName = "Server Admin";
+
+}  // namespace
 
 void Operator::Start() {
   myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) {
@@ -49,6 +55,18 @@ void Operator::DisconnectAll(const NetworkRef& network) {
   myListener.DisconnectAllClientsOnNetwork(network);
 }
 
+std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user) const {
+  const std::string folded = FoldText(user);
+  const auto connections = myListener.ActiveConnections();
+  for (const auto& connection : *connections) {
+    auto session = std::static_pointer_cast<ClientSocket>(connection);
+    const bool isNamed = session->LoginState() == ClientSocket::State::LoggedIn &&
+                         session->FoldedUsername() == folded;
+    if (isNamed || session->PeerName() == user) return session;
+  }
+  return nullptr;
+}
+
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
   user.SendMessage(wire::kKick, reason);
   user.ExpectToLeave();
@@ -56,7 +74,13 @@ void Operator::Kick(ClientSocket& user, const std::string& reason) {
 }
 
 void Operator::Ban(ClientSocket& user, const std::string& reason) {
-  myListener.Ban(user, "Server Admin", reason, user.NetworkName());
+  myListener.Ban(user, kName, reason, user.NetworkName());
+}
+
+void Operator::BanAddress(const std::string& address, const std::string& reason,
+                          const std::string& networkName) {
+  myListener.Keeper().Add(address, kName, reason, networkName);
+  myListener.CallStatusMessage(StatusLine({address, " Banned: ", reason}));
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {
@@ -65,11 +89,26 @@ void Operator::ForceDisconnect(ClientSocket& user) {
 }
 
 bool Operator::MakeAdmin(const ClientSocket& user) {
-  return myListener.Admins().Add(user.Username(), user.RemoteAddress(), user.NetworkName());
+  return MakeAdmin(user.Username(), user.RemoteAddress(), user.NetworkName());
+}
+
+bool Operator::MakeAdmin(const std::string& name, const std::string& address,
+                         const std::string& networkName) {
+  return myListener.Admins().Add(name, address, networkName);
 }
 
 void Operator::Send(const std::string& text, const std::string& networkName) {
   myListener.BroadcastMessage(text, networkName);
+}
+
+std::vector<std::string> Operator::WithoutNetwork() const {
+  std::vector<std::string> found;
+  const auto connections = myListener.ActiveConnections();
+  for (const auto& connection : *connections) {
+    const auto& session = static_cast<const ClientSocket&>(*connection);
+    if (session.myNetwork == nullptr) found.push_back(session.PeerName());
+  }
+  return found;
 }
 
 std::optional<std::vector<BansTable::Ban>> Operator::Bans() {
@@ -86,6 +125,14 @@ std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {
 
 bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
   return myListener.Admins().Delete(ids);
+}
+
+void Operator::ChangeSetting(const std::string& name, const std::string& value) {
+  myApp.Settings().SetValue(name, value);
+}
+
+void Operator::Quit() {
+  myApp.Quit();
 }
 
 }  // namespace corvane

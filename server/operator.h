@@ -47,24 +47,39 @@ class Operator {
   // Sends "BYE" to the network's users, who end their connections.
   void DisconnectAll(const NetworkRef& network);
 
+  // Who is connected as "ADDRESS:PORT", or is logged in under the name; none if nobody is.
+  std::shared_ptr<ClientSocket> FindUser(const std::string& user) const;
+
   // What the user is sent asks it to leave; the connection stays as long as the rules let it.
   void Kick(ClientSocket& user, const std::string& reason);
   // The same, with a ban of the user's address.
   void Ban(ClientSocket& user, const std::string& reason);
+  // Bans an address, noted for a network, which may be empty.
+  void BanAddress(const std::string& address, const std::string& reason,
+                  const std::string& networkName);
   // Ends the connection.
   void ForceDisconnect(ClientSocket& user);
   bool MakeAdmin(const ClientSocket& user);
+  bool MakeAdmin(const std::string& name, const std::string& address,
+                 const std::string& networkName);
 
   // Sends a message to one network, or to all for the name "(All Networks)". Unless the rules have
   // it skipped, while a client is connected that has not chosen a network it throws
   // NilObjectException, as MapSocket::BroadcastMessage does.
   void Send(const std::string& text, const std::string& networkName);
+  // Whose connections would have it throw, "ADDRESS:PORT" each.
+  std::vector<std::string> WithoutNetwork() const;
 
   // None when the query fails.
   std::optional<std::vector<BansTable::Ban>> Bans();
   bool LiftBans(const std::vector<std::int64_t>& ids);
   std::optional<std::vector<AdminsTable::Admin>> Admins();
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
+
+  // For the next start.
+  void ChangeSetting(const std::string& name, const std::string& value);
+  // Ends the program.
+  void Quit();
 
  private:
   App& myApp;

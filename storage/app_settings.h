@@ -29,6 +29,9 @@ class AppSettings {
   // written with the next save.
   std::string GetValue(std::string_view name, std::string_view defaultValue);
 
+  // Names and values, in the order in which they were first set.
+  const std::vector<std::pair<std::string, std::string>>& Values() const { return myValues; }
+
   // Keeps the value and saves at once.
   void SetValue(std::string_view name, std::string_view value);
 
