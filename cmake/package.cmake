@@ -31,6 +31,7 @@ set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-server)
 # The program itself lies apart: what users start lays down the database first.
 install(TARGETS corvane-server DESTINATION lib/corvane-server)
 install(PROGRAMS packaging/linux/corvane-server DESTINATION bin)
+install(TARGETS corvanectl DESTINATION bin)
 install(PROGRAMS packaging/prepare-data-folder DESTINATION share/corvane-server)
 install(FILES packaging/serverdb.sql DESTINATION share/corvane-server)
 install(FILES packaging/linux/corvane-server.service DESTINATION lib/systemd/user)

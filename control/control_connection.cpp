@@ -1,0 +1,95 @@
+#include "control/control_connection.h"
+
+#include <chrono>
+#include <utility>
+
+#include "control/answers.h"
+
+namespace corvane {
+namespace {
+
+constexpr qint64 kMostRequest = qint64{1} << 20;  // bytes, without the line end
+constexpr qint64 kMostUnread = qint64{1} << 20;
+constexpr std::chrono::seconds kMostIdle(30);
+
+}  // namespace
+
+ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
+    : QObject(parent), mySocket(*socket) {
+  socket->setParent(this);
+  socket->setReadBufferSize(kMostRequest + 1);
+  connect(socket, &QLocalSocket::readyRead, this, &ControlConnection::ScheduleRequest);
+  connect(socket, &QLocalSocket::bytesWritten, this, &ControlConnection::ScheduleRequest);
+  connect(socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
+  myIdle.setSingleShot(true);
+  connect(&myIdle, &QTimer::timeout, this, [this] {
+    if (!myAwaitsAnswer && !myFollows) mySocket.abort();
+  });
+  myIdle.start(kMostIdle);
+  // Some may have come already.
+  ScheduleRequest();
+}
+
+void ControlConnection::ScheduleRequest() {
+  if (std::exchange(myIsScheduled, true)) return;
+  QMetaObject::invokeMethod(
+      this,
+      [this] {
+        myIsScheduled = false;
+        TakeRequest();
+      },
+      Qt::QueuedConnection);
+}
+
+void ControlConnection::TakeRequest() {
+  if (myAwaitsAnswer || IsBehind() || mySocket.state() != QLocalSocket::ConnectedState) return;
+  if (!mySocket.canReadLine()) {
+    if (mySocket.bytesAvailable() <= kMostRequest) return;
+    return AnswerAndClose(
+        RefusalLine("a request of more than 1 MiB; expected is one JSON object "
+                    "in a line"));
+  }
+  const QByteArray line = mySocket.readLine(kMostRequest + 1).trimmed();
+  myIdle.start(kMostIdle);
+  myAwaitsAnswer = true;
+  Requested(*this, line);
+  ScheduleRequest();
+}
+
+bool ControlConnection::IsBehind() const {
+  return mySocket.bytesToWrite() > kMostUnread;
+}
+
+void ControlConnection::Send(const QByteArray& line) {
+  if (mySocket.state() != QLocalSocket::ConnectedState) return;
+  mySocket.write(line);
+  mySocket.write("\n");
+  mySocket.flush();  // as far as it goes without waiting
+}
+
+void ControlConnection::Answer(const QByteArray& line) {
+  myAwaitsAnswer = false;
+  myIdle.start(kMostIdle);
+  Send(line);
+  ScheduleRequest();
+}
+
+void ControlConnection::AnswerAndClose(const QByteArray& line) {
+  Send(line);
+  mySocket.disconnectFromServer();
+}
+
+void ControlConnection::StartFollowing() {
+  myFollows = true;
+}
+
+void ControlConnection::SendFollowed(const QByteArray& line) {
+  if (!myFollows) return;
+  if (IsBehind()) {
+    mySocket.abort();
+  } else {
+    Send(line);
+  }
+}
+
+}  // namespace corvane

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+
+#include <QByteArray>
+#include <QLocalSocket>
+#include <QTimer>
+
+namespace corvane {
+
+// One client of the local socket: takes its requests, a line each, one a turn of Qt's loop, so that
+// the server goes on between them. Deletes itself when the client has gone.
+//
+// Limits: a request of 1 MiB; a client that leaves more than 1 MiB unread has no further request
+// taken, and none of the lines that it follows is kept for it: it is dropped. So is one that does
+// nothing for half a minute.
+class ControlConnection : public QObject {
+ public:
+  // Takes over the socket.
+  ControlConnection(QLocalSocket* socket, QObject* parent);
+
+  // Event: a request, which is to be answered once, now or later. No other is taken until then.
+  std::function<void(ControlConnection&, const QByteArray& line)> Requested;
+
+  void Answer(const QByteArray& line);
+  // The same for the last answer: the client is let go.
+  void AnswerAndClose(const QByteArray& line);
+  // From now on the client is sent lines without asking.
+  void StartFollowing();
+  void SendFollowed(const QByteArray& line);
+
+ private:
+  void ScheduleRequest();
+  void TakeRequest();
+  bool IsBehind() const;
+  void Send(const QByteArray& line);
+
+  QLocalSocket& mySocket;
+  QTimer myIdle;
+  bool myIsScheduled = false;
+  bool myAwaitsAnswer = false;
+  bool myFollows = false;
+};
+
+}  // namespace corvane

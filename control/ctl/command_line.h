@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <stdexcept>
+
+#include <QJsonObject>
+#include <QString>
+#include <QStringList>
+
+#include "control/ctl/command_table.h"
+
+namespace corvane::ctl {
+
+// A command line that cannot be carried out; the text says what is wrong.
+class UsageError : public std::runtime_error {
+ public:
+  explicit UsageError(const QString& text) : std::runtime_error(text.toStdString()) {}
+};
+
+// What was asked for on the command line.
+struct CommandLine {
+  QString text;  // help or version, to be shown instead of doing anything
+  const Command* command = nullptr;
+  QJsonObject request;
+  std::optional<QString> dataFolder;
+  std::optional<QString> passwordFile;  // "-": standard input
+  bool asksPassword = false;
+  bool json = false;
+};
+
+// Throws UsageError.
+CommandLine ParseCommandLine(const QStringList& arguments);
+
+}  // namespace corvane::ctl

@@ -1,0 +1,81 @@
+#include "control/ctl/command_table.h"
+
+namespace corvane::ctl {
+namespace {
+
+constexpr Argument kNetwork{"name", "The network."};
+constexpr Argument kUser{"user", "The user's name, or ADDRESS:PORT as \"users\" shows it."};
+constexpr Argument kReason{"reason", "What the user is told."};
+constexpr OptionOf kOneNetwork{"network", "NAME", "Only this network."};
+constexpr OptionOf kForce{"force", nullptr, "Also where that ends the server."};
+constexpr OptionOf kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
+
+const std::vector<Command> kCommands = {
+    {"status", "How the server fares.", {}},
+    {"users", "Who is logged in.", {}, {kOneNetwork}, {"name", "network", "address"}},
+    {"networks", "The networks.", {}, {}, {"name", "users", "max-users", "enabled"}},
+    {"bans", "The bans.", {}, {}, {"id", "address", "by", "reason", "date", "network"}},
+    {"admins", "The administrators.", {}, {}, {"id", "name", "network", "address"}},
+    {"settings", "The settings.", {}, {}, {"name", "value"}},
+    {.words = "network add",
+     .description = "Adds a network. Its password is asked for, or read from standard input.",
+     .arguments = {kNetwork},
+     .options = {kMaxUsers, {"disabled", nullptr, "Let nobody in yet."}},
+     .password = Password::Always},
+    {.words = "network edit",
+     .description = "Changes a network, for those who log in from now on.",
+     .arguments = {kNetwork},
+     .options = {kMaxUsers,
+                 {"enable", nullptr, "Let users in."},
+                 {"disable", nullptr, "Let nobody in any more."}},
+     .password = Password::IfAsked},
+    {"network delete",
+     "Tells a network's users, sends them away and forgets it.",
+     {kNetwork},
+     {kForce}},
+    {"network disconnect", "Sends a network's users away; they may come back.", {kNetwork}},
+    {.words = "kick",
+     .description = "Asks a user to leave.",
+     .arguments = {kUser, kReason},
+     .joinsWords = true},
+    {.words = "ban",
+     .description = "The same, and bans its address. Its connection stays.",
+     .arguments = {kUser, kReason},
+     .joinsWords = true},
+    {.words = "ban-address",
+     .description = "Bans an address.",
+     .arguments = {{"address", "The IPv4 address."}, {"reason", "Why."}},
+     .options = {{"network", "NAME", "The network that it is noted for."}},
+     .joinsWords = true},
+    {"unban",
+     "Lifts all bans of an address, or one.",
+     {{"ban", "The address, or the ban's number as \"bans\" shows it."}}},
+    {"disconnect", "Ends a connection at once.", {kUser}},
+    {"grant",
+     "Makes a user an administrator.",
+     {kUser},
+     {{"network", "NAME", "In this network, for one who is not logged in."},
+      {"address", "ADDRESS", "From this address, for one who is not logged in."}}},
+    {"revoke",
+     "Takes an administrator's rights.",
+     {{"admin", "The name, or the number as \"admins\" shows it."}},
+     {kOneNetwork}},
+    {.words = "message",
+     .description = "Sends a message to all networks.",
+     .arguments = {{"text", "The message."}},
+     .options = {kOneNetwork, kForce},
+     .joinsWords = true},
+    {"set",
+     "Changes a setting, for the next start.",
+     {{"name", "The setting."}, {"value", "Its new value, which may be empty."}},
+     {{"force", nullptr, "Also one of a name that the server does not know."}}},
+    {"quit", "Ends the server.", {}},
+};
+
+}  // namespace
+
+std::span<const Command> AllCommands() {
+  return kCommands;
+}
+
+}  // namespace corvane::ctl

@@ -1,0 +1,84 @@
+#include <cstdio>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QJsonDocument>
+
+#include "control/ctl/command_line.h"
+#include "control/ctl/password_prompt.h"
+#include "control/ctl/printing.h"
+#include "control/ctl/server_link.h"
+#include "framework/broken_pipes.h"
+#include "framework/folders.h"
+
+using namespace corvane;
+using namespace corvane::ctl;
+
+namespace {
+
+enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kNoServer = 3 };
+
+constexpr int kPatience = 30'000;  // ms
+
+int Complain(ExitCode code, const QString& text) {
+  std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text));
+  return code;
+}
+
+// The first line of the file, without its end.
+QString PasswordFrom(const QString& name) {
+  QFile file(name);
+  if (!file.open(QIODevice::ReadOnly)) throw UsageError("cannot read " + name);
+  QString line = QString::fromUtf8(file.readLine());
+  while (line.endsWith('\n') || line.endsWith('\r'))
+    line.chop(1);
+  return line;
+}
+
+void AddPassword(CommandLine& line) {
+  const bool isFile = line.passwordFile && *line.passwordFile != "-";
+  if (isFile) {
+    line.request["password"] = PasswordFrom(*line.passwordFile);
+  } else if (line.passwordFile || line.asksPassword) {
+    const std::optional<QString> password = AskPassword();
+    if (!password) throw UsageError("there is no password on standard input");
+    line.request["password"] = *password;
+  }
+}
+
+int Ask(const CommandLine& line) {
+  const std::optional<QString> folder = line.dataFolder ? line.dataFolder : ApplicationDataFolder();
+  ServerLink server;
+  if (!folder || !server.Open(*folder)) {
+    return Complain(kNoServer, "no server of yours works in " + folder.value_or("any folder") +
+                                   "; --data-folder names another");
+  }
+  server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
+  const std::optional<QByteArray> reply = server.Receive(kPatience);
+  if (!reply) return Complain(kNoServer, "the server ended, or does not answer");
+  const QJsonObject answer = QJsonDocument::fromJson(*reply).object();
+  if (line.json) {
+    PrintLine(*reply);
+  } else {
+    Print(*line.command, answer);
+  }
+  return answer["ok"].toBool() ? kDone : kRefused;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  IgnoreBrokenPipes();
+  const QCoreApplication application(argc, argv);
+  try {
+    CommandLine line = ParseCommandLine(QCoreApplication::arguments());
+    if (!line.text.isEmpty()) {
+      PrintLine(line.text.toUtf8());
+      return kDone;
+    }
+    AddPassword(line);
+    return Ask(line);
+  } catch (const UsageError& error) {
+    return Complain(kUsage, error.what());
+  }
+}

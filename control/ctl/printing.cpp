@@ -1,0 +1,88 @@
+#include "control/ctl/printing.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+#include <QJsonArray>
+
+#include "framework/text.h"
+#include "framework/visible_text.h"
+
+namespace corvane::ctl {
+namespace {
+
+using Row = std::vector<QString>;
+
+QString CellText(const QJsonValue& value) {
+  if (value.isBool()) return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
+  if (value.isDouble()) return QString::number(value.toInteger());
+  return DisplayText(Escaped(TextFromDisplay(value.toString())));
+}
+
+void PrintTable(const std::vector<Row>& rows) {
+  std::vector<qsizetype> widths;
+  for (const Row& row : rows) {
+    widths.resize(std::max(widths.size(), row.size()));
+    for (std::size_t i = 0; i < row.size(); ++i)
+      widths[i] = std::max(widths[i], row[i].size());
+  }
+  for (const Row& row : rows) {
+    QString line;
+    for (std::size_t i = 0; i < row.size(); ++i)
+      line += row[i].leftJustified(widths[i] + 2);
+    PrintLine(line.trimmed().toUtf8());
+  }
+}
+
+void PrintRows(const std::vector<const char*>& columns, const QJsonArray& objects) {
+  std::vector<Row> rows{{columns.begin(), columns.end()}};
+  for (QString& heading : rows.front())
+    heading = heading.toUpper();
+  for (const QJsonValue& object : objects) {
+    Row& row = rows.emplace_back();
+    for (const char* column : columns)
+      row.push_back(CellText(object[QLatin1String(column)]));
+  }
+  PrintTable(rows);
+}
+
+void PrintStatus(const QJsonObject& answer) {
+  std::vector<Row> rows;
+  for (const char* field : {"version", "up-since", "listening", "address", "port", "connections",
+                            "memory", "output-held", "input-held", "messages-per-second",
+                            "received-per-second", "sent-per-second"}) {
+    rows.push_back({QLatin1String(field), CellText(answer[QLatin1String(field)])});
+  }
+  PrintTable(rows);
+  PrintLine("");
+  PrintRows({"name", "users", "max-users", "enabled"}, answer["networks"].toArray());
+}
+
+void PrintError(const QString& text) {
+  std::fprintf(stderr, "corvanectl: %s\n", Escaped(TextFromDisplay(text)).c_str());
+}
+
+}  // namespace
+
+void PrintLine(const QByteArray& line) {
+  std::printf("%s\n", line.constData());
+  std::fflush(stdout);
+}
+
+void Print(const Command& command, const QJsonObject& answer) {
+  if (!answer["ok"].toBool()) {
+    PrintError(answer["error"].toString());
+    for (const QJsonValue& address : answer["addresses"].toArray())
+      PrintError("  " + address.toString());
+  } else if (answer.contains("rows")) {
+    PrintRows(command.columns, answer["rows"].toArray());
+    if (!answer["complete"].toBool()) PrintError("there are more than fit into an answer");
+  } else if (answer.contains("networks")) {
+    PrintStatus(answer);
+  } else {
+    PrintLine(CellText(answer["text"]).toUtf8());
+  }
+}
+
+}  // namespace corvane::ctl

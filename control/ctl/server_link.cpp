@@ -1,0 +1,24 @@
+#include "control/ctl/server_link.h"
+
+#include "control/control_name.h"
+
+namespace corvane::ctl {
+
+bool ServerLink::Open(const QString& dataFolder) {
+  mySocket.connectToServer(ControlName(dataFolder));
+  return mySocket.waitForConnected();
+}
+
+void ServerLink::Send(const QByteArray& line) {
+  mySocket.write(line + '\n');
+  mySocket.flush();
+}
+
+std::optional<QByteArray> ServerLink::Receive(int patience) {
+  while (!mySocket.canReadLine()) {
+    if (!mySocket.waitForReadyRead(patience)) return std::nullopt;
+  }
+  return mySocket.readLine().trimmed();
+}
+
+}  // namespace corvane::ctl

@@ -1,0 +1,32 @@
+#include "control/rates.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kSamples = 10;
+
+}  // namespace
+
+Rates::Rates(PollLoop& loop) : myLoop(loop) {
+  Take();
+  QObject::connect(&myTimer, &QTimer::timeout, [this] { Take(); });
+  myTimer.start(std::chrono::seconds(1));
+}
+
+void Rates::Take() {
+  if (mySamples.size() == kSamples) mySamples.pop_front();
+  mySamples.push_back({std::chrono::steady_clock::now(), myLoop.Counted()});
+}
+
+Rates::Rate Rates::Now() {
+  const Sample& then = mySamples.front();
+  const PollLoop::Traffic& now = myLoop.Counted();
+  const std::chrono::duration<double> time = std::chrono::steady_clock::now() - then.time;
+  const auto aSecond = [&time](std::uint64_t before, std::uint64_t after) {
+    return static_cast<double>(after - before) / time.count();
+  };
+  return {aSecond(then.counted.messages, now.messages),
+          aSecond(then.counted.received, now.received), aSecond(then.counted.sent, now.sent)};
+}
+
+}  // namespace corvane

@@ -1,0 +1,52 @@
+#include "control/request.h"
+
+#include <QJsonDocument>
+
+#include "framework/text.h"
+
+namespace corvane {
+namespace {
+
+[[noreturn]] void RefuseField(const char* name, const std::string& expected) {
+  throw Refused("expected is \"" + std::string(name) + "\" as " + expected);
+}
+
+}  // namespace
+
+Request::Request(const QByteArray& line) {
+  const QJsonDocument document = QJsonDocument::fromJson(line);
+  if (!document.isObject()) throw Refused("no request; expected is one JSON object in a line");
+  myFields = document.object();
+}
+
+std::string Request::Text(const char* name) const {
+  std::optional<std::string> text = OptionalText(name);
+  if (!text || text->empty()) RefuseField(name, "a text that is not empty");
+  return *text;
+}
+
+std::optional<std::string> Request::OptionalText(const char* name) const {
+  const QJsonValue value = myFields[QLatin1String(name)];
+  if (value.isUndefined()) return std::nullopt;
+  if (!value.isString()) RefuseField(name, "a text");
+  return TextFromDisplay(value.toString());
+}
+
+std::optional<std::int32_t> Request::OptionalNumber(const char* name, std::int32_t least,
+                                                    std::int32_t most) const {
+  const QJsonValue value = myFields[QLatin1String(name)];
+  if (value.isUndefined()) return std::nullopt;
+  const int number = value.toInt(least - 1);
+  if (number < least || number > most) {
+    RefuseField(name, "a number from " + std::to_string(least) + " to " + std::to_string(most));
+  }
+  return number;
+}
+
+bool Request::Flag(const char* name) const {
+  const QJsonValue value = myFields[QLatin1String(name)];
+  if (!value.isUndefined() && !value.isBool()) RefuseField(name, "true or false");
+  return value.toBool();
+}
+
+}  // namespace corvane

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <stdexcept>
+#include <string>
+
+#include <QJsonObject>
+
+namespace corvane {
+
+// Why a request is not carried out; the client is told, with these fields.
+class Refused : public std::runtime_error {
+ public:
+  explicit Refused(const std::string& why, QJsonObject more = {})
+      : std::runtime_error(why), fields(std::move(more)) {}
+
+  const QJsonObject fields;
+};
+
+// What a request says. A field that is needed and not there, or of the wrong kind, is refused with
+// what was expected.
+class Request {
+ public:
+  // One JSON object.
+  explicit Request(const QByteArray& line);
+
+  std::string Text(const char* name) const;
+  std::optional<std::string> OptionalText(const char* name) const;
+  std::optional<std::int32_t> OptionalNumber(const char* name, std::int32_t least,
+                                             std::int32_t most) const;
+  bool Flag(const char* name) const;
+
+ private:
+  QJsonObject myFields;
+};
+
+}  // namespace corvane

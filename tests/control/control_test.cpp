@@ -1,0 +1,257 @@
+#include <gmock/gmock.h>
+#include <string>
+#include <vector>
+
+#include <QLocalSocket>
+#include <QProcess>
+
+#include "console/application.h"
+#include "control/commands.h"
+#include "control/control_name.h"
+#include "control/control_server.h"
+#include "tests/console/console_fixture.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct Outcome {
+  int exitCode = -1;
+  std::string text;  // of both streams
+};
+
+// Ann and Bob are on the network North of a server that listens on its folder's local socket.
+class ControlTest : public ConsoleTest {
+ protected:
+  ControlTest() {
+    EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
+    control.Serve(commands);
+  }
+
+  Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
+    QProcess program;
+    program.setProcessChannelMode(QProcess::MergedChannels);
+    program.start(QStringLiteral(CORVANECTL),
+                  QStringList{"--data-folder", myFolder.path()} + arguments);
+    program.write(input);
+    program.closeWriteChannel();
+    EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
+    return {program.exitCode(), program.readAll().replace("\r\n", "\n").toStdString()};
+  }
+
+  // What the server answers to bytes; nothing where it drops the client.
+  QByteArray Ask(QLocalSocket& client, const QByteArray& bytes) {
+    client.connectToServer(ControlName(myFolder.path()));
+    client.write(bytes);
+    EXPECT_TRUE(PumpUntil(
+        [&] { return client.canReadLine() || client.state() == QLocalSocket::UnconnectedState; }));
+    return client.isOpen() ? client.readLine() : QByteArray();
+  }
+
+  ControlServer control;
+  Commands commands{myApp, *myWindow->sSocket, myWindow->Actions()};
+  std::unique_ptr<TestClient> ann = LoggedIn("Ann");
+  std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
+};
+
+TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
+  const std::string networks = "SELECT name,pass,users,enabled FROM networks WHERE name='Guild'";
+  const std::string bans = "SELECT address,\"by\",reason,network FROM bans";
+  const std::string admins = "SELECT name,address,network FROM admins";
+  struct Row {
+    QStringList arguments;
+    QByteArray input;
+    int exitCode;
+    std::string text;   // that is shown
+    std::string query;  // if any
+    std::string found = {};
+    TestClient* client = nullptr;  // that hears
+    WireMessage heard = {};
+  };
+  const std::vector<Row> rows = {
+      {{"status"}, "", 0, "North    2      5          yes", ""},
+      {{"users"}, "", 0, "Bob   North    127.0.0.2:", ""},
+      {{"users", "--network", "so\nuth", "--json"}, "", 0, R"("rows":[])", ""},
+      {{"users", "--network", "x"}, "", 1, "there is no network \"x\"", ""},
+      {{"network", "add", "Guild", "--max-users", "7"},
+       "p\xC3\xA4ss\n",
+       0,
+       "Added",
+       networks,
+       "Guild|p\xC3\xA4ss|7|1;"},
+      {{"network", "add", "guild"}, "x\n", 1, "already", networks, "Guild|p\xC3\xA4ss|7|1;"},
+      {{"network", "add", "Club"}, "", 2, "no password", networks, "Guild|p\xC3\xA4ss|7|1;"},
+      {{"network", "edit", "GUILD", "--disable", "--max-users", "1001"},
+       "",
+       1,
+       "from 1 to 1000",
+       networks,
+       "Guild|p\xC3\xA4ss|7|1;"},
+      {{"network", "edit", "GUILD", "--disable", "--password-file", "-"},
+       "new",
+       0,
+       "Changed",
+       networks,
+       "Guild|new|7|0;"},
+      {{"networks", "--json"},
+       "",
+       0,
+       R"({"enabled":false,"max-users":7,"name":"Guild","users":0})",
+       ""},
+      {{"network", "delete", "Guild"}, "", 0, "Deleted", networks, ""},
+      {{"message", "--network", "north", "good", "day"},
+       "",
+       0,
+       "Sent",
+       "",
+       "",
+       ann.get(),
+       {998, "good day"}},
+      {{"kick", "ann", "--", "-o-"}, "", 0, "Kicked Ann", "", "", ann.get(), {996, "-o-"}},
+      {{"kick", "Eve", "why"}, "", 1, "nobody \"Eve\"", ""},
+      {{"kick", "Ann"}, "", 2, "takes 2 argument", ""},
+      {{"ban", "bob", "so there"},
+       "",
+       0,
+       "Banned 127.0.0.2",
+       bans,
+       "127.0.0.2|Server Admin|so there|North;",
+       bob.get(),
+       {997, "so there"}},
+      {{"ban-address", "10.1", "x"}, "", 1, "expected is an IPv4 address", ""},
+      {{"ban-address", "10.0.0.1", "x"},
+       "",
+       0,
+       "Banned",
+       bans,
+       "127.0.0.2|Server Admin|so there|North;10.0.0.1|Server Admin|x|;"},
+      {{"bans"}, "", 0, "10.0.0.1   Server Admin  x", ""},
+      {{"unban", "127.0.0.2"}, "", 0, "Lifted 1", bans, "10.0.0.1|Server Admin|x|;"},
+      {{"unban", "2"}, "", 0, "Lifted 1", bans, ""},
+      {{"grant", "ann"}, "", 0, "Ann is", admins, "Ann|127.0.0.1|North;"},
+      {{"grant", "Eve", "--network", "north"}, "", 1, "expected are both", ""},
+      {{"grant", "Eve", "--network", "north", "--address", "10.0.0.9"},
+       "",
+       0,
+       "",
+       admins,
+       "Ann|127.0.0.1|North;Eve|10.0.0.9|North;"},
+      {{"admins"}, "", 0, "2   Eve   North    10.0.0.9", ""},
+      {{"revoke", "ANN"}, "", 0, "Took back 1", admins, "Eve|10.0.0.9|North;"},
+      {{"set", "AtachedPort", "1"}, "", 1, "AttachedNIC, AttachedPort", ""},
+      {{"set", "AttachedPort", "70000"}, "", 1, "from 0 to 65535", ""},
+      {{"set", "AttachedPort", "12345"}, "", 0, "Set", ""},
+      {{"settings"}, "", 0, "AttachedPort    12345", ""},
+      {{"network", "disconnect", "north"}, "", 0, "Sent away", "", "", ann.get(), {999, "BYE"}},
+      {{"frob"}, "", 2, "no command", ""},
+      {{"kick", "--help"}, "", 0, "REASON", ""},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.arguments.join(' ').toStdString());
+    const Outcome outcome = Run(row.arguments, row.input);
+    EXPECT_EQ(outcome.exitCode, row.exitCode);
+    EXPECT_THAT(outcome.text, HasSubstr(row.text));
+    if (!row.query.empty()) {
+      EXPECT_EQ(Query(row.query), row.found);
+    }
+    if (row.client != nullptr) {
+      std::optional<WireMessage> heard;
+      while ((heard = row.client->Receive()) && heard != row.heard) {
+      }
+      EXPECT_EQ(heard, row.heard);
+    }
+  }
+}
+
+TEST_F(ControlTest, WindowShowsWhatWasDone) {
+  EXPECT_EQ(Run({"network", "add", "Guild"}, "x\n").exitCode, 0);
+  EXPECT_THAT(RowTexts(myWindow->Networks()), testing::Contains("Guild"));
+  EXPECT_EQ(Run({"network", "delete", "Guild"}).exitCode, 0);
+  EXPECT_THAT(RowTexts(myWindow->Networks()), testing::Not(testing::Contains("Guild")));
+  EXPECT_EQ(Run({"disconnect", "Ann"}).exitCode, 0);
+  EXPECT_TRUE(Shows("Admin Force Kicked Ann"));
+  EXPECT_TRUE(ann->WasClosedByServer());
+  EXPECT_THAT(Users(), ElementsAre("Bob|North"));
+}
+
+TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
+  TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
+  ASSERT_TRUE(stranger.Receive());
+  for (const QStringList& command : {QStringList{"message", "x"}, {"network", "delete", "North"}}) {
+    const Outcome outcome = Run(command);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.text, HasSubstr("  127.0.0.7:"));
+  }
+  EXPECT_TRUE(ann->HearsNothing());
+  EXPECT_TRUE(myBoxes.empty());
+  // With force it is as from the window.
+  auto& application = dynamic_cast<Application&>(*QCoreApplication::instance());
+  application.LastResort = [this] { myApp.LastResort(); };
+  QLocalSocket client;
+  client.connectToServer(ControlName(myFolder.path()));
+  client.write("{\"command\":\"message\",\"text\":\"x\",\"force\":true}\n");
+  EXPECT_TRUE(PumpUntil([this] { return !myBoxes.empty(); }));
+  application.LastResort = nullptr;
+  EXPECT_THAT(myBoxes, ElementsAre(HasSubstr("NilObjectException")));
+}
+
+TEST_F(ControlTest, BadInputIsRefusedOrDropped) {
+  struct Row {
+    QByteArray bytes;
+    QByteArray answer;  // part of it
+    bool stays;
+  };
+  for (const Row& row : std::vector<Row>{
+           {"\n", "expected is one JSON object", true},
+           {QByteArray("\xFF\0\x01{[\n", 6), "expected is one JSON object", true},
+           {"[1]\n", "expected is one JSON object", true},
+           {"{}\n", R"(expected is \"command\")", true},
+           {"{\"command\":7}\n", R"(expected is \"command\")", true},
+           {"{\"command\":\"\\u0000\"}\n", "expected is one of: status", true},
+           {"{\"command\":\"users\",\"network\":{}}\n", R"(\"network\" as a text)", true},
+           {QByteArray(100 << 20, 'x'), "", false},
+           {QByteArray((1 << 20) + 1, 'x') + '\n', "more than 1 MiB", false},
+       }) {
+    QLocalSocket client;
+    EXPECT_THAT(Ask(client, row.bytes).toStdString(), HasSubstr(row.answer.toStdString()))
+        << row.bytes.left(50).toStdString();
+    if (row.stays) {
+      client.write(R"({"command":"networks"})"
+                   "\n");
+      EXPECT_TRUE(PumpUntil([&] { return client.canReadLine(); })) << "it may ask again";
+    } else {
+      EXPECT_TRUE(PumpUntil([&] { return client.state() == QLocalSocket::UnconnectedState; }));
+    }
+  }
+  EXPECT_TRUE(ann->HearsNothing()) << "and the relay is as it was";
+}
+
+TEST_F(ControlTest, SixteenGetInAndWhoGoesAwayMakesRoom) {
+  std::vector<std::unique_ptr<QLocalSocket>> clients;
+  for (int i = 0; i < 16; ++i) {
+    clients.push_back(std::make_unique<QLocalSocket>());
+    EXPECT_THAT(Ask(*clients.back(), R"({"command":"status"})"
+                                     "\n{\"half"),
+                HasSubstr("up-since"));
+  }
+  EXPECT_EQ(Run({"status"}).exitCode, 1);
+  clients.clear();
+  EXPECT_TRUE(PumpUntil([this] { return Run({"status"}).exitCode == 0; }));
+}
+
+TEST_F(ControlTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {
+  EXPECT_EQ(ControlServer().Take(myFolder.path()), ControlServer::Claim::Taken);
+  EXPECT_EQ(Run({"status"}).exitCode, 0);
+  QTemporaryDir other;
+  QFile left(other.filePath("corvane-server.sock"));
+  ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+  EXPECT_EQ(Run({"--data-folder", other.path(), "status"}).exitCode, 3);
+  EXPECT_EQ(ControlServer().Take(other.path()), ControlServer::Claim::Made);
+  EXPECT_EQ(Run({"quit"}).exitCode, 0);
+  EXPECT_TRUE(PumpUntil([this] { return myApp.IsQuitting(); }));
+}
+
+}  // namespace
+}  // namespace corvane
