@@ -1,5 +1,6 @@
 #include <optional>
 #include <string>
+#include <utility>
 
 #include <QDir>
 #include <QSystemTrayIcon>
@@ -11,9 +12,11 @@
 #include "console/wnd_main.h"
 #include "control/commands.h"
 #include "control/control_server.h"
+#include "control/server_log.h"
 #include "framework/broken_pipes.h"
 #include "framework/folders.h"
 #include "framework/large_memory.h"
+#include "framework/message_box.h"
 #include "framework/quit_signals.h"
 #include "framework/standard_error.h"
 #include "framework/standard_streams.h"
@@ -24,20 +27,31 @@ using namespace corvane;
 
 namespace {
 
-// Takes the local socket, and tells why where that fails.
-ControlServer::Claim Claim(ControlServer& control, const std::optional<QString>& folder, App& app) {
-  // The application says so.
-  if (!folder || !QDir(*folder).exists()) return ControlServer::Claim::Failed;
-  const ControlServer::Claim claim = control.Take(*folder);
+// Takes the local socket, and tells why where that fails. Whether this is the one server of its
+// folder, as far as is known.
+bool Claim(ControlServer& control, const QString& folder, const MessageBoxFunction& showMessage) {
+  // The application tells of it.
+  if (!QDir(folder).exists()) return true;
+  const ControlServer::Claim claim = control.Take(folder);
   if (claim == ControlServer::Claim::Taken) {
     MessageBox box;
     box.text = "Another server is running on the data folder\n" +
-               QDir::toNativeSeparators(*folder).toStdString();
-    app.ShowMessage(box);
-  } else if (claim == ControlServer::Claim::Failed) {
+               QDir::toNativeSeparators(folder).toStdString();
+    showMessage(box);
+    return false;
+  }
+  if (claim == ControlServer::Claim::Failed) {
     WriteErrorLine("corvanectl cannot reach this server: " + control.Error());
   }
-  return claim;
+  return true;
+}
+
+// What the operator is told is logged, too.
+MessageBoxFunction Logging(ServerLog& log, MessageBoxFunction showMessage) {
+  return [&log, show = std::move(showMessage)](const MessageBox& box) {
+    if (box.kind == MessageBox::Kind::Message) log.Write(box.text);
+    return show(box);
+  };
 }
 
 }  // namespace
@@ -51,19 +65,25 @@ int main(int argc, char** argv) {
   Application application(argc, argv);
 
   const std::optional<QString> folder = ApplicationDataFolder();
-  App app(folder, MessageBoxesOfThePlatform());
+  ControlServer control;
+  if (folder && !Claim(control, *folder, MessageBoxesOfThePlatform())) return 1;
+  // Outlives all that writes into it.
+  ServerLog log(folder);
+  App app(folder, Logging(log, MessageBoxesOfThePlatform()));
+  app.serverdb().Complained = [&log](const std::string& text) { log.Write(text); };
   application.LastResort = [&app] { app.LastResort(); };
   application.Quit = [&app] { app.Quit(); };
   const QuitSignals quitSignals([&app] { app.Quit(); });
-  ControlServer control;
-  const ControlServer::Claim claim = Claim(control, folder, app);
-  if (claim == ControlServer::Claim::Taken || !app.Open()) return 1;
-  WriteErrorLine("Rules in force: " + std::string(app.RulesInForce().name));
+  if (!app.Open()) return 1;
+  const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
+  WriteErrorLine(rules);
+  log.Write(rules);
 
   // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
-  MyTrayItem trayItem(window, [&app] { app.Quit(); });
-  Commands commands(app, *window.sSocket, window.Actions());
+  window.sSocket->Logged = [&log](const std::string& text) { log.Write(text); };
+  MyTrayItem trayItem(window, [&window] { window.Actions().Quit(); });
+  Commands commands(app, *window.sSocket, window.Actions(), log);
   control.Serve(commands);
   if (HasDisplay()) {
     trayItem.show();

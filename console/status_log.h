@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
@@ -8,26 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include <QDateTime>
-
 namespace corvane {
-
-// What stands before the text of a status line: "[3/7/2011 9:05:02] ".
-std::string StatusPrefix(const QDateTime& time);
-
-// The prefix of a time, in local time, for one time after another. Asking the system for its time
-// zone costs more than the rest of a line, so the text is made once a second.
-class StatusClock {
- public:
-  using Time = std::chrono::system_clock::time_point;
-
-  // Valid until the next call.
-  const std::string& Prefix(Time now = std::chrono::system_clock::now());
-
- private:
-  std::chrono::sys_seconds mySecond;
-  std::string myPrefix;
-};
 
 // The lines of the status log, in blocks of some 64 KiB: a line costs its bytes and one number, and
 // the oldest ones go a block at a time.

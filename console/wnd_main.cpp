@@ -158,7 +158,7 @@ void wndMain::BuildMenus() {
           this, &wndMain::FileCheckForUpdates);
   Named(file->addSeparator(), "UntitledSeparator");
   connect(add("FileQuit", QStringLiteral("E&xit")), &QAction::triggered, this,
-          [this] { myApp.Quit(); });
+          [this] { myActions.Quit(); });
   FillEditMenu(*menuBar()->addMenu(QStringLiteral("&Edit")));
 }
 
@@ -243,7 +243,7 @@ void wndMain::ConnectEvents() {
 }
 
 void wndMain::FileSettings() {
-  auto* dialog = new wndSettings(myApp, NetworkInterfaces(), *this);
+  auto* dialog = new wndSettings(myApp, myActions, NetworkInterfaces(), *this);
   dialog->open();
 }
 

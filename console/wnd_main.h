@@ -15,6 +15,7 @@
 #include "console/users_model.h"
 #include "console/window_group.h"
 #include "framework/standard_output.h"
+#include "framework/status_clock.h"
 #include "server/map_socket.h"
 #include "server/operator.h"
 

@@ -10,6 +10,7 @@
 #include "framework/numbers.h"
 #include "framework/text.h"
 #include "server/app.h"
+#include "server/operator.h"
 
 namespace corvane {
 namespace {
@@ -40,9 +41,11 @@ void SetValue(QLineEdit& field, double value) {
 
 }  // namespace
 
-wndSettings::wndSettings(App& app, std::vector<NetworkInterface> interfaces, QWidget& owner)
+wndSettings::wndSettings(App& app, Operator& actions, std::vector<NetworkInterface> interfaces,
+                         QWidget& owner)
     : Dialog(QStringLiteral("wndSettings"), QStringLiteral("Settings"), owner),
       myApp(app),
+      myActions(actions),
       myInterfaces(std::move(interfaces)) {
   LayOut();
   AppSettings& settings = myApp.Settings();
@@ -123,10 +126,9 @@ void wndSettings::btnOK_Action() {
     return;
   }
   const auto selected = static_cast<std::size_t>(pmNIC->currentIndex());
-  AppSettings& settings = myApp.Settings();
-  settings.SetValue("AttachedNIC", myInterfaces[selected].MACAddress);
-  settings.SetValue("AttachedPort", TextFromDisplay(fldPort->text()));
-  settings.SetValue("MaxConns", TextFromDisplay(fldConns->text()));
+  myActions.ChangeSetting("AttachedNIC", myInterfaces[selected].MACAddress);
+  myActions.ChangeSetting("AttachedPort", TextFromDisplay(fldPort->text()));
+  myActions.ChangeSetting("MaxConns", TextFromDisplay(fldConns->text()));
   accept();
 }
 

@@ -12,6 +12,7 @@
 namespace corvane {
 
 class App;
+class Operator;
 
 // The dialog for the listening interface, the port and the number of connections. The port is kept
 // to 65535 at every change of its field. What the dialog stores is used by the next start of the
@@ -19,7 +20,8 @@ class App;
 class wndSettings : public Dialog {
  public:
   // `interfaces` are the machine's, in the system's order.
-  wndSettings(App& app, std::vector<NetworkInterface> interfaces, QWidget& owner);
+  wndSettings(App& app, Operator& actions, std::vector<NetworkInterface> interfaces,
+              QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
   QComboBox* pmNIC;
@@ -40,6 +42,7 @@ class wndSettings : public Dialog {
   std::string Fault() const;
 
   App& myApp;
+  Operator& myActions;
   std::vector<NetworkInterface> myInterfaces;
 };
 

@@ -9,7 +9,7 @@
 #include <QJsonArray>
 
 #include "control/answers.h"
-#include "control/control_connection.h"
+#include "control/server_log.h"
 #include "framework/dates.h"
 #include "framework/numbers.h"
 #include "framework/process_memory.h"
@@ -26,6 +26,10 @@ namespace {
 constexpr std::int32_t kFewestSeats = 1;
 constexpr std::int32_t kMostSeats = 1000;
 constexpr std::int32_t kUsualSeats = 5;
+constexpr std::int32_t kMostLogLines = 10'000;
+constexpr std::int32_t kUsualLogLines = 20;
+// By whom what is done here is noted.
+const std::string kActor = "corvanectl";
 
 QJsonObject NetworkRow(const ServerNetworks& network) {
   return {{"name", AnswerText(network.NetworkName)},
@@ -56,18 +60,39 @@ const Commands::Entry Commands::kEntries[] = {
     {"revoke", &Commands::Revoke},
     {"message", &Commands::Message},
     {"set", &Commands::Set},
+    {"log", &Commands::Log},
     {"quit", &Commands::Quit},
 };
 
-Commands::Commands(App& app, MapSocket& listener, Operator& actions)
-    : myApp(app), myListener(listener), myActions(actions), myRates(app.Loop()) {}
+Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log)
+    : myApp(app), myListener(listener), myActions(actions), myLog(log), myRates(app.Loop()) {
+  myLog.Written = [this](const std::string& line) { Tell(line); };
+}
+
+Commands::~Commands() {
+  myLog.Written = nullptr;
+}
 
 void Commands::Run(ControlConnection& client, const QByteArray& line) {
+  const Operator::Acting acting(myActions, kActor);
   try {
-    client.Answer(Carry(Request(line)));
+    const Request request(line);
+    client.Answer(Carry(request));
+    if (request.Flag("follow")) {
+      client.StartFollowing();
+      myFollowers.emplace_back(&client);
+    }
   } catch (const Refused& refused) {
     client.Answer(RefusalLine(refused.what(), refused.fields));
   }
+}
+
+void Commands::Tell(const std::string& text) {
+  std::erase(myFollowers, nullptr);
+  if (myFollowers.empty()) return;
+  const QByteArray line = Line({{"line", DisplayText(text)}});
+  for (const auto& follower : myFollowers)
+    follower->SendFollowed(line);
 }
 
 QByteArray Commands::Carry(const Request& request) {
@@ -344,9 +369,21 @@ QByteArray Commands::Set(const Request& request) {
   return DoneLine("Set, for the next start.");
 }
 
+QByteArray Commands::Log(const Request& request) {
+  const std::int32_t count =
+      request.OptionalNumber("lines", 0, kMostLogLines).value_or(kUsualLogLines);
+  QJsonArray lines;
+  for (const std::string& line : myLog.Last(static_cast<std::size_t>(count)))
+    lines.append(DisplayText(line));
+  return DoneLine(QJsonObject{{"lines", lines}});
+}
+
 QByteArray Commands::Quit(const Request&) {
   // The answer goes first.
-  QTimer::singleShot(0, qApp, [this] { myActions.Quit(); });
+  QTimer::singleShot(0, qApp, [this] {
+    const Operator::Acting acting(myActions, kActor);
+    myActions.Quit();
+  });
   return DoneLine("The server ends.");
 }
 

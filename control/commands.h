@@ -2,10 +2,13 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QPointer>
 
+#include "control/control_connection.h"
 #include "control/rates.h"
 #include "control/request.h"
 #include "server/server_networks.h"
@@ -14,15 +17,19 @@ namespace corvane {
 
 class App;
 class ClientSocket;
-class ControlConnection;
 class MapSocket;
 class Operator;
+class ServerLog;
 
 // What the clients of the local socket can ask for, each by its "command". Borrows the application
-// object, the listener and what acts on them.
+// object, the listener, what acts on them
+// and the log.
 class Commands {
  public:
-  Commands(App& app, MapSocket& listener, Operator& actions);
+  Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log);
+  ~Commands();
+  Commands(const Commands&) = delete;
+  Commands& operator=(const Commands&) = delete;
 
   // Carries out a request and answers it. What ends the server, as the windows would, throws.
   void Run(ControlConnection& client, const QByteArray& line);
@@ -32,9 +39,13 @@ class Commands {
     const char* name;
     QByteArray (Commands::*run)(const Request& request);
   };
+  // A line of the log, to all who follow it.
+  void Tell(const std::string& line);
+
   static const Entry kEntries[];
 
   QByteArray Carry(const Request& request);
+  QByteArray Log(const Request& request);
   QByteArray Status(const Request& request);
   QByteArray Users(const Request& request);
   QByteArray Networks(const Request& request);
@@ -66,6 +77,8 @@ class Commands {
   App& myApp;
   MapSocket& myListener;
   Operator& myActions;
+  ServerLog& myLog;
+  std::vector<QPointer<ControlConnection>> myFollowers;
   Rates myRates;
   const QDateTime myStart = QDateTime::currentDateTimeUtc();
 };

@@ -180,7 +180,16 @@ void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view da
   }
 }
 
+void ClientSocket::NoteAdminCommand(std::int32_t command, std::string_view data) {
+  if (command == wire::kAdminListBans) return;  // nothing was done
+  constexpr std::string_view kNames[] = {"kick ", "ban ", "message ", "", "lift ban "};
+  const std::string_view name = kNames[command - wire::kAdminKick];
+  myParent.Note(StatusLine({"administrator ", myUsername, " of ", myNetwork->NetworkName, " (",
+                            RemoteAddress(), "): ", name, data}));
+}
+
 void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view data) {
+  NoteAdminCommand(command, data);
   const auto field = [data](std::size_t number) {
     return std::string(NthField(data, '|', number));
   };

@@ -111,6 +111,7 @@ class ClientSocket : public EasyTCPSocket {
  private:
   void Greet(const ClientLocation& location);
   void HandleMemberCommand(std::int32_t command, std::string_view data);
+  void NoteAdminCommand(std::int32_t command, std::string_view data);
   void HandleAdminCommand(std::int32_t command, std::string_view data);
 
   void ChooseNetwork(std::string_view name);

@@ -80,6 +80,11 @@ void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
 
 void MapSocket::CallStatusMessage(const std::string& text) {
   if (StatusMessage) StatusMessage(*this, text);
+  Note(text);
+}
+
+void MapSocket::Note(const std::string& text) {
+  if (Logged) Logged(text);
 }
 
 void MapSocket::CallUserLoggedIn(ClientSocket& client) {

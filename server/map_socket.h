@@ -37,7 +37,12 @@ class MapSocket : public ServerSocket {
   std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedIn;
   std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedOut;
 
+  // Event: a line for the log, which are the status lines and what is noted besides.
+  std::function<void(const std::string&)> Logged;
+
   void CallStatusMessage(const std::string& text);
+  // Notes who did what.
+  void Note(const std::string& text);
   void CallUserLoggedIn(ClientSocket& client);
   void CallUserLoggedOut(ClientSocket& client);
 

@@ -12,7 +12,18 @@ namespace {
 // Whom bans are noted as issued by.
 const std::string kName = "Server Admin";
 
+std::string Numbers(const std::vector<std::int64_t>& ids) {
+  std::string text;
+  for (const std::int64_t id : ids)
+    text += (text.empty() ? "" : ", ") + std::to_string(id);
+  return text;
+}
+
 }  // namespace
+
+void Operator::Note(std::initializer_list<std::string_view> what) {
+  myListener.Note(StatusLine({myActor, ": ", StatusLine(what)}));
+}
 
 void Operator::Start() {
   myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) {
@@ -26,6 +37,7 @@ const std::vector<NetworkRef>& Operator::Networks() const {
 
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
                           std::int32_t maxUsers, bool enabled) {
+  Note({"add network ", name});
   const auto network = std::make_shared<ServerNetworks>(name, password, maxUsers, enabled);
   myListener.Networks.push_back(network);
   if (NetworkAdded) NetworkAdded(network);
@@ -34,6 +46,7 @@ bool Operator::AddNetwork(const std::string& name, const std::string& password,
 
 bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& password,
                              std::int32_t maxUsers, bool enabled) {
+  Note({"change network ", network.NetworkName});
   network.Enabled = enabled;
   network.MaxUsers = maxUsers;
   network.Password = password;
@@ -41,6 +54,7 @@ bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& passwor
 }
 
 bool Operator::DeleteNetwork(const NetworkRef& network) {
+  Note({"delete network ", network->NetworkName});
   myListener.RemoveNetwork(network);
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
   if (NetworkRemoved) NetworkRemoved(network);
@@ -52,6 +66,7 @@ std::string Operator::StoreError() const {
 }
 
 void Operator::DisconnectAll(const NetworkRef& network) {
+  Note({"disconnect network ", network->NetworkName});
   myListener.DisconnectAllClientsOnNetwork(network);
 }
 
@@ -68,22 +83,26 @@ std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user) const 
 }
 
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
+  Note({"kick ", user.Username(), ", ", user.PeerName(), ": ", reason});
   user.SendMessage(wire::kKick, reason);
   user.ExpectToLeave();
   myListener.CallStatusMessage(StatusLine({user.Username(), " Kicked: ", reason}));
 }
 
 void Operator::Ban(ClientSocket& user, const std::string& reason) {
+  Note({"ban ", user.Username(), ", ", user.PeerName(), ": ", reason});
   myListener.Ban(user, kName, reason, user.NetworkName());
 }
 
 void Operator::BanAddress(const std::string& address, const std::string& reason,
                           const std::string& networkName) {
+  Note({"ban address ", address, ": ", reason});
   myListener.Keeper().Add(address, kName, reason, networkName);
   myListener.CallStatusMessage(StatusLine({address, " Banned: ", reason}));
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {
+  Note({"disconnect ", user.Username(), ", ", user.PeerName()});
   myListener.CallStatusMessage(StatusLine({"Admin Force Kicked ", user.Username()}));
   user.Close();
 }
@@ -94,10 +113,12 @@ bool Operator::MakeAdmin(const ClientSocket& user) {
 
 bool Operator::MakeAdmin(const std::string& name, const std::string& address,
                          const std::string& networkName) {
+  Note({"make administrator ", name, " of ", networkName, ", ", address});
   return myListener.Admins().Add(name, address, networkName);
 }
 
 void Operator::Send(const std::string& text, const std::string& networkName) {
+  Note({"message to ", networkName, ": ", text});
   myListener.BroadcastMessage(text, networkName);
 }
 
@@ -116,6 +137,7 @@ std::optional<std::vector<BansTable::Ban>> Operator::Bans() {
 }
 
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
+  Note({"lift bans ", Numbers(ids)});
   return myListener.Bans().Delete(ids);
 }
 
@@ -124,14 +146,17 @@ std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {
 }
 
 bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
+  Note({"delete administrators ", Numbers(ids)});
   return myListener.Admins().Delete(ids);
 }
 
 void Operator::ChangeSetting(const std::string& name, const std::string& value) {
+  Note({"set ", name, " to ", value});
   myApp.Settings().SetValue(name, value);
 }
 
 void Operator::Quit() {
+  Note({"quit"});
   myApp.Quit();
 }
 

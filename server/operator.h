@@ -2,9 +2,12 @@
 
 #include <cstdint>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "server/server_networks.h"
@@ -28,6 +31,20 @@ class Operator {
   // called.
   std::function<void(const NetworkRef&)> NetworkAdded;
   std::function<void(const NetworkRef&)> NetworkRemoved;
+
+  // While one exists, what is done is noted as done by this actor; otherwise by "window".
+  class Acting {
+   public:
+    Acting(Operator& actions, std::string actor)
+        : myActions(actions), myBefore(std::exchange(actions.myActor, std::move(actor))) {}
+    ~Acting() { myActions.myActor = std::move(myBefore); }
+    Acting(const Acting&) = delete;
+    Acting& operator=(const Acting&) = delete;
+
+   private:
+    Operator& myActions;
+    std::string myBefore;
+  };
 
   // Configures and starts the listener and loads its networks.
   void Start();
@@ -82,8 +99,12 @@ class Operator {
   void Quit();
 
  private:
+  // Notes what is being done, and by whom.
+  void Note(std::initializer_list<std::string_view> what);
+
   App& myApp;
   MapSocket& myListener;
+  std::string myActor = "window";
 };
 
 }  // namespace corvane

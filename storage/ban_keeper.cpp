@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "framework/standard_error.h"
-
 namespace corvane {
 
 namespace {
@@ -33,8 +31,7 @@ BanKeeper::BanKeeper(BansTable& bans) : myBans(bans), myPause(kFirstPause) {
 BanKeeper::~BanKeeper() {
   StoreFor(kTimeAtTheEnd);
   if (myWaiting.empty()) return;
-  WriteErrorLine("database: bans that could not be stored and are lost: " +
-                 std::to_string(myWaiting.size()));
+  myBans.Tell("bans that could not be stored and are lost: " + std::to_string(myWaiting.size()));
 }
 
 void BanKeeper::Add(const std::string& address, const std::string& by, const std::string& reason,

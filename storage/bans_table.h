@@ -28,6 +28,9 @@ class BansTable {
                      StatementValues values = StatementValues::Pasted)
       : myConnection(connection), myValues(values) {}
 
+  // Tells what is wrong as the connection does.
+  void Tell(const std::string& fault) const { myConnection.Tell(fault); }
+
   // Whether any row names the address, whatever its network, date and length.
   bool IsBanned(const std::string& address);
 

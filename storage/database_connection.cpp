@@ -288,8 +288,14 @@ bool DatabaseConnection::Complain() {
   if (myErrorMessage == myLastComplaint && now < myNextSameComplaint) return false;
   myLastComplaint = myErrorMessage;
   myNextSameComplaint = now + kPauseBetweenSameComplaints;
-  WriteErrorLine("database: " + myErrorMessage);
+  Tell(myErrorMessage);
   return false;
+}
+
+void DatabaseConnection::Tell(const std::string& fault) const {
+  const std::string line = "database: " + fault;
+  WriteErrorLine(line);
+  if (Complained) Complained(line);
 }
 
 bool DatabaseConnection::Succeed() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
@@ -35,6 +36,11 @@ class DatabaseConnection {
   ~DatabaseConnection();
   DatabaseConnection(const DatabaseConnection&) = delete;
   DatabaseConnection& operator=(const DatabaseConnection&) = delete;
+
+  // Event: something was told on standard error.
+  std::function<void(const std::string&)> Complained;
+  // Tells it, behind "database: ".
+  void Tell(const std::string& fault) const;
 
   // Opens an existing database file for reading and writing and reads from it once, so that a file
   // that is no database fails here. A file that may only be read opens as well, and each change of

@@ -69,6 +69,11 @@ const std::vector<Command> kCommands = {
      "Changes a setting, for the next start.",
      {{"name", "The setting."}, {"value", "Its new value, which may be empty."}},
      {{"force", nullptr, "Also one of a name that the server does not know."}}},
+    {"log",
+     "The newest lines of the log.",
+     {},
+     {{"lines", "NUMBER", "How many, 10000 at most; 20 if none is given."},
+      {"follow", nullptr, "And all that come from now on."}}},
     {"quit", "Ends the server.", {}},
 };
 

@@ -46,6 +46,17 @@ void AddPassword(CommandLine& line) {
   }
 }
 
+// Shows one line of the server's; whether it says that all is well.
+bool Show(const CommandLine& line, const QByteArray& received) {
+  const QJsonObject answer = QJsonDocument::fromJson(received).object();
+  if (line.json) {
+    PrintLine(received);
+  } else {
+    Print(*line.command, answer);
+  }
+  return answer["ok"].toBool();
+}
+
 int Ask(const CommandLine& line) {
   const std::optional<QString> folder = line.dataFolder ? line.dataFolder : ApplicationDataFolder();
   ServerLink server;
@@ -54,15 +65,14 @@ int Ask(const CommandLine& line) {
                                    "; --data-folder names another");
   }
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-  const std::optional<QByteArray> reply = server.Receive(kPatience);
-  if (!reply) return Complain(kNoServer, "the server ended, or does not answer");
-  const QJsonObject answer = QJsonDocument::fromJson(*reply).object();
-  if (line.json) {
-    PrintLine(*reply);
-  } else {
-    Print(*line.command, answer);
+  std::optional<QByteArray> received = server.Receive(kPatience);
+  if (received) {
+    if (!Show(line, *received)) return kRefused;
+    if (!line.request["follow"].toBool()) return kDone;
+    while ((received = server.Receive(-1)))
+      Show(line, *received);
   }
-  return answer["ok"].toBool() ? kDone : kRefused;
+  return Complain(kNoServer, "the server ended, or does not answer");
 }
 
 }  // namespace

@@ -71,13 +71,18 @@ void PrintLine(const QByteArray& line) {
 }
 
 void Print(const Command& command, const QJsonObject& answer) {
-  if (!answer["ok"].toBool()) {
+  if (answer.contains("error")) {
     PrintError(answer["error"].toString());
     for (const QJsonValue& address : answer["addresses"].toArray())
       PrintError("  " + address.toString());
   } else if (answer.contains("rows")) {
     PrintRows(command.columns, answer["rows"].toArray());
     if (!answer["complete"].toBool()) PrintError("there are more than fit into an answer");
+  } else if (answer.contains("line")) {
+    PrintLine(answer["line"].toString().toUtf8());
+  } else if (answer.contains("lines")) {
+    for (const QJsonValue& line : answer["lines"].toArray())
+      PrintLine(line.toString().toUtf8());
   } else if (answer.contains("networks")) {
     PrintStatus(answer);
   } else {

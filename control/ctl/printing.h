@@ -7,7 +7,7 @@
 
 namespace corvane::ctl {
 
-// Shows a person what the server answered: tables, sentences, or on standard error why not.
+// Shows a person what the server answered: tables, lines, or on standard error why not.
 void Print(const Command& command, const QJsonObject& answer);
 
 // A line as it is.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "console/status_log_model.h"
+#include "framework/status_clock.h"
 
 namespace corvane {
 namespace {

@@ -4,11 +4,13 @@
 
 #include <QLocalSocket>
 #include <QProcess>
+#include <QTimer>
 
 #include "console/application.h"
 #include "control/commands.h"
 #include "control/control_name.h"
 #include "control/control_server.h"
+#include "control/server_log.h"
 #include "tests/console/console_fixture.h"
 
 namespace corvane {
@@ -28,6 +30,8 @@ class ControlTest : public ConsoleTest {
   ControlTest() {
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
+    myWindow->sSocket->Logged = [this](const std::string& text) { log.Write(text); };
+    myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
   }
 
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
@@ -50,8 +54,10 @@ class ControlTest : public ConsoleTest {
     return client.isOpen() ? client.readLine() : QByteArray();
   }
 
+  std::string followed;
   ControlServer control;
-  Commands commands{myApp, *myWindow->sSocket, myWindow->Actions()};
+  ServerLog log{myFolder.path()};
+  Commands commands{myApp, *myWindow->sSocket, myWindow->Actions(), log};
   std::unique_ptr<TestClient> ann = LoggedIn("Ann");
   std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
 };
@@ -239,6 +245,43 @@ TEST_F(ControlTest, SixteenGetInAndWhoGoesAwayMakesRoom) {
   EXPECT_EQ(Run({"status"}).exitCode, 1);
   clients.clear();
   EXPECT_TRUE(PumpUntil([this] { return Run({"status"}).exitCode == 0; }));
+}
+
+TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
+  QProcess follower;
+  follower.start(QStringLiteral(CORVANECTL),
+                 {"--data-folder", myFolder.path(), "log", "--lines", "0", "--follow"});
+  const auto tells = [&](const std::string& line) {
+    return PumpUntil([&] {
+      followed += follower.readAll().toStdString();
+      return followed.find("] " + line + "\n") != std::string::npos;
+    });
+  };
+  QLocalSocket deaf;  // follows, too, and reads nothing
+  Ask(deaf, R"({"command":"log","follow":true})"
+            "\n");
+  deaf.setReadBufferSize(1);
+  PumpFor(std::chrono::milliseconds(300));
+  EXPECT_TRUE(myWindow->Actions().MakeAdmin(*myWindow->Users().ClientAt(0)));
+  ann->Send(10, "Bob|go\nnow");
+  EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
+  Run({"set", "AttachedPort", "1"});
+  EXPECT_TRUE(tells("corvanectl: set AttachedPort to 1"));
+  OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE admins RENAME TO a");
+  Run({"grant", "Bob"});
+  EXPECT_TRUE(tells("database: no such table: admins"));
+  EXPECT_THAT(Run({"log", "--lines", "2"}).text, testing::EndsWith("no such table: admins\n"));
+  const auto connections = [this] { return control.children().size(); };
+  EXPECT_EQ(connections(), 2);
+  EXPECT_TRUE(PumpUntil([&] {
+    // From the loop, as in the server: what goes is deleted there.
+    QTimer::singleShot(0, &control, [this] { log.Write(std::string(10'000, 'x')); });
+    return connections() == 1;
+  }));
+  log.Write("the last");
+  EXPECT_TRUE(tells("the last"));
+  follower.kill();
+  follower.waitForFinished();
 }
 
 TEST_F(ControlTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {

@@ -1,8 +1,8 @@
-#include "framework/standard_output.h"
+#include "framework/line_writer.h"
 
 #include <chrono>
+#include <utility>
 
-#include "framework/standard_streams.h"
 #include "framework/text.h"
 #include "framework/visible_text.h"
 
@@ -15,17 +15,17 @@ constexpr std::chrono::milliseconds kGatheringTime{20};
 
 }  // namespace
 
-StandardOutput::StandardOutput() {
+LineWriter::LineWriter(Sink sink) : mySink(std::move(sink)) {
   myWriting.setSingleShot(true);
   myWriting.setInterval(kGatheringTime);
   QObject::connect(&myWriting, &QTimer::timeout, [this] { WriteInTime(); });
 }
 
-StandardOutput::~StandardOutput() {
+LineWriter::~LineWriter() {
   WriteKept();
 }
 
-void StandardOutput::WriteLine(std::string_view line) {
+void LineWriter::WriteLine(std::string_view line) {
   if (myClosed) return;
   std::string next = Escaped(line) + '\n';
   if (myDropped > 0) next.insert(0, "(" + std::to_string(myDropped) + " lines dropped)\n");
@@ -38,15 +38,15 @@ void StandardOutput::WriteLine(std::string_view line) {
   if (!myWriting.isActive()) myWriting.start();
 }
 
-void StandardOutput::WriteKept() {
-  if (myClosed) return;
-  const StreamWriting writing = WriteWithoutWaiting(StandardStream::Output, myKept);
+void LineWriter::WriteKept() {
+  if (myClosed || myKept.empty()) return;
+  const StreamWriting writing = mySink(myKept);
   myKept.erase(0, writing.written);
   myClosed = writing.isClosed;
   if (myClosed) myKept = {};
 }
 
-void StandardOutput::WriteInTime() {
+void LineWriter::WriteInTime() {
   WriteKept();
   if (!myKept.empty()) myWriting.start();
 }

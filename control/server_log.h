@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include <QString>
+
+#include "framework/log_file.h"
+#include "framework/status_clock.h"
+
+namespace corvane {
+
+// What the operator may want to read later: the status lines, who did what, and what the database
+// refused, each with its time, in logs/corvane-server.log of the data folder.
+class ServerLog {
+ public:
+  // Without a folder nothing is kept.
+  explicit ServerLog(const std::optional<QString>& dataFolder);
+
+  // Event: a line was added, as it is in the file. A handler that is not set is not called.
+  std::function<void(const std::string& line)> Written;
+
+  void Write(std::string_view text);
+  std::vector<std::string> Last(std::size_t count) { return myFile.Last(count); }
+
+ private:
+  StatusClock myClock;
+  LogFile myFile;
+};
+
+}  // namespace corvane

@@ -1,0 +1,66 @@
+#include "framework/log_file.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include "tests/support/test_client.h"
+
+namespace corvane {
+namespace {
+
+class LogFileTest : public testing::Test {
+ protected:
+  // Whether the file comes to end in the text.
+  bool EndsIn(const QByteArray& text) {
+    return PumpUntil([&] {
+      QFile file(path);
+      return file.open(QIODevice::ReadOnly) && file.readAll().endsWith(text);
+    });
+  }
+
+  QTemporaryDir folder;
+  QString path = folder.filePath("logs/test.log");
+};
+
+TEST_F(LogFileTest, LinesAreEscapedAndOldOnesGo) {
+  constexpr qint64 kMost = qint64{10} << 20;
+  LogFile log(path);
+  log.WriteLine("one\ntwo\x1B[31m \xC3\xA4");
+  EXPECT_TRUE(EndsIn("one\\ntwo\\x1b[31m \xC3\xA4\n"));
+  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), 0);
+  for (int line = 0; line < 7 * 110; ++line) {
+    log.WriteLine(std::to_string(line) + std::string(100'000, '.'));
+    // Faster than lines are kept back for.
+    if (line % 8 == 0) log.Last(0);
+  }
+  const std::vector<std::string> last = log.Last(3);
+  ASSERT_EQ(last.size(), 3U);
+  EXPECT_EQ(last[2].substr(0, 4), "769.");
+  const QFileInfoList files = QDir(folder.filePath("logs")).entryInfoList(QDir::Files, QDir::Name);
+  ASSERT_EQ(files.size(), 6);
+  for (const QFileInfo& file : files) {
+    EXPECT_LE(file.size(), kMost);
+  }
+  EXPECT_EQ(files.last().fileName(), "test.log.5");
+}
+
+TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
+  LogFile log(path);
+  log.WriteLine("before");
+  EXPECT_TRUE(EndsIn("before\n"));
+  ASSERT_TRUE(QDir(folder.filePath("logs")).removeRecursively());
+  // A folder where the file belongs.
+  ASSERT_TRUE(QDir().mkpath(path));
+  for (int line = 0; line < 2000; ++line)
+    log.WriteLine(std::string(1000, '.'));
+  EXPECT_TRUE(log.Last(1).empty());
+  ASSERT_TRUE(QDir().rmdir(path));
+  PumpFor(std::chrono::milliseconds(1500));
+  log.WriteLine("after");
+  EXPECT_TRUE(EndsIn(" lines dropped)\nafter\n"));
+}
+
+}  // namespace
+}  // namespace corvane
