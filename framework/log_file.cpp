@@ -34,8 +34,8 @@ std::vector<std::string> LinesAtEnd(const QString& name) {
 
 }  // namespace
 
-LogFile::LogFile(QString file)
-    : myFile(std::move(file)), myLines([this](std::string_view bytes) { return Write(bytes); }) {}
+LogFile::LogFile(const QString& file)
+    : myFile(file), myLines([this](std::string_view bytes) { return Write(bytes); }) {}
 
 StreamWriting LogFile::Write(std::string_view bytes) {
   if (Clock::now() < myNextTry) return {};

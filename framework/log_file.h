@@ -19,7 +19,7 @@ namespace corvane {
 // Needs a QCoreApplication.
 class LogFile {
  public:
-  explicit LogFile(QString file);
+  explicit LogFile(const QString& file);
 
   // Writes the line as LineWriter does.
   void WriteLine(std::string_view line) { myLines.WriteLine(line); }

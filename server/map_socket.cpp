@@ -83,7 +83,7 @@ void MapSocket::CallStatusMessage(const std::string& text) {
   Note(text);
 }
 
-void MapSocket::Note(const std::string& text) {
+void MapSocket::Note(const std::string& text) const {
   if (Logged) Logged(text);
 }
 

@@ -42,7 +42,7 @@ class MapSocket : public ServerSocket {
 
   void CallStatusMessage(const std::string& text);
   // Notes who did what.
-  void Note(const std::string& text);
+  void Note(const std::string& text) const;
   void CallUserLoggedIn(ClientSocket& client);
   void CallUserLoggedOut(ClientSocket& client);
 

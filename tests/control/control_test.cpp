@@ -1,10 +1,10 @@
-#include <gmock/gmock.h>
 #include <string>
 #include <vector>
 
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTimer>
+#include <gmock/gmock.h>
 
 #include "console/application.h"
 #include "control/commands.h"

@@ -1,12 +1,12 @@
 #include "server/rules.h"
 
 #include <chrono>
-#include <gmock/gmock.h>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include <QElapsedTimer>
+#include <gmock/gmock.h>
 
 #include "framework/exceptions.h"
 #include "net/os_socket.h"
