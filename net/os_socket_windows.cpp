@@ -97,8 +97,9 @@ int Bind(SocketHandle handle, const Endpoint& endpoint) {
 }
 
 int Listen(SocketHandle handle, int queue) {
-  // The plain number would be cut to 200.
-  return ErrorOf(listen(Socket(handle), SOMAXCONN_HINT(queue)));
+  // As it is, which a negative number asks for (SOMAXCONN_HINT, which mingw-w64 does not name): a
+  // plain one would be cut to 200.
+  return ErrorOf(listen(Socket(handle), -queue));
 }
 
 Accepted Accept(SocketHandle listener) {
