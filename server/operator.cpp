@@ -124,6 +124,7 @@ void Operator::Send(const std::string& text, const std::string& networkName) {
 
 std::vector<std::string> Operator::WithoutNetwork() const {
   std::vector<std::string> found;
+  if (!myListener.RulesInForce().isMessageFatalWithoutNetwork) return found;
   const auto connections = myListener.ActiveConnections();
   for (const auto& connection : *connections) {
     const auto& session = static_cast<const ClientSocket&>(*connection);
