@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QHostAddress>
 #include <QJsonArray>
 
@@ -60,6 +61,7 @@ const Commands::Entry Commands::kEntries[] = {
     {"revoke", &Commands::Revoke},
     {"message", &Commands::Message},
     {"set", &Commands::Set},
+    {"backup", &Commands::MakeBackup},
     {"log", &Commands::Log},
     {"quit", &Commands::Quit},
 };
@@ -77,7 +79,9 @@ void Commands::Run(ControlConnection& client, const QByteArray& line) {
   const Operator::Acting acting(myActions, kActor);
   try {
     const Request request(line);
-    client.Answer(Carry(request));
+    myClient = &client;
+    const QByteArray answer = Carry(request);
+    if (!answer.isEmpty()) client.Answer(answer);
     if (request.Flag("follow")) {
       client.StartFollowing();
       myFollowers.emplace_back(&client);
@@ -367,6 +371,29 @@ QByteArray Commands::Set(const Request& request) {
   }
   myActions.ChangeSetting(name, value);
   return DoneLine("Set, for the next start.");
+}
+
+QByteArray Commands::MakeBackup(const Request& request) {
+  const QString file = DisplayText(request.Text("file"));
+  const QFileInfo place(file);
+  if (myBackup) throw Refused("another backup is being made");
+  if (!place.isAbsolute()) throw Refused("expected is a file by its whole path");
+  const bool isOurs = place == QFileInfo(myApp.serverdb().File());
+  for (const QString& other : {file, file + ".xml"}) {
+    if (QFileInfo::exists(other) && (isOurs || !request.Flag("overwrite"))) {
+      throw Refused("there is a file " + TextFromDisplay(other) + " already");
+    }
+  }
+  myListener.Note(StatusLine({kActor, ": backup into ", TextFromDisplay(file)}));
+  const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
+    if (client)
+      client->Answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.')
+                                   : RefusalLine(error));
+    myBackup.release()->deleteLater();
+  };
+  myBackup = std::make_unique<Backup>(myApp.serverdb(), myApp.Settings().File().value_or(QString()),
+                                      file, done);
+  return {};
 }
 
 QByteArray Commands::Log(const Request& request) {

@@ -8,6 +8,7 @@
 #include <QDateTime>
 #include <QPointer>
 
+#include "control/backup.h"
 #include "control/control_connection.h"
 #include "control/rates.h"
 #include "control/request.h"
@@ -37,6 +38,7 @@ class Commands {
  private:
   struct Entry {
     const char* name;
+    // Returns the answer; nothing where that comes later.
     QByteArray (Commands::*run)(const Request& request);
   };
   // A line of the log, to all who follow it.
@@ -46,6 +48,7 @@ class Commands {
 
   QByteArray Carry(const Request& request);
   QByteArray Log(const Request& request);
+  QByteArray MakeBackup(const Request& request);
   QByteArray Status(const Request& request);
   QByteArray Users(const Request& request);
   QByteArray Networks(const Request& request);
@@ -79,6 +82,8 @@ class Commands {
   Operator& myActions;
   ServerLog& myLog;
   std::vector<QPointer<ControlConnection>> myFollowers;
+  ControlConnection* myClient = nullptr;  // whose request is carried out
+  std::unique_ptr<Backup> myBackup;       // while one is made
   Rates myRates;
   const QDateTime myStart = QDateTime::currentDateTimeUtc();
 };

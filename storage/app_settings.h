@@ -18,6 +18,9 @@ class AppSettings {
   // The folder that holds (or will hold) "Corvane Server.xml"; none: nothing is loaded or saved.
   explicit AppSettings(std::optional<QString> folder);
 
+  // Where they are kept, if anywhere.
+  const std::optional<QString>& File() const { return myFile; }
+
   // Forgets everything and reads the file; writes a first file with "Port" = "12000" if there is
   // none.
   void Load();

@@ -129,6 +129,10 @@ bool DatabaseConnection::Connect(const QString& file) {
   return false;
 }
 
+QString DatabaseConnection::File() const {
+  return QString::fromUtf8(sqlite3_db_filename(myDatabase, "main"));
+}
+
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view query,
                                                             const Values& values) {
   int result = SQLITE_OK;

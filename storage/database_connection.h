@@ -47,6 +47,8 @@ class DatabaseConnection {
   // it fails. Never creates a file. Returns whether it is open.
   [[nodiscard]] bool Connect(const QString& file);
   bool IsConnected() const { return myDatabase != nullptr; }
+  // The file that is open.
+  QString File() const;
 
   // Runs one query exactly as given; none when it fails.
   std::optional<DatabaseCursor> SQLSelect(std::string_view query, const Values& values = {});
@@ -81,6 +83,7 @@ class DatabaseConnection {
   const std::string& ErrorMessage() const { return myErrorMessage; }
 
  private:
+  friend class DatabaseBackup;
   friend class DatabaseCursor;
   using Clock = std::chrono::steady_clock;
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 namespace corvane::ctl {
 namespace {
@@ -76,6 +77,10 @@ QJsonObject RequestOf(const Command& command, const QCommandLineParser& parser) 
     const bool isLast = i + 1 == wanted;
     request[command.arguments[static_cast<std::size_t>(i)].name] =
         isLast ? given.mid(i).join(' ') : given[i];
+  }
+  if (command.takesFile) {
+    QJsonValueRef file = request[command.arguments.front().name];
+    file = QFileInfo(file.toString()).absoluteFilePath();
   }
   for (const OptionOf& option : command.options) {
     if (parser.isSet(option.name)) request[option.name] = ValueOf(parser, option);

@@ -27,6 +27,8 @@ struct Command {
   std::vector<const char*> columns = {};  // of the answer's rows
   bool joinsWords = false;
   Password password = Password::None;
+  bool takesFile = false;     // the first argument: the server is told its whole path
+  bool takesItsTime = false;  // the answer may be long in coming
 };
 
 std::span<const Command> AllCommands();

@@ -65,7 +65,7 @@ int Ask(const CommandLine& line) {
                                    "; --data-folder names another");
   }
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-  std::optional<QByteArray> received = server.Receive(kPatience);
+  std::optional<QByteArray> received = server.Receive(line.command->takesItsTime ? -1 : kPatience);
   if (received) {
     if (!Show(line, *received)) return kRefused;
     if (!line.request["follow"].toBool()) return kDone;

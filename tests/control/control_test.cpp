@@ -284,6 +284,45 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   follower.waitForFinished();
 }
 
+TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
+  // Some megabytes, so that it takes many steps.
+  Query(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<2000)"
+      "INSERT INTO bans (address,reason) SELECT 'old', hex(zeroblob(2000)) FROM n");
+  const QString file = myFolder.filePath("copy.rsd");
+  int banned = 0;
+  QTimer bans;
+  QObject::connect(&bans, &QTimer::timeout, [&] {
+    myWindow->Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
+  });
+  bans.start(std::chrono::milliseconds(5));
+  Outcome made = Run({"backup", file});
+  bans.stop();
+  EXPECT_EQ(made.exitCode, 0) << made.text;
+  EXPECT_GT(banned, 3);
+  EXPECT_EQ(OtherProgram(file).Run("PRAGMA integrity_check; SELECT count(*) FROM bans WHERE "
+                                   "address='old'; SELECT name FROM networks LIMIT 1"),
+            "ok;2000;North;");
+  QFile settings(file + ".xml");
+  EXPECT_TRUE(settings.open(QIODevice::ReadOnly) && settings.readAll().contains("AttachedNIC"));
+  EXPECT_FALSE(QFile::exists(file + ".part"));
+  struct Row {
+    QStringList arguments;
+    int exitCode;
+    std::string text;
+  };
+  for (const Row& row : std::vector<Row>{
+           {{"backup", file}, 1, "already"},
+           {{"backup", file, "--overwrite"}, 0, "Made"},
+           {{"backup", myFolder.filePath("serverdb.rsd"), "--overwrite"}, 1, "already"},
+           {{"backup", myFolder.filePath("none/copy")}, 1, "unable to open"},
+       }) {
+    made = Run(row.arguments);
+    EXPECT_EQ(made.exitCode, row.exitCode);
+    EXPECT_THAT(made.text, HasSubstr(row.text));
+  }
+}
+
 TEST_F(ControlTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {
   EXPECT_EQ(ControlServer().Take(myFolder.path()), ControlServer::Claim::Taken);
   EXPECT_EQ(Run({"status"}).exitCode, 0);

@@ -1,0 +1,57 @@
+#include "storage/database_backup.h"
+
+#include <utility>
+
+#include <QFile>
+#include <sqlite3.h>
+
+#include "storage/database_connection.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr int kPagesAStep = 64;
+constexpr int kMostWaits = 1000;  // for another program's lock, one after the other
+
+}  // namespace
+
+DatabaseBackup::DatabaseBackup(const DatabaseConnection& source, const QString& file) {
+  QFile::remove(file);
+  // Made first, so that nobody else can read it.
+  QFile(file).open(QIODevice::WriteOnly, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+  if (sqlite3_open_v2(file.toStdString().c_str(), &myCopy, SQLITE_OPEN_READWRITE, nullptr) ==
+      SQLITE_OK) {
+    // The disk is not waited for here.
+    sqlite3_exec(myCopy, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr);
+    myBackup = sqlite3_backup_init(myCopy, "main", source.myDatabase, "main");
+  }
+  if (myBackup == nullptr) myErrorMessage = sqlite3_errmsg(myCopy);
+}
+
+DatabaseBackup::~DatabaseBackup() {
+  Finish();
+}
+
+DatabaseBackup::Progress DatabaseBackup::Step() {
+  if (myBackup == nullptr) return Progress::Failed;
+  int result = sqlite3_backup_step(myBackup, kPagesAStep);
+  const bool waits = result == SQLITE_BUSY || result == SQLITE_LOCKED;
+  myWaits = waits ? myWaits + 1 : 0;
+  if (result == SQLITE_OK || (waits && myWaits < kMostWaits)) return Progress::More;
+  if (result == SQLITE_DONE) result = Finish();
+  return result == SQLITE_OK ? Progress::Made : Fail(result);
+}
+
+DatabaseBackup::Progress DatabaseBackup::Fail(int result) {
+  myErrorMessage = sqlite3_errstr(result);
+  return Progress::Failed;
+}
+
+int DatabaseBackup::Finish() {
+  const int result = sqlite3_backup_finish(std::exchange(myBackup, nullptr));
+  const int closing = sqlite3_close(std::exchange(myCopy, nullptr));
+  return result == SQLITE_OK ? closing : result;
+}
+
+}  // namespace corvane
