@@ -120,6 +120,7 @@ QByteArray Commands::Status(const Request&) {
   return DoneLine(QJsonObject{
       {"version", DisplayText(RunningVersion().FullVersion())},
       {"up-since", myStart.toLocalTime().toString(Qt::ISODate)},
+      {"rules", DisplayText(std::string(myApp.RulesInForce().name))},
       {"listening", myListener.IsListening()},
       {"address", DisplayText(nic ? nic->IPAddress : "0.0.0.0")},
       {"port", myListener.Port()},

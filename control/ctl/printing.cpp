@@ -49,9 +49,9 @@ void PrintRows(const std::vector<const char*>& columns, const QJsonArray& object
 
 void PrintStatus(const QJsonObject& answer) {
   std::vector<Row> rows;
-  for (const char* field : {"version", "up-since", "listening", "address", "port", "connections",
-                            "memory", "output-held", "input-held", "messages-per-second",
-                            "received-per-second", "sent-per-second"}) {
+  for (const char* field : {"version", "up-since", "rules", "listening", "address", "port",
+                            "connections", "memory", "output-held", "input-held",
+                            "messages-per-second", "received-per-second", "sent-per-second"}) {
     rows.push_back({QLatin1String(field), CellText(answer[QLatin1String(field)])});
   }
   PrintTable(rows);
