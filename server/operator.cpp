@@ -83,14 +83,14 @@ std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user) const 
 }
 
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
-  Note({"kick ", user.Username(), ", ", user.PeerName(), ": ", reason});
+  Note({"kick ", user.PeerName(), " ", user.Username(), ": ", reason});
   user.SendMessage(wire::kKick, reason);
   user.ExpectToLeave();
   myListener.CallStatusMessage(StatusLine({user.Username(), " Kicked: ", reason}));
 }
 
 void Operator::Ban(ClientSocket& user, const std::string& reason) {
-  Note({"ban ", user.Username(), ", ", user.PeerName(), ": ", reason});
+  Note({"ban ", user.PeerName(), " ", user.Username(), ": ", reason});
   myListener.Ban(user, kName, reason, user.NetworkName());
 }
 
@@ -102,7 +102,7 @@ void Operator::BanAddress(const std::string& address, const std::string& reason,
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {
-  Note({"disconnect ", user.Username(), ", ", user.PeerName()});
+  Note({"disconnect ", user.PeerName(), " ", user.Username()});
   myListener.CallStatusMessage(StatusLine({"Admin Force Kicked ", user.Username()}));
   user.Close();
 }

@@ -149,7 +149,7 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
       {{"set", "AtachedPort", "1"}, "", 1, "AttachedNIC, AttachedPort", ""},
       {{"set", "AttachedPort", "70000"}, "", 1, "from 0 to 65535", ""},
       {{"set", "AttachedPort", "12345"}, "", 0, "Set", ""},
-      {{"settings"}, "", 0, "AttachedPort    12345", ""},
+      {{"settings", "--json"}, "", 0, R"({"name":"AttachedPort","value":"12345"})", ""},
       {{"network", "disconnect", "north"}, "", 0, "Sent away", "", "", ann.get(), {999, "BYE"}},
       {{"frob"}, "", 2, "no command", ""},
       {{"kick", "--help"}, "", 0, "REASON", ""},
