@@ -43,23 +43,25 @@ Backup::Backup(const DatabaseConnection& source, QString settings, QString file,
     : mySettings(std::move(settings)),
       myFile(std::move(file)),
       myDone(std::move(done)),
-      myCopy(source, Unfinished(myFile)) {
+      myCopy(std::in_place, source, Unfinished(myFile)) {
   connect(&mySteps, &QTimer::timeout, this, [this] { Step(); });
   mySteps.start(std::chrono::milliseconds(1));
 }
 
 Backup::~Backup() {
+  // Windows deletes no file that is open.
+  myCopy.reset();
   QFile::remove(Unfinished(myFile));
 }
 
 void Backup::Step() {
-  const DatabaseBackup::Progress progress = myCopy.Step();
+  const DatabaseBackup::Progress progress = myCopy->Step();
   if (progress == DatabaseBackup::Progress::More) return;
   mySteps.stop();
   if (progress == DatabaseBackup::Progress::Made) {
     Store();
   } else {
-    myDone(TextFromDisplay(myFile) + ": " + myCopy.ErrorMessage());
+    myDone(TextFromDisplay(myFile) + ": " + myCopy->ErrorMessage());
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include <QObject>
@@ -28,7 +29,7 @@ class Backup : public QObject {
   const QString mySettings;
   const QString myFile;
   const std::function<void(const std::string&)> myDone;
-  DatabaseBackup myCopy;
+  std::optional<DatabaseBackup> myCopy;
   QTimer mySteps;
 };
 
