@@ -250,7 +250,8 @@ TEST_F(ControlTest, SixteenGetInAndWhoGoesAwayMakesRoom) {
 TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   QProcess follower;
   follower.start(QStringLiteral(CORVANECTL),
-                 {"--data-folder", myFolder.path(), "log", "--lines", "0", "--follow"});
+                 {"--data-folder", myFolder.path(), "log", "--lines", "0", "--follow"},
+                 QIODevice::ReadWrite | QIODevice::Text);
   const auto tells = [&](const std::string& line) {
     return PumpUntil([&] {
       followed += follower.readAll().toStdString();
