@@ -11,6 +11,7 @@ namespace {
 constexpr qint64 kMostRequest = qint64{1} << 20;  // bytes, without the line end
 constexpr qint64 kMostUnread = qint64{1} << 20;
 constexpr std::chrono::seconds kMostIdle(30);
+constexpr std::chrono::seconds kMostReading(1);  // of a last answer
 
 }  // namespace
 
@@ -76,7 +77,9 @@ void ControlConnection::Answer(const QByteArray& line) {
 
 void ControlConnection::AnswerAndClose(const QByteArray& line) {
   Send(line);
-  mySocket.disconnectFromServer();
+  // Nothing more is taken. Ended at once, the client might not get to read the answer.
+  myAwaitsAnswer = true;
+  QTimer::singleShot(kMostReading, this, [this] { mySocket.abort(); });
 }
 
 void ControlConnection::StartFollowing() {

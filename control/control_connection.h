@@ -23,7 +23,7 @@ class ControlConnection : public QObject {
   std::function<void(ControlConnection&, const QByteArray& line)> Requested;
 
   void Answer(const QByteArray& line);
-  // The same for the last answer: the client is let go.
+  // The same for the last answer: a second later the client is let go.
   void AnswerAndClose(const QByteArray& line);
   // From now on the client is sent lines without asking.
   void StartFollowing();
