@@ -23,8 +23,7 @@ class Operator;
 class ServerLog;
 
 // What the clients of the local socket can ask for, each by its "command". Borrows the application
-// object, the listener, what acts on them
-// and the log.
+// object, the listener, what acts on them, and the log.
 class Commands {
  public:
   Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log);

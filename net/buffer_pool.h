@@ -13,7 +13,7 @@ namespace corvane {
 // idle one costs nothing; small buffers that are given back serve the next connection. Where 50 are
 // taken, written to and given back at once, one costs 10 to 19 ns of processor time, and 670 to
 // 1,280 ns from the allocator, which returns the pages each time and has them made anew. Counts
-// what is handed out, for whoever bounds it.
+// what is in use, for whoever bounds it.
 class BufferPool {
  public:
   struct Free {
@@ -35,7 +35,7 @@ class BufferPool {
   [[nodiscard]] bool Grow(Buffer& buffer, std::size_t capacity);
   void Release(Buffer buffer);
 
-  // Bytes of all buffers that are handed out.
+  // Bytes of all buffers that are in use.
   std::size_t InUse() const { return myInUse; }
 
  private:

@@ -17,7 +17,7 @@ class TCPSocket;
 
 // A listener with a pool of connection objects that are made before they are needed: an accepted
 // connection is given to an idle one, which then raises Connected. When none is idle, or as many
-// are handed out as may be, the connection is closed without a word.
+// are handed off as may be, the connection is closed without a word.
 //
 // States: created or closed (no descriptor), listening, stopped (descriptor open, nothing is
 // accepted), failed (Error was raised; Listen starts anew).
@@ -42,20 +42,20 @@ class ServerSocket : public SocketCore {
   std::int32_t MaximumSocketsConnected() const { return myMaximum; }
   void SetMaximumSocketsConnected(std::int32_t value);
 
-  // The objects handed out and not given back, in hand-off order: an immutable copy.
+  // The objects handed off and not given back, in hand-off order: an immutable copy.
   SocketPool::Active::Snapshot ActiveConnections() const { return myPool.ActiveSockets(); }
 
   // Starts listening with a new pool, which is filled in the next pass. Error tells of a failure.
   void Listen();
   // Accepts no more; connections and idle objects stay.
   void StopListening();
-  // Closes the listener and its idle objects. Connections that were handed out stay connected.
+  // Closes the listener and its idle objects. Connections that were handed off stay connected.
   void Close();
   bool IsListening() const { return myIsListening; }
 
  protected:
   // Events: a connection was accepted, and whether it may stay: it is asked again before an object
-  // is handed out, and where it may not the connection is closed without a word; one more idle
+  // is handed off, and where it may not the connection is closed without a word; one more idle
   // object is needed (nothing may be returned); the listening descriptor failed; an object entered
   // or left the active list.
   virtual bool Event_Accepted(const os::Endpoint& /*peer*/) { return true; }
@@ -88,7 +88,7 @@ class ServerSocket : public SocketCore {
   std::int32_t myMinimum;
   std::int32_t myMaximum;
   SocketPool myPool;
-  std::deque<os::Accepted> myArrived;  // accepted and not handed out yet
+  std::deque<os::Accepted> myArrived;  // accepted and not handed off yet
   std::uint64_t myLastHandOff = 0;
   os::SocketHandle myLastAccepted = os::kNoSocket;
   bool myIsListening = false;

@@ -12,7 +12,7 @@ namespace corvane {
 
 class TCPSocket;
 
-// The connections of one listener: those that wait to be handed out, those that were, and how many
+// The connections of one listener: those that wait to be handed off, those that were, and how many
 // more may be. A stack of the idle ones, the active ones in hand-off order.
 class SocketPool {
  public:

@@ -30,7 +30,7 @@ struct ClientLocation;
 class ClientSocket : public EasyTCPSocket {
  public:
   enum class State {
-    Idle,             // not handed out yet
+    Idle,             // not handed off yet
     Greeting,         // the location is being looked up
     WaitingNetwork,   // command 1 is next
     WaitingPassword,  // command 2 is next
