@@ -26,6 +26,10 @@ NETWORKS = [f"{kind}{number}" for number in range(1, 101) for kind in ("Bench", 
 # and their cost can be compared.
 CROWD = "fanout --networks 20 --users 50 --burst 5"
 
+HARDENED = {"Hardened": "1"}
+# Hardened rules bound what one address may have.
+MANY_ADDRESSES = ["--addresses", "200"]
+
 
 # General publish/subscribe brokers that carry the same loads, where they are installed: program and
 # options, the last of which takes the port.
@@ -66,7 +70,8 @@ class Bench:
     @contextlib.contextmanager
     def server(self, prepare: Optional[Callable[[Path], None]] = None,
                desktop: Optional[Dict[str, str]] = None,
-               descriptors: Optional[int] = None) -> Iterator[Target]:
+               descriptors: Optional[int] = None,
+               settings: Optional[Dict[str, str]] = None) -> Iterator[Target]:
         """A server with NETWORKS, whose window is never drawn or, given the environment of a
         desktop, is shown there. `prepare` may change its data folder; `descriptors` is how many it
         may have, if not all that there are."""
@@ -76,7 +81,7 @@ class Bench:
         limit = [] if descriptors is None else ["prlimit", f"--nofile={descriptors}"]
         with tempfile.TemporaryDirectory(dir=self.scratch) as name:
             folder = Path(name)
-            make_data_folder(folder, port, NETWORKS)
+            make_data_folder(folder, port, NETWORKS, settings)
             if prepare:
                 prepare(folder)
             with server_on(folder, environment, self.programs, limit) as process:
@@ -106,11 +111,12 @@ class Bench:
             return finish(process, target, seconds + 120)
 
     @contextlib.contextmanager
-    def idle(self, target: Target, networks: int, users: int) -> Iterator[subprocess.Popen]:
+    def idle(self, target: Target, networks: int, users: int,
+             *arguments: object) -> Iterator[subprocess.Popen]:
         """Clients that only wait, all logged in; they leave together, without a word."""
         with self.start_swarm(target, "idle", "--network-prefix", "Idle", "--networks", networks,
                               "--users", users, "--user-prefix", "idle",
-                              "--leave", "abrupt") as process:
+                              "--leave", "abrupt", *arguments) as process:
             if process.stdout.readline() != "ready\n":
                 raise Failure(f"the idle clients did not get in at the {target.name}")
             yield process

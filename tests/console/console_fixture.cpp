@@ -79,7 +79,7 @@ std::vector<QDialog*> Dialogs() {
   return dialogs;
 }
 
-ConsoleTest::ConsoleTest() {
+ConsoleTest::ConsoleTest(bool isHardened) {
   const QString file = myFolder.filePath("serverdb.rsd");
   MakeDatabase(file);
   OtherProgram(file).Run(
@@ -87,6 +87,7 @@ ConsoleTest::ConsoleTest() {
   AppSettings settings(myFolder.path());
   settings.SetValue("AttachedNIC", "none");
   settings.SetValue("AttachedPort", "0");
+  if (isHardened) settings.SetValue("Hardened", "1");
   settings.SetValue("UpdateAddress", myWebServer.Address());
   EXPECT_TRUE(myApp.Open());
   myWindow.emplace(myApp, [this] { return myHasTray; });

@@ -48,7 +48,7 @@ std::vector<QDialog*> Dialogs();
 // password "secret" and five seats.
 class ConsoleTest : public testing::Test {
  protected:
-  ConsoleTest();
+  explicit ConsoleTest(bool isHardened = false);
 
   // The rows of the users' list, "name|network".
   std::vector<std::string> Users() { return RowTexts(myWindow->Users()); }

@@ -27,7 +27,7 @@ struct Outcome {
 // Ann and Bob are on the network North of a server that listens on its folder's local socket.
 class ControlTest : public ConsoleTest {
  protected:
-  ControlTest() {
+  explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
     myWindow->sSocket->Logged = [this](const std::string& text) { log.Write(text); };
@@ -201,6 +201,21 @@ TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
   EXPECT_TRUE(PumpUntil([this] { return !myBoxes.empty(); }));
   application.LastResort = nullptr;
   EXPECT_THAT(myBoxes, ElementsAre(HasSubstr("NilObjectException")));
+}
+
+class HardenedControlTest : public ControlTest {
+ protected:
+  HardenedControlTest() : ControlTest(true) {}
+};
+
+TEST_F(HardenedControlTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
+  TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
+  ASSERT_TRUE(stranger.Receive());
+  EXPECT_EQ(Run({"message", "x"}).exitCode, 0);
+  EXPECT_EQ(ann->Receive(), (WireMessage{998, "x"}));
+  EXPECT_EQ(Run({"kick", "Ann", "y"}).exitCode, 0);
+  EXPECT_EQ(ann->Receive(), (WireMessage{996, "y"}));
+  EXPECT_TRUE(ann->WasClosedByServer());
 }
 
 TEST_F(ControlTest, BadInputIsRefusedOrDropped) {

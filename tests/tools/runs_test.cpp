@@ -4,7 +4,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include "tests/support/test_server.h"
 #include "tools/swarm/churn_run.h"
@@ -24,6 +24,7 @@ class RunsTest : public testing::Test {
     options.users = options.reporters = 4;
     options.connectAtOnce = 2;
     options.userPrefix = "swarm";
+    options.sources = {INADDR_LOOPBACK + 1, 2};
     options.duration = std::chrono::milliseconds(500);
   }
 
@@ -67,6 +68,9 @@ TEST_F(RunsTest, ChurnCountsEachLogInThatWasFollowedByALeave) {
     EXPECT_TRUE(PumpUntil([&] { return server.events.size() == 2 * visits; }))
         << visits << " visits, " << server.events.size() << " events";
   }
+  for (const char* const address : {"127.0.0.2", "127.0.0.3"})
+    EXPECT_THAT(server.status,
+                testing::Contains(address + std::string(": Client Connection Initiated...")));
 }
 
 TEST_F(RunsTest, ChurnFailsWhenAClientIsRefused) {

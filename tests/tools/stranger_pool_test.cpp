@@ -41,10 +41,10 @@ TEST(StrangerPool, SendsAllThatAStrangerSays) {
   address.sin_port = htons(static_cast<std::uint16_t>(server.Port()));
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   Talker talker;
-  StrangerPool pool(address, talker, {});
+  StrangerPool pool(address, talker, {"", "", {INADDR_LOOPBACK + 4, 2}});
   std::jthread thread([&](const std::stop_token& stop) { pool.Run(stop); });
   EXPECT_TRUE(PumpUntil([&] {
-    return testing::Matches(testing::Contains("127.0.0.1: Network Fail (whole)"))(server.status);
+    return testing::Matches(testing::Contains("127.0.0.5: Network Fail (whole)"))(server.status);
   }));
 }
 

@@ -8,7 +8,7 @@ namespace corvane::swarm {
 
 ChurnRun::ChurnRun(const Options& options)
     : myOptions(options),
-      myPool(options.server, options.connectAtOnce),
+      myPool(options.server, options.sources, options.connectAtOnce),
       myClients(MakeMembers(options)) {
   if (options.serverPid) myServer.emplace(*options.serverPid);
   myResult.mode = options.modeName;

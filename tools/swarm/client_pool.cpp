@@ -41,8 +41,9 @@ int OpenSignals() {
 
 }  // namespace
 
-ClientPool::ClientPool(const sockaddr_in& server, std::size_t connectAtOnce)
-    : myServer(server), myConnectAtOnce(connectAtOnce), myBuffer(kReadBytes) {
+ClientPool::ClientPool(const sockaddr_in& server, const LoopbackRange& sources,
+                       std::size_t connectAtOnce)
+    : myServer(server), mySources(sources), myConnectAtOnce(connectAtOnce), myBuffer(kReadBytes) {
   myEpoll = Checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1");
   myTimer = Checked(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create");
   mySignals = OpenSignals();
@@ -147,7 +148,10 @@ void ClientPool::StartConnecting(Client& client) {
   const int yes = 1;
   setsockopt(client.myDescriptor, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
   const auto* const address = reinterpret_cast<const sockaddr*>(&myServer);
-  if (connect(client.myDescriptor, address, sizeof myServer) != 0 && errno != EINPROGRESS) {
+  const bool isConnecting =
+      mySources.Bind(client.myDescriptor, myConnections++) &&
+      (connect(client.myDescriptor, address, sizeof myServer) == 0 || errno == EINPROGRESS);
+  if (!isConnecting) {
     Lose(client, "cannot connect: " + ErrorText(errno));
     return;
   }

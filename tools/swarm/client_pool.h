@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tools/swarm/client.h"
+#include "tools/swarm/loopback.h"
 
 namespace corvane::swarm {
 
@@ -39,7 +40,8 @@ class ClientEvents {
 // clients, which outlive it. Throws std::system_error when the system refuses what it needs itself.
 class ClientPool {
  public:
-  ClientPool(const sockaddr_in& server, std::size_t connectAtOnce);
+  // The clients come from the addresses of `sources` in turn.
+  ClientPool(const sockaddr_in& server, const LoopbackRange& sources, std::size_t connectAtOnce);
   ~ClientPool();
   ClientPool(const ClientPool&) = delete;
   ClientPool& operator=(const ClientPool&) = delete;
@@ -82,6 +84,8 @@ class ClientPool {
   void ArmTimer() const;
 
   sockaddr_in myServer;
+  LoopbackRange mySources;
+  std::size_t myConnections = 0;  // tried so far
   std::size_t myConnectAtOnce;
   std::size_t myUngreeted = 0;
   ClientEvents* myEvents = nullptr;

@@ -16,7 +16,7 @@ constexpr std::chrono::seconds kLineInterval{1};
 
 DemoRun::DemoRun(const Options& options)
     : myOptions(options),
-      myPool(options.server, options.connectAtOnce),
+      myPool(options.server, options.sources, options.connectAtOnce),
       myRandom(std::random_device{}()) {
   const std::string digest = client::PasswordDigest(options.password);
   for (std::size_t network = 0; network < options.networks.size(); ++network) {

@@ -23,7 +23,7 @@ constexpr std::size_t kHonestBurst = 5;
 
 MeasuredRun::MeasuredRun(const Options& options)
     : myOptions(options),
-      myPool(options.server, options.connectAtOnce),
+      myPool(options.server, options.sources, options.connectAtOnce),
       myBook(options.networks.size(), options.users, options.reporters),
       myClients(MakeMembers(options)),
       myTraffic(MakeTraffic(options)) {

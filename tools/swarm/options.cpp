@@ -15,6 +15,10 @@ namespace {
 
 constexpr int kUsageError = 2;
 
+// Where players and strangers come from, if told.
+constexpr in_addr_t kPlayers = INADDR_LOOPBACK;
+constexpr in_addr_t kStrangers = INADDR_LOOPBACK + (in_addr_t{1} << 16);
+
 // A command line that cannot be carried out; the text says what is wrong.
 class UsageError : public std::runtime_error {
  public:
@@ -57,12 +61,19 @@ constexpr OptionRow kOptions[] = {
     {"measure-idle", nullptr, nullptr,
      "Measure the server's memory for a connection that only waits (needs --server-pid).",
      "fanout rate idle"},
+    {"addresses", "count", "0",
+     "Addresses of this machine, 127.0.0.1 and on, that the players come from in turn; 0: the "
+     "system "
+     "chooses.",
+     "demo fanout rate idle churn hostile"},
     {"clients", "count", "1000", "rush: clients that connect at the same moment.", "rush"},
     {"rounds", "count", "1", "rush: how many rushes, one after the other.", "rush"},
     {"part", "name", nullptr,
      "hostile: what the hostile side does, a name of those below or all; may be given several "
      "times.",
      "hostile"},
+    {"stranger-addresses", "count", "0",
+     "hostile: addresses that the strangers come from, 127.1.0.1 and on.", "hostile"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
     {"burst", "count", "20", "fanout: reports of each reporter in a burst.", "fanout"},
     {"rate", "reports", "2", "rate: reports a second of each member.", "rate"},
@@ -134,6 +145,10 @@ std::vector<std::string> Networks(const QCommandLineParser& parser) {
   return names;
 }
 
+LoopbackRange Sources(const QCommandLineParser& parser, const QString& option, in_addr_t first) {
+  return {first, Count(parser, option, 0, 65000)};
+}
+
 // Of the two networks that a hostile run is given, the second is the strangers'.
 void ReadHostile(const QCommandLineParser& parser, Options& options) {
   if (options.networks.size() != 2) {
@@ -142,6 +157,7 @@ void ReadHostile(const QCommandLineParser& parser, Options& options) {
   }
   options.strangersNetwork = options.networks.back();
   options.networks.pop_back();
+  options.strangersSources = Sources(parser, QStringLiteral("stranger-addresses"), kStrangers);
   for (const QString& name : parser.values(QStringLiteral("part"))) {
     if (name == QLatin1String("all")) {
       for (const PartInfo& part : HostileParts())
@@ -244,6 +260,7 @@ Options Read(const QCommandLineParser& parser) {
   if (options.mode == Mode::Hostile) ReadHostile(parser, options);
   options.password = parser.value(QStringLiteral("password")).toStdString();
   options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
+  options.sources = Sources(parser, QStringLiteral("addresses"), kPlayers);
   options.users = Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
   options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
   const bool endsByItself = options.mode != Mode::Demo && options.mode != Mode::Idle;

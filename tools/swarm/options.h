@@ -11,6 +11,8 @@
 
 #include <QStringList>
 
+#include "tools/swarm/loopback.h"
+
 namespace corvane::swarm {
 
 struct PartInfo;
@@ -26,6 +28,7 @@ struct Options {
   std::vector<std::string> networks;
   std::string password;
   std::size_t users = 0;  // in each network
+  LoopbackRange sources;
   std::size_t connectAtOnce = 0;
   std::optional<std::chrono::milliseconds> duration;  // none: until interrupted
   std::string userPrefix;
@@ -40,6 +43,7 @@ struct Options {
   // hostile: what is played, one after the other, and where strangers that are members meet
   std::vector<const PartInfo*> parts;
   std::string strangersNetwork;
+  LoopbackRange strangersSources;
 };
 
 // What reading the command line came to: options, or a text to show instead (help or what is

@@ -14,7 +14,7 @@ constexpr int kNiceness = 10;
 StrangerPool::Access AccessOf(const Options& options, const HostilePart& part) {
   const bool isSame = part.Custom().standing == Standing::SameNetwork;
   return {isSame ? options.networks.front() : options.strangersNetwork,
-          client::PasswordDigest(options.password)};
+          client::PasswordDigest(options.password), options.strangersSources};
 }
 
 }  // namespace

@@ -26,6 +26,7 @@ constexpr int kNetworkSegment = 1460;
 
 StrangerPool::StrangerPool(const sockaddr_in& server, HostilePart& part, const Access& access)
     : myServer(server),
+      mySources(access.sources),
       myPart(part),
       myEpoll(Checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1")),
       myBuffer(kReadAtOnce) {
@@ -91,7 +92,7 @@ void StrangerPool::StartConnecting(Stranger& stranger) {
   }
   stranger.RestUntil(Clock::now() + myPart.Custom().patience);
   Rest(stranger);
-  if (!Connect(stranger.myDescriptor)) {
+  if (!Connect(stranger)) {
     End(stranger);
     return;
   }
@@ -101,28 +102,23 @@ void StrangerPool::StartConnecting(Stranger& stranger) {
   Checked(epoll_ctl(myEpoll, EPOLL_CTL_ADD, stranger.myDescriptor, &event), "epoll_ctl");
 }
 
-bool StrangerPool::Connect(int descriptor) {
+bool StrangerPool::Connect(const Stranger& stranger) {
+  const int descriptor = stranger.myDescriptor;
+  const auto* const address = reinterpret_cast<const sockaddr*>(&myServer);
+  if (!mySources.Bind(descriptor, stranger.myIndex)) return false;
   do {
-    if (mySource.sin_family == AF_INET) {
-      // The port is chosen by connect, which knows that one can serve several destinations.
-      const int yes = 1;
-      setsockopt(descriptor, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, &yes, sizeof yes);
-      if (bind(descriptor, reinterpret_cast<const sockaddr*>(&mySource), sizeof mySource) != 0) {
-        return false;
-      }
-    }
-    const auto* const address = reinterpret_cast<const sockaddr*>(&myServer);
+    if (mySource != 0 && !LoopbackRange::BindTo(descriptor, mySource)) return false;
     if (connect(descriptor, address, sizeof myServer) == 0 || errno == EINPROGRESS) return true;
   } while (errno == EADDRNOTAVAIL && TakeNextSource());
   return false;
 }
 
 bool StrangerPool::TakeNextSource() {
-  const in_addr_t address = ntohl(mySource.sin_addr.s_addr);
   const bool isLocal = ntohl(myServer.sin_addr.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
-  if (!isLocal || address == INADDR_LOOPBACK + kLoopbackSources) return false;
-  mySource.sin_family = AF_INET;
-  mySource.sin_addr.s_addr = htonl(address == 0 ? INADDR_LOOPBACK + 1 : address + 1);
+  if (!isLocal || mySources.IsChosen() || mySource == INADDR_LOOPBACK + kLoopbackSources) {
+    return false;
+  }
+  mySource = mySource == 0 ? INADDR_LOOPBACK + 1 : mySource + 1;
   return true;
 }
 

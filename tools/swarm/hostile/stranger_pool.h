@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "tools/swarm/hostile/hostile_part.h"
+#include "tools/swarm/loopback.h"
 
 namespace corvane::swarm {
 
@@ -26,14 +27,16 @@ struct StrangerCounts {
 
 // The connections of the strangers of one part, on one thread and one epoll descriptor. Cheap for
 // its size, since it shares the machine with those who measure: what is sent again and again is
-// held once, what comes is thrown away unread. Where the ports to a server on this machine run
-// out, further connections come from further addresses of it. Borrows the part, which outlives it.
-// Throws std::system_error when the system refuses what it needs itself.
+// held once, what comes is thrown away unread. Where no addresses are given and the ports to a
+// server on this machine run out, further connections come from further addresses of it. Borrows
+// the part, which outlives it. Throws std::system_error when the system refuses what it needs
+// itself.
 class StrangerPool {
  public:
   struct Access {
     std::string network;
     std::string passwordDigest;
+    LoopbackRange sources;  // each comes from the one of its index
   };
 
   // `access` is what a part's strangers log in with; those who stay outside need none.
@@ -50,7 +53,7 @@ class StrangerPool {
  private:
   void StartConnecting();
   void StartConnecting(Stranger& stranger);
-  bool Connect(int descriptor);
+  bool Connect(const Stranger& stranger);
   bool TakeNextSource();
   void Handle(Stranger& stranger, std::uint32_t ready);
   void FinishConnecting(Stranger& stranger);
@@ -67,7 +70,8 @@ class StrangerPool {
   void Close(Stranger& stranger);
 
   sockaddr_in myServer;
-  sockaddr_in mySource{};  // of new connections; none set: the system chooses
+  LoopbackRange mySources;
+  in_addr_t mySource = 0;  // of new connections, where ports ran out
   HostilePart& myPart;
   int myEpoll;
   std::vector<std::unique_ptr<Stranger>> myStrangers;
