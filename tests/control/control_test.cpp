@@ -66,6 +66,10 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
   const std::string networks = "SELECT name,pass,users,enabled FROM networks WHERE name='Guild'";
   const std::string bans = "SELECT address,\"by\",reason,network FROM bans";
   const std::string admins = "SELECT name,address,network FROM admins";
+  const std::string bobsBan = "127.0.0.2|Server Admin|so there|North;";
+  const std::string tensBan = "10.0.0.1|Server Admin|x|;";
+  const std::string annsGrant = "Ann|127.0.0.1|North;";
+  const std::string evesGrant = "Eve|10.0.0.9|North;";
   struct Row {
     QStringList arguments;
     QByteArray input;
@@ -123,29 +127,24 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
        0,
        "Banned 127.0.0.2",
        bans,
-       "127.0.0.2|Server Admin|so there|North;",
+       bobsBan,
        bob.get(),
        {997, "so there"}},
       {{"ban-address", "10.1", "x"}, "", 1, "expected is an IPv4 address", ""},
-      {{"ban-address", "10.0.0.1", "x"},
-       "",
-       0,
-       "Banned",
-       bans,
-       "127.0.0.2|Server Admin|so there|North;10.0.0.1|Server Admin|x|;"},
+      {{"ban-address", "10.0.0.1", "x"}, "", 0, "Banned", bans, bobsBan + tensBan},
       {{"bans"}, "", 0, "10.0.0.1   Server Admin  x", ""},
-      {{"unban", "127.0.0.2"}, "", 0, "Lifted 1", bans, "10.0.0.1|Server Admin|x|;"},
+      {{"unban", "127.0.0.2"}, "", 0, "Lifted 1", bans, tensBan},
       {{"unban", "2"}, "", 0, "Lifted 1", bans, ""},
-      {{"grant", "ann"}, "", 0, "Ann is", admins, "Ann|127.0.0.1|North;"},
+      {{"grant", "ann"}, "", 0, "Ann is", admins, annsGrant},
       {{"grant", "Eve", "--network", "north"}, "", 1, "expected are both", ""},
       {{"grant", "Eve", "--network", "north", "--address", "10.0.0.9"},
        "",
        0,
        "",
        admins,
-       "Ann|127.0.0.1|North;Eve|10.0.0.9|North;"},
+       annsGrant + evesGrant},
       {{"admins"}, "", 0, "2   Eve   North    10.0.0.9", ""},
-      {{"revoke", "ANN"}, "", 0, "Took back 1", admins, "Eve|10.0.0.9|North;"},
+      {{"revoke", "ANN"}, "", 0, "Took back 1", admins, evesGrant},
       {{"set", "AtachedPort", "1"}, "", 1, "AttachedNIC, AttachedPort", ""},
       {{"set", "AttachedPort", "70000"}, "", 1, "from 0 to 65535", ""},
       {{"set", "AttachedPort", "12345"}, "", 0, "Set", ""},

@@ -1,0 +1,204 @@
+#include "control/actions.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <QHostAddress>
+#include <QJsonArray>
+
+#include "control/answers.h"
+#include "control/lookup.h"
+#include "framework/numbers.h"
+#include "framework/text.h"
+#include "server/app.h"
+#include "server/client_socket.h"
+#include "server/map_socket.h"
+#include "server/operator.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::int32_t kFewestSeats = 1;
+constexpr std::int32_t kMostSeats = 1000;
+constexpr std::int32_t kUsualSeats = 5;
+
+template <typename Row, typename IsWanted>
+std::vector<std::int64_t> IdsOf(const std::vector<Row>& rows, IsWanted isWanted) {
+  std::vector<std::int64_t> ids;
+  for (const Row& row : rows) {
+    if (isWanted(row)) ids.push_back(row.id);
+  }
+  return ids;
+}
+
+}  // namespace
+
+std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
+  const std::string name = request.Text("user");
+  std::shared_ptr<ClientSocket> user = myActions.FindUser(name);
+  if (user == nullptr) {
+    throw Refused("there is nobody \"" + name + "\"; expected is a user's name or ADDRESS:PORT");
+  }
+  return user;
+}
+
+void Actions::ExpectStored(bool isStored) const {
+  if (isStored) return;
+  throw Refused("done until the server ends, but not stored: database: " + myActions.StoreError());
+}
+
+void Actions::ExpectAllHaveNetworks(const Request& request) const {
+  const std::vector<std::string> without = myActions.WithoutNetwork();
+  if (without.empty() || request.Flag("force")) return;
+  QJsonArray addresses;
+  for (const std::string& address : without)
+    addresses.append(DisplayText(address));
+  throw Refused(
+      "a message would end the server while somebody is connected who has not chosen a network; "
+      "disconnect these, or wait, or use --force",
+      {{"addresses", addresses}});
+}
+
+QByteArray Actions::AddNetwork(const Request& request) {
+  const std::string name = request.Text("name");
+  const std::string password = request.OptionalText("password").value_or("");
+  const std::int32_t maxUsers =
+      request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(kUsualSeats);
+  if (myListener.FindNetwork(name)) throw Refused("there is a network \"" + name + "\" already");
+  ExpectStored(myActions.AddNetwork(name, password, maxUsers, !request.Flag("disabled")));
+  return DoneLine("Added the network " + name + '.');
+}
+
+QByteArray Actions::EditNetwork(const Request& request) {
+  const NetworkRef network = NetworkNamed(myListener, request.Text("name"));
+  const std::string password = request.OptionalText("password").value_or(network->Password);
+  const std::int32_t maxUsers =
+      request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(network->MaxUsers);
+  const bool enables = request.Flag("enable");
+  const bool disables = request.Flag("disable");
+  if (enables && disables) throw Refused("expected is \"enable\" or \"disable\", not both");
+  ExpectStored(myActions.ChangeNetwork(*network, password, maxUsers,
+                                       (network->Enabled || enables) && !disables));
+  return DoneLine("Changed the network " + network->NetworkName + '.');
+}
+
+QByteArray Actions::DeleteNetwork(const Request& request) {
+  const NetworkRef network = NetworkNamed(myListener, request.Text("name"));
+  ExpectAllHaveNetworks(request);
+  ExpectStored(myActions.DeleteNetwork(network));
+  return DoneLine("Deleted the network " + network->NetworkName + '.');
+}
+
+QByteArray Actions::DisconnectNetwork(const Request& request) {
+  const NetworkRef network = NetworkNamed(myListener, request.Text("name"));
+  myActions.DisconnectAll(network);
+  return DoneLine("Sent away the users of " + network->NetworkName + '.');
+}
+
+QByteArray Actions::Kick(const Request& request) {
+  const std::string reason = request.Text("reason");
+  const std::shared_ptr<ClientSocket> user = UserOf(request);
+  myActions.Kick(*user, reason);
+  return DoneLine(StatusLine({"Kicked ", user->Username(), "."}));
+}
+
+QByteArray Actions::Ban(const Request& request) {
+  const std::string reason = request.Text("reason");
+  const std::shared_ptr<ClientSocket> user = UserOf(request);
+  myActions.Ban(*user, reason);
+  return DoneLine(StatusLine({"Banned ", user->RemoteAddress(), ", ", user->Username(), "."}));
+}
+
+QByteArray Actions::BanAddress(const Request& request) {
+  const std::string address = request.Text("address");
+  // Bans are looked up by the text, so it has to be the one that addresses have.
+  const QString given = DisplayText(address);
+  const QHostAddress parsed(given);
+  if (parsed.protocol() != QHostAddress::IPv4Protocol || parsed.toString() != given) {
+    throw Refused("expected is an IPv4 address such as 192.0.2.17, not " + address);
+  }
+  myActions.BanAddress(address, request.Text("reason"),
+                       request.OptionalText("network").value_or(""));
+  return DoneLine("Banned " + address + '.');
+}
+
+QByteArray Actions::Unban(const Request& request) {
+  const std::string wanted = request.Text("ban");
+  const auto ids = IdsOf(Given(myActions.Bans(), myActions), [&](const BansTable::Ban& ban) {
+    return ban.address == wanted || std::to_string(ban.id) == wanted;
+  });
+  if (ids.empty()) throw Refused("no ban is stored of " + wanted);
+  if (!myActions.LiftBans(ids)) RefuseForDatabase(myActions);
+  return DoneLine("Lifted " + std::to_string(ids.size()) + " ban(s).");
+}
+
+QByteArray Actions::Disconnect(const Request& request) {
+  const std::shared_ptr<ClientSocket> user = UserOf(request);
+  const std::string peer = user->PeerName();
+  myActions.ForceDisconnect(*user);
+  return DoneLine("Disconnected " + peer + '.');
+}
+
+QByteArray Actions::Grant(const Request& request) {
+  const std::optional<std::string> network = request.OptionalText("network");
+  const std::optional<std::string> address = request.OptionalText("address");
+  if (network.has_value() != address.has_value()) {
+    throw Refused("expected are both a network and an address, or neither for a user who is on");
+  }
+  std::string name = request.Text("user");
+  bool isStored = false;
+  if (network) {
+    isStored = myActions.MakeAdmin(name, *address, NetworkNamed(myListener, *network)->NetworkName);
+  } else {
+    const std::shared_ptr<ClientSocket> user = UserOf(request);
+    if (user->Username().empty()) throw Refused(name + " has not logged in");
+    isStored = myActions.MakeAdmin(*user);
+    name = user->Username();
+  }
+  if (!isStored) RefuseForDatabase(myActions);
+  return DoneLine(StatusLine({name, " is an administrator."}));
+}
+
+QByteArray Actions::Revoke(const Request& request) {
+  const std::string wanted = request.Text("admin");
+  const std::optional<std::string> network = request.OptionalText("network");
+  const auto ids = IdsOf(Given(myActions.Admins(), myActions), [&](const AdminsTable::Admin& one) {
+    const bool isWanted = SameText(one.name, wanted) || std::to_string(one.id) == wanted;
+    return isWanted && (!network || SameText(one.network, *network));
+  });
+  if (ids.empty()) throw Refused("nobody \"" + wanted + "\" is an administrator there");
+  if (!myActions.DeleteAdmins(ids)) RefuseForDatabase(myActions);
+  return DoneLine("Took back " + std::to_string(ids.size()) + " grant(s).");
+}
+
+QByteArray Actions::Message(const Request& request) {
+  const std::string text = request.Text("text");
+  const std::optional<std::string> network = request.OptionalText("network");
+  const std::string to =
+      network ? NetworkNamed(myListener, *network)->NetworkName : "(All Networks)";
+  ExpectAllHaveNetworks(request);
+  myActions.Send(text, to);
+  return DoneLine("Sent.");
+}
+
+QByteArray Actions::Set(const Request& request) {
+  const std::string name = request.Text("name");
+  const std::string value = request.OptionalText("value").value_or("");
+  std::string known;
+  bool isKnown = request.Flag("force");
+  for (const auto& [other, otherValue] : myApp.Settings().Values()) {
+    isKnown = isKnown || SameText(other, name);
+    known += (known.empty() ? "" : ", ") + other;
+  }
+  if (!isKnown) throw Refused("no setting is called " + name + "; expected is one of: " + known);
+  const bool isPort = SameText(name, "AttachedPort");
+  if (isPort && (!IsNumeric(value) || NumberFromText(value) < 0 || NumberFromText(value) > 65535)) {
+    throw Refused("expected is a port from 0 to 65535, not " + value);
+  }
+  myActions.ChangeSetting(name, value);
+  return DoneLine("Set, for the next start.");
+}
+
+}  // namespace corvane

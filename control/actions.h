@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+
+#include <QByteArray>
+
+#include "control/request.h"
+
+namespace corvane {
+
+class App;
+class ClientSocket;
+class MapSocket;
+class Operator;
+
+// What clients of the local socket may have done to networks, users, bans, administrators and
+// settings, one method a command, which returns the answer. What ends the server, as the windows
+// would, throws. Borrows the application object, the listener, and what acts on them.
+class Actions {
+ public:
+  Actions(App& app, MapSocket& listener, Operator& actions)
+      : myApp(app), myListener(listener), myActions(actions) {}
+
+  QByteArray AddNetwork(const Request& request);
+  QByteArray EditNetwork(const Request& request);
+  QByteArray DeleteNetwork(const Request& request);
+  QByteArray DisconnectNetwork(const Request& request);
+  QByteArray Kick(const Request& request);
+  QByteArray Ban(const Request& request);
+  QByteArray BanAddress(const Request& request);
+  QByteArray Unban(const Request& request);
+  QByteArray Disconnect(const Request& request);
+  QByteArray Grant(const Request& request);
+  QByteArray Revoke(const Request& request);
+  QByteArray Message(const Request& request);
+  QByteArray Set(const Request& request);
+
+ private:
+  // Refuses what names nobody.
+  std::shared_ptr<ClientSocket> UserOf(const Request& request) const;
+  // Refuse what was not stored, and a message that would end the server.
+  void ExpectStored(bool isStored) const;
+  void ExpectAllHaveNetworks(const Request& request) const;
+
+  App& myApp;
+  MapSocket& myListener;
+  Operator& myActions;
+};
+
+}  // namespace corvane

@@ -1,0 +1,27 @@
+#include "control/lookup.h"
+
+#include "control/answers.h"
+#include "control/request.h"
+#include "server/map_socket.h"
+#include "server/operator.h"
+
+namespace corvane {
+
+QJsonObject NetworkRow(const ServerNetworks& network) {
+  return {{"name", AnswerText(network.NetworkName)},
+          {"users", network.CurrentUsers},
+          {"max-users", network.MaxUsers},
+          {"enabled", network.Enabled}};
+}
+
+NetworkRef NetworkNamed(const MapSocket& listener, const std::string& name) {
+  NetworkRef network = listener.FindNetwork(name);
+  if (network == nullptr) throw Refused("there is no network \"" + name + '"');
+  return network;
+}
+
+void RefuseForDatabase(const Operator& actions) {
+  throw Refused("database: " + actions.StoreError());
+}
+
+}  // namespace corvane

@@ -1,0 +1,111 @@
+#include "control/questions.h"
+
+#include <memory>
+#include <utility>
+
+#include <QJsonArray>
+
+#include "control/answers.h"
+#include "control/lookup.h"
+#include "framework/dates.h"
+#include "framework/process_memory.h"
+#include "framework/text.h"
+#include "server/app.h"
+#include "server/client_socket.h"
+#include "server/map_socket.h"
+#include "server/operator.h"
+#include "updater/version.h"
+
+namespace corvane {
+
+Questions::Questions(App& app, MapSocket& listener, Operator& actions)
+    : myApp(app), myListener(listener), myActions(actions), myRates(app.Loop()) {}
+
+template <typename Row, typename Describe>
+QByteArray Questions::TableOf(std::optional<std::vector<Row>> rows, Describe describe) {
+  RowsAnswer answer;
+  for (const Row& row : Given(std::move(rows), myActions)) {
+    answer.Add(describe(row));
+    myApp.Loop().GiveWay();
+  }
+  return answer.Line();
+}
+
+QByteArray Questions::Status(const Request&) {
+  QJsonArray networks;
+  for (const NetworkRef& network : myActions.Networks())
+    networks.append(NetworkRow(*network));
+  const auto& nic = myListener.NetworkInterface;
+  const Rates::Rate rate = myRates.Now();
+  const auto bytes = [](std::uint64_t count) { return static_cast<qint64>(count); };
+  return DoneLine(QJsonObject{
+      {"version", DisplayText(RunningVersion().FullVersion())},
+      {"up-since", myStart.toLocalTime().toString(Qt::ISODate)},
+      {"rules", DisplayText(std::string(myApp.RulesInForce().name))},
+      {"listening", myListener.IsListening()},
+      {"address", DisplayText(nic ? nic->IPAddress : "0.0.0.0")},
+      {"port", myListener.Port()},
+      {"connections", static_cast<qint64>(myListener.ActiveConnections()->size())},
+      {"memory", bytes(ProcessMemory())},
+      {"output-held", bytes(myApp.Loop().OutputBuffers().InUse())},
+      {"input-held", bytes(myApp.Loop().InputBuffers().InUse())},
+      {"messages-per-second", qRound64(rate.messages)},
+      {"received-per-second", qRound64(rate.received)},
+      {"sent-per-second", qRound64(rate.sent)},
+      {"networks", networks},
+  });
+}
+
+QByteArray Questions::Users(const Request& request) {
+  const std::optional<std::string> wanted = request.OptionalText("network");
+  const NetworkRef network = wanted ? NetworkNamed(myListener, *wanted) : nullptr;
+  RowsAnswer answer;
+  const auto connections = myListener.ActiveConnections();
+  for (const auto& connection : *connections) {
+    const auto& user = static_cast<const ClientSocket&>(*connection);
+    if (user.LoginState() == ClientSocket::State::LoggedIn &&
+        (network == nullptr || user.myNetwork == network)) {
+      answer.Add({{"name", AnswerText(user.Username())},
+                  {"network", AnswerText(user.NetworkName())},
+                  {"address", DisplayText(user.PeerName())}});
+    }
+    myApp.Loop().GiveWay();
+  }
+  return answer.Line();
+}
+
+QByteArray Questions::Networks(const Request&) {
+  RowsAnswer answer;
+  for (const NetworkRef& network : myActions.Networks())
+    answer.Add(NetworkRow(*network));
+  return answer.Line();
+}
+
+QByteArray Questions::Bans(const Request&) {
+  return TableOf(myActions.Bans(), [](const BansTable::Ban& ban) {
+    return QJsonObject{{"id", static_cast<qint64>(ban.id)},
+                       {"address", AnswerText(ban.address)},
+                       {"by", AnswerText(ban.by)},
+                       {"reason", AnswerText(ban.reason)},
+                       {"date", DisplayText(StoredDate(ban.bandate))},
+                       {"network", AnswerText(ban.network)}};
+  });
+}
+
+QByteArray Questions::Admins(const Request&) {
+  return TableOf(myActions.Admins(), [](const AdminsTable::Admin& admin) {
+    return QJsonObject{{"id", static_cast<qint64>(admin.id)},
+                       {"name", AnswerText(admin.name)},
+                       {"network", AnswerText(admin.network)},
+                       {"address", AnswerText(admin.address)}};
+  });
+}
+
+QByteArray Questions::Settings(const Request&) {
+  RowsAnswer answer;
+  for (const auto& [name, value] : myApp.Settings().Values())
+    answer.Add({{"name", AnswerText(name)}, {"value", AnswerText(value)}});
+  return answer.Line();
+}
+
+}  // namespace corvane
