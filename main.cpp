@@ -17,7 +17,8 @@
 #include "framework/folders.h"
 #include "framework/large_memory.h"
 #include "framework/message_box.h"
-#include "framework/quit_signals.h"
+#include "framework/process_signals.h"
+#include "framework/service_manager.h"
 #include "framework/standard_error.h"
 #include "framework/standard_streams.h"
 #include "net/descriptor_limit.h"
@@ -73,7 +74,7 @@ int main(int argc, char** argv) {
   app.serverdb().Complained = [&log](const std::string& text) { log.Write(text); };
   application.LastResort = [&app] { app.LastResort(); };
   application.Quit = [&app] { app.Quit(); };
-  const QuitSignals quitSignals([&app] { app.Quit(); });
+  const ProcessSignals signals([&app] { app.Quit(); });
   if (!app.Open()) return 1;
   const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
   WriteErrorLine(rules);
@@ -92,6 +93,13 @@ int main(int argc, char** argv) {
   }
   // From the loop, where quitting and errors are provided for.
   QMetaObject::invokeMethod(
-      &window, [&window] { window.Open(); }, Qt::QueuedConnection);
+      &window,
+      [&window] {
+        window.Open();
+        if (window.sSocket->IsListening()) TellServiceManager(ServiceState::Ready);
+      },
+      Qt::QueuedConnection);
+  QObject::connect(&application, &Application::aboutToQuit,
+                   [] { TellServiceManager(ServiceState::Stopping); });
   return Application::exec();
 }

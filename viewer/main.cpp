@@ -7,7 +7,7 @@
 
 #include "framework/broken_pipes.h"
 #include "framework/folders.h"
-#include "framework/quit_signals.h"
+#include "framework/process_signals.h"
 #include "updater/version.h"
 #include "viewer/map_window.h"
 #include "viewer/options.h"
@@ -48,7 +48,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
-  const QuitSignals quitSignals([&window] { window.close(); });
+  const ProcessSignals signals([&window] { window.close(); });
   if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);
   window.show();
   if (parsed.options->server) {

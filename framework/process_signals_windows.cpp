@@ -3,7 +3,7 @@
 
 #include <QObject>
 
-#include "framework/quit_signals.h"
+#include "framework/process_signals.h"
 
 namespace corvane {
 namespace {
@@ -23,7 +23,7 @@ BOOL WINAPI HandleConsoleEvent(DWORD event) {
 
 }  // namespace
 
-struct QuitSignals::Wiring {
+struct ProcessSignals::Wiring {
   explicit Wiring(std::function<void()> quit) {
     quitFunction = std::move(quit);
     receiver = &target;
@@ -39,9 +39,9 @@ struct QuitSignals::Wiring {
   QObject target;
 };
 
-QuitSignals::QuitSignals(std::function<void()> quit)
+ProcessSignals::ProcessSignals(std::function<void()> quit, std::function<void()>)
     : myWiring(std::make_unique<Wiring>(std::move(quit))) {}
 
-QuitSignals::~QuitSignals() = default;
+ProcessSignals::~ProcessSignals() = default;
 
 }  // namespace corvane
