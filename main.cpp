@@ -74,7 +74,11 @@ int main(int argc, char** argv) {
   app.serverdb().Complained = [&log](const std::string& text) { log.Write(text); };
   application.LastResort = [&app] { app.LastResort(); };
   application.Quit = [&app] { app.Quit(); };
-  const ProcessSignals signals([&app] { app.Quit(); });
+  std::optional<Commands> commands;
+  const ProcessSignals signals([&app] { app.Quit(); },
+                               [&commands] {
+                                 if (commands) commands->ReloadForSignal();
+                               });
   if (!app.Open()) return 1;
   const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
   WriteErrorLine(rules);
@@ -84,8 +88,8 @@ int main(int argc, char** argv) {
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
   window.sSocket->Logged = [&log](const std::string& text) { log.Write(text); };
   MyTrayItem trayItem(window, [&window] { window.Actions().Quit(); });
-  Commands commands(app, *window.sSocket, window.Actions(), log);
-  control.Serve(commands);
+  commands.emplace(app, *window.sSocket, window.Actions(), log);
+  control.Serve(*commands);
   if (HasDisplay()) {
     trayItem.show();
   } else {

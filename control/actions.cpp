@@ -11,6 +11,7 @@
 #include "control/answers.h"
 #include "control/lookup.h"
 #include "framework/numbers.h"
+#include "framework/service_manager.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
@@ -199,6 +200,31 @@ QByteArray Actions::Set(const Request& request) {
   }
   myActions.ChangeSetting(name, value);
   return DoneLine("Set, for the next start.");
+}
+
+QByteArray Actions::Reload(const Request& request) {
+  std::optional<ServiceReload> told;
+  // A server that does not listen never was ready.
+  if (myListener.IsListening()) told.emplace();
+  if (myApp.serverdb().HasMoved()) {
+    throw Refused("database: the file was replaced or deleted; a restart opens what is there now");
+  }
+  const auto changes = Given(myActions.CompareNetworks(), myActions);
+  if (!changes.removed.empty()) ExpectAllHaveNetworks(request);
+  myActions.Follow(changes);
+  RowsAnswer answer;
+  const auto add = [&](const char* change, const ServerNetworks& network) {
+    QJsonObject row = NetworkRow(network);
+    row["change"] = change;
+    answer.Add(row);
+  };
+  for (const NetworkRef& network : changes.removed)
+    add("removed", *network);
+  for (const auto& [network, stored] : changes.changed)
+    add("changed", *network);
+  for (const NetworkRef& network : changes.added)
+    add("added", *network);
+  return answer.Line();
 }
 
 }  // namespace corvane

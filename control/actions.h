@@ -34,6 +34,8 @@ class Actions {
   QByteArray Revoke(const Request& request);
   QByteArray Message(const Request& request);
   QByteArray Set(const Request& request);
+  // Has the networks be as the database says; the service manager is told meanwhile.
+  QByteArray Reload(const Request& request);
 
  private:
   // Refuses what names nobody.

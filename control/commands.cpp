@@ -8,6 +8,7 @@
 
 #include "control/answers.h"
 #include "control/server_log.h"
+#include "framework/standard_error.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/map_socket.h"
@@ -20,6 +21,7 @@ constexpr std::int32_t kMostLogLines = 10'000;
 constexpr std::int32_t kUsualLogLines = 20;
 // By whom what is done here is noted.
 const std::string kActor = "corvanectl";
+const std::string kSignal = "SIGHUP";
 
 // What carries out a command.
 template <typename Room>
@@ -56,6 +58,7 @@ Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& 
           {"revoke", By(myActions, &Actions::Revoke)},
           {"message", By(myActions, &Actions::Message)},
           {"set", By(myActions, &Actions::Set)},
+          {"reload", By(myActions, &Actions::Reload)},
           {"backup", By(*this, &Commands::MakeBackup)},
           {"log", By(*this, &Commands::Log)},
           {"quit", By(*this, &Commands::Quit)},
@@ -80,6 +83,19 @@ void Commands::Run(ControlConnection& client, const QByteArray& line) {
     }
   } catch (const Refused& refused) {
     client.Answer(RefusalLine(refused.what(), refused.fields));
+  }
+}
+
+void Commands::ReloadForSignal() {
+  const Operator::Acting acting(myOperator, kSignal);
+  try {
+    myActions.Reload(Request("{}"));
+  } catch (const Refused& refused) {
+    std::string why = kSignal + ": not reloaded: " + refused.what();
+    for (const QJsonValue& address : refused.fields["addresses"].toArray())
+      why += ' ' + TextFromDisplay(address.toString());
+    WriteErrorLine(why);
+    myLog.Write(why);
   }
 }
 

@@ -34,6 +34,10 @@ class Commands {
   // Carries out a request and answers it. What ends the server, as the windows would, throws.
   void Run(ControlConnection& client, const QByteArray& line);
 
+  // What "reload" does, for whoever cannot be answered: what is refused is told on standard error
+  // and in the log.
+  void ReloadForSignal();
+
  private:
   struct Entry {
     const char* name;

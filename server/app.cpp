@@ -84,17 +84,25 @@ void App::LoadServerSocket(MapSocket& listener,
   listener.SetMaximumSocketsConnected(kMaximumConnections);
   listener.Listen();
   if (!myDatabase.IsConnected()) return Quit();
-  // Who connects during this loop finds the networks that are loaded so far.
-  if (auto row = myNetworkRecords->All()) {
-    for (; !row->EndOfRows(); row->MoveNext()) {
-      listener.Networks.push_back(std::make_shared<ServerNetworks>(
-          row->Text("name"), row->Text("pass"), Clamped(row->Integer("users")),
-          row->Boolean("enabled")));
-      networkAdded(listener.Networks.back());
-      myLoop.GiveWay();
-    }
+  // Who connects during this loop finds the networks that are in the list so far.
+  for (const NetworkRef& network : ReadNetworks().value_or(std::vector<NetworkRef>())) {
+    listener.Networks.push_back(network);
+    networkAdded(network);
+    myLoop.GiveWay();
   }
   listener.CallStatusMessage("Listening...");
+}
+
+std::optional<std::vector<NetworkRef>> App::ReadNetworks() {
+  std::optional<DatabaseCursor> row = myNetworkRecords->All();
+  if (!row) return std::nullopt;
+  std::vector<NetworkRef> networks;
+  for (; !row->EndOfRows(); row->MoveNext()) {
+    networks.push_back(std::make_shared<ServerNetworks>(row->Text("name"), row->Text("pass"),
+                                                        Clamped(row->Integer("users")),
+                                                        row->Boolean("enabled")));
+  }
+  return networks;
 }
 
 void App::Quit(int code) {

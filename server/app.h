@@ -41,6 +41,9 @@ class App {
   void LoadServerSocket(MapSocket& listener,
                         const std::function<void(const NetworkRef&)>& networkAdded);
 
+  // The networks as the database has them, in its order; none when the query fails.
+  std::optional<std::vector<NetworkRef>> ReadNetworks();
+
   // Ends the program with this exit code: nothing can veto it.
   void Quit(int code = 0);
   bool IsQuitting() const { return myIsQuitting; }

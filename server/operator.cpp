@@ -1,5 +1,7 @@
 #include "server/operator.h"
 
+#include <algorithm>
+
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
@@ -19,6 +21,18 @@ std::string Numbers(const std::vector<std::int64_t>& ids) {
   return text;
 }
 
+void SetTerms(ServerNetworks& network, const std::string& password, std::int32_t maxUsers,
+              bool enabled) {
+  network.Enabled = enabled;
+  network.MaxUsers = maxUsers;
+  network.Password = password;
+}
+
+bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
+  return one.Enabled == other.Enabled && one.MaxUsers == other.MaxUsers &&
+         one.Password == other.Password;
+}
+
 }  // namespace
 
 void Operator::Note(std::initializer_list<std::string_view> what) {
@@ -35,21 +49,22 @@ const std::vector<NetworkRef>& Operator::Networks() const {
   return myListener.Networks;
 }
 
+void Operator::Enter(const NetworkRef& network) {
+  myListener.Networks.push_back(network);
+  if (NetworkAdded) NetworkAdded(network);
+}
+
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
                           std::int32_t maxUsers, bool enabled) {
   Note({"add network ", name});
-  const auto network = std::make_shared<ServerNetworks>(name, password, maxUsers, enabled);
-  myListener.Networks.push_back(network);
-  if (NetworkAdded) NetworkAdded(network);
+  Enter(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));
   return myApp.NetworkRecords().Add(name, password, maxUsers, enabled);
 }
 
 bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& password,
                              std::int32_t maxUsers, bool enabled) {
   Note({"change network ", network.NetworkName});
-  network.Enabled = enabled;
-  network.MaxUsers = maxUsers;
-  network.Password = password;
+  SetTerms(network, password, maxUsers, enabled);
   return myApp.NetworkRecords().Change(network.NetworkName, password, maxUsers, enabled);
 }
 
@@ -59,6 +74,42 @@ bool Operator::DeleteNetwork(const NetworkRef& network) {
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
   if (NetworkRemoved) NetworkRemoved(network);
   return isStored;
+}
+
+std::optional<Operator::NetworkChanges> Operator::CompareNetworks() {
+  const auto stored = myApp.ReadNetworks();
+  if (!stored) return std::nullopt;
+  NetworkChanges changes;
+  std::vector<NetworkRef> left = Networks();
+  for (const NetworkRef& network : *stored) {
+    const auto listed = std::ranges::find(left, network->NetworkName, [](const NetworkRef& other) {
+      return std::string_view(other->NetworkName);
+    });
+    if (listed == left.end()) {
+      changes.added.push_back(network);
+      continue;
+    }
+    if (!HaveSameTerms(**listed, *network)) changes.changed.emplace_back(*listed, network);
+    left.erase(listed);
+  }
+  changes.removed = std::move(left);
+  return changes;
+}
+
+void Operator::Follow(const NetworkChanges& changes) {
+  for (const NetworkRef& network : changes.removed) {
+    Note({"reload: removed network ", network->NetworkName});
+    myListener.RemoveNetwork(network);
+    if (NetworkRemoved) NetworkRemoved(network);
+  }
+  for (const auto& [network, stored] : changes.changed) {
+    Note({"reload: changed network ", network->NetworkName});
+    SetTerms(*network, stored->Password, stored->MaxUsers, stored->Enabled);
+  }
+  for (const NetworkRef& network : changes.added) {
+    Note({"reload: added network ", network->NetworkName});
+    Enter(network);
+  }
 }
 
 std::string Operator::StoreError() const {

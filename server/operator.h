@@ -64,6 +64,19 @@ class Operator {
   // Sends "BYE" to the network's users, who end their connections.
   void DisconnectAll(const NetworkRef& network);
 
+  // How the networks in the database differ from those in the list, for which the name tells which
+  // is which, and of several that have it their order.
+  struct NetworkChanges {
+    std::vector<NetworkRef> removed;
+    std::vector<std::pair<NetworkRef, NetworkRef>> changed;  // the listed one, the stored one
+    std::vector<NetworkRef> added;
+  };
+  // None when the query fails.
+  std::optional<NetworkChanges> CompareNetworks();
+  // Does what is different to the list, as the actions above do, and leaves the database alone.
+  // Throws as Send does where a network was removed.
+  void Follow(const NetworkChanges& changes);
+
   // Who is connected as "ADDRESS:PORT", or is logged in under the name; none if nobody is.
   std::shared_ptr<ClientSocket> FindUser(const std::string& user) const;
 
@@ -101,6 +114,7 @@ class Operator {
  private:
   // Notes what is being done, and by whom.
   void Note(std::initializer_list<std::string_view> what);
+  void Enter(const NetworkRef& network);
 
   App& myApp;
   MapSocket& myListener;

@@ -133,6 +133,12 @@ QString DatabaseConnection::File() const {
   return QString::fromUtf8(sqlite3_db_filename(myDatabase, "main"));
 }
 
+bool DatabaseConnection::HasMoved() const {
+  int hasMoved = 0;
+  sqlite3_file_control(myDatabase, "main", SQLITE_FCNTL_HAS_MOVED, &hasMoved);
+  return hasMoved != 0;
+}
+
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view query,
                                                             const Values& values) {
   int result = SQLITE_OK;

@@ -49,6 +49,8 @@ class DatabaseConnection {
   bool IsConnected() const { return myDatabase != nullptr; }
   // The file that is open.
   QString File() const;
+  // Whether that is no longer what its name leads to: it was replaced, or deleted.
+  bool HasMoved() const;
 
   // Runs one query exactly as given; none when it fails.
   std::optional<DatabaseCursor> SQLSelect(std::string_view query, const Values& values = {});

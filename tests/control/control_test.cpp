@@ -181,10 +181,51 @@ TEST_F(ControlTest, WindowShowsWhatWasDone) {
   EXPECT_THAT(Users(), ElementsAre("Bob|North"));
 }
 
+TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
+  const auto rows = [this](const QStringList& arguments = {}) {
+    const Outcome outcome = Run(QStringList{"reload"} + arguments);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.text;
+    return outcome.text.substr(outcome.text.find('\n') + 1);
+  };
+  EXPECT_EQ(rows(), "") << "nothing is different";
+  // A second North, which is nobody's yet, and a name that differs in its case are others.
+  Query(
+      "UPDATE networks SET pass='new', users=1 WHERE name='North'; INSERT INTO networks VALUES"
+      "('North','x',2,0),('SO\nUTH','secret',9,1); DELETE FROM networks WHERE name='So\nuth'");
+  const auto carl = LoggedIn("Carl", "So\nuth");
+  EXPECT_EQ(rows(),
+            "removed  So\\nuth  1      5          yes\n"
+            "changed  North    2      1          yes\n"
+            "added    North    0      2          no\n"
+            "added    SO\\nUTH  0      9          yes\n");
+  EXPECT_EQ(carl->Receive(), (WireMessage{998, "This network has been removed from the server."}));
+  EXPECT_EQ(carl->Receive(), (WireMessage{999, "BYE"}));
+  EXPECT_TRUE(ann->HearsNothing()) << "its network only changed";
+  EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "North", "SO\\nUTH"));
+  EXPECT_FALSE(TestClient(myWindow->sSocket->Port()).LogIn("So\nuth", "new", "Eve"));
+  Query("UPDATE networks SET users=3 WHERE name='North' AND enabled");
+  commands.ReloadForSignal();
+  EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "new", "Eve"));
+  EXPECT_THAT(Run({"log", "--lines", "20"}).text,
+              HasSubstr("SIGHUP: reload: changed network North"));
+
+  Query("ALTER TABLE networks RENAME TO n");
+  const Outcome failed = Run({"reload"});
+  EXPECT_EQ(failed.exitCode, 1);
+  EXPECT_THAT(failed.text, HasSubstr("database: no such table: networks"));
+  // Windows lets nobody do that to a file that is open.
+  if (QFile::rename(myFolder.filePath("serverdb.rsd"), myFolder.filePath("old.rsd"))) {
+    EXPECT_THAT(Run({"reload"}).text, HasSubstr("database: the file was replaced"));
+  }
+  EXPECT_EQ(myWindow->Networks().rowCount(), 3) << "a fault changes nothing";
+}
+
 TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
   TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
   ASSERT_TRUE(stranger.Receive());
-  for (const QStringList& command : {QStringList{"message", "x"}, {"network", "delete", "North"}}) {
+  Query("DELETE FROM networks WHERE name='North'");
+  for (const QStringList& command :
+       {QStringList{"message", "x"}, {"network", "delete", "North"}, {"reload"}}) {
     const Outcome outcome = Run(command);
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.text, HasSubstr("  127.0.0.7:"));
