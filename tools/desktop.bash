@@ -1,4 +1,4 @@
-# For scripts that drive the server's windows on a display: waiting, pictures, menus. They set
+# For scripts that drive our windows on a display: waiting, pictures, menus. They set
 # `folder`, where the pictures go.
 # shellcheck shell=bash
 # Not every script uses all that is set here, and `folder` is theirs.
@@ -31,11 +31,11 @@ is_gone() { ! xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
 
 is_active() { [[ $(xdotool getactivewindow 2>/dev/null) == "$1" ]]; }
 
-# Menus are the windows of the server that no window manager has put into a frame, and so stand on
+# Menus are the windows of our programs that no window manager has put into a frame, and so stand on
 # the screen itself. Sets menu.
 find_menu() {
   local window
-  for window in $(xwininfo -root -children | awk '/\("corvane-server/ { print $1 }'); do
+  for window in $(xwininfo -root -children | awk '/\("corvane-/ { print $1 }'); do
     if xwininfo -id "$window" 2>/dev/null | grep -q 'Map State: IsViewable'; then
       menu=$window
       return 0

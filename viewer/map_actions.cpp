@@ -1,16 +1,43 @@
 #include "viewer/map_actions.h"
 
+#include <QKeyEvent>
+
 namespace corvane::viewer {
+namespace {
+
+// While it is open a letter chooses the item that has it, though it may be a key of the map, too.
+class Menu : public QMenu {
+ public:
+  using QMenu::QMenu;
+
+ protected:
+  bool event(QEvent* event) override {
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->modifiers() == Qt::NoModifier) {
+      event->accept();
+      return true;
+    }
+    return QMenu::event(event);
+  }
+};
+
+QMenu* AddMenu(QMenuBar& bar, const QString& title) {
+  auto* const menu = new Menu(title, &bar);
+  bar.addMenu(menu);
+  return menu;
+}
+
+}  // namespace
 
 MapActions::MapActions(QMenuBar& bar, QWidget& map) {
-  QMenu* file = bar.addMenu(tr("&File"));
+  QMenu* file = AddMenu(bar, tr("&File"));
   actConnect = Add(file, "actConnect", tr("&Connect..."), {QKeySequence(Qt::CTRL | Qt::Key_O)});
   actDisconnect = Add(file, "actDisconnect", tr("&Disconnect"));
   file->addSeparator();
   actQuit = Add(file, "actQuit", tr("&Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)});
   actQuit->setMenuRole(QAction::QuitRole);
 
-  QMenu* view = bar.addMenu(tr("&View"));
+  QMenu* view = AddMenu(bar, tr("&View"));
   actZoomIn = Add(view, "actZoomIn", tr("Zoom &In"), {Qt::Key_Plus, Qt::Key_Equal}, &map);
   actZoomOut = Add(view, "actZoomOut", tr("Zoom &Out"), {Qt::Key_Minus}, &map);
   actShowAll = Add(view, "actShowAll", tr("&Everybody"), {Qt::Key_Home}, &map);
@@ -18,7 +45,7 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   view->addSeparator();
   actPicture = Add(view, "actPicture", tr("&Picture of This Facet..."));
 
-  mnuMember = bar.addMenu(tr("&Member"));
+  mnuMember = AddMenu(bar, tr("&Member"));
   actFollow = Add(mnuMember, "actFollow", tr("&Follow"), {Qt::Key_F}, &map);
   actTrail = Add(mnuMember, "actTrail", tr("&Trail"), {Qt::Key_T}, &map);
   actTrail->setCheckable(true);
@@ -26,7 +53,7 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actSend = Add(mnuMember, "actSend", tr("Send My &Position"));
   actSend->setCheckable(true);
 
-  mnuAdministration = bar.addMenu(tr("&Administration"));
+  mnuAdministration = AddMenu(bar, tr("&Administration"));
   actKick = Add(mnuAdministration, "actKick", tr("&Kick"));
   actBan = Add(mnuAdministration, "actBan", tr("&Ban..."));
   mnuAdministration->addSeparator();
