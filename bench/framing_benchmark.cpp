@@ -4,7 +4,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "net/byte_queue.h"
+#include "buffers/byte_queue.h"
 #include "net/frame.h"
 
 namespace corvane {

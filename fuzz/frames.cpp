@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "net/byte_queue.h"
+#include "buffers/byte_queue.h"
 #include "net/frame.h"
 
 namespace {

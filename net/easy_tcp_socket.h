@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "net/byte_queue.h"
+#include "buffers/byte_queue.h"
 #include "net/frame.h"
 #include "net/poll_loop.h"
 #include "net/tcp_socket.h"

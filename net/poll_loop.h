@@ -12,11 +12,11 @@
 
 #include <QTimer>
 
-#include "net/buffer_pool.h"
-#include "net/delayed_calls.h"
+#include "buffers/buffer_pool.h"
+#include "framework/delayed_calls.h"
+#include "framework/streams.h"
 #include "net/flush_queue.h"
 #include "net/poller.h"
-#include "net/streams.h"
 #include "net/watch_list.h"
 
 namespace corvane {

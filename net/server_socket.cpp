@@ -6,9 +6,9 @@
 #include <limits>
 #include <utility>
 
+#include "framework/scoped_flag.h"
 #include "net/descriptor_limit.h"
 #include "net/poll_loop.h"
-#include "net/scoped_flag.h"
 #include "net/tcp_socket.h"
 
 namespace corvane {

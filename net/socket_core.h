@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "framework/scoped_flag.h"
 #include "net/os_socket.h"
 #include "net/poller.h"
-#include "net/scoped_flag.h"
 
 namespace corvane {
 

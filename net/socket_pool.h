@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "net/snapshot_list.h"
+#include "framework/snapshot_list.h"
 
 namespace corvane {
 

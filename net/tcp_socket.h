@@ -6,11 +6,11 @@
 #include <string>
 #include <string_view>
 
+#include "buffers/byte_queue.h"
+#include "buffers/output_queue.h"
 #include "framework/network_interfaces.h"
-#include "net/byte_queue.h"
-#include "net/output_queue.h"
+#include "framework/streams.h"
 #include "net/socket_core.h"
-#include "net/streams.h"
 
 namespace corvane {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "net/block.h"
+#include "buffers/block.h"
 
 namespace corvane {
 

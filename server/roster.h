@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "net/snapshot_list.h"
+#include "framework/snapshot_list.h"
 #include "server/outbox.h"
 #include "server/server_networks.h"
 

@@ -1,4 +1,4 @@
-#include "net/block.h"
+#include "buffers/block.h"
 
 #include <algorithm>
 #include <cassert>

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string_view>
 
-#include "net/buffer_pool.h"
+#include "buffers/buffer_pool.h"
 
 namespace corvane {
 

@@ -1,4 +1,4 @@
-#include "net/delayed_calls.h"
+#include "framework/delayed_calls.h"
 
 #include <algorithm>
 #include <utility>

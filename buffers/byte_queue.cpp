@@ -1,4 +1,4 @@
-#include "net/byte_queue.h"
+#include "buffers/byte_queue.h"
 
 #include <algorithm>
 #include <cassert>

@@ -1,4 +1,4 @@
-#include "net/output_queue.h"
+#include "buffers/output_queue.h"
 
 #include <array>
 #include <random>

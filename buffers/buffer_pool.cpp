@@ -1,4 +1,4 @@
-#include "net/buffer_pool.h"
+#include "buffers/buffer_pool.h"
 
 #include <algorithm>
 #include <bit>

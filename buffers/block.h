@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "net/buffer_pool.h"
+#include "buffers/buffer_pool.h"
 
 namespace corvane {
 
