@@ -18,7 +18,7 @@ void CutBurst(benchmark::State& state) {
   BufferPool pool;
   std::string burst;
   for (std::int64_t i = 0; i < state.range(0); ++i)
-    burst += CreateFrame(4, kReport);
+    burst += CreatePacket(4, kReport);
   for (auto _ : state) {
     ByteQueue queue(pool);
     if (!queue.Append(burst)) state.SkipWithError("no memory");
@@ -34,7 +34,7 @@ BENCHMARK(CutBurst)->RangeMultiplier(100)->Range(1, 10'000);
 
 void CreateReport(benchmark::State& state) {
   for (auto _ : state)
-    benchmark::DoNotOptimize(CreateFrame(5, kReport));
+    benchmark::DoNotOptimize(CreatePacket(5, kReport));
   state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(CreateReport);

@@ -27,7 +27,7 @@ void Sink::LogIn(std::int32_t port, std::string_view network, std::string_view p
   const QByteArrayView secret(password.data(), static_cast<qsizetype>(password.size()));
   const std::string digest =
       QCryptographicHash::hash(secret, QCryptographicHash::Md5).toStdString();
-  os::Send(client, CreateFrame(1, network) + CreateFrame(2, digest) + CreateFrame(3, user));
+  os::Send(client, CreatePacket(1, network) + CreatePacket(2, digest) + CreatePacket(3, user));
   epoll_event event = {};
   event.events = EPOLLIN;
   event.data.fd = static_cast<int>(client);

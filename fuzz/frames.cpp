@@ -55,7 +55,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   // What was cut, put together again, is what came.
   std::string again;
   for (const auto& [command, payload] : messages)
-    again += corvane::CreateFrame(command, payload);
+    again += corvane::CreatePacket(command, payload);
   if (!stream.starts_with(again)) std::abort();
   return 0;
 }

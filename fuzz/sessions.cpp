@@ -108,7 +108,7 @@ class Run {
     for (const NetworkRef& network : networks) {
       if (network->CurrentUsers != 0) Check("a seat is held by nobody");
     }
-    if (myServer.loop.OutputBuffers().InUse() != 0) Check("output of nobody is counted");
+    if (myServer.loop.Memory().output.InUse() != 0) Check("output of nobody is counted");
   }
 
  private:

@@ -15,20 +15,12 @@ constexpr std::chrono::milliseconds kFullDelay(50);
 
 }  // namespace
 
-EasyTCPSocket::EasyTCPSocket(PollLoop& loop) : TCPSocket(loop), mEvents(loop.InputBuffers()) {
+EasyTCPSocket::EasyTCPSocket(PollLoop& loop) : TCPSocket(loop), mEvents(loop.Memory().input) {
   SkipSendEvents();
 }
 
 void EasyTCPSocket::SendMessage(std::int32_t command, std::string_view data) {
-  if (IsConnected()) WriteBytes(CreatePacket(command, data));
-}
-
-void EasyTCPSocket::SendPackets(const Slice& packets) {
-  WriteSlice(packets);
-}
-
-std::string EasyTCPSocket::CreatePacket(std::int32_t command, std::string_view data) {
-  return CreateFrame(command, data);
+  if (IsConnected()) TCPSocket::Write(CreatePacket(command, data));
 }
 
 std::string EasyTCPSocket::Read(std::size_t /*count*/) {

@@ -27,9 +27,8 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   // Sends one message; does nothing unless connected.
   void SendMessage(std::int32_t command, std::string_view data);
 
-  // The bytes of one message; and sending whole messages as they are: to many receivers.
-  static std::string CreatePacket(std::int32_t command, std::string_view data);
-  void SendPackets(const Slice& packets);
+  // Sends whole messages as they are, to many receivers.
+  void SendPackets(const Slice& packets) { TCPSocket::Write(packets); }
 
   // Waits for a message with this command and returns its payload; empty when so many seconds have
   // passed, on an error, and when not connected. Every other message that arrives meanwhile is

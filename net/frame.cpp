@@ -26,7 +26,7 @@ Frame ReadFrame(std::string_view bytes, std::size_t longest) {
   return frame;
 }
 
-std::string CreateFrame(std::int32_t command, std::string_view payload) {
+std::string CreatePacket(std::int32_t command, std::string_view payload) {
   std::string bytes(kFrameHeaderBytes, '\0');
   bytes.reserve(kFrameHeaderBytes + payload.size());
   qToBigEndian(static_cast<qint32>(kFrameHeaderBytes + payload.size()), bytes.data());

@@ -28,6 +28,6 @@ Frame ReadFrame(std::string_view bytes,
                 std::size_t longest = std::numeric_limits<std::size_t>::max());
 
 // The bytes of one message.
-std::string CreateFrame(std::int32_t command, std::string_view payload);
+std::string CreatePacket(std::int32_t command, std::string_view payload);
 
 }  // namespace corvane

@@ -68,11 +68,13 @@ Endpoint LocalEndpoint(SocketHandle handle);
 
 // What an error code means.
 bool WouldBlock(int error);
-bool IsOutOfDescriptors(int error);  // or of memory: it may work again later
-int OutOfDescriptorsError();
+bool IsOutOfDescriptors(int error);    // or of memory: it may work again later
 bool IsPassingAcceptError(int error);  // one connection failed, the listener did not
-int ConnectionResetError();
-int NoBufferError();
-int InvalidArgumentError();
+
+// The system's codes for what is found out here.
+extern const int kConnectionReset;
+extern const int kInvalidArgument;
+extern const int kNoBuffers;
+extern const int kOutOfDescriptors;
 
 }  // namespace corvane::os

@@ -37,7 +37,23 @@ void SetConnectionOptions(SocketHandle handle) {
   SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, 180'000);
 }
 
+// What a call moved, which is made anew when a signal interrupts it.
+template <typename Call>
+Transfer TransferOf(const Call& call) {
+  ssize_t count;
+  do {
+    count = call();
+  } while (count < 0 && errno == EINTR);
+  if (count < 0) return {0, errno};
+  return {static_cast<std::size_t>(count), 0};
+}
+
 }  // namespace
+
+const int kConnectionReset = ECONNRESET;
+const int kInvalidArgument = EINVAL;
+const int kNoBuffers = ENOBUFS;
+const int kOutOfDescriptors = EMFILE;
 
 Opened OpenSocket() {
   const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
@@ -87,12 +103,7 @@ int PendingError(SocketHandle handle) {
 }
 
 Transfer Receive(SocketHandle handle, std::span<char> buffer) {
-  ssize_t count;
-  do {
-    count = recv(Descriptor(handle), buffer.data(), buffer.size(), 0);
-  } while (count < 0 && errno == EINTR);
-  if (count < 0) return {0, errno};
-  return {static_cast<std::size_t>(count), 0};
+  return TransferOf([&] { return recv(Descriptor(handle), buffer.data(), buffer.size(), 0); });
 }
 
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
@@ -102,12 +113,7 @@ Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
   msghdr message = {};
   message.msg_iov = parts.data();
   message.msg_iovlen = pieces.size();
-  ssize_t count;
-  do {
-    count = sendmsg(Descriptor(handle), &message, MSG_NOSIGNAL);
-  } while (count < 0 && errno == EINTR);
-  if (count < 0) return {0, errno};
-  return {static_cast<std::size_t>(count), 0};
+  return TransferOf([&] { return sendmsg(Descriptor(handle), &message, MSG_NOSIGNAL); });
 }
 
 void EndSending(SocketHandle handle) {
@@ -129,10 +135,6 @@ bool IsOutOfDescriptors(int error) {
   return error == EMFILE || error == ENFILE || error == ENOBUFS || error == ENOMEM;
 }
 
-int OutOfDescriptorsError() {
-  return EMFILE;
-}
-
 bool IsPassingAcceptError(int error) {
   // accept(2) also hands on errors that the new connection has met already.
   switch (error) {
@@ -151,18 +153,6 @@ bool IsPassingAcceptError(int error) {
     default:
       return false;
   }
-}
-
-int ConnectionResetError() {
-  return ECONNRESET;
-}
-
-int NoBufferError() {
-  return ENOBUFS;
-}
-
-int InvalidArgumentError() {
-  return EINVAL;
 }
 
 }  // namespace corvane::os

@@ -72,6 +72,11 @@ int Piece(std::size_t bytes) {
 
 }  // namespace
 
+const int kConnectionReset = WSAECONNRESET;
+const int kInvalidArgument = WSAEINVAL;
+const int kNoBuffers = WSAENOBUFS;
+const int kOutOfDescriptors = WSAEMFILE;
+
 Opened OpenSocket() {
   static const Winsock winsock;
   if (winsock.Error() != 0) return {kNoSocket, winsock.Error()};
@@ -163,25 +168,9 @@ bool IsOutOfDescriptors(int error) {
   return error == WSAEMFILE || error == WSAENOBUFS;
 }
 
-int OutOfDescriptorsError() {
-  return WSAEMFILE;
-}
-
 bool IsPassingAcceptError(int error) {
   return error == WSAECONNRESET || error == WSAECONNABORTED || error == WSAEINTR ||
          error == WSAENETDOWN;
-}
-
-int ConnectionResetError() {
-  return WSAECONNRESET;
-}
-
-int NoBufferError() {
-  return WSAENOBUFS;
-}
-
-int InvalidArgumentError() {
-  return WSAEINVAL;
 }
 
 }  // namespace corvane::os

@@ -23,11 +23,11 @@ constexpr auto kStuckPatience = 500ms;  // the same while none of it moves
 
 }  // namespace
 
-PollLoop::PollLoop(std::function<void()> unhandled, const MemoryLimits& limits,
+PollLoop::PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits,
                    const FlushQueue::Rule& flushRule)
     : myUnhandled(std::move(unhandled)),
-      myLimits(limits),
       myPoller([this] { RunSlice(); }),
+      myMemory(myWatched, limits),
       myScratch(kScratchBytes),
       myFlushes(flushRule) {
   mySliceTimer.setInterval(0);
@@ -42,14 +42,16 @@ PollLoop::~PollLoop() {
   Stop();
   // The last references to sockets leave while the loop is whole. Their ends may put others on the
   // lists again.
-  while (HasWork() || myFlushes.Due() || myWatched.HasKept()) {
-    const auto kept = myWatched.TakeKept();
+  const auto isKept = [](const auto& socket) { return socket->myKeep != nullptr; };
+  do {
+    for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
+      socket->myKeep.reset();
     const auto queued = std::exchange(myQueued, {});
     myBeforeFlush.clear();
     myFlushes.Drop();
     const auto pending = std::exchange(myPending, {});
     const auto ending = std::exchange(myEnding, {});
-  }
+  } while (HasWork() || myFlushes.Due() || std::ranges::any_of(myWatched.All(), isKept));
 }
 
 void PollLoop::Stop() {
@@ -79,7 +81,7 @@ void PollLoop::RunSlice() {
   } catch (...) {
     myUnhandled();
   }
-  myHandlerStartKnown = false;
+  myHandlerStart.reset();
   if (HasWork()) {
     ScheduleSlice();
   } else {
@@ -101,9 +103,10 @@ void PollLoop::ScheduleFlush() {
 bool PollLoop::RunPass(Clock::time_point end) {
   if (myIsStopped) return false;
   CollectReady(0us);
-  const bool ranEvents = RunEventPasses(end);
-  const bool ranPolls = DispatchMessages(end);
-  return ranEvents || ranPolls;
+  bool worked = RunEventPasses(myPending, end);
+  // Thousands may end at once, and each has a network to tell: the living come first.
+  worked = RunEventPasses(myEnding, end) || worked;
+  return DispatchMessages(end) || worked;
 }
 
 void PollLoop::CollectReady(std::chrono::microseconds patience) {
@@ -118,12 +121,6 @@ void PollLoop::CollectReady(std::chrono::microseconds patience) {
 // Both walks take what is on the list when they begin, from the front, and leave the rest where a
 // nested step finds it, or the next slice when this one is over.
 
-bool PollLoop::RunEventPasses(Clock::time_point end) {
-  const bool worked = RunEventPasses(myPending, end);
-  // Thousands may end at once, and each has a network to tell: the living come first.
-  return RunEventPasses(myEnding, end) || worked;
-}
-
 bool PollLoop::RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending,
                               Clock::time_point end) {
   bool worked = false;
@@ -135,7 +132,7 @@ bool PollLoop::RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending,
       continue;
     }
     socket->myAwaitsPass = false;
-    myHandlerStartKnown = false;
+    myHandlerStart.reset();
     socket->EventPass();
     worked = true;
     if (myIsStopped || Clock::now() >= end) break;
@@ -149,7 +146,7 @@ bool PollLoop::DispatchMessages(Clock::time_point end) {
     std::shared_ptr<_Pollable> pollable = std::move(myQueued.front());
     myQueued.pop_front();
     if (pollable->IsDue()) {
-      myHandlerStartKnown = false;
+      myHandlerStart.reset();
       pollable->_Poll();
       ++myTraffic.messages;
       worked = true;
@@ -181,7 +178,7 @@ void PollLoop::Finish() {
 }
 
 void PollLoop::SendRest() {
-  const auto connections = Connections();
+  const auto connections = myWatched.Connections();
   const auto end = Clock::now() + kFinishPatience;
   auto stuck = Clock::now() + kStuckPatience;
   std::size_t before = 0;
@@ -197,29 +194,16 @@ void PollLoop::SendRest() {
   }
 }
 
-std::vector<std::shared_ptr<TCPSocket>> PollLoop::Connections() const {
-  std::vector<std::shared_ptr<TCPSocket>> connections;
-  for (const std::shared_ptr<SocketCore>& socket : myWatched.All()) {
-    if (auto connection = std::dynamic_pointer_cast<TCPSocket>(socket)) {
-      connections.push_back(std::move(connection));
-    }
-  }
-  return connections;
-}
-
 void PollLoop::GiveWay() {
   if (++myGiveWayCount % kGiveWayStride != 0 || myIsNested || myIsStopped) return;
   const auto now = Clock::now();
-  if (!myHandlerStartKnown) {
+  if (!myHandlerStart) {
     // The clock is read only for handlers that turn out to be long.
     myHandlerStart = now;
-    myHandlerStartKnown = true;
-    return;
+  } else if (now - *myHandlerStart >= kHandlerPatience) {
+    NestedStep();
+    myHandlerStart = Clock::now();
   }
-  if (now - myHandlerStart < kHandlerPatience) return;
-  NestedStep();
-  myHandlerStart = Clock::now();
-  myHandlerStartKnown = true;
 }
 
 bool PollLoop::NestedStep() {
@@ -244,25 +228,17 @@ void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point de
 }
 
 int PollLoop::Watch(SocketCore& socket) {
-  const std::uint64_t token = myWatched.Add(socket);
-  const int error = myPoller.Add(socket.myHandle, token);
-  if (error == 0) {
-    socket.myToken = token;
-  } else {
-    myWatched.Remove(token);
-  }
+  socket.myToken = myWatched.Add(socket);
+  const int error = myPoller.Add(socket.myHandle, socket.myToken);
+  if (error != 0) myWatched.Remove(std::exchange(socket.myToken, 0));
   return error;
 }
 
 void PollLoop::Unwatch(SocketCore& socket) {
-  const std::uint64_t token = std::exchange(socket.myToken, 0);
-  if (token == 0) return;
+  if (socket.myToken == 0) return;
   myPoller.Remove(socket.myHandle);
-  myWatched.Remove(token);
-}
-
-void PollLoop::KeepAlive(const std::shared_ptr<SocketCore>& socket) {
-  myWatched.Keep(socket->myToken, socket);
+  myWatched.Remove(std::exchange(socket.myToken, 0));
+  socket.myKeep.reset();
 }
 
 void PollLoop::RequestPass(SocketCore& socket) {
@@ -277,29 +253,14 @@ void PollLoop::RequestDispatch(std::shared_ptr<_Pollable> pollable) {
   ScheduleSlice();
 }
 
-void PollLoop::CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function) {
-  myBeforeFlush.emplace_back(owner, std::move(function));
-  ScheduleSlice();
-}
-
 void PollLoop::RequestFlush(const std::shared_ptr<TCPSocket>& socket) {
   myFlushes.Add(socket);
   ScheduleSlice();
 }
 
-void PollLoop::BoundInput() {
-  if (myInputBuffers.InUse() > myLimits.input) FailLargest(&TCPSocket::InputHeld);
-}
-
-void PollLoop::BoundOutput() {
-  if (myOutputBuffers.InUse() > myLimits.output) FailLargest(&TCPSocket::BytesLeftToSend);
-}
-
-void PollLoop::FailLargest(std::size_t (TCPSocket::*held)() const) {
-  const auto connections = Connections();
-  const auto largest = std::ranges::max_element(
-      connections, {}, [held](const auto& connection) { return (*connection.*held)(); });
-  if (largest != connections.end()) (*largest)->FailForMemory();
+void PollLoop::CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function) {
+  myBeforeFlush.emplace_back(owner, std::move(function));
+  ScheduleSlice();
 }
 
 void PollLoop::CallLater(Clock::duration delay, const std::weak_ptr<void>& owner,

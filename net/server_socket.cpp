@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cassert>
 #include <chrono>
-#include <limits>
 #include <utility>
 
 #include "framework/scoped_flag.h"
@@ -39,7 +38,7 @@ ServerSocket::ServerSocket(PollLoop& loop, std::int32_t minimumSocketsAvailable,
 ServerSocket::~ServerSocket() {
   // They stay connected and find no listener when they end.
   for (const std::shared_ptr<TCPSocket>& socket : *myPool.ActiveSockets())
-    myLoop.KeepAlive(socket);
+    socket->KeepAlive();
 }
 
 std::int32_t ServerSocket::Port() const {
@@ -54,25 +53,10 @@ void ServerSocket::SetMaximumSocketsConnected(std::int32_t value) {
 void ServerSocket::Listen() {
   Close();
   SetPending(kFill);
-  const int error = OpenListener();
+  const int queue = std::clamp(myMinimum, kLeastQueue, kMostQueue);
+  const int error = OpenToListen(NetworkInterface, myPort, queue);
   if (error != 0) return Fail(error);
   myIsListening = true;
-}
-
-int ServerSocket::OpenListener() {
-  if (myPort < 0 || myPort > std::numeric_limits<std::uint16_t>::max()) {
-    return os::InvalidArgumentError();
-  }
-  const os::Opened opened = os::OpenSocket();
-  if (opened.error != 0) return opened.error;
-  int error = Attach(opened.handle);
-  if (error == 0) error = os::UseAddressExclusively(Handle());
-  if (error == 0) {
-    const std::string address = NetworkInterface ? NetworkInterface->IPAddress : std::string();
-    error = os::Bind(Handle(), {address, static_cast<std::uint16_t>(myPort)});
-  }
-  if (error == 0) error = os::Listen(Handle(), std::clamp(myMinimum, kLeastQueue, kMostQueue));
-  return error;
 }
 
 void ServerSocket::StopListening() {
@@ -80,20 +64,10 @@ void ServerSocket::StopListening() {
 }
 
 void ServerSocket::Close() {
-  CloseListener();
-  myPool = SocketPool(myMinimum, myMaximum);
-  ClearPending(kFill);
-  myIsListening = false;
-  myIsStarved = false;
-  myIsPaused = false;
-  myIsExhausted = false;
-}
-
-void ServerSocket::CloseListener() {
   const auto active = myPool.ActiveSockets();
   for (const std::shared_ptr<TCPSocket>& socket : *active) {
     socket->myListener.reset();
-    myLoop.KeepAlive(socket);
+    socket->KeepAlive();
     LetGo(socket);
   }
   const SocketPool::Sockets idle = myPool.TakeIdle();
@@ -102,42 +76,46 @@ void ServerSocket::CloseListener() {
   for (const os::Accepted& arrived : std::exchange(myArrived, {}))
     os::CloseSocket(arrived.handle);
   CloseDescriptor();
+  myPool = SocketPool(myMinimum, myMaximum);
+  ClearPending(kFill);
+  myIsListening = false;
+  myIsStarved = false;
+  myIsPaused = false;
+  myIsExhausted = false;
 }
 
 void ServerSocket::Fail(int error) {
   myLastErrorCode = error;
   myIsListening = false;
-  StopWatching();
+  myLoop.Unwatch(*this);
   Event_Error(error);
 }
 
 void ServerSocket::FillStep() {
   if (myLoop.IsFilling()) return;
   const ScopedFlag filling(myLoop.IsFilling());
-  std::int64_t added = 0;
   if (!myPool.isFilled) {
-    added = AddSockets(myPool.Minimum() + kBatch);
+    AddSockets(myPool.Minimum() + kBatch);
     myPool.isFilled = true;
   } else {
-    do {
-      added = myPool.IsBelowMinimum() ? AddSockets(kBatch) : 0;
-    } while (added > 0 && myPool.IsBelowMinimum());
+    // A batch that added nothing ends the fill; the next accepted connection tries again.
+    while (myPool.IsBelowMinimum() && AddSockets(kBatch)) {
+    }
   }
-  // A batch that added nothing ends the fill; the next accepted connection tries again.
   myIsStarved = myPool.IsBelowMinimum();
   ClearPending(kFill);
 }
 
-std::int64_t ServerSocket::AddSockets(std::int64_t count) {
-  std::int64_t added = 0;
+bool ServerSocket::AddSockets(std::int64_t count) {
+  bool hasAdded = false;
   for (std::int64_t i = 0; i < count; ++i) {
     std::shared_ptr<TCPSocket> socket = Event_AddSocket();
     if (socket == nullptr) continue;
     assert(socket->Handle() == os::kNoSocket);
     myPool.AddIdle(std::move(socket));
-    ++added;
+    hasAdded = true;
   }
-  return added;
+  return hasAdded;
 }
 
 void ServerSocket::Advance() {
@@ -165,7 +143,7 @@ bool ServerSocket::MayAccept() const {
 }
 
 void ServerSocket::AcceptOne() {
-  if (!HasSpareDescriptors(myLastAccepted)) return PauseAccepting(os::OutOfDescriptorsError());
+  if (!HasSpareDescriptors(myLastAccepted)) return PauseAccepting(os::kOutOfDescriptors);
   const os::Accepted accepted = os::Accept(Handle());
   if (accepted.error == 0) {
     myIsExhausted = false;

@@ -71,8 +71,6 @@ class ServerSocket : public SocketCore {
  private:
   friend class TCPSocket;
 
-  int OpenListener();
-  void CloseListener();
   void Fail(int error);
   bool MayAccept() const;
   void Accept();
@@ -81,8 +79,8 @@ class ServerSocket : public SocketCore {
   void PauseAccepting(int error);
   void GiveBack(const std::shared_ptr<TCPSocket>& socket);
   void LetGo(const std::shared_ptr<TCPSocket>& socket);
-  // Adds so many objects; how many AddSocket gave.
-  std::int64_t AddSockets(std::int64_t count);
+  // Asks for so many objects; whether AddSocket gave any.
+  bool AddSockets(std::int64_t count);
 
   std::int32_t myPort = 0;
   std::int32_t myMinimum;

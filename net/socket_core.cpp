@@ -1,5 +1,8 @@
 #include "net/socket_core.h"
 
+#include <limits>
+#include <string>
+
 #include "net/poll_loop.h"
 
 namespace corvane {
@@ -43,15 +46,31 @@ int SocketCore::Attach(os::SocketHandle handle) {
   return myLoop.Watch(*this);
 }
 
+int SocketCore::Open(std::int32_t port) {
+  if (port < 0 || port > std::numeric_limits<std::uint16_t>::max()) return os::kInvalidArgument;
+  const os::Opened opened = os::OpenSocket();
+  return opened.error != 0 ? opened.error : Attach(opened.handle);
+}
+
+int SocketCore::OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port,
+                             int queue) {
+  const std::string address = local ? local->IPAddress : std::string();
+  int error = Open(port);
+  if (error == 0) error = os::UseAddressExclusively(myHandle);
+  if (error == 0) error = os::Bind(myHandle, {address, static_cast<std::uint16_t>(port)});
+  if (error == 0) error = os::Listen(myHandle, queue);
+  return error;
+}
+
 void SocketCore::CloseDescriptor() {
   if (myHandle == os::kNoSocket) return;
-  StopWatching();
+  myLoop.Unwatch(*this);
   os::CloseSocket(myHandle);
   myHandle = os::kNoSocket;
 }
 
-void SocketCore::StopWatching() {
-  myLoop.Unwatch(*this);
+void SocketCore::KeepAlive() {
+  if (myToken != 0) myKeep = shared_from_this();
 }
 
 void SocketCore::NoteReady(const Poller::Ready& ready) {

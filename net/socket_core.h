@@ -2,7 +2,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 
+#include "framework/network_interfaces.h"
 #include "framework/scoped_flag.h"
 #include "net/os_socket.h"
 #include "net/poller.h"
@@ -64,13 +66,16 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   void ClearPending(unsigned events) { myPending &= ~events; }
   bool IsPending(Event event) const { return (myPending & event) != 0; }
 
-  // Makes the descriptor the socket's own, watched by the loop. Returns an error code, 0 for
-  // success.
+  // These return an error code, 0 for success. Makes the descriptor the socket's own, watched by
+  // the loop; opens a new one, for a port that has to be one; opens one that listens there, on all
+  // addresses where no interface is given.
   int Attach(os::SocketHandle handle);
+  int Open(std::int32_t port);
+  int OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port, int queue);
   // Closes the descriptor, if there is one.
   void CloseDescriptor();
-  // Stops watching without closing.
-  void StopWatching();
+  // Keeps the socket alive while it is watched.
+  void KeepAlive();
 
   bool IsBusy() const { return myIsBusy; }
 
@@ -88,6 +93,7 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
 
   os::SocketHandle myHandle = os::kNoSocket;
   std::uint64_t myToken = 0;  // 0: not watched
+  std::shared_ptr<SocketCore> myKeep;
   unsigned myPending = 0;
   bool myIsBusy = false;
   bool myIsInPass = false;

@@ -22,7 +22,6 @@ class SocketPool {
   SocketPool(std::int32_t minimum, std::int32_t budget) : myMinimum(minimum), myBudget(budget) {}
 
   void AddIdle(std::shared_ptr<TCPSocket> socket) { myIdle.push_back(std::move(socket)); }
-  std::size_t IdleCount() const { return myIdle.size(); }
   Sockets TakeIdle() { return std::exchange(myIdle, {}); }
 
   bool CanHandOff() const { return myBudget > 0 && !myIdle.empty(); }

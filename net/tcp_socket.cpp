@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
-#include <limits>
 #include <memory>
 #include <span>
 #include <utility>
@@ -18,10 +17,6 @@ namespace {
 constexpr std::size_t kFlushAt = 64 * 1024;
 constexpr int kMostLastReads = 16;
 
-bool IsPort(std::int32_t port) {
-  return port >= 0 && port <= std::numeric_limits<std::uint16_t>::max();
-}
-
 std::size_t TotalSize(std::span<const std::string_view> pieces) {
   std::size_t size = 0;
   for (const std::string_view piece : pieces)
@@ -32,40 +27,35 @@ std::size_t TotalSize(std::span<const std::string_view> pieces) {
 }  // namespace
 
 TCPSocket::TCPSocket(PollLoop& loop)
-    : SocketCore(loop), myInput(loop.InputBuffers()), myOutput(loop.OutputBuffers()) {}
+    : SocketCore(loop), myInput(loop.Memory().input), myOutput(loop.Memory().output) {}
 
 TCPSocket::~TCPSocket() {
   EndConnection();
 }
 
 void TCPSocket::Connect() {
-  Open(State::Connecting);
+  Begin(State::Connecting);
 }
 
 void TCPSocket::Listen() {
-  Open(State::Listening);
+  Begin(State::Listening);
 }
 
-void TCPSocket::Open(State state) {
+void TCPSocket::Begin(State state) {
   Close();
   ForgetLastConnection();
-  if (!IsPort(Port)) return Fail(os::InvalidArgumentError());
-  const os::Opened opened = os::OpenSocket();
-  if (opened.error != 0) return Fail(opened.error);
-  int error = Attach(opened.handle);
-  const auto port = static_cast<std::uint16_t>(Port);
-  const std::string local = LocalInterface ? LocalInterface->IPAddress : std::string();
-  if (error == 0 && state == State::Listening) {
-    error = os::UseAddressExclusively(Handle());
-    if (error == 0) error = os::Bind(Handle(), {local, port});
-    if (error == 0) error = os::Listen(Handle(), 1);
-  } else if (error == 0) {
-    myPeer = {Address, port};
-    if (LocalInterface) error = os::Bind(Handle(), {local, 0});
-    if (error == 0) error = os::Connect(Handle(), myPeer);
-  }
+  const int error =
+      state == State::Listening ? OpenToListen(LocalInterface, Port, 1) : OpenToConnect();
   myState = state;
   if (error != 0) Fail(error);
+}
+
+int TCPSocket::OpenToConnect() {
+  int error = Open(Port);
+  if (error != 0) return error;
+  myPeer = {Address, static_cast<std::uint16_t>(Port)};
+  if (LocalInterface) error = os::Bind(Handle(), {LocalInterface->IPAddress, 0});
+  return error != 0 ? error : os::Connect(Handle(), myPeer);
 }
 
 bool TCPSocket::TakeOver(const os::Accepted& accepted) {
@@ -75,13 +65,9 @@ bool TCPSocket::TakeOver(const os::Accepted& accepted) {
   }
   myPeer = accepted.peer;
   ForgetLastConnection();
-  BecomeConnected();
-  return true;
-}
-
-void TCPSocket::BecomeConnected() {
   myState = State::Connected;
   SetPending(kConnected);
+  return true;
 }
 
 void TCPSocket::AcceptPeer() {
@@ -93,13 +79,14 @@ void TCPSocket::AcceptPeer() {
   }
   if (accepted.error != 0) return Fail(accepted.error);
   CloseDescriptor();
-  if (!TakeOver(accepted)) Fail(os::NoBufferError());
+  if (!TakeOver(accepted)) Fail(os::kNoBuffers);
 }
 
 void TCPSocket::FinishConnecting() {
   const int error = os::PendingError(Handle());
   if (error != 0) return Fail(error);
-  BecomeConnected();
+  myState = State::Connected;
+  SetPending(kConnected);
 }
 
 void TCPSocket::Advance() {
@@ -107,7 +94,7 @@ void TCPSocket::Advance() {
   if (myState == State::Listening && myIsReadable) AcceptPeer();
   if (myAwaitsWritable && myIsWritable && MaySend()) {
     myAwaitsWritable = false;
-    FlushOutput();
+    Flush();
   }
   if (myState == State::Connected && myIsReadable && !HoldsInput()) Receive();
 }
@@ -123,9 +110,7 @@ void TCPSocket::Receive() {
     return;
   }
   if (received.error != 0) return Fail(received.error);
-  if (received.bytes == 0) {
-    return EndByPeer();
-  }
+  if (received.bytes == 0) return EndByPeer();
   if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();
   myLoop.Counted().received += received.bytes;
   // A short read has drained the socket, but for the end of the connection that may follow.
@@ -138,7 +123,7 @@ void TCPSocket::EndByPeer() {
   // It may still read.
   CompleteOutput();
   if (myState != State::Connected) return;
-  myLastErrorCode = os::ConnectionResetError();
+  myLastErrorCode = os::kConnectionReset;
   myState = State::Ended;
   SetPending(kError);
 }
@@ -172,12 +157,12 @@ void TCPSocket::Fail(int error) {
 void TCPSocket::FailForMemory() {
   DropInput();
   if (myState == State::Draining) return EndConnection();
-  Fail(os::NoBufferError());
+  Fail(os::kNoBuffers);
 }
 
 void TCPSocket::RaiseDataAvailable() {
   Event_DataAvailable();
-  myLoop.BoundInput();
+  myLoop.Memory().BoundInput();
 }
 
 void TCPSocket::RaiseError() {
@@ -196,7 +181,7 @@ void TCPSocket::Close() {
   if (wasOpen && !myOutput.IsEmpty() && keep != nullptr) {
     Drain();
   } else if (wasOpen) {
-    FinishSending();
+    Finish();
   } else {
     EndConnection();
   }
@@ -209,7 +194,7 @@ void TCPSocket::Drain() {
   myState = State::Draining;
   DropInput();
   ClearPending(kConnected | kDataAvailable | kSendComplete | kSendProgress | kError);
-  myLoop.KeepAlive(shared_from_this());
+  KeepAlive();
   CheckDrain(0);
 }
 
@@ -217,10 +202,11 @@ void TCPSocket::CheckDrain(std::size_t leftBefore) {
   if (myState != State::Draining) return;
   const std::size_t left = myOutput.Size();
   if (left == leftBefore) return EndConnection();
-  myLoop.CallLater(myLoop.Limits().drain, shared_from_this(), [this, left] { CheckDrain(left); });
+  myLoop.CallLater(myLoop.Memory().bounds.drain, shared_from_this(),
+                   [this, left] { CheckDrain(left); });
 }
 
-void TCPSocket::FinishSending() {
+void TCPSocket::Finish() {
   os::EndSending(Handle());
   // Closing with bytes unread would reset the connection and may lose what was just sent.
   for (int i = 0; i < kMostLastReads; ++i) {
@@ -270,31 +256,23 @@ bool TCPSocket::IsEOF() const {
   return !IsConnected() && myInput.IsEmpty();
 }
 
-void TCPSocket::Write(std::string_view bytes) {
-  WriteBytes(bytes);
-}
-
 bool TCPSocket::IsFull() const {
-  return myOutput.Size() >= myLoop.Limits().connectionOutput;
-}
-
-bool TCPSocket::IsWithinBound() {
-  if (myOutput.SizeOfSmall() < myLoop.Limits().connectionOutput) return true;
-  FailForMemory();
-  return false;
+  return myOutput.Size() >= myLoop.Memory().bounds.connectionOutput;
 }
 
 bool TCPSocket::MayWrite(std::size_t bytes) {
   if (myState == State::Connected) CompleteOutput();
-  return myState == State::Connected && mySendError == 0 && bytes > 0 &&
-         (IsBusy() || IsWithinBound());
+  if (myState != State::Connected || mySendError != 0 || bytes == 0) return false;
+  if (IsBusy() || myOutput.SizeOfSmall() < myLoop.Memory().bounds.connectionOutput) return true;
+  FailForMemory();
+  return false;
 }
 
-void TCPSocket::WriteBytes(std::string_view bytes) {
+void TCPSocket::Write(std::string_view bytes) {
   if (MayWrite(bytes.size())) NoteWritten(myOutput.Append(bytes));
 }
 
-void TCPSocket::WriteSlice(const Slice& slice) {
+void TCPSocket::Write(const Slice& slice) {
   if (MayWrite(slice.Size())) NoteWritten(myOutput.Append(slice));
 }
 
@@ -304,15 +282,15 @@ void TCPSocket::NoteWritten(bool hadRoom) {
     myAwaitsFlush = true;
     myLoop.RequestFlush(std::static_pointer_cast<TCPSocket>(shared_from_this()));
   }
-  if (myOutput.Size() >= kFlushAt) FlushOutput();
-  myLoop.BoundOutput();
+  if (myOutput.Size() >= kFlushAt) Flush();
+  myLoop.Memory().BoundOutput();
 }
 
 bool TCPSocket::MaySend() const {
   return myState == State::Connected || myState == State::Ended || myState == State::Draining;
 }
 
-void TCPSocket::FlushOutput() {
+void TCPSocket::Flush() {
   myAwaitsFlush = false;
   std::array<std::string_view, os::kMostPieces> room;
   while (MaySend() && !myAwaitsWritable && !myOutput.IsEmpty()) {
@@ -325,7 +303,7 @@ void TCPSocket::FlushOutput() {
     myLoop.Counted().sent += sent.bytes;
     NoteSent(sent.bytes);
   }
-  if (myState == State::Draining && myOutput.IsEmpty()) FinishSending();
+  if (myState == State::Draining && myOutput.IsEmpty()) Finish();
 }
 
 void TCPSocket::FailToSend(int error) {
@@ -346,7 +324,7 @@ void TCPSocket::NoteSent(std::size_t count) {
 
 void TCPSocket::FlushFinally() {
   myAwaitsWritable = false;
-  FlushOutput();
+  Flush();
 }
 
 void TCPSocket::RaiseSendProgress() {

@@ -69,8 +69,13 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   std::size_t BytesAvailable() const { return myInput.Size(); }
 
   // Does nothing unless connected. The bytes leave when the loop flushes.
+  //
+  // A connection that is over its bound before the write fails, with two exceptions: large messages
+  // do not count, whose memory all receivers share, or a few of them would cut off peers who keep
+  // up; and all that a handler of its own writes counts as one. A slice is not copied.
   void Write(std::string_view bytes) override;
-  void Flush() override { FlushOutput(); }
+  void Write(const Slice& slice);
+  void Flush() final;
   bool WriteError() const override { return LastErrorCode() != 0; }
   std::size_t BytesLeftToSend() const { return myOutput.Size(); }
   // Ends the connection, with Error in the next pass, for want of memory or over its bound.
@@ -96,11 +101,6 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void ResumeInput();
 
   ByteQueue& Input() { return myInput; }
-  // A connection that is over its bound before the write fails, with two exceptions: large messages
-  // do not count, whose memory all receivers share, or a few of them would cut off peers who keep
-  // up; and all that a handler of its own writes counts as one. A slice is not copied.
-  void WriteBytes(std::string_view bytes);
-  void WriteSlice(const Slice& slice);
   // The peer has sent its last: Error comes in the next pass, and what is written is sent on.
   void EndByPeer();
   bool HasHungUp() const { return myIsHungUp; }
@@ -117,7 +117,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void RaiseSendComplete() override { Event_SendComplete(); }
   void RaiseSendProgress() override;
   void RaiseError() override;
-  void Finish() override { FinishSending(); }
+  // Ends the sending side and closes.
+  void Finish() final;
 
  private:
   friend class PollLoop;
@@ -128,19 +129,16 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // Takes over an accepted connection and makes Connected pending. False when the loop cannot
   // watch the descriptor, which is closed then.
   bool TakeOver(const os::Accepted& accepted);
-  void BecomeConnected();
-  void Open(State state);
+  void Begin(State state);
+  int OpenToConnect();
   void AcceptPeer();
   void FinishConnecting();
   void Receive();
   bool MaySend() const;
-  // Fails when it is over its bound; whether it may go on.
-  bool IsWithinBound();
-  // Whether so many bytes may be added to the output now.
+  // Whether so many bytes may be added to the output now. Fails where it is over its bound.
   bool MayWrite(std::size_t bytes);
   // Sees to what was added, which may not all have found room.
   void NoteWritten(bool hadRoom);
-  void FlushOutput();
   void FailToSend(int error);
   void NoteSent(std::size_t count);
   // The same where no other chance may come, also if the system took no more lately.
@@ -148,7 +146,6 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void Fail(int error);
   void Drain();
   void CheckDrain(std::size_t leftBefore);
-  void FinishSending();
   void EndConnection();
   void ForgetLastConnection();
 

@@ -1,9 +1,8 @@
 #include "net/watch_list.h"
 
-#include <algorithm>
 #include <utility>
 
-#include "net/socket_core.h"
+#include "net/tcp_socket.h"
 
 namespace corvane {
 namespace {
@@ -29,11 +28,8 @@ std::uint64_t WatchList::Add(SocketCore& socket) {
 
 void WatchList::Remove(std::uint64_t token) {
   if (!Holds(token)) return;
-  Slot& slot = mySlots[IndexOf(token)];
-  slot.socket = nullptr;
+  mySlots[IndexOf(token)].socket = nullptr;
   myFree.push_back(IndexOf(token));
-  // Last, since it may be the last reference to a socket whose end changes the list.
-  const std::shared_ptr<SocketCore> kept = std::exchange(slot.keep, nullptr);
 }
 
 SocketCore* WatchList::Find(std::uint64_t token) const {
@@ -46,29 +42,22 @@ bool WatchList::Holds(std::uint64_t token) const {
          mySlots[index].generation == static_cast<std::uint32_t>(token >> 32);
 }
 
-void WatchList::Keep(std::uint64_t token, std::shared_ptr<SocketCore> socket) {
-  if (Holds(token)) mySlots[IndexOf(token)].keep = std::move(socket);
-}
-
-bool WatchList::HasKept() const {
-  return std::any_of(mySlots.begin(), mySlots.end(),
-                     [](const Slot& slot) { return slot.keep != nullptr; });
-}
-
-std::vector<std::shared_ptr<SocketCore>> WatchList::TakeKept() {
-  std::vector<std::shared_ptr<SocketCore>> kept;
-  for (Slot& slot : mySlots) {
-    if (slot.keep != nullptr) kept.push_back(std::exchange(slot.keep, nullptr));
-  }
-  return kept;
-}
-
 std::vector<std::shared_ptr<SocketCore>> WatchList::All() const {
   std::vector<std::shared_ptr<SocketCore>> sockets;
   for (const Slot& slot : mySlots) {
     if (slot.socket != nullptr) sockets.push_back(slot.socket->shared_from_this());
   }
   return sockets;
+}
+
+std::vector<std::shared_ptr<TCPSocket>> WatchList::Connections() const {
+  std::vector<std::shared_ptr<TCPSocket>> connections;
+  for (const std::shared_ptr<SocketCore>& socket : All()) {
+    if (auto connection = std::dynamic_pointer_cast<TCPSocket>(socket)) {
+      connections.push_back(std::move(connection));
+    }
+  }
+  return connections;
 }
 
 }  // namespace corvane

@@ -7,6 +7,7 @@
 namespace corvane {
 
 class SocketCore;
+class TCPSocket;
 
 // The sockets whose descriptors are watched, by token. The number of a closed descriptor comes
 // back with the next one; a token does not, so readiness that was noted for a socket that is gone
@@ -19,19 +20,14 @@ class WatchList {
   // None for a token that is no more.
   SocketCore* Find(std::uint64_t token) const;
 
-  // Keeps a watched socket alive until it is removed.
-  void Keep(std::uint64_t token, std::shared_ptr<SocketCore> socket);
-  bool HasKept() const;
-  // What was kept, to be let go by the caller.
-  std::vector<std::shared_ptr<SocketCore>> TakeKept();
-
   std::vector<std::shared_ptr<SocketCore>> All() const;
+  // Those that are no listeners.
+  std::vector<std::shared_ptr<TCPSocket>> Connections() const;
 
  private:
   struct Slot {
     SocketCore* socket = nullptr;
     std::uint32_t generation = 0;
-    std::shared_ptr<SocketCore> keep;
   };
 
   bool Holds(std::uint64_t token) const;

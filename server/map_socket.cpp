@@ -39,7 +39,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
       myLocations(locations),
       myBans(serverdb, myRules.statementValues),
       myAdmins(serverdb, myRules.statementValues),
-      myRoster(loop.OutputBuffers()) {
+      myRoster(loop.Memory().output) {
   myAddresses.Refused = [this](const std::string& address, std::uint64_t count) {
     CallStatusMessage(address + ": Connections Refused (" + std::to_string(count) + ")");
   };
@@ -97,9 +97,8 @@ void MapSocket::CallUserLoggedOut(ClientSocket& client) {
 
 void MapSocket::BroadcastPosition(ClientSocket& sender) {
   if (sender.myNetwork == nullptr) return;
-  const std::string packet =
-      EasyTCPSocket::CreatePacket(wire::kMember, wire::PositionRecord(sender));
-  if (!myLoop.HasRoomForOutput(packet.size())) return sender.FailForMemory();
+  const std::string packet = CreatePacket(wire::kMember, wire::PositionRecord(sender));
+  if (!myLoop.Memory().HasRoomForOutput(packet.size())) return sender.FailForMemory();
   if (!myRoster.HasGathered()) {
     myLoop.CallBeforeFlush(weak_from_this(), [this] { myRoster.Deliver(); });
   }
@@ -107,7 +106,7 @@ void MapSocket::BroadcastPosition(ClientSocket& sender) {
 }
 
 Slice MapSocket::MakePacket(std::int32_t command, std::string_view data) const {
-  return CopyToBlock(myLoop.OutputBuffers(), EasyTCPSocket::CreatePacket(command, data));
+  return CopyToBlock(myLoop.Memory().output, CreatePacket(command, data));
 }
 
 void MapSocket::BroadcastMessage(const std::string& text, const std::string& networkName) {

@@ -102,13 +102,13 @@ TEST_F(EasyTCPSocketTest, LengthThatNoMessageHasClosesWithoutAnError) {
 
 TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   client->SendBytes("\x7F\xFF\xFF\xFF\0\0\0\1"s + std::string(100'000, 'x'));
-  EXPECT_TRUE(PumpUntil([this] { return loop.InputBuffers().InUse() >= 100'000; }));
+  EXPECT_TRUE(PumpUntil([this] { return loop.Memory().input.InUse() >= 100'000; }));
   PumpFor(10ms);
-  EXPECT_LT(loop.InputBuffers().InUse(), 1'000'000U);
+  EXPECT_LT(loop.Memory().input.InUse(), 1'000'000U);
   client->Abort();
   EXPECT_TRUE(Logs(1));
   EXPECT_THAT(server->log, ElementsAre(Name() + " error " + std::to_string(kConnectionReset)));
-  EXPECT_EQ(loop.InputBuffers().InUse(), 0U);
+  EXPECT_EQ(loop.Memory().input.InUse(), 0U);
 }
 
 // Far more than the system takes at once is on its way when the connection ends, by our side or by
@@ -131,7 +131,7 @@ TEST_F(EasyTCPSocketTest, WhatIsWrittenArrivesThoughTheConnectionHasEnded) {
   other->EndSending();
   EXPECT_TRUE(other->Receive() == (WireMessage{2, large}));
   EXPECT_TRUE(other->WasClosedByServer());
-  EXPECT_EQ(loop.OutputBuffers().InUse(), 0U);
+  EXPECT_EQ(loop.Memory().output.InUse(), 0U);
 }
 
 TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForThoseWhoRead) {

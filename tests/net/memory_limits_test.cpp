@@ -26,7 +26,7 @@ TEST_F(InputLimitTest, WhoeverHoldsMostFailsAndNobodyElse) {
   const std::string beginning = "\x7F\xFF\xFF\xFF\0\0\0\1"s;
   second->SendBytes(beginning + std::string(250'000, 'x'));
   third->SendBytes(beginning + std::string(30'000, 'x'));
-  ASSERT_TRUE(PumpUntil([this] { return loop.InputBuffers().InUse() >= 280'000; }));
+  ASSERT_TRUE(PumpUntil([this] { return loop.Memory().input.InUse() >= 280'000; }));
   std::string whole;
   for (int i = 0; i < 20; ++i) {
     third->SendBytes(std::string(2'000, 'x'));
@@ -67,10 +67,10 @@ TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
   EXPECT_FALSE(socket->IsConnected());
   Fill(*other, kBound);
   EXPECT_TRUE(other->IsConnected());
-  other->SendPackets(CopyToBlock(loop.OutputBuffers(), WireBytes(1, "one more")));
+  other->SendPackets(CopyToBlock(loop.Memory().output, WireBytes(1, "one more")));
   EXPECT_FALSE(other->IsConnected());
   EXPECT_THAT(server->log, ElementsAre()) << "raised inside a send";
-  EXPECT_EQ(loop.OutputBuffers().InUse(), 0U);
+  EXPECT_EQ(loop.Memory().output.InUse(), 0U);
   const std::string error = " error " + std::to_string(kNoBuffers);
   EXPECT_TRUE(Logs(2));
   EXPECT_THAT(server->log, ElementsAre(Name() + error, std::to_string(other->Number()) + error));
@@ -81,14 +81,14 @@ TEST_F(OutputLimitTest, ClosedConnectionWhosePeerNeverReadsIsLetGo) {
   const os::SocketHandle silent = ConnectSilent();
   Fill(*server->Active(1), kBound);
   server->Active(1)->Close();
-  EXPECT_GT(loop.OutputBuffers().InUse(), 0U);
-  EXPECT_TRUE(PumpUntil([this] { return loop.OutputBuffers().InUse() == 0; }));
+  EXPECT_GT(loop.Memory().output.InUse(), 0U);
+  EXPECT_TRUE(PumpUntil([this] { return loop.Memory().output.InUse() == 0; }));
   os::CloseSocket(silent);
 }
 
 TEST_F(OutputLimitTest, LargeMessagesDoNotCutOffAPeerThatReads) {
   const std::string large(OutputQueue::kLarge, 'x');
-  const Slice packet = CopyToBlock(loop.OutputBuffers(), WireBytes(1, large));
+  const Slice packet = CopyToBlock(loop.Memory().output, WireBytes(1, large));
   const int count = 8;
   for (int i = 0; i < count; ++i)
     socket->SendPackets(packet);
@@ -105,7 +105,7 @@ TEST_F(OutputLimitTest, AnswersOfOneHandlerCountAsOneAndTheNextQuestionWaits) {
   asked->whenReceived = [&](std::int32_t, std::string_view) {
     Fill(*asked, kBound);
     asked->SendMessage(2, "");
-    asked->SendPackets(CopyToBlock(loop.OutputBuffers(), WireBytes(2, "")));
+    asked->SendPackets(CopyToBlock(loop.Memory().output, WireBytes(2, "")));
     EXPECT_TRUE(asked->IsConnected());
   };
   server->log.clear();

@@ -85,7 +85,7 @@ class RecordingServer : public ServerSocket {
 // A loop and a server that listens, closed in the right order.
 class NetTest : public testing::Test {
  protected:
-  explicit NetTest(PollLoop::MemoryLimits limits = {}, const FlushQueue::Rule& flushRule = {})
+  explicit NetTest(ConnectionMemory::Limits limits = {}, const FlushQueue::Rule& flushRule = {})
       : loop([] { std::rethrow_exception(std::current_exception()); }, limits, flushRule) {}
 
   // Sends nothing more until the server has connected the client.
@@ -111,7 +111,7 @@ class NetTest : public testing::Test {
 // A client whose connection was accepted and is the first.
 class ConnectionTest : public NetTest {
  protected:
-  explicit ConnectionTest(PollLoop::MemoryLimits limits = {}) : NetTest(limits) {
+  explicit ConnectionTest(ConnectionMemory::Limits limits = {}) : NetTest(limits) {
     server->Listen();
     client = Connect();
     socket = server->Active(0);

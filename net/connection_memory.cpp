@@ -1,0 +1,25 @@
+#include "net/connection_memory.h"
+
+#include <algorithm>
+
+#include "net/tcp_socket.h"
+#include "net/watch_list.h"
+
+namespace corvane {
+
+void ConnectionMemory::BoundInput() {
+  if (input.InUse() > bounds.input) FailLargest(&TCPSocket::InputHeld);
+}
+
+void ConnectionMemory::BoundOutput() {
+  if (output.InUse() > bounds.output) FailLargest(&TCPSocket::BytesLeftToSend);
+}
+
+void ConnectionMemory::FailLargest(std::size_t (TCPSocket::*held)() const) {
+  const auto connections = myWatched.Connections();
+  const auto largest = std::ranges::max_element(
+      connections, {}, [held](const auto& connection) { return (*connection.*held)(); });
+  if (largest != connections.end()) (*largest)->FailForMemory();
+}
+
+}  // namespace corvane
