@@ -72,6 +72,7 @@ int main(int argc, char** argv) {
   ServerLog log(folder);
   App app(folder, Logging(log, MessageBoxesOfThePlatform()));
   app.serverdb().Complained = [&log](const std::string& text) { log.Write(text); };
+  app.Locations().Told = [&log](const std::string& text) { log.Write(text); };
   application.LastResort = [&app] { app.LastResort(); };
   application.Quit = [&app] { app.Quit(); };
   std::optional<Commands> commands;

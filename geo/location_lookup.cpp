@@ -8,6 +8,7 @@
 #include <QUrl>
 
 #include "framework/plain_file.h"
+#include "framework/standard_error.h"
 #include "geo/location_page.h"
 
 namespace corvane {
@@ -48,7 +49,8 @@ QImage Picture(QByteArray& bytes) {
 }  // namespace
 
 LocationLookup::LocationLookup(const std::string& userAgent, const QString& temporaryFolder)
-    : myFlagFile(temporaryFolder + "/cv_flag.gif"),
+    : myTemporaryFolder(temporaryFolder),
+      myFlagFile(temporaryFolder + "/cv_flag.gif"),
       myPages(userAgent, kPageManagers),
       myFlags(userAgent) {}
 
@@ -60,11 +62,19 @@ void LocationLookup::SetServices(const std::string& locatorAddress,
   myFlagAddress = flagAddress;
 }
 
+void LocationLookup::SetDatabase(const QString& file) {
+  myDatabase.reset();
+  if (file.isEmpty()) return;
+  myDatabase =
+      std::make_unique<LocationDatabase>(file, myTemporaryFolder, [this](const std::string& text) {
+        WriteErrorLine(text);
+        if (Told) Told(text);
+      });
+}
+
 std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address,
                                                    const ClientLocation& known, Found found) {
-  const auto finish = [this, address, known, found = std::move(found)](const HttpReply& page) {
-    ClientLocation location = known;
-    ReadLocationPage({page.body.constData(), static_cast<std::size_t>(page.body.size())}, location);
+  const auto finish = [this, address, found = std::move(found)](ClientLocation location) {
     if (!myFlagAddress.empty()) {
       StartFlagDownload(address);
       // The file as it is now, without waiting for the download: deliberate.
@@ -73,13 +83,20 @@ std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address,
     found(location);
   };
   if (myLocatorAddress.empty()) {
-    finish({});
+    ClientLocation location = known;
+    if (myDatabase) myDatabase->Find(address, location);
+    finish(std::move(location));
     return nullptr;
   }
   return myPages.Get(
       RequestAbout(address, myLocatorAddress,
                    "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=", kPageTimeout),
-      finish);
+      [known, finish](const HttpReply& page) {
+        ClientLocation location = known;
+        ReadLocationPage({page.body.constData(), static_cast<std::size_t>(page.body.size())},
+                         location);
+        finish(std::move(location));
+      });
 }
 
 void LocationLookup::StartFlagDownload(const std::string& address) {

@@ -12,13 +12,15 @@
 
 #include "framework/http_client.h"
 #include "geo/client_location.h"
+#include "geo/location_database.h"
 
 namespace corvane {
 
-// Looks up the location of client addresses: asks a locator service for a page of texts, and a flag
-// service for a picture, which goes into the file "cv_flag.gif". That file is the same for all
-// clients, and a lookup does not wait for its own picture: it takes the one that is there, as a
-// rule that of an earlier client. Nothing that goes wrong is told.
+// Looks up the location of client addresses: asks a locator service for a page of texts, or looks
+// into a file; and asks a flag service for a picture, which goes into the file "cv_flag.gif". That
+// file is the same for all clients, and a lookup does not wait for its own picture: it takes the
+// one that is there, as a rule that of an earlier client. What goes wrong with a service is not
+// told.
 class LocationLookup {
  public:
   using Found = std::function<void(const ClientLocation&)>;
@@ -30,6 +32,12 @@ class LocationLookup {
   // Where the services are, as "http://host" or "https://host/folder". One that is empty, as both
   // are at first, is not asked.
   void SetServices(const std::string& locatorAddress, const std::string& flagAddress);
+
+  // The mmdb file that is looked into where there is no locator service; reads it. No file: none.
+  void SetDatabase(const QString& file);
+
+  // Event: what the operator has to know of the database. It goes to standard error in any case.
+  std::function<void(const std::string&)> Told;
 
   // Calls `found` once, with what was `known` about the dotted IPv4 address and is not found anew:
   // at once where there is no locator service, else within two seconds from the event loop.
@@ -43,9 +51,11 @@ class LocationLookup {
   // None where the file holds no picture.
   QImage FlagInFile();
 
+  const QString myTemporaryFolder;
   const QString myFlagFile;
   HttpClient myPages;
   HttpClient myFlags;
+  std::unique_ptr<LocationDatabase> myDatabase;
   std::string myLocatorAddress;
   std::string myFlagAddress;
   std::map<std::uint64_t, std::unique_ptr<HttpTransfer>> myDownloads;

@@ -13,7 +13,8 @@ fail() {
 
 # ---- packages
 
-build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libxml2-dev libpng-dev)
+build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libxml2-dev libpng-dev
+  libmaxminddb-dev)
 data_packages=(sqlite3 python3)
 test_packages=(libgtest-dev libgmock-dev)
 bench_packages=(libbenchmark-dev)

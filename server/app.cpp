@@ -44,10 +44,17 @@ bool App::Open() {
   mySettings.Load();
   myRules = Rules::FromSettings(mySettings);
   myNetworkRecords.emplace(myDatabase, myRules->statementValues);
-  myLocations.SetServices(mySettings.GetValue("LocatorAddress", ""),
-                          mySettings.GetValue("FlagAddress", ""));
+  OpenLocations();
   myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
   return OpenDatabase();
+}
+
+void App::OpenLocations() {
+  const std::string locator = mySettings.GetValue("LocatorAddress", "");
+  myLocations.SetServices(locator, mySettings.GetValue("FlagAddress", ""));
+  const std::string database = mySettings.GetValue("LocationDatabase", "");
+  if (database.empty() || !locator.empty() || !myDataFolder) return;
+  myLocations.SetDatabase(QDir(*myDataFolder).absoluteFilePath(DisplayText(database)));
 }
 
 void App::Tell(const std::string& text) {

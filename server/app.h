@@ -66,6 +66,7 @@ class App {
 
  private:
   bool OpenDatabase();
+  void OpenLocations();
   void Tell(const std::string& text);
 
   std::optional<QString> myDataFolder;

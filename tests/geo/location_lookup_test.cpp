@@ -7,6 +7,7 @@
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
+#include "tests/support/mmdb_bytes.h"
 #include "tests/support/test_client.h"
 #include "tests/support/web_server.h"
 
@@ -108,6 +109,31 @@ TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
   EXPECT_EQ(lookup.Find("192.0.2.1", {}, [&](const ClientLocation&) { isFound = true; }), nullptr);
   EXPECT_TRUE(isFound);
   EXPECT_EQ(server.requests.size(), 1);
+}
+
+TEST_F(LocationLookupTest, DatabaseIsLookedIntoWhereNoLocatorIsAsked) {
+  std::vector<std::string> told;
+  lookup.Told = [&told](const std::string& text) { told.push_back(text); };
+  QFile file(folder.filePath("places.mmdb"));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  const std::string oslo = MmdbMap({{"city", MmdbText("Oslo")}});
+  file.write(QByteArray::fromStdString(MmdbBytes(4, {{0xC0000200, 24, oslo}})));
+  file.close();
+  lookup.SetDatabase(file.fileName());
+  EXPECT_EQ(told.size(), 1);
+  ClientLocation known;
+  known.city = "Bergen";
+  known.zip = "5003";
+
+  EXPECT_EQ(Find("192.0.2.1", known).city, "Bergen") << "the locator says nothing of it";
+  lookup.SetServices("", server.Address());
+  WriteFlag(PictureOf(12));
+  const ClientLocation found = Find("192.0.2.1", known);
+  EXPECT_EQ(found.city, "Oslo");
+  EXPECT_EQ(found.zip, "5003");
+  EXPECT_EQ(found.flag.width(), 12);
+  lookup.SetDatabase("");
+  EXPECT_EQ(Find("192.0.2.1", known).city, "Bergen");
 }
 
 TEST_F(LocationLookupTest, DroppedLookupAsksForNoFlag) {

@@ -1,0 +1,142 @@
+#include "geo/mmdb_file.h"
+
+#include <array>
+#include <cstdlib>
+#include <span>
+#include <utility>
+
+#include <QDateTime>
+#include <QFile>
+#include <QLocale>
+#include <QTimeZone>
+
+#include "framework/text.h"
+
+// On Windows it brings windows.h along, so no other file includes it.
+#include <maxminddb.h>
+
+namespace corvane {
+namespace {
+
+// A session keeps what the file says as long as it lasts.
+constexpr std::size_t kLongestValue = 256;  // bytes
+
+// Where a record may have a text: keys one inside the other, up to a null.
+using Path = std::array<const char*, 5>;
+constexpr Path kCountryNames[] = {{"country", "names", "en"}, {"country_name"}};
+constexpr Path kCountryCodes[] = {{"country", "iso_code"}, {"country_code"}, {"country"}};
+constexpr Path kStates[] = {{"subdivisions", "0", "iso_code"},
+                            {"subdivisions", "0", "names", "en"},
+                            {"state1"},
+                            {"region"}};
+constexpr Path kCities[] = {{"city", "names", "en"}, {"city"}};
+constexpr Path kZips[] = {{"postal", "code"}, {"postcode"}, {"postal_code"}};
+constexpr Path kTimeZones[] = {{"location", "time_zone"}, {"timezone"}, {"time_zone"}};
+
+// Reads the texts of one record, up to the first thing that is wrong with it.
+class Record {
+ public:
+  explicit Record(const MMDB_entry_s& entry) : myEntry(entry) {}
+
+  // What the first of the paths has that has anything; else empty.
+  std::string Text(std::span<const Path> paths) {
+    for (const Path& path : paths) {
+      if (status != MMDB_SUCCESS) break;
+      MMDB_entry_data_s data;
+      const int found = MMDB_aget_value(&myEntry, &data, path.data());
+      if (found == MMDB_LOOKUP_PATH_DOES_NOT_MATCH_DATA_ERROR) continue;
+      status = found;
+      if (found != MMDB_SUCCESS || !data.has_data) continue;
+      if (data.type != MMDB_DATA_TYPE_UTF8_STRING || data.data_size == 0) continue;
+      return std::string(Beginning({data.utf8_string, data.data_size}, kLongestValue));
+    }
+    return {};
+  }
+
+  int status = MMDB_SUCCESS;
+
+ private:
+  MMDB_entry_s myEntry;
+};
+
+// The country of the code; the text itself where it is no code.
+std::string CountryOf(const std::string& code) {
+  const QLocale::Territory territory = QLocale::codeToTerritory(DisplayText(code));
+  if (territory == QLocale::AnyTerritory) return code;
+  return TextFromDisplay(QLocale::territoryToString(territory));
+}
+
+// Hours and minutes as "+1" or "-3:30", for a name such as "Europe/Oslo" or "+01:00"; empty for
+// anything else.
+std::string OffsetOf(const std::string& name) {
+  // Qt makes a path of it.
+  if (name.empty() || name.find('.') != std::string::npos) return {};
+  const QByteArray id = QByteArray::fromStdString(name);
+  QTimeZone zone(id);
+  if (!zone.isValid()) zone = QTimeZone("UTC" + id);
+  if (!zone.isValid()) return {};
+  const int minutes = zone.offsetFromUtc(QDateTime::currentDateTimeUtc()) / 60;
+  std::string text = (minutes < 0 ? "-" : "+") + std::to_string(std::abs(minutes) / 60);
+  if (const int rest = std::abs(minutes) % 60; rest != 0) {
+    text += (rest < 10 ? ":0" : ":") + std::to_string(rest);
+  }
+  return text;
+}
+
+void SetIfKnown(std::string& field, std::string&& text) {
+  if (!text.empty()) field = std::move(text);
+}
+
+// Whether the file's ranges are those of IPv6 alone.
+bool HasNoIPv4(const MMDB_s& database) {
+  return database.metadata.ip_version == 6 &&
+         database.ipv4_start_node.node_value == database.metadata.node_count;
+}
+
+}  // namespace
+
+void MmdbFile::Closing::operator()(MMDB_s* database) const {
+  MMDB_close(database);
+  delete database;
+}
+
+MmdbFile::MmdbFile(const QString& file) {
+  auto database = std::make_unique<MMDB_s>();
+  const QByteArray name = QFile::encodeName(file);
+  const int status = MMDB_open(name.constData(), MMDB_MODE_MMAP, database.get());
+  if (status != MMDB_SUCCESS) {
+    myFault = std::string("it is no mmdb file, or not a whole one: ") + MMDB_strerror(status);
+    return;
+  }
+  myDatabase.reset(database.release());
+  if (HasNoIPv4(*myDatabase)) myFault = "it has IPv6 addresses only, and clients have IPv4 ones";
+}
+
+std::string MmdbFile::Date() const {
+  if (!myDatabase) return {};
+  const auto seconds = static_cast<qint64>(myDatabase->metadata.build_epoch);
+  return QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).date().toString(Qt::ISODate).toStdString();
+}
+
+std::string MmdbFile::Find(const std::string& address, ClientLocation& location) const {
+  if (!myFault.empty()) return {};
+  int addressStatus = 0;
+  int status = MMDB_SUCCESS;
+  const MMDB_lookup_result_s found =
+      MMDB_lookup_string(myDatabase.get(), address.c_str(), &addressStatus, &status);
+  if (addressStatus != 0) return {};
+  if (status == MMDB_SUCCESS && found.found_entry) {
+    Record record(found.entry);
+    std::string country = record.Text(kCountryNames);
+    if (country.empty()) country = CountryOf(record.Text(kCountryCodes));
+    SetIfKnown(location.country, std::move(country));
+    SetIfKnown(location.state, record.Text(kStates));
+    SetIfKnown(location.city, record.Text(kCities));
+    SetIfKnown(location.zip, record.Text(kZips));
+    SetIfKnown(location.timeZone, OffsetOf(record.Text(kTimeZones)));
+    status = record.status;
+  }
+  return status == MMDB_SUCCESS ? std::string() : MMDB_strerror(status);
+}
+
+}  // namespace corvane
