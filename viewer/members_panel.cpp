@@ -24,6 +24,12 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
   myProxy.setSortRole(MembersModel::kSortRole);
   myProxy.setFilterKeyColumn(MembersModel::kName);
   myProxy.setFilterCaseSensitivity(Qt::CaseInsensitive);
+  // Before the list itself hears of it, which would select a neighbour, whom the next action hits.
+  connect(&myProxy, &QAbstractItemModel::rowsAboutToBeRemoved, this,
+          [this](const QModelIndex&, int first, int last) {
+            const int row = lstMembers->currentIndex().row();
+            if (first <= row && row <= last) SetCurrent({});
+          });
   lstMembers->setModel(&myProxy);
   lstMembers->setSortingEnabled(true);
   lstMembers->sortByColumn(MembersModel::kName, Qt::AscendingOrder);
@@ -80,9 +86,13 @@ void MembersPanel::Select(const Member* member) {
     if (myModel.RowOf(*member) < 0) myModel.Update();
     index = myProxy.mapFromSource(myModel.index(myModel.RowOf(*member), 0));
   }
+  SetCurrent(index);
+  myIsTelling = true;
+}
+
+void MembersPanel::SetCurrent(const QModelIndex& index) {
   lstMembers->selectionModel()->setCurrentIndex(
       index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
-  myIsTelling = true;
 }
 
 const Member* MembersPanel::MemberAt(const QModelIndex& index) const {

@@ -33,6 +33,7 @@ class MembersPanel : public QWidget {
 
  private:
   const client::Member* MemberAt(const QModelIndex& index) const;
+  void SetCurrent(const QModelIndex& index);
   void Activate(const QModelIndex& index);
   void OpenMenu(QPoint position);
 

@@ -27,7 +27,7 @@ TEST_F(MembersTest, AreListedSortedAndFiltered) {
 }
 
 TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
-  const auto bob = Member("Bob", "1000,1000,0,50,0,0");
+  auto bob = Member("Bob", "1000,1000,0,50,0,0");
   const auto cy = Member("Cy", "5000,3000,2,50,0,0");
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 2; }));
   const auto middle = [&] {
@@ -46,6 +46,11 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   EXPECT_LT((middle() - QPointF(1000, 1000)).manhattanLength(), 5);
   QTest::keyClick(List(), Qt::Key_Return);
   EXPECT_EQ(myWindow->Shown().followed, Find("Bob"));
+  // Where he leaves, no action falls on whoever is listed beside him.
+  bob.reset();
+  ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 1; }));
+  EXPECT_FALSE(List()->currentIndex().isValid());
+  EXPECT_FALSE(myWindow->actions->actKick->isEnabled());
 }
 
 TEST_F(MembersTest, AnAdministratorKicksBansAndSaysWhat) {
