@@ -97,6 +97,7 @@ std::optional<Operator::NetworkChanges> Operator::CompareNetworks() {
 }
 
 void Operator::Follow(const NetworkChanges& changes) {
+  Note({"reload networks"});
   for (const NetworkRef& network : changes.removed) {
     Note({"reload: removed network ", network->NetworkName});
     myListener.RemoveNetwork(network);
