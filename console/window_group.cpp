@@ -21,6 +21,7 @@ void WindowGroup::Hide() {
 
 void WindowGroup::Show() {
   QWidget* uppermost = nullptr;
+  if (myPlaces.empty()) (uppermost = &myWindow)->showNormal();  // for the first time
   for (const Place& place : myPlaces) {
     if (place.window == nullptr) continue;
     uppermost = place.window;

@@ -21,6 +21,7 @@
 #include "console/wnd_view_admins.h"
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
+#include "framework/numbers.h"
 #include "framework/standard_error.h"
 #include "framework/text.h"
 #include "server/app.h"
@@ -113,7 +114,11 @@ wndMain::~wndMain() {
 }
 
 void wndMain::Open() {
-  show();
+  if (Int32FromText(myApp.Settings().GetValue("StartHidden", "0")) == 0) {
+    show();
+  } else if (!myHasTray()) {
+    showMinimized();
+  }
   myStatus.Clear();
   myNetworks.Clear();
   myUsers.Clear();

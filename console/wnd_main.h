@@ -35,8 +35,9 @@ class wndMain : public QMainWindow {
   wndMain(App& app, std::function<bool()> hasTray);
   ~wndMain() override;
 
-  // The open handler: shows the window, empties its lists and starts the listener, which fills
-  // the list of networks. What kept it from listening is told on standard error.
+  // The open handler: shows the window, or with the setting "StartHidden" leaves it to the tray,
+  // where there is none minimised; empties its lists and starts the listener, which fills the list
+  // of networks. What kept it from listening is told on standard error.
   void Open();
 
   // For a machine without a display: the lists are there, but nothing is painted, and no status

@@ -85,6 +85,19 @@ TEST_F(WndMainTest, SaysOnStandardErrorWhyItDoesNotListen) {
   }
 }
 
+TEST_F(WndMainTest, StartsInTheTrayOrMinimisedWhereThatIsSet) {
+  myApp.Settings().SetValue("StartHidden", "1");
+  for (const bool hasTray : {true, false}) {
+    wndMain window(myApp, [hasTray] { return hasTray; });
+    window.Open();
+    EXPECT_EQ(window.isVisible(), !hasTray);
+    EXPECT_EQ(window.isMinimized(), !hasTray);
+    EXPECT_TRUE(window.sSocket->IsListening());
+    window.ShowWindow();
+    EXPECT_TRUE(window.isVisible() && !window.isMinimized());
+  }
+}
+
 TEST_F(WndMainTest, ClosingHidesOrMinimisesUntilTheProgramQuits) {
   myHasTray = false;
   EXPECT_FALSE(myWindow->close());
