@@ -11,4 +11,8 @@ namespace corvane {
 // ~/.local/share. None when the system knows no such folder.
 std::optional<QString> ApplicationDataFolder();
 
+// The data folder of the server that runs as a service of the machine, not necessarily existing;
+// none where there is no such service.
+std::optional<QString> ServiceDataFolder();
+
 }  // namespace corvane

@@ -23,4 +23,8 @@ std::optional<QString> ApplicationDataFolder() {
   return QDir::cleanPath(*home + QStringLiteral("/.local/share"));
 }
 
+std::optional<QString> ServiceDataFolder() {
+  return QStringLiteral("/var/lib/corvane-server");
+}
+
 }  // namespace corvane

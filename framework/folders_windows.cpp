@@ -14,4 +14,8 @@ std::optional<QString> ApplicationDataFolder() {
   return QDir::fromNativeSeparators(QString::fromWCharArray(folder));
 }
 
+std::optional<QString> ServiceDataFolder() {
+  return std::nullopt;
+}
+
 }  // namespace corvane

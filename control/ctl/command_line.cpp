@@ -10,7 +10,10 @@ namespace {
 
 void AddCommonOptions(QCommandLineParser& parser) {
   parser.addOptions({
-      {"data-folder", "Data folder of the server; the user's own if none is given.", "FOLDER"},
+      {"data-folder",
+       "Data folder of the server. If none is given: the user's own; where no server runs there, "
+       "that of the machine's service.",
+       "FOLDER"},
       {"json", "Show the answers as they come, a JSON object a line."},
       {{"h", "help"}, "Show this help."},
       {{"v", "version"}, "Show the version."},

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdio>
 
 #include <QCoreApplication>
@@ -57,12 +58,22 @@ bool Show(const CommandLine& line, const QByteArray& received) {
   return answer["ok"].toBool();
 }
 
+// Where the server may work that is meant.
+QStringList Folders(const CommandLine& line) {
+  if (line.dataFolder) return {*line.dataFolder};
+  QStringList folders;
+  for (const auto& folder : {ApplicationDataFolder(), ServiceDataFolder()}) {
+    if (folder) folders.push_back(*folder);
+  }
+  return folders;
+}
+
 int Ask(const CommandLine& line) {
-  const std::optional<QString> folder = line.dataFolder ? line.dataFolder : ApplicationDataFolder();
+  const QStringList folders = Folders(line);
   ServerLink server;
-  if (!folder || !server.Open(*folder)) {
-    return Complain(kNoServer, "no server of yours works in " + folder.value_or("any folder") +
-                                   "; --data-folder names another");
+  if (std::ranges::none_of(folders, [&](const QString& folder) { return server.Open(folder); })) {
+    return Complain(kNoServer, "no server that you may administer works in " +
+                                   folders.join(" or ") + "; --data-folder names another folder");
   }
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
   std::optional<QByteArray> received = server.Receive(line.command->takesItsTime ? -1 : kPatience);
