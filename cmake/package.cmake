@@ -13,12 +13,15 @@ endif()
 
 # corvane_install(PROGRAM)
 #
-# What both programs have: a menu entry, icons, documents. Each is a component, and so a package,
-# of its name.
+# What both programs have: a menu entry and what software centres show, icons, documents. Each is a
+# component, and so a package, of its name.
 function(corvane_install program)
   set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME ${program})
   install(FILES packaging/linux/${program}.desktop DESTINATION share/applications)
-  install(FILES CHANGELOG.md DESTINATION share/doc/${program})
+  install(FILES packaging/linux/metainfo/${program}.metainfo.xml DESTINATION share/metainfo)
+  install(FILES CHANGELOG.md packaging/linux/debian/copyright ${documents}/changelog.gz
+    DESTINATION share/doc/${program})
+  install(FILES ${documents}/${program}.1.gz DESTINATION share/man/man1)
   install(FILES packaging/icons/${program}.svg DESTINATION share/icons/hicolor/scalable/apps)
   foreach(size 16 24 32 48 64 128 256)
     install(FILES packaging/icons/${program}-${size}.png
@@ -26,6 +29,15 @@ function(corvane_install program)
   endforeach()
 endfunction()
 
+set(documents ${CMAKE_CURRENT_BINARY_DIR}/documents)
+file(MAKE_DIRECTORY ${documents})
+add_custom_target(documents
+  packaging/linux/make-documents ${CORVANE_FULL_VERSION} $<TARGET_FILE:corvanectl> ${documents}
+  WORKING_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR})
+add_dependencies(documents corvanectl)
+
+set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 corvane_install(corvane-server)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-server)
 # The program itself lies apart: what users start lays down the database first.
@@ -34,7 +46,11 @@ install(PROGRAMS packaging/linux/corvane-server DESTINATION bin)
 install(TARGETS corvanectl DESTINATION bin)
 install(PROGRAMS packaging/prepare-data-folder DESTINATION share/corvane-server)
 install(FILES packaging/serverdb.sql DESTINATION share/corvane-server)
-install(FILES packaging/linux/corvane-server.service DESTINATION lib/systemd/user)
+install(FILES packaging/linux/user/corvane-server.service DESTINATION lib/systemd/user)
+install(FILES packaging/linux/system/corvane-server.service DESTINATION /lib/systemd/system)
+install(FILES packaging/linux/fail2ban.conf
+  DESTINATION /etc/fail2ban/filter.d RENAME corvane-server.conf)
+install(FILES ${documents}/corvanectl.1.gz DESTINATION share/man/man1)
 install(FILES docs/operating.md DESTINATION share/doc/corvane-server)
 install(DIRECTORY docs/images DESTINATION share/doc/corvane-server FILES_MATCHING PATTERN *.png)
 
@@ -46,20 +62,32 @@ install(DIRECTORY docs/images DESTINATION share/doc/corvane-map FILES_MATCHING P
 
 set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})
-set(CPACK_PACKAGE_CONTACT "Corvane Server <root@localhost>")
+set(CPACK_PACKAGE_CONTACT "Corvane Server Developers <noreply@corvane.invalid>")
 set(CPACK_COMPONENTS_ALL corvane-server corvane-map)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
 set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_NAME corvane-server)
 set(CPACK_DEBIAN_CORVANE-SERVER_DESCRIPTION
-  "map-sharing server for groups of players\n Clients of the mapping tool log into password-protected networks, report their players' positions and see those of the other members. Runs as a desktop program with a tray icon, or without a display.")
-set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS sqlite3)
+  "map-sharing server for groups of players\n\
+Clients of the mapping tool log into password-protected networks, report\n\
+their players' positions and see those of the other members. Runs as a\n\
+desktop program with a tray icon, or without a display.")
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS "sqlite3, adduser")
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/conffiles
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/postinst
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/prerm
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/postrm)
 set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_NAME corvane-map)
 set(CPACK_DEBIAN_CORVANE-MAP_DESCRIPTION
-  "map of the players of a Corvane network\n Logs into a network of a Corvane server and shows its members on a map, with their state and what the server says. Administrators of a network manage it from here.")
+  "map of the players of a Corvane network\n\
+Logs into a network of a Corvane server and shows its members on a map, with\n\
+their state and what the server says. Administrators of a network manage it\n\
+from here.")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # Programs for Wayland desktops load this one themselves.

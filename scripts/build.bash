@@ -19,7 +19,7 @@ data_packages=(sqlite3 python3)
 test_packages=(libgtest-dev libgmock-dev)
 bench_packages=(libbenchmark-dev)
 desktop_packages=(xvfb openbox trayer xdotool x11-utils imagemagick fonts-dejavu-core)
-deb_packages=(dpkg-dev file)
+deb_packages=(dpkg-dev file lintian appstream)
 # tcl makes SQLite's one-file form, pkgconf is what Qt's configuration asks for.
 windows_packages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl pkgconf qt6-base-dev-tools nsis zip)
 wine_packages=(wine wine64 fonts-wine)
