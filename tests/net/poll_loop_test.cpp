@@ -8,6 +8,7 @@
 namespace corvane {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 class GiveWayTest : public NetTest {
@@ -19,9 +20,9 @@ class GiveWayTest : public NetTest {
     server->log.clear();
   }
 
-  // A walk over many elements that goes on until `count` events are logged, or far too long.
-  void WalkUntilLogged(std::size_t count) {
-    const auto end = PollLoop::Clock::now() + std::chrono::seconds(5);
+  // A walk over many elements that goes on until `count` events are logged, or for so long.
+  void WalkUntilLogged(std::size_t count, std::chrono::milliseconds longest = 5s) {
+    const auto end = PollLoop::Clock::now() + longest;
     while (server->log.size() < count && PollLoop::Clock::now() < end)
       loop.GiveWay();
   }
@@ -60,9 +61,7 @@ TEST_F(GiveWayTest, NestsOneLevelDeepAndLetsAnswersOut) {
     server->Active(1)->SendMessage(6, "answer");
     third->SendBytes(WireBytes(7, ""));
     const std::size_t before = server->log.size();
-    const auto end = PollLoop::Clock::now() + std::chrono::milliseconds(20);
-    while (PollLoop::Clock::now() < end)
-      loop.GiveWay();
+    WalkUntilLogged(before + 1, 20ms);
     nestedWalkWasServed = server->log.size() != before;
   };
   first->SendBytes(WireBytes(1, ""));
@@ -76,10 +75,7 @@ TEST_F(GiveWayTest, SessionThatWalksHearsOfItsOwnEndAfterwards) {
     first->Abort();
     second->SendBytes(WireBytes(5, ""));
     WalkUntilLogged(2);
-    for (const auto end = PollLoop::Clock::now() + std::chrono::milliseconds(20);
-         PollLoop::Clock::now() < end;) {
-      loop.GiveWay();
-    }
+    WalkUntilLogged(3, 20ms);
     server->log.emplace_back("walked");
   };
   first->SendBytes(WireBytes(1, ""));
@@ -136,7 +132,7 @@ TEST(PollLoop, ErrorOfAHandlerReachesTheLastResortAndStoppingHolds) {
   EXPECT_TRUE(PumpUntil([&] { return !caught.empty(); }));
   const std::size_t before = server->log.size();
   client.Send(3, "");
-  PumpFor(std::chrono::milliseconds(100));
+  PumpFor(100ms);
   EXPECT_THAT(caught, ElementsAre("NilObjectException"));
   EXPECT_EQ(server->log.size(), before);
 }

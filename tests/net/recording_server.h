@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <exception>
@@ -28,6 +29,7 @@ class RecordingSocket : public EasyTCPSocket {
   int Number() const { return myNumber; }
   using EasyTCPSocket::DelayMessages;
   using EasyTCPSocket::HoldMessages;
+  using EasyTCPSocket::LimitMessages;
 
   // Runs inside ReceivedMessage, behind the note.
   std::function<void(std::int32_t, std::string_view)> whenReceived;
@@ -104,8 +106,19 @@ class NetTest : public testing::Test {
     return peer;
   }
 
+  // So many connect before the first is accepted, and are closed with the test.
+  void Rush(std::size_t count, const std::function<void()>& beforeTheyConnect = {}) {
+    rush.resize(count);
+    std::ranges::generate(rush, [] { return os::OpenSocket().handle; });
+    if (beforeTheyConnect) beforeTheyConnect();
+    for (const os::SocketHandle peer : rush)
+      EXPECT_EQ(os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())}), 0);
+  }
+  void TearDown() override { std::ranges::for_each(rush, os::CloseSocket); }
+
   PollLoop loop;
   std::shared_ptr<RecordingServer> server = std::make_shared<RecordingServer>(loop, 2, 10);
+  std::vector<os::SocketHandle> rush;
 };
 
 // A client whose connection was accepted and is the first.

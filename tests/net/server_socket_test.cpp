@@ -31,18 +31,7 @@ class ServerSocketTest : public NetTest {
       EXPECT_TRUE(ServesOneMore());
   }
 
-  // So many connect before the first is accepted.
-  void Rush(std::size_t count) {
-    rush.resize(count);
-    for (os::SocketHandle& peer : rush) {
-      peer = os::OpenSocket().handle;
-      os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
-    }
-  }
-  void TearDown() override { std::ranges::for_each(rush, os::CloseSocket); }
-
   std::vector<std::unique_ptr<TestClient>> clients;
-  std::vector<os::SocketHandle> rush;
 };
 
 TEST_F(ServerSocketTest, FillsItsPoolAheadAndHandsOutTheNewestFirst) {
