@@ -1,9 +1,8 @@
 
 #include <QApplication>
 
-#include "console/wnd_ban.h"
+#include "console/reason_dialog.h"
 #include "console/wnd_conn_info.h"
-#include "console/wnd_kick.h"
 #include "tests/console/console_fixture.h"
 
 namespace corvane {
@@ -66,73 +65,53 @@ TEST_F(ContextMenusTest, DisconnectedNetworkStays) {
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth"));
 }
 
-TEST_F(ContextMenusTest, ForcedDisconnectTellsTheUserNothing) {
+TEST_F(ContextMenusTest, MnemonicsThatADesktopPutsIntoAnOpenMenuChangeNothing) {
   const auto ann = LoggedIn("Ann");
-  ChooseOn(*myWindow->lstUsers, 0, "Force Disconnect");
-  EXPECT_TRUE(Shows("Admin Force Kicked Ann"));
-  EXPECT_EQ(ann->Receive(), std::nullopt);
-  EXPECT_TRUE(ann->WasClosedByServer());
-  EXPECT_THAT(Users(), IsEmpty());
-}
-
-TEST_F(ContextMenusTest, UserIsMadeAdministratorAsOftenAsAsked) {
-  const auto ann = LoggedIn("Ann", "So\nuth", "127.0.0.2");
-  ChooseOn(*myWindow->lstUsers, 0, "Make Admin");
   OpenContextMenu(*myWindow->lstUsers, 0);
-  // Some desktops put mnemonics into the captions of an open menu.
   for (QAction* item : OpenedMenu()->actions())
     item->setText("&" + item->text());
   Choose("&Make Admin");
-  EXPECT_EQ(Query("SELECT name, address, network FROM admins"),
-            "Ann|127.0.0.2|So\nuth;Ann|127.0.0.2|So\nuth;");
+  EXPECT_EQ(Query("SELECT name FROM admins"), "Ann;");
 }
 
-TEST_F(ContextMenusTest, KickNeedsAReasonAndTellsTheUser) {
-  for (const std::string name : {"Ann", "*", "<b>Ben\n</b>"}) {
+TEST_F(ContextMenusTest, KickAndBanNeedAReason) {
+  for (const std::string name : {"*", "<b>Ben\n</b>"}) {
     const auto user = LoggedIn(name);
-    ChooseOn(*myWindow->lstUsers, 0, "Kick User");
-    auto* kick = Opened<wndKick>("wndKick");
-    Type(kick->txtReason, "cancelled");
-    Click(kick->btnCancel);
+    const std::string shown = name == "*" ? name : "<b>Ben\\n</b>";
+    const auto open = [&](const QString& what) {
+      ChooseOn(*myWindow->lstUsers, 0, what + " User");
+      auto* dialog = Opened<ReasonDialog>(what == "Kick" ? "wndKick" : "wndBan");
+      EXPECT_EQ(dialog->windowHandle()->title(),
+                what + " User [" + QString::fromStdString(shown) + "]");
+      return dialog;
+    };
+    for (const QString what : {"Kick", "Ban"}) {
+      ReasonDialog* dialog = open(what);
+      Click(dialog->btnOK);
+      EXPECT_TRUE(dialog->isVisible());
+      Type(dialog->txtReason, "cancelled");
+      what == "Kick" ? Click(dialog->btnCancel)
+                     : QTest::keyClick(dialog->txtReason, Qt::Key_Escape);
+      ASSERT_TRUE(NoneIsOpen());
+    }
+    EXPECT_THAT(user->Drain(), IsEmpty());
+    // Enter kicks, and bans nobody.
+    ReasonDialog* ban = open("Ban");
+    Type(ban->txtReason, "too loud");
+    QTest::keyClick(ban->txtReason, Qt::Key_Return);
+    EXPECT_TRUE(ban->isVisible());
+    Click(ban->btnCancel);
     ASSERT_TRUE(NoneIsOpen());
-    ChooseOn(*myWindow->lstUsers, 0, "Kick User");
-    kick = Opened<wndKick>("wndKick");
-    const std::string shown = name == "<b>Ben\n</b>" ? "<b>Ben\\n</b>" : name;
-    EXPECT_EQ(kick->windowHandle()->title().toStdString(), "Kick User [" + shown + "]");
-    Click(kick->btnOK);
-    EXPECT_TRUE(kick->isVisible());
+    ReasonDialog* kick = open("Kick");
     Type(kick->txtReason, "too loud");
     QTest::keyClick(kick->txtReason, Qt::Key_Return);
-    EXPECT_EQ(user->Receive(), (WireMessage{996, "too loud"}));
-    EXPECT_TRUE(Shows(shown + " Kicked: too loud"));
     EXPECT_TRUE(NoneIsOpen());
-    EXPECT_FALSE(user->IsClosed());
+    EXPECT_THAT(user->Drain(), ElementsAre(WireMessage{996, "too loud"}));
+    EXPECT_TRUE(Shows(shown + " Kicked: too loud"));
+    EXPECT_EQ(Query("SELECT * FROM bans"), "");
     user->Close();
     ASSERT_TRUE(PumpUntil([&] { return Users().empty(); }));
   }
-}
-
-TEST_F(ContextMenusTest, BanTellsTheUserAndIsStored) {
-  const auto ann = LoggedIn("Ann", "So\nuth", "127.0.0.2");
-  ChooseOn(*myWindow->lstUsers, 0, "Ban User");
-  auto* ban = Opened<wndBan>("wndBan");
-  Type(ban->txtReason, "cancelled");
-  QTest::keyClick(ban->txtReason, Qt::Key_Escape);
-  ASSERT_TRUE(NoneIsOpen());
-  ChooseOn(*myWindow->lstUsers, 0, "Ban User");
-  ban = Opened<wndBan>("wndBan");
-  EXPECT_EQ(ban->windowTitle(), "Ban User [Ann]");
-  Click(ban->btnOK);
-  Type(ban->txtReason, "it's over");
-  QTest::keyClick(ban->txtReason, Qt::Key_Return);
-  EXPECT_TRUE(ban->isVisible());
-  EXPECT_EQ(Query("SELECT * FROM bans"), "");
-  Click(ban->btnOK);
-  EXPECT_EQ(ann->Receive(), (WireMessage{997, "it's over"}));
-  EXPECT_TRUE(Shows("Ann Banned: it's over"));
-  EXPECT_EQ(Query("SELECT address, \"by\", reason, network FROM bans"),
-            "127.0.0.2|Server Admin|it's over|So\nuth;");
-  EXPECT_TRUE(NoneIsOpen());
 }
 
 TEST_F(ContextMenusTest, ConnectionInfoShowsWhereTheUserIs) {
@@ -154,47 +133,65 @@ TEST_F(ContextMenusTest, ConnectionInfoShowsWhereTheUserIs) {
   }
 }
 
-// The operator's choice stays with the user that was selected when the menu opened.
-TEST_F(ContextMenusTest, UserWhoLeavesMeanwhileIsStillTheOneActedOn) {
-  auto ann = LoggedIn("Ann");
+// The operator's choice is made for the user that was selected when the menu opened, whether he is
+// still there or not.
+TEST_F(ContextMenusTest, ChoiceIsCarriedOutOnTheUserItWasMadeFor) {
   const auto ben = LoggedIn("Ben");
-  const auto annLeaves = [&] {
-    ann->Close();
-    return PumpUntil([&] { return Users().size() == 1; });
+  const struct {
+    QString choice;
+    const char* dialog;  // that asks for a reason
+    const char* line;    // in the status log
+    std::vector<WireMessage> heard;
+    const char* stored;
+  } cases[] = {
+      {"Kick User", "wndKick", "Ann Kicked: it's over", {{996, "it's over"}}, ""},
+      {"Ban User",
+       "wndBan",
+       "Ann Banned: it's over",
+       {{997, "it's over"}},
+       "127.0.0.2|Server Admin|it's over|So\nuth;"},
+      {"Force Disconnect", nullptr, "Admin Force Kicked Ann", {}, ""},
+      {"Make Admin", nullptr, nullptr, {}, "Ann|127.0.0.2|So\nuth;"},
   };
-  OpenContextMenu(*myWindow->lstUsers, 0);
-  ASSERT_TRUE(annLeaves());
-  EXPECT_EQ(myWindow->lstUsers->SelectedRow(), -1);
-  Choose("Kick User");
-  auto* kick = Opened<wndKick>("wndKick");
-  EXPECT_EQ(kick->windowTitle(), "Kick User [Ann]");
-  Type(kick->txtReason, "late");
-  Click(kick->btnOK);
-  EXPECT_TRUE(Shows("Ann Kicked: late"));
-  ASSERT_TRUE(NoneIsOpen());
-
-  ann = LoggedIn("Ann", "So\nuth");
-  ChooseOn(*myWindow->lstUsers, 1, "Ban User");
-  ASSERT_TRUE(annLeaves());
-  auto* ban = Opened<wndBan>("wndBan");
-  Type(ban->txtReason, "later");
-  Click(ban->btnOK);
-  EXPECT_EQ(Query("SELECT address, reason, network FROM bans"), "127.0.0.1|later|So\nuth;");
-  Query("DELETE FROM bans");
-  EXPECT_TRUE(NoneIsOpen());
-
-  for (const QString choice : {"Force Disconnect", "Make Admin", "Connection Info"}) {
-    ann = LoggedIn("Ann");
-    OpenContextMenu(*myWindow->lstUsers, 1);
-    ASSERT_TRUE(annLeaves());
-    Choose(choice);
+  for (const auto& row : cases) {
+    for (const bool leaves : {false, true}) {
+      SCOPED_TRACE(row.choice.toStdString() + (leaves ? ", left" : ""));
+      const auto ann = LoggedIn("Ann", "So\nuth", "127.0.0.2");
+      const auto isGone = [this] { return Users().size() == 1; };
+      myWindow->Status().Clear();
+      OpenContextMenu(*myWindow->lstUsers, 1);
+      if (leaves) {
+        ann->Close();
+        ASSERT_TRUE(PumpUntil(isGone));
+        EXPECT_EQ(myWindow->lstUsers->SelectedRow(), -1);
+      }
+      Choose(row.choice);
+      if (row.dialog != nullptr) {
+        auto* dialog = Opened<ReasonDialog>(row.dialog);
+        EXPECT_EQ(dialog->windowTitle(), row.choice + " [Ann]");
+        Type(dialog->txtReason, "it's over");
+        Click(dialog->btnOK);
+        ASSERT_TRUE(NoneIsOpen());
+      }
+      EXPECT_TRUE(row.line == nullptr || Shows(row.line));
+      if (!leaves) {
+        EXPECT_EQ(ann->Drain(), row.heard);
+      }
+      EXPECT_EQ(ann->IsClosed(), leaves || row.choice == "Force Disconnect");
+      EXPECT_EQ(Query("SELECT address, \"by\", reason, network FROM bans;"
+                      "SELECT name, address, network FROM admins"),
+                row.stored);
+      Query("DELETE FROM bans; DELETE FROM admins");
+      ann->Close();
+      ASSERT_TRUE(PumpUntil(isGone));
+    }
   }
-  EXPECT_TRUE(Shows("Admin Force Kicked Ann"));
-  EXPECT_EQ(Query("SELECT name, address, network FROM admins"), "Ann|127.0.0.1|North;");
-  // Ben heard that Ann left four times, and of nothing else that was done to her.
-  for (const WireMessage& message : ben->Drain())
-    EXPECT_EQ(message, (WireMessage{6, "Ann"}));
-  EXPECT_THAT(Users(), ElementsAre("Ben|North"));
+  EXPECT_THAT(ben->Drain(), IsEmpty());
+  OpenContextMenu(*myWindow->lstUsers, 0);
+  ben->Close();
+  ASSERT_TRUE(PumpUntil([this] { return Users().empty(); }));
+  Choose("Connection Info");
+  EXPECT_TRUE(IsOpen("wndConnInfo"));
 }
 
 }  // namespace
