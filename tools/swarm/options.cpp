@@ -310,6 +310,7 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
   const QCommandLineOption listParts(QStringLiteral("list-parts"),
                                      QStringLiteral("Show the names of the parts of hostile."));
   parser.addOptions({help, listParts});
+  const QCommandLineOption version = parser.addVersionOption();
   AddOptions(parser);
 
   ParsedOptions result;
@@ -317,6 +318,8 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
     if (!parser.parse(arguments)) throw UsageError(parser.errorText());
     if (parser.isSet(help)) {
       result.text = parser.helpText().toStdString();
+    } else if (parser.isSet(version)) {
+      result.text = "corvane-swarm " CORVANE_VERSION "\n";
     } else if (parser.isSet(listParts)) {
       for (const PartInfo& part : HostileParts())
         result.text += part.name + std::string("\n");
