@@ -6,8 +6,14 @@ set(CORVANE_FULL_VERSION ${PROJECT_VERSION}.${CORVANE_BUILD_NUMBER} CACHE INTERN
 
 if(CORVANE_PLATFORM STREQUAL windows)
   enable_language(RC)
-  configure_file(packaging/windows/corvane-server.rc.in corvane-server.rc @ONLY)
-  target_sources(corvane-server PRIVATE ${CMAKE_CURRENT_BINARY_DIR}/corvane-server.rc)
+  # corvane_resources(PROGRAM TITLE): icon, version and what Windows has to know of a program.
+  function(corvane_resources program title)
+    configure_file(packaging/windows/program.manifest.in ${program}.manifest @ONLY)
+    configure_file(packaging/windows/program.rc.in ${program}.rc @ONLY)
+    target_sources(${program} PRIVATE ${PROJECT_BINARY_DIR}/${program}.rc)
+  endfunction()
+  corvane_resources(corvane-server "Corvane Server")
+  corvane_resources(corvane-map "Corvane Map")
   return()
 endif()
 

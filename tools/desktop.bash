@@ -68,15 +68,18 @@ area() {
     END { l = l < 0 ? 0 : l; t = t < 0 ? 0 : t; printf "%dx%d+%d+%d", r - l, b - t, l, t }'
 }
 
+# snap NAME WINDOW...: a picture as the windows are now.
+snap() {
+  import -window root -crop "$(area "${@:2}")" +repage -strip -define png:compression-level=9 \
+    "$folder/$1.png"
+}
+
 # capture NAME WINDOW...: a picture of the windows, once nothing in it changes any more.
 capture() {
-  local name=$1 part before='' now='' tries
-  shift
+  local name=$1 before='' now='' tries
   for ((tries = 0; tries < 50; tries++)); do
-    part=$(area "$@")
-    import -window root -crop "$part" +repage -strip -define png:compression-level=9 \
-      "$folder/$name.png"
-    now="$part $(identify -format '%#' "$folder/$name.png")"
+    snap "$@"
+    now="$(area "${@:2}") $(identify -format '%#' "$folder/$name.png")"
     [[ $now != "$before" ]] || return 0
     before=$now
     sleep 0.15

@@ -1,5 +1,3 @@
-#include <cstdio>
-
 #include <QApplication>
 #include <QFileInfo>
 #include <QIcon>
@@ -11,6 +9,7 @@
 #include "updater/version.h"
 #include "viewer/map_window.h"
 #include "viewer/options.h"
+#include "viewer/tell_caller.h"
 
 using namespace corvane;
 using namespace corvane::viewer;
@@ -38,13 +37,13 @@ int main(int argc, char** argv) {
   const ParsedOptions parsed =
       ParseOptions(QApplication::arguments(), qgetenv("CORVANE_MAP_PASSWORD"));
   if (!parsed.options) {
-    std::fprintf(parsed.exitCode == 0 ? stdout : stderr, "%s\n", qUtf8Printable(parsed.text));
+    TellCaller(parsed.text, parsed.exitCode);
     return parsed.exitCode;
   }
   const std::optional<QString> data = ApplicationDataFolder();
   const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
   if (!data || cache.isEmpty()) {
-    std::fprintf(stderr, "corvane-map: there is no folder for its settings\n");
+    TellCaller(QStringLiteral("corvane-map: there is no folder for its settings"), 1);
     return 1;
   }
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));

@@ -6,6 +6,7 @@
 #include <QJsonDocument>
 
 #include "control/ctl/command_line.h"
+#include "control/ctl/console_text.h"
 #include "control/ctl/password_prompt.h"
 #include "control/ctl/printing.h"
 #include "control/ctl/server_link.h"
@@ -90,6 +91,7 @@ int Ask(const CommandLine& line) {
 
 int main(int argc, char** argv) {
   IgnoreBrokenPipes();
+  PrintUtf8();
   const QCoreApplication application(argc, argv);
   try {
     CommandLine line = ParseCommandLine(QCoreApplication::arguments());

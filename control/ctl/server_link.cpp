@@ -1,12 +1,13 @@
 #include "control/ctl/server_link.h"
 
 #include "control/control_name.h"
+#include "control/ctl/server_owner.h"
 
 namespace corvane::ctl {
 
 bool ServerLink::Open(const QString& dataFolder) {
   mySocket.connectToServer(ControlName(dataFolder));
-  return mySocket.waitForConnected();
+  return mySocket.waitForConnected() && IsServerOfThisUser(mySocket);
 }
 
 void ServerLink::Send(const QByteArray& line) {

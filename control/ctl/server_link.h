@@ -11,7 +11,7 @@ namespace corvane::ctl {
 // The way to the server: a line there, lines back. Waits for them.
 class ServerLink {
  public:
-  // Whether there is a server that works in the folder.
+  // Whether there is a server of this user's that works in the folder.
   bool Open(const QString& dataFolder);
   void Send(const QByteArray& line);
   // The next line; none when the server has gone, or says nothing for so long (ms; -1: ever).

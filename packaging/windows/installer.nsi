@@ -21,6 +21,8 @@ ManifestDPIAware true
 !define NAME "Corvane Server"
 !define PROGRAM "corvane-server.exe"
 !define START "Start Corvane Server.cmd"
+!define MAP_NAME "Corvane Map"
+!define MAP_PROGRAM "corvane-map.exe"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Corvane Server"
 
 Name "${NAME}"
@@ -47,18 +49,21 @@ VIAddVersionKey "LegalCopyright" ""
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
 
-; A server that runs holds its program's file. One that has just started this installer is about to
-; end, so it is given some seconds before the user is asked.
-!macro WaitUntilServerEnds PREFIX
-Function ${PREFIX}WaitUntilServerEnds
-  ${IfNot} ${FileExists} "$INSTDIR\${PROGRAM}"
+; A program that runs holds its file. A server that has just started this installer is about to end,
+; so it is given some seconds before the user is asked.
+!macro WaitUntilEnd PREFIX
+; The file is on the stack, and below it the program's name.
+Function ${PREFIX}WaitUntilEnd
+  Pop $2
+  Pop $3
+  ${IfNot} ${FileExists} "$INSTDIR\$2"
     Return
   ${EndIf}
   again:
   StrCpy $1 0
   ${Do}
     ClearErrors
-    FileOpen $0 "$INSTDIR\${PROGRAM}" a
+    FileOpen $0 "$INSTDIR\$2" a
     ${IfNot} ${Errors}
       FileClose $0
       Return
@@ -67,14 +72,22 @@ Function ${PREFIX}WaitUntilServerEnds
     IntOp $1 $1 + 1
   ${LoopUntil} $1 = 20
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
-    "${NAME} is running. Choose $\"Exit$\" in its menu $\"File$\", then try again." \
+    "$3 is running. End it by its menu $\"File$\", then try again." \
     /SD IDCANCEL IDRETRY again
   SetErrorLevel 2
   Quit
 FunctionEnd
 !macroend
-!insertmacro WaitUntilServerEnds ""
-!insertmacro WaitUntilServerEnds "un."
+!insertmacro WaitUntilEnd ""
+!insertmacro WaitUntilEnd "un."
+!macro WaitUntilAllEnd PREFIX
+  Push "${NAME}"
+  Push "${PROGRAM}"
+  Call ${PREFIX}WaitUntilEnd
+  Push "${MAP_NAME}"
+  Push "${MAP_PROGRAM}"
+  Call ${PREFIX}WaitUntilEnd
+!macroend
 
 Function .onInit
   ${IfNot} ${AtLeastWin10}
@@ -113,7 +126,7 @@ Function RemoveEarlierVersion
 FunctionEnd
 
 Section
-  Call WaitUntilServerEnds
+  !insertmacro WaitUntilAllEnd ""
   Call RemoveEarlierVersion
   SetOutPath "$INSTDIR"
   File /r "${STAGE}\*"
@@ -123,6 +136,7 @@ Section
   SetShellVarContext all
   CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${START}" "" "$INSTDIR\${PROGRAM}" 0 \
     SW_SHOWMINIMIZED
+  CreateShortCut "$SMPROGRAMS\${MAP_NAME}.lnk" "$INSTDIR\${MAP_PROGRAM}"
 
   ; The user's own database stays, whatever is in it.
   SetShellVarContext current
@@ -144,11 +158,12 @@ SectionEnd
 
 ; Database and settings lie in the user's own folder and stay there.
 Section "Uninstall"
-  Call un.WaitUntilServerEnds
+  !insertmacro WaitUntilAllEnd "un."
   !insertmacro RemoveProgramFiles
   Delete "$INSTDIR\uninstall.exe"
   RMDir "$INSTDIR"
   SetShellVarContext all
   Delete "$SMPROGRAMS\${NAME}.lnk"
+  Delete "$SMPROGRAMS\${MAP_NAME}.lnk"
   DeleteRegKey HKLM "${UNINSTALL_KEY}"
 SectionEnd
