@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
+#include "tests/support/mmdb_bytes.h"
 #include "tests/support/socket_errors.h"
 #include "tests/support/test_server.h"
 
@@ -58,6 +59,30 @@ TEST_F(AppTest, EachStartUpFailureHasItsMessage) {
                   "Unable to locate database at:\n" + QDir::toNativeSeparators(file).toStdString() +
                       "\n\nYou may need to uninstall and reinstall.",
                   connecting, connecting));
+}
+
+TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsAsked) {
+  MakeDatabase(file);
+  QFile places(folder.filePath(QStringLiteral("places.mmdb")));
+  ASSERT_TRUE(places.open(QIODevice::WriteOnly));
+  places.write(QByteArray::fromStdString(
+      MmdbBytes(4, {{0x7F000000, 8, MmdbMap({{"city", MmdbText("Oslo")}})}})));
+  places.close();
+  AppSettings settings(folder.path());
+  settings.SetValue("LocationDatabase", "places.mmdb");
+  for (const auto& [locator, city] : {std::pair{"", "Oslo"}, {"http://127.0.0.1:1", ""}}) {
+    settings.SetValue("LocatorAddress", locator);
+    App app(folder.path(), show);
+    int told = 0;
+    app.Locations().Told = [&told](const std::string&) { ++told; };
+    ASSERT_TRUE(app.Open());
+    EXPECT_EQ(told, *locator == '\0' ? 1 : 0);
+    std::optional<std::string> found;
+    const auto transfer = app.Locations().Find(
+        "127.0.0.1", {}, [&](const ClientLocation& location) { found = location.city; });
+    EXPECT_TRUE(PumpUntil([&] { return found.has_value(); }));
+    EXPECT_EQ(found, city);
+  }
 }
 
 class LoadTest : public AppTest {
