@@ -5,9 +5,6 @@
 namespace corvane {
 namespace {
 
-// A session keeps what the page says as long as it lasts.
-constexpr std::size_t kLongestValue = 256;  // bytes
-
 // The next line, without its end; takes it and its end off `rest`.
 std::string_view TakeLine(std::string_view& rest) {
   const std::size_t end = rest.find('\n');
@@ -18,7 +15,7 @@ std::string_view TakeLine(std::string_view& rest) {
 }
 
 void SetEntry(ClientLocation& location, std::string_view name, std::string_view value) {
-  value = Beginning(value, kLongestValue);
+  value = Beginning(value, ClientLocation::kLongestText);
   if (SameText(name, "country")) {
     location.country = value;
   } else if (SameText(name, "regioncode")) {

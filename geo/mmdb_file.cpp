@@ -18,9 +18,6 @@
 namespace corvane {
 namespace {
 
-// A session keeps what the file says as long as it lasts.
-constexpr std::size_t kLongestValue = 256;  // bytes
-
 // Where a record may have a text: keys one inside the other, up to a null.
 using Path = std::array<const char*, 5>;
 constexpr Path kCountryNames[] = {{"country", "names", "en"}, {"country_name"}};
@@ -48,7 +45,8 @@ class Record {
       status = found;
       if (found != MMDB_SUCCESS || !data.has_data) continue;
       if (data.type != MMDB_DATA_TYPE_UTF8_STRING || data.data_size == 0) continue;
-      return std::string(Beginning({data.utf8_string, data.data_size}, kLongestValue));
+      return std::string(
+          Beginning({data.utf8_string, data.data_size}, ClientLocation::kLongestText));
     }
     return {};
   }
