@@ -92,7 +92,7 @@ void Commands::ReloadForSignal() {
     myActions.Reload(Request("{}"));
   } catch (const Refused& refused) {
     std::string why = kSignal + ": not reloaded: " + refused.what();
-    for (const QJsonValue& address : refused.fields["addresses"].toArray())
+    for (const auto& address : refused.fields["addresses"].toArray())
       why += ' ' + TextFromDisplay(address.toString());
     WriteErrorLine(why);
     myLog.Write(why);

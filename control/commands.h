@@ -45,7 +45,7 @@ class Commands {
     std::function<QByteArray(const Request&)> run;
   };
   // A line of the log, to all who follow it.
-  void Tell(const std::string& line);
+  void Tell(const std::string& text);
 
   QByteArray Carry(const Request& request);
   QByteArray MakeBackup(const Request& request);
