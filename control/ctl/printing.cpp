@@ -39,7 +39,7 @@ void PrintRows(const std::vector<const char*>& columns, const QJsonArray& object
   std::vector<Row> rows{{columns.begin(), columns.end()}};
   for (QString& heading : rows.front())
     heading = heading.toUpper();
-  for (const QJsonValue& object : objects) {
+  for (const auto& object : objects) {
     Row& row = rows.emplace_back();
     for (const char* column : columns)
       row.push_back(CellText(object[QLatin1String(column)]));
@@ -73,7 +73,7 @@ void PrintLine(const QByteArray& line) {
 void Print(const Command& command, const QJsonObject& answer) {
   if (answer.contains("error")) {
     PrintError(answer["error"].toString());
-    for (const QJsonValue& address : answer["addresses"].toArray())
+    for (const auto& address : answer["addresses"].toArray())
       PrintError("  " + address.toString());
   } else if (answer.contains("rows")) {
     PrintRows(command.columns, answer["rows"].toArray());
@@ -81,7 +81,7 @@ void Print(const Command& command, const QJsonObject& answer) {
   } else if (answer.contains("line")) {
     PrintLine(answer["line"].toString().toUtf8());
   } else if (answer.contains("lines")) {
-    for (const QJsonValue& line : answer["lines"].toArray())
+    for (const auto& line : answer["lines"].toArray())
       PrintLine(line.toString().toUtf8());
   } else if (answer.contains("networks")) {
     PrintStatus(answer);
