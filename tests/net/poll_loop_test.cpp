@@ -61,7 +61,7 @@ TEST_F(GiveWayTest, NestsOneLevelDeepAndLetsAnswersOut) {
     server->Active(1)->SendMessage(6, "answer");
     third->SendBytes(WireBytes(7, ""));
     const std::size_t before = server->log.size();
-    WalkUntilLogged(before + 1, 20ms);
+    WalkUntilLogged(before + 1, 100ms);
     nestedWalkWasServed = server->log.size() != before;
   };
   first->SendBytes(WireBytes(1, ""));
@@ -75,7 +75,7 @@ TEST_F(GiveWayTest, SessionThatWalksHearsOfItsOwnEndAfterwards) {
     first->Abort();
     second->SendBytes(WireBytes(5, ""));
     WalkUntilLogged(2);
-    WalkUntilLogged(3, 20ms);
+    WalkUntilLogged(3, 100ms);
     server->log.emplace_back("walked");
   };
   first->SendBytes(WireBytes(1, ""));
