@@ -4,7 +4,6 @@
 #include <utility>
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QPointer>
@@ -25,7 +24,7 @@ std::string CopyFile(const QString& from, const QString& to) {
   QFile source(from);
   QFile target(to);
   const auto failed = [](const QFile& file) {
-    return TextFromDisplay(QDir::toNativeSeparators(file.fileName()) + ": " + file.errorString());
+    return TextFromDisplay(file.fileName() + ": " + file.errorString());
   };
   if (!source.open(QIODevice::ReadOnly)) return TextFromDisplay(source.errorString());
   if (!target.open(QIODevice::WriteOnly)) return failed(target);
@@ -92,8 +91,7 @@ LocationDatabase::Reading LocationDatabase::Read(const QString& file,
   if (!QFileInfo(file).isFile()) return {nullptr, "there is no such file"};
   QTemporaryDir folder(temporaryFolder + "/corvane-location-XXXXXX");
   if (!folder.isValid()) {
-    return {nullptr, TextFromDisplay(QDir::toNativeSeparators(temporaryFolder) + ": " +
-                                     folder.errorString())};
+    return {nullptr, TextFromDisplay(temporaryFolder + ": " + folder.errorString())};
   }
   const QString name = folder.filePath("copy.mmdb");
   if (std::string fault = CopyFile(file, name); !fault.empty()) return {nullptr, std::move(fault)};
@@ -106,7 +104,7 @@ LocationDatabase::Reading LocationDatabase::Read(const QString& file,
 
 void LocationDatabase::Take(Reading reading) {
   myIsReading = false;
-  const std::string name = TextFromDisplay(QDir::toNativeSeparators(myFile));
+  const std::string name = TextFromDisplay(myFile);
   if (reading.copy) {
     myCopy = std::move(reading.copy);
     myHasToldOfBadData = false;

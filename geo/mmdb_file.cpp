@@ -1,8 +1,11 @@
 #include "geo/mmdb_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <iterator>
 #include <span>
+#include <string_view>
 #include <utility>
 
 #include <QDateTime>
@@ -64,14 +67,43 @@ std::string CountryOf(const std::string& code) {
   return TextFromDisplay(QLocale::territoryToString(territory));
 }
 
+// Names that Windows knows by an older one only.
+constexpr std::pair<std::string_view, const char*> kOlderZoneNames[] = {
+    {"Africa/Asmara", "Africa/Asmera"},
+    {"America/Argentina/Buenos_Aires", "America/Buenos_Aires"},
+    {"America/Argentina/Catamarca", "America/Catamarca"},
+    {"America/Argentina/Cordoba", "America/Cordoba"},
+    {"America/Argentina/Jujuy", "America/Jujuy"},
+    {"America/Argentina/Mendoza", "America/Mendoza"},
+    {"America/Atikokan", "America/Coral_Harbour"},
+    {"America/Indiana/Indianapolis", "America/Indianapolis"},
+    {"America/Kentucky/Louisville", "America/Louisville"},
+    {"America/Nuuk", "America/Godthab"},
+    {"Asia/Ho_Chi_Minh", "Asia/Saigon"},
+    {"Asia/Kathmandu", "Asia/Katmandu"},
+    {"Asia/Kolkata", "Asia/Calcutta"},
+    {"Asia/Yangon", "Asia/Rangoon"},
+    {"Atlantic/Faroe", "Atlantic/Faeroe"},
+    {"Europe/Kyiv", "Europe/Kiev"},
+    {"Pacific/Chuuk", "Pacific/Truk"},
+    {"Pacific/Kanton", "Pacific/Enderbury"},
+    {"Pacific/Pohnpei", "Pacific/Ponape"},
+};
+
+QTimeZone ZoneOf(const std::string& name) {
+  const QByteArray id = QByteArray::fromStdString(name);
+  if (const QTimeZone zone(id); zone.isValid()) return zone;
+  const auto* const older =
+      std::ranges::find(kOlderZoneNames, name, &std::pair<std::string_view, const char*>::first);
+  return older != std::end(kOlderZoneNames) ? QTimeZone(older->second) : QTimeZone("UTC" + id);
+}
+
 // Hours and minutes as "+1" or "-3:30", for a name such as "Europe/Oslo" or "+01:00"; empty for
 // anything else.
 std::string OffsetOf(const std::string& name) {
   // Qt makes a path of it.
   if (name.empty() || name.find('.') != std::string::npos) return {};
-  const QByteArray id = QByteArray::fromStdString(name);
-  QTimeZone zone(id);
-  if (!zone.isValid()) zone = QTimeZone("UTC" + id);
+  const QTimeZone zone = ZoneOf(name);
   if (!zone.isValid()) return {};
   const int minutes = zone.offsetFromUtc(QDateTime::currentDateTimeUtc()) / 60;
   std::string text = (minutes < 0 ? "-" : "+") + std::to_string(std::abs(minutes) / 60);
