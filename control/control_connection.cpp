@@ -44,16 +44,17 @@ void ControlConnection::ScheduleRequest() {
 
 void ControlConnection::TakeRequest() {
   if (myAwaitsAnswer || IsBehind() || mySocket.state() != QLocalSocket::ConnectedState) return;
-  if (!mySocket.canReadLine()) {
-    if (mySocket.bytesAvailable() <= kMostRequest) return;
+  if (!mySocket.canReadLine() && mySocket.bytesAvailable() <= kMostRequest) return;
+  // A pipe may have brought more than was to be kept, and the line's end in it.
+  const QByteArray line = mySocket.readLine(kMostRequest + 1);
+  if (!line.endsWith('\n')) {
     return AnswerAndClose(
         RefusalLine("a request of more than 1 MiB; expected is one JSON object "
                     "in a line"));
   }
-  const QByteArray line = mySocket.readLine(kMostRequest + 1).trimmed();
   myIdle.start(kMostIdle);
   myAwaitsAnswer = true;
-  Requested(*this, line);
+  Requested(*this, line.trimmed());
   ScheduleRequest();
 }
 
