@@ -1,10 +1,13 @@
 #include "console/wnd_main.h"
 
+#include <system_error>
+
 #include <QApplication>
 #include <QTcpServer>
 #include <QTimer>
 
 #include "tests/console/console_fixture.h"
+#include "tests/support/socket_errors.h"
 
 namespace corvane {
 namespace {
@@ -73,7 +76,8 @@ TEST_F(WndMainTest, SaysOnStandardErrorWhyItDoesNotListen) {
   const struct {
     QString port;
     std::string words;
-  } cases[] = {{taken, "Address already in use"}, {"70000", "there is no such port"}};
+  } cases[] = {{taken, std::system_category().message(kAddressInUse)},
+               {"70000", "there is no such port"}};
   for (const auto& row : cases) {
     myWindow->sSocket->StopListening();
     myApp.Settings().SetValue("AttachedPort", row.port.toStdString());

@@ -361,6 +361,7 @@ TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
             "ok;2000;North;");
   QFile settings(file + ".xml");
   EXPECT_TRUE(settings.open(QIODevice::ReadOnly) && settings.readAll().contains("AttachedNIC"));
+  settings.close();
   EXPECT_FALSE(QFile::exists(file + ".part"));
   struct Row {
     QStringList arguments;

@@ -29,7 +29,6 @@ TEST_F(LogFileTest, LinesAreEscapedAndOldOnesGo) {
   LogFile log(path);
   log.WriteLine("one\ntwo\x1B[31m \xC3\xA4");
   EXPECT_TRUE(EndsIn("one\\ntwo\\x1b[31m \xC3\xA4\n"));
-  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), 0);
   for (int line = 0; line < 7 * 110; ++line) {
     log.WriteLine(std::to_string(line) + std::string(100'000, '.'));
     // Faster than lines are kept back for.
@@ -44,22 +43,6 @@ TEST_F(LogFileTest, LinesAreEscapedAndOldOnesGo) {
     EXPECT_LE(file.size(), kMost);
   }
   EXPECT_EQ(files.last().fileName(), "test.log.5");
-}
-
-TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
-  LogFile log(path);
-  log.WriteLine("before");
-  EXPECT_TRUE(EndsIn("before\n"));
-  ASSERT_TRUE(QDir(folder.filePath("logs")).removeRecursively());
-  // A folder where the file belongs.
-  ASSERT_TRUE(QDir().mkpath(path));
-  for (int line = 0; line < 2000; ++line)
-    log.WriteLine(std::string(1000, '.'));
-  EXPECT_TRUE(log.Last(1).empty());
-  ASSERT_TRUE(QDir().rmdir(path));
-  PumpFor(std::chrono::milliseconds(1500));
-  log.WriteLine("after");
-  EXPECT_TRUE(EndsIn(" lines dropped)\nafter\n"));
 }
 
 }  // namespace

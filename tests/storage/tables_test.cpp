@@ -217,7 +217,7 @@ TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
     EXPECT_FALSE(networks.Add("a", "b", 1, true) || networks.Change("a", "b", 1, true) ||
                  networks.Delete("a"));
     EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                testing::MatchesRegex("(database: database is locked\n)+"));
+                testing::StartsWith("database: database is locked\n"));
   }
   EXPECT_TRUE(bans.IsBanned("10.0.0.1"));
 }

@@ -1,0 +1,44 @@
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <gtest/gtest.h>
+
+#include "framework/log_file.h"
+#include "tests/support/test_client.h"
+
+namespace corvane {
+namespace {
+
+class LogFileLinuxTest : public testing::Test {
+ protected:
+  // Whether the file comes to end in the text.
+  bool EndsIn(const QByteArray& text) {
+    return PumpUntil([&] {
+      QFile file(path);
+      return file.open(QIODevice::ReadOnly) && file.readAll().endsWith(text);
+    });
+  }
+
+  QTemporaryDir folder;
+  QString path = folder.filePath("logs/test.log");
+};
+
+TEST_F(LogFileLinuxTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
+  LogFile log(path);
+  log.WriteLine("before");
+  EXPECT_TRUE(EndsIn("before\n"));
+  EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), 0);
+  ASSERT_TRUE(QDir(folder.filePath("logs")).removeRecursively());
+  // A folder where the file belongs.
+  ASSERT_TRUE(QDir().mkpath(path));
+  for (int line = 0; line < 2000; ++line)
+    log.WriteLine(std::string(1000, '.'));
+  EXPECT_TRUE(log.Last(1).empty());
+  ASSERT_TRUE(QDir().rmdir(path));
+  PumpFor(std::chrono::milliseconds(1500));
+  log.WriteLine("after");
+  EXPECT_TRUE(EndsIn(" lines dropped)\nafter\n"));
+}
+
+}  // namespace
+}  // namespace corvane
