@@ -23,8 +23,12 @@ until_true() {
 
 # The visible window of exactly that title, once there is one.
 window_titled() {
-  timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | tail -n 1 ||
-    fail "no window of the title $1 came"
+  local tries
+  # A window that goes while it looks ends the search.
+  for ((tries = 0; tries < 5; tries++)); do
+    if timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | tail -n 1; then return; fi
+  done
+  fail "no window of the title $1 came"
 }
 
 is_gone() { ! xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
