@@ -1,0 +1,48 @@
+// Feeds files to AppSettings: what it reads it finds by any letter case, and what it writes it
+// reads back the same.
+
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include "framework/text.h"
+#include "storage/app_settings.h"
+
+namespace {
+
+using namespace corvane;
+
+void Expect(bool holds, const char* what) {
+  if (holds) return;
+  std::fprintf(stderr, "fault: %s\n", what);
+  std::abort();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const QTemporaryDir folder;
+  AppSettings settings(folder.path());
+  QFile file(*settings.File());
+  Expect(file.open(QIODevice::WriteOnly | QIODevice::Truncate), "the file can be written");
+  file.write(reinterpret_cast<const char*>(data), static_cast<qint64>(size));
+  file.close();
+
+  settings.Load();
+  const std::vector<std::pair<std::string, std::string>> read = settings.Values();
+  for (const auto& [name, value] : read)
+    Expect(settings.GetValue(FoldText(name), "none") == value, "a value by its folded name");
+  Expect(settings.Values() == read, "asking for what is there adds nothing");
+
+  settings.SetValue("AttachedPort", "12001");
+  AppSettings again(folder.path());
+  again.Load();
+  Expect(again.Values() == settings.Values(), "what was written is read back");
+  return 0;
+}
