@@ -1,0 +1,199 @@
+"""The clients' end of the wire: many connections that one thread reads and writes, and what each of
+them heard, told apart by whom it came from."""
+
+import contextlib
+import selectors
+import socket
+import struct
+import time
+from typing import Callable, Dict, List, Optional, Tuple
+
+import wire
+
+LEFT = b"left"  # in what is heard of a member: its end
+
+# Linux: a connection in this state is closed without a word to the other end.
+TCP_REPAIR = 19
+PATIENCE = 120.0  # seconds; ends a hang, decides nothing
+
+
+class Difference(Exception):
+    """What is, and what should be."""
+
+
+class Pump:
+    """Waits for all that the soak reads and writes, and serves it."""
+
+    def __init__(self) -> None:
+        self.selector = selectors.DefaultSelector()
+
+    def watch(self, file: object, events: int, serve: Callable[[int], None]) -> None:
+        with contextlib.suppress(KeyError):
+            self.selector.unregister(file)
+        if events:
+            self.selector.register(file, events, serve)
+
+    def turn(self, seconds: float = 0.0) -> bool:
+        ready = self.selector.select(seconds)
+        for key, events in ready:
+            key.data(events)
+        return bool(ready)
+
+    def until(self, condition: Callable[[], bool], what: Callable[[], str],
+              patience: float = PATIENCE) -> None:
+        end = time.monotonic() + patience
+        while not condition():
+            if time.monotonic() > end:
+                raise Difference(f"not within {patience:.0f} s: {what()}")
+            self.turn(0.02)
+
+    def rest(self, seconds: float) -> None:
+        end = time.monotonic() + seconds
+        while (left := end - time.monotonic()) > 0:
+            self.turn(left)
+
+
+class Connection:
+    """One client's connection, and what it heard since the last look:
+
+    heard: of each source what it said, in order. A source is a member's name (records, then LEFT),
+        or "#" and the beginning of a message's text.
+    answers: what answers its own messages, but for BYE, which is counted: an operator may say it.
+    notices: kicks and bans.
+    """
+
+    def __init__(self, pump: Pump, port: int, address: str, label: str,
+                 receive_buffer: Optional[int] = None):
+        self.pump = pump
+        self.label = label
+        self.heard: Dict[bytes, List[bytes]] = {}
+        self.answers: List[Tuple[int, bytes]] = []
+        self.notices: List[Tuple[int, bytes]] = []
+        self.byes = 0
+        self.at_a_notice: Callable[[], None] = lambda: None
+        self.is_open = True
+        self.may_end = False  # the server may end it
+        self.is_ending = False
+        self.is_reading = True
+        self.out = bytearray()
+        self.stream = wire.Stream()
+        self.socket = socket.socket()
+        self.socket.setblocking(False)
+        if receive_buffer:
+            self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_RCVBUF, receive_buffer)
+        self.socket.setsockopt(socket.IPPROTO_TCP, socket.TCP_NODELAY, 1)
+        self.socket.bind((address, 0))
+        self.socket.connect_ex(("127.0.0.1", port))
+        self.peer_name = "%s:%d" % self.socket.getsockname()
+        self.watch()
+
+    def watch(self) -> None:
+        events = (selectors.EVENT_READ if self.is_reading else 0) | \
+            (selectors.EVENT_WRITE if self.out else 0)
+        self.pump.watch(self.socket, events, self.serve)
+
+    def serve(self, events: int) -> None:
+        if events & selectors.EVENT_WRITE and self.is_open:
+            self.flush()
+        if events & selectors.EVENT_READ and self.is_open:
+            self.receive()
+
+    # ---- doing
+
+    def send(self, data: bytes) -> None:
+        had = bool(self.out)
+        self.out += data
+        if not had and self.is_open:
+            self.flush()
+            if self.out:
+                self.watch()
+
+    def flush(self) -> None:
+        try:
+            while self.out:
+                del self.out[:self.socket.send(self.out)]
+            if self.is_ending:
+                self.socket.shutdown(socket.SHUT_WR)
+        except BlockingIOError:
+            return
+        except OSError:
+            self.out.clear()  # reading tells how it ended
+        if self.is_open:
+            self.watch()
+
+    def stall(self) -> None:
+        self.is_reading = False
+        self.watch()
+
+    def resume(self) -> None:
+        self.is_reading = True
+        if self.is_open:
+            self.watch()
+
+    def half_close(self) -> None:
+        """As soon as all is sent."""
+        self.may_end = True
+        self.is_ending = True
+        if not self.out:
+            self.flush()
+
+    def reset(self) -> None:
+        self.socket.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
+        self.end()
+
+    def vanish(self) -> bool:
+        """Goes without a word, where the system lets us."""
+        try:
+            self.socket.setsockopt(socket.IPPROTO_TCP, TCP_REPAIR, 1)
+        except OSError:
+            return False
+        self.end()
+        return True
+
+    def end(self) -> None:
+        if not self.is_open:
+            return
+        self.is_open = False
+        self.pump.watch(self.socket, 0, self.serve)
+        self.socket.close()
+
+    # ---- hearing
+
+    def receive(self) -> None:
+        try:
+            data = self.socket.recv(1 << 18)
+        except BlockingIOError:
+            return
+        except OSError:
+            data = b""
+        if data:
+            self.take(data)
+            return
+        self.end()
+        if not self.may_end:
+            raise Difference(f"{self.label}: the server has ended the connection")
+
+    def take(self, data: bytes) -> None:
+        heard = self.heard
+        for command, payload in self.stream.take(data):
+            # The two forms of a record differ in their commas.
+            if command == wire.MEMBER and payload.count(b",") == 5:
+                source = payload[:payload.index(b"|")]
+                if source in heard:
+                    heard[source].append(payload)
+                else:
+                    heard[source] = [payload]
+            elif command == wire.LEFT:
+                heard.setdefault(payload, []).append(LEFT)
+            elif command == wire.MESSAGE:
+                source = b"#" + payload.partition(b"#")[0]
+                heard.setdefault(source, []).append(payload)
+            elif command == wire.BYE:
+                self.byes += 1
+                if payload != b"BYE":
+                    raise Difference(f"{self.label}: BYE is {payload!r}")
+            elif command == wire.KICK or command == wire.BAN:
+                self.notices.append((command, payload))
+                self.at_a_notice()
+            else:
+                self.answers.append((command, payload))
