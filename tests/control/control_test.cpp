@@ -313,11 +313,16 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
       return followed.find("] " + line + "\n") != std::string::npos;
     });
   };
+  // However long it takes to start.
+  EXPECT_TRUE(PumpUntil([&] {
+    QTimer::singleShot(0, &control, [this] { log.Write("are you there?"); });
+    followed += follower.readAll().toStdString();
+    return !followed.empty();
+  })) << follower.readAllStandardError().toStdString();
   QLocalSocket deaf;  // follows, too, and reads nothing
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
-  PumpFor(std::chrono::milliseconds(300));
   EXPECT_TRUE(myWindow->Actions().MakeAdmin(*myWindow->Users().ClientAt(0)));
   ann->Send(10, "Bob|go\nnow");
   EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
