@@ -64,7 +64,7 @@ corvane_install(corvane-map)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-map)
 install(TARGETS corvane-map DESTINATION bin)
 install(FILES docs/map.md DESTINATION share/doc/corvane-map)
-install(DIRECTORY docs/images DESTINATION share/doc/corvane-map FILES_MATCHING PATTERN map*.png)
+install(DIRECTORY docs/images DESTINATION share/doc/corvane-map FILES_MATCHING PATTERN *map*.png)
 
 set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})
