@@ -16,7 +16,7 @@ from typing import Callable, Dict, Iterator, List, Optional, Sequence
 
 sys.path.append(str(Path(__file__).resolve().parent.parent / "scripts"))
 from servers import (PASSWORD, PROGRAMS, Failure, end, free_port, listening,  # noqa: E402
-                     make_data_folder, running, server_on)
+                     make_data_folder, running, server_on, wait_until)
 
 # Those that report, and those that only wait.
 NETWORKS = [f"{kind}{number}" for number in range(1, 101) for kind in ("Bench", "Idle")]
@@ -107,8 +107,13 @@ class Bench:
     def swarm(self, target: Target, *arguments: object, seconds: Optional[float] = None) -> dict:
         """One run; returns what it found. A run in which anything was lost is an error."""
         seconds = seconds or self.seconds
+        before = target.descriptors()
         with self.start_swarm(target, *arguments, "--seconds", seconds) as process:
-            return finish(process, target, seconds + 120)
+            found = finish(process, target, seconds + 120)
+        # The next run's members must not hear of these leaving. A file or two may have been opened.
+        wait_until(lambda: target.descriptors() <= before + 3, 30,
+                   f"the clients of the {target.name} did not leave")
+        return found
 
     @contextlib.contextmanager
     def idle(self, target: Target, networks: int, users: int,
