@@ -12,6 +12,7 @@ constexpr qint64 kMostRequest = qint64{1} << 20;  // bytes, without the line end
 constexpr qint64 kMostUnread = qint64{1} << 20;
 constexpr std::chrono::seconds kMostIdle(30);
 constexpr std::chrono::seconds kMostReading(1);  // of a last answer
+constexpr std::chrono::milliseconds kGathering(20);
 
 }  // namespace
 
@@ -27,8 +28,14 @@ ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
     if (!myAwaitsAnswer && !myFollows) mySocket.abort();
   });
   myIdle.start(kMostIdle);
+  myGathering.setSingleShot(true);
+  connect(&myGathering, &QTimer::timeout, this, &ControlConnection::SendGathered);
   // Some may have come already.
   ScheduleRequest();
+}
+
+ControlConnection::~ControlConnection() {
+  SendGathered();
 }
 
 void ControlConnection::ScheduleRequest() {
@@ -59,13 +66,19 @@ void ControlConnection::TakeRequest() {
 }
 
 bool ControlConnection::IsBehind() const {
-  return mySocket.bytesToWrite() > kMostUnread;
+  return mySocket.bytesToWrite() + myGathered.size() > kMostUnread;
 }
 
 void ControlConnection::Send(const QByteArray& line) {
-  if (mySocket.state() != QLocalSocket::ConnectedState) return;
-  mySocket.write(line);
-  mySocket.write("\n");
+  myGathered += line;
+  myGathered += '\n';
+  SendGathered();
+}
+
+void ControlConnection::SendGathered() {
+  const QByteArray lines = std::exchange(myGathered, {});
+  if (lines.isEmpty() || mySocket.state() != QLocalSocket::ConnectedState) return;
+  mySocket.write(lines);
   mySocket.flush();  // as far as it goes without waiting
 }
 
@@ -89,11 +102,10 @@ void ControlConnection::StartFollowing() {
 
 void ControlConnection::SendFollowed(const QByteArray& line) {
   if (!myFollows) return;
-  if (IsBehind()) {
-    mySocket.abort();
-  } else {
-    Send(line);
-  }
+  if (IsBehind()) return mySocket.abort();
+  myGathered += line;
+  myGathered += '\n';
+  if (!myGathering.isActive()) myGathering.start(kGathering);
 }
 
 }  // namespace corvane

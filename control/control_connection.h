@@ -18,6 +18,7 @@ class ControlConnection : public QObject {
  public:
   // Takes over the socket.
   ControlConnection(QLocalSocket* socket, QObject* parent);
+  ~ControlConnection() override;
 
   // Event: a request, which is to be answered once, now or later. No other is taken until then.
   std::function<void(ControlConnection&, const QByteArray& line)> Requested;
@@ -34,12 +35,17 @@ class ControlConnection : public QObject {
   void TakeRequest();
   bool IsBehind() const;
   void Send(const QByteArray& line);
+  void SendGathered();
 
   QLocalSocket& mySocket;
   QTimer myIdle;
   bool myIsScheduled = false;
   bool myAwaitsAnswer = false;
   bool myFollows = false;
+  // Lines that are followed go together a moment later: a log may have thousands a second, and each
+  // by itself costs a system call and wakes its reader.
+  QByteArray myGathered;
+  QTimer myGathering;
 };
 
 }  // namespace corvane
