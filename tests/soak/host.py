@@ -18,12 +18,14 @@ from typing import Dict, Iterator, List, Optional
 
 sys.path.append(str(Path(__file__).resolve().parents[2] / "scripts"))
 import servers  # noqa: E402
-from clients import PATIENCE, Difference, Pump  # noqa: E402
+from clients import Difference, Pump  # noqa: E402
 from model import Model  # noqa: E402
 
 # What a server says on standard error when nothing is wrong with it.
 EXPECTED = ("Rules in force: ", "database: ")
 FATAL = "An exception of class NilObjectException was not handled."
+
+STORED_WITHIN = 45.0  # seconds; the server tries every ten
 
 SANITIZERS = {
     # Memory that was given back is kept for a while to find its late use: little, so that what
@@ -141,7 +143,7 @@ class Server:
 
     def check_database(self, model: Model, file: Optional[Path] = None) -> None:
         """Waits a while: what could not be stored at once may still come."""
-        end = time.monotonic() + PATIENCE
+        end = time.monotonic() + STORED_WITHIN
         while (fault := self.database_fault(model, file)) and file is None:
             if time.monotonic() > end:
                 break

@@ -294,14 +294,19 @@ class Model:
 
     # ---- the end of a step
 
-    def settle(self, played: Iterable[Session], is_cut: bool = False) -> None:
-        """Holds what was heard against what was said. `is_cut`: the server was killed, so that
-        anybody may have missed the end."""
-        played = list(played)
+    def settle(self, played: List[Session], is_cut: bool = False) -> None:
+        """Holds what was heard against what was said, and begins a step. `is_cut`: the server was
+        killed, so that anybody may have missed the end."""
+        self.hold(played, is_cut)
+        self.begin_step()
+
+    def hold(self, played: List[Session], is_cut: bool = False) -> None:
         if not is_cut:
             self.resolve_abrupt(played)
         for session in played:
             self.check(session, is_cut)
+
+    def begin_step(self) -> None:
         for network in self.networks + self.gone:
             network.said = {}
             network.abrupt = []
@@ -326,11 +331,13 @@ class Model:
     def resolve_abrupt(self, played: List[Session]) -> None:
         """Of one who was cut off, whatever number of reports counts; the same for all."""
         for network in self.networks + self.gone:
-            for source in network.abrupt:
-                whole = [s for s in network.members if s.connection.is_reading and s.hears()
+            members = set(played).intersection(network.members)
+            for source in list(network.abrupt):
+                whole = [s for s in members if s.connection.is_reading and s.hears()
                          and not s.spans[-1].begins_late and s.name != source]
                 if not whole:
                     continue
+                network.abrupt.remove(source)
                 got = whole[0].connection.heard.get(source, [])[len(whole[0].owed.get(source, [])):]
                 said = network.said[source]
                 if source and got != said[:len(got) - 1] + [LEFT]:

@@ -598,7 +598,7 @@ class Play:
             connection = session.connection
             self.pump.until(lambda: connection.byes >= session.byes,
                             lambda: f"{connection.label} is answered: {connection.byes} "
-                                    f"of {session.byes}")
+                                    f"of {session.byes}; {connection.queues()}")
 
     def settle(self) -> None:
         for session in self.leaving:
@@ -616,14 +616,17 @@ class Play:
         # What the first round is answered behind is done, what the second, is delivered.
         for _ in range(2):
             self.ask_around(self.model.sessions)
-        played = self.model.sessions + self.leaving
-        for session in self.model.sessions:
-            if session.half is not None or session.state == "refused":
-                self.pump.until(lambda: not self.model.missing(session),
-                                lambda: f"{session.connection.label} hears "
-                                        f"{self.model.missing(session)}")
+        # Who cannot be asked comes last: what is lost shows at the others, and at once.
+        late = [s for s in self.model.sessions if s.half is not None or s.state == "refused"]
+        played = [s for s in self.model.sessions + self.leaving if s not in late]
         self.count(played)
-        self.model.settle(played)
+        self.model.hold(played)
+        for session in late:
+            self.pump.until(lambda: not self.model.missing(session),
+                            lambda: f"{session.connection.label} hears "
+                                    f"{self.model.missing(session)}")
+        self.count(late)
+        self.model.settle(late)
         self.leaving = []
 
     def count(self, played: List[Session]) -> None:
