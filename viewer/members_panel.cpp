@@ -24,32 +24,7 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
   myProxy.setSortRole(MembersModel::kSortRole);
   myProxy.setFilterKeyColumn(MembersModel::kName);
   myProxy.setFilterCaseSensitivity(Qt::CaseInsensitive);
-  // Before the list itself hears of it, which would select a neighbour, whom the next action hits.
-  connect(&myProxy, &QAbstractItemModel::rowsAboutToBeRemoved, this,
-          [this](const QModelIndex&, int first, int last) {
-            const int row = lstMembers->currentIndex().row();
-            if (first <= row && row <= last) SetCurrent({});
-          });
-  lstMembers->setModel(&myProxy);
-  lstMembers->setSortingEnabled(true);
-  lstMembers->sortByColumn(MembersModel::kName, Qt::AscendingOrder);
-  lstMembers->setSelectionBehavior(QAbstractItemView::SelectRows);
-  lstMembers->setSelectionMode(QAbstractItemView::SingleSelection);
-  lstMembers->setTabKeyNavigation(false);
-  lstMembers->setShowGrid(false);
-  lstMembers->setAlternatingRowColors(true);
-  lstMembers->setWordWrap(false);
-  lstMembers->verticalHeader()->hide();
-  lstMembers->verticalHeader()->setDefaultSectionSize(lstMembers->fontMetrics().height() + 6);
-  QHeaderView* header = lstMembers->horizontalHeader();
-  header->setHighlightSections(false);
-  const int digit = fontMetrics().horizontalAdvance('0');
-  for (const int column : {MembersModel::kX, MembersModel::kY, MembersModel::kHp})
-    header->resizeSection(column, 6 * digit);
-  header->resizeSection(MembersModel::kName, 14 * digit);
-  header->resizeSection(MembersModel::kFacet, 7 * digit);
-  header->resizeSection(MembersModel::kState, 9 * digit);
-  header->setStretchLastSection(true);
+  SetUpList();
 
   auto* column = new QVBoxLayout(this);
   column->setContentsMargins({});
@@ -78,6 +53,35 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
           [this](QPoint position) { OpenMenu(position); });
 }
 
+void MembersPanel::SetUpList() {
+  // Before the list itself hears of it, which would select a neighbour, whom the next action hits.
+  connect(&myProxy, &QAbstractItemModel::rowsAboutToBeRemoved, this,
+          [this](const QModelIndex&, int first, int last) {
+            const int row = lstMembers->currentIndex().row();
+            if (first <= row && row <= last) SetCurrent({});
+          });
+  lstMembers->setModel(&myProxy);
+  lstMembers->setSortingEnabled(true);
+  lstMembers->sortByColumn(MembersModel::kName, Qt::AscendingOrder);
+  lstMembers->setSelectionBehavior(QAbstractItemView::SelectRows);
+  lstMembers->setSelectionMode(QAbstractItemView::SingleSelection);
+  lstMembers->setTabKeyNavigation(false);
+  lstMembers->setShowGrid(false);
+  lstMembers->setAlternatingRowColors(true);
+  lstMembers->setWordWrap(false);
+  lstMembers->verticalHeader()->hide();
+  lstMembers->verticalHeader()->setDefaultSectionSize(lstMembers->fontMetrics().height() + 6);
+  QHeaderView* header = lstMembers->horizontalHeader();
+  header->setHighlightSections(false);
+  const int digit = fontMetrics().horizontalAdvance('0');
+  for (const int column : {MembersModel::kX, MembersModel::kY, MembersModel::kHp})
+    header->resizeSection(column, 6 * digit);
+  header->resizeSection(MembersModel::kName, 14 * digit);
+  header->resizeSection(MembersModel::kFacet, 7 * digit);
+  header->resizeSection(MembersModel::kState, 9 * digit);
+  header->setStretchLastSection(true);
+}
+
 void MembersPanel::Select(const Member* member) {
   myIsTelling = false;
   QModelIndex index;
@@ -90,7 +94,7 @@ void MembersPanel::Select(const Member* member) {
   myIsTelling = true;
 }
 
-void MembersPanel::SetCurrent(const QModelIndex& index) {
+void MembersPanel::SetCurrent(const QModelIndex& index) const {
   lstMembers->selectionModel()->setCurrentIndex(
       index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }

@@ -32,8 +32,9 @@ class MembersPanel : public QWidget {
   QTableView* lstMembers;
 
  private:
+  void SetUpList();
   const client::Member* MemberAt(const QModelIndex& index) const;
-  void SetCurrent(const QModelIndex& index);
+  void SetCurrent(const QModelIndex& index) const;
   void Activate(const QModelIndex& index);
   void OpenMenu(QPoint position);
 
