@@ -1,29 +1,11 @@
 #include <QDir>
-#include <QFile>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
 
-#include "framework/log_file.h"
-#include "tests/support/test_client.h"
+#include "tests/framework/log_file_fixture.h"
 
 namespace corvane {
 namespace {
 
-class LogFileLinuxTest : public testing::Test {
- protected:
-  // Whether the file comes to end in the text.
-  bool EndsIn(const QByteArray& text) {
-    return PumpUntil([&] {
-      QFile file(path);
-      return file.open(QIODevice::ReadOnly) && file.readAll().endsWith(text);
-    });
-  }
-
-  QTemporaryDir folder;
-  QString path = folder.filePath("logs/test.log");
-};
-
-TEST_F(LogFileLinuxTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
+TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
   LogFile log(path);
   log.WriteLine("before");
   EXPECT_TRUE(EndsIn("before\n"));

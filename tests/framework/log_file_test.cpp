@@ -1,28 +1,10 @@
-#include "framework/log_file.h"
-
 #include <QDir>
 #include <QFileInfo>
-#include <QTemporaryDir>
-#include <gtest/gtest.h>
 
-#include "tests/support/test_client.h"
+#include "tests/framework/log_file_fixture.h"
 
 namespace corvane {
 namespace {
-
-class LogFileTest : public testing::Test {
- protected:
-  // Whether the file comes to end in the text.
-  bool EndsIn(const QByteArray& text) {
-    return PumpUntil([&] {
-      QFile file(path);
-      return file.open(QIODevice::ReadOnly) && file.readAll().endsWith(text);
-    });
-  }
-
-  QTemporaryDir folder;
-  QString path = folder.filePath("logs/test.log");
-};
 
 TEST_F(LogFileTest, LinesAreEscapedAndOldOnesGo) {
   constexpr qint64 kMost = qint64{10} << 20;
