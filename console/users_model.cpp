@@ -1,21 +1,32 @@
 #include "console/users_model.h"
 
 #include <algorithm>
+#include <chrono>
 #include <utility>
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
 
 namespace corvane {
+namespace {
+
+// Not noticeable to the eye.
+constexpr std::chrono::milliseconds kGatheringTime{20};
+
+}  // namespace
+
+UsersModel::UsersModel() {
+  myUpdating.setSingleShot(true);
+  myUpdating.setInterval(kGatheringTime);
+  connect(&myUpdating, &QTimer::timeout, this, &UsersModel::Update);
+}
 
 void UsersModel::LogIn(std::string_view userName, std::string_view networkName,
                        std::weak_ptr<ClientSocket> client) {
   if (!myNumbers.try_emplace(FoldText(userName), myNextNumber).second) return;
-  const int row = rowCount();
-  beginInsertRows({}, row, row);
   myRows.push_back(std::make_unique<Row>(
       Row{myNextNumber++, std::string(userName), std::string(networkName), std::move(client)}));
-  endInsertRows();
+  UpdateLater();
 }
 
 void UsersModel::LogOut(std::string_view userName, std::string_view networkName) {
@@ -25,18 +36,56 @@ void UsersModel::LogOut(std::string_view userName, std::string_view networkName)
       std::lower_bound(myRows.begin(), myRows.end(), entry->second,
                        [](const auto& row, std::uint64_t number) { return row->number < number; });
   if (!SameText((*found)->networkName, networkName)) return;
-  const int row = static_cast<int>(found - myRows.begin());
-  beginRemoveRows({}, row, row);
   myNumbers.erase(entry);
-  myRows.erase(found);
-  endRemoveRows();
+  if (found - myRows.begin() >= myShown) {
+    myRows.erase(found);
+    return;
+  }
+  (*found)->hasLeft = true;
+  ++myLeft;
+  UpdateLater();
 }
 
 void UsersModel::Clear() {
   beginResetModel();
+  myUpdating.stop();
   myRows.clear();
+  myShown = 0;
+  myLeft = 0;
   myNumbers.clear();
   endResetModel();
+}
+
+void UsersModel::UpdateLater() {
+  if (!myUpdating.isActive()) myUpdating.start();
+}
+
+void UsersModel::Update() {
+  myUpdating.stop();
+  RemoveThoseWhoLeft();
+  const int count = static_cast<int>(myRows.size());
+  if (count == myShown) return;
+  beginInsertRows({}, myShown, count - 1);
+  myShown = count;
+  endInsertRows();
+}
+
+void UsersModel::RemoveThoseWhoLeft() {
+  const auto hasLeft = [this](int row) { return myRows[static_cast<std::size_t>(row)]->hasLeft; };
+  // From the end, so that fewer pointers move.
+  for (int last = myShown - 1; myLeft > 0; --last) {
+    if (!hasLeft(last)) continue;
+    int first = last;
+    while (first > 0 && hasLeft(first - 1))
+      --first;
+    beginRemoveRows({}, first, last);
+    myRows.erase(myRows.begin() + first, myRows.begin() + last + 1);
+    const int count = last + 1 - first;
+    myShown -= count;
+    myLeft -= count;
+    endRemoveRows();
+    last = first;
+  }
 }
 
 std::shared_ptr<ClientSocket> UsersModel::ClientAt(int row) const {
@@ -45,7 +94,7 @@ std::shared_ptr<ClientSocket> UsersModel::ClientAt(int row) const {
 }
 
 int UsersModel::rowCount(const QModelIndex& parent) const {
-  return parent.isValid() ? 0 : static_cast<int>(myRows.size());
+  return parent.isValid() ? 0 : myShown;
 }
 
 int UsersModel::columnCount(const QModelIndex& parent) const {

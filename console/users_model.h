@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <QAbstractTableModel>
+#include <QTimer>
 
 namespace corvane {
 
@@ -17,13 +18,19 @@ class ClientSocket;
 // The logged-in users as rows of a list: user name, name of the network, and the session, held
 // weakly. A log-in adds a row unless there is one of that user name, whatever its network; a
 // log-out removes the row of that name and that network only. This asymmetry is deliberate. No
-// case makes a second row of one name, so an index by name finds the row of either.
+// case makes a second row of one name, so an index by name finds the row of either. Both only take
+// note: rows come and go together, a moment later, so that many who come and go cost the view one
+// layout, and who does both meanwhile costs it nothing.
 class UsersModel : public QAbstractTableModel {
  public:
+  UsersModel();
+
   void LogIn(std::string_view userName, std::string_view networkName,
              std::weak_ptr<ClientSocket> client);
   void LogOut(std::string_view userName, std::string_view networkName);
   void Clear();
+  // Has the rows tell all that was noted.
+  void Update();
 
   // The row's session; none for a row that does not exist and for a session that is gone.
   std::shared_ptr<ClientSocket> ClientAt(int row) const;
@@ -39,12 +46,19 @@ class UsersModel : public QAbstractTableModel {
     std::string userName;
     std::string networkName;
     std::weak_ptr<ClientSocket> client;
+    bool hasLeft = false;
   };
+
+  void UpdateLater();
+  void RemoveThoseWhoLeft();
 
   // Rows are pointed to, so that closing a gap moves one pointer a row.
   std::vector<std::unique_ptr<Row>> myRows;
+  int myShown = 0;  // the view knows so many; the others are to come
+  int myLeft = 0;   // of those, so many are to go
   std::unordered_map<std::string, std::uint64_t> myNumbers;  // by folded user name
   std::uint64_t myNextNumber = 0;
+  QTimer myUpdating;
 };
 
 }  // namespace corvane

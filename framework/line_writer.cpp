@@ -27,14 +27,17 @@ LineWriter::~LineWriter() {
 
 void LineWriter::WriteLine(std::string_view line) {
   if (myClosed) return;
-  std::string next = Escaped(line) + '\n';
-  if (myDropped > 0) next.insert(0, "(" + std::to_string(myDropped) + " lines dropped)\n");
-  if (myKept.size() + next.size() > kMaxKept) {
+  const std::string next = Escaped(line);
+  std::string dropped;
+  if (myDropped > 0) dropped = "(" + std::to_string(myDropped) + " lines dropped)\n";
+  if (myKept.size() + dropped.size() + next.size() + 1 > kMaxKept) {
     ++myDropped;
     return;
   }
   myDropped = 0;
+  myKept += dropped;
   myKept += next;
+  myKept += '\n';
   if (!myWriting.isActive()) myWriting.start();
 }
 

@@ -12,7 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kSlice = 4ms;                              // between two turns of Qt's loop
-constexpr auto kLinger = 200us;                           // for more, before Qt gets its turn
 constexpr auto kHandlerPatience = 2ms;                    // before a handler's loop gives way
 constexpr unsigned kGiveWayStride = 64;                   // elements between two looks at the clock
 constexpr unsigned kPollStride = 8;                       // messages between two looks at the clock
@@ -71,13 +70,9 @@ void PollLoop::RunSlice() {
   try {
     const ScopedFlag inSlice(myIsInSlice);
     const auto end = Clock::now() + kSlice;
-    do {
-      while (RunPass(end) && Clock::now() < end) {
-      }
-      Flush();
-      // A turn of Qt's loop costs more than most messages: more may be on its way.
-      if (!HasWork()) CollectReady(kLinger);
-    } while (!myPending.empty() && !myIsStopped && Clock::now() < end);
+    while (RunPass(end) && Clock::now() < end) {
+    }
+    Flush();
   } catch (...) {
     myUnhandled();
   }

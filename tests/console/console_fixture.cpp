@@ -103,6 +103,11 @@ bool ConsoleTest::Shows(const std::string& line) {
   });
 }
 
+std::vector<std::string> ConsoleTest::Users() {
+  myWindow->Users().Update();
+  return RowTexts(myWindow->Users());
+}
+
 std::string ConsoleTest::Query(const std::string& statements) {
   return OtherProgram(myFolder.filePath("serverdb.rsd")).Run(statements);
 }
@@ -111,6 +116,7 @@ std::unique_ptr<TestClient> ConsoleTest::LoggedIn(const std::string& user,
                                                   const std::string& network, const char* from) {
   auto client = std::make_unique<TestClient>(myWindow->sSocket->Port(), from);
   EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
+  myWindow->Users().Update();
   return client;
 }
 

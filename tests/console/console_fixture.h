@@ -51,7 +51,7 @@ class ConsoleTest : public testing::Test {
   explicit ConsoleTest(bool isHardened = false);
 
   // The rows of the users' list, "name|network".
-  std::vector<std::string> Users() { return RowTexts(myWindow->Users()); }
+  std::vector<std::string> Users();
   // Whether the status log comes to hold the line, its time aside.
   bool Shows(const std::string& line);
   std::string Query(const std::string& statements);

@@ -1,5 +1,11 @@
 #include "console/users_model.h"
 
+#include <string>
+#include <vector>
+
+#include <QAbstractItemModelTester>
+#include <QSignalSpy>
+
 #include "tests/console/console_fixture.h"
 
 namespace corvane {
@@ -7,28 +13,55 @@ namespace {
 
 using testing::ElementsAre;
 
+std::vector<std::string> RowsNow(UsersModel& model) {
+  model.Update();
+  return RowTexts(model);
+}
+
 TEST(UsersModel, LogInGoesByNameAndLogOutByNameAndNetwork) {
   UsersModel model;
   model.LogIn("Ann", "North", {});
   model.LogIn("ANN", "South", {});
   model.LogIn("", "North", {});
-  EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North", "|North"));
+  EXPECT_THAT(RowsNow(model), ElementsAre("Ann|North", "|North"));
   model.LogOut("Ann", "South");
   model.LogOut("Nobody", "North");
-  EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North", "|North"));
+  EXPECT_THAT(RowsNow(model), ElementsAre("Ann|North", "|North"));
   model.LogOut("aNN", "NORTH");
-  EXPECT_THAT(RowTexts(model), ElementsAre("|North"));
+  EXPECT_THAT(RowsNow(model), ElementsAre("|North"));
   model.LogIn("Ann", "South", {});
-  EXPECT_THAT(RowTexts(model), ElementsAre("|North", "Ann|South"));
+  EXPECT_THAT(RowsNow(model), ElementsAre("|North", "Ann|South"));
 }
 
 TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
   UsersModel model;
   for (int i = 0; i < 100; ++i)
     model.LogIn("user" + std::to_string(i), "North", {});
+  model.Update();
   for (int i = 0; i < 98; ++i)
     model.LogOut("user" + std::to_string(i * 37 % 100), "North");
-  EXPECT_THAT(RowTexts(model), ElementsAre("user26|North", "user63|North"));
+  EXPECT_THAT(RowsNow(model), ElementsAre("user26|North", "user63|North"));
+  model.Clear();
+  model.LogIn("user26", "North", {});
+  EXPECT_THAT(RowsNow(model), ElementsAre("user26|North"));
+}
+
+TEST(UsersModel, RowsComeAndGoTogether) {
+  UsersModel model;
+  const QAbstractItemModelTester tester(&model,
+                                        QAbstractItemModelTester::FailureReportingMode::Fatal);
+  for (const char* user : {"Ann", "Ben", "Cid", "Dan"})
+    model.LogIn(user, "North", {});
+  model.Update();
+  const QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
+  for (const char* user : {"Ben", "Cid"})
+    model.LogOut(user, "North");
+  for (const char* user : {"Eve", "Cid"})
+    model.LogIn(user, "South", {});
+  model.LogOut("Eve", "South");
+  EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North", "Ben|North", "Cid|North", "Dan|North"));
+  EXPECT_THAT(RowsNow(model), ElementsAre("Ann|North", "Dan|North", "Cid|South"));
+  EXPECT_EQ(removals.count(), 1);
 }
 
 }  // namespace
