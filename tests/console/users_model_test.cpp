@@ -42,6 +42,7 @@ TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
     model.LogOut("user" + std::to_string(i * 37 % 100), "North");
   EXPECT_THAT(RowsNow(model), ElementsAre("user26|North", "user63|North"));
   model.Clear();
+  EXPECT_EQ(model.rowCount(), 0);
   model.LogIn("user26", "North", {});
   EXPECT_THAT(RowsNow(model), ElementsAre("user26|North"));
 }
