@@ -8,8 +8,8 @@ namespace {
 
 constexpr std::size_t kSmallRoom = BufferPool::kSmallest - sizeof(Block);
 constexpr std::size_t kLargeRoom = BufferPool::kLargestKept - sizeof(Block);
-// A slice of fewer bytes is copied: that costs less than to keep count of it, and little memory is
-// held by many slices.
+// Behind other bytes, a slice of fewer is copied: that costs less than to send a piece more, and
+// little memory is held by many slices.
 constexpr std::size_t kWorthSharing = 512;
 constexpr std::size_t kMostKeptSlices = 16;  // room for the next ones
 
@@ -38,7 +38,8 @@ bool OutputQueue::Append(std::string_view bytes) {
 }
 
 bool OutputQueue::Append(const Slice& slice) {
-  if (slice.Size() < kWorthSharing && !ContinuesLast(slice)) return Append(slice.Bytes());
+  const bool isWorthIt = IsEmpty() || slice.Size() >= kWorthSharing || ContinuesLast(slice);
+  if (!isWorthIt) return Append(slice.Bytes());
   Push(slice);
   return true;
 }

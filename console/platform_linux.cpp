@@ -8,6 +8,9 @@
 namespace corvane {
 
 void ChoosePlatform(int argc, const char* const* argv) {
+  // Each report may take a turn of the loop, and GLib's turns cost more than Qt's own. Nothing here
+  // needs GLib's.
+  if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
   const auto isPlatform = [](std::string_view argument) {
     return argument == "-platform" || argument == "--platform";
   };
