@@ -417,6 +417,8 @@ class Play:
                 self.model.bans.remove(next(
                     b for b in bans if (b.address.encode(), b.reason.encode()) ==
                     (row[1], row[3])))
+        # Who comes from there next finds it lifted, also if the server is stopped meanwhile.
+        self.ask_around([session])
 
     def operate(self, targets: List[Player], rng: random.Random,
                 may_message: bool) -> List[Player]:
@@ -601,7 +603,8 @@ class Play:
             connection = session.connection
             self.pump.until(lambda: connection.byes >= session.byes,
                             lambda: f"{connection.label} is answered: {connection.byes} "
-                                    f"of {session.byes}; {connection.queues()}")
+                                    f"of {session.byes}; notices {connection.notices!r}; "
+                                    f"{connection.queues()}")
 
     def settle(self) -> None:
         for session in self.leaving:
