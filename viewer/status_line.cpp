@@ -64,10 +64,11 @@ QString StatusLine::StateText() {
       break;
   }
   const QString as = VisibleText(where.account.userName);
-  return tr("%1 in %2 on %3, %4 others")
+  const auto others = myConnection.Others().Count();
+  return tr("%1 in %2 on %3, %4")
       .arg(myConnection.IsAdministrator() ? tr("%1 (administrator)").arg(as) : as,
-           VisibleText(where.account.network), host)
-      .arg(myConnection.Others().Count());
+           VisibleText(where.account.network), host,
+           others == 1 ? tr("1 other") : tr("%1 others").arg(others));
 }
 
 void StatusLine::ShowPlace(std::optional<QPointF> place) const {

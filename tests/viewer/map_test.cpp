@@ -12,6 +12,7 @@ constexpr QRgb kAlive = 0xff1b7fd4;
 constexpr QRgb kFighting = 0xffe86a0c;
 constexpr QRgb kDead = 0xffb31e3c;
 constexpr QRgb kStale = 0xff8a8f96;
+constexpr QRgb kTrail = 0xff5b2a86;
 
 class MapViewTest : public MapTest {
  protected:
@@ -21,6 +22,11 @@ class MapViewTest : public MapTest {
     Map().Advance(Clock::now() + seconds(5));
     Map().Refresh();
     return Painted().pixel(OnMap(place));
+  }
+  // Whether a level trail goes through the place. Its line is two pixels high and need not begin
+  // where one does: it covers the place's pixel or the one above.
+  bool IsInATrail(QPointF place) {
+    return ColourAt(place) == kTrail || Painted().pixel(OnMap(place) - QPoint(0, 1)) == kTrail;
   }
   QPointF Middle() { return Map().mapToScene(Map().viewport()->rect().center()); }
   double Scale() { return Map().transform().m11(); }
@@ -98,7 +104,8 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   EXPECT_NEAR(Middle().y(), 1550, 20);
   EXPECT_FALSE(shows({3000, 2000}));
 
-  QTest::mouseMove(Map().viewport(), QPoint(50, 60));
+  // By way of the window: of a widget it would be the system's own pointer, and that may be there.
+  QTest::mouseMove(myWindow->windowHandle(), Map().viewport()->mapTo(&*myWindow, QPoint(50, 60)));
   const QPointF place = Map().mapToScene(50, 60);
   EXPECT_EQ(myWindow->stsLine->lblPlace->text(), QStringLiteral("%1, %2")
                                                      .arg(std::floor(place.x()), 0, 'f', 0)
@@ -145,9 +152,8 @@ TEST_F(MapViewTest, LeavesATrailForWhomItIsWanted) {
   cy->Send(4, "200,300,0,50,0,0");
   ASSERT_TRUE(Knows("Bob", {200, 100, 0, 50, false, false}));
   ASSERT_TRUE(Knows("Cy", {200, 300, 0, 50, false, false}));
-  constexpr QRgb kTrail = 0xff5b2a86;
-  EXPECT_EQ(ColourAt({150, 100}), kTrail);
-  EXPECT_NE(ColourAt({150, 300}), kTrail);
+  EXPECT_TRUE(IsInATrail({150, 100}));
+  EXPECT_FALSE(IsInATrail({150, 300}));
 }
 
 }  // namespace
