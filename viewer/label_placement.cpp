@@ -16,26 +16,41 @@ std::int64_t Key(int column, int row) {
   return static_cast<std::int64_t>(column) << 32 | static_cast<std::uint32_t>(row);
 }
 
-}  // namespace
-
-bool LabelPlacement::Take(const QRect& place) {
-  const int left = Cell(place.left(), kCellWidth);
+// Calls `act` for the key of each cell that the place touches, until it returns false.
+template <typename Act>
+bool ForEachCell(const QRect& place, Act act) {
   const int right = Cell(place.right(), kCellWidth);
-  const int top = Cell(place.top(), kCellHeight);
   const int bottom = Cell(place.bottom(), kCellHeight);
-  const auto meets = [&](const QRect& taken) { return taken.intersects(place); };
-  for (int x = left; x <= right; ++x) {
-    for (int y = top; y <= bottom; ++y) {
-      const auto cell = myCells.find(Key(x, y));
-      if (cell != myCells.end() && std::any_of(cell->second.begin(), cell->second.end(), meets))
-        return false;
+  for (int x = Cell(place.left(), kCellWidth); x <= right; ++x) {
+    for (int y = Cell(place.top(), kCellHeight); y <= bottom; ++y) {
+      if (!act(Key(x, y))) return false;
     }
   }
-  for (int x = left; x <= right; ++x) {
-    for (int y = top; y <= bottom; ++y)
-      myCells[Key(x, y)].push_back(place);
-  }
   return true;
+}
+
+}  // namespace
+
+void LabelPlacement::Avoid(const QRect& place) {
+  ForEachCell(place, [&](std::int64_t cell) {
+    myCells[cell].push_back(place);
+    return true;
+  });
+}
+
+bool LabelPlacement::Take(const QRect& place) {
+  if (!myWindow.contains(place) || !IsFree(place)) return false;
+  Avoid(place);
+  return true;
+}
+
+bool LabelPlacement::IsFree(const QRect& place) const {
+  return ForEachCell(place, [&](std::int64_t key) {
+    const auto cell = myCells.find(key);
+    return cell == myCells.end() ||
+           std::none_of(cell->second.begin(), cell->second.end(),
+                        [&](const QRect& taken) { return taken.intersects(place); });
+  });
 }
 
 }  // namespace corvane::viewer

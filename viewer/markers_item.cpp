@@ -12,6 +12,7 @@ using client::Member;
 
 constexpr int kLabelGap = MarkerArt::kRadius + 1;
 constexpr int kLabelMargin = 3;
+constexpr int kDisc = 6;       // a marker from its middle to its edge
 constexpr double kReach = 10;  // how far beside a marker a click still means it
 
 QSize LabelSize(const Marker& marker) {
@@ -20,6 +21,12 @@ QSize LabelSize(const Marker& marker) {
 
 QRect LabelRect(const Marker& marker, QPointF at) {
   return {at.toPoint() + marker.labelPlace, LabelSize(marker)};
+}
+
+// What a name must not hide.
+QRect MarkerRect(QPointF at) {
+  constexpr QPoint kHalf(kDisc, kDisc);
+  return {at.toPoint() - kHalf, at.toPoint() + kHalf};
 }
 
 // Takes the first free place to the right of the marker, the left, above or below; whether there
@@ -57,7 +64,7 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   }
   painter->setFont(myFont);
   const std::vector<Shown> visible = Visible(toView, widget->rect());
-  if (myPlacesLabels) ChooseLabels(visible);
+  if (myPlacesLabels) ChooseLabels(visible, widget->rect());
   DrawTrails(*painter, toView);
   for (const Shown& shown : visible)
     myArt.Draw(*painter, shown.at, ShapeOf(shown.marker->member->report), shown.marker->isStale);
@@ -86,9 +93,11 @@ std::vector<MarkersItem::Shown> MarkersItem::Visible(const QTransform& toView,
 }
 
 // Whoever is selected or followed has his name in any case.
-void MarkersItem::ChooseLabels(const std::vector<Shown>& visible) {
+void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& window) {
   myPlacesLabels = false;
-  LabelPlacement placement;
+  LabelPlacement placement(window);
+  for (const Shown& shown : visible)
+    placement.Avoid(MarkerRect(shown.at));
   const auto stands = [this](const Shown& shown) {
     const Member* member = shown.marker->member;
     return member == myHighlights.selected || member == myHighlights.followed;

@@ -40,7 +40,7 @@ class MarkersItem : public QGraphicsItem {
   };
 
   std::vector<Shown> Visible(const QTransform& toView, const QRectF& window) const;
-  void ChooseLabels(const std::vector<Shown>& visible);
+  void ChooseLabels(const std::vector<Shown>& visible, const QRect& window);
   void DrawTrails(QPainter& painter, const QTransform& toView) const;
   void DrawLabel(QPainter& painter, const Shown& shown) const;
   static void LayOut(Marker& marker, const QFont& font);

@@ -26,10 +26,12 @@ TEST(Motion, WalksEvenlyToWhereItIsSaidToBeAndLeapsFarWays) {
   EXPECT_EQ(motion.At(start + milliseconds(6000)), QPointF(5000, 8));
 }
 
-TEST(LabelPlacement, GivesNoPlaceTwice) {
-  LabelPlacement placement;
+TEST(LabelPlacement, GivesNoPlaceTwiceNorAtAMarkerNorAtTheEdge) {
+  LabelPlacement placement({-400, -100, 800, 200});
+  placement.Avoid({300, 0, 10, 10});
   EXPECT_TRUE(placement.Take({-300, -10, 500, 20}));
-  for (const QRect& meets : {QRect(-301, -29, 2, 20), QRect(199, 9, 5, 5), QRect(-50, 0, 2, 2)})
+  for (const QRect& meets : {QRect(-301, -29, 2, 20), QRect(199, 9, 5, 5), QRect(-50, 0, 2, 2),
+                             QRect(260, 9, 60, 14), QRect(-401, 30, 50, 14)})
     EXPECT_FALSE(placement.Take(meets));
   for (const QRect& isFree : {QRect(-301, -30, 2, 20), QRect(200, 9, 5, 5)})
     EXPECT_TRUE(placement.Take(isFree));
