@@ -61,6 +61,11 @@ void MembersPanel::SetUpList() {
             if (first <= row && row <= last) SetCurrent({});
           });
   lstMembers->setModel(&myProxy);
+  // Or the list would make its first row the current one when it gets the keyboard: the map would
+  // leave its place, and a member be selected that no row shows as such.
+  const auto haveNone = [this] { lstMembers->setCurrentIndex({}); };
+  haveNone();
+  connect(&myProxy, &QAbstractItemModel::modelReset, this, haveNone);
   lstMembers->setSortingEnabled(true);
   lstMembers->sortByColumn(MembersModel::kName, Qt::AscendingOrder);
   lstMembers->setSelectionBehavior(QAbstractItemView::SelectRows);

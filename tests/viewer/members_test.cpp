@@ -33,6 +33,11 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   const auto middle = [&] {
     return myWindow->map->mapToScene(myWindow->map->viewport()->rect().center());
   };
+  List()->setFocus();
+  EXPECT_EQ(myWindow->Shown().selected, nullptr) << "the keyboard alone selects nobody";
+  QTest::keyClick(List(), Qt::Key_Down);
+  EXPECT_EQ(myWindow->Shown().selected, Find("Bob"));
+  EXPECT_TRUE(List()->selectionModel()->isRowSelected(0));
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_LT((middle() - QPointF(5000, 3000)).manhattanLength(), 5);
   EXPECT_EQ(myWindow->Facet(), 2);
