@@ -27,6 +27,7 @@ BansDialog::BansDialog(QWidget& owner)
   lstBans->setShowGrid(false);
   lstBans->verticalHeader()->hide();
   lstBans->horizontalHeader()->setSectionResizeMode(2, QHeaderView::Stretch);
+  lstBans->horizontalHeader()->setHighlightSections(false);
   lstBans->horizontalHeader()->resizeSection(0, 130);
   lstBans->horizontalHeader()->resizeSection(3, 140);
   btnLift->setEnabled(false);
@@ -56,10 +57,11 @@ void BansDialog::Show(const client::BanList& list) {
     lstBans->item(row, 0)->setData(Qt::UserRole, DisplayText(ban.id));
     ++row;
   }
-  myCount->setText(list.leftOut == 0 ? tr("%1 bans").arg(list.bans.size())
-                                     : tr("%1 bans, and %2 entries that cannot be shown")
-                                           .arg(list.bans.size())
-                                           .arg(list.leftOut));
+  const QString count = row == 1 ? tr("1 ban") : tr("%1 bans").arg(row);
+  myCount->setText(
+      list.leftOut == 0
+          ? count
+          : tr("%1, and %2 entries that cannot be shown").arg(count).arg(list.leftOut));
 }
 
 void BansDialog::LiftSelected() const {

@@ -119,7 +119,9 @@ void ConnectDialog::Try() {
 void ConnectDialog::ShowFailure(const QString& text) {
   SetTrying(false);
   lblMessage->setText(text);
+  // What is typed next takes the place of what was refused.
   txtPassword->setFocus();
+  txtPassword->selectAll();
 }
 
 void ConnectDialog::SetTrying(bool isTrying) {

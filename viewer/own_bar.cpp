@@ -27,6 +27,10 @@ OwnBar::OwnBar(OwnPosition& position, QWidget* parent)
   for (QWidget* field : std::initializer_list<QWidget*>{spnHp, chkBattle, chkDead}) {
     addWidget(field);
     field->setEnabled(false);
+    // Not every style leaves room between them.
+    auto* gap = new QWidget(this);
+    gap->setFixedWidth(6);
+    addWidget(gap);
   }
   connect(chkSend, &QCheckBox::toggled, this, [this](bool isOn) {
     for (QWidget* field : std::initializer_list<QWidget*>{spnHp, chkBattle, chkDead})

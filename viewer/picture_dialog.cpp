@@ -1,6 +1,7 @@
 #include "viewer/picture_dialog.h"
 
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QImageReader>
@@ -100,7 +101,8 @@ void PictureDialog::Choose() {
   MapPicture picture;
   if (!rdoNone->isChecked()) {
     picture.kind = rdoImage->isChecked() ? MapPicture::Kind::Image : MapPicture::Kind::Tiles;
-    picture.path = txtPath->text();
+    // As for --map: it is remembered.
+    picture.path = QFileInfo(txtPath->text()).absoluteFilePath();
     picture.corner = {spnLeft->value(), spnTop->value()};
     picture.unitsPerPixel = spnScale->value();
   }
