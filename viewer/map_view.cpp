@@ -80,6 +80,11 @@ void MapView::HasMoved() {
   Scene()->ForgetTileRequests();
   Scene()->Markers().PlaceLabels();
   viewport()->update();
+  TellPointer();
+}
+
+void MapView::TellPointer() const {
+  if (myPointer && PointerMoved) PointerMoved(mapToScene(*myPointer));
 }
 
 void MapView::ShowAll() {
@@ -141,6 +146,7 @@ void MapView::KeepFollowing() {
   if (marker->facet != Scene()->Facet() && FacetLeft) FacetLeft(marker->facet);
   if (mapFromScene(marker->place) == viewport()->rect().center()) return;
   centerOn(marker->place);
+  TellPointer();
 }
 
 void MapView::Advance(Clock::time_point now) {
@@ -169,7 +175,8 @@ void MapView::mousePressEvent(QMouseEvent* event) {
 }
 
 void MapView::mouseMoveEvent(QMouseEvent* event) {
-  if (PointerMoved) PointerMoved(mapToScene(event->pos()));
+  myPointer = event->pos();
+  TellPointer();
   if (!myDragFrom) return;
   if (!myIsDrag && (event->pos() - myPressed).manhattanLength() < QApplication::startDragDistance())
     return;
@@ -220,6 +227,7 @@ void MapView::keyPressEvent(QKeyEvent* event) {
 
 void MapView::leaveEvent(QEvent* event) {
   QGraphicsView::leaveEvent(event);
+  myPointer.reset();
   if (PointerMoved) PointerMoved(std::nullopt);
 }
 

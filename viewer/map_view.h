@@ -22,7 +22,7 @@ class MapView : public QGraphicsView {
   std::function<void(const client::Member&)> MemberClicked;
   // A click that met nobody.
   std::function<void(QPointF place)> PlaceClicked;
-  // The pointer is over that place; over none once it has left.
+  // The pointer is over that place, where it or the map was moved; over none once it has left.
   std::function<void(std::optional<QPointF> place)> PointerMoved;
   // The member that is followed is on another facet now.
   std::function<void(int facet)> FacetLeft;
@@ -69,6 +69,7 @@ class MapView : public QGraphicsView {
   void Pan(QPoint by);
   void HasMoved();
   void KeepFollowing();
+  void TellPointer() const;
 
   MarkerBoard& myBoard;
   Highlights& myHighlights;
@@ -76,6 +77,7 @@ class MapView : public QGraphicsView {
   QTimer myFrames;
   QTimer myLabels;
   QRubberBand myBand;
+  std::optional<QPoint> myPointer;
   std::optional<QPoint> myDragFrom;
   QPoint myPressed;
   bool myIsDrag = false;

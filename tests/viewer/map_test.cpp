@@ -106,10 +106,14 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
 
   // By way of the window: of a widget it would be the system's own pointer, and that may be there.
   QTest::mouseMove(myWindow->windowHandle(), Map().viewport()->mapTo(&*myWindow, QPoint(50, 60)));
-  const QPointF place = Map().mapToScene(50, 60);
-  EXPECT_EQ(myWindow->stsLine->lblPlace->text(), QStringLiteral("%1, %2")
-                                                     .arg(std::floor(place.x()), 0, 'f', 0)
-                                                     .arg(std::floor(place.y()), 0, 'f', 0));
+  // Also where it is the map that moves below it.
+  for (const Qt::Key key : {Qt::Key_unknown, Qt::Key_Right}) {
+    if (key != Qt::Key_unknown) QTest::keyClick(&Map(), key);
+    const QPointF place = Map().mapToScene(50, 60);
+    EXPECT_EQ(myWindow->stsLine->lblPlace->text(), QStringLiteral("%1, %2")
+                                                       .arg(std::floor(place.x()), 0, 'f', 0)
+                                                       .arg(std::floor(place.y()), 0, 'f', 0));
+  }
 }
 
 TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
