@@ -42,7 +42,9 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
                        "the map a pixel is."),
        "X,Y,SCALE", "0,0,1"},
   });
-  const QCommandLineOption help = parser.addHelpOption();
+  // Not Qt's own, which lists a --help-all besides, of what only Qt could tell.
+  const QCommandLineOption help({"h", "help"}, OptionTexts::tr("Show this help."));
+  parser.addOption(help);
   const QCommandLineOption version = parser.addVersionOption();
 
   if (!parser.parse(arguments)) return {{}, parser.errorText(), 2};

@@ -43,8 +43,10 @@ PictureDialog::PictureDialog(int facet, const MapPicture& picture, QWidget& owne
   txtPath->setAccessibleName(tr("File or folder"));
   txtPath->setMinimumWidth(320);
   LayOut();
-  for (QRadioButton* choice : {rdoNone, rdoImage, rdoTiles})
+  for (QRadioButton* choice : {rdoNone, rdoImage, rdoTiles}) {
+    if (choice->isChecked()) choice->setFocus();
     connect(choice, &QRadioButton::toggled, this, [this] { Check(); });
+  }
   connect(txtPath, &QLineEdit::textChanged, this, [this] { Check(); });
   connect(btnBrowse, &QPushButton::clicked, this, [this] { Browse(); });
   connect(btnOK, &QPushButton::clicked, this, [this] { Choose(); });

@@ -4,11 +4,12 @@
 
 namespace corvane::viewer {
 
-// A program with windows has no console there.
+// A program with windows has no console there. The columns of help are made for letters of one
+// width.
 void TellCaller(const QString& text, int exitCode) {
-  QMessageBox box(exitCode == 0 ? QMessageBox::Information : QMessageBox::Warning, QString(), text,
-                  QMessageBox::Ok);
-  box.setTextFormat(Qt::PlainText);
+  QMessageBox box(exitCode == 0 ? QMessageBox::Information : QMessageBox::Warning, QString(),
+                  "<pre>" + text.toHtmlEscaped() + "</pre>", QMessageBox::Ok);
+  box.setTextFormat(Qt::RichText);
   box.exec();
 }
 
