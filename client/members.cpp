@@ -16,6 +16,7 @@ void Members::Take(const MemberRecord& record, bool isNews, Clock::time_point no
     myIsIncomplete = true;
     return;
   }
+  const bool hasPlace = isNews || record.report != Report{};
   std::string key = FoldText(record.name);
   const auto place = myMembers.find(key);
   if (place == myMembers.end()) {
@@ -23,10 +24,10 @@ void Members::Take(const MemberRecord& record, bool isNews, Clock::time_point no
       myIsIncomplete = true;
       return;
     }
-    const Member& added =
-        myMembers
-            .emplace(std::move(key), Member{std::string(record.name), record.report, now, true})
-            .first->second;
+    const Member& added = myMembers
+                              .emplace(std::move(key), Member{std::string(record.name),
+                                                              record.report, now, hasPlace, true})
+                              .first->second;
     for (MembersWatcher* watcher : myWatchers)
       watcher->Added(added);
     return;
@@ -37,6 +38,7 @@ void Members::Take(const MemberRecord& record, bool isNews, Clock::time_point no
   member.name = record.name;
   member.report = record.report;
   member.news = now;
+  member.hasPlace = hasPlace;
   for (MembersWatcher* watcher : myWatchers)
     watcher->Changed(member);
 }

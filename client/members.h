@@ -18,7 +18,10 @@ struct Member {
   std::string name;
   Report report;
   Clock::time_point news;  // when the report last changed or was sent anew
-  bool isListed = false;   // told of since the list was asked for
+  // Whether it has reported. The list tells of who has not as of a report of zeros; nobody stands
+  // there with no hit points and neither fighting nor dead.
+  bool hasPlace = false;
+  bool isListed = false;  // told of since the list was asked for
 };
 
 // What Members tells those who watch it.

@@ -31,7 +31,6 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
       myRecent(recent) {
   setObjectName(QStringLiteral("ConnectDialog"));
   setWindowTitle(tr("Connect"));
-  setAttribute(Qt::WA_DeleteOnClose);
   spnPort->setRange(1, 65535);
   spnPort->setValue(RecentServer().port);
   txtPassword->setEchoMode(QLineEdit::Password);
@@ -135,6 +134,7 @@ void ConnectDialog::SetTrying(bool isTrying) {
 
 void ConnectDialog::reject() {
   if (std::exchange(myIsTrying, false) && GivenUp) GivenUp();
+  ShowFailure({});
   QDialog::reject();
 }
 

@@ -15,8 +15,8 @@
 
 namespace corvane::viewer {
 
-// Asks where to log in and as whom. It stays open while the program tries, says what was refused,
-// and closes when the user is in.
+// Asks where to log in and as whom. It stays open while the program tries, and says what was
+// refused. It keeps what was typed when the user closes it, so that it can be opened again.
 class ConnectDialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(corvane::viewer::ConnectDialog)
 
@@ -28,7 +28,7 @@ class ConnectDialog : public QDialog {
   // The user gives up while the program tries.
   std::function<void()> GivenUp;
 
-  // The attempt failed.
+  // The attempt is over; the text says why.
   void ShowFailure(const QString& text);
 
   // The controls, in tab order. The dialog owns them.

@@ -14,10 +14,11 @@ LogIn::LogIn(client::Connection& connection, Settings& settings, QWidget& window
     : myConnection(connection), mySettings(settings), myWindow(window) {}
 
 void LogIn::Ask() {
-  if (myDialog) return;
-  myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
-  myDialog->Wanted = [this](const RecentServer& server, bool keeps) { Try(server, keeps); };
-  myDialog->GivenUp = [this] { myConnection.Close(); };
+  if (myDialog == nullptr) {
+    myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
+    myDialog->Wanted = [this](const RecentServer& server, bool keeps) { Try(server, keeps); };
+    myDialog->GivenUp = [this] { myConnection.Close(); };
+  }
   myDialog->open();
 }
 
@@ -36,8 +37,12 @@ void LogIn::Try(const RecentServer& server, bool keepsDigest) {
 
 void LogIn::Follow() {
   if (myConnection.CurrentState() != State::Online) return;
-  if (const auto server = std::exchange(myUnproven, std::nullopt)) mySettings.Remember(*server);
-  if (myDialog) myDialog->accept();
+  const auto server = std::exchange(myUnproven, std::nullopt);
+  // A connection that came back by itself takes no dialog away from whoever types into it.
+  if (!server) return;
+  mySettings.Remember(*server);
+  myDialog->accept();
+  std::exchange(myDialog, nullptr)->deleteLater();
 }
 
 void LogIn::End(const client::Ending& ending) {

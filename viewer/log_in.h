@@ -4,7 +4,6 @@
 #include <optional>
 
 #include <QCoreApplication>
-#include <QPointer>
 #include <QWidget>
 
 #include "client/connection.h"
@@ -23,7 +22,7 @@ class LogIn {
   // A line for the pane of messages, which writes out what cannot be seen.
   std::function<void(const QString&)> Says;
 
-  // Opens the dialog, unless it is open.
+  // Opens the dialog, with what was typed into it if no attempt has worked since.
   void Ask();
   void Try(const RecentServer& server, bool keepsDigest);
 
@@ -36,7 +35,7 @@ class LogIn {
   client::Connection& myConnection;
   Settings& mySettings;
   QWidget& myWindow;
-  QPointer<ConnectDialog> myDialog;
+  ConnectDialog* myDialog = nullptr;       // the window owns it
   std::optional<RecentServer> myUnproven;  // to be remembered when it works
 };
 

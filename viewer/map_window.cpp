@@ -179,6 +179,7 @@ void MapWindow::WireActions() {
   on(actions->actFollow, [this] { ToggleFollow(); });
   onMember(actions->actTrail, [this](const Member& member) {
     myBoard.SetTrail(member, actions->actTrail->isChecked());
+    EnableActions();
   });
   onMember(actions->actKick, [this](const Member& member) { myAdministration.Kick(member.name); });
   onMember(actions->actBan, [this](const Member& member) { myAdministration.Ban(member.name); });

@@ -86,6 +86,7 @@ void MarkerBoard::SetTrail(const Member& member, bool isOn) {
 }
 
 void MarkerBoard::Added(const Member& member) {
+  if (!member.hasPlace) return;
   auto marker = std::make_unique<Marker>(member);
   myOrder.push_back(marker.get());
   myMarkers.emplace(&member, std::move(marker));
@@ -93,7 +94,16 @@ void MarkerBoard::Added(const Member& member) {
 }
 
 void MarkerBoard::Changed(const Member& member) {
-  Marker& marker = *Find(&member);
+  if (!member.hasPlace) {
+    TakeAway(member);
+    return;
+  }
+  Marker* const known = Find(&member);
+  if (known == nullptr) {
+    Added(member);
+    return;
+  }
+  Marker& marker = *known;
   const QPointF place = PlaceOf(member);
   marker.name = VisibleText(member.name, kMaxNameLength);
   marker.isStale = false;
@@ -115,7 +125,12 @@ void MarkerBoard::Changed(const Member& member) {
 
 void MarkerBoard::Removed(const Member& member) {
   if (Goes) Goes(member);
+  TakeAway(member);
+}
+
+void MarkerBoard::TakeAway(const Member& member) {
   const auto place = myMarkers.find(&member);
+  if (place == myMarkers.end()) return;
   std::erase(myOrder, place->second.get());
   std::erase(myMoving, place->second.get());
   myMarkers.erase(place);

@@ -41,7 +41,7 @@ struct Marker {
   std::unique_ptr<QStaticText> label;
 };
 
-// The markers of all members, on whichever facet. Moves them between reports.
+// The markers of all members that have a place, on whichever facet. Moves them between reports.
 class MarkerBoard : public client::MembersWatcher {
  public:
   static constexpr std::size_t kTrailPlaces = 500;
@@ -58,13 +58,13 @@ class MarkerBoard : public client::MembersWatcher {
   // changed since the last call.
   bool Advance(client::Clock::time_point now, int facet);
 
+  // Null where the member has no place yet.
   Marker* Find(const client::Member* member);
   // In the order in which they came, so that what is drawn over what stays the same.
   const std::vector<Marker*>& All() const { return myOrder; }
   // The smallest rectangle that holds everybody on the facet; null where nobody is.
   QRectF Extent(int facet) const;
-  // Whether anybody is on the way somewhere on any facet, or has changed.
-  bool IsBusy() const { return !myMoving.empty() || myHasChanged; }
+  // Does nothing where the member has no place yet.
   void SetTrail(const client::Member& member, bool isOn);
 
   void Added(const client::Member& member) override;
@@ -72,7 +72,7 @@ class MarkerBoard : public client::MembersWatcher {
   void Removed(const client::Member& member) override;
 
  private:
-  void StartMoving(Marker& marker);
+  void TakeAway(const client::Member& member);
 
   client::Members& myMembers;
   std::unordered_map<const client::Member*, std::unique_ptr<Marker>> myMarkers;

@@ -51,7 +51,7 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
   const bool sorts = role == kSortRole;
   if (role != Qt::DisplayRole && !sorts) return {};
   if (column == kName) return sorts ? row.name.toCaseFolded() : row.name;
-  if (row.member == nullptr) return {};
+  if (row.member == nullptr || (!row.member->hasPlace && column != kState)) return {};
   switch (column) {
     case kX:
       return row.member->report.x;
@@ -90,6 +90,7 @@ QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int 
 }
 
 QString MembersModel::StateOf(const Member& member) {
+  if (!member.hasPlace) return tr("No place yet");
   if (member.report.isDead) return tr("Dead");
   return member.report.inBattle ? tr("In battle") : tr("Alive");
 }

@@ -47,6 +47,19 @@ TEST_F(MembersTest, ARelayIsNewsAndAListIsOnlyWhereItDiffers) {
   EXPECT_THAT(Heard(), ElementsAre("-ANN"));
 }
 
+TEST_F(MembersTest, HaveAPlaceOnceTheyHaveReported) {
+  const auto hasPlace = [&] { return members.Find("Ann")->hasPlace; };
+  List("Ann");
+  EXPECT_FALSE(hasPlace()) << "the list has zeros for who has not reported";
+  List("Ann", 1);
+  EXPECT_TRUE(hasPlace());
+  List("Ann");
+  EXPECT_FALSE(hasPlace()) << "another of that name";
+  Relay("Ann");
+  List("Ann");
+  EXPECT_TRUE(hasPlace()) << "he stands at 0, 0";
+}
+
 TEST_F(MembersTest, AListTakesAwayWhomItLeavesOut) {
   for (const char* name : {"Ann", "Bob", "Cy"})
     Relay(name);

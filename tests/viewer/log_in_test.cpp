@@ -47,6 +47,18 @@ TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
   Click(Opened<ConnectDialog>("ConnectDialog")->btnCancel);
   EXPECT_EQ(State(), State::Offline);
   EXPECT_TRUE(PumpUntil([&] { return !silent.HasClient(); }));
+  // What was typed is still there.
+  myWindow->AskWhere();
+  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+  EXPECT_EQ(dialog->lblMessage->text(), "");
+  Click(dialog->btnConnect);
+  ASSERT_TRUE(silent.Accept());
+  ASSERT_TRUE(Reaches(State::LoggingIn));
+  const client::Destination& where = myWindow->Wire().Where();
+  EXPECT_EQ(where.port, silent.Port());
+  EXPECT_EQ(where.account.network, "North");
+  EXPECT_EQ(where.account.userName, "Ann");
+  EXPECT_EQ(where.account.passwordDigest, PasswordDigest("secret"));
 }
 
 TEST_F(LogInTest, RemembersServersAndTheDigestOnlyWhereWanted) {
@@ -88,10 +100,12 @@ TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
   auto server = std::make_unique<TestServer>();
   server->AddNetwork("North");
   const std::int32_t port = server->Port();
-  LogIn(port);
-  ASSERT_TRUE(Reaches(State::Online));
   TestClient bob(port);
   ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  LogIn(port);
+  ASSERT_TRUE(Reaches(State::Online));
+  ASSERT_TRUE(RowsAre({"Bob|||||No place yet"}));
+  EXPECT_TRUE(myWindow->Board().All().empty());
   bob.Send(4, "1,2,0,3,0,0");
   ASSERT_TRUE(RowsAre({"Bob|1|2|0|3|Alive"}));
   server.reset();
