@@ -17,12 +17,13 @@ using testing::ElementsAre;
 using Cause = Ending::Cause;
 using State = Connection::State;
 using std::chrono::milliseconds;
+using std::chrono::seconds;
 
 class ConnectionTest : public testing::Test {
  protected:
-  // Asks for the members so often.
-  explicit ConnectionTest(milliseconds refresh = milliseconds(30'000))
-      : connection({milliseconds(20), milliseconds(50), refresh, milliseconds(30'000)}) {
+  explicit ConnectionTest(Connection::Patience patience = {milliseconds(20), milliseconds(50),
+                                                           seconds(30), seconds(30)})
+      : connection(patience) {
     connection.HasEnded = [this](const Ending& ending) { endings.push_back(ending.cause); };
     connection.IsTold = [this](std::string_view text) { told.emplace_back(text); };
     connection.GetsBans = [this](const BanList& list) { bans = list.bans; };
@@ -52,7 +53,14 @@ class ConnectionTest : public testing::Test {
 
 class AskingConnectionTest : public ConnectionTest {
  protected:
-  AskingConnectionTest() : ConnectionTest(milliseconds(300)) {}
+  AskingConnectionTest()
+      : ConnectionTest({milliseconds(20), milliseconds(50), milliseconds(300), seconds(30)}) {}
+};
+
+// Does not come back before it is hurried.
+class PatientConnectionTest : public ConnectionTest {
+ protected:
+  PatientConnectionTest() : ConnectionTest({seconds(20), seconds(50), seconds(30), seconds(1)}) {}
 };
 
 TEST_F(ConnectionTest, SaysWhatTheServerRefuses) {
@@ -61,18 +69,20 @@ TEST_F(ConnectionTest, SaysWhatTheServerRefuses) {
   server.AddNetwork("Closed", "secret", 10, false);
   TestClient bob(server.Port());
   ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  Open(server.Port());
+  ASSERT_TRUE(IsSettled());
   Open(server.Port(), "Ann", "secret", "Closed");
-  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 1; }));
-  Open(server.Port(), "Ann", "wrong");
   ASSERT_TRUE(PumpUntil([&] { return endings.size() == 2; }));
-  Open(server.Port(), "BOB");
+  EXPECT_EQ(connection.CurrentState(), State::Offline) << "it was never in there";
+  Open(server.Port(), "Ann", "wrong");
   ASSERT_TRUE(PumpUntil([&] { return endings.size() == 3; }));
+  Open(server.Port(), "BOB");
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 4; }));
   server.Query("INSERT INTO bans (address) VALUES ('127.0.0.1')");
   Open(server.Port());
-  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 4; }));
-  EXPECT_THAT(endings, ElementsAre(Cause::NetworkRefused, Cause::PasswordRefused,
+  ASSERT_TRUE(PumpUntil([&] { return endings.size() == 5; }));
+  EXPECT_THAT(endings, ElementsAre(Cause::Left, Cause::NetworkRefused, Cause::PasswordRefused,
                                    Cause::UserNameRefused, Cause::AddressBanned));
-  EXPECT_EQ(connection.CurrentState(), State::Offline) << "it was never in";
 }
 
 TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
@@ -112,6 +122,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   EXPECT_TRUE(PumpUntil([&] { return server.Query("SELECT count(*) FROM bans") == "0;"; }));
 
   connection.Close();
+  EXPECT_FALSE(connection.IsAdministrator());
   EXPECT_EQ(connection.Others().Count(), 0U);
   EXPECT_TRUE(PumpUntil([&] { return server.SessionOf("Ann") == nullptr; }));
   EXPECT_THAT(endings, ElementsAre(Cause::Left));
@@ -134,6 +145,39 @@ TEST_F(ConnectionTest, ComesBackToAServerThatWasStartedAnew) {
   EXPECT_EQ(endings.back(), Cause::Unreachable);
 }
 
+TEST_F(PatientConnectionTest, PausesGrowUntilItIsOnlineAgain) {
+  FalseServer server;
+  Open(server.Port());
+  std::vector<std::int64_t> tensOfSeconds;
+  for (const bool letsIn : {true, false, false, true}) {
+    ASSERT_TRUE(server.Accept());
+    if (letsIn) {
+      server.LetIn();
+      ASSERT_TRUE(Reaches(State::Online));
+    }
+    server.HangUp();
+    ASSERT_TRUE(Reaches(State::Waiting));
+    tensOfSeconds.push_back((connection.RetryIn() + seconds(5)) / seconds(10));
+    connection.RetryNow();
+  }
+  EXPECT_THAT(tensOfSeconds, ElementsAre(2, 4, 5, 2));
+  EXPECT_THAT(endings, testing::Each(Cause::Lost));
+}
+
+TEST_F(PatientConnectionTest, OnlyTheLogInHasATimeLimit) {
+  FalseServer server;
+  Open(server.Port());
+  ASSERT_TRUE(server.Accept());
+  ASSERT_TRUE(PumpUntil([&] { return !endings.empty(); }));
+  EXPECT_THAT(endings, ElementsAre(Cause::Silent));
+  Open(server.Port());
+  ASSERT_TRUE(server.Accept());
+  server.LetIn();
+  ASSERT_TRUE(Reaches(State::Online));
+  PumpFor(milliseconds(1200));
+  EXPECT_EQ(connection.CurrentState(), State::Online);
+}
+
 TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
   for (const std::int32_t command : {996, 997, 999}) {
     FalseServer server;
@@ -141,8 +185,11 @@ TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
     ASSERT_TRUE(server.Accept());
     server.LetIn();
     ASSERT_TRUE(Reaches(State::Online));
-    server.Send(WireBytes(command, "go"));
-    ASSERT_TRUE(Reaches(State::Offline)) << command;
+    // What came before the end says why, however much it is.
+    server.Send(WireBytes(998, std::string(100'000, 'x')) + WireBytes(command, "go"));
+    server.HangUp();
+    ASSERT_TRUE(PumpUntil([&] { return connection.CurrentState() != State::Online; }));
+    EXPECT_EQ(connection.CurrentState(), State::Offline) << command;
     EXPECT_TRUE(PumpUntil([&] { return !server.HasClient(); })) << command;
   }
   EXPECT_THAT(endings, ElementsAre(Cause::Kicked, Cause::Banned, Cause::Dismissed));
@@ -158,6 +205,7 @@ TEST_F(AskingConnectionTest, GivesUpAServerThatAnswersNoMore) {
   EXPECT_EQ(connection.CurrentState(), State::Waiting);
   connection.Close();
   EXPECT_EQ(connection.CurrentState(), State::Offline);
+  EXPECT_EQ(connection.RetryIn(), seconds(0));
 }
 
 TEST_F(ConnectionTest, StaysBoundedUnderAMillionMembers) {
@@ -192,6 +240,20 @@ TEST_F(ConnectionTest, MayBeReopenedFromWithinAnEvent) {
   second.LetIn();
   ASSERT_TRUE(Reaches(State::Online));
   EXPECT_EQ(connection.Others().Count(), 0U);
+
+  for (const State at : {State::Connecting, State::LoggingIn, State::Online}) {
+    connection.StateChanged = [&] {
+      if (connection.CurrentState() == at) connection.Close();
+    };
+    Open(second.Port());
+    if (at != State::Connecting) {
+      ASSERT_TRUE(second.Accept());
+      second.LetIn();
+    }
+    EXPECT_TRUE(Reaches(State::Offline));
+    PumpFor(milliseconds(50));
+    EXPECT_EQ(connection.CurrentState(), State::Offline);
+  }
 }
 
 }  // namespace

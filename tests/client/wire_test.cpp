@@ -34,9 +34,10 @@ TEST(FrameCutter, CutsTheSameMessagesFromPiecesOfAnySize) {
 }
 
 TEST(FrameCutter, GivesUpOnAnImpossibleLength) {
-  for (const char first : {'\0', '\x7f', '\xff'}) {
-    const std::string stream = first + std::string(7, '\0');
-    EXPECT_FALSE(FrameCutter().Feed(stream, [](std::int32_t, std::string_view) {}));
+  using namespace std::string_literals;
+  for (const std::string& length : {"\0\0\0\0"s, "\0\0\0\7"s, "\x7f\0\0\0"s, "\xff\0\0\0"s}) {
+    EXPECT_FALSE(
+        FrameCutter().Feed(length + std::string(4, '\0'), [](std::int32_t, std::string_view) {}));
   }
 }
 

@@ -30,6 +30,9 @@ TEST_F(LogInTest, SaysPlainlyWhatIsRefused) {
   LogIn(server.Port(), "bob");
   EXPECT_THAT(Refusal(), testing::HasSubstr("three minutes"));
   EXPECT_EQ(State(), State::Offline);
+  LogIn(server.Port(), "Cy");
+  ASSERT_TRUE(Reaches(State::Online));
+  EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
   // The dialog is still there for another attempt, and goes when that succeeds.
   LogIn(server.Port());
   ASSERT_TRUE(Reaches(State::Online));
@@ -72,8 +75,10 @@ TEST_F(LogInTest, RemembersServersAndTheDigestOnlyWhereWanted) {
   const QByteArray digest = QByteArray::fromStdString(PasswordDigest("secret")).toHex();
   LogIn(server.Port());
   ASSERT_TRUE(Reaches(State::Online));
+  myWindow->resize(870, 610);
   myWindow->close();
   MakeWindow();
+  EXPECT_EQ(myWindow->size(), QSize(870, 610));
   EXPECT_FALSE(fileHolds(digest));
   myWindow->AskWhere();
   auto* dialog = Opened<ConnectDialog>("ConnectDialog");
@@ -92,7 +97,12 @@ TEST_F(LogInTest, RemembersServersAndTheDigestOnlyWhereWanted) {
   EXPECT_TRUE(fileHolds(digest));
   EXPECT_FALSE(fileHolds("secret"));
   myWindow->AskWhere();
-  QTest::keyClick(Opened<ConnectDialog>("ConnectDialog"), Qt::Key_Return);
+  dialog = Opened<ConnectDialog>("ConnectDialog");
+  Type(dialog->txtPassword, "wrong");
+  Click(dialog->btnConnect);
+  EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
+  dialog->txtPassword->clear();
+  QTest::keyClick(dialog, Qt::Key_Return);
   EXPECT_TRUE(Reaches(State::Online)) << "with what is remembered";
 }
 
@@ -108,6 +118,9 @@ TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
   EXPECT_TRUE(myWindow->Board().All().empty());
   bob.Send(4, "1,2,0,3,0,0");
   ASSERT_TRUE(RowsAre({"Bob|1|2|0|3|Alive"}));
+  Click(myWindow->barOwn->chkSend);
+  QTest::keyClick(myWindow->map, Qt::Key_Right);
+  myWindow->map->Follow(*myWindow->Wire().Others().Find("Bob"));
   server.reset();
   ASSERT_TRUE(Reaches(State::Waiting));
   EXPECT_THAT(myWindow->stsLine->lblState->text().toStdString(),
@@ -116,11 +129,19 @@ TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
   EXPECT_TRUE(Says("The connection was lost"));
   server = std::make_unique<TestServer>(port);
   server->AddNetwork("North");
+  TestClient again(port);
+  ASSERT_TRUE(again.LogIn("North", "secret", "Bob"));
   ASSERT_TRUE(Reaches(State::Waiting));
   Click(myWindow->stsLine->btnRetry);
   EXPECT_EQ(State(), State::Connecting);
   EXPECT_TRUE(Reaches(State::Online));
   EXPECT_FALSE(myWindow->stsLine->btnRetry->isVisible());
+  // It sends its place anew and goes on following.
+  EXPECT_EQ(again.Receive(),
+            (WireMessage{5, "Ann|" + std::to_string(OwnPosition::kStride) + ",0,0,100,0,0"}));
+  again.Send(4, "1,2,3,4,0,0");
+  EXPECT_TRUE(PumpUntil([&] { return myWindow->Facet() == 3; }));
+  EXPECT_TRUE(myWindow->map->IsFollowing());
 }
 
 TEST_F(LogInTest, StaysAwayAfterABan) {

@@ -30,25 +30,40 @@ class MapViewTest : public MapTest {
   }
   QPointF Middle() { return Map().mapToScene(Map().viewport()->rect().center()); }
   double Scale() { return Map().transform().m11(); }
+  void TurnWheel(QPoint at) {
+    QWheelEvent wheel(at, Map().viewport()->mapToGlobal(at), {}, {0, 120}, Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(Map().viewport(), &wheel);
+  }
+  void Drag(QPoint from, QPoint to, Qt::MouseButton button = Qt::LeftButton,
+            Qt::KeyboardModifiers keys = {}) {
+    QTest::mousePress(Map().viewport(), button, keys, from);
+    QTest::mouseMove(Map().viewport(), to);
+    QTest::mouseRelease(Map().viewport(), button, keys, to);
+  }
 };
 
 TEST_F(MapViewTest, AMemberAppearsMovesChangesStateAndLeaves) {
-  const auto bob = Member("Bob", "100,200,0,50,0,0");
-  ASSERT_TRUE(Knows("Bob", {100, 200, 0, 50, false, false}));
+  const auto bob = Member("Bob", "-100,-200,0,50,0,0");
+  const auto cy = Member("Cy", "-100,-200,1,5,0,1");
+  ASSERT_TRUE(Knows("Cy", {-100, -200, 1, 5, false, true}));
   Map().ShowAll();
-  EXPECT_EQ(ColourAt({100, 200}), kAlive);
-  bob->Send(4, "120,210,0,40,1,0");
-  ASSERT_TRUE(Knows("Bob", {120, 210, 0, 40, true, false}));
-  EXPECT_EQ(ColourAt({120, 210}), kFighting);
-  EXPECT_NE(ColourAt({100, 200}), kAlive);
-  bob->Send(4, "121,210,0,0,0,1");
-  ASSERT_TRUE(Knows("Bob", {121, 210, 0, 0, false, true}));
-  EXPECT_EQ(ColourAt({121, 210}), kDead);
-  EXPECT_TRUE(RowsAre({"Bob|121|210|0|0|Dead"}));
+  EXPECT_EQ(ColourAt({-100, -200}), kAlive);
+  QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({-100, -200}));
+  EXPECT_EQ(myWindow->Shown().selected, Find("Bob")) << "the other is on another facet";
+  bob->Send(4, "-120,-210,0,40,1,0");
+  ASSERT_TRUE(Knows("Bob", {-120, -210, 0, 40, true, false}));
+  EXPECT_EQ(ColourAt({-120, -210}), kFighting);
+  EXPECT_EQ(myWindow->Board().Find(Find("Bob"))->label->text(), "Bob 40");
+  EXPECT_NE(ColourAt({-100, -200}), kAlive);
+  bob->Send(4, "-121,-210,0,0,1,1");
+  ASSERT_TRUE(Knows("Bob", {-121, -210, 0, 0, true, true}));
+  EXPECT_EQ(ColourAt({-121, -210}), kDead);
+  EXPECT_TRUE(RowsAre({"Bob|-121|-210|0|0|Dead", "Cy|-100|-200|1|5|Dead"}));
   bob->Close();
   ASSERT_TRUE(PumpUntil([&] { return Find("Bob") == nullptr; }));
-  EXPECT_NE(ColourAt({121, 210}), kDead);
-  EXPECT_TRUE(RowsAre({}));
+  EXPECT_NE(ColourAt({-121, -210}), kDead);
+  EXPECT_TRUE(RowsAre({"Cy|-100|-200|1|5|Dead"}));
 }
 
 TEST_F(MapViewTest, AMemberWithoutNewsTurnsGreyAndStays) {
@@ -71,9 +86,7 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   // The wheel keeps what is under the pointer where it is.
   const double scale = Scale();
   const QPoint pointer = OnMap({1000, 1000});
-  QWheelEvent wheel(pointer, Map().viewport()->mapToGlobal(pointer), {}, {0, 120}, Qt::NoButton,
-                    Qt::NoModifier, Qt::NoScrollPhase, false);
-  QApplication::sendEvent(Map().viewport(), &wheel);
+  TurnWheel(pointer);
   EXPECT_GT(Scale(), scale * 1.2);
   EXPECT_LE((OnMap({1000, 1000}) - pointer).manhattanLength(), 2);
   QTest::keyClick(&Map(), Qt::Key_Minus);
@@ -86,20 +99,33 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   const QPointF before = Middle();
   QTest::keyClick(&Map(), Qt::Key_Right);
   EXPECT_GT(Middle().x(), before.x());
-  const QPoint from(200, 200);
-  QTest::mousePress(Map().viewport(), Qt::LeftButton, {}, from);
-  const QPointF held = Map().mapToScene(from);
-  QTest::mouseMove(Map().viewport(), from + QPoint(60, 40));
-  EXPECT_LE((OnMap(held) - from - QPoint(60, 40)).manhattanLength(), 2);
-  QTest::mouseRelease(Map().viewport(), Qt::LeftButton, {}, from + QPoint(60, 40));
+  const QPointF held = Map().mapToScene(200, 200);
+  Drag({200, 200}, {260, 240});
+  EXPECT_LE((OnMap(held) - QPoint(260, 240)).manhattanLength(), 2);
+  Drag({200, 200}, {100, 100}, Qt::RightButton);
+  EXPECT_LE((OnMap(held) - QPoint(260, 240)).manhattanLength(), 2);
 
-  // A box drawn with Shift fills the window.
+  // Left of 0 the coordinates go on downwards, and outside of the map there are none.
+  Map().PointerMoved(QPointF(-0.5, 7.5));
+  EXPECT_EQ(myWindow->stsLine->lblPlace->text(), "-1, 7");
+  QEvent leave(QEvent::Leave);
+  QApplication::sendEvent(&Map(), &leave);
+  EXPECT_EQ(myWindow->stsLine->lblPlace->text(), "");
+
+  for (int step = 0; step < 100; ++step)
+    Map().ZoomIn();
+  EXPECT_LE(Scale(), 32.1);
+  for (int step = 0; step < 100; ++step)
+    Map().ZoomOut();
+  EXPECT_GE(Scale(), 0.9e-5);
+
+  // A box drawn with Shift fills the window, and one of no size is a slip.
   Map().ShowAll();
+  Drag({100, 100}, {130, 101}, Qt::LeftButton, Qt::ShiftModifier);
+  EXPECT_NEAR(Scale(), scale, scale * 0.01);
   const QPoint corner = OnMap({2000, 1400});
   const QPoint opposite = OnMap({2400, 1700});
-  QTest::mousePress(Map().viewport(), Qt::LeftButton, Qt::ShiftModifier, corner);
-  QTest::mouseMove(Map().viewport(), opposite);
-  QTest::mouseRelease(Map().viewport(), Qt::LeftButton, Qt::ShiftModifier, opposite);
+  Drag(corner, opposite, Qt::LeftButton, Qt::ShiftModifier);
   EXPECT_NEAR(Middle().x(), 2200, 20);
   EXPECT_NEAR(Middle().y(), 1550, 20);
   EXPECT_FALSE(shows({3000, 2000}));
@@ -121,6 +147,7 @@ TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
   Map().ShowAll();
   QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({1000, 1000}));
   ASSERT_EQ(myWindow->Shown().selected, Find("Bob"));
+  EXPECT_TRUE(myWindow->pnlMembers->lstMembers->currentIndex().isValid());
   QTest::keyClick(&Map(), Qt::Key_F);
   const auto isInTheMiddle = [&](QPointF place) {
     return PumpUntil([&] { return (Middle() - place).manhattanLength() < 5; });
@@ -133,7 +160,9 @@ TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
   EXPECT_EQ(myWindow->cmbFacet->currentText(), "3");
   bob.reset();
   ASSERT_TRUE(PumpUntil([&] { return Find("Bob") == nullptr; }));
-  bob = Member("Bob", "700,800,0,50,0,0");
+  EXPECT_EQ(myWindow->Shown().selected, nullptr);
+  EXPECT_EQ(myWindow->Shown().followed, nullptr);
+  bob = Member("BOB", "700,800,0,50,0,0");
   EXPECT_TRUE(isInTheMiddle({700, 800}));
 
   QTest::keyClick(&Map(), Qt::Key_Escape);
@@ -141,6 +170,53 @@ TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
   ASSERT_TRUE(Knows("Bob", {900, 900, 0, 50, false, false}));
   Map().Advance(Clock::now() + seconds(5));
   EXPECT_LT((Middle() - QPointF(700, 800)).manhattanLength(), 5);
+
+  const std::function<void()> movements[] = {
+      [&] {
+        TurnWheel({50, 50});
+      },
+      [&] {
+        Drag({50, 50}, {80, 90});
+      },
+      [&] { QTest::keyClick(&Map(), Qt::Key_Left); },
+      [&] { QTest::keyClick(&Map(), Qt::Key_Home); },
+      [&] { QTest::keyClick(&Map(), Qt::Key_F); },
+  };
+  QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({900, 900}));
+  for (const auto& move : movements) {
+    QTest::keyClick(&Map(), Qt::Key_F);
+    ASSERT_EQ(myWindow->Shown().followed, Find("Bob"));
+    move();
+    EXPECT_FALSE(Map().IsFollowing());
+    EXPECT_EQ(myWindow->Shown().followed, nullptr);
+  }
+  QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, QPoint(5, 5));
+  EXPECT_EQ(myWindow->Shown().selected, nullptr);
+}
+
+TEST_F(MapViewTest, NamesDoNotPileUpAndTheSelectedOneIsShown) {
+  constexpr int kMembers = 10;
+  for (int i = 0; i < kMembers; ++i) {
+    myWindow->Wire().Others().TakeRelay({"member " + std::to_string(i), {7, 7, 0, 50}},
+                                        Clock::now());
+  }
+  Map().ShowAll();
+  Map().Advance(Clock::now());
+  QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({7, 7}));
+  Painted();
+  const Marker* const selected = myWindow->Board().Find(myWindow->Shown().selected);
+  ASSERT_NE(selected, nullptr);
+  EXPECT_EQ(selected, myWindow->Board().All().back()) << "the topmost";
+  EXPECT_TRUE(selected->showsLabel);
+  std::vector<QRect> names;
+  for (const Marker* marker : myWindow->Board().All()) {
+    if (!marker->showsLabel) continue;
+    const QRect name(marker->labelPlace, marker->label->size().toSize());
+    for (const QRect& other : names)
+      EXPECT_FALSE(name.intersects(other));
+    names.push_back(name);
+  }
+  EXPECT_GT(names.size(), 1U);
 }
 
 TEST_F(MapViewTest, LeavesATrailForWhomItIsWanted) {

@@ -20,6 +20,8 @@ TEST_F(MembersTest, AreListedSortedAndFiltered) {
   EXPECT_TRUE(RowsAre({amyRow, "bob|10|20|0|50|Alive", "Cy|9|20|1|7|In battle"}));
   List()->sortByColumn(MembersModel::kX, Qt::AscendingOrder);
   EXPECT_TRUE(RowsAre({"Cy|9|20|1|7|In battle", "bob|10|20|0|50|Alive", amyRow}));
+  bob->Send(4, "-10,20,0,50,0,0");
+  EXPECT_TRUE(RowsAre({"bob|-10|20|0|50|Alive", "Cy|9|20|1|7|In battle", amyRow}));
   Type(myWindow->pnlMembers->fldFilter, "Y");
   EXPECT_TRUE(RowsAre({"Cy|9|20|1|7|In battle", amyRow}));
   Type(myWindow->pnlMembers->fldFilter, "nobody");
@@ -51,6 +53,11 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   EXPECT_LT((middle() - QPointF(1000, 1000)).manhattanLength(), 5);
   QTest::keyClick(List(), Qt::Key_Return);
   EXPECT_EQ(myWindow->Shown().followed, Find("Bob"));
+  // A click on the map does not keep the list from telling of the next.
+  QTest::mouseClick(myWindow->map->viewport(), Qt::LeftButton, {}, OnMap({1000, 1000}));
+  QTest::keyClick(List(), Qt::Key_Down);
+  EXPECT_EQ(myWindow->Shown().selected, Find("Cy"));
+  QTest::keyClick(List(), Qt::Key_Up);
   // Where he leaves, no action falls on whoever is listed beside him.
   bob.reset();
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 1; }));
@@ -63,6 +70,9 @@ TEST_F(MembersTest, AnAdministratorKicksBansAndSaysWhat) {
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 1; }));
   bob->Drain();
   EXPECT_TRUE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
+  // The answer finds no dialog any more.
+  myWindow->actions->actBans->trigger();
+  myWindow->findChild<QDialog*>("BansDialog")->reject();
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(0));
   myWindow->actions->actKick->trigger();
   EXPECT_EQ(bob->Receive(), (WireMessage{996, "North"}));
@@ -81,21 +91,21 @@ TEST_F(MembersTest, AnAdministratorKicksBansAndSaysWhat) {
   QTest::keyClick(ban->txtText, Qt::Key_Return);
   EXPECT_EQ(bob->Receive(), (WireMessage{997, "spam"}));
 
+  myServer.Query("INSERT INTO bans (address) VALUES ('192.0.2.7')");
   myWindow->actions->actBans->trigger();
   auto* bans = Opened<BansDialog>("BansDialog");
-  ASSERT_TRUE(PumpUntil([&] { return bans->lstBans->rowCount() == 1; }));
+  ASSERT_TRUE(PumpUntil([&] { return bans->lstBans->rowCount() == 2; }));
   EXPECT_EQ(bans->lstBans->item(0, 0)->text(), "127.0.0.1");
   EXPECT_EQ(bans->lstBans->item(0, 1)->text(), "Ann");
   EXPECT_EQ(bans->lstBans->item(0, 2)->text(), "spam");
-  QTest::mouseClick(bans->lstBans->viewport(), Qt::LeftButton, {},
-                    bans->lstBans->visualItemRect(bans->lstBans->item(0, 0)).center());
+  QTest::keyClick(bans->lstBans, Qt::Key_A, Qt::ControlModifier);
   Click(bans->btnLift);
   EXPECT_TRUE(PumpUntil([&] { return bans->lstBans->rowCount() == 0; }));
   EXPECT_EQ(myServer.Query("SELECT count(*) FROM bans"), "0;");
 }
 
 // The commands have no way to name such a user; a wrong one would be hit.
-TEST_F(MembersTest, WhoeverHasABarInHisNameIsNotKicked) {
+TEST_F(MembersTest, WhoeverHasABarInHisNameIsNotKickedOrBanned) {
   const auto bob = Member("Bob", "10,20,0,50,0,0");
   const auto odd = Member("Bob|x", "10,20,0,50,0,0");
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 2; }));
@@ -103,6 +113,8 @@ TEST_F(MembersTest, WhoeverHasABarInHisNameIsNotKicked) {
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   myWindow->actions->actKick->trigger();
   EXPECT_TRUE(Says("Bob|x cannot be named"));
+  myWindow->actions->actBan->trigger();
+  EXPECT_FALSE(IsOpen("TextDialog"));
   EXPECT_TRUE(bob->HearsNothing());
 }
 

@@ -8,6 +8,7 @@
 #include "viewer/picture_cutter.h"
 #include "viewer/picture_dialog.h"
 #include "viewer/tile_pyramid.h"
+#include "viewer/tile_store.h"
 
 namespace corvane::viewer {
 namespace {
@@ -15,49 +16,63 @@ namespace {
 const QColor kLeft(200, 30, 40);
 const QColor kRight(20, 90, 180);
 
-// Left and right half of a colour each; neither side a multiple of a tile's.
-QImage TwoHalves(QSize size) {
+// A colour on the left and one on the right, and the other way round in the lower half; neither
+// side a multiple of a tile's.
+QImage FourQuarters(QSize size) {
   QImage image(size, QImage::Format_RGB32);
   image.fill(kLeft);
-  QPainter(&image).fillRect(size.width() / 2, 0, size.width(), size.height(), kRight);
+  const int x = size.width() / 2;
+  const int y = size.height() / 2;
+  QPainter painter(&image);
+  painter.fillRect(x, 0, x, y, kRight);
+  painter.fillRect(0, y, x, size.height() - y, kRight);
   return image;
 }
 
 TEST(PictureCutter, CutsEveryFormatIntoAWholePyramid) {
   const QTemporaryDir folder;
   const std::atomic<bool> stops = false;
-  QImage paletted = TwoHalves({700, 300}).convertToFormat(QImage::Format_Indexed8);
-  const QImage grey = TwoHalves({700, 300}).convertToFormat(QImage::Format_Grayscale16);
-  const std::pair<const char*, QImage> pictures[] = {{"rgb.png", TwoHalves({700, 300})},
-                                                     {"palette.png", paletted},
-                                                     {"grey.png", grey},
-                                                     {"photo.jpg", TwoHalves({700, 300})},
-                                                     {"plain.bmp", TwoHalves({700, 300})}};
+  // A JPEG of that height is read in two strips.
+  const QImage picture = FourQuarters({300, 1100});
+  const std::pair<const char*, QImage> pictures[] = {
+      {"rgb.png", picture},
+      {"palette.png", picture.convertToFormat(QImage::Format_Indexed8)},
+      {"grey.png", picture.convertToFormat(QImage::Format_Grayscale16)},
+      {"photo.jpg", picture},
+      {"plain.bmp", picture}};
   for (const auto& [name, image] : pictures) {
     const QString file = folder.filePath(name);
     ASSERT_TRUE(image.save(file));
     const QString tiles = TileFolderOf(file, folder.filePath("cache"));
-    int last = -1;
-    EXPECT_EQ(CutPicture(file, tiles, stops, [&](int percent) { last = percent; }), "") << name;
-    EXPECT_EQ(last, 100);
+    int percent = -1;
+    EXPECT_EQ(CutPicture(file, tiles, stops, [&](int now) { percent = now; }), "") << name;
+    EXPECT_EQ(percent, 100);
     const auto pyramid = TilePyramid::Open(tiles);
     ASSERT_TRUE(pyramid) << name;
-    EXPECT_EQ(pyramid->FinestLevel(), 2);
-    EXPECT_EQ(pyramid->Bounds(), QRectF(0, 0, 768, 512));
+    EXPECT_EQ(pyramid->FinestLevel(), 3);
+    EXPECT_EQ(pyramid->Bounds(), QRectF(0, 0, 512, 1280));
     // The colours are where they were, at the finest and at the coarsest level.
     const auto isLike = [](QRgb one, QRgb other) {
       return std::abs(qRed(one) - qRed(other)) + std::abs(qGreen(one) - qGreen(other)) +
                  std::abs(qBlue(one) - qBlue(other)) <
              12;
     };
-    const QImage first(pyramid->FileOf({2, 0, 0}));
-    const QImage last2(pyramid->FileOf({2, 2, 1}));
+    const QImage first(pyramid->FileOf({3, 0, 0}));
+    const QImage third(pyramid->FileOf({3, 0, 2}));
+    const QImage last(pyramid->FileOf({3, 1, 4}));
     const QImage whole(pyramid->FileOf({0, 0, 0}));
     EXPECT_TRUE(isLike(first.pixel(5, 5), image.pixel(5, 5))) << name;
-    EXPECT_TRUE(isLike(last2.pixel(180, 40), image.pixel(692, 296))) << name;
-    EXPECT_EQ(qAlpha(last2.pixel(200, 40)), 0) << name;
-    EXPECT_TRUE(isLike(whole.pixel(60, 60), image.pixel(240, 240))) << name;
-    EXPECT_TRUE(isLike(whole.pixel(120, 30), image.pixel(480, 120))) << name;
+    EXPECT_TRUE(isLike(third.pixel(5, 200), image.pixel(5, 712))) << name;
+    EXPECT_TRUE(isLike(last.pixel(30, 60), image.pixel(286, 1084))) << name;
+    EXPECT_EQ(qAlpha(last.pixel(60, 60)), 0) << name;
+    EXPECT_TRUE(isLike(whole.pixel(9, 30), image.pixel(72, 240))) << name;
+    EXPECT_TRUE(isLike(whole.pixel(28, 120), image.pixel(224, 960))) << name;
+    // A file that was changed is another picture.
+    QFile changed(file);
+    ASSERT_TRUE(changed.open(QFile::ReadWrite));
+    const QDateTime before = changed.fileTime(QFile::FileModificationTime).addDays(-1);
+    ASSERT_TRUE(changed.setFileTime(before, QFile::FileModificationTime));
+    EXPECT_NE(TileFolderOf(file, folder.filePath("cache")), tiles);
   }
 }
 
@@ -66,7 +81,7 @@ TEST(PictureCutter, LeavesNothingBehindWhereItFails) {
   const QString cache = folder.filePath("cache");
   std::atomic<bool> stops = false;
   const QString good = folder.filePath("good.png");
-  ASSERT_TRUE(TwoHalves({2000, 2000}).save(good));
+  ASSERT_TRUE(FourQuarters({2000, 2000}).save(good));
   QFile file(good);
   ASSERT_TRUE(file.open(QFile::ReadOnly));
   const QByteArray bytes = file.readAll();
@@ -93,12 +108,43 @@ TEST(TilePyramid, FindsTheTilesOfAPartAndRefusesWhatIsNone) {
   ASSERT_TRUE(tile.save(folder.filePath("3/4/5.jpg")));
   ASSERT_TRUE(tile.save(folder.filePath("3/4/6.jpg")));
   QDir(folder.path()).mkpath("99999999999/4");
+  QDir(folder.path()).mkpath("1");
   const auto pyramid = TilePyramid::Open(folder.path());
   ASSERT_TRUE(pyramid);
   EXPECT_EQ(pyramid->Bounds(), QRectF(512, 640, 128, 256));
   EXPECT_EQ(pyramid->TilesAt(3, {0, 0, 600, 700}), (std::vector<TileId>{{3, 4, 5}}));
   EXPECT_EQ(pyramid->TilesAt(3, {0, 0, 600, 769}), (std::vector<TileId>{{3, 4, 5}, {3, 4, 6}}));
   EXPECT_TRUE(pyramid->TilesAt(3, {0, 0, 512, 640}).empty());
+  const std::pair<double, int> levels[] = {{8, 3}, {1, 3}, {0.5, 2}, {0.25, 1}, {0.001, 1}};
+  for (const auto& [screenPixels, level] : levels)
+    EXPECT_EQ(pyramid->LevelFor(screenPixels), level) << screenPixels;
+}
+
+TEST(TileStore, HoldsSoMuchAndFetchesWhatItGaveUpAgain) {
+  const QTemporaryDir folder;
+  QDir(folder.path()).mkpath("0/0");
+  QImage tile(3000, 3000, QImage::Format_RGB32);
+  tile.fill(kLeft);
+  constexpr int kTiles = 3;
+  static_assert(kTiles * 3000 * 3000 * 4 > TileStore::kMaxKib << 10);
+  for (int row = 0; row < kTiles; ++row)
+    ASSERT_TRUE(tile.save(folder.filePath(QStringLiteral("0/0/%1.png").arg(row))));
+  TileStore store(*TilePyramid::Open(folder.path()));
+  const auto comes = [&](int row) {
+    return PumpUntil([&] { return store.Find({0, 0, row}) != nullptr; });
+  };
+  // More than are read at the same time.
+  for (int row = 0; row < kTiles; ++row)
+    EXPECT_EQ(store.Find({0, 0, row}), nullptr);
+  store.ForgetRequests();
+  for (int row = 0; row < kTiles; ++row)
+    ASSERT_TRUE(comes(row));
+  int held = 0;
+  for (int row = 0; row < kTiles; ++row)
+    held += store.Peek({0, 0, row}) != nullptr ? 1 : 0;
+  EXPECT_LT(held, kTiles);
+  for (int row = 0; row < kTiles; ++row)
+    EXPECT_TRUE(comes(row));
 }
 
 class PicturesTest : public WindowTest {
@@ -108,7 +154,10 @@ class PicturesTest : public WindowTest {
 
 TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
   const QString file = myFolder.filePath("map.png");
-  ASSERT_TRUE(TwoHalves({700, 300}).save(file));
+  ASSERT_TRUE(FourQuarters({700, 300}).save(file));
+  for (int i = 0; i < 8; ++i)
+    QDir(myFolder.path()).mkpath(QStringLiteral("cache/an older one %1").arg(i));
+  myWindow->ShowFacet(7);
   myWindow->actions->actPicture->trigger();
   auto* dialog = Opened<PictureDialog>("PictureDialog");
   EXPECT_FALSE(dialog->txtPath->isEnabled());
@@ -117,15 +166,15 @@ TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
                     QPoint(8, dialog->rdoImage->height() / 2));
   EXPECT_FALSE(dialog->btnOK->isEnabled());
   Type(dialog->txtPath, file);
-  dialog->spnLeft->setValue(-100);
+  dialog->spnLeft->setValue(-9100);
   dialog->spnTop->setValue(50);
   dialog->spnScale->setValue(4);
   Click(dialog->btnOK);
-  // 700 x 300 pixels of four units each, from -100, 50 on.
+  // 700 x 300 pixels of four units each, from -9100, 50 on.
   const auto isShown = [&] {
     return PumpUntil([&] {
-      return ColourAt({-90, 60}) == kLeft.rgb() && ColourAt({2690, 1240}) == kRight.rgb() &&
-             ColourAt({1290, 600}) == kLeft.rgb() && ColourAt({1310, 600}) == kRight.rgb();
+      return ColourAt({-9090, 60}) == kLeft.rgb() && ColourAt({-6310, 1240}) == kLeft.rgb() &&
+             ColourAt({-7710, 600}) == kLeft.rgb() && ColourAt({-7690, 600}) == kRight.rgb();
     });
   };
   EXPECT_TRUE(isShown());
@@ -133,9 +182,13 @@ TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
 
   myWindow->close();
   MakeWindow();
+  QTest::keyClick(myWindow->cmbFacet, Qt::Key_Down);
+  EXPECT_EQ(myWindow->Facet(), 7);
   EXPECT_TRUE(isShown()) << "from the cache";
-  myWindow->SetPicture(0, {});
-  EXPECT_NE(ColourAt({-90, 60}), kLeft.rgb());
+  EXPECT_EQ(QDir(myFolder.filePath("cache")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(),
+            MapPictures::kMaxCut);
+  myWindow->SetPicture(7, {});
+  EXPECT_NE(ColourAt({-9090, 60}), kLeft.rgb());
 }
 
 TEST_F(PicturesTest, WhatIsNoneIsSaid) {
@@ -147,8 +200,11 @@ TEST_F(PicturesTest, WhatIsNoneIsSaid) {
   MapPicture picture;
   picture.kind = MapPicture::Kind::Image;
   picture.path = file;
-  myWindow->SetPicture(0, picture);
-  EXPECT_TRUE(Says("cannot be shown"));
+  for (int attempt = 0; attempt < 2; ++attempt) {
+    myWindow->SetPicture(0, picture);
+    EXPECT_TRUE(Says("cannot be shown"));
+    myWindow->txtMessages->clear();
+  }
   picture.kind = MapPicture::Kind::Tiles;
   picture.path = myFolder.path();
   myWindow->SetPicture(0, picture);
