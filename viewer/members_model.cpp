@@ -90,7 +90,7 @@ QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int 
 }
 
 QString MembersModel::StateOf(const Member& member) {
-  if (!member.hasPlace) return tr("No place yet");
+  if (!member.hasPlace) return tr("No place");
   if (member.report.isDead) return tr("Dead");
   return member.report.inBattle ? tr("In battle") : tr("Alive");
 }

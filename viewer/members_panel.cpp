@@ -83,7 +83,7 @@ void MembersPanel::SetUpList() {
     header->resizeSection(column, 6 * digit);
   header->resizeSection(MembersModel::kName, 14 * digit);
   header->resizeSection(MembersModel::kFacet, 7 * digit);
-  header->resizeSection(MembersModel::kState, 11 * digit);
+  header->resizeSection(MembersModel::kState, 9 * digit);
   header->setStretchLastSection(true);
 }
 

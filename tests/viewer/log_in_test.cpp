@@ -114,7 +114,7 @@ TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
   ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
   LogIn(port);
   ASSERT_TRUE(Reaches(State::Online));
-  ASSERT_TRUE(RowsAre({"Bob|||||No place yet"}));
+  ASSERT_TRUE(RowsAre({"Bob|||||No place"}));
   EXPECT_TRUE(myWindow->Board().All().empty());
   bob.Send(4, "1,2,0,3,0,0");
   ASSERT_TRUE(RowsAre({"Bob|1|2|0|3|Alive"}));
