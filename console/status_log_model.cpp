@@ -1,16 +1,9 @@
 #include "console/status_log_model.h"
 
-#include <chrono>
-
+#include "console/gathering_time.h"
 #include "framework/visible_text.h"
 
 namespace corvane {
-namespace {
-
-// At most fifty layouts a second, however busy the server is; not noticeable to the eye.
-constexpr std::chrono::milliseconds kGatheringTime{20};
-
-}  // namespace
 
 StatusLogModel::StatusLogModel(std::size_t mostBytes) : myMostBytes(mostBytes) {
   myAddRows.setSingleShot(true);

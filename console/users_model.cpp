@@ -1,19 +1,13 @@
 #include "console/users_model.h"
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
+#include "console/gathering_time.h"
 #include "framework/text.h"
 #include "framework/visible_text.h"
 
 namespace corvane {
-namespace {
-
-// Not noticeable to the eye.
-constexpr std::chrono::milliseconds kGatheringTime{20};
-
-}  // namespace
 
 UsersModel::UsersModel() {
   myUpdating.setSingleShot(true);
