@@ -41,7 +41,7 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
     cmbRecent->addItem(tr("%1 in %2 on %3").arg(server.userName, server.network, server.host));
   LayOut();
 
-  connect(cmbRecent, &QComboBox::activated, this, [this](int index) { Fill(index); });
+  connect(cmbRecent, &QComboBox::activated, this, [this](int index) { Fill(myRecent[index]); });
   for (QLineEdit* field : {txtHost, txtNetwork, txtUser})
     connect(field, &QLineEdit::textChanged, this, [this] { Check(); });
   connect(btnConnect, &QPushButton::clicked, this, [this] { Try(); });
@@ -50,7 +50,7 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
   if (recent.isEmpty()) {
     txtHost->setFocus();
   } else {
-    Fill(0);
+    Fill(recent.front());
     (myDigest.isEmpty() ? static_cast<QWidget*>(txtPassword) : btnConnect)->setFocus();
   }
   Check();
@@ -82,8 +82,7 @@ void ConnectDialog::LayOut() {
   column->setSizeConstraint(QLayout::SetFixedSize);
 }
 
-void ConnectDialog::Fill(int recent) {
-  const RecentServer& server = myRecent[recent];
+void ConnectDialog::Fill(const RecentServer& server) {
   txtHost->setText(server.host);
   spnPort->setValue(server.port);
   txtNetwork->setText(server.network);
@@ -97,6 +96,13 @@ void ConnectDialog::Fill(int recent) {
 void ConnectDialog::Check() const {
   btnConnect->setEnabled(!myIsTrying && !txtHost->text().trimmed().isEmpty() &&
                          !txtNetwork->text().isEmpty() && !txtUser->text().isEmpty());
+}
+
+void ConnectDialog::TryGiven(const RecentServer& server) {
+  Fill(server);
+  txtPassword->setPlaceholderText(QString());
+  chkRemember->setChecked(false);
+  Try();
 }
 
 void ConnectDialog::Try() {

@@ -28,6 +28,8 @@ class ConnectDialog : public QDialog {
   // The user gives up while the program tries.
   std::function<void()> GivenUp;
 
+  // Tries what the command line says, as if it were typed.
+  void TryGiven(const RecentServer& server);
   // The attempt is over; the text says why.
   void ShowFailure(const QString& text);
 
@@ -47,13 +49,13 @@ class ConnectDialog : public QDialog {
 
  private:
   void LayOut();
-  void Fill(int recent);
+  void Fill(const RecentServer& server);
   void Check() const;
   void Try();
   void SetTrying(bool isTrying);
 
   QList<RecentServer> myRecent;
-  QByteArray myDigest;  // remembered, for as long as no password is typed
+  QByteArray myDigest;  // remembered or given, for as long as no password is typed
   bool myIsTrying = false;
 };
 

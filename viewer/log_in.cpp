@@ -22,6 +22,11 @@ void LogIn::Ask() {
   myDialog->open();
 }
 
+void LogIn::TryGiven(const RecentServer& server) {
+  Ask();
+  myDialog->TryGiven(server);
+}
+
 void LogIn::Try(const RecentServer& server, bool keepsDigest) {
   client::Destination destination;
   destination.host = server.host;

@@ -24,7 +24,8 @@ class LogIn {
 
   // Opens the dialog, with what was typed into it if no attempt has worked since.
   void Ask();
-  void Try(const RecentServer& server, bool keepsDigest);
+  // Opens the dialog and tries what the command line says.
+  void TryGiven(const RecentServer& server);
 
   // The connection's state has changed.
   void Follow();
@@ -32,6 +33,8 @@ class LogIn {
   void End(const client::Ending& ending);
 
  private:
+  void Try(const RecentServer& server, bool keepsDigest);
+
   client::Connection& myConnection;
   Settings& mySettings;
   QWidget& myWindow;

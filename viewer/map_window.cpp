@@ -210,8 +210,7 @@ void MapWindow::closeEvent(QCloseEvent* event) {
 }
 
 void MapWindow::LogInTo(const RecentServer& server) {
-  AskWhere();
-  myLogIn.Try(server, false);
+  myLogIn.TryGiven(server);
 }
 
 void MapWindow::StateHasChanged() {

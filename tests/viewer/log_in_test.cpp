@@ -42,6 +42,24 @@ TEST_F(LogInTest, SaysPlainlyWhatIsRefused) {
   EXPECT_FALSE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
 }
 
+TEST_F(LogInTest, TakesWhatIsGivenForTyped) {
+  TestServer server;
+  server.AddNetwork("North");
+  RecentServer given;
+  given.host = "127.0.0.1";
+  given.port = static_cast<std::uint16_t>(server.Port());
+  given.network = "North";
+  given.userName = "Ann";
+  given.digest = QByteArray::fromStdString(PasswordDigest("wrong"));
+  myWindow->LogInTo(given);
+  EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
+  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+  EXPECT_EQ(dialog->txtUser->text(), "Ann");
+  QTest::keyClicks(dialog->txtPassword, "secret");
+  Click(dialog->btnConnect);
+  EXPECT_TRUE(Reaches(State::Online));
+}
+
 TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
   FalseServer silent;
   LogIn(silent.Port());
