@@ -1,25 +1,21 @@
 #include "console/status_log_model.h"
 
-#include "console/gathering_time.h"
 #include "framework/visible_text.h"
 
 namespace corvane {
 
-StatusLogModel::StatusLogModel(std::size_t mostBytes) : myMostBytes(mostBytes) {
-  myAddRows.setSingleShot(true);
-  myAddRows.setInterval(kGatheringTime);
-  connect(&myAddRows, &QTimer::timeout, this, &StatusLogModel::AddRows);
-}
+StatusLogModel::StatusLogModel(std::size_t mostBytes)
+    : myMostBytes(mostBytes), myAddRows([this] { AddRows(); }) {}
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
   if (myKeepsNothing) return;
   myLog.Append(prefix, text);
-  if (!myAddRows.isActive()) myAddRows.start();
+  myAddRows.Note();
 }
 
 void StatusLogModel::Clear() {
   beginResetModel();
-  myAddRows.stop();
+  myAddRows.Stop();
   myLog.Clear();
   myRows = 0;
   endResetModel();

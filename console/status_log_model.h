@@ -4,9 +4,9 @@
 #include <string_view>
 
 #include <QAbstractListModel>
-#include <QTimer>
 
 #include "console/status_log.h"
+#include "framework/gathering.h"
 
 namespace corvane {
 
@@ -34,7 +34,7 @@ class StatusLogModel : public QAbstractListModel {
   bool myKeepsNothing = false;
   StatusLog myLog;
   int myRows = 0;  // lines that are rows already
-  QTimer myAddRows;
+  Gathering myAddRows;
 };
 
 }  // namespace corvane

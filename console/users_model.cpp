@@ -3,24 +3,19 @@
 #include <algorithm>
 #include <utility>
 
-#include "console/gathering_time.h"
 #include "framework/text.h"
 #include "framework/visible_text.h"
 
 namespace corvane {
 
-UsersModel::UsersModel() {
-  myUpdating.setSingleShot(true);
-  myUpdating.setInterval(kGatheringTime);
-  connect(&myUpdating, &QTimer::timeout, this, &UsersModel::Update);
-}
+UsersModel::UsersModel() : myUpdating([this] { Update(); }) {}
 
 void UsersModel::LogIn(std::string_view userName, std::string_view networkName,
                        std::weak_ptr<ClientSocket> client) {
   if (!myNumbers.try_emplace(FoldText(userName), myNextNumber).second) return;
   myRows.push_back(std::make_unique<Row>(
       Row{myNextNumber++, std::string(userName), std::string(networkName), std::move(client)}));
-  UpdateLater();
+  myUpdating.Note();
 }
 
 void UsersModel::LogOut(std::string_view userName, std::string_view networkName) {
@@ -37,12 +32,12 @@ void UsersModel::LogOut(std::string_view userName, std::string_view networkName)
   }
   (*found)->hasLeft = true;
   ++myLeft;
-  UpdateLater();
+  myUpdating.Note();
 }
 
 void UsersModel::Clear() {
   beginResetModel();
-  myUpdating.stop();
+  myUpdating.Stop();
   myRows.clear();
   myShown = 0;
   myLeft = 0;
@@ -50,12 +45,8 @@ void UsersModel::Clear() {
   endResetModel();
 }
 
-void UsersModel::UpdateLater() {
-  if (!myUpdating.isActive()) myUpdating.start();
-}
-
 void UsersModel::Update() {
-  myUpdating.stop();
+  myUpdating.Stop();
   RemoveThoseWhoLeft();
   const int count = static_cast<int>(myRows.size());
   if (count == myShown) return;

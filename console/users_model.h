@@ -9,7 +9,8 @@
 #include <vector>
 
 #include <QAbstractTableModel>
-#include <QTimer>
+
+#include "framework/gathering.h"
 
 namespace corvane {
 
@@ -49,7 +50,6 @@ class UsersModel : public QAbstractTableModel {
     bool hasLeft = false;
   };
 
-  void UpdateLater();
   void RemoveThoseWhoLeft();
 
   // Rows are pointed to, so that closing a gap moves one pointer a row.
@@ -58,7 +58,7 @@ class UsersModel : public QAbstractTableModel {
   int myLeft = 0;   // of those, so many are to go
   std::unordered_map<std::string, std::uint64_t> myNumbers;  // by folded user name
   std::uint64_t myNextNumber = 0;
-  QTimer myUpdating;
+  Gathering myUpdating;
 };
 
 }  // namespace corvane

@@ -12,12 +12,11 @@ constexpr qint64 kMostRequest = qint64{1} << 20;  // bytes, without the line end
 constexpr qint64 kMostUnread = qint64{1} << 20;
 constexpr std::chrono::seconds kMostIdle(30);
 constexpr std::chrono::seconds kMostReading(1);  // of a last answer
-constexpr std::chrono::milliseconds kGathering(20);
 
 }  // namespace
 
 ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
-    : QObject(parent), mySocket(*socket) {
+    : QObject(parent), mySocket(*socket), myGathering([this] { SendGathered(); }) {
   socket->setParent(this);
   socket->setReadBufferSize(kMostRequest + 1);
   connect(socket, &QLocalSocket::readyRead, this, &ControlConnection::ScheduleRequest);
@@ -28,8 +27,6 @@ ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
     if (!myAwaitsAnswer && !myFollows) mySocket.abort();
   });
   myIdle.start(kMostIdle);
-  myGathering.setSingleShot(true);
-  connect(&myGathering, &QTimer::timeout, this, &ControlConnection::SendGathered);
   // Some may have come already.
   ScheduleRequest();
 }
@@ -105,7 +102,7 @@ void ControlConnection::SendFollowed(const QByteArray& line) {
   if (IsBehind()) return mySocket.abort();
   myGathered += line;
   myGathered += '\n';
-  if (!myGathering.isActive()) myGathering.start(kGathering);
+  myGathering.Note();
 }
 
 }  // namespace corvane

@@ -6,6 +6,8 @@
 #include <QLocalSocket>
 #include <QTimer>
 
+#include "framework/gathering.h"
+
 namespace corvane {
 
 // One client of the local socket: takes its requests, a line each, one a turn of Qt's loop, so that
@@ -45,7 +47,7 @@ class ControlConnection : public QObject {
   // Lines that are followed go together a moment later: a log may have thousands a second, and each
   // by itself costs a system call and wakes its reader.
   QByteArray myGathered;
-  QTimer myGathering;
+  Gathering myGathering;
 };
 
 }  // namespace corvane

@@ -1,6 +1,5 @@
 #include "framework/line_writer.h"
 
-#include <chrono>
 #include <utility>
 
 #include "framework/text.h"
@@ -11,15 +10,10 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxKept = 1024 * 1024;  // bytes
-constexpr std::chrono::milliseconds kGatheringTime{20};
 
 }  // namespace
 
-LineWriter::LineWriter(Sink sink) : mySink(std::move(sink)) {
-  myWriting.setSingleShot(true);
-  myWriting.setInterval(kGatheringTime);
-  QObject::connect(&myWriting, &QTimer::timeout, [this] { WriteInTime(); });
-}
+LineWriter::LineWriter(Sink sink) : mySink(std::move(sink)), myWriting([this] { WriteInTime(); }) {}
 
 LineWriter::~LineWriter() {
   WriteKept();
@@ -38,7 +32,7 @@ void LineWriter::WriteLine(std::string_view line) {
   myKept += dropped;
   myKept += next;
   myKept += '\n';
-  if (!myWriting.isActive()) myWriting.start();
+  myWriting.Note();
 }
 
 void LineWriter::WriteKept() {
@@ -51,7 +45,7 @@ void LineWriter::WriteKept() {
 
 void LineWriter::WriteInTime() {
   WriteKept();
-  if (!myKept.empty()) myWriting.start();
+  if (!myKept.empty()) myWriting.Note();
 }
 
 }  // namespace corvane

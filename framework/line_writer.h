@@ -4,8 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include <QTimer>
-
+#include "framework/gathering.h"
 #include "framework/standard_streams.h"
 
 namespace corvane {
@@ -37,7 +36,7 @@ class LineWriter {
   std::string myKept;
   std::size_t myDropped = 0;
   bool myClosed = false;
-  QTimer myWriting;
+  Gathering myWriting;
 };
 
 }  // namespace corvane

@@ -94,15 +94,9 @@ void MarkerBoard::Added(const Member& member) {
 }
 
 void MarkerBoard::Changed(const Member& member) {
-  if (!member.hasPlace) {
-    TakeAway(member);
-    return;
-  }
+  if (!member.hasPlace) return TakeAway(member);
   Marker* const known = Find(&member);
-  if (known == nullptr) {
-    Added(member);
-    return;
-  }
+  if (known == nullptr) return Added(member);
   Marker& marker = *known;
   const QPointF place = PlaceOf(member);
   marker.name = VisibleText(member.name, kMaxNameLength);
