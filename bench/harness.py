@@ -15,7 +15,7 @@ from pathlib import Path
 from typing import Callable, Dict, Iterator, List, Optional, Sequence
 
 sys.path.append(str(Path(__file__).resolve().parent.parent / "scripts"))
-from servers import (PASSWORD, PROGRAMS, Failure, end, free_port, listening,  # noqa: E402
+from servers import (PASSWORD, ROOT, Failure, end, free_port, listening,  # noqa: E402
                      make_data_folder, running, server_on, wait_until)
 
 # Those that report, and those that only wait.
@@ -191,7 +191,7 @@ def has_descriptors(count: int) -> bool:
 def parser_of(description: str, rounds: int, seconds: float = 3) -> argparse.ArgumentParser:
     """The options that all the scripts have."""
     parser = argparse.ArgumentParser(description=description)
-    parser.add_argument("--programs", type=Path, default=PROGRAMS,
+    parser.add_argument("--programs", type=Path, default=ROOT / "build/release/bin",
                         help="folder of the programs (build/release/bin)")
     parser.add_argument("--seconds", type=float, default=seconds,
                         help=f"of each run ({seconds})")

@@ -15,6 +15,25 @@ if(CORVANE_FUZZERS)
   target_compile_options(corvane_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
+# corvane_precompile(NAME LINK library... HEADERS header...)
+#
+# Outside headers that the compiler reads once for all targets that say "REUSE_FROM NAME". They have
+# to be compiled with the same options.
+function(corvane_precompile name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;HEADERS")
+  set(nothing ${CMAKE_BINARY_DIR}/nothing.cpp)
+  file(CONFIGURE OUTPUT ${nothing} CONTENT "")
+  add_library(${name} OBJECT ${nothing})
+  target_link_libraries(${name} PRIVATE corvane_options ${arg_LINK})
+  target_precompile_headers(${name} PRIVATE ${arg_HEADERS})
+endfunction()
+
+# Those of Qt Core take longest; it has all layers but buffers/.
+set(CORVANE_SLOW_HEADERS
+  <algorithm> <array> <chrono> <functional> <map> <memory> <optional> <span> <string> <vector>
+  <QCoreApplication> <QDateTime> <QDir> <QJsonDocument> <QTemporaryDir> <QTimer>)
+corvane_precompile(slow_headers LINK Qt6::Core HEADERS ${CORVANE_SLOW_HEADERS})
+
 # corvane_library(NAME SOURCES file... LINK library...)
 #
 # One layer of the program. LINK names every library of the tree whose headers the layer's files
@@ -24,6 +43,9 @@ function(corvane_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
   add_library(${name} STATIC ${arg_SOURCES})
   target_link_libraries(${name} PUBLIC corvane_options ${arg_LINK})
+  if(arg_LINK)
+    target_precompile_headers(${name} REUSE_FROM slow_headers)
+  endif()
 endfunction()
 
 # corvane_write_link_lists(FOLDER FILE)

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::int32_t kFewestUsers = 1;
 constexpr std::int32_t kMostUsers = 1000;
-constexpr int kFieldWidth = 220;
+constexpr int kNameFieldWidth = 220;
 constexpr int kMostDigits = 4;
 
 }  // namespace
@@ -27,7 +27,7 @@ NetworkDialog::NetworkDialog(const QString& name, const QString& title, QWidget&
   txtPass = new QLineEdit(this);
   btnOK = new QPushButton(QStringLiteral("OK"), this);
   btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
-  txtName->setMinimumWidth(kFieldWidth);
+  txtName->setMinimumWidth(kNameFieldWidth);
   FitDigits(*txtUsers, kMostDigits);
 
   auto* form = new QFormLayout;

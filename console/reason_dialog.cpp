@@ -10,7 +10,7 @@
 namespace corvane {
 namespace {
 
-constexpr int kFieldWidth = 320;
+constexpr int kReasonFieldWidth = 320;
 
 }  // namespace
 
@@ -21,7 +21,7 @@ ReasonDialog::ReasonDialog(const QString& name, const QString& title,
   txtReason = new QLineEdit(this);
   btnOK = new QPushButton(QStringLiteral("OK"), this);
   btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
-  txtReason->setMinimumWidth(kFieldWidth);
+  txtReason->setMinimumWidth(kReasonFieldWidth);
   txtReason->setPlaceholderText(QStringLiteral("Reason"));
   txtReason->setAccessibleName(QStringLiteral("Reason"));
 

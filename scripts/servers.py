@@ -18,7 +18,7 @@ from typing import Callable, Dict, Iterable, Iterator, List, NoReturn, Optional,
 from xml.sax.saxutils import quoteattr
 
 ROOT = Path(__file__).resolve().parent.parent
-PROGRAMS = ROOT / "build/release/bin"
+PROGRAMS = ROOT / "build/dev/bin"
 PASSWORD = "demo"
 
 

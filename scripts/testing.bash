@@ -2,12 +2,12 @@
 # shellcheck shell=bash
 
 # run_tests PRESET [CTEST ARGS]: fails as ctest does. Each test program writes its count into a file
-# of its own in build/PRESET/results.
+# in build/PRESET/results.
 run_tests() {
   local preset=$1
   shift
   rm -rf "build/$preset/results"
-  ctest --preset "$preset" "$@"
+  with_progress "testing $preset" ctest --preset "$preset" "$@"
 }
 
 # end_tests STATUS PRESET...: says how many cases ran, and how it ended.
@@ -18,7 +18,7 @@ end_tests() {
     cat "build/$preset/results"/*.xml 2>/dev/null |
       sed -n 's/^<testsuites tests="\([0-9]*\)" failures="\([0-9]*\)".*/\1 \2/p' |
       awk -v preset="$preset" '{ all += $1; failed += $2 }
-           END { printf "== test cases of %s: %d run, %d failed\n", preset, all, failed }'
+           END { printf "%s: %d passed, %d failed\n", preset, all - failed, failed }'
   done
   if ((status != 0)); then fail "FAILED, see above"; fi
   say "test: all passed"

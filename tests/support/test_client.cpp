@@ -1,11 +1,14 @@
 #include "tests/support/test_client.h"
 
+#include <chrono>
 #include <vector>
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 #include <QHostAddress>
+#include <QTimer>
 #include <QtEndian>
 
 #include "net/os_socket.h"
@@ -14,6 +17,7 @@ namespace corvane {
 namespace {
 
 constexpr qint64 kPatience = 10'000;  // milliseconds
+constexpr std::chrono::milliseconds kTick{2};
 constexpr std::int32_t kBye = 999;
 
 }  // namespace
@@ -21,19 +25,21 @@ constexpr std::int32_t kBye = 999;
 bool PumpUntil(const std::function<bool()>& condition) {
   QElapsedTimer timer;
   timer.start();
+  // Sleeps until something happens, and a tick at most: what other threads and programs do is no
+  // event here.
+  QTimer tick;
+  tick.start(kTick);
   while (!condition()) {
     if (timer.hasExpired(kPatience)) return false;
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+    QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);  // and what follows from it
   }
   return true;
 }
 
 void PumpFor(std::chrono::milliseconds duration) {
-  QElapsedTimer timer;
-  timer.start();
-  while (!timer.hasExpired(duration.count())) {
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-  }
+  const QDeadlineTimer end(duration);
+  PumpUntil([&] { return end.hasExpired(); });
 }
 
 std::ostream& operator<<(std::ostream& stream, const WireMessage& message) {

@@ -73,7 +73,7 @@ TEST_F(VersionCheckerTest, TellsOfANewerBuildOrUnlessQuietThatThereIsNone) {
       // Not taken before the first check is over, which says nothing.
       EXPECT_TRUE(PumpUntil([&] {
         if (checker) checker->CheckForNewVersion(false);
-        return server.requests.size() == 2 && !checker;
+        return server.requests.size() >= 2 && !checker;  // more if Qt asks again
       }));
     }
     EXPECT_EQ(Said(), row.result) << row.reply;

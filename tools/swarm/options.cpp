@@ -265,10 +265,10 @@ Options Read(const QCommandLineParser& parser) {
   options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
   const bool endsByItself = options.mode != Mode::Demo && options.mode != Mode::Idle;
   if (parser.isSet(QStringLiteral("seconds")) || endsByItself) {
-    const double seconds = parser.isSet(QStringLiteral("seconds"))
-                               ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
-                               : 10;
-    options.duration = std::chrono::milliseconds(std::lround(seconds * 1000));
+    const double length = parser.isSet(QStringLiteral("seconds"))
+                              ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
+                              : 10;
+    options.duration = std::chrono::milliseconds(std::lround(length * 1000));
     if (options.mode == Mode::Hostile) *options.duration *= 3;
   }
 

@@ -1,0 +1,50 @@
+# For scripts that take minutes: says how far a step is, on one line that is rewritten where standard
+# output is a terminal, and keeps everything that its programs print in build/log.txt.
+# shellcheck shell=bash
+
+log=build/log.txt
+mkdir -p build
+: >"$log"
+
+# with_progress WORDS COMMAND...: fails as the command does, after printing the end of what it said
+# and where all of it is.
+with_progress() {
+  local words=$1 begin
+  shift
+  begin=$(wc -l <"$log")
+  if ! "$@" </dev/null 2>&1 | tee -a "$log" | steps | show_steps "$words"; then
+    {
+      tail -n "+$((begin + 1))" "$log" | grep -vE "$routine" | tail -n 60
+      printf '%s: %s failed; the full log is %s\n' "${0##*/}" "$words" "$log"
+    } >&2
+    return 1
+  fi
+}
+
+# Lines that explain no failure: of ninja and cmake, of GoogleTest, of ctest.
+routine='^(\[[0-9]+/[0-9]+\] |-- |\[ RUN|\[ +OK|\[---|\[===|Test project)|^ *$|^ +Start +[0-9]|Test +#.* Passed |^QStandardPaths|propagateSizeHints'
+
+# Reads what apt-get, ninja and ctest print, and leaves the steps: "12/94 net_tests".
+steps() {
+  sed -unE '
+    s,^\[([0-9]+/[0-9]+)\] .* ([^ ]+)$,\1 \2,
+    t edge
+    s,^ *([0-9]+/[0-9]+) Test +#[0-9]+: ([^ ]+) .* (Passed|\*\*\*[A-Za-z]+) .*,\1 \2 \3,
+    s, Passed$,,p
+    s,\*\*\*(.*),\1,p
+    s,^(Get:[0-9]+|Unpacking|Setting up) ([^ ]+).*,\1 \2,p
+    d
+    :edge
+    s,[^ ]*CMakeFiles/([^/]*)\.dir/.*,\1,p'
+}
+
+show_steps() {
+  local step rewrite='' end='\n'
+  if [[ -t 1 ]]; then rewrite='\r\e[K' end=''; fi
+  say_step() {
+    printf "$rewrite== %s (%d:%02d)$end" "$1" $((SECONDS / 60)) $((SECONDS % 60))
+  }
+  say_step "$1"
+  while read -r step; do say_step "$1: $step"; done
+  if [[ -t 1 ]]; then printf '\n'; fi
+}
