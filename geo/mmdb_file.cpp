@@ -123,6 +123,29 @@ bool HasNoIPv4(const MMDB_s& database) {
          database.ipv4_start_node.node_value == database.metadata.node_count;
 }
 
+// Whether the file is long enough for the nodes that its description counts. libmaxminddb computes
+// their size in 32 bits, and reads far beyond the end of a file whose damaged count overflows them.
+// https://maxmind.github.io/MaxMind-DB/
+bool HoldsItsNodes(const QString& name) {
+  constexpr qint64 kMostDescriptionBytes = 128 << 10;
+  constexpr qint64 kLeastNodeBytes = 6;
+  constexpr QByteArrayView kKey = "node_count";
+  QFile file(name);
+  if (!file.open(QIODevice::ReadOnly)) return true;
+  file.seek(std::max<qint64>(0, file.size() - kMostDescriptionBytes));
+  const QByteArray end = file.readAll();
+  for (qsizetype at = end.indexOf(kKey); at >= 0; at = end.indexOf(kKey, at + 1)) {
+    const qsizetype value = at + kKey.size();
+    if (value == end.size()) break;
+    // The low five bits of the byte before a number are its length.
+    qint64 count = 0;
+    for (const char byte : end.mid(value + 1, std::min(end[value] & 31, 4)))
+      count = 256 * count + static_cast<unsigned char>(byte);
+    if (count * kLeastNodeBytes > file.size()) return false;
+  }
+  return true;
+}
+
 }  // namespace
 
 void MmdbFile::Closing::operator()(MMDB_s* database) const {
@@ -133,7 +156,9 @@ void MmdbFile::Closing::operator()(MMDB_s* database) const {
 MmdbFile::MmdbFile(const QString& file) {
   auto database = std::make_unique<MMDB_s>();
   const QByteArray name = QFile::encodeName(file);
-  const int status = MMDB_open(name.constData(), MMDB_MODE_MMAP, database.get());
+  const int status = HoldsItsNodes(file)
+                         ? MMDB_open(name.constData(), MMDB_MODE_MMAP, database.get())
+                         : MMDB_INVALID_METADATA_ERROR;
   if (status != MMDB_SUCCESS) {
     myFault = std::string("it is no mmdb file, or not a whole one: ") + MMDB_strerror(status);
     return;

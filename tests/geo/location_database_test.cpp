@@ -137,6 +137,10 @@ TEST_F(LocationDatabaseTest, EachAddressHasItsRange) {
 
 TEST_F(LocationDatabaseTest, FileThatCannotBeUsedIsToldOnce) {
   const std::string whole = CityFile("Oslo");
+  // As many nodes as would make their size overflow 32 bits.
+  std::string countless = whole;
+  const std::size_t count = countless.rfind("node_count") + 10;
+  countless.replace(count, 1 + (countless[count] & 31), "\xC4\xFF\xFF\xFF\xFF");
   const struct {
     std::string bytes;
     std::string reason;
@@ -147,6 +151,7 @@ TEST_F(LocationDatabaseTest, FileThatCannotBeUsedIsToldOnce) {
       {whole.substr(0, whole.size() - 40), "it is no mmdb file, or not a whole one"},
       // The end alone, as where the beginning of a download is missing.
       {whole.substr(whole.size() / 2), "it is no mmdb file, or not a whole one"},
+      {countless, "it is no mmdb file, or not a whole one"},
       {MmdbBytes(6, {}), "it has IPv6 addresses only, and clients have IPv4 ones"},
   };
   for (const auto& row : cases) {
