@@ -6,36 +6,39 @@ log=build/log.txt
 mkdir -p build
 : >"$log"
 
-# with_progress WORDS COMMAND...: fails as the command does, after printing the end of what it said
-# and where all of it is.
+# with_progress WORDS COMMAND...: fails as the command does, after printing what explains it and
+# where the full log is.
 with_progress() {
   local words=$1 begin
   shift
   begin=$(wc -l <"$log")
   if ! "$@" </dev/null 2>&1 | tee -a "$log" | steps | show_steps "$words"; then
     {
-      tail -n "+$((begin + 1))" "$log" | grep -vE "$routine" | tail -n 60
+      tail -n "+$((begin + 1))" "$log" | grep -vE "$routine" | head -n 150
       printf '%s: %s failed; the full log is %s\n' "${0##*/}" "$words" "$log"
     } >&2
     return 1
   fi
 }
 
-# Lines that explain no failure: of ninja and cmake, of GoogleTest, of ctest.
-routine='^(\[[0-9]+/[0-9]+\] |-- |\[ RUN|\[ +OK|\[---|\[===|Test project)|^ *$|^ +Start +[0-9]|Test +#.* Passed |^QStandardPaths|propagateSizeHints'
+# Lines that explain no failure: of apt-get, of ninja and cmake, of GoogleTest and Qt, of ctest.
+routine='^(Get:|Hit:|Reading |Selecting |Preparing |Unpacking |Setting up |Processing |\(Reading )'
+routine+='|^(\[[0-9]+/[0-9]+\]|--) |^\[( RUN| +OK|---|===)|^QStandardPaths|propagateSizeHints'
+routine+='|^ *$|^Test project|^ +Start +[0-9]|Test +#.* Passed '
 
 # Reads what apt-get, ninja and ctest print, and leaves the steps: "12/94 net_tests".
 steps() {
   sed -unE '
     s,^\[([0-9]+/[0-9]+)\] .* ([^ ]+)$,\1 \2,
     t edge
-    s,^ *([0-9]+/[0-9]+) Test +#[0-9]+: ([^ ]+) .* (Passed|\*\*\*[A-Za-z]+) .*,\1 \2 \3,
+    s,^ *([0-9]+/[0-9]+) Test +#[0-9]+: ([^ ]+) \.+ *(Passed|\*\*\*[A-Za-z]+) .*,\1 \2 \3,
     s, Passed$,,p
     s,\*\*\*(.*),\1,p
-    s,^(Get:[0-9]+|Unpacking|Setting up) ([^ ]+).*,\1 \2,p
+    s,^(Unpacking|Setting up) ([^ ]+).*,\1 \2,p
     d
     :edge
-    s,[^ ]*CMakeFiles/([^/]*)\.dir/.*,\1,p'
+    s,[^ ]*CMakeFiles/([^/]*)\.dir/.*,\1,
+    p'
 }
 
 show_steps() {
