@@ -9,15 +9,16 @@ namespace corvane {
 
 namespace {
 
-constexpr std::chrono::seconds kPause(1);
-constexpr std::chrono::seconds kLongestWait(5);
+constexpr std::chrono::milliseconds kBriefBound(8);
+constexpr std::chrono::seconds kImpatience(1);
+constexpr std::chrono::seconds kLongestImpatience(5);
 constexpr std::chrono::milliseconds kLongestSleep(20);
 
 }  // namespace
 
 void LockPatience::Watch(sqlite3* database, std::chrono::milliseconds bound) {
   myBound = bound;
-  myNoWaitUntil = {};
+  myNoWaitUntil = myBriefUntil = {};
   sqlite3_busy_handler(database, OnLocked, this);
 }
 
@@ -27,14 +28,16 @@ int LockPatience::OnLocked(void* self, int tries) {
 
 bool LockPatience::Wait(int tries) {
   const Clock::time_point now = Clock::now();
-  if (now < myNoWaitUntil) {
-    myNoWaitUntil = std::min(now + kPause, myLatestEnd);
-    return false;
-  }
+  if (now < myNoWaitUntil) return false;
   if (tries == 0) myWaitingSince = now;
-  if (now - myWaitingSince >= myBound) {
-    myNoWaitUntil = now + kPause;
-    myLatestEnd = now + kLongestWait;
+  const bool isBrief = now < myBriefUntil;
+  if (now - myWaitingSince >= (isBrief ? kBriefBound : myBound)) {
+    if (isBrief) {
+      myNoWaitUntil = now + kBriefBound;
+    } else {
+      myLatestEnd = now + kLongestImpatience;
+    }
+    myBriefUntil = std::min(now + kImpatience, myLatestEnd);
     return false;
   }
   std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestSleep));

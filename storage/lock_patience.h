@@ -7,8 +7,9 @@ struct sqlite3;
 namespace corvane {
 
 // How long statements wait for a lock that another program holds on the database: up to a bound.
-// After a wait in vain nobody waits until no lock was met for a second, or five seconds are over,
-// so that many statements cost one wait.
+// After a wait in vain they wait for brief locks only, up to 8 ms, until none was waited for in
+// vain for a second, or five seconds are over. After such a brief wait in vain nobody waits for as
+// long again, so that many statements take half of the time at most.
 class LockPatience {
  public:
   // Sees to the waiting of this database from now on. To be outlived by nothing that runs there.
@@ -25,7 +26,8 @@ class LockPatience {
   std::chrono::milliseconds myBound{};
   Clock::time_point myWaitingSince;
   Clock::time_point myNoWaitUntil;
-  Clock::time_point myLatestEnd;  // of the time without waiting
+  Clock::time_point myBriefUntil;
+  Clock::time_point myLatestEnd;  // of the time of brief waits
 };
 
 }  // namespace corvane
