@@ -24,6 +24,8 @@ TEST_F(BanKeeperTest, BanThatCannotBeStoredCountsUntilItIs) {
   keeper->Add("10.0.0.1", "op", "one", "home");
   EXPECT_EQ(Stored(), "10.0.0.1|one;") << "at once";
   const QDateTime before = QDateTime::currentDateTime();
+  int told = 0;
+  connection.Complained = [&told](const std::string&) { ++told; };
   {
     OtherProgram reader(file);
     reader.Run("BEGIN; SELECT * FROM bans");
@@ -34,6 +36,7 @@ TEST_F(BanKeeperTest, BanThatCannotBeStoredCountsUntilItIs) {
     // Through tries that fail, and to where the date would be another one.
     EXPECT_TRUE(PumpUntil([&] { return before.secsTo(QDateTime::currentDateTime()) >= 2; }));
     EXPECT_EQ(Stored(), "10.0.0.1|one;");
+    EXPECT_TRUE(told >= 2 && told < 5) << told << ": a fault that lasts is told once a second";
   }
   EXPECT_TRUE(
       PumpUntil([this] { return Stored() == "10.0.0.1|one;10.0.0.2|two;10.0.0.3|three;"; }));

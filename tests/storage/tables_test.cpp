@@ -1,4 +1,5 @@
 #include <chrono>
+#include <optional>
 #include <thread>
 
 #include <QElapsedTimer>
@@ -8,7 +9,9 @@
 #include "framework/dates.h"
 #include "storage/admins_table.h"
 #include "storage/bans_table.h"
+#include "storage/database_backup.h"
 #include "storage/networks_table.h"
+#include "storage/outsider_guard.h"
 #include "tests/storage/database_fixture.h"
 
 namespace corvane {
@@ -210,6 +213,10 @@ TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
       EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.1"));
     }
     EXPECT_LT(timer.elapsed(), 5000) << "200 waits are 50 s";
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    timer.start();
+    EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
+    EXPECT_GE(timer.elapsed(), 8) << "a brief lock is waited for";
     EXPECT_FALSE(bans.All() || admins.All() || networks.All());
     EXPECT_FALSE(bans.Delete(std::vector<std::int64_t>(1000, 1)));
     EXPECT_FALSE(Ban("10.0.0.2") || bans.Delete("1"));
@@ -220,6 +227,55 @@ TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
                 testing::StartsWith("database: database is locked\n"));
   }
   EXPECT_TRUE(bans.IsBanned("10.0.0.1"));
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  OtherProgram other(file);
+  other.Run("BEGIN EXCLUSIVE");
+  QElapsedTimer timer;
+  timer.start();
+  EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
+  EXPECT_GE(timer.elapsed(), 250) << "patience is back a second later";
+}
+
+TEST_F(TablesTest, DeletionThatPartlyFailsLeavesNoTransactionOpen) {
+  EXPECT_TRUE(Ban("10.0.0.1") && Ban("10.0.0.2"));
+  EXPECT_TRUE(admins.Add("a", "10.0.0.1", "home") && admins.Add("b", "10.0.0.1", "home"));
+  for (const std::string table : {"bans", "admins"})
+    Run("CREATE TRIGGER no_" + table + " BEFORE DELETE ON " + table +
+        " WHEN old.id=2 BEGIN SELECT RAISE(ABORT, 'no'); END");
+  EXPECT_FALSE(bans.Delete(std::vector<std::int64_t>{1, 2}));
+  EXPECT_EQ(Run("SELECT id FROM bans"), "2;");
+  EXPECT_FALSE(admins.Delete({1, 2}));
+  EXPECT_EQ(Run("SELECT id FROM admins"), "2;");
+}
+
+TEST(OutsiderGuardTest, NothingIsInterruptedOnceItHasGone) {
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(":memory:", &database), SQLITE_OK);
+  // Its place in memory stays, so what SQLite still held of it would say that time is over.
+  std::optional<OutsiderGuard> guard(std::in_place, database, "admins", "o'p");
+  guard.reset();
+  std::this_thread::sleep_for(std::chrono::milliseconds(25));
+  EXPECT_EQ(sqlite3_exec(database,
+                         "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE "
+                         "i<1000) SELECT count(*) FROM n",
+                         nullptr, nullptr, nullptr),
+            SQLITE_OK);
+  sqlite3_close(database);
+}
+
+TEST_F(DatabaseTest, BackupWaitsForTheLockOfAnotherProgram) {
+  Run("INSERT INTO admins(name) VALUES('a')");
+  ASSERT_TRUE(connection.Connect(file));
+  DatabaseBackup backup(connection, Path("copy"));
+  {
+    OtherProgram other(file);
+    other.Run("BEGIN EXCLUSIVE");
+    for (int i = 0; i < 5; ++i)
+      EXPECT_EQ(backup.Step(), DatabaseBackup::Progress::More);
+  }
+  while (backup.Step() == DatabaseBackup::Progress::More) {
+  }
+  EXPECT_EQ(OtherProgram(Path("copy")).Run("SELECT name FROM admins"), "a;");
 }
 
 TEST_F(DatabaseTest, LockIsWaitedForLongerWhileConnecting) {
