@@ -118,7 +118,7 @@ bool DatabaseConnection::Connect(const QString& file) {
     sqlite3_exec(myDatabase, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
     // What an outsider's query sorts stays where it is bounded.
     sqlite3_exec(myDatabase, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
-    if (Run("PRAGMA synchronous=FULL", {}) && Run("SELECT count(*) FROM sqlite_master", {})) {
+    if (Run("PRAGMA synchronous=EXTRA", {}) && Run("SELECT count(*) FROM sqlite_master", {})) {
       myPatience.Watch(myDatabase, kPatience);
       return true;
     }

@@ -22,7 +22,7 @@ namespace corvane {
 
 // One open SQLite database. Every operation runs on the calling thread, sets the error flag and
 // message when it fails and clears them when it succeeds. Each statement is committed durably
-// (rollback journal, synchronous=FULL) as it runs, unless Begin opened a group. A lock held by
+// (rollback journal, synchronous=EXTRA) as it runs, unless Begin opened a group. A lock held by
 // another process is waited for 250 ms, while connecting 5 s.
 //
 // Connect and what changes data return whether it worked; where it did not, standard error says

@@ -20,6 +20,9 @@ TEST_F(DatabaseTest, OnlyAnExistingDatabaseConnects) {
   EXPECT_FALSE(QFile::exists(Path("missing")));
   EXPECT_TRUE(connection.Connect(file)) << connection.ErrorMessage();
   EXPECT_FALSE(connection.Error());
+  // The removal of the journal, too: a journal that comes back takes the change back.
+  const auto durability = connection.SQLSelect("PRAGMA synchronous");
+  EXPECT_TRUE(durability && durability->Integer("synchronous") == 3) << "EXTRA";
 }
 
 TEST_F(DatabaseTest, EachOfSeveralEqualRowsCanBeChanged) {
