@@ -15,21 +15,26 @@ bool Overwrite(QFile& file, QByteArrayView content) {
 
 }  // namespace
 
-void ReplaceFile(const QString& file, QByteArrayView content) {
+bool ReplaceFile(const QString& file, QByteArrayView content) {
   QSaveFile replacement(file);
   if (replacement.open(QIODevice::WriteOnly)) {
     const bool isWhole =
         replacement.write(content.data(), content.size()) == content.size() && replacement.flush();
-    if (!isWhole) return replacement.cancelWriting();
-    if (replacement.commit()) return;
+    if (!isWhole) {
+      replacement.cancelWriting();
+      return false;
+    }
+    if (replacement.commit()) return true;
   }
   // Only what is there: a file that could not be made beside could not be made here either.
   QFile inPlace(file);
   if (!QFileInfo(file).isFile() || !inPlace.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
-    return;
+    return false;
   const QByteArray before = inPlace.readAll();
   // What it held still has its place.
-  if (!Overwrite(inPlace, content)) Overwrite(inPlace, before);
+  if (Overwrite(inPlace, content)) return true;
+  Overwrite(inPlace, before);
+  return false;
 }
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #include "storage/ban_keeper.h"
 
 #include <algorithm>
+#include <thread>
 #include <utility>
 
 namespace corvane {
@@ -13,6 +14,7 @@ constexpr std::chrono::milliseconds kFirstPause(100);
 constexpr std::chrono::milliseconds kLongestPause(10'000);
 constexpr std::chrono::milliseconds kTimeOfARetry(20);
 constexpr std::chrono::milliseconds kTimeAtTheEnd(1000);
+constexpr std::chrono::milliseconds kPauseAtTheEnd(10);
 // An administrator of a network can issue bans as fast as he likes, with reasons as long as he
 // likes.
 constexpr std::size_t kMostWaiting = std::size_t{16} << 20;  // bytes
@@ -23,14 +25,21 @@ std::size_t SizeOf(const BansTable::Ban& ban) {
 
 }  // namespace
 
-BanKeeper::BanKeeper(BansTable& bans) : myBans(bans), myPause(kFirstPause) {
+BanKeeper::BanKeeper(BansTable& bans)
+    : myBans(bans), myFile(bans.DatabaseFile()), myWaiting(myFile.Read()), myPause(kFirstPause) {
   myRetry.setSingleShot(true);
   QObject::connect(&myRetry, &QTimer::timeout, [this] { Retry(); });
+  for (const BansTable::Ban& ban : myWaiting)
+    myWaitingBytes += SizeOf(ban);
+  if (!myWaiting.empty()) Retry();
 }
 
 BanKeeper::~BanKeeper() {
-  StoreFor(kTimeAtTheEnd);
   if (myWaiting.empty()) return;
+  const Clock::time_point end = Clock::now() + kTimeAtTheEnd;
+  while (!StoreFor(kTimeAtTheEnd) && Clock::now() < end)
+    std::this_thread::sleep_for(kPauseAtTheEnd);
+  if (myFile.Replace(myWaiting) || myIsFileWhole) return;
   myBans.Tell("bans that could not be stored and are lost: " + std::to_string(myWaiting.size()));
 }
 
@@ -56,25 +65,27 @@ void BanKeeper::Keep(BansTable::Ban ban) {
     ban.reason.clear();
   }
   myWaitingBytes += SizeOf(ban);
+  myIsFileWhole = myFile.Append(ban) && myIsFileWhole;
   myWaiting.push_back(std::move(ban));
   if (!myRetry.isActive()) myRetry.start(myPause);
 }
 
 void BanKeeper::Retry() {
-  if (StoreFor(kTimeOfARetry)) {
-    myPause = kFirstPause;
-  } else {
-    // What is wrong may be wrong with this one only.
-    std::rotate(myWaiting.begin(), myWaiting.begin() + 1, myWaiting.end());
-    myPause = std::min(myPause * 2, kLongestPause);
-  }
+  const std::size_t before = myWaiting.size();
+  const bool isRefused = !StoreFor(kTimeOfARetry);
+  myPause = isRefused ? std::min(myPause * 2, kLongestPause) : kFirstPause;
+  if (myWaiting.size() < before) myIsFileWhole = myFile.Replace(myWaiting);
   if (!myWaiting.empty()) myRetry.start(myPause);
 }
 
 bool BanKeeper::StoreFor(std::chrono::milliseconds time) {
   const Clock::time_point end = Clock::now() + time;
   while (!myWaiting.empty() && Clock::now() < end) {
-    if (!myBans.Add(myWaiting.front())) return false;
+    if (!myBans.Add(myWaiting.front())) {
+      // What is wrong may be wrong with this one only.
+      std::rotate(myWaiting.begin(), myWaiting.begin() + 1, myWaiting.end());
+      return false;
+    }
     myWaitingBytes -= SizeOf(myWaiting.front());
     myWaiting.pop_front();
   }

@@ -8,13 +8,15 @@
 #include <QTimer>
 
 #include "storage/bans_table.h"
+#include "storage/waiting_bans.h"
 
 namespace corvane {
 
 // Sees to it that a ban counts as soon as it is issued: stores it, and where the database refuses
-// keeps it in memory, where it counts too, and tries again with growing pauses until it is stored.
-// Borrows the table. When it goes it tries once more, for a second at most, and standard error says
-// what is lost. Needs a QCoreApplication.
+// keeps it in memory, where it counts too, and in a file beside the database, and tries again with
+// growing pauses until it is stored. When it goes it tries for a second at most; what waits then is
+// read from the file by the next one, and standard error says what the disk did not take either.
+// Borrows the table, whose database is open already. Needs a QCoreApplication.
 class BanKeeper {
  public:
   explicit BanKeeper(BansTable& bans);
@@ -33,11 +35,13 @@ class BanKeeper {
   bool IsWaiting(const std::string& address) const;
   void Keep(BansTable::Ban ban);
   void Retry();
-  // Stores what waits, the oldest first, until one is refused or the time is over; whether none was
-  // refused.
+  // Stores what waits, the oldest first, until one is refused, which goes to the end, or the time
+  // is over; whether none was refused.
   bool StoreFor(std::chrono::milliseconds time);
 
   BansTable& myBans;
+  const WaitingBans myFile;
+  bool myIsFileWhole = true;
   std::deque<BansTable::Ban> myWaiting;
   std::size_t myWaitingBytes = 0;
   std::chrono::milliseconds myPause;

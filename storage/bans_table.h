@@ -31,6 +31,9 @@ class BansTable {
   // Tells what is wrong as the connection does.
   void Tell(const std::string& fault) const { myConnection.Tell(fault); }
 
+  // The file of the open database; empty without one.
+  QString DatabaseFile() const { return myConnection.File(); }
+
   // Whether any row names the address, whatever its network, date and length.
   bool IsBanned(const std::string& address);
 

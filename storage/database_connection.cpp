@@ -130,7 +130,7 @@ bool DatabaseConnection::Connect(const QString& file) {
 }
 
 QString DatabaseConnection::File() const {
-  return QString::fromUtf8(sqlite3_db_filename(myDatabase, "main"));
+  return IsConnected() ? QString::fromUtf8(sqlite3_db_filename(myDatabase, "main")) : QString();
 }
 
 bool DatabaseConnection::HasMoved() const {

@@ -47,7 +47,7 @@ class DatabaseConnection {
   // it fails. Never creates a file. Returns whether it is open.
   [[nodiscard]] bool Connect(const QString& file);
   bool IsConnected() const { return myDatabase != nullptr; }
-  // The file that is open.
+  // The file that is open; empty where none is.
   QString File() const;
   // Whether that is no longer what its name leads to: it was replaced, or deleted.
   bool HasMoved() const;

@@ -1,7 +1,12 @@
 #include "storage/ban_keeper.h"
 
+#include <chrono>
+#include <cstdlib>
 #include <optional>
+#include <thread>
 
+#include <QDir>
+#include <QFile>
 #include <gmock/gmock.h>
 
 #include "tests/storage/database_fixture.h"
@@ -12,12 +17,17 @@ namespace {
 
 class BanKeeperTest : public DatabaseTest {
  protected:
-  BanKeeperTest() { EXPECT_TRUE(connection.Connect(file)); }
+  BanKeeperTest() {
+    EXPECT_TRUE(connection.Connect(file));
+    keeper.emplace(bans);
+  }
 
+  bool IsFileThere() const { return QFile::exists(waiting); }
   std::string Stored() { return Run("SELECT address, reason FROM bans ORDER BY address"); }
 
+  const QString waiting = Path("corvane-bans.waiting");
   BansTable bans{connection};
-  std::optional<BanKeeper> keeper{bans};
+  std::optional<BanKeeper> keeper;
 };
 
 TEST_F(BanKeeperTest, BanThatCannotBeStoredCountsUntilItIs) {
@@ -36,11 +46,13 @@ TEST_F(BanKeeperTest, BanThatCannotBeStoredCountsUntilItIs) {
     // Through tries that fail, and to where the date would be another one.
     EXPECT_TRUE(PumpUntil([&] { return before.secsTo(QDateTime::currentDateTime()) >= 2; }));
     EXPECT_EQ(Stored(), "10.0.0.1|one;");
+    EXPECT_TRUE(IsFileThere());
     EXPECT_TRUE(told >= 2 && told < 5) << told << ": a fault that lasts is told once a second";
   }
   EXPECT_TRUE(
       PumpUntil([this] { return Stored() == "10.0.0.1|one;10.0.0.2|two;10.0.0.3|three;"; }));
   EXPECT_TRUE(keeper->IsBanned("10.0.0.3"));
+  EXPECT_TRUE(PumpUntil([this] { return !IsFileThere(); }));
   const auto all = bans.All();
   ASSERT_TRUE(all && all->size() == 3);
   for (const BansTable::Ban& ban : *all) {
@@ -67,6 +79,49 @@ TEST_F(BanKeeperTest, OneThatIsAlwaysRefusedHoldsUpNoOther) {
   EXPECT_EQ(Stored(), "10.0.0.1|one;10.0.0.2|two;") << "tried once more at the end";
 }
 
+TEST_F(BanKeeperTest, WhatWaitsOutlivesTheServer) {
+  const BansTable::Ban odd{0, "10.0.0.2", "o\tp", "%09 \n\xff\"", {}, ""};
+  {
+    OtherProgram other(file);
+    other.Run("BEGIN IMMEDIATE");
+    keeper->Add("10.0.0.1", "op", "one", "home");
+    std::jthread release([&other] {
+      std::this_thread::sleep_for(std::chrono::milliseconds(600));
+      other.Run("COMMIT");
+    });
+    keeper.reset();
+    EXPECT_EQ(Stored(), "10.0.0.1|one;") << "the lock went within the second at the end";
+    EXPECT_FALSE(IsFileThere());
+  }
+  keeper.emplace(bans);
+  const QDateTime before = QDateTime::currentDateTime();
+  {
+    OtherProgram other(file);
+    other.Run("BEGIN IMMEDIATE");
+    keeper->Add(odd.address, odd.by, odd.reason, odd.network);
+    // As a killed server leaves it, its last line cut off.
+    QFile left(waiting);
+    EXPECT_TRUE(left.copy(Path("copy")));
+    keeper.reset();
+    QFile::remove(waiting);
+    EXPECT_TRUE(QFile::rename(Path("copy"), waiting) && left.open(QIODevice::Append));
+    left.write("10.0.0.3\top\tcut");
+    left.close();
+    keeper.emplace(bans);
+    EXPECT_TRUE(keeper->IsBanned("10.0.0.2"));
+    EXPECT_FALSE(keeper->IsBanned("10.0.0.3"));
+    keeper.reset();
+  }
+  keeper.emplace(bans);
+  EXPECT_TRUE(PumpUntil([this] { return !IsFileThere(); }));
+  const auto all = bans.All();
+  ASSERT_TRUE(all && all->size() == 2);
+  const BansTable::Ban& kept = all->back();
+  EXPECT_EQ(kept.address + kept.by + kept.reason + kept.network,
+            odd.address + odd.by + odd.reason + odd.network);
+  EXPECT_LE(std::abs(before.secsTo(kept.bandate)), 1) << "the date of the ban";
+}
+
 TEST_F(BanKeeperTest, WhatWaitsIsBoundedAndSaidWhenItIsLost) {
   const std::string long_reason(1 << 20, 'r');
   Run("ALTER TABLE bans RENAME TO elsewhere");
@@ -81,6 +136,7 @@ TEST_F(BanKeeperTest, WhatWaitsIsBoundedAndSaidWhenItIsLost) {
             "10.0.0.1|15|1048576;10.0.0.2|1|0;");
 
   Run("DROP TABLE bans");
+  QDir().mkdir(waiting);
   keeper->Add("10.0.0.3", "op", "", "home");
   testing::internal::CaptureStderr();
   keeper.reset();
