@@ -105,7 +105,7 @@ TEST_F(BanKeeperTest, WhatWaitsOutlivesTheServer) {
     keeper.reset();
     QFile::remove(waiting);
     EXPECT_TRUE(QFile::rename(Path("copy"), waiting) && left.open(QIODevice::Append));
-    left.write("10.0.0.3\top\tcut");
+    left.write("10.0.0.3\top\tcut\t2026-11-22 10:00:00\tho");
     left.close();
     keeper.emplace(bans);
     EXPECT_TRUE(keeper->IsBanned("10.0.0.2"));
