@@ -1,49 +1,115 @@
 #include "control/backup.h"
 
 #include <chrono>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QPointer>
-#include <QSaveFile>
+#include <QStringList>
+#include <QTemporaryFile>
 #include <QThreadPool>
 
+#include "framework/disk_sync.h"
 #include "framework/text.h"
 
 namespace corvane {
 namespace {
 
-QString Unfinished(const QString& file) {
-  return file + QStringLiteral(".part");
+QString SettingsPlace(const QString& file) {
+  return file + QStringLiteral(".xml");
 }
 
-// Copies the file as a whole, onto the disk; what went wrong, or nothing.
-std::string CopyDurably(const QString& from, const QString& to) {
-  constexpr qint64 kPiece = qint64{1} << 20;
+std::string ErrorOf(const QFileDevice& file) {
+  return TextFromDisplay(file.fileName() + ": " + file.errorString());
+}
+
+// A new file beside that one, for its owner only.
+void OpenBeside(QTemporaryFile& beside, const QString& file) {
+  beside.setFileTemplate(file + QStringLiteral(".XXXXXX"));
+  beside.open();
+}
+
+// Brings a whole copy onto the disk and gives it its name; what went wrong, or nothing.
+std::string Publish(const QString& copy, const QString& file, bool overwrites) {
+  QFile written(copy);
+  if (!written.open(QIODevice::ReadWrite) || !SyncToDisk(written)) return ErrorOf(written);
+  written.close();
+  if (!overwrites) return written.rename(file) ? std::string() : ErrorOf(written);
+  std::error_code error;
+  std::filesystem::rename(QFileInfo(copy).filesystemFilePath(),
+                          QFileInfo(file).filesystemFilePath(), error);
+  return error ? TextFromDisplay(file) + ": " + error.message() : std::string();
+}
+
+std::string CopySettings(const QString& from, const QString& to, bool overwrites) {
   QFile source(from);
-  QSaveFile target(to);
-  if (!source.open(QIODevice::ReadOnly)) {
-    return TextFromDisplay(from + ": " + source.errorString());
-  }
-  const auto failed = [&] { return TextFromDisplay(to + ": " + target.errorString()); };
-  if (!target.open(QIODevice::WriteOnly)) return failed();
-  target.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
-  while (!source.atEnd()) {
-    const QByteArray piece = source.read(kPiece);
-    if (piece.isEmpty() || target.write(piece) != piece.size()) return failed();
-  }
-  return target.commit() ? std::string() : failed();
+  if (!source.open(QIODevice::ReadOnly)) return ErrorOf(source);
+  const QByteArray content = source.readAll();
+  QTemporaryFile copy;
+  OpenBeside(copy, to);
+  if (copy.write(content) != content.size() || !copy.flush()) return ErrorOf(copy);
+  const QString name = copy.fileName();
+  copy.close();
+  return Publish(name, to, overwrites);
+}
+
+// Folders may have several names, so these are not compared.
+bool IsUsedByServer(const QFileInfo& place, const QFileInfo& database,
+                    const Backup::Places& places) {
+  const QDir data = database.dir();
+  const QString locations = data.absoluteFilePath(places.locations);
+  if (place.exists() && place == QFileInfo(locations)) return true;
+  const QString folder = place.dir().canonicalPath();
+  if (folder.isEmpty()) return false;
+  if (folder == QDir(data.filePath(QStringLiteral("logs"))).canonicalPath()) return true;
+  if (folder != data.canonicalPath()) return false;
+  const QString settings = QFileInfo(places.settings).fileName();
+  const QStringList used = {database.fileName(),
+                            database.fileName() + "-journal",
+                            database.fileName() + "-wal",
+                            database.fileName() + "-shm",
+                            settings,
+                            settings + ".broken",
+                            QStringLiteral("corvane-bans.waiting"),
+                            QStringLiteral("corvane-server.lock")};
+  return used.contains(place.fileName(), Qt::CaseInsensitive);
 }
 
 }  // namespace
 
-Backup::Backup(const DatabaseConnection& source, QString settings, QString file,
+std::string Backup::WhyNot(const DatabaseConnection& source, const Places& places) {
+  if (!QFileInfo(places.file).isAbsolute()) return "expected is a file by its whole path";
+  for (const QString& target : {places.file, SettingsPlace(places.file)}) {
+    const QFileInfo place(target);
+    const std::string name = TextFromDisplay(target);
+    if (IsUsedByServer(place, QFileInfo(source.File()), places)) {
+      return "the server itself uses " + name;
+    }
+    if (!place.exists() && !place.isSymLink()) continue;
+    if (place.isSymLink() || !place.isFile()) return "not a regular file: " + name;
+    if (!places.overwrites) return "there is a file " + name + " already";
+  }
+  return {};
+}
+
+Backup::Backup(const DatabaseConnection& source, Places places,
                std::function<void(const std::string&)> done)
-    : mySettings(std::move(settings)),
-      myFile(std::move(file)),
-      myDone(std::move(done)),
-      myCopy(std::in_place, source, Unfinished(myFile)) {
+    : myPlaces(std::move(places)), myDone(std::move(done)) {
+  QTemporaryFile unfinished;
+  OpenBeside(unfinished, myPlaces.file);
+  if (unfinished.isOpen()) {
+    unfinished.setAutoRemove(false);
+    myUnfinished = unfinished.fileName();
+    unfinished.close();
+    myCopy.emplace(source, myUnfinished);
+  } else {
+    myError = unfinished.errorString().toStdString();
+  }
   connect(&mySteps, &QTimer::timeout, this, [this] { Step(); });
   mySteps.start(std::chrono::milliseconds(1));
 }
@@ -51,25 +117,27 @@ Backup::Backup(const DatabaseConnection& source, QString settings, QString file,
 Backup::~Backup() {
   // Windows deletes no file that is open.
   myCopy.reset();
-  QFile::remove(Unfinished(myFile));
+  QFile::remove(myUnfinished);
 }
 
 void Backup::Step() {
-  const DatabaseBackup::Progress progress = myCopy->Step();
+  const auto progress = myCopy ? myCopy->Step() : DatabaseBackup::Progress::Failed;
   if (progress == DatabaseBackup::Progress::More) return;
   mySteps.stop();
   if (progress == DatabaseBackup::Progress::Made) {
     Store();
   } else {
-    myDone(TextFromDisplay(myFile) + ": " + myCopy->ErrorMessage());
+    myDone(TextFromDisplay(myPlaces.file) + ": " + (myCopy ? myCopy->ErrorMessage() : myError));
   }
 }
 
 void Backup::Store() {
   QThreadPool::globalInstance()->start(
-      [settings = mySettings, file = myFile, self = QPointer<Backup>(this)] {
-        std::string error = CopyDurably(Unfinished(file), file);
-        if (error.empty()) error = CopyDurably(settings, file + QStringLiteral(".xml"));
+      [places = myPlaces, copy = myUnfinished, self = QPointer<Backup>(this)] {
+        std::string error = Publish(copy, places.file, places.overwrites);
+        if (error.empty()) {
+          error = CopySettings(places.settings, SettingsPlace(places.file), places.overwrites);
+        }
         // In the thread of the loop, where the object is not deleted between look and call.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),

@@ -3,7 +3,6 @@
 #include <memory>
 
 #include <QCoreApplication>
-#include <QFileInfo>
 #include <QJsonArray>
 
 #include "control/answers.h"
@@ -120,15 +119,12 @@ QByteArray Commands::Carry(const Request& request) {
 
 QByteArray Commands::MakeBackup(const Request& request) {
   const QString file = DisplayText(request.Text("file"));
-  const QFileInfo place(file);
   if (myBackup) throw Refused("another backup is being made");
-  if (!place.isAbsolute()) throw Refused("expected is a file by its whole path");
-  const bool isOurs = place == QFileInfo(myApp.serverdb().File());
-  for (const QString& other : {file, file + ".xml"}) {
-    if (QFileInfo::exists(other) && (isOurs || !request.Flag("overwrite"))) {
-      throw Refused("there is a file " + TextFromDisplay(other) + " already");
-    }
-  }
+  const Backup::Places places{myApp.Settings().File().value_or(QString()),
+                              DisplayText(myApp.Settings().GetValue("LocationDatabase", "")), file,
+                              request.Flag("overwrite")};
+  const std::string whyNot = Backup::WhyNot(myApp.serverdb(), places);
+  if (!whyNot.empty()) throw Refused(whyNot);
   myListener.Note(StatusLine({kActor, ": backup into ", TextFromDisplay(file)}));
   const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
     if (client)
@@ -136,8 +132,7 @@ QByteArray Commands::MakeBackup(const Request& request) {
                                    : RefusalLine(error));
     myBackup.release()->deleteLater();
   };
-  myBackup = std::make_unique<Backup>(myApp.serverdb(), myApp.Settings().File().value_or(QString()),
-                                      file, done);
+  myBackup = std::make_unique<Backup>(myApp.serverdb(), places, done);
   return {};
 }
 

@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include <QFile>
 #include <sqlite3.h>
 
 #include "storage/database_connection.h"
@@ -17,9 +16,6 @@ constexpr int kMostWaits = 1000;  // for another program's lock, one after the o
 }  // namespace
 
 DatabaseBackup::DatabaseBackup(const DatabaseConnection& source, const QString& file) {
-  QFile::remove(file);
-  // Made first, so that nobody else can read it.
-  QFile(file).open(QIODevice::WriteOnly, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
   if (sqlite3_open_v2(file.toStdString().c_str(), &myCopy, SQLITE_OPEN_READWRITE, nullptr) ==
       SQLITE_OK) {
     // The disk is not waited for here.

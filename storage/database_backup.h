@@ -13,8 +13,8 @@ class DatabaseConnection;
 
 // A copy of an open database as it is at one moment, made a few pages at a time while it is used:
 // what the connection changes meanwhile is in it, and what another program changes has it begin
-// anew. Borrows the connection. The file, for its owner only, is replaced; it need not be on the
-// disk yet when the copy is made.
+// anew. Borrows the connection. The file is there and empty; the copy need not be on the disk yet
+// when it is made.
 class DatabaseBackup {
  public:
   DatabaseBackup(const DatabaseConnection& source, const QString& file);

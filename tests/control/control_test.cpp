@@ -1,6 +1,9 @@
+#include <fstream>
 #include <string>
 #include <vector>
 
+#include <QDir>
+#include <QFile>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTimer>
@@ -358,6 +361,11 @@ TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
       "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<2000)"
       "INSERT INTO bans (address,reason) SELECT 'old', hex(zeroblob(2000)) FROM n");
   const QString file = myFolder.filePath("copy.rsd");
+  const QString link = myFolder.filePath("link.lnk");
+  std::ofstream((file + ".part").toStdString()) << "somebody's";
+  QFile::link(myFolder.filePath("Corvane Server.xml"), link);
+  QDir(myFolder.path()).mkpath("folder");
+  QDir(myFolder.path()).mkpath("logs");
   int banned = 0;
   QTimer bans;
   QObject::connect(&bans, &QTimer::timeout, [&] {
@@ -374,7 +382,6 @@ TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
   QFile settings(file + ".xml");
   EXPECT_TRUE(settings.open(QIODevice::ReadOnly) && settings.readAll().contains("AttachedNIC"));
   settings.close();
-  EXPECT_FALSE(QFile::exists(file + ".part"));
   struct Row {
     QStringList arguments;
     int exitCode;
@@ -383,13 +390,23 @@ TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
   for (const Row& row : std::vector<Row>{
            {{"backup", file}, 1, "already"},
            {{"backup", file, "--overwrite"}, 0, "Made"},
-           {{"backup", myFolder.filePath("serverdb.rsd"), "--overwrite"}, 1, "already"},
-           {{"backup", myFolder.filePath("none/copy")}, 1, "unable to open"},
+           {{"backup", myFolder.filePath("serverdb.rsd"), "--overwrite"}, 1, "itself uses"},
+           {{"backup", myFolder.filePath("./serverdb.rsd-journal")}, 1, "itself uses"},
+           {{"backup", myFolder.filePath("Corvane Server"), "--overwrite"}, 1, "itself uses"},
+           {{"backup", myFolder.filePath("corvane-bans.waiting")}, 1, "itself uses"},
+           {{"backup", myFolder.filePath("logs/x"), "--overwrite"}, 1, "itself uses"},
+           {{"backup", link, "--overwrite"}, 1, "not a regular file"},
+           {{"backup", myFolder.filePath("folder"), "--overwrite"}, 1, "not a regular file"},
+           {{"backup", myFolder.filePath("none/copy")}, 1, "none/copy: "},
        }) {
     made = Run(row.arguments);
-    EXPECT_EQ(made.exitCode, row.exitCode);
+    EXPECT_EQ(made.exitCode, row.exitCode) << row.arguments[1].toStdString();
     EXPECT_THAT(made.text, HasSubstr(row.text));
   }
+  EXPECT_THAT(QDir(myFolder.path()).entryList({"copy.rsd*"}),
+              testing::ElementsAre("copy.rsd", "copy.rsd.part", "copy.rsd.xml"));
+  QFile part(file + ".part");
+  EXPECT_TRUE(part.open(QIODevice::ReadOnly) && part.readAll() == "somebody's");
 }
 
 TEST_F(ControlTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {

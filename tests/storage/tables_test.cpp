@@ -1,4 +1,5 @@
 #include <chrono>
+#include <fstream>
 #include <optional>
 #include <thread>
 
@@ -266,6 +267,7 @@ TEST(OutsiderGuardTest, NothingIsInterruptedOnceItHasGone) {
 TEST_F(DatabaseTest, BackupWaitsForTheLockOfAnotherProgram) {
   Run("INSERT INTO admins(name) VALUES('a')");
   ASSERT_TRUE(connection.Connect(file));
+  std::ofstream(Path("copy").toStdString());
   DatabaseBackup backup(connection, Path("copy"));
   {
     OtherProgram other(file);
