@@ -11,6 +11,7 @@
 #include "framework/exceptions.h"
 #include "framework/numbers.h"
 #include "framework/text.h"
+#include "storage/schema_check.h"
 #include "updater/version.h"
 
 namespace corvane {
@@ -77,6 +78,10 @@ bool App::OpenDatabase() {
   if (!myDatabase.Connect(file)) {
     Tell("An error occured while connecting to the database.");
     return false;
+  }
+  const std::string missing = MissingFromSchema(myDatabase);
+  if (!missing.empty()) {
+    myDatabase.Tell(QDir::toNativeSeparators(file).toStdString() + " lacks " + missing);
   }
   return true;
 }

@@ -33,7 +33,7 @@ class App {
 
   // Loads the settings, which say what rules are in force, makes the update checker and opens the
   // database. What goes wrong is shown in a message box; then the result is false and the program
-  // has to end.
+  // has to end. What the database lacks is told as its faults are.
   bool Open();
 
   // Configures the listener from the settings, starts it and fills its Networks from the database,

@@ -61,6 +61,33 @@ TEST_F(AppTest, EachStartUpFailureHasItsMessage) {
                   connecting, connecting));
 }
 
+TEST_F(AppTest, WhatTheDatabaseLacksIsToldAtTheStart) {
+  const std::string all = "the table networks, the table bans, the table admins";
+  const std::string script =
+      "BEGIN; CREATE TABLE Networks(name, pass, users, Enabled);"
+      "CREATE VIEW admins AS SELECT 1 id, '' name, '' address;";
+  for (const auto& [statements, lacks] :
+       {std::pair{""s, all},
+        {"CREATE TABLE notes(text)", all},
+        {script + "CREATE TABLE bans(id, address, \"by\", bandate, banlength, network); COMMIT",
+         "the column bans.reason, the column admins.network"}}) {
+    QFile::remove(file);
+    ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));
+    if (!statements.empty()) OtherProgram(file).Run(statements);
+    std::vector<std::string> told;
+    App app(folder.path(), show);
+    app.serverdb().Complained = [&told](const std::string& line) { told.push_back(line); };
+    EXPECT_TRUE(app.Open());
+    EXPECT_THAT(told, ElementsAre("database: " + QDir::toNativeSeparators(file).toStdString() +
+                                  " lacks " + lacks));
+  }
+  QFile::remove(file);
+  MakeDatabase(file);
+  App app(folder.path(), show);
+  app.serverdb().Complained = [](const std::string& line) { FAIL() << line; };
+  EXPECT_TRUE(app.Open());
+}
+
 TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsAsked) {
   MakeDatabase(file);
   QFile places(folder.filePath(QStringLiteral("places.mmdb")));
