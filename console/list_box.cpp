@@ -66,7 +66,10 @@ bool IsEnter(const QKeyEvent& key) {
 }  // namespace
 
 ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent)
-    : QTableView(parent), myColumns(*horizontalHeader()) {
+    : QTableView(parent),
+      myColumns(*horizontalHeader()),
+      myPainting([this] { viewport()->setUpdatesEnabled(true); }, Gathering::First::Now,
+                 kBetweenPaints) {
   setAccessibleName(name);
   setItemDelegate(new RowDelegate(*this));
   setEditTriggers(NoEditTriggers);
@@ -92,15 +95,12 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setMinimumSectionSize(kNarrowestColumn);
   // The last column, which is stretched, gets no narrower than this.
   header->setDefaultSectionSize(kNarrowestColumn);
-  myPaintTimer.setSingleShot(true);
-  myPaintTimer.setInterval(kBetweenPaints);
-  connect(&myPaintTimer, &QTimer::timeout, this, [this] { viewport()->setUpdatesEnabled(true); });
 }
 
 void ListBox::setModel(QAbstractItemModel* model) {
   QTableView::setModel(model);
-  connect(model, &QAbstractItemModel::rowsInserted, this, &ListBox::PaintLater);
-  connect(model, &QAbstractItemModel::rowsRemoved, this, &ListBox::PaintLater);
+  connect(model, &QAbstractItemModel::rowsInserted, this, &ListBox::PaintRows);
+  connect(model, &QAbstractItemModel::rowsRemoved, this, &ListBox::PaintRows);
   myColumns.Want(std::vector<double>(static_cast<std::size_t>(model->columnCount()), 1.0));
 }
 
@@ -114,10 +114,9 @@ void ListBox::FitColumns() {
 }
 
 // Painting for each row that comes or goes would cost more than serving the client that it shows.
-void ListBox::PaintLater() {
-  if (myPaintTimer.isActive()) return;
+void ListBox::PaintRows() {
   viewport()->setUpdatesEnabled(false);
-  myPaintTimer.start();
+  myPainting.Note();
 }
 
 int ListBox::SelectedRow() const {

@@ -4,17 +4,17 @@
 #include <vector>
 
 #include <QTableView>
-#include <QTimer>
 
 #include "console/column_widths.h"
+#include "framework/gathering.h"
 
 namespace corvane {
 
 // A list of rows for reading and choosing from; nothing can be edited. The selected rows can be
 // copied as text. The row that has the keyboard has a frame, selected or not. Where a text is cut
 // off, or the model has more to say of a row, a tool tip shows it, also when the row is reached by
-// key. Rows have one height, so any number of them costs no layout, and however often rows come and
-// go, they are painted at most ten times a second for it.
+// key. Rows have one height, so any number of them costs no layout. Rows that come or go are painted
+// at once, and at most ten times a second.
 class ListBox : public QTableView {
  public:
   enum class Heading { None, Shown };
@@ -60,13 +60,13 @@ class ListBox : public QTableView {
   void OpenMenuByKey();
   void CopySelectedRows() const;
   void FitRowHeight();
-  void PaintLater();
+  void PaintRows();
   // What a tool tip says of the row, marked up; empty when the row shows everything.
   QString Tip(int row) const;
   void ShowTip(int row, QPoint globalPosition);
 
   ColumnWidths myColumns;
-  QTimer myPaintTimer;
+  Gathering myPainting;
 };
 
 }  // namespace corvane

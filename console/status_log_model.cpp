@@ -5,7 +5,7 @@
 namespace corvane {
 
 StatusLogModel::StatusLogModel(std::size_t mostBytes)
-    : myMostBytes(mostBytes), myAddRows([this] { AddRows(); }) {}
+    : myMostBytes(mostBytes), myAddRows([this] { AddRows(); }, Gathering::First::Now) {}
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
   if (myKeepsNothing) return;

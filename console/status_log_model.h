@@ -10,8 +10,8 @@
 
 namespace corvane {
 
-// The status log as rows of a list. Appending only stores: the new lines become rows together, a
-// moment later, so that a burst of thousands costs the view one layout and not thousands. Keeps so
+// The status log as rows of a list. A line becomes a row at once; those of the next 20 ms do
+// together, so that a burst of thousands costs the view few layouts and not thousands. Keeps so
 // many bytes at most; the oldest lines go.
 class StatusLogModel : public QAbstractListModel {
  public:

@@ -8,7 +8,7 @@
 
 namespace corvane {
 
-UsersModel::UsersModel() : myUpdating([this] { Update(); }) {}
+UsersModel::UsersModel() : myUpdating([this] { Update(); }, Gathering::First::Now) {}
 
 void UsersModel::LogIn(std::string_view userName, std::string_view networkName,
                        std::weak_ptr<ClientSocket> client) {

@@ -19,9 +19,9 @@ class ClientSocket;
 // The logged-in users as rows of a list: user name, name of the network, and the session, held
 // weakly. A log-in adds a row unless there is one of that user name, whatever its network; a
 // log-out removes the row of that name and that network only. This asymmetry is deliberate. No
-// case makes a second row of one name, so an index by name finds the row of either. Both only take
-// note: rows come and go together, a moment later, so that many who come and go cost the view one
-// layout, and who does both meanwhile costs it nothing.
+// case makes a second row of one name, so an index by name finds the row of either. A row comes and
+// goes at once; the changes of the next 20 ms are shown together, so that thousands cost the view
+// few layouts, and a user who comes and goes within that time costs it nothing.
 class UsersModel : public QAbstractTableModel {
  public:
   UsersModel();

@@ -16,7 +16,9 @@ constexpr std::chrono::seconds kMostReading(1);  // of a last answer
 }  // namespace
 
 ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
-    : QObject(parent), mySocket(*socket), myGathering([this] { SendGathered(); }) {
+    : QObject(parent),
+      mySocket(*socket),
+      myGathering([this] { SendGathered(); }, Gathering::First::Waits) {
   socket->setParent(this);
   socket->setReadBufferSize(kMostRequest + 1);
   connect(socket, &QLocalSocket::readyRead, this, &ControlConnection::ScheduleRequest);

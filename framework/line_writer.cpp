@@ -13,7 +13,8 @@ constexpr std::size_t kMaxKept = 1024 * 1024;  // bytes
 
 }  // namespace
 
-LineWriter::LineWriter(Sink sink) : mySink(std::move(sink)), myWriting([this] { WriteInTime(); }) {}
+LineWriter::LineWriter(Sink sink)
+    : mySink(std::move(sink)), myWriting([this] { WriteInTime(); }, Gathering::First::Waits) {}
 
 LineWriter::~LineWriter() {
   WriteKept();
