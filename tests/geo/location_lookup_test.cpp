@@ -84,6 +84,13 @@ TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientB
   EXPECT_TRUE(PumpUntil([&] {
     return server.requests.back().starts_with("GET " + kFlag + "a%20b%26c HTTP/1.1\r\n");
   })) << server.requests.back();
+  // One download after the other, more than there may be at a time.
+  lookup.SetServices("", server.Address());
+  for (int i = 0; i < 70; ++i) {
+    const auto before = server.requests.size();
+    Find("192.0.2.1");
+    ASSERT_TRUE(PumpUntil([&] { return server.requests.size() > before; })) << i;
+  }
 }
 
 TEST_F(LocationLookupTest, OnlyASmallPictureIsAFlag) {

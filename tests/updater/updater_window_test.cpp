@@ -124,7 +124,7 @@ TEST_F(UpdaterWindowTest, DownloadShowsItsProgressUntilTheWindowIsClosed) {
   EXPECT_TRUE(PumpUntil([&] { return window->DownloadProgress->maximum() == 0; }));
 
   server.answers["/known"] = {
-      "HTTP/1.1 200 OK\r\nContent-Length: 400\r\n\r\n" + std::string(100, 'x'), false};
+      "HTTP/1.1 200 OK\r\nContent-Length: 12000000\r\n\r\n" + std::string(3'000'000, 'x'), false};
   const std::vector<std::function<void()>> ways = {
       [this] { QTest::mouseClick(window->OKCancelControl1->RightButton, Qt::LeftButton); },
       [this] { QTest::keyClick(window->focusWidget(), Qt::Key_Escape); },
