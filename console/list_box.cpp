@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <tuple>
+#include <utility>
 
 #include <QClipboard>
 #include <QContextMenuEvent>
@@ -107,10 +109,22 @@ void ListBox::setModel(QAbstractItemModel* model) {
 void ListBox::FitColumns() {
   std::vector<double> widths;
   for (int column = 0; column < model()->columnCount(); ++column) {
-    widths.push_back(
-        std::max(sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column)));
+    widths.push_back(std::max({sizeHintForColumn(column),
+                               horizontalHeader()->sectionSizeHint(column),
+                               sizeHintForIndex(LongestText(column)).width()}));
   }
   myColumns.Want(std::move(widths));
+}
+
+QModelIndex ListBox::LongestText(int column) const {
+  QModelIndex longest;
+  qsizetype most = 0;
+  for (int row = 0; row < model()->rowCount(); ++row) {
+    const QModelIndex index = model()->index(row, column);
+    const qsizetype length = index.data().toString().size();
+    if (length > most) std::tie(longest, most) = std::pair(index, length);
+  }
+  return longest;
 }
 
 // Painting for each row that comes or goes would cost more than serving the client that it shows.

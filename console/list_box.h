@@ -32,8 +32,8 @@ class ListBox : public QTableView {
 
   void setModel(QAbstractItemModel* model) override;
 
-  // Has each column want the width of its texts, those of the first rows; at first all want the
-  // same.
+  // Has each column want the width of its texts: those of the first rows and its longest one. At
+  // first all want the same.
   void FitColumns();
 
   // The first selected row; -1 when none is.
@@ -59,6 +59,8 @@ class ListBox : public QTableView {
   bool TakeKey(const QKeyEvent& key);
   void OpenMenuByKey();
   void CopySelectedRows() const;
+  // Of so many characters, since measuring all texts takes too long; invalid where all are empty.
+  QModelIndex LongestText(int column) const;
   void FitRowHeight();
   void PaintRows();
   // What a tool tip says of the row, marked up; empty when the row shows everything.

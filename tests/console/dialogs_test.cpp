@@ -264,5 +264,16 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   EXPECT_EQ(Query("SELECT name FROM admins"), "Ben;");
 }
 
+TEST_F(DialogsTest, LongReasonsCutNoAddressHoweverManyThereAre) {
+  Query(
+      "WITH RECURSIVE numbers (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM numbers WHERE i < 3000) "
+      "INSERT INTO bans (address, \"by\", reason, network) SELECT '10.0.' || (i / 256) "
+      "|| '.' || (i % 256), 'Ann', hex(zeroblob(300)), 'North' FROM numbers");
+  Click(myWindow->btnBans);
+  const ListBox& bans = *Opened<wndViewBans>("wndViewBans")->lstBans;
+  const QModelIndex last = bans.model()->index(2999, 0);
+  EXPECT_GE(bans.columnWidth(0), bans.sizeHintForIndex(last).width());
+}
+
 }  // namespace
 }  // namespace corvane
