@@ -2,18 +2,21 @@
 #include <string>
 #include <utility>
 
+#include <QCommandLineParser>
 #include <QDir>
 #include <QSystemTrayIcon>
 
 #include "console/application.h"
+#include "console/has_display.h"
 #include "console/message_boxes.h"
 #include "console/my_tray_item.h"
-#include "console/platform.h"
 #include "console/wnd_main.h"
 #include "control/commands.h"
 #include "control/control_server.h"
 #include "control/server_log.h"
 #include "framework/broken_pipes.h"
+#include "framework/caller.h"
+#include "framework/choose_platform.h"
 #include "framework/folders.h"
 #include "framework/large_memory.h"
 #include "framework/message_box.h"
@@ -63,7 +66,17 @@ int main(int argc, char** argv) {
   RaiseDescriptorLimit();
   ReturnLargeMemory();
   ChoosePlatform(argc, argv);
+  // Each report may take a turn of Qt's loop, and GLib's turns cost more than Qt's own.
+  if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
   Application application(argc, argv);
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      "Serves the members of its networks; the settings are in its "
+      "data folder.");
+  if (const auto answer = AnswerTo(Application::arguments(), parser)) {
+    TellCaller(*answer);
+    return answer->exitCode;
+  }
 
   const std::optional<QString> folder = ApplicationDataFolder();
   ControlServer control;

@@ -109,9 +109,9 @@ void ListBox::setModel(QAbstractItemModel* model) {
 void ListBox::FitColumns() {
   std::vector<double> widths;
   for (int column = 0; column < model()->columnCount(); ++column) {
-    widths.push_back(std::max({sizeHintForColumn(column),
-                               horizontalHeader()->sectionSizeHint(column),
-                               sizeHintForIndex(LongestText(column)).width()}));
+    widths.push_back(
+        std::max({sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column),
+                  sizeHintForIndex(LongestText(column)).width()}));
   }
   myColumns.Want(std::move(widths));
 }

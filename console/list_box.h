@@ -13,8 +13,8 @@ namespace corvane {
 // A list of rows for reading and choosing from; nothing can be edited. The selected rows can be
 // copied as text. The row that has the keyboard has a frame, selected or not. Where a text is cut
 // off, or the model has more to say of a row, a tool tip shows it, also when the row is reached by
-// key. Rows have one height, so any number of them costs no layout. Rows that come or go are painted
-// at once, and at most ten times a second.
+// key. Rows have one height, so any number of them costs no layout. Rows that come or go are
+// painted at once, and at most ten times a second.
 class ListBox : public QTableView {
  public:
   enum class Heading { None, Shown };

@@ -4,7 +4,7 @@
 #include <QEventLoop>
 #include <QMessageBox>
 
-#include "console/platform.h"
+#include "console/has_display.h"
 #include "framework/text.h"
 
 namespace corvane {

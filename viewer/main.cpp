@@ -4,12 +4,13 @@
 #include <QStandardPaths>
 
 #include "framework/broken_pipes.h"
+#include "framework/caller.h"
+#include "framework/choose_platform.h"
 #include "framework/folders.h"
 #include "framework/process_signals.h"
 #include "updater/version.h"
 #include "viewer/map_window.h"
 #include "viewer/options.h"
-#include "viewer/tell_caller.h"
 
 using namespace corvane;
 using namespace corvane::viewer;
@@ -27,6 +28,7 @@ QIcon MapIcon() {
 
 int main(int argc, char** argv) {
   IgnoreBrokenPipes();
+  const bool mayLackDisplay = ChoosePlatform(argc, argv);
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("corvane-map"));
   QApplication::setApplicationDisplayName(QStringLiteral("Corvane Map"));
@@ -37,13 +39,17 @@ int main(int argc, char** argv) {
   const ParsedOptions parsed =
       ParseOptions(QApplication::arguments(), qgetenv("CORVANE_MAP_PASSWORD"));
   if (!parsed.options) {
-    TellCaller(parsed.text, parsed.exitCode);
-    return parsed.exitCode;
+    TellCaller(parsed.answer);
+    return parsed.answer.exitCode;
+  }
+  if (mayLackDisplay && QApplication::platformName() == "offscreen") {
+    TellCaller({QStringLiteral("there is no display"), 1});
+    return 1;
   }
   const std::optional<QString> data = ApplicationDataFolder();
   const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
   if (!data || cache.isEmpty()) {
-    TellCaller(QStringLiteral("corvane-map: there is no folder for its settings"), 1);
+    TellCaller({QStringLiteral("there is no folder for its settings"), 1});
     return 1;
   }
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));

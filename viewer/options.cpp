@@ -42,16 +42,7 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
                        "the map a pixel is."),
        "X,Y,SCALE", "0,0,1"},
   });
-  // Not Qt's own, which lists a --help-all besides, of what only Qt could tell.
-  const QCommandLineOption help({"h", "help"}, OptionTexts::tr("Show this help."));
-  parser.addOption(help);
-  const QCommandLineOption version = parser.addVersionOption();
-
-  if (!parser.parse(arguments)) return {{}, parser.errorText(), 2};
-  if (parser.isSet(help)) return {{}, parser.helpText(), 0};
-  if (parser.isSet(version))
-    return {
-        {}, QCoreApplication::applicationName() + ' ' + QCoreApplication::applicationVersion(), 0};
+  if (const auto answer = AnswerTo(arguments, parser)) return {{}, *answer};
   Options options;
   if (parser.isSet("server")) {
     RecentServer server;
@@ -62,8 +53,8 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
     server.digest = QByteArray::fromStdString(client::PasswordDigest(password.toStdString()));
     if (server.port == 0 || server.network.isEmpty() || server.userName.isEmpty()) {
       return {{},
-              OptionTexts::tr("--server needs a --network, a --user and a --port from 1 to 65535"),
-              2};
+              {OptionTexts::tr("--server needs a --network, a --user and a --port from 1 to 65535"),
+               2}};
     }
     options.server = server;
   }
@@ -73,10 +64,10 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
     // It is remembered, and the folder that the program is started from may be another next time.
     picture.path = QFileInfo(parser.value("map")).absoluteFilePath();
     if (!ReadFrame(parser.value("map-frame"), picture))
-      return {{}, OptionTexts::tr("--map-frame takes X,Y,SCALE"), 2};
+      return {{}, {OptionTexts::tr("--map-frame takes X,Y,SCALE"), 2}};
     options.picture = picture;
   }
-  return {options, {}, 0};
+  return {options, {}};
 }
 
 }  // namespace corvane::viewer

@@ -5,6 +5,7 @@
 #include <QString>
 #include <QStringList>
 
+#include "framework/caller.h"
 #include "viewer/map_picture.h"
 #include "viewer/settings.h"
 
@@ -16,12 +17,10 @@ struct Options {
   std::optional<MapPicture> picture;   // of facet 0
 };
 
-// What reading the command line came to: options, or a text to show instead (help, or what is
-// wrong) and the exit code that goes with it.
+// What reading the command line came to: options, or an answer to the caller.
 struct ParsedOptions {
   std::optional<Options> options;
-  QString text;
-  int exitCode = 0;
+  CallerAnswer answer;
 };
 
 // `arguments` begins with the program's name. The password is never among them, since others can

@@ -1,6 +1,6 @@
-#include "framework/folders.h"
-
 #include <gtest/gtest.h>
+
+#include "framework/folders.h"
 
 namespace corvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "console/platform.h"
+#include "console/has_display.h"
 
 #include <QGuiApplication>
 
