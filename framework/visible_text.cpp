@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 #include <QList>
 
@@ -24,17 +25,14 @@ constexpr Range kBlankLetters[] = {
     {0xFFF0, 0xFFF8}, {0xFFFE, 0xFFFF}, {0x1D159, 0x1D159}, {0xE0000, 0xE0FFF}};
 
 constexpr char kDelete = 0x7F;
-
-bool IsPlain(char byte) {
-  return byte >= ' ' && byte < kDelete && byte != '\\';
-}
+constexpr char32_t kEmojiSelector = 0xFE0F;
 
 bool IsPlain(std::string_view text) {
-  return std::ranges::all_of(text, [](char byte) { return IsPlain(byte); });
+  return std::ranges::all_of(text, [](char byte) { return byte >= ' ' && byte < kDelete; });
 }
 
 bool IsInvisible(char32_t character) {
-  if (character < kDelete) return character < U' ';
+  if (character < kDelete) return character <= U' ';
   switch (QChar::category(character)) {
     case QChar::Other_Control:
     case QChar::Other_Format:
@@ -49,43 +47,97 @@ bool IsInvisible(char32_t character) {
   return range != std::end(kBlankLetters) && character >= range->first;
 }
 
-QString Hexadecimal(char32_t code, const char* lead, int digits) {
-  return QLatin1String(lead) +
-         QStringLiteral("%1").arg(static_cast<uint>(code), digits, 16, QLatin1Char('0'));
+bool IsSymbol(char32_t character) {
+  const QChar::Category category = QChar::category(character);
+  return category == QChar::Symbol_Other || category == QChar::Symbol_Math;
 }
 
-QString WrittenOut(char32_t character) {
+// What people write between visible characters: joiners in Persian and in emoji, and the blanks of
+// French and Chinese.
+bool IsKeptInside(char32_t character) {
+  return character == 0x200C || character == 0x200D || character == kEmojiSelector ||
+         character == 0x00A0 || character == 0x3000;
+}
+
+// A text whose characters know their neighbours.
+class Characters {
+ public:
+  explicit Characters(const QString& text) : myCharacters(text.toUcs4()) {}
+
+  qsizetype Count() const { return myCharacters.size(); }
+  char32_t At(qsizetype at) const { return myCharacters[at]; }
+
+  // Whether the character at this place misleads, so that it is written out.
+  bool Misleads(qsizetype at) const {
+    const char32_t character = At(at);
+    if (character == U' ' || IsVisible(at)) return false;
+    if (!IsKeptInside(character) || !IsVisible(at - 1) || !IsVisible(at + 1)) return true;
+    return character == kEmojiSelector && At(at - 1) == kEmojiSelector;
+  }
+
+  // Where the text begins and ends without the plain blanks around it; both 0 if it is all blanks.
+  std::pair<qsizetype, qsizetype> Inside() const {
+    qsizetype end = Count();
+    while (end > 0 && At(end - 1) == U' ')
+      --end;
+    qsizetype begin = 0;
+    while (begin < end && At(begin) == U' ')
+      ++begin;
+    return {begin, end};
+  }
+
+ private:
+  bool IsVisible(qsizetype at) const {
+    if (at < 0 || at >= Count()) return false;
+    // Behind a symbol it chooses its picture, and belongs to it.
+    if (At(at) == kEmojiSelector) return at > 0 && IsSymbol(At(at - 1));
+    return !IsInvisible(At(at));
+  }
+
+  QList<uint> myCharacters;
+};
+
+void AppendHexadecimal(QString& result, char32_t code, char lead, int digits) {
+  result += u'\\';
+  result += QLatin1Char(lead);
+  while (digits > 0)
+    result += QLatin1Char("0123456789abcdef"[code >> (4 * --digits) & 0xF]);
+}
+
+void AppendWrittenOut(QString& result, char32_t character) {
   switch (character) {
     case U'\n':
-      return QStringLiteral("\\n");
+      result += QLatin1String("\\n");
+      return;
     case U'\r':
-      return QStringLiteral("\\r");
+      result += QLatin1String("\\r");
+      return;
     case U'\t':
-      return QStringLiteral("\\t");
-    case U'\\':
-      return QStringLiteral("\\\\");
+      result += QLatin1String("\\t");
+      return;
     default:
       break;
   }
-  if (character < 0x100) return Hexadecimal(character, "\\x", 2);
-  return character < 0x10000 ? Hexadecimal(character, "\\u", 4) : Hexadecimal(character, "\\U", 8);
+  if (character < 0x100) return AppendHexadecimal(result, character, 'x', 2);
+  if (character < 0x10000) return AppendHexadecimal(result, character, 'u', 4);
+  AppendHexadecimal(result, character, 'U', 8);
 }
 
-// Where something is written out, it ends as soon as the result is longer than `limit`.
-QString WrittenOut(const QString& text, qsizetype limit) {
-  const auto needsIt = [](char32_t character) {
-    return character == U'\\' || IsInvisible(character);
-  };
-  const QList<uint> characters = text.toUcs4();
-  if (std::ranges::none_of(characters, needsIt)) return text;
+enum class OuterBlanks { Kept, WrittenOut };
+
+// Ends as soon as the result is longer than `limit`.
+QString WrittenOut(const QString& text, OuterBlanks outerBlanks, qsizetype limit) {
+  const Characters characters(text);
+  const auto [begin, end] = outerBlanks == OuterBlanks::WrittenOut
+                                ? characters.Inside()
+                                : std::pair<qsizetype, qsizetype>(0, characters.Count());
   QString result;
-  for (const char32_t character : characters) {
-    if (needsIt(character)) {
-      result += WrittenOut(character);
+  for (qsizetype at = 0; at < characters.Count() && result.size() <= limit; ++at) {
+    if (at < begin || at >= end || characters.Misleads(at)) {
+      AppendWrittenOut(result, characters.At(at));
     } else {
-      result += QChar::fromUcs4(character);
+      result += QChar::fromUcs4(characters.At(at));
     }
-    if (result.size() > limit) break;
   }
   return result;
 }
@@ -94,17 +146,19 @@ QString WrittenOut(const QString& text, qsizetype limit) {
 
 std::string Escaped(std::string_view text) {
   if (IsPlain(text)) return std::string(text);
-  const QString shown = DisplayText(text);
-  return TextFromDisplay(WrittenOut(shown, std::numeric_limits<qsizetype>::max()));
+  return TextFromDisplay(
+      WrittenOut(DisplayText(text), OuterBlanks::Kept, std::numeric_limits<qsizetype>::max()));
 }
 
 QString VisibleText(std::string_view text, std::size_t maxLength) {
-  if (text.size() <= maxLength && IsPlain(text)) {
+  if (text.empty()) return {};
+  if (text.size() <= maxLength && IsPlain(text) && text.front() != ' ' && text.back() != ' ') {
     return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
   }
   // A character takes at most four bytes, so this much is always enough.
   const auto limit = static_cast<qsizetype>(maxLength);
-  QString result = WrittenOut(DisplayText(Beginning(text, (maxLength + 1) * 4)), limit);
+  QString result =
+      WrittenOut(DisplayText(Beginning(text, (maxLength + 1) * 4)), OuterBlanks::WrittenOut, limit);
   if (result.size() <= limit) return result;
   result.truncate(limit);
   if (result.back().isHighSurrogate()) result.chop(1);

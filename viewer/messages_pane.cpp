@@ -37,7 +37,7 @@ void MessagesPane::Flush() {
   for (; !myWaiting.empty() && lines.size() < kLinesAtOnce; myWaiting.pop_front()) {
     const Line& line = myWaiting.front();
     lines.append('[' + line.time.toString(QStringLiteral("HH:mm:ss")) + "] " +
-                 VisibleText(TextFromDisplay(line.text)));
+                 VisibleText(TextFromDisplay(line.text.trimmed())));
   }
   appendPlainText(lines.join('\n'));
   if (!myWaiting.empty()) myTimer.start();

@@ -17,7 +17,7 @@ using Row = std::vector<QString>;
 QString CellText(const QJsonValue& value) {
   if (value.isBool()) return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
   if (value.isDouble()) return QString::number(value.toInteger());
-  return DisplayText(Escaped(TextFromDisplay(value.toString())));
+  return VisibleText(TextFromDisplay(value.toString()));
 }
 
 void PrintTable(const std::vector<Row>& rows) {

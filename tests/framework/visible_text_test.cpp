@@ -9,27 +9,38 @@ namespace {
 
 using namespace std::string_literals;
 
-// On standard output as in the windows.
-TEST(VisibleText, WritesOutWhatCannotBeSeenOrTurnsTheLine) {
+// On standard output as in the windows, but for the plain blanks around a name.
+TEST(VisibleText, WritesOutWhatMisleadsAndLeavesWhatPeopleWrite) {
   const struct {
     std::string text;
     const char* shown;
+    const char* name = shown;
   } cases[] = {
+      {"", ""},
       {"Andr\xE9 <b>&", "André <b>&"},
       {"a\r\n\tb", "a\\r\\n\\tb"},
-      {"a\\nb", "a\\\\nb"},
+      {"DOM\\ann\\n\\\\", "DOM\\ann\\n\\\\"},
       {"\x1B[2J\x7F\0"s, "\\x1b[2J\\x7f\\x00"},
       {"\xC2\x9B[2J", "\\x9b[2J"},
       {"\xE9\x9B[2J", "é\\x9b[2J"},
       {"\xE2\x80\xA8|\xE2\x80\xA9", "\\u2028|\\u2029"},
       {"gpj.\u202E|\u2066|\u200F|\u061C", "gpj.\\u202e|\\u2066|\\u200f|\\u061c"},
-      {"\uFEFFAnn\u200B\u00AD\u2060", "\\ufeffAnn\\u200b\\xad\\u2060"},
+      {"\uFEFFAnn\u200B\u00AD\u2060b", "\\ufeffAnn\\u200b\\xad\\u2060b"},
       {"\u00A0\u3000\u3164\uFE0F", "\\xa0\\u3000\\u3164\\ufe0f"},
       {"\U000E0041😀", "\\U000e0041😀"},
+      {" Al  ric ", " Al  ric ", "\\x20Al  ric\\x20"},
+      {"  ", "  ", "\\x20\\x20"},
+      {"\u2764\uFE0F \u2764\uFE0F\u200D🔥", "\u2764\uFE0F \u2764\uFE0F\u200D🔥"},
+      {"🏳\uFE0F\u200D🌈 👨🏽\u200D👩\u200D👧 🧔\u200D♂\uFE0F",
+       "🏳\uFE0F\u200D🌈 👨🏽\u200D👩\u200D👧 🧔\u200D♂\uFE0F"},
+      {"می\u200Cخواهم «Ça\u00A0va\u00A0?» 山田\u3000太郎 1\uFE0F\u20E3",
+       "می\u200Cخواهم «Ça\u00A0va\u00A0?» 山田\u3000太郎 1\uFE0F\u20E3"},
+      {"\u200CAnn\u200D\u200Db\u00A0 c\uFE0F", "\\u200cAnn\\u200d\\u200db\\xa0 c\\ufe0f"},
+      {"♂\uFE0F\uFE0Fa", "♂\uFE0F\\ufe0fa"},
   };
   for (const auto& row : cases) {
     EXPECT_EQ(Escaped(row.text), row.shown);
-    EXPECT_EQ(VisibleText(row.text).toStdString(), row.shown);
+    EXPECT_EQ(VisibleText(row.text).toStdString(), row.name);
   }
 }
 
