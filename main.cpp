@@ -24,6 +24,7 @@
 #include "framework/service_manager.h"
 #include "framework/standard_error.h"
 #include "framework/standard_streams.h"
+#include "framework/status_line.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
 
@@ -53,7 +54,7 @@ bool Claim(ControlServer& control, const QString& folder, const MessageBoxFuncti
 // What the operator is told is logged, too.
 MessageBoxFunction Logging(ServerLog& log, MessageBoxFunction showMessage) {
   return [&log, show = std::move(showMessage)](const MessageBox& box) {
-    if (box.kind == MessageBox::Kind::Message) log.Write(box.text);
+    if (box.kind == MessageBox::Kind::Message) log.Write(StatusLine({box.text}));
     return show(box);
   };
 }
@@ -84,8 +85,8 @@ int main(int argc, char** argv) {
   // Outlives all that writes into it.
   ServerLog log(folder);
   App app(folder, Logging(log, MessageBoxesOfThePlatform()));
-  app.serverdb().Complained = [&log](const std::string& text) { log.Write(text); };
-  app.Locations().Told = [&log](const std::string& text) { log.Write(text); };
+  app.serverdb().Complained = [&log](const std::string& text) { log.Write(StatusLine({text})); };
+  app.Locations().Told = [&log](const std::string& text) { log.Write(StatusLine({text})); };
   application.LastResort = [&app] { app.LastResort(); };
   application.Quit = [&app] { app.Quit(); };
   std::optional<Commands> commands;

@@ -1,7 +1,6 @@
 #include "console/status_log_model.h"
 
 #include "framework/text.h"
-#include "framework/visible_text.h"
 
 namespace corvane {
 
@@ -33,7 +32,7 @@ int StatusLogModel::rowCount(const QModelIndex& parent) const {
 
 QVariant StatusLogModel::data(const QModelIndex& index, int role) const {
   if (role != Qt::DisplayRole || !index.isValid()) return {};
-  return DisplayText(Escaped(myLog.Line(static_cast<std::size_t>(index.row()))));
+  return DisplayText(myLog.Line(static_cast<std::size_t>(index.row())));
 }
 
 void StatusLogModel::AddRows() {

@@ -12,6 +12,7 @@
 #include "control/lookup.h"
 #include "framework/numbers.h"
 #include "framework/service_manager.h"
+#include "framework/status_line.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"

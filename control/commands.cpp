@@ -8,6 +8,7 @@
 #include "control/answers.h"
 #include "control/server_log.h"
 #include "framework/standard_error.h"
+#include "framework/status_line.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/map_socket.h"
@@ -94,7 +95,7 @@ void Commands::ReloadForSignal() {
     for (const auto& address : refused.fields["addresses"].toArray())
       why += ' ' + TextFromDisplay(address.toString());
     WriteErrorLine(why);
-    myLog.Write(why);
+    myLog.Write(StatusLine({why}));
   }
 }
 
@@ -125,7 +126,7 @@ QByteArray Commands::MakeBackup(const Request& request) {
                               request.Flag("overwrite")};
   const std::string whyNot = Backup::WhyNot(myApp.serverdb(), places);
   if (!whyNot.empty()) throw Refused(whyNot);
-  myListener.Note(StatusLine({kActor, ": backup into ", TextFromDisplay(file)}));
+  myListener.Note(LogLine({kActor, ": backup into ", TextFromDisplay(file)}));
   const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
     if (client)
       client->Answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.')

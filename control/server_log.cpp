@@ -2,19 +2,16 @@
 
 #include <QDir>
 
-#include "framework/visible_text.h"
-
 namespace corvane {
 
 ServerLog::ServerLog(const std::optional<QString>& dataFolder)
     : myFile(dataFolder ? QDir(*dataFolder).absoluteFilePath("logs/corvane-server.log")
                         : QString()) {}
 
-void ServerLog::Write(std::string_view text) {
-  std::string line = myClock.Prefix();
-  line += text;
-  myFile.WriteLine(line);
-  if (Written) Written(Escaped(line));
+void ServerLog::Write(std::string_view line) {
+  const std::string whole = myClock.Prefix() + std::string(line);
+  myFile.WriteLine(whole);
+  if (Written) Written(whole);
 }
 
 }  // namespace corvane

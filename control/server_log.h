@@ -23,7 +23,8 @@ class ServerLog {
   // Event: a line was added, as it is in the file. A handler that is not set is not called.
   std::function<void(const std::string& line)> Written;
 
-  void Write(std::string_view text);
+  // A line as LogLine makes it.
+  void Write(std::string_view line);
   std::vector<std::string> Last(std::size_t count) { return myFile.Last(count); }
 
  private:

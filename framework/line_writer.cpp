@@ -2,9 +2,6 @@
 
 #include <utility>
 
-#include "framework/text.h"
-#include "framework/visible_text.h"
-
 namespace corvane {
 
 namespace {
@@ -22,16 +19,15 @@ LineWriter::~LineWriter() {
 
 void LineWriter::WriteLine(std::string_view line) {
   if (myClosed) return;
-  const std::string next = Escaped(line);
   std::string dropped;
   if (myDropped > 0) dropped = "(" + std::to_string(myDropped) + " lines dropped)\n";
-  if (myKept.size() + dropped.size() + next.size() + 1 > kMaxKept) {
+  if (myKept.size() + dropped.size() + line.size() + 1 > kMaxKept) {
     ++myDropped;
     return;
   }
   myDropped = 0;
   myKept += dropped;
-  myKept += next;
+  myKept += line;
   myKept += '\n';
   myWriting.Note();
 }

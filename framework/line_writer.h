@@ -24,7 +24,7 @@ class LineWriter {
   LineWriter(const LineWriter&) = delete;
   LineWriter& operator=(const LineWriter&) = delete;
 
-  // Writes the line, with what cannot be seen written out, and a line end.
+  // Writes the line, in which what misleads is written out (status_line.h), and a line end.
   void WriteLine(std::string_view line);
   // Writes as much of what is kept as does not block, now.
   void WriteKept();

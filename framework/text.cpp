@@ -19,8 +19,6 @@ constexpr char LowerASCII(char byte) {
   return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
 }
 
-constexpr std::size_t kLongestLine = 4096;  // bytes
-
 }  // namespace
 
 std::string FoldText(std::string_view text) {
@@ -65,20 +63,6 @@ std::string_view Beginning(std::string_view text, std::size_t most) {
   while (end > 0 && most - end < 3 && continues(end))
     --end;
   return text.substr(0, end);
-}
-
-std::string StatusLine(std::initializer_list<std::string_view> parts) {
-  std::size_t length = 0;
-  for (const std::string_view part : parts)
-    length += part.size();
-  std::string line;
-  line.reserve(std::min(length, kLongestLine));
-  for (const std::string_view part : parts) {
-    const std::string_view kept = Beginning(part, kLongestLine - line.size());
-    line += kept;
-    if (kept.size() < part.size()) return line + "... (" + std::to_string(length) + " bytes)";
-  }
-  return line;
 }
 
 std::string_view NthField(std::string_view text, char separator, std::size_t number) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -35,10 +34,6 @@ std::string TextFromDisplay(const QString& text);
 
 // At most so many bytes of the text, not ending inside a UTF-8 sequence; points into `text`.
 std::string_view Beginning(std::string_view text, std::size_t most);
-
-// The parts joined to one line. One of more than 4 KiB is cut, before it is joined, and ends with
-// its length: whoever makes us write a line of its text does not choose what that costs.
-std::string StatusLine(std::initializer_list<std::string_view> parts);
 
 // Field `number` (counted from 1) of a text whose fields are separated by `separator`; empty when
 // there is none. The result points into `text`.

@@ -97,57 +97,91 @@ class Characters {
   QList<uint> myCharacters;
 };
 
-void AppendHexadecimal(QString& result, char32_t code, char lead, int digits) {
-  result += u'\\';
-  result += QLatin1Char(lead);
-  while (digits > 0)
-    result += QLatin1Char("0123456789abcdef"[code >> (4 * --digits) & 0xF]);
+void AppendUtf8(std::string& text, char32_t character) {
+  const auto append = [&text](char32_t byte) { text += static_cast<char>(byte); };
+  const auto continued = [character](unsigned shift) { return 0x80 | (character >> shift & 0x3F); };
+  if (character < 0x80) return append(character);
+  if (character < 0x800) {
+    append(0xC0 | character >> 6);
+  } else {
+    if (character < 0x10000) {
+      append(0xE0 | character >> 12);
+    } else {
+      append(0xF0 | character >> 18);
+      append(continued(12));
+    }
+    append(continued(6));
+  }
+  append(continued(0));
 }
 
-void AppendWrittenOut(QString& result, char32_t character) {
+void AppendHexadecimal(std::string& text, char32_t code, char lead, unsigned digits) {
+  text += {'\\', lead};
+  while (digits-- > 0)
+    text += "0123456789abcdef"[code >> 4 * digits & 0xF];
+}
+
+void AppendWrittenOut(std::string& text, char32_t character) {
   switch (character) {
     case U'\n':
-      result += QLatin1String("\\n");
-      return;
-    case U'\r':
-      result += QLatin1String("\\r");
-      return;
-    case U'\t':
-      result += QLatin1String("\\t");
-      return;
-    default:
+      text += "\\n";
       break;
+    case U'\r':
+      text += "\\r";
+      break;
+    case U'\t':
+      text += "\\t";
+      break;
+    default:
+      if (character < 0x100) {
+        AppendHexadecimal(text, character, 'x', 2);
+      } else if (character < 0x10000) {
+        AppendHexadecimal(text, character, 'u', 4);
+      } else {
+        AppendHexadecimal(text, character, 'U', 8);
+      }
   }
-  if (character < 0x100) return AppendHexadecimal(result, character, 'x', 2);
-  if (character < 0x10000) return AppendHexadecimal(result, character, 'u', 4);
-  AppendHexadecimal(result, character, 'U', 8);
 }
 
 enum class OuterBlanks { Kept, WrittenOut };
 
-// Ends as soon as the result is longer than `limit`.
-QString WrittenOut(const QString& text, OuterBlanks outerBlanks, qsizetype limit) {
+// Appends no more of the text than leaves the result at `most` bytes; whether that is all of it.
+bool Append(std::string& result, const QString& text, OuterBlanks outerBlanks, std::size_t most) {
   const Characters characters(text);
   const auto [begin, end] = outerBlanks == OuterBlanks::WrittenOut
                                 ? characters.Inside()
                                 : std::pair<qsizetype, qsizetype>(0, characters.Count());
-  QString result;
-  for (qsizetype at = 0; at < characters.Count() && result.size() <= limit; ++at) {
+  for (qsizetype at = 0; at < characters.Count(); ++at) {
+    const std::size_t before = result.size();
     if (at < begin || at >= end || characters.Misleads(at)) {
       AppendWrittenOut(result, characters.At(at));
     } else {
-      result += QChar::fromUcs4(characters.At(at));
+      AppendUtf8(result, characters.At(at));
+    }
+    if (result.size() > most) {
+      result.resize(before);
+      return false;
     }
   }
-  return result;
+  return true;
 }
 
 }  // namespace
 
+bool AppendEscaped(std::string& line, std::string_view text, std::size_t most) {
+  const std::string_view beginning = Beginning(text, most - line.size());
+  const bool isWhole = beginning.size() == text.size();
+  if (!IsPlain(beginning)) {
+    return Append(line, DisplayText(beginning), OuterBlanks::Kept, most) && isWhole;
+  }
+  line += beginning;
+  return isWhole;
+}
+
 std::string Escaped(std::string_view text) {
-  if (IsPlain(text)) return std::string(text);
-  return TextFromDisplay(
-      WrittenOut(DisplayText(text), OuterBlanks::Kept, std::numeric_limits<qsizetype>::max()));
+  std::string line;
+  AppendEscaped(line, text, std::numeric_limits<std::size_t>::max());
+  return line;
 }
 
 QString VisibleText(std::string_view text, std::size_t maxLength) {
@@ -155,10 +189,12 @@ QString VisibleText(std::string_view text, std::size_t maxLength) {
   if (text.size() <= maxLength && IsPlain(text) && text.front() != ' ' && text.back() != ' ') {
     return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
   }
-  // A character takes at most four bytes, so this much is always enough.
+  // A character takes at most four bytes, and an escape ten, so this much is always enough.
+  const std::size_t most = (maxLength + 4) * 4;
+  std::string shown;
+  Append(shown, DisplayText(Beginning(text, most)), OuterBlanks::WrittenOut, most);
   const auto limit = static_cast<qsizetype>(maxLength);
-  QString result =
-      WrittenOut(DisplayText(Beginning(text, (maxLength + 1) * 4)), OuterBlanks::WrittenOut, limit);
+  QString result = DisplayText(shown);
   if (result.size() <= limit) return result;
   result.truncate(limit);
   if (result.back().isHighSurrogate()) result.chop(1);

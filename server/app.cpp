@@ -102,7 +102,7 @@ void App::LoadServerSocket(MapSocket& listener,
     networkAdded(network);
     myLoop.GiveWay();
   }
-  listener.CallStatusMessage("Listening...");
+  listener.CallStatusMessage({"Listening..."});
 }
 
 std::optional<std::vector<NetworkRef>> App::ReadNetworks() {

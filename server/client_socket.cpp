@@ -79,7 +79,7 @@ void ClientSocket::Greet(const ClientLocation& location) {
 
 void ClientSocket::Error(std::int32_t code) {
   myParent.CallStatusMessage(
-      StatusLine({"Client Disconnect: (", std::to_string(code), ") ", myUsername}));
+      {"Client Disconnect: (", std::to_string(code), ") ", Quoted(myUsername)});
   Close();
 }
 
@@ -184,8 +184,9 @@ void ClientSocket::NoteAdminCommand(std::int32_t command, std::string_view data)
   if (command == wire::kAdminListBans) return;  // nothing was done
   constexpr std::string_view kNames[] = {"kick ", "ban ", "message ", "", "lift ban "};
   const std::string_view name = kNames[command - wire::kAdminKick];
-  myParent.Note(StatusLine({"administrator ", myUsername, " of ", myNetwork->NetworkName, " (",
-                            RemoteAddress(), "): ", name, data}));
+  myParent.Note(
+      LogLine({"administrator ", Quoted(myUsername), " of ", Quoted(myNetwork->NetworkName), " (",
+               RemoteAddress(), "): ", name, data}));
 }
 
 void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view data) {
@@ -394,7 +395,7 @@ void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
 
 void ClientSocket::ReportStatus(std::string_view text, std::string_view quoted,
                                 std::string_view end) {
-  myParent.CallStatusMessage(StatusLine({RemoteAddress(), text, quoted, end}));
+  myParent.CallStatusMessage({RemoteAddress(), text, Quoted(quoted), end});
 }
 
 }  // namespace corvane

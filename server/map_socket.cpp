@@ -41,7 +41,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
       myAdmins(serverdb, myRules.statementValues),
       myRoster(loop.Memory().output) {
   myAddresses.Refused = [this](const std::string& address, std::uint64_t count) {
-    CallStatusMessage(address + ": Connections Refused (" + std::to_string(count) + ")");
+    CallStatusMessage({address, ": Connections Refused (", std::to_string(count), ")"});
   };
 }
 
@@ -63,7 +63,7 @@ std::shared_ptr<TCPSocket> MapSocket::Event_AddSocket() {
 }
 
 void MapSocket::Event_Error(std::int32_t code) {
-  CallStatusMessage("Server Error: " + std::to_string(code));
+  CallStatusMessage({"Server Error: ", std::to_string(code)});
 }
 
 void MapSocket::Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) {
@@ -78,13 +78,14 @@ void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
   myUnlinked.push_back(SessionOf(socket));
 }
 
-void MapSocket::CallStatusMessage(const std::string& text) {
-  if (StatusMessage) StatusMessage(*this, text);
-  Note(text);
+void MapSocket::CallStatusMessage(StatusParts parts) {
+  const std::string line = StatusLine(parts);
+  if (StatusMessage) StatusMessage(*this, line);
+  Note(HasLongName(parts) ? LogLine(parts) : line);
 }
 
-void MapSocket::Note(const std::string& text) const {
-  if (Logged) Logged(text);
+void MapSocket::Note(const std::string& line) const {
+  if (Logged) Logged(line);
 }
 
 void MapSocket::CallUserLoggedIn(ClientSocket& client) {
@@ -183,7 +184,7 @@ void MapSocket::KickUser(const std::string& userName, const std::string& network
     myLoop.GiveWay();
   }
   // The line names whoever the walk looked at last, not who was kicked: deliberate.
-  CallStatusMessage(StatusLine({lastExamined, " Kicked: ", reason}));
+  CallStatusMessage({Quoted(lastExamined), " Kicked: ", reason});
 }
 
 void MapSocket::BanUser(ClientSocket& banningClient, const std::string& userName,
@@ -206,7 +207,7 @@ void MapSocket::Ban(ClientSocket& target, const std::string& by, const std::stri
   myKeeper.Add(target.RemoteAddress(), by, reason, networkName);
   target.SendMessage(wire::kBan, reason);
   target.ExpectToLeave();
-  CallStatusMessage(StatusLine({target.Username(), " Banned: ", reason}));
+  CallStatusMessage({Quoted(target.Username()), " Banned: ", reason});
 }
 
 }  // namespace corvane

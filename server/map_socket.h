@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "framework/status_line.h"
 #include "geo/location_lookup.h"
 #include "net/server_socket.h"
 #include "server/address_table.h"
@@ -40,9 +41,9 @@ class MapSocket : public ServerSocket {
   // Event: a line for the log, which are the status lines and what is noted besides.
   std::function<void(const std::string&)> Logged;
 
-  void CallStatusMessage(const std::string& text);
-  // Notes who did what.
-  void Note(const std::string& text) const;
+  void CallStatusMessage(StatusParts parts);
+  // Notes who did what, as LogLine makes it.
+  void Note(const std::string& line) const;
   void CallUserLoggedIn(ClientSocket& client);
   void CallUserLoggedOut(ClientSocket& client);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/status_line.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
@@ -35,8 +36,8 @@ bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
 
 }  // namespace
 
-void Operator::Note(std::initializer_list<std::string_view> what) {
-  myListener.Note(StatusLine({myActor, ": ", StatusLine(what)}));
+void Operator::Note(StatusParts what) {
+  myListener.Note(myActor + ": " + LogLine(what));
 }
 
 void Operator::Start() {
@@ -56,20 +57,20 @@ void Operator::Enter(const NetworkRef& network) {
 
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
                           std::int32_t maxUsers, bool enabled) {
-  Note({"add network ", name});
+  Note({"add network ", Quoted(name)});
   Enter(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));
   return myApp.NetworkRecords().Add(name, password, maxUsers, enabled);
 }
 
 bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& password,
                              std::int32_t maxUsers, bool enabled) {
-  Note({"change network ", network.NetworkName});
+  Note({"change network ", Quoted(network.NetworkName)});
   SetTerms(network, password, maxUsers, enabled);
   return myApp.NetworkRecords().Change(network.NetworkName, password, maxUsers, enabled);
 }
 
 bool Operator::DeleteNetwork(const NetworkRef& network) {
-  Note({"delete network ", network->NetworkName});
+  Note({"delete network ", Quoted(network->NetworkName)});
   myListener.RemoveNetwork(network);
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
   if (NetworkRemoved) NetworkRemoved(network);
@@ -99,16 +100,16 @@ std::optional<Operator::NetworkChanges> Operator::CompareNetworks() {
 void Operator::Follow(const NetworkChanges& changes) {
   Note({"reload networks"});
   for (const NetworkRef& network : changes.removed) {
-    Note({"reload: removed network ", network->NetworkName});
+    Note({"reload: removed network ", Quoted(network->NetworkName)});
     myListener.RemoveNetwork(network);
     if (NetworkRemoved) NetworkRemoved(network);
   }
   for (const auto& [network, stored] : changes.changed) {
-    Note({"reload: changed network ", network->NetworkName});
+    Note({"reload: changed network ", Quoted(network->NetworkName)});
     SetTerms(*network, stored->Password, stored->MaxUsers, stored->Enabled);
   }
   for (const NetworkRef& network : changes.added) {
-    Note({"reload: added network ", network->NetworkName});
+    Note({"reload: added network ", Quoted(network->NetworkName)});
     Enter(network);
   }
 }
@@ -118,7 +119,7 @@ std::string Operator::StoreError() const {
 }
 
 void Operator::DisconnectAll(const NetworkRef& network) {
-  Note({"disconnect network ", network->NetworkName});
+  Note({"disconnect network ", Quoted(network->NetworkName)});
   myListener.DisconnectAllClientsOnNetwork(network);
 }
 
@@ -135,14 +136,14 @@ std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user) const 
 }
 
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
-  Note({"kick ", user.PeerName(), " ", user.Username(), ": ", reason});
+  Note({"kick ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
   user.SendMessage(wire::kKick, reason);
   user.ExpectToLeave();
-  myListener.CallStatusMessage(StatusLine({user.Username(), " Kicked: ", reason}));
+  myListener.CallStatusMessage({Quoted(user.Username()), " Kicked: ", reason});
 }
 
 void Operator::Ban(ClientSocket& user, const std::string& reason) {
-  Note({"ban ", user.PeerName(), " ", user.Username(), ": ", reason});
+  Note({"ban ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
   myListener.Ban(user, kName, reason, user.NetworkName());
 }
 
@@ -150,12 +151,12 @@ void Operator::BanAddress(const std::string& address, const std::string& reason,
                           const std::string& networkName) {
   Note({"ban address ", address, ": ", reason});
   myListener.Keeper().Add(address, kName, reason, networkName);
-  myListener.CallStatusMessage(StatusLine({address, " Banned: ", reason}));
+  myListener.CallStatusMessage({address, " Banned: ", reason});
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {
-  Note({"disconnect ", user.PeerName(), " ", user.Username()});
-  myListener.CallStatusMessage(StatusLine({"Admin Force Kicked ", user.Username()}));
+  Note({"disconnect ", user.PeerName(), " ", Quoted(user.Username())});
+  myListener.CallStatusMessage({"Admin Force Kicked ", Quoted(user.Username())});
   user.Close();
 }
 
@@ -165,12 +166,12 @@ bool Operator::MakeAdmin(const ClientSocket& user) {
 
 bool Operator::MakeAdmin(const std::string& name, const std::string& address,
                          const std::string& networkName) {
-  Note({"make administrator ", name, " of ", networkName, ", ", address});
+  Note({"make administrator ", Quoted(name), " of ", Quoted(networkName), ", ", address});
   return myListener.Admins().Add(name, address, networkName);
 }
 
 void Operator::Send(const std::string& text, const std::string& networkName) {
-  Note({"message to ", networkName, ": ", text});
+  Note({"message to ", Quoted(networkName), ": ", text});
   myListener.BroadcastMessage(text, networkName);
 }
 
@@ -204,7 +205,7 @@ bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
 }
 
 void Operator::ChangeSetting(const std::string& name, const std::string& value) {
-  Note({"set ", name, " to ", value});
+  Note({"set ", Quoted(name), " to ", value});
   myApp.Settings().SetValue(name, value);
 }
 

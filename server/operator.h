@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "framework/status_line.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
 #include "storage/bans_table.h"
@@ -113,7 +113,7 @@ class Operator {
 
  private:
   // Notes what is being done, and by whom.
-  void Note(std::initializer_list<std::string_view> what);
+  void Note(StatusParts what);
   void Enter(const NetworkRef& network);
 
   App& myApp;

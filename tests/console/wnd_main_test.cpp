@@ -32,7 +32,7 @@ TEST_F(WndMainTest, ShowsItsNetworksAndEachUserFromLogInToLogOut) {
 TEST_F(WndMainTest, ShowsTheNewestLineUntilTheLogIsCleared) {
   StatusLogModel& status = myWindow->Status();
   for (int i = 0; i < 200; ++i)
-    myWindow->sSocket->CallStatusMessage(std::to_string(i));
+    myWindow->sSocket->CallStatusMessage({std::to_string(i)});
   ASSERT_TRUE(QTest::qWaitFor([&] { return status.rowCount() == 201; }));
   EXPECT_TRUE(RowText(status, 200).ends_with("] 199"));
   const QRect viewport = myWindow->lstStatus->viewport()->rect();

@@ -47,15 +47,6 @@ TEST(Text, FoldingChangesALengthByItsFactorAtMost) {
   EXPECT_FALSE(MayFoldTo(2, 7));
 }
 
-TEST(Text, LongStatusLineIsCutBetweenCharactersAndTellsItsLength) {
-  EXPECT_EQ(StatusLine({"a", "", "b"}), "ab");
-  const std::string most(4096, 'x');
-  EXPECT_TRUE(StatusLine({most}) == most);
-  EXPECT_TRUE(StatusLine({most, "y"}) == most + "... (4097 bytes)");
-  const std::string even = most.substr(2);
-  EXPECT_TRUE(StatusLine({even, "\xE2\x82\xAC)", ")"}) == even + "... (4099 bytes)");
-}
-
 TEST(Text, FieldsAreCountedFromOneAndMissingOnesAreEmpty) {
   EXPECT_EQ(NthField("a,b,", ',', 0), "");
   EXPECT_EQ(NthField("a,b,", ',', 2), "b");

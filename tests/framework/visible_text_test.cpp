@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "framework/status_line.h"
+
 namespace corvane {
 namespace {
 
@@ -59,6 +61,34 @@ TEST(VisibleText, IsCutOnACharacter) {
   };
   for (const auto& row : cases)
     EXPECT_EQ(VisibleText(row.text, 14).toStdString(), row.shown);
+}
+
+TEST(StatusLine, IsCutBetweenCharactersAndTellsItsLength) {
+  const std::string most(4096, 'x');
+  const std::string name(300, 'x');
+  const std::string cutName = name.substr(0, 256) + "... (300 bytes)";
+  const std::string even = most.substr(2);
+  const std::string controls(4096, '\1');
+  std::string escapes;
+  for (int i = 0; i < 1024; ++i)
+    escapes += "\\x01";
+  const struct {
+    StatusParts parts;
+    std::string shown;
+    std::string logged = shown;
+  } cases[] = {
+      {{"a", "", "\n", Quoted("\u200Cb")}, "a\\n\\u200cb"},
+      {{most}, most},
+      {{most, "y"}, most + "... (4097 bytes)"},
+      {{even, "\xE2\x82\xAC)", ")"}, even + "... (4099 bytes)"},
+      {{controls, "y"}, escapes + "... (4097 bytes)"},
+      {{"(", Quoted(name), ")", name}, "(" + name + ")" + name, "(" + cutName + ")" + name},
+  };
+  for (const auto& row : cases) {
+    EXPECT_EQ(StatusLine(row.parts), row.shown);
+    EXPECT_EQ(LogLine(row.parts), row.logged);
+    EXPECT_EQ(HasLongName(row.parts), row.shown != row.logged);
+  }
 }
 
 }  // namespace
