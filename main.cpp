@@ -27,6 +27,7 @@
 #include "framework/status_line.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
+#include "updater/version.h"
 
 using namespace corvane;
 
@@ -88,20 +89,23 @@ int main(int argc, char** argv) {
   app.serverdb().Complained = [&log](const std::string& text) { log.Write(StatusLine({text})); };
   app.Locations().Told = [&log](const std::string& text) { log.Write(StatusLine({text})); };
   application.LastResort = [&app] { app.LastResort(); };
-  application.Quit = [&app] { app.Quit(); };
   std::optional<Commands> commands;
-  const ProcessSignals signals([&app] { app.Quit(); },
+  const auto quit = [&](const char* actor) { commands ? commands->QuitFor(actor) : app.Quit(); };
+  application.Quit = [&] { quit("desktop"); };
+  const ProcessSignals signals([&] { quit("signal"); },
                                [&commands] {
                                  if (commands) commands->ReloadForSignal();
                                });
   if (!app.Open()) return 1;
   const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
   WriteErrorLine(rules);
-  log.Write(rules);
+  log.WriteAudit("Started, version " + RunningVersion().FullVersion());
+  log.WriteAudit(rules);
 
   // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
-  window.sSocket->Logged = [&log](const std::string& text) { log.Write(text); };
+  window.sSocket->Logged = [&log](const std::string& line) { log.Write(line); };
+  window.sSocket->Audited = [&log](const std::string& line) { log.WriteAudit(line); };
   MyTrayItem trayItem(window, [&window] { window.Actions().Quit(); });
   commands.emplace(app, *window.sSocket, window.Actions(), log);
   control.Serve(*commands);
@@ -120,5 +124,7 @@ int main(int argc, char** argv) {
       Qt::QueuedConnection);
   QObject::connect(&application, &Application::aboutToQuit,
                    [] { TellServiceManager(ServiceState::Stopping); });
-  return Application::exec();
+  const int code = Application::exec();
+  log.WriteAudit("Ended with code " + std::to_string(code));
+  return code;
 }

@@ -138,7 +138,7 @@ void wndMain::closeEvent(QCloseEvent* event) {
   }
   if (qApp->isSavingSession()) {
     event->accept();
-    myApp.Quit();
+    QuitFor("end of the session");
     return;
   }
   event->ignore();
@@ -270,12 +270,17 @@ void wndMain::FileCheckForUpdates() {
 
 void wndMain::ShowUpdate(const Update& update) {
   myUpdaterWindow =
-      new UpdaterWindow(update, myApp.Http(), LaunchInstaller, [this] { myApp.Quit(); });
+      new UpdaterWindow(update, myApp.Http(), LaunchInstaller, [this] { QuitFor("updater"); });
   // Whoever is at work in a dialog goes on there, and sees it.
   QWidget* const dialog = QApplication::activeModalWidget();
   myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating, dialog != nullptr);
   myUpdaterWindow->show();
   if (dialog != nullptr) dialog->raise();
+}
+
+void wndMain::QuitFor(const char* actor) {
+  const Operator::Acting acting(myActions, actor);
+  myActions.Quit();
 }
 
 void wndMain::btnClear_Action() {

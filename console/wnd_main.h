@@ -82,6 +82,8 @@ class wndMain : public QMainWindow {
   void FileSendMessage();
   void FileCheckForUpdates();
   void ShowUpdate(const Update& update);
+  // Notes who ends the program.
+  void QuitFor(const char* actor);
   void btnClear_Action();
   void btnAdmins_Action();
   void btnBans_Action();

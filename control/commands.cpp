@@ -58,7 +58,7 @@ Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& 
           {"revoke", By(myActions, &Actions::Revoke)},
           {"message", By(myActions, &Actions::Message)},
           {"set", By(myActions, &Actions::Set)},
-          {"reload", By(myActions, &Actions::Reload)},
+          {"reload", By(*this, &Commands::Reload)},
           {"backup", By(*this, &Commands::MakeBackup)},
           {"log", By(*this, &Commands::Log)},
           {"quit", By(*this, &Commands::Quit)},
@@ -89,7 +89,7 @@ void Commands::Run(ControlConnection& client, const QByteArray& line) {
 void Commands::ReloadForSignal() {
   const Operator::Acting acting(myOperator, kSignal);
   try {
-    myActions.Reload(Request("{}"));
+    Reload(Request("{}"));
   } catch (const Refused& refused) {
     std::string why = kSignal + ": not reloaded: " + refused.what();
     for (const auto& address : refused.fields["addresses"].toArray())
@@ -97,6 +97,11 @@ void Commands::ReloadForSignal() {
     WriteErrorLine(why);
     myLog.Write(StatusLine({why}));
   }
+}
+
+void Commands::QuitFor(const std::string& actor) {
+  const Operator::Acting acting(myOperator, actor);
+  myOperator.Quit();
 }
 
 void Commands::Tell(const std::string& text) {
@@ -146,12 +151,15 @@ QByteArray Commands::Log(const Request& request) {
   return DoneLine(QJsonObject{{"lines", lines}});
 }
 
+QByteArray Commands::Reload(const Request& request) {
+  // First, so that what is done next stands in the new files.
+  myLog.Reopen();
+  return myActions.Reload(request);
+}
+
 QByteArray Commands::Quit(const Request&) {
   // The answer goes first.
-  QTimer::singleShot(0, qApp, [this] {
-    const Operator::Acting acting(myOperator, kActor);
-    myOperator.Quit();
-  });
+  QTimer::singleShot(0, qApp, [this] { QuitFor(kActor); });
   return DoneLine("The server ends.");
 }
 

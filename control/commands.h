@@ -37,6 +37,8 @@ class Commands {
   // What "reload" does, for whoever cannot be answered: what is refused is told on standard error
   // and in the log.
   void ReloadForSignal();
+  // Ends the program on behalf of the actor.
+  void QuitFor(const std::string& actor);
 
  private:
   struct Entry {
@@ -50,6 +52,7 @@ class Commands {
   QByteArray Carry(const Request& request);
   QByteArray MakeBackup(const Request& request);
   QByteArray Log(const Request& request);
+  QByteArray Reload(const Request& request);
   QByteArray Quit(const Request& request);
 
   App& myApp;

@@ -52,8 +52,8 @@ StreamWriting LogFile::Write(std::string_view bytes) {
 
 // Whether the file is open and may take so many bytes.
 bool LogFile::MakeRoom(std::size_t bytes) {
-  // Somebody may have taken it away.
-  if (myFile.isOpen() && !myFile.exists()) myFile.close();
+  // Somebody may have taken it away, or given it another name.
+  if (myFile.isOpen() && !QFile::exists(myFile.fileName())) myFile.close();
   if (!myFile.isOpen() && !Open()) return false;
   const auto isFull = [&] { return mySize + static_cast<qint64>(bytes) > kMostBytes; };
   if (myEndsInLine || !isFull()) return true;
@@ -85,6 +85,11 @@ void LogFile::Rotate() {
 
 QString LogFile::Older(int number) const {
   return myFile.fileName() + '.' + QString::number(number);
+}
+
+void LogFile::Reopen() {
+  myLines.WriteKept();
+  myFile.close();
 }
 
 std::vector<std::string> LogFile::Last(std::size_t count) {

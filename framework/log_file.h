@@ -24,6 +24,9 @@ class LogFile {
   // Writes the line as LineWriter does.
   void WriteLine(std::string_view line) { myLines.WriteLine(line); }
 
+  // Writes what it can to the file that is open, and opens the one of the name again.
+  void Reopen();
+
   // The newest lines, the last at the end; from 1 MiB of the file and as much of the one before.
   std::vector<std::string> Last(std::size_t count);
 

@@ -18,11 +18,23 @@ bool AddressTable::Admit(const std::string& address) {
   if (count == myConnections.end()) return true;
   const ConnectionCounts& most = *myRules.mostConnections;
   if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
-  const bool isNew = !myMemories.contains(address);
   Memory& memory = Remember(address);
   ++memory.refused;
-  if (isNew) Tell(address, memory);
+  if (!std::exchange(memory.isRefusalTold, true)) Tell(address, memory);
   return false;
+}
+
+bool AddressTable::AdmitLine(const std::string& address) {
+  if (!myRules.statusLines || IsTrusted(address)) return true;
+  const LineRate& rate = *myRules.statusLines;
+  const auto now = Clock::now();
+  Memory& memory = Remember(address);
+  if (memory.lines - now > (rate.burst - 1) * rate.interval) {
+    ++memory.leftOut;
+    return false;
+  }
+  memory.lines = std::max(memory.lines, now) + rate.interval;
+  return true;
 }
 
 void AddressTable::Enter(const std::string& address) {
@@ -86,8 +98,10 @@ AddressTable::Memory& AddressTable::Remember(const std::string& address) {
 }
 
 void AddressTable::Tell(const std::string& address, Memory& memory) const {
-  const std::uint64_t count = std::exchange(memory.refused, 0);
-  if (count > 0) Refused(address, count);
+  const std::uint64_t refused = std::exchange(memory.refused, 0);
+  if (refused > 0) Refused(address, refused);
+  const std::uint64_t leftOut = std::exchange(memory.leftOut, 0);
+  if (leftOut > 0) LeftOut(address, leftOut);
 }
 
 void AddressTable::VisitLater(const std::string& address) {
@@ -110,9 +124,10 @@ void AddressTable::VisitDue() {
     const std::string address = std::move(myVisits.front().address);
     myVisits.pop_front();
     Memory& memory = myMemories[address];
-    if (memory.refused == 0 && AreWrongPasswordsOver(memory)) {
+    if (memory.refused == 0 && memory.leftOut == 0 && AreWrongPasswordsOver(memory)) {
       myMemories.erase(address);
     } else {
+      memory.isRefusalTold = memory.refused > 0;
       VisitLater(address);
       Tell(address, memory);
     }

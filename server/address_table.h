@@ -15,9 +15,9 @@
 namespace corvane {
 
 // What the server knows of the addresses that clients come from: how many connections each has now,
-// how many it was refused, and which wrong passwords came from it lately. Knows nothing where the
-// rules ask for nothing, or trust the address. Borrows the rules, and the loop for one call at a
-// time.
+// how many it was refused, which wrong passwords came from it lately, and how many lines of the
+// status log it caused. Knows nothing where the rules ask for nothing, or trust the address.
+// Borrows the rules, and the loop for one call at a time.
 //
 // Limits: an address without connections is forgotten when the rules' period has passed twice
 // without anything new, the oldest at once where ten thousand are remembered.
@@ -29,9 +29,10 @@ class AddressTable {
   AddressTable(PollLoop& loop, SocketCore& owner, const Rules& rules)
       : myLoop(loop), myOwner(owner), myRules(rules) {}
 
-  // An event: so many connections of the address were refused since it was last raised for it, a
-  // period ago or more. Has to be set.
+  // Events: so many connections of the address were refused, or lines left out, since it was last
+  // raised for it. Once a period, and for the first refused connection at once. Have to be set.
   std::function<void(const std::string& address, std::uint64_t count)> Refused;
+  std::function<void(const std::string& address, std::uint64_t count)> LeftOut;
 
   // Whether one more connection of the address may come in; one that may not is counted.
   bool Admit(const std::string& address);
@@ -45,6 +46,9 @@ class AddressTable {
   Clock::duration PasswordDelay(const std::string& address) const;
   void NoteWrongPassword(const std::string& address);
 
+  // Whether the address may cause one more line of the status log; one that it may not is counted.
+  bool AdmitLine(const std::string& address);
+
   std::size_t Size() const { return myConnections.size() + myMemories.size(); }
 
  private:
@@ -55,6 +59,9 @@ class AddressTable {
   // What is remembered of an address when its connections have left.
   struct Memory {
     std::uint64_t refused = 0;                      // and not told yet
+    bool isRefusalTold = false;                     // in this period
+    std::uint64_t leftOut = 0;                      // lines, not told yet
+    Clock::time_point lines;                        // when its lines are all within the rate
     std::vector<Clock::time_point> wrongPasswords;  // of the last period, as many as are free
     std::chrono::milliseconds delay{0};
   };
@@ -73,6 +80,7 @@ class AddressTable {
   // Its memory, a new one if there is none.
   Memory& Remember(const std::string& address);
   void NoteRefused(const std::string& address);
+  // What was not told yet.
   void Tell(const std::string& address, Memory& memory) const;
   // After a period.
   void VisitLater(const std::string& address);

@@ -78,8 +78,8 @@ void ClientSocket::Greet(const ClientLocation& location) {
 }
 
 void ClientSocket::Error(std::int32_t code) {
-  myParent.CallStatusMessage(
-      {"Client Disconnect: (", std::to_string(code), ") ", Quoted(myUsername)});
+  myParent.CallStatusMessageFor(
+      RemoteAddress(), {"Client Disconnect: (", std::to_string(code), ") ", Quoted(myUsername)});
   Close();
 }
 
@@ -395,7 +395,7 @@ void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
 
 void ClientSocket::ReportStatus(std::string_view text, std::string_view quoted,
                                 std::string_view end) {
-  myParent.CallStatusMessage({RemoteAddress(), text, Quoted(quoted), end});
+  myParent.CallStatusMessageFor(RemoteAddress(), {RemoteAddress(), text, Quoted(quoted), end});
 }
 
 }  // namespace corvane

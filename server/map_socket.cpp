@@ -43,6 +43,9 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
   myAddresses.Refused = [this](const std::string& address, std::uint64_t count) {
     CallStatusMessage({address, ": Connections Refused (", std::to_string(count), ")"});
   };
+  myAddresses.LeftOut = [this](const std::string& address, std::uint64_t count) {
+    CallStatusMessage({address, ": Lines Left Out (", std::to_string(count), ")"});
+  };
 }
 
 MapSocket::~MapSocket() {
@@ -81,11 +84,15 @@ void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
 void MapSocket::CallStatusMessage(StatusParts parts) {
   const std::string line = StatusLine(parts);
   if (StatusMessage) StatusMessage(*this, line);
-  Note(HasLongName(parts) ? LogLine(parts) : line);
+  if (Logged) Logged(HasLongName(parts) ? LogLine(parts) : line);
+}
+
+void MapSocket::CallStatusMessageFor(const std::string& address, StatusParts parts) {
+  if (myAddresses.AdmitLine(address)) CallStatusMessage(parts);
 }
 
 void MapSocket::Note(const std::string& line) const {
-  if (Logged) Logged(line);
+  if (Audited) Audited(line);
 }
 
 void MapSocket::CallUserLoggedIn(ClientSocket& client) {

@@ -38,10 +38,14 @@ class MapSocket : public ServerSocket {
   std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedIn;
   std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedOut;
 
-  // Event: a line for the log, which are the status lines and what is noted besides.
+  // Events: a status line for the log; and what an operator or administrator did, for the log and
+  // its audit.
   std::function<void(const std::string&)> Logged;
+  std::function<void(const std::string&)> Audited;
 
   void CallStatusMessage(StatusParts parts);
+  // The same for what a session of the address does, as far as the rules let it.
+  void CallStatusMessageFor(const std::string& address, StatusParts parts);
   // Notes who did what, as LogLine makes it.
   void Note(const std::string& line) const;
   void CallUserLoggedIn(ClientSocket& client);

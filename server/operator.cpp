@@ -210,7 +210,7 @@ void Operator::ChangeSetting(const std::string& name, const std::string& value) 
 }
 
 void Operator::Quit() {
-  Note({"quit"});
+  if (!myApp.IsQuitting()) Note({"quit"});
   myApp.Quit();
 }
 

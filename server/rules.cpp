@@ -43,6 +43,7 @@ Rules Rules::Hardened() {
   rules.longestAfterLogIn = std::size_t{64} << 10;
   rules.mostConnections.emplace();
   rules.passwordDelays.emplace();
+  rules.statusLines.emplace();
   return rules;
 }
 

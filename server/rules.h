@@ -29,6 +29,12 @@ struct PasswordDelays {
   std::chrono::milliseconds longest{30'000};
 };
 
+// How many lines one address may cause at once, and then one in each interval.
+struct LineRate {
+  int burst = 100;
+  std::chrono::milliseconds interval{50};
+};
+
 // What strangers, members and administrators may do. Made when the server starts and given to
 // whatever has to ask; nothing asks for more than the rule that it needs. docs/security.md tells
 // what they are good for.
@@ -63,7 +69,9 @@ struct Rules {
   // Of one address; none: no bound, and no delay.
   std::optional<ConnectionCounts> mostConnections;
   std::optional<PasswordDelays> passwordDelays;
-  // In which wrong passwords count, and refused connections are told of together.
+  // Of the status log, by what sessions of one address do; none: no bound.
+  std::optional<LineRate> statusLines;
+  // In which wrong passwords count, and refused connections and lines left out are told together.
   std::chrono::milliseconds period{60'000};
   // Dotted. These are not counted and not delayed.
   std::set<std::string, std::less<>> trustedAddresses;

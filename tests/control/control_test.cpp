@@ -33,7 +33,8 @@ class ControlTest : public ConsoleTest {
   explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
-    myWindow->sSocket->Logged = [this](const std::string& text) { log.Write(text); };
+    myWindow->sSocket->Logged = [this](const std::string& line) { log.Write(line); };
+    myWindow->sSocket->Audited = [this](const std::string& line) { log.WriteAudit(line); };
     myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
   }
 
@@ -335,6 +336,12 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   Run({"grant", "Bob"});
   EXPECT_TRUE(tells("database: no such table: admins"));
   EXPECT_THAT(Run({"log", "--lines", "2"}).text, testing::EndsWith("no such table: admins\n"));
+  QFile audit(myFolder.filePath("logs/corvane-audit.log"));
+  EXPECT_TRUE(audit.open(QIODevice::ReadOnly));
+  EXPECT_THAT(
+      audit.readAll().toStdString(),
+      testing::MatchesRegex(".*window: make administrator Ann[^\n]*\n[^\n]*: kick Bob[^\n]*\n"
+                            "[^\n]*corvanectl: set [^\n]*\n[^\n]*corvanectl: make [^\n]*\n"));
   // One who does not read is dropped; the follower, which keeps up, is not.
   const auto connections = [this] { return control.children().size(); };
   EXPECT_EQ(connections(), 2);

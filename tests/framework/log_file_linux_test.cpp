@@ -22,5 +22,19 @@ TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
   EXPECT_TRUE(EndsIn(" lines dropped)\nafter\n"));
 }
 
+TEST_F(LogFileTest, GoesOnInTheFileOfItsNameWhenOpenedAgain) {
+  LogFile log(path);
+  log.WriteLine("one");
+  EXPECT_TRUE(EndsIn("one\n"));
+  ASSERT_TRUE(QFile::rename(path, path + ".old"));
+  log.WriteLine("two");  // no file is in its place: a new one is made
+  EXPECT_TRUE(EndsIn("two\n"));
+  ASSERT_TRUE(QFile::rename(path, path + ".older"));
+  ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));
+  log.Reopen();
+  log.WriteLine("three");
+  EXPECT_TRUE(EndsIn("three\n"));
+}
+
 }  // namespace
 }  // namespace corvane

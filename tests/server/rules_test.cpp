@@ -212,6 +212,20 @@ std::string NamesWithControls(TestServer& server) {
   return taken;
 }
 
+std::string ManyLines(TestServer& server) {
+  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
+  server.status.clear();
+  for (int i = 0; i < 60; ++i)
+    TestClient(server.Port()).Receive();
+  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
+  const auto told = static_cast<int>(server.status.size());
+  EXPECT_TRUE(PumpUntil([&] { return server.listener->Addresses().Size() == 0; }));
+  const std::string left = "127.0.0.1: Lines Left Out (" + std::to_string(120 - told) + ")";
+  if (told == 120) return "all";
+  return told >= 100 && told < 115 && server.status.back() == left ? "bounded"
+                                                                   : server.status.back();
+}
+
 TEST(Rules, ColumnsDifferInEachRow) {
   const struct {
     const char* name;
@@ -231,6 +245,7 @@ TEST(Rules, ColumnsDifferInEachRow) {
       {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
       {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
       {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
+      {"lines", ManyLines, "all", "bounded"},
       {"names", NamesWithControls, "yes yes yes yes ", "no no no yes "},
   };
   for (const auto& row : rows) {
@@ -250,6 +265,7 @@ TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   server.AddNetwork("A", "secret", 100);
   EXPECT_EQ(ManyWhoDoNotLogIn(server), "11 stay ");
   EXPECT_EQ(WrongPasswords(server), "");
+  EXPECT_EQ(ManyLines(server), "all");
 }
 
 TEST(Rules, AddressesAreNotRememberedWithoutBound) {
