@@ -113,9 +113,11 @@ void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
 void EasyTCPSocket::EndDelay() {
   --myDelays;
   if (mEvents.IsEmpty() || !HasHungUp()) return RequestDispatch();
-  // Whoever leaves behind what costs us much does not have us work at it for minutes.
+  // The peer may have ended its sending only. One that has gone takes no bytes, and what it left
+  // behind is not worked at for minutes.
   const auto now = PollLoop::Clock::now();
-  if (!myEndSeen) myEndSeen = now;
+  const bool tookBytes = std::exchange(mySentBefore, SentSinceProgress()) != SentSinceProgress();
+  if (!myEndSeen || tookBytes) myEndSeen = now;
   if (now - *myEndSeen < kGonePatience) return RequestDispatch();
   mEvents.Clear();
   EndByPeer();

@@ -18,8 +18,8 @@ namespace corvane {
 // frame.h), in place of a stream: raw reading and writing is refused. Messages are cut as their
 // bytes arrive and delivered one a pass, in order; the peer is read again when all are delivered.
 // A length that no message can or may have closes the connection. Nothing is delivered while the
-// peer has yet to take as much as a connection may hold. What a peer that has gone left behind is
-// not waited for longer than two seconds, where its messages are delayed.
+// peer has yet to take as much as a connection may hold. Delayed messages of a peer that has ended
+// its sending are dropped when it has taken no bytes for two seconds.
 class EasyTCPSocket : public TCPSocket, public _Pollable {
  public:
   explicit EasyTCPSocket(PollLoop& loop);
@@ -97,7 +97,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool myIsDispatching = false;
   bool myIsHeld = false;
   int myDelays = 0;                                      // that have not passed yet
-  std::optional<PollLoop::Clock::time_point> myEndSeen;  // of the peer, by a delay
+  // After the peer ended its sending: when it was last known to be there, and what it had taken.
+  std::optional<PollLoop::Clock::time_point> myEndSeen;
+  std::size_t mySentBefore = 0;
   bool myIsQueued = false;                               // on the loop's list
 };
 

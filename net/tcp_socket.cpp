@@ -316,8 +316,8 @@ void TCPSocket::FailToSend(int error) {
 }
 
 void TCPSocket::NoteSent(std::size_t count) {
-  if (!myRaisesSendEvents || count == 0) return;
   mySentSinceProgress += count;
+  if (!myRaisesSendEvents || count == 0) return;
   SetPending(kSendProgress);
   if (myOutput.IsEmpty()) SetPending(kSendComplete);
 }

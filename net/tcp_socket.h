@@ -110,6 +110,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual void DropInput() { myInput.Clear(); }
   // A class that hides the send events from its users saves the loop raising them.
   void SkipSendEvents() { myRaisesSendEvents = false; }
+  // Bytes sent since the last SendProgress; without send events, since the connection began.
+  std::size_t SentSinceProgress() const { return mySentSinceProgress; }
 
   void Advance() override;
   void RaiseConnected() override { Event_Connected(); }

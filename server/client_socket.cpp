@@ -19,6 +19,10 @@
 namespace corvane {
 namespace {
 
+// The first failed steps cost nothing; then the delay doubles from the first to the longest.
+constexpr int kFreeFailures = 10;
+constexpr int kDoublings = 6;
+constexpr std::chrono::milliseconds kFirstDelay{4};
 constexpr std::chrono::milliseconds kLongestDelay{250};
 constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 
@@ -243,6 +247,7 @@ void ClientSocket::TakeName(std::string_view userName) {
   const bool isFree = myParent.Sessions().IsNameFree(folded, *this);
   if (isFree && MayBeTaken(userName) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::LoggedIn;
+    myFailedSteps = 0;
     LimitMessages(myParent.RulesInForce().longestAfterLogIn);
     myParent.Deadlines().End(myDeadline);
     myParent.Addresses().LogIn(RemoteAddress());
@@ -279,8 +284,9 @@ void ClientSocket::RefuseName(std::string_view userName) {
 }
 
 void ClientSocket::SlowDown() {
-  DelayMessages(myNextDelay);
-  myNextDelay = std::min(2 * myNextDelay, kLongestDelay);
+  const int delays = ++myFailedSteps - kFreeFailures;
+  if (delays <= 0) return;
+  DelayMessages(delays > kDoublings ? kLongestDelay : kFirstDelay * (1 << (delays - 1)));
 }
 
 bool ClientSocket::IsPasswordDigest(std::string_view digest) const {

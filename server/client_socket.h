@@ -121,7 +121,8 @@ class ClientSocket : public EasyTCPSocket {
   void RefuseNetwork(std::string_view name);
   void RefusePassword();
   void RefuseName(std::string_view userName);
-  // Has the next message wait for a moment, longer each time: who is right notices nothing.
+  // Counts a failed step. From the eleventh on the next message waits for a moment, longer each
+  // time: a client that is merely wrong notices nothing.
   void SlowDown();
 
   void TakeReport(std::string_view data);
@@ -143,7 +144,7 @@ class ClientSocket : public EasyTCPSocket {
   void Leave();
 
   State myState = State::Idle;
-  std::chrono::milliseconds myNextDelay{4};
+  int myFailedSteps = 0;  // before the log-in, then since
   std::optional<PollLoop::Clock::time_point> myPasswordTime;  // of the one that waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;

@@ -212,6 +212,9 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
   EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "new", "Eve"));
   EXPECT_THAT(Run({"log", "--lines", "20"}).text,
               HasSubstr("SIGHUP: reload: changed network North"));
+  Query("UPDATE networks SET pass='newest' WHERE name='North' AND enabled");
+  commands.ReloadForSignal();
+  EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "newest", "Eve"));
 
   Query("ALTER TABLE networks RENAME TO n");
   const Outcome failed = Run({"reload"});
