@@ -41,7 +41,7 @@ TEST_F(GreetingTest, WaitsForAHangingLocatorWhileEverybodyElseGoesOn) {
 }
 
 TEST_F(GreetingTest, WhoeverLeavesDuringTheLookupIsNotGreeted) {
-  web.answers[kPage] = {OkReply(""), true, std::chrono::milliseconds(50)};
+  web.answers[kPage] = {OkReply(""), true, true};
   server.locations.SetServices(web.Address(), "");
   const auto left = Connected();
   const auto closed = Connected();
@@ -50,6 +50,8 @@ TEST_F(GreetingTest, WhoeverLeavesDuringTheLookupIsNotGreeted) {
   const auto session = server.Active(1);
   session->Close();
   EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
+  web.AnswerHeld();
+  web.answers[kPage].isHeld = false;
   PumpFor(std::chrono::milliseconds(100));
   EXPECT_EQ(session->LoginState(), ClientSocket::State::Gone);
   EXPECT_EQ(closed->Receive(), std::nullopt);

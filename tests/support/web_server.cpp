@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <QTcpSocket>
-#include <QTimer>
 
 namespace corvane {
 
@@ -32,10 +31,18 @@ void WebServer::Serve(QTcpSocket& connection) {
   const Answer answer = known == answers.end()
                             ? Answer{"HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\nnone"}
                             : known->second;
-  QTimer::singleShot(answer.delay, &connection, [&connection, answer] {
+  const auto reply = [&connection, answer] {
+    if (connection.state() != QAbstractSocket::ConnectedState) return;
     connection.write(answer.bytes.data(), static_cast<qint64>(answer.bytes.size()));
     if (answer.closes) connection.disconnectFromHost();
-  });
+  };
+  if (!answer.isHeld) return reply();
+  myHeld.emplace_back(reply);
+}
+
+void WebServer::AnswerHeld() {
+  for (const auto& reply : std::exchange(myHeld, {}))
+    reply();
 }
 
 std::string OkReply(const std::string& body) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <chrono>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -16,7 +16,7 @@ class WebServer {
   struct Answer {
     std::string bytes;   // header and body as they go out
     bool closes = true;  // afterwards; else the connection stays open without a word
-    std::chrono::milliseconds delay{0};
+    bool isHeld = false;  // until AnswerHeld
   };
 
   // `listener` may be one that speaks TLS; `scheme` says so.
@@ -31,11 +31,14 @@ class WebServer {
   // The requests that came, header and all.
   std::vector<std::string> requests;
 
+  void AnswerHeld();
+
  private:
   void Serve(QTcpSocket& connection);
 
   std::unique_ptr<QTcpServer> myServer;
   std::string myScheme;
+  std::vector<std::function<void()>> myHeld;
 };
 
 // A whole reply of status 200, and one that leads elsewhere.
