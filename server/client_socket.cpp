@@ -11,6 +11,7 @@
 #include "framework/numbers.h"
 #include "framework/text.h"
 #include "framework/ticks.h"
+#include "framework/visible_text.h"
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
@@ -29,11 +30,6 @@ constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 // Reports repeat the name. With one of this length they pay for their bytes.
 constexpr std::size_t kLongName = 64 * 1024;
 constexpr std::size_t kNameBytesPerMillisecond = 4096;
-
-bool HasControlCharacter(std::string_view text) {
-  return std::ranges::any_of(DisplayText(text),
-                             [](QChar unit) { return unit.category() == QChar::Other_Control; });
-}
 
 }  // namespace
 
@@ -215,7 +211,9 @@ void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view dat
 void ClientSocket::ChooseNetwork(std::string_view name) {
   if (myState == State::LoggedIn) return RefuseNetwork(name);
   SetNetwork(myParent.FindNetwork(name));
-  if (mySeat.Take(myNetwork)) {
+  const bool hasSeat = mySeat.Take(myNetwork);
+  if (!myParent.RulesInForce().isSeatTakenBeforePassword) mySeat.Release();
+  if (hasSeat) {
     myState = State::WaitingPassword;
     SendMessage(wire::kPassword, wire::kOk);
   } else {
@@ -230,7 +228,7 @@ void ClientSocket::CheckPassword(std::string_view digest) {
   }
   const bool isRight = IsPasswordDigest(digest);
   if (!isRight) myParent.Addresses().NoteWrongPassword(RemoteAddress());
-  // Whoever lost the seat to an earlier failure needs one again.
+  // One that has no seat yet, or lost it to an earlier failure, needs one now.
   if (isRight && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::WaitingUserName;
     SendMessage(wire::kUserName, wire::kOk);
@@ -243,16 +241,15 @@ void ClientSocket::CheckPassword(std::string_view digest) {
 
 void ClientSocket::TakeName(std::string_view userName) {
   if (myState != State::WaitingUserName) return RefuseName(userName);
-  std::string folded = FoldText(userName);
-  const bool isFree = myParent.Sessions().IsNameFree(folded, *this);
-  if (isFree && MayBeTaken(userName) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
-    myState = State::LoggedIn;
+  std::optional<std::string> folded;
+  if (MayBeTaken(userName)) folded = FoldText(userName);
+  if (folded && CanLogin(*folded) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myFailedSteps = 0;
     LimitMessages(myParent.RulesInForce().longestAfterLogIn);
     myParent.Deadlines().End(myDeadline);
     myParent.Addresses().LogIn(RemoteAddress());
     ReportStatus(": User Logged In (", userName, ")");
-    SetUsername(userName, std::move(folded));
+    EnterAs(userName, std::move(*folded));
     myParent.CallUserLoggedIn(*this);
     SendMessage(wire::kReport, wire::kOk);
   } else {
@@ -262,7 +259,10 @@ void ClientSocket::TakeName(std::string_view userName) {
 }
 
 bool ClientSocket::MayBeTaken(std::string_view userName) const {
-  return myParent.RulesInForce().mayNameHoldControls || !HasControlCharacter(userName);
+  const Rules& rules = myParent.RulesInForce();
+  if (userName.size() > rules.longestUserName) return false;
+  return rules.mayUserNameMislead || (userName.find('|') == std::string_view::npos &&
+                                      VisibleText(userName) == DisplayText(userName));
 }
 
 void ClientSocket::RefuseNetwork(std::string_view name) {
@@ -304,8 +304,8 @@ bool ClientSocket::isBanned() const {
   return myParent.Keeper().IsBanned(RemoteAddress());
 }
 
-bool ClientSocket::CanLogin(std::string_view userName) const {
-  return myParent.Sessions().IsNameFree(FoldText(userName), *this);
+bool ClientSocket::CanLogin(const std::string& foldedName) const {
+  return myParent.Sessions().IsNameFree(foldedName, *this);
 }
 
 bool ClientSocket::isAdmin() const {
@@ -391,8 +391,9 @@ void ClientSocket::SetNetwork(NetworkRef network) {
   myNetwork = std::move(network);
 }
 
-void ClientSocket::SetUsername(std::string_view userName, std::string folded) {
+void ClientSocket::EnterAs(std::string_view userName, std::string folded) {
   const Roster::Change change(myParent.Sessions(), *this);
+  myState = State::LoggedIn;
   myUsername = userName;
   myFoldedUsername = std::move(folded);
   myNameIsCode = myParent.RulesInForce().statementValues == StatementValues::Pasted &&

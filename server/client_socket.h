@@ -83,8 +83,8 @@ class ClientSocket : public EasyTCPSocket {
 
   // Whether the client's address is banned now.
   bool isBanned() const;
-  // Whether no other session on the server, in whatever network, holds the name.
-  bool CanLogin(std::string_view userName) const;
+  // Whether no other session on the server, in whatever network, holds the folded name.
+  bool CanLogin(const std::string& foldedName) const;
   // Whether the database names this user, network and address as an administrator's.
   bool isAdmin() const;
   // Looks up the client's location and greets it then.
@@ -132,13 +132,14 @@ class ClientSocket : public EasyTCPSocket {
 
   // How long a password has to wait before it is looked at.
   PollLoop::Clock::duration PasswordWait();
-  // Whether the user name may be taken, its being free aside.
+  // Whether the rules let anybody take the user name.
   bool MayBeTaken(std::string_view userName) const;
   // The bans that its user, an administrator, may see and lift; none when the query fails.
   std::optional<std::vector<BansTable::Ban>> ShownBans() const;
 
   void SetNetwork(NetworkRef network);
-  void SetUsername(std::string_view userName, std::string folded);
+  // Logs in under the name.
+  void EnterAs(std::string_view userName, std::string folded);
   // A status line that begins with the client's address.
   void ReportStatus(std::string_view text, std::string_view quoted = {}, std::string_view end = {});
   void Leave();

@@ -84,8 +84,10 @@ class MapSocket : public ServerSocket {
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 
   // Bans one session's address and sends it the notice.
-  void Ban(ClientSocket& target, const std::string& by, const std::string& reason,
+  void Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
            const std::string& networkName);
+  // As much of the reason as the rules allow.
+  std::string BanReason(std::string_view given) const;
 
   // In the order in which they were added.
   std::vector<NetworkRef> Networks;

@@ -147,8 +147,9 @@ void Operator::Ban(ClientSocket& user, const std::string& reason) {
   myListener.Ban(user, kName, reason, user.NetworkName());
 }
 
-void Operator::BanAddress(const std::string& address, const std::string& reason,
+void Operator::BanAddress(const std::string& address, const std::string& givenReason,
                           const std::string& networkName) {
+  const std::string reason = myListener.BanReason(givenReason);
   Note({"ban address ", address, ": ", reason});
   myListener.Keeper().Add(address, kName, reason, networkName);
   myListener.CallStatusMessage({address, " Banned: ", reason});

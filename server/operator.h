@@ -85,7 +85,7 @@ class Operator {
   // The same, with a ban of the user's address.
   void Ban(ClientSocket& user, const std::string& reason);
   // Bans an address, noted for a network, which may be empty.
-  void BanAddress(const std::string& address, const std::string& reason,
+  void BanAddress(const std::string& address, const std::string& givenReason,
                   const std::string& networkName);
   // Ends the connection.
   void ForceDisconnect(ClientSocket& user);

@@ -31,8 +31,8 @@ class Roster {
   void Enter(ClientSocket& session);
   void Leave(ClientSocket& session);
 
-  // While one exists, the network and the name of the session, which may have entered, may change,
-  // and whether it hears its network.
+  // While one exists, the session, which may have entered, may change its network, its name, and
+  // whether it is logged in. One that has gone stays a member until it leaves the roster.
   class Change {
    public:
     Change(Roster& roster, ClientSocket& session) : myRoster(roster), mySession(session) {

@@ -36,11 +36,14 @@ Rules Rules::Hardened() {
   rules.isHeardBeforeLogIn = false;
   rules.statementValues = StatementValues::Bound;
   rules.areAllBansShown = false;
-  rules.mayNameHoldControls = false;
+  rules.mayUserNameMislead = false;
+  rules.isSeatTakenBeforePassword = false;
   rules.timeToLogIn = 15s;
   rules.timeToLeave = 2s;
   rules.longestBeforeLogIn = std::size_t{4} << 10;
   rules.longestAfterLogIn = std::size_t{64} << 10;
+  rules.longestUserName = 64;
+  rules.longestReason = 1024;
   rules.mostConnections.emplace();
   rules.passwordDelays.emplace();
   rules.statusLines.emplace();

@@ -55,7 +55,10 @@ struct Rules {
   StatementValues statementValues = StatementValues::Pasted;
   // Whether administrators see and lift all bans, or those of their own network.
   bool areAllBansShown = true;
-  bool mayNameHoldControls = true;
+  // Whether user names may hold "|", at which records are cut, and what is not shown as it is.
+  bool mayUserNameMislead = true;
+  // Whether a seat is taken with the network's name already, or with the right password.
+  bool isSeatTakenBeforePassword = true;
 
   // How long a client may take to log in, from its greeting; and to leave, from the notice that it
   // is kicked or banned. None: for ever.
@@ -65,6 +68,10 @@ struct Rules {
   // Of a whole message, in bytes.
   std::size_t longestBeforeLogIn = std::numeric_limits<std::size_t>::max();
   std::size_t longestAfterLogIn = std::numeric_limits<std::size_t>::max();
+
+  // In bytes. A longer user name is refused; a longer reason of a ban is cut.
+  std::size_t longestUserName = std::size_t{1} << 20;
+  std::size_t longestReason = std::numeric_limits<std::size_t>::max();
 
   // Of one address; none: no bound, and no delay.
   std::optional<ConnectionCounts> mostConnections;

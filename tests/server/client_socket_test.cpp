@@ -378,6 +378,8 @@ TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {
     EXPECT_TRUE(PumpUntil([this] { return server.ActiveCount() == 0; }));
   }
   EXPECT_EQ(server.Fault(), "");
+  TestClient longer(server.Port());
+  EXPECT_FALSE(longer.LogIn("A", "secret", large + "n"));
 }
 
 }  // namespace

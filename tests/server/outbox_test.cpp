@@ -104,7 +104,9 @@ TEST_F(OutboxTest, WhoeverTakesANameOrLeavesChangesNothingOfWhatWasReportedBefor
 
 TEST_F(OutboxTest, MuchIsDeliveredAtOnce) {
   const auto ann = LoggedIn("Ann");
-  const auto bob = LoggedIn(std::string(2'200'000, 'b'));
+  const auto bob = LoggedIn(std::string(1 << 20, 'b'));
+  const auto cid = LoggedIn("Cid");
+  const auto eve = LoggedIn("Eve");
   Report(*server.Active(0), 1);
   EXPECT_TRUE(server.listener->Sessions().HasGathered());
   Report(*server.Active(1), 1);

@@ -18,6 +18,7 @@ namespace corvane {
 namespace {
 
 using namespace std::chrono_literals;
+using namespace std::string_literals;
 using testing::ElementsAre;
 
 using Clients = std::vector<std::unique_ptr<TestClient>>;
@@ -203,9 +204,11 @@ std::string BansOfOthers(TestServer& server) {
   return "sees " + shown + ", left " + server.Query("SELECT id FROM bans");
 }
 
-std::string NamesWithControls(TestServer& server) {
+std::string MisleadingNames(TestServer& server) {
   std::string taken;
-  for (const char* name : {"a\tb", "\x7F", "\xC2\x85", "Zo\xC3\xAB"}) {
+  for (const std::string& name :
+       {"a\tb"s, "\x7F"s, "\xC2\x85"s, "Ann\xE2\x80\x8B"s, "bob|9,9"s, std::string(65, 'n'),
+        std::string(64, 'n'), "Zo\xC3\xAB"s}) {
     TestClient client(server.Port());
     taken += client.LogIn("A", "secret", name) ? "yes " : "no ";
   }
@@ -224,6 +227,27 @@ std::string ManyLines(TestServer& server) {
   if (told == 120) return "all";
   return told >= 100 && told < 115 && server.status.back() == left ? "bounded"
                                                                    : server.status.back();
+}
+
+std::string SeatsOfStrangers(TestServer& server) {
+  server.listener->FindNetwork("A")->MaxUsers = 1;
+  const auto stranger = InFrontOfPassword(server);
+  TestClient ann(server.Port());
+  if (!ann.LogIn("A", "secret", "Ann")) return "kept";
+  stranger->Send(2, PasswordDigest("secret"));
+  EXPECT_EQ(stranger->Receive(), (WireMessage{3, "FAIL"}));
+  return "free";
+}
+
+// One character of a byte, and six hundred of two.
+std::string LongReasons(TestServer& server) {
+  std::string reason = "x";
+  for (int i = 0; i < 600; ++i)
+    reason += "\xC3\xA4";
+  const auto ann = LoggedIn(server, "Ann");
+  server.listener->Ban(*server.SessionOf("Ann"), "op", reason, "A");
+  return std::to_string(ann->Receive()->payload.size()) + " " +
+         server.Query("SELECT length(CAST(reason AS BLOB)) FROM bans");
 }
 
 TEST(Rules, ColumnsDifferInEachRow) {
@@ -246,7 +270,9 @@ TEST(Rules, ColumnsDifferInEachRow) {
       {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
       {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
       {"lines", ManyLines, "all", "bounded"},
-      {"names", NamesWithControls, "yes yes yes yes ", "no no no yes "},
+      {"names", MisleadingNames, "yes yes yes yes yes yes yes yes ", "no no no no no no yes yes "},
+      {"seats", SeatsOfStrangers, "kept", "free"},
+      {"reasons", LongReasons, "1201 1201;", "1023 1023;"},
   };
   for (const auto& row : rows) {
     for (const bool isHardened : {false, true}) {

@@ -81,7 +81,7 @@ std::string TestServer::Fault() const {
     for (std::size_t j = 0; j < ActiveCount(); ++j) {
       if (j != i && SameText(Active(j)->Username(), session->Username())) isNameFree = false;
     }
-    if (session->CanLogin(session->Username()) != isNameFree) return "names";
+    if (session->CanLogin(session->FoldedUsername()) != isNameFree) return "names";
     if (session->myNetwork == nullptr) continue;
     Count& count = counts[session->myNetwork.get()];
     if (listener->RulesInForce().isHeardBeforeLogIn ||
