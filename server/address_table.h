@@ -79,7 +79,6 @@ class AddressTable {
   bool AreWrongPasswordsOver(const Memory& memory) const;
   // Its memory, a new one if there is none.
   Memory& Remember(const std::string& address);
-  void NoteRefused(const std::string& address);
   // What was not told yet.
   void Tell(const std::string& address, Memory& memory) const;
   // After a period.

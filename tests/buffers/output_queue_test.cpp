@@ -69,6 +69,13 @@ TEST(OutputQueue, HoldsWhatStringsWouldHold) {
   EXPECT_EQ(pool.InUse(), 0U);
 }
 
+TEST(OutputQueue, TakesLittleMemoryForLittle) {
+  BufferPool pool;
+  OutputQueue queue(pool);
+  EXPECT_TRUE(queue.Append("x"));
+  EXPECT_EQ(pool.InUse(), BufferPool::kSmallest);
+}
+
 TEST(OutputQueue, WhatManyWereGivenStandsInMemoryOnce) {
   BufferPool pool;
   const std::string report(1'000, 'r');

@@ -134,5 +134,27 @@ TEST_F(OutputLimitTest, LargestFailsWhenAllTogetherHoldTooMuch) {
   EXPECT_EQ(server->ActiveCount(), 1U);
 }
 
+class DrainTest : public ConnectionTest {
+ protected:
+  DrainTest() : ConnectionTest({.drain = kDrain}) {}
+
+  static constexpr auto kDrain = 500ms;
+};
+
+TEST_F(DrainTest, ClosedConnectionWhosePeerReadsSlowlyGetsAll) {
+  const os::SocketHandle slow = ConnectSilent();
+  std::size_t left = 20 * OutputQueue::kLarge;
+  server->Active(1)->SendMessage(1, std::string(left - kFrameHeaderBytes, 'x'));
+  server->Active(1)->Close();
+  std::vector<char> buffer(100'000);
+  EXPECT_TRUE(PumpUntil([&] {
+    for (int i = 0; i < 10; ++i)
+      left -= os::Receive(slow, buffer).bytes;
+    PumpFor(kDrain / 5);
+    return left == 0;
+  }));
+  os::CloseSocket(slow);
+}
+
 }  // namespace
 }  // namespace corvane

@@ -84,6 +84,28 @@ TEST_F(GiveWayTest, SessionThatWalksHearsOfItsOwnEndAfterwards) {
   EXPECT_THAT(server->log[3], testing::HasSubstr("error"));
 }
 
+TEST_F(GiveWayTest, QtGetsItsTurnWhileManyEndAtOnce) {
+  constexpr std::size_t kMany = 8;
+  while (server->ActiveCount() < kMany)
+    rush.push_back(ConnectSilent());
+  int turns = 0;
+  QTimer everyTurn;
+  QObject::connect(&everyTurn, &QTimer::timeout, [&] { ++turns; });
+  std::vector<int> turnsAtEnds;
+  for (std::size_t i = 0; i < kMany; ++i) {
+    server->Active(i)->whenEnded = [&] {
+      turnsAtEnds.push_back(turns);
+      std::this_thread::sleep_for(5ms);
+    };
+  }
+  first->Abort();
+  second->Abort();
+  std::ranges::for_each(std::exchange(rush, {}), os::CloseSocket);
+  everyTurn.start(0);
+  EXPECT_TRUE(PumpUntil([&] { return turnsAtEnds.size() == kMany; }));
+  EXPECT_GE(turnsAtEnds.back() - turnsAtEnds.front(), static_cast<int>(kMany) / 2);
+}
+
 TEST(WatchList, ReadinessOfASocketThatIsGoneFindsNobody) {
   PollLoop loop([] {});
   const auto socket = std::make_shared<TCPSocket>(loop);

@@ -33,11 +33,14 @@ class RecordingSocket : public EasyTCPSocket {
 
   // Runs inside ReceivedMessage, behind the note.
   std::function<void(std::int32_t, std::string_view)> whenReceived;
+  // Runs inside Error, behind the note.
+  std::function<void()> whenEnded;
 
  protected:
   void Connected() override { Note("connected"); }
   void Error(std::int32_t code) override {
     Note("error " + std::to_string(code));
+    if (whenEnded) whenEnded();
     Close();
   }
   void ReceivedMessage(std::int32_t command, std::string_view data) override {
@@ -71,8 +74,10 @@ class RecordingServer : public ServerSocket {
   int made = 0;
   int asked = 0;
   bool givesNothing = false;
+  bool refuses = false;
 
  protected:
+  bool Event_Accepted(const os::Endpoint& /*peer*/) override { return !refuses; }
   std::shared_ptr<TCPSocket> Event_AddSocket() override {
     ++asked;
     if (givesNothing) return nullptr;
@@ -108,10 +113,11 @@ class NetTest : public testing::Test {
 
   // So many connect before the first is accepted, and are closed with the test.
   void Rush(std::size_t count, const std::function<void()>& beforeTheyConnect = {}) {
-    rush.resize(count);
-    std::ranges::generate(rush, [] { return os::OpenSocket().handle; });
+    std::vector<os::SocketHandle> peers(count);
+    std::ranges::generate(peers, [] { return os::OpenSocket().handle; });
+    rush.insert(rush.end(), peers.begin(), peers.end());
     if (beforeTheyConnect) beforeTheyConnect();
-    for (const os::SocketHandle peer : rush)
+    for (const os::SocketHandle peer : peers)
       EXPECT_EQ(os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())}), 0);
   }
   void TearDown() override { std::ranges::for_each(rush, os::CloseSocket); }

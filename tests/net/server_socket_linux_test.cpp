@@ -30,17 +30,23 @@ class DescriptorLimitTest : public NetTest {
     NetTest::TearDown();
   }
 
-  // So many connect to a process that may open so many descriptors more, for long enough that it
-  // tries several times; how many are served.
-  std::size_t ServedOf(std::size_t count, rlim_t left) {
-    const std::size_t served = server->ActiveCount();
+  // So many connect to a process that may open so many descriptors more, until it says that it has
+  // none.
+  void Exhaust(std::size_t count, rlim_t left) {
+    const std::size_t errors = server->errors.size();
     Rush(count, [this, left] {
       const int next = fcntl(0, F_DUPFD, 0);
       close(next);
-      const rlimit limit = {static_cast<rlim_t>(next) + left, before.rlim_max};
-      setrlimit(RLIMIT_NOFILE, &limit);
+      limit = static_cast<rlim_t>(next) + left;
+      const rlimit lower = {limit, before.rlim_max};
+      setrlimit(RLIMIT_NOFILE, &lower);
     });
-    EXPECT_TRUE(PumpUntil([this] { return !server->errors.empty(); }));
+    EXPECT_TRUE(PumpUntil([&] { return server->errors.size() > errors; }));
+  }
+  // The same for long enough that it tries several times; how many are served.
+  std::size_t ServedOf(std::size_t count, rlim_t left) {
+    const std::size_t served = server->ActiveCount();
+    Exhaust(count, left);
     PumpFor(std::chrono::milliseconds(2'500));
     const std::size_t more = server->ActiveCount() - served;
     setrlimit(RLIMIT_NOFILE, &before);  // the sanitizers' own checks need descriptors
@@ -48,6 +54,7 @@ class DescriptorLimitTest : public NetTest {
   }
 
   rlimit before = {};
+  rlim_t limit = 0;
 };
 
 TEST_F(DescriptorLimitTest, AcceptingPausesAndResumesByItself) {
@@ -55,6 +62,13 @@ TEST_F(DescriptorLimitTest, AcceptingPausesAndResumesByItself) {
   EXPECT_EQ(ServedOf(2, 0), 0U);
   EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 2; }));
   EXPECT_THAT(server->errors, ElementsAre(EMFILE));
+
+  Exhaust(1, 0);
+  setrlimit(RLIMIT_NOFILE, &before);
+  PumpFor(std::chrono::milliseconds(300));
+  EXPECT_EQ(server->ActiveCount(), 2U) << "tried again without a pause";
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 3; }));
+  EXPECT_THAT(server->errors, ElementsAre(EMFILE, EMFILE));
 }
 
 TEST_F(DescriptorLimitTest, SomeAreLeftForTheRestOfTheProgram) {
@@ -81,6 +95,9 @@ TEST_F(NetTest, AcceptedConnectionHasTheListenersOptions) {
   EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
   EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE), 60);
   EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 180'000);
+  // A program that is started by this one must not keep the port.
+  for (const os::SocketHandle handle : {server->Handle(), server->Active(0)->Handle()})
+    EXPECT_EQ(fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
 }
 
 }  // namespace

@@ -60,6 +60,9 @@ TEST_F(ServerSocketTest, BudgetClosesTheEleventhUntilAPlaceIsGivenBack) {
   clients[4]->Close();
   EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 9; }));
   EXPECT_EQ(snapshot->size(), 10U) << "a walk keeps what it started with";
+  server->refuses = true;
+  EXPECT_FALSE(ServesOneMore());
+  server->refuses = false;
   EXPECT_TRUE(ServesOneMore());
   EXPECT_FALSE(ServesOneMore());
 }

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <QElapsedTimer>
@@ -302,6 +303,21 @@ TEST(Rules, AddressesAreNotRememberedWithoutBound) {
   EXPECT_EQ(addresses.Size(), 10'000U);
   EXPECT_EQ(addresses.PasswordDelay("0"), 0s);
   EXPECT_EQ(addresses.PasswordDelay("1"), 1s);
+  for (int i = 0; i < 10; ++i)
+    addresses.NoteWrongPassword("1");
+  EXPECT_EQ(addresses.PasswordDelay("1"), 30s) << "the longest";
+}
+
+TEST(Rules, WrongPasswordsOfAnEarlierPeriodCountNoMore) {
+  TestServer server(0, HardenedInAHurry());
+  AddressTable& addresses = server.listener->Addresses();
+  const auto period = server.listener->RulesInForce().period;
+  for (const auto& [wrong, pause] : {std::pair{3, period * 7 / 10}, {1, period / 2}, {1, 0ms}}) {
+    for (int i = 0; i < wrong; ++i)
+      addresses.NoteWrongPassword(kHome);
+    PumpFor(pause);
+  }
+  EXPECT_EQ(addresses.PasswordDelay(kHome), 0s);
 }
 
 TEST(Rules, SettingsChooseThem) {
