@@ -9,7 +9,9 @@ namespace corvane {
 namespace {
 
 constexpr rlim_t kMostDescriptors = 128 * 1024;  // a megabyte of the kernel's memory
+// What is kept back for the rest of the program, and at most which part of a low limit.
 constexpr rlim_t kSpareDescriptors = 32;
+constexpr rlim_t kSpareShare = 4;
 
 // The kernel's table of descriptors doubles as it fills. In a process with threads each time takes
 // some ten milliseconds, in which nothing would be relayed; now it takes none.
@@ -31,12 +33,13 @@ void RaiseDescriptorLimit() {
 bool HasSpareDescriptors(os::SocketHandle last) {
   rlimit limit = {};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return true;
+  const rlim_t spare = std::min(kSpareDescriptors, limit.rlim_cur / kSpareShare);
   // The system gives out the lowest number that is free, so mostly the last one tells enough.
-  if (static_cast<rlim_t>(last + 1) + 2 * kSpareDescriptors < limit.rlim_cur) return true;
+  if (static_cast<rlim_t>(last + 1) + 2 * spare < limit.rlim_cur) return true;
   const int next = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
   if (next < 0) return false;
   close(next);
-  return static_cast<rlim_t>(next) + kSpareDescriptors < limit.rlim_cur;
+  return static_cast<rlim_t>(next) + spare < limit.rlim_cur;
 }
 
 }  // namespace corvane
