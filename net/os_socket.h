@@ -37,7 +37,7 @@ struct Opened {
 };
 
 // A socket that sends at once what is written (no Nagle delay) and notices a peer that is gone
-// without a word within about three minutes. Those that it accepts are the same.
+// without a word within three minutes at most. Those that it accepts are the same.
 Opened OpenSocket();
 void CloseSocket(SocketHandle handle);
 

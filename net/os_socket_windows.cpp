@@ -50,12 +50,12 @@ void SetConnectionOptions(SOCKET socket) {
   ioctlsocket(socket, FIONBIO, &on);
   SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
   // A minute of silence, then the system's ten probes, twelve seconds apart; data that is not
-  // acknowledged in the same three minutes ends the connection too.
-  tcp_keepalive keepAlive = {1, 60'000, 12'000};
+  // acknowledged in the same 90 s ends the connection too.
+  tcp_keepalive keepAlive = {1, 60'000, 3'000};
   DWORD unused = 0;
   WSAIoctl(socket, SIO_KEEPALIVE_VALS, &keepAlive, sizeof keepAlive, nullptr, 0, &unused, nullptr,
            nullptr);
-  SetOption(socket, IPPROTO_TCP, kMaximumRetransmission, 180);
+  SetOption(socket, IPPROTO_TCP, kMaximumRetransmission, 90);
 }
 
 Transfer TransferOf(int count) {

@@ -99,7 +99,7 @@ TEST_F(NetTest, AcceptedConnectionHasTheListenersOptions) {
   EXPECT_EQ(option(IPPROTO_TCP, TCP_NODELAY), 1);
   EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
   EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE), 60);
-  EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 180'000);
+  EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 90'000);
   // A program that is started by this one must not keep the port.
   for (const os::SocketHandle handle : {server->Handle(), server->Active(0)->Handle()})
     EXPECT_EQ(fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
