@@ -15,11 +15,17 @@ void ConnectionMemory::BoundOutput() {
   if (output.InUse() > bounds.output) FailLargest(&TCPSocket::BytesLeftToSend);
 }
 
-void ConnectionMemory::FailLargest(std::size_t (TCPSocket::*held)() const) {
+bool ConnectionMemory::MakeRoomForOutput(std::size_t bytes) {
+  return output.InUse() + bytes <= bounds.output || FailLargest(&TCPSocket::BytesLeftToSend, bytes);
+}
+
+bool ConnectionMemory::FailLargest(std::size_t (TCPSocket::*held)() const, std::size_t least) {
   const auto connections = myWatched.Connections();
   const auto largest = std::ranges::max_element(
       connections, {}, [held](const auto& connection) { return (*connection.*held)(); });
-  if (largest != connections.end()) (*largest)->FailForMemory();
+  if (largest == connections.end() || (**largest.*held)() < least) return false;
+  (*largest)->FailForMemory();
+  return true;
 }
 
 }  // namespace corvane

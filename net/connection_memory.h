@@ -35,11 +35,13 @@ class ConnectionMemory {
   // where all together are over the bound.
   void BoundInput();
   void BoundOutput();
-  // Whether one message of so many bytes fits into what all together may hold.
-  bool HasRoomForOutput(std::size_t bytes) const { return output.InUse() + bytes <= bounds.output; }
+  // Whether one message of so many bytes may be written. Where all together would hold too much,
+  // the connection that holds most fails in its favour, unless it holds less than that.
+  bool MakeRoomForOutput(std::size_t bytes);
 
  private:
-  void FailLargest(std::size_t (TCPSocket::*held)() const);
+  // Whether there is a connection that holds so much.
+  bool FailLargest(std::size_t (TCPSocket::*held)() const, std::size_t least = 1);
 
   const WatchList& myWatched;
 };

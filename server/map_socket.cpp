@@ -106,7 +106,7 @@ void MapSocket::CallUserLoggedOut(ClientSocket& client) {
 void MapSocket::BroadcastPosition(ClientSocket& sender) {
   if (sender.myNetwork == nullptr) return;
   const std::string packet = CreatePacket(wire::kMember, wire::PositionRecord(sender));
-  if (!myLoop.Memory().HasRoomForOutput(packet.size())) return sender.FailForMemory();
+  if (!myLoop.Memory().MakeRoomForOutput(packet.size())) return sender.FailForMemory();
   if (!myRoster.HasGathered()) {
     myLoop.CallBeforeFlush(weak_from_this(), [this] { myRoster.Deliver(); });
   }

@@ -6,6 +6,7 @@
 #include <exception>
 #include <functional>
 #include <memory>
+#include <new>
 #include <string>
 #include <thread>
 #include <utility>
@@ -75,11 +76,13 @@ class RecordingServer : public ServerSocket {
   int asked = 0;
   bool givesNothing = false;
   bool refuses = false;
+  bool hasNoMemory = false;
 
  protected:
   bool Event_Accepted(const os::Endpoint& /*peer*/) override { return !refuses; }
   std::shared_ptr<TCPSocket> Event_AddSocket() override {
     ++asked;
+    if (hasNoMemory) throw std::bad_alloc();
     if (givesNothing) return nullptr;
     return std::make_shared<RecordingSocket>(myLoop, log, ++made);
   }
@@ -105,8 +108,7 @@ class NetTest : public testing::Test {
   // The same for a peer that reads only when it is told to.
   os::SocketHandle ConnectSilent() {
     const std::size_t before = server->ActiveCount();
-    const os::SocketHandle peer = os::OpenSocket().handle;
-    os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(server->Port())});
+    const os::SocketHandle peer = SilentPeer(server->Port());
     PumpUntil([&] { return server->ActiveCount() > before; });
     return peer;
   }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <utility>
@@ -163,6 +164,44 @@ TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
   Report(*session, 1);
   server.SessionOf("Bob")->Close();
   EXPECT_EQ(bob->Receive(), Position("Ann", 1));
+}
+
+// Members whose peers read only when the test has them do so, and one who reports to them.
+class PileUpTest : public testing::Test {
+ protected:
+  explicit PileUpTest(const ConnectionMemory::Limits& limits)
+      : server(0, Rules::Classic(), limits) {}
+  ~PileUpTest() override { std::ranges::for_each(peers, os::CloseSocket); }
+
+  void LogInPeer(const std::string& name) {
+    peers.push_back(SilentPeer(server.Port()));
+    PumpUntil([this] { return server.ActiveCount() == peers.size(); });
+    os::Send(peers.back(),
+             WireBytes(1, "A") + WireBytes(2, PasswordDigest("secret")) + WireBytes(3, name));
+    EXPECT_TRUE(PumpUntil([&] { return server.SessionOf(name) != nullptr; }));
+  }
+
+  TestServer server;
+  NetworkRef a = server.AddNetwork("A");
+  std::vector<os::SocketHandle> peers;
+};
+
+class FullMemoryTest : public PileUpTest {
+ protected:
+  FullMemoryTest() : PileUpTest({.output = kBound}) {}
+  static constexpr std::size_t kBound = 8'000'000;
+};
+
+TEST_F(FullMemoryTest, HoarderIsCutOffAndNotWhoReportsNext) {
+  LogInPeer("Hoarder");
+  LogInPeer("Ann");
+  const auto hoarder = server.SessionOf("Hoarder");
+  const auto ann = server.SessionOf("Ann");
+  hoarder->SendMessage(998, std::string(kBound - kFrameHeaderBytes - sizeof(Block) - 16, 'x'));
+  ASSERT_TRUE(hoarder->IsConnected());
+  server.listener->BroadcastPosition(*ann);
+  EXPECT_TRUE(ann->IsConnected());
+  EXPECT_FALSE(hoarder->IsConnected());
 }
 
 }  // namespace

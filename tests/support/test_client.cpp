@@ -42,6 +42,12 @@ void PumpFor(std::chrono::milliseconds duration) {
   PumpUntil([&] { return end.hasExpired(); });
 }
 
+os::SocketHandle SilentPeer(std::int32_t port) {
+  const os::SocketHandle peer = os::OpenSocket().handle;
+  os::Connect(peer, {"127.0.0.1", static_cast<std::uint16_t>(port)});
+  return peer;
+}
+
 std::ostream& operator<<(std::ostream& stream, const WireMessage& message) {
   return stream << message.command << " \"" << message.payload << '"';
 }

@@ -11,6 +11,8 @@
 
 #include <QTcpSocket>
 
+#include "net/os_socket.h"
+
 namespace corvane {
 
 // Runs Qt's loop until the condition holds, for ten seconds at most; whether it does.
@@ -33,6 +35,9 @@ std::string WireBytes(std::int32_t command, std::string_view payload);
 
 // The 16 bytes that a client sends for a password.
 std::string PasswordDigest(std::string_view password);
+
+// A peer that is connected to the port and reads nothing; to be closed.
+os::SocketHandle SilentPeer(std::int32_t port);
 
 // A client of the server, on the framework's own sockets. Runs Qt's loop while it waits.
 class TestClient {

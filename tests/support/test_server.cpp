@@ -25,8 +25,9 @@ Rules HardenedInAHurry() {
   return rules;
 }
 
-TestServer::TestServer(std::int32_t port, const Rules& rules)
-    : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }) {
+TestServer::TestServer(std::int32_t port, const Rules& rules,
+                       const ConnectionMemory::Limits& limits)
+    : loop([this] { uncaught.push_back(ClassNameOf(std::current_exception())); }, limits) {
   const QString file = folder.filePath(kDatabase);
   MakeDatabase(file);
   if (!database.Connect(file)) std::abort();

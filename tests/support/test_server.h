@@ -25,7 +25,8 @@ Rules HardenedInAHurry();
 // the installer's script.
 class TestServer {
  public:
-  explicit TestServer(std::int32_t port = 0, const Rules& rules = Rules::Classic());
+  explicit TestServer(std::int32_t port = 0, const Rules& rules = Rules::Classic(),
+                      const ConnectionMemory::Limits& limits = {});
   ~TestServer();
   TestServer(const TestServer&) = delete;
   TestServer& operator=(const TestServer&) = delete;
