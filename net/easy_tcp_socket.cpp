@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <new>
 #include <utility>
 
 #include "framework/exceptions.h"
@@ -125,7 +126,11 @@ void EasyTCPSocket::EndDelay() {
 
 void EasyTCPSocket::_Poll() {
   const ScopedFlag handler = BeginHandler();
-  FireEvents();
+  try {
+    FireEvents();
+  } catch (const std::bad_alloc&) {
+    RunOutOfMemory();
+  }
 }
 
 void EasyTCPSocket::FireEvents() {

@@ -172,6 +172,12 @@ void ServerSocket::HandOff(const os::Accepted& accepted) {
   socket->EventPass();
 }
 
+void ServerSocket::RunOutOfMemory() {
+  ClearPending(kFill);
+  myIsStarved = true;
+  PauseAccepting(os::kNoBuffers);
+}
+
 void ServerSocket::PauseAccepting(int error) {
   myIsPaused = true;
   myLoop.CallLater(kPause, shared_from_this(), [this] {

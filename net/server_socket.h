@@ -67,6 +67,7 @@ class ServerSocket : public SocketCore {
   void Advance() override;
   void FillStep() override;
   void RaiseError() override {}
+  void RunOutOfMemory() override;
 
  private:
   friend class TCPSocket;
@@ -91,7 +92,7 @@ class ServerSocket : public SocketCore {
   os::SocketHandle myLastAccepted = os::kNoSocket;
   bool myIsListening = false;
   bool myIsStarved = false;    // AddSocket gave nothing when it was needed
-  bool myIsPaused = false;     // out of descriptors
+  bool myIsPaused = false;     // out of descriptors or memory
   bool myIsExhausted = false;  // the same, reported already
 };
 

@@ -1,6 +1,7 @@
 #include "net/socket_core.h"
 
 #include <limits>
+#include <new>
 #include <string>
 
 #include "net/poll_loop.h"
@@ -13,7 +14,7 @@ SocketCore::~SocketCore() {
 
 void SocketCore::EventPass() {
   const ScopedFlag handler = BeginHandler();
-  {
+  try {
     const ScopedFlag inPass(myIsInPass);
     Advance();
     if (Take(kConnected)) RaiseConnected();
@@ -22,6 +23,8 @@ void SocketCore::EventPass() {
     if (IsPending(kFill)) FillStep();
     if (Take(kSendProgress)) RaiseSendProgress();
     if (Take(kError)) RaiseError();
+  } catch (const std::bad_alloc&) {
+    RunOutOfMemory();
   }
   if (myPending != 0) myLoop.RequestPass(*this);
 }

@@ -57,6 +57,8 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   virtual void FillStep() {}
   virtual void RaiseSendProgress() {}
   virtual void RaiseError() = 0;
+  // A handler did not get the memory that it needed.
+  virtual void RunOutOfMemory() = 0;
 
   // Closes it without an event, when the loop ends.
   virtual void Finish() { CloseDescriptor(); }

@@ -172,6 +172,11 @@ void TCPSocket::RaiseError() {
   if (isOver && !IsPending(kError)) Close();
 }
 
+void TCPSocket::RunOutOfMemory() {
+  if (myState == State::Ended || myState == State::Failed) return Close();
+  if (myState != State::Closed) FailForMemory();
+}
+
 void TCPSocket::Close() {
   // The last reference may be the listener's, or the loop's.
   const std::shared_ptr<SocketCore> keep = weak_from_this().lock();

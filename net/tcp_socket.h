@@ -119,6 +119,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void RaiseSendComplete() override { Event_SendComplete(); }
   void RaiseSendProgress() override;
   void RaiseError() override;
+  // Ends this connection, and not the program.
+  void RunOutOfMemory() override;
   // Ends the sending side and closes.
   void Finish() final;
 

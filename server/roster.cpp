@@ -1,6 +1,7 @@
 #include "server/roster.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "server/client_socket.h"
@@ -20,6 +21,14 @@ auto PlaceOf(const ClientSocket& session, Outbox::Members& members) {
 }
 
 }  // namespace
+
+Roster::Change::~Change() {
+  try {
+    myRoster.Enter(mySession);
+  } catch (const std::bad_alloc&) {
+    mySession.FailForMemory();
+  }
+}
 
 void Roster::Enter(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;

@@ -38,7 +38,7 @@ class Roster {
     Change(Roster& roster, ClientSocket& session) : myRoster(roster), mySession(session) {
       myRoster.Leave(mySession);
     }
-    ~Change() { myRoster.Enter(mySession); }
+    ~Change();
     Change(const Change&) = delete;
     Change& operator=(const Change&) = delete;
 

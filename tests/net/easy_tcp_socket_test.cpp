@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <new>
 #include <thread>
 #include <vector>
 
@@ -230,6 +231,30 @@ TEST_F(EasyTCPSocketTest, AnswersReachAPeerThatIsClosedRightAfter) {
   EXPECT_EQ(client->Receive(), (WireMessage{9, "last words"}));
   EXPECT_TRUE(client->WasClosedByServer());
   EXPECT_EQ(server->log.size(), 1U);
+}
+
+TEST_F(EasyTCPSocketTest, HandlerWithoutMemoryEndsItsConnectionOnly) {
+  const auto outOfMemory = [](auto&&...) { throw std::bad_alloc(); };
+  const auto second = Connect();
+  const auto ends = server->Active(1);
+  server->log.clear();
+  socket->whenReceived = outOfMemory;
+  ends->whenEnded = outOfMemory;
+  client->Send(1, "");
+  second->Abort();
+  EXPECT_TRUE(client->WasClosedByServer());
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 0; }));
+  EXPECT_THAT(server->log, testing::UnorderedElementsAre(
+                               Name() + " 1 ", Name() + " error " + std::to_string(kNoBuffers),
+                               testing::HasSubstr(" error ")));
+
+  server->hasNoMemory = true;
+  server->Listen();
+  EXPECT_TRUE(PumpUntil([this] { return !server->errors.empty(); }));
+  server->hasNoMemory = false;
+  const auto third = Connect();
+  EXPECT_EQ(server->ActiveCount(), 1U);
+  EXPECT_THAT(server->errors, ElementsAre(kNoBuffers));
 }
 
 TEST_F(EasyTCPSocketTest, RawReadingAndWritingIsRefused) {
