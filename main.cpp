@@ -27,6 +27,7 @@
 #include "framework/status_line.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
+#include "server/setting.h"
 #include "updater/version.h"
 
 using namespace corvane;
@@ -97,9 +98,13 @@ int main(int argc, char** argv) {
                                  if (commands) commands->ReloadForSignal();
                                });
   if (!app.Open()) return 1;
+  log.WriteAudit("Started, version " + RunningVersion().FullVersion());
+  for (const std::string& fault : FaultsOf(app.Settings())) {
+    WriteErrorLine(fault);
+    log.Write(fault);
+  }
   const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
   WriteErrorLine(rules);
-  log.WriteAudit("Started, version " + RunningVersion().FullVersion());
   log.WriteAudit(rules);
 
   // The listener inside the window goes before the application object.

@@ -21,11 +21,11 @@
 #include "console/wnd_view_admins.h"
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
-#include "framework/numbers.h"
 #include "framework/standard_error.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
+#include "server/setting.h"
 #include "updater/installer.h"
 #include "updater/updater_window.h"
 
@@ -114,7 +114,7 @@ wndMain::~wndMain() {
 }
 
 void wndMain::Open() {
-  if (Int32FromText(myApp.Settings().GetValue("StartHidden", "0")) == 0) {
+  if (!IsOn(myApp.Settings().GetValue("StartHidden", "0"))) {
     show();
   } else if (!myHasTray()) {
     showMinimized();

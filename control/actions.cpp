@@ -10,7 +10,6 @@
 
 #include "control/answers.h"
 #include "control/lookup.h"
-#include "framework/numbers.h"
 #include "framework/service_manager.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
@@ -18,6 +17,7 @@
 #include "server/client_socket.h"
 #include "server/map_socket.h"
 #include "server/operator.h"
+#include "server/setting.h"
 
 namespace corvane {
 namespace {
@@ -188,17 +188,14 @@ QByteArray Actions::Message(const Request& request) {
 QByteArray Actions::Set(const Request& request) {
   const std::string name = request.Text("name");
   const std::string value = request.OptionalText("value").value_or("");
-  std::string known;
-  bool isKnown = request.Flag("force");
-  for (const auto& [other, otherValue] : myApp.Settings().Values()) {
-    isKnown = isKnown || SameText(other, name);
-    known += (known.empty() ? "" : ", ") + other;
+  const Setting* const setting = FindSetting(name);
+  if (setting == nullptr && !request.Flag("force")) {
+    std::string known;
+    for (const Setting& other : KnownSettings())
+      known.append(known.empty() ? "" : ", ").append(other.name);
+    throw Refused("no setting is called " + name + "; expected is one of: " + known);
   }
-  if (!isKnown) throw Refused("no setting is called " + name + "; expected is one of: " + known);
-  const bool isPort = SameText(name, "AttachedPort");
-  if (isPort && (!IsNumeric(value) || NumberFromText(value) < 0 || NumberFromText(value) > 65535)) {
-    throw Refused("expected is a port from 0 to 65535, not " + value);
-  }
+  if (setting != nullptr && !setting->takes(value)) throw Refused(setting->Refusal(value));
   myActions.ChangeSetting(name, value);
   return DoneLine("Set, for the next start.");
 }

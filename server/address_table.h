@@ -71,7 +71,7 @@ class AddressTable {
   };
 
   bool IsTrusted(const std::string& address) const {
-    return myRules.trustedAddresses.contains(address);
+    return myRules.trustedAddresses.Contains(address);
   }
   bool IsCounted(const std::string& address) const {
     return myRules.mostConnections.has_value() && !IsTrusted(address);

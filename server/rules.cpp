@@ -1,29 +1,11 @@
 #include "server/rules.h"
 
-#include "framework/numbers.h"
+#include "server/setting.h"
 #include "storage/app_settings.h"
 
 namespace corvane {
 
 using namespace std::chrono_literals;
-
-namespace {
-
-// Between them stand blanks, commas or both.
-std::set<std::string, std::less<>> AddressesIn(std::string_view text) {
-  constexpr std::string_view kSeparators = " ,;\t\r\n";
-  std::set<std::string, std::less<>> addresses;
-  for (auto begin = text.find_first_not_of(kSeparators); begin != std::string_view::npos;
-       begin = text.find_first_not_of(kSeparators)) {
-    text.remove_prefix(begin);
-    const std::string_view address = text.substr(0, text.find_first_of(kSeparators));
-    addresses.emplace(address);
-    text.remove_prefix(address.size());
-  }
-  return addresses;
-}
-
-}  // namespace
 
 Rules Rules::Classic() {
   return {};
@@ -51,9 +33,9 @@ Rules Rules::Hardened() {
 }
 
 Rules Rules::FromSettings(AppSettings& settings) {
-  const bool isHardened = Int32FromText(settings.GetValue("Hardened", "0")) != 0;
+  const bool isHardened = IsOn(settings.GetValue("Hardened", "0"));
   Rules rules = isHardened ? Hardened() : Classic();
-  rules.trustedAddresses = AddressesIn(settings.GetValue("TrustedAddresses", ""));
+  rules.trustedAddresses = AddressRanges(settings.GetValue("TrustedAddresses", ""));
   return rules;
 }
 

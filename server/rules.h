@@ -5,10 +5,9 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <set>
-#include <string>
 #include <string_view>
 
+#include "framework/address_ranges.h"
 #include "storage/statement_values.h"
 
 namespace corvane {
@@ -80,8 +79,8 @@ struct Rules {
   std::optional<LineRate> statusLines;
   // In which wrong passwords count, and refused connections and lines left out are told together.
   std::chrono::milliseconds period{60'000};
-  // Dotted. These are not counted and not delayed.
-  std::set<std::string, std::less<>> trustedAddresses;
+  // These are not counted and not delayed.
+  AddressRanges trustedAddresses;
 };
 
 }  // namespace corvane

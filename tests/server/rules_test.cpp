@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <memory>
+#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -11,6 +12,7 @@
 
 #include "framework/exceptions.h"
 #include "net/os_socket.h"
+#include "server/setting.h"
 #include "storage/admins_table.h"
 #include "storage/app_settings.h"
 #include "tests/support/test_server.h"
@@ -287,7 +289,7 @@ TEST(Rules, ColumnsDifferInEachRow) {
 
 TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   Rules rules = HardenedInAHurry();
-  rules.trustedAddresses = {kHome};
+  rules.trustedAddresses = AddressRanges("127.0.0.0/28");
   TestServer server(0, rules);
   server.AddNetwork("A", "secret", 100);
   EXPECT_EQ(ManyWhoDoNotLogIn(server), "11 stay ");
@@ -321,13 +323,43 @@ TEST(Rules, WrongPasswordsOfAnEarlierPeriodCountNoMore) {
 }
 
 TEST(Rules, SettingsChooseThem) {
+  const struct {
+    std::string name;
+    std::vector<std::string> taken;
+    std::vector<std::string> refused;
+  } cases[] = {
+      {"Hardened", {" off", "0", "No", "FALSE", "", "1", "yes", "True", "on "}, {"maybe", "2", "00"}},
+      {"StartHidden", {"yes", "0"}, {"2"}},
+      {"attachednic", {"", "none", "52:54:00:12:34:aF"}, {"eth0", "52:54:00:12:34:a", "192.0.2.17"}},
+      {"AttachedPort", {"0", "65535"}, {"65536", "-1", "12.5", "1x", ""}},
+      {"MaxConns", {"2", "9999"}, {"1", "10000"}},
+      {"TrustedAddresses",
+       {"", "0.0.0.0/0", " 10.0.0.1,10.0.0.2\t10.0.0.0/8;255.255.255.255/32, "},
+       {"1.2.3", "1.2.3.4.5", "10.0.0.1/8", "10.0.0.0/33", "10.0.0.0/", "010.0.0.1", "256.0.0.1"}},
+      {"LocatorAddress", {"", "http://x", "https://x:81/y"}, {"ftp://x", "x", "http://"}},
+      {"LocationDatabase", {"", "x.mmdb"}, {}},
+      {"Hardend", {}, {"1"}},
+  };
+  const std::set<std::string> on = {"1", "yes", "True", "on "};
+  for (const auto& row : cases) {
+    for (const bool isTaken : {true, false}) {
+      for (const std::string& value : isTaken ? row.taken : row.refused) {
+        AppSettings settings(std::nullopt);
+        settings.SetValue(row.name, value);
+        EXPECT_EQ(FaultsOf(settings).empty(), isTaken) << row.name << "=" << value;
+        const bool isHardened = row.name == "Hardened" && (!isTaken || on.contains(value));
+        EXPECT_EQ(Rules::FromSettings(settings).name, isHardened ? "hardened" : "classic") << value;
+      }
+    }
+  }
   AppSettings settings(std::nullopt);
-  settings.SetValue("TrustedAddresses", " 10.0.0.1,10.0.0.2\t10.0.0.3, ");
-  EXPECT_EQ(Rules::FromSettings(settings).name, "classic");
-  settings.SetValue("Hardened", "1");
-  const Rules rules = Rules::FromSettings(settings);
-  EXPECT_EQ(rules.name, "hardened");
-  EXPECT_THAT(rules.trustedAddresses, ElementsAre("10.0.0.1", "10.0.0.2", "10.0.0.3"));
+  settings.SetValue("TrustedAddresses", "10.1.2.3, 10.2.0.0/16 1.2.3");
+  EXPECT_THAT(FaultsOf(settings), ElementsAre(testing::HasSubstr("not \"10.1.2.3, 10.2.0.0/16 1.2.3\"")));
+  const AddressRanges trusted = Rules::FromSettings(settings).trustedAddresses;
+  for (const char* address : {"10.1.2.3", "10.2.0.0", "10.2.255.255"})
+    EXPECT_TRUE(trusted.Contains(address)) << address;
+  for (const char* address : {"10.1.2.4", "10.1.255.255", "10.3.0.0", "1.2.3", ""})
+    EXPECT_FALSE(trusted.Contains(address)) << address;
 }
 
 }  // namespace
