@@ -20,6 +20,8 @@ namespace corvane::viewer {
 namespace {
 
 constexpr int kTileSide = 256;
+// In pixels: a row of tiles takes 128 MiB then.
+constexpr int kMostWidth = 1 << 17;
 // A little larger on the disk than the best, in a third of the time.
 constexpr int kQuality = 90;
 
@@ -153,9 +155,13 @@ QString TileFolderOf(const QString& image, const QString& cache) {
 
 QString CutPicture(const QString& image, const QString& folder, const std::atomic<bool>& stops,
                    const std::function<void(int percent)>& progress) {
+  // Opening a pipe would wait until somebody writes into it.
+  if (!QFileInfo(image).isFile()) return CutterTexts::tr("there is no such file");
   QString error;
   const std::unique_ptr<PictureRows> rows = PictureRows::Open(image, error);
   if (!rows) return error;
+  if (rows->Size().width() > kMostWidth)
+    return CutterTexts::tr("it is wider than %1 pixels").arg(kMostWidth);
   // Made beside its place and moved there when it is complete.
   QDir().mkpath(QFileInfo(folder).path());
   QTemporaryDir unfinished(folder + QStringLiteral("-XXXXXX"));

@@ -26,8 +26,8 @@ class QtRows : public PictureRows {
   QSize Size() const override { return mySize; }
 
   QImage Next(int multiple) override {
-    constexpr int kLargeStrip = 4;
-    const int count = std::min(multiple * kLargeStrip, mySize.height() - myNextRow);
+    const int times = myReadsInPart ? 4 : 1;
+    const int count = std::min(multiple * times, mySize.height() - myNextRow);
     const QRect strip(0, myNextRow, mySize.width(), count);
     myNextRow += count;
     if (!myReadsInPart) return myWhole.copy(strip);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <QFileInfo>
 #include <QImage>
 #include <QMetaObject>
 
@@ -27,8 +28,9 @@ const QPixmap* TileStore::Find(const TileId& id) {
   if (std::ranges::find(myAwaited, id) != myAwaited.end()) return nullptr;
   myAwaited.push_back(id);
   myReaders.start([this, id, file = myPyramid.FileOf(id)] {
-    QImage image(file);
-    if (!image.isNull())
+    QImage image;
+    // Opening a pipe would wait until somebody writes into it.
+    if (QFileInfo(file).isFile() && image.load(file))
       image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
                                               : QImage::Format_RGB32);
     QMetaObject::invokeMethod(

@@ -93,6 +93,9 @@ TEST(PictureCutter, LeavesNothingBehindWhereItFails) {
     out.close();
     EXPECT_NE(CutPicture(cut, cache + "/x", stops, [](int) {}), "") << length;
   }
+  const QString wide = folder.filePath("wide.png");
+  ASSERT_TRUE(QImage(131'073, 1, QImage::Format_Mono).save(wide));
+  EXPECT_EQ(CutPicture(wide, cache + "/x", stops, [](int) {}), "it is wider than 131072 pixels");
   EXPECT_NE(CutPicture(good, cache + "/x", stops, [&](int percent) { stops = percent > 20; }), "");
   EXPECT_TRUE(QDir(cache).isEmpty());
 }
