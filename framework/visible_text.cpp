@@ -184,6 +184,21 @@ std::string Escaped(std::string_view text) {
   return line;
 }
 
+std::string EscapedJson(std::string_view json) {
+  const Characters characters(DisplayText(json));
+  std::string result;
+  for (qsizetype at = 0; at < characters.Count(); ++at) {
+    if (!characters.Misleads(at)) {
+      AppendUtf8(result, characters.At(at));
+      continue;
+    }
+    const auto units = QChar::fromUcs4(characters.At(at));
+    for (const char16_t unit : units)
+      AppendHexadecimal(result, unit, 'u', 4);
+  }
+  return result;
+}
+
 QString VisibleText(std::string_view text, std::size_t maxLength) {
   if (text.empty()) return {};
   if (text.size() <= maxLength && IsPlain(text) && text.front() != ' ' && text.back() != ' ') {

@@ -20,6 +20,9 @@ std::string Escaped(std::string_view text);
 // Appends as much of the text to a line as leaves that at `most` bytes; whether that is all of it.
 bool AppendEscaped(std::string& line, std::string_view text, std::size_t most);
 
+// JSON whose strings decode to the same texts, with what misleads in them escaped as JSON does.
+std::string EscapedJson(std::string_view json);
+
 // A name or reason for a list: plain blanks that it begins or ends with are written out, too. Past
 // `maxLength` characters it is cut and ends in an ellipsis.
 QString VisibleText(std::string_view text, std::size_t maxLength = 1000);

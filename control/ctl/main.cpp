@@ -52,7 +52,7 @@ void AddPassword(CommandLine& line) {
 bool Show(const CommandLine& line, const QByteArray& received) {
   const QJsonObject answer = QJsonDocument::fromJson(received).object();
   if (line.json) {
-    PrintLine(received);
+    PrintJson(received);
   } else {
     Print(*line.command, answer);
   }

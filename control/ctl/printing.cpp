@@ -14,6 +14,15 @@ namespace {
 
 using Row = std::vector<QString>;
 
+// Longer than any of the server's lines: something else may answer.
+constexpr std::size_t kLongestLine = 8192;  // bytes
+
+std::string LineText(const QJsonValue& value) {
+  std::string line;
+  const bool isWhole = AppendEscaped(line, TextFromDisplay(value.toString()), kLongestLine);
+  return isWhole ? line : line + "...";
+}
+
 QString CellText(const QJsonValue& value) {
   if (value.isBool()) return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
   if (value.isDouble()) return QString::number(value.toInteger());
@@ -60,7 +69,11 @@ void PrintStatus(const QJsonObject& answer) {
 }
 
 void PrintError(const QString& text) {
-  std::fprintf(stderr, "corvanectl: %s\n", Escaped(TextFromDisplay(text)).c_str());
+  std::fprintf(stderr, "corvanectl: %s\n", LineText(text).c_str());
+}
+
+void PrintText(const QJsonValue& text) {
+  PrintLine(QByteArray::fromStdString(LineText(text)));
 }
 
 }  // namespace
@@ -68,6 +81,10 @@ void PrintError(const QString& text) {
 void PrintLine(const QByteArray& line) {
   std::printf("%s\n", line.constData());
   std::fflush(stdout);
+}
+
+void PrintJson(const QByteArray& received) {
+  PrintLine(QByteArray::fromStdString(EscapedJson(received.toStdString())));
 }
 
 void Print(const Command& command, const QJsonObject& answer) {
@@ -79,14 +96,14 @@ void Print(const Command& command, const QJsonObject& answer) {
     PrintRows(command.columns, answer["rows"].toArray());
     if (!answer["complete"].toBool()) PrintError("there are more than fit into an answer");
   } else if (answer.contains("line")) {
-    PrintLine(answer["line"].toString().toUtf8());
+    PrintText(answer["line"]);
   } else if (answer.contains("lines")) {
     for (const auto& line : answer["lines"].toArray())
-      PrintLine(line.toString().toUtf8());
+      PrintText(line);
   } else if (answer.contains("networks")) {
     PrintStatus(answer);
   } else {
-    PrintLine(CellText(answer["text"]).toUtf8());
+    PrintText(answer["text"]);
   }
 }
 

@@ -14,7 +14,8 @@ class ServerLink {
   // Whether there is a server of this user's that works in the folder.
   bool Open(const QString& dataFolder);
   void Send(const QByteArray& line);
-  // The next line; none when the server has gone, or says nothing for so long (ms; -1: ever).
+  // The next line; none when the server has gone, says nothing for so long (ms; -1: ever), or
+  // does not come to the line's end.
   std::optional<QByteArray> Receive(int patience);
 
  private:

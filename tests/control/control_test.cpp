@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
 #include <QTimer>
@@ -430,6 +431,33 @@ TEST_F(ControlTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {
   EXPECT_EQ(ControlServer().Take(other.path()), ControlServer::Claim::Made);
   EXPECT_EQ(Run({"quit"}).exitCode, 0);
   EXPECT_TRUE(PumpUntil([this] { return myApp.IsQuitting(); }));
+}
+
+TEST_F(ControlTest, WhateverAnswersCannotMisleadOrFloodTheTerminal) {
+  QTemporaryDir other;
+  QLocalServer impostor;
+  ASSERT_TRUE(impostor.listen(ControlName(other.path())));
+  QByteArray answer;
+  QObject::connect(&impostor, &QLocalServer::newConnection,
+                   [&] { impostor.nextPendingConnection()->write(answer + '\n'); });
+  const struct {
+    QStringList arguments;
+    QByteArray answer;
+    std::string shown;
+  } rows[] = {
+      {{"log"}, R"({"ok":true,"lines":["\u001b[2J\u202e"]})", "\\x1b[2J\\u202e\n"},
+      {{"log"},
+       R"({"ok":true,"line":")" + QByteArray(9000, 'x') + "\"}",
+       std::string(8192, 'x') + "...\n"},
+      {{"bans", "--json"},
+       "{\"ok\":true,\"rows\":[\"\x1B\xC2\x9B\u202E\u2028\U000E0041\u2764\uFE0F\"]}",
+       R"({"ok":true,"rows":["\u001b\u009b\u202e\u2028\udb40\udc41)"
+       "\u2764\uFE0F\"]}\n"},
+  };
+  for (const auto& row : rows) {
+    answer = row.answer;
+    EXPECT_EQ(Run(QStringList{"--data-folder", other.path()} + row.arguments).text, row.shown);
+  }
 }
 
 }  // namespace
