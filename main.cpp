@@ -1,9 +1,11 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include <QCommandLineParser>
 #include <QDir>
+#include <QFileInfo>
 #include <QSystemTrayIcon>
 
 #include "console/application.h"
@@ -14,6 +16,7 @@
 #include "control/commands.h"
 #include "control/control_server.h"
 #include "control/server_log.h"
+#include "control/write_faults.h"
 #include "framework/broken_pipes.h"
 #include "framework/caller.h"
 #include "framework/choose_platform.h"
@@ -21,10 +24,12 @@
 #include "framework/large_memory.h"
 #include "framework/message_box.h"
 #include "framework/process_signals.h"
+#include "framework/qt_noise.h"
 #include "framework/service_manager.h"
 #include "framework/standard_error.h"
 #include "framework/standard_streams.h"
 #include "framework/status_line.h"
+#include "framework/text.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
 #include "server/setting.h"
@@ -48,7 +53,11 @@ bool Claim(ControlServer& control, const QString& folder, const MessageBoxFuncti
     return false;
   }
   if (claim == ControlServer::Claim::Failed) {
-    WriteErrorLine("corvanectl cannot reach this server: " + control.Error());
+    const std::string why =
+        QFileInfo(folder).isWritable()
+            ? control.Error()
+            : TextFromDisplay(QDir::toNativeSeparators(folder)) + " cannot be written to.";
+    WriteErrorLine("corvanectl cannot reach this server: " + why);
   }
   return true;
 }
@@ -68,6 +77,7 @@ int main(int argc, char** argv) {
   IgnoreBrokenPipes();
   RaiseDescriptorLimit();
   ReturnLargeMemory();
+  DropQtNoise();
   ChoosePlatform(argc, argv);
   // Each report may take a turn of Qt's loop, and GLib's turns cost more than Qt's own.
   if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
@@ -86,6 +96,10 @@ int main(int argc, char** argv) {
   if (folder && !Claim(control, *folder, MessageBoxesOfThePlatform())) return 1;
   // Outlives all that writes into it.
   ServerLog log(folder);
+  for (const std::string& fault : folder ? WriteFaults(*folder) : std::vector<std::string>()) {
+    WriteErrorLine(fault);
+    log.Write(StatusLine({fault}));
+  }
   App app(folder, Logging(log, MessageBoxesOfThePlatform()));
   app.serverdb().Complained = [&log](const std::string& text) { log.Write(StatusLine({text})); };
   app.Locations().Told = [&log](const std::string& text) { log.Write(StatusLine({text})); };

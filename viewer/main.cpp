@@ -8,6 +8,7 @@
 #include "framework/choose_platform.h"
 #include "framework/folders.h"
 #include "framework/process_signals.h"
+#include "framework/qt_noise.h"
 #include "updater/version.h"
 #include "viewer/map_window.h"
 #include "viewer/options.h"
@@ -28,6 +29,7 @@ QIcon MapIcon() {
 
 int main(int argc, char** argv) {
   IgnoreBrokenPipes();
+  DropQtNoise();
   const bool mayLackDisplay = ChoosePlatform(argc, argv);
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("corvane-map"));

@@ -1,0 +1,53 @@
+#include "control/write_faults.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QTemporaryFile>
+
+#include "framework/text.h"
+#include "storage/app_settings.h"
+
+namespace corvane {
+namespace {
+
+// By trying, since a right on paper may be none: the whole disk may be read-only.
+bool TakesNewFiles(const QString& folder) {
+  QTemporaryFile probe(QDir(folder).absoluteFilePath(QStringLiteral("corvane-XXXXXX")));
+  return probe.open();
+}
+
+// Whether the file can be changed, or made with the folders that it is in.
+bool CanBeWritten(const QString& file) {
+  const QFileInfo place(file);
+  if (place.isFile()) return QFile(file).open(QIODevice::ReadWrite);
+  if (place.exists()) return false;
+  const QFileInfo folder(place.absolutePath());
+  return folder.exists() ? TakesNewFiles(folder.filePath()) : CanBeWritten(folder.filePath());
+}
+
+}  // namespace
+
+std::vector<std::string> WriteFaults(const QString& dataFolder) {
+  std::vector<std::string> faults;
+  const auto tell = [&](const char* what, const QString& file, const char* outcome) {
+    faults.push_back(what + (": " + TextFromDisplay(QDir::toNativeSeparators(file))) +
+                     " cannot be written to. " + outcome);
+  };
+  const QDir folder(dataFolder);
+  const QString log = folder.absoluteFilePath(QStringLiteral("logs/corvane-server.log"));
+  if (!CanBeWritten(log)) {
+    tell("There is no log", log, "Standard output has the status lines.");
+  }
+  const QString settings = *AppSettings(dataFolder).File();
+  if (!CanBeWritten(settings)) tell("Settings are not kept", settings, "What is set is lost.");
+  const QString database = folder.absoluteFilePath(QStringLiteral("serverdb.rsd"));
+  const QString where = TakesNewFiles(dataFolder) ? database : folder.absolutePath();
+  if (QFileInfo::exists(database) && (where != database || !CanBeWritten(database))) {
+    tell("The database cannot be changed", where,
+         "Networks, bans and administrators count until the server ends.");
+  }
+  return faults;
+}
+
+}  // namespace corvane
