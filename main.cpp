@@ -101,8 +101,10 @@ int main(int argc, char** argv) {
     log.Write(StatusLine({fault}));
   }
   App app(folder, Logging(log, MessageBoxesOfThePlatform()));
-  app.serverdb().Complained = [&log](const std::string& text) { log.Write(StatusLine({text})); };
-  app.Locations().Told = [&log](const std::string& text) { log.Write(StatusLine({text})); };
+  const auto writeLine = [&log](const std::string& text) { log.Write(StatusLine({text})); };
+  app.Settings().Complained = writeLine;
+  app.serverdb().Complained = writeLine;
+  app.Locations().Told = writeLine;
   application.LastResort = [&app] { app.LastResort(); };
   std::optional<Commands> commands;
   const auto quit = [&](const char* actor) { commands ? commands->QuitFor(actor) : app.Quit(); };

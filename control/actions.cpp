@@ -196,7 +196,9 @@ QByteArray Actions::Set(const Request& request) {
     throw Refused("no setting is called " + name + "; expected is one of: " + known);
   }
   if (setting != nullptr && !setting->takes(value)) throw Refused(setting->Refusal(value));
-  myActions.ChangeSetting(name, value);
+  if (!myActions.ChangeSetting(name, value)) {
+    throw Refused("not saved: " + myApp.Settings().SaveError());
+  }
   return DoneLine("Set, for the next start.");
 }
 

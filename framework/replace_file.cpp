@@ -8,33 +8,42 @@ namespace corvane {
 
 namespace {
 
+// Until nothing is taken: only that write says why.
+bool WriteWhole(QFileDevice& file, QByteArrayView content) {
+  while (!content.isEmpty()) {
+    const qint64 written = file.write(content.data(), content.size());
+    if (written <= 0) return false;
+    content = content.sliced(written);
+  }
+  return true;
+}
+
 bool Overwrite(QFile& file, QByteArrayView content) {
-  return file.seek(0) && file.write(content.data(), content.size()) == content.size() &&
-         file.resize(content.size());
+  return file.seek(0) && WriteWhole(file, content) && file.resize(content.size());
 }
 
 }  // namespace
 
-bool ReplaceFile(const QString& file, QByteArrayView content) {
+QString ReplaceFile(const QString& file, QByteArrayView content) {
   QSaveFile replacement(file);
-  if (replacement.open(QIODevice::WriteOnly)) {
-    const bool isWhole =
-        replacement.write(content.data(), content.size()) == content.size() && replacement.flush();
-    if (!isWhole) {
+  if (replacement.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
+    if (!WriteWhole(replacement, content)) {
+      const QString error = replacement.errorString();
       replacement.cancelWriting();
-      return false;
+      return error;
     }
-    if (replacement.commit()) return true;
+    if (replacement.commit()) return {};
   }
   // Only what is there: a file that could not be made beside could not be made here either.
   QFile inPlace(file);
   if (!QFileInfo(file).isFile() || !inPlace.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
-    return false;
+    return replacement.errorString();
   const QByteArray before = inPlace.readAll();
+  if (Overwrite(inPlace, content)) return {};
+  const QString error = inPlace.errorString();
   // What it held still has its place.
-  if (Overwrite(inPlace, content)) return true;
   Overwrite(inPlace, before);
-  return false;
+  return error;
 }
 
 }  // namespace corvane

@@ -205,9 +205,9 @@ bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
   return myListener.Admins().Delete(ids);
 }
 
-void Operator::ChangeSetting(const std::string& name, const std::string& value) {
+bool Operator::ChangeSetting(const std::string& name, const std::string& value) {
   Note({"set ", Quoted(name), " to ", value});
-  myApp.Settings().SetValue(name, value);
+  return myApp.Settings().SetValue(name, value);
 }
 
 void Operator::Quit() {

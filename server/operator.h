@@ -106,8 +106,8 @@ class Operator {
   std::optional<std::vector<AdminsTable::Admin>> Admins();
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
 
-  // For the next start.
-  void ChangeSetting(const std::string& name, const std::string& value);
+  // For the next start; whether it was saved.
+  bool ChangeSetting(const std::string& name, const std::string& value);
   // Ends the program.
   void Quit();
 

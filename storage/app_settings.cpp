@@ -1,13 +1,17 @@
 #include "storage/app_settings.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <libxml/xmlerror.h>
 
 #include "framework/replace_file.h"
+#include "framework/standard_error.h"
 #include "framework/text.h"
 #include "framework/xml_document.h"
 
@@ -16,6 +20,12 @@ namespace corvane {
 namespace {
 
 constexpr qint64 kMaxFileSize = qint64{16} << 20;  // bytes
+
+const QString kBroken = QStringLiteral(".broken");
+
+struct XMLTextEnd {
+  void operator()(xmlChar* text) const { xmlFree(text); }
+};
 
 // What the file can hold of a text: XML has no control characters, not even escaped ones.
 std::string Writable(std::string_view text) {
@@ -29,20 +39,33 @@ std::string Writable(std::string_view text) {
 }
 
 std::string Attribute(const xmlNode* element, const char* name) {
-  struct TextEnd {
-    void operator()(xmlChar* text) const { xmlFree(text); }
-  };
-  const std::unique_ptr<xmlChar, TextEnd> value(xmlGetNoNsProp(element, AsXML(name)));
+  const std::unique_ptr<xmlChar, XMLTextEnd> value(xmlGetNoNsProp(element, AsXML(name)));
   return value ? reinterpret_cast<const char*>(value.get()) : "";
 }
 
-XMLDocument ReadDocument(const QString& fileName) {
+// None, and why, when it cannot be read.
+XMLDocument ReadDocument(const QString& fileName, std::string& fault) {
   QFile file(fileName);
   // Anything but a plain file (a pipe, say) might never give an end.
-  if (!QFileInfo(fileName).isFile() || !file.open(QIODevice::ReadOnly)) return nullptr;
+  if (!QFileInfo(fileName).isFile()) {
+    fault = "not a regular file";
+    return nullptr;
+  }
+  if (!file.open(QIODevice::ReadOnly)) {
+    fault = TextFromDisplay(file.errorString());
+    return nullptr;
+  }
   const QByteArray bytes = file.read(kMaxFileSize + 1);
-  if (bytes.size() > kMaxFileSize) return nullptr;
-  return ParseXML({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+  if (bytes.size() > kMaxFileSize) {
+    fault = "more than 16 MiB";
+    return nullptr;
+  }
+  XMLDocument document = ParseXML({bytes.constData(), static_cast<std::size_t>(bytes.size())});
+  if (document) return document;
+  const xmlError* const error = xmlGetLastError();
+  fault = "not well-formed";
+  if (error != nullptr) fault += " in line " + std::to_string(error->line);
+  return nullptr;
 }
 
 }  // namespace
@@ -55,18 +78,30 @@ void AppSettings::Load() {
   myValues.clear();
   if (!myFile) return;
   // Nothing ever reads "Port", the listener's port is another entry: this is deliberate.
-  if (!QFileInfo::exists(*myFile)) SetValue("Port", "12000");
-  const XMLDocument document = ReadDocument(*myFile);
+  if (!QFileInfo::exists(*myFile) && !SetValue("Port", "12000")) return;
+  std::string fault;
+  const XMLDocument document = ReadDocument(*myFile, fault);
+  myIsFileBroken = document == nullptr;
+  if (myIsFileBroken) {
+    return Complain("cannot be read: " + fault + "; defaults count, and it is kept as " +
+                    TextFromDisplay(*myFile + kBroken) + " before anything is written over it");
+  }
   const xmlNode* const root = xmlDocGetRootElement(document.get());
-  if (root == nullptr) return;
   for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
     if (node->type != XML_ELEMENT_NODE) continue;
     Keep(Attribute(node, "namestring"), Attribute(node, "valuestring"));
   }
 }
 
-void AppSettings::Save() {
-  if (!myFile) return;
+bool AppSettings::Save() {
+  mySaveError = Write();
+  if (mySaveError.empty()) return true;
+  Complain("not saved: " + mySaveError);
+  return false;
+}
+
+std::string AppSettings::Write() {
+  if (!myFile) return "there is no folder for it";
   const XMLDocument document(xmlNewDoc(AsXML("1.0")));
   xmlNode* const root = xmlNewDocNode(document.get(), nullptr, AsXML("settings"), nullptr);
   xmlDocSetRootElement(document.get(), root);
@@ -75,13 +110,32 @@ void AppSettings::Save() {
     xmlNewProp(entry, AsXML("namestring"), AsXML(Writable(name).c_str()));
     xmlNewProp(entry, AsXML("valuestring"), AsXML(Writable(value).c_str()));
   }
-  xmlChar* bytes = nullptr;
+  xmlChar* dumped = nullptr;
   int size = 0;
-  xmlDocDumpFormatMemoryEnc(document.get(), &bytes, &size, "UTF-8", 1);
-  if (bytes == nullptr) return;
-  QDir().mkpath(QFileInfo(*myFile).absolutePath());
-  ReplaceFile(*myFile, QByteArrayView(bytes, size));
-  xmlFree(bytes);
+  xmlDocDumpFormatMemoryEnc(document.get(), &dumped, &size, "UTF-8", 1);
+  const std::unique_ptr<xmlChar, XMLTextEnd> bytes(dumped);
+  if (!bytes) return "no memory";
+  const QFileInfo file(*myFile);
+  QDir().mkpath(file.absolutePath());
+  const std::filesystem::path path = file.filesystemFilePath();
+  const std::filesystem::path broken = QFileInfo(*myFile + kBroken).filesystemFilePath();
+  std::error_code error;
+  if (myIsFileBroken && file.exists()) std::filesystem::rename(path, broken, error);
+  if (error) return error.message();
+  const QString fault = ReplaceFile(*myFile, QByteArrayView(bytes.get(), size));
+  if (fault.isEmpty()) {
+    myIsFileBroken = false;
+  } else if (myIsFileBroken) {
+    std::filesystem::rename(broken, path, error);
+  }
+  return TextFromDisplay(fault);
+}
+
+void AppSettings::Complain(const std::string& fault) const {
+  const std::string line =
+      "settings: " + (myFile ? TextFromDisplay(*myFile) + ": " : std::string()) + fault;
+  WriteErrorLine(line);
+  if (Complained) Complained(line);
 }
 
 std::string AppSettings::GetValue(std::string_view name, std::string_view defaultValue) {
@@ -90,9 +144,9 @@ std::string AppSettings::GetValue(std::string_view name, std::string_view defaul
   return std::string(defaultValue);
 }
 
-void AppSettings::SetValue(std::string_view name, std::string_view value) {
+bool AppSettings::SetValue(std::string_view name, std::string_view value) {
   Keep(name, value);
-  Save();
+  return Save();
 }
 
 std::string* AppSettings::Find(std::string_view name) {

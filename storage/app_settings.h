@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -11,12 +12,16 @@
 namespace corvane {
 
 // Named text values in an XML file, kept in the order in which they were first set. Names are
-// compared without regard to letter case. No operation ever fails visibly: a file that cannot be
-// read leaves what was read so far, one that cannot be written leaves the old file.
+// compared without regard to letter case. A file that cannot be read leaves no values, and is kept
+// as "Corvane Server.xml.broken" before anything is written over it; one that cannot be written
+// stays as it is. Standard error is told of both.
 class AppSettings {
  public:
   // The folder that holds (or will hold) "Corvane Server.xml"; none: nothing is loaded or saved.
   explicit AppSettings(std::optional<QString> folder);
+
+  // Event: something was told on standard error.
+  std::function<void(const std::string&)> Complained;
 
   // Where they are kept, if anywhere.
   const std::optional<QString>& File() const { return myFile; }
@@ -25,8 +30,10 @@ class AppSettings {
   // none.
   void Load();
 
-  // Replaces the file as ReplaceFile does.
-  void Save();
+  // Replaces the file as ReplaceFile does; whether it did.
+  bool Save();
+  // Why the last save did not.
+  const std::string& SaveError() const { return mySaveError; }
 
   // The value of the name. Where there is none, `defaultValue`, which is kept under the name and
   // written with the next save.
@@ -35,15 +42,20 @@ class AppSettings {
   // Names and values, in the order in which they were first set.
   const std::vector<std::pair<std::string, std::string>>& Values() const { return myValues; }
 
-  // Keeps the value and saves at once.
-  void SetValue(std::string_view name, std::string_view value);
+  // Keeps the value and saves at once, as Save does.
+  bool SetValue(std::string_view name, std::string_view value);
 
  private:
   std::string* Find(std::string_view name);
   void Keep(std::string_view name, std::string_view value);
+  // Writes the file; what went wrong, or nothing.
+  std::string Write();
+  void Complain(const std::string& fault) const;
 
   std::optional<QString> myFile;
   std::vector<std::pair<std::string, std::string>> myValues;
+  bool myIsFileBroken = false;
+  std::string mySaveError;
 };
 
 }  // namespace corvane

@@ -59,7 +59,7 @@ bool WaitingBans::Replace(const std::deque<BansTable::Ban>& bans) const {
   QByteArray lines;
   for (const BansTable::Ban& ban : bans)
     lines += LineOf(ban);
-  return !myFile.isEmpty() && ReplaceFile(myFile, lines);
+  return !myFile.isEmpty() && ReplaceFile(myFile, lines).isEmpty();
 }
 
 }  // namespace corvane

@@ -193,6 +193,12 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
   Click(settings->btnCancel);
   ASSERT_TRUE(NoneIsOpen());
   EXPECT_EQ(stored(), "00:1a:2b:3c:4d:5f 65535 002");
+
+  QDir data(myFolder.path());
+  EXPECT_TRUE(data.remove("Corvane Server.xml") && data.mkdir("Corvane Server.xml"));
+  Click(open()->btnOK);
+  EXPECT_THAT(myBoxes.back(), testing::StartsWith("The settings were not saved:\n"));
+  ASSERT_TRUE(NoneIsOpen());
 }
 
 TEST_F(DialogsTest, ConnectionsStepDownFromOneToTwo) {

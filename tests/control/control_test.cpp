@@ -185,6 +185,13 @@ TEST_F(ControlTest, WindowShowsWhatWasDone) {
   EXPECT_TRUE(Shows("Admin Force Kicked Ann"));
   EXPECT_TRUE(ann->WasClosedByServer());
   EXPECT_THAT(Users(), ElementsAre("Bob|North"));
+
+  // A folder in its place, since a full disk is hard to have.
+  QDir data(myFolder.path());
+  EXPECT_TRUE(data.remove("Corvane Server.xml") && data.mkdir("Corvane Server.xml"));
+  const Outcome set = Run({"set", "AttachedPort", "12345"});
+  EXPECT_EQ(set.exitCode, 1);
+  EXPECT_THAT(set.text, HasSubstr("not saved"));
 }
 
 TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {

@@ -2,6 +2,8 @@
 
 #include <filesystem>
 
+#include <gmock/gmock.h>
+
 #include "tests/storage/app_settings_fixture.h"
 
 namespace corvane {
@@ -53,11 +55,18 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
        {QByteArray(), QByteArray("no XML"), entry.chopped(4), laughs,
         "<s>" + large.repeated(256) + entry.mid(10).chopped(11) + "</s>"}) {
     Write(content);
+    std::vector<std::string> told;
+    settings.Complained = [&told](const std::string& line) { told.push_back(line); };
     settings.Load();
+    EXPECT_THAT(told, testing::ElementsAre(
+                          testing::AllOf(testing::StartsWith("settings: " + file.toStdString()),
+                                         testing::HasSubstr("cannot be read"))));
+    QFile broken(file + ".broken");
     EXPECT_EQ(settings.GetValue("Port", "none"), "none") << content.left(80).constData();
     EXPECT_EQ(Content(), content);
-    settings.SetValue("Port", "2");
+    EXPECT_TRUE(settings.SetValue("Port", "1") && settings.SetValue("Port", "2"));
     EXPECT_EQ(Stored("Port"), "2");
+    EXPECT_TRUE(broken.open(QIODevice::ReadOnly) && broken.readAll() == content);
   }
 }
 

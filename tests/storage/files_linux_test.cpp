@@ -42,17 +42,24 @@ TEST_F(AppSettingsTest, FileIsWrittenInPlaceWhereTheFolderAllowsNoNewOne) {
     const QByteArray before = Content();
     {
       const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
-      settings.SetValue("MaxConns", "too long for what is free");
+      EXPECT_FALSE(settings.SetValue("MaxConns", "too long for what is free"));
+      EXPECT_EQ(settings.SaveError(), "File too large");
     }
     EXPECT_EQ(Content(), before) << "what does not fit changes nothing";
-    settings.SetValue("MaxConns", "");
+    EXPECT_TRUE(settings.SetValue("MaxConns", ""));
     EXPECT_EQ(Stored("MaxConns"), "");
   }
   std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0700));
-  const QByteArray before = Content();
-  const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
-  settings.SetValue("MaxConns", "too long for what is free");
-  EXPECT_EQ(Content(), before);
+  Write("<cut off");
+  settings.Load();
+  for (const QByteArray& before : {QByteArray("<cut off"), kFirstFile}) {
+    Write(before);
+    const FileSizeLimit limit(8);
+    EXPECT_FALSE(settings.SetValue("MaxConns", "too long for what is free"));
+    EXPECT_EQ(settings.SaveError(), "File too large");
+    EXPECT_EQ(Content(), before);
+    EXPECT_FALSE(QFile::exists(file + ".broken"));
+  }
 }
 
 TEST_F(DatabaseTest, ReadOnlyFileIsReadButNotChanged) {
