@@ -9,7 +9,9 @@ namespace corvane {
 
 namespace {
 
-constexpr std::chrono::milliseconds kBriefBound(8);
+// Tries, since a busy machine sleeps longer than it was asked to.
+constexpr int kBriefTries = 8;
+constexpr std::chrono::milliseconds kBriefSleep(1);
 constexpr std::chrono::seconds kImpatience(1);
 constexpr std::chrono::seconds kLongestImpatience(5);
 constexpr std::chrono::milliseconds kLongestSleep(20);
@@ -31,16 +33,17 @@ bool LockPatience::Wait(int tries) {
   if (now < myNoWaitUntil) return false;
   if (tries == 0) myWaitingSince = now;
   const bool isBrief = now < myBriefUntil;
-  if (now - myWaitingSince >= (isBrief ? kBriefBound : myBound)) {
+  if (isBrief ? tries >= kBriefTries : now - myWaitingSince >= myBound) {
     if (isBrief) {
-      myNoWaitUntil = now + kBriefBound;
+      myNoWaitUntil = now + (now - myWaitingSince);
     } else {
       myLatestEnd = now + kLongestImpatience;
     }
     myBriefUntil = std::min(now + kImpatience, myLatestEnd);
     return false;
   }
-  std::this_thread::sleep_for(std::min(std::chrono::milliseconds(tries + 1), kLongestSleep));
+  std::this_thread::sleep_for(
+      isBrief ? kBriefSleep : std::min(std::chrono::milliseconds(tries + 1), kLongestSleep));
   return true;
 }
 

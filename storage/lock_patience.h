@@ -7,9 +7,9 @@ struct sqlite3;
 namespace corvane {
 
 // How long statements wait for a lock that another program holds on the database: up to a bound.
-// After a wait in vain they wait for brief locks only, up to 8 ms, until none was waited for in
-// vain for a second, or five seconds are over. After such a brief wait in vain nobody waits for as
-// long again, so that many statements take half of the time at most.
+// After a wait in vain they wait for brief locks only, with eight tries a millisecond apart, until
+// none was waited for in vain for a second, or five seconds are over. After such a brief wait in
+// vain nobody waits for as long again, so that many statements take half of the time at most.
 class LockPatience {
  public:
   // Sees to the waiting of this database from now on. To be outlived by nothing that runs there.
