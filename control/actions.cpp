@@ -1,15 +1,16 @@
 #include "control/actions.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <QHostAddress>
 #include <QJsonArray>
 
 #include "control/answers.h"
 #include "control/lookup.h"
+#include "framework/address_ranges.h"
 #include "framework/service_manager.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
@@ -26,6 +27,12 @@ constexpr std::int32_t kFewestSeats = 1;
 constexpr std::int32_t kMostSeats = 1000;
 constexpr std::int32_t kUsualSeats = 5;
 
+// Bans and grants are looked up by the text, so it has to be the one that addresses have.
+void ExpectAddress(const std::string& address) {
+  if (IPv4FromText(address)) return;
+  throw Misused("\"address\" takes an IPv4 address such as 192.0.2.17, not \"" + address + '"');
+}
+
 template <typename Row, typename IsWanted>
 std::vector<std::int64_t> IdsOf(const std::vector<Row>& rows, IsWanted isWanted) {
   std::vector<std::int64_t> ids;
@@ -39,7 +46,7 @@ std::vector<std::int64_t> IdsOf(const std::vector<Row>& rows, IsWanted isWanted)
 
 std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
   const std::string name = request.Text("user");
-  std::shared_ptr<ClientSocket> user = myActions.FindUser(name);
+  std::shared_ptr<ClientSocket> user = myActions.FindUser(name, request.Flag("name"));
   if (user == nullptr) {
     throw Refused("there is nobody \"" + name + "\"; expected is a user's name or ADDRESS:PORT");
   }
@@ -49,6 +56,12 @@ std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
 void Actions::ExpectStored(bool isStored) const {
   if (isStored) return;
   throw Refused("done until the server ends, but not stored: database: " + myActions.StoreError());
+}
+
+QByteArray Actions::BannedLine(const std::string& text, bool isStored) const {
+  if (isStored) return DoneLine(text);
+  return DoneLine(text + " The ban counts but is not stored (database: " + myActions.StoreError() +
+                  "); the server tries again until it is.");
 }
 
 void Actions::ExpectAllHaveNetworks(const Request& request) const {
@@ -80,7 +93,7 @@ QByteArray Actions::EditNetwork(const Request& request) {
       request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(network->MaxUsers);
   const bool enables = request.Flag("enable");
   const bool disables = request.Flag("disable");
-  if (enables && disables) throw Refused("expected is \"enable\" or \"disable\", not both");
+  if (enables && disables) throw Misused("expected is \"enable\" or \"disable\", not both");
   ExpectStored(myActions.ChangeNetwork(*network, password, maxUsers,
                                        (network->Enabled || enables) && !disables));
   return DoneLine("Changed the network " + network->NetworkName + '.');
@@ -109,21 +122,19 @@ QByteArray Actions::Kick(const Request& request) {
 QByteArray Actions::Ban(const Request& request) {
   const std::string reason = request.Text("reason");
   const std::shared_ptr<ClientSocket> user = UserOf(request);
-  myActions.Ban(*user, reason);
-  return DoneLine(StatusLine({"Banned ", user->RemoteAddress(), ", ", user->Username(), "."}));
+  const bool isStored = myActions.Ban(*user, reason);
+  return BannedLine(StatusLine({"Banned ", user->RemoteAddress(), ", ", user->Username(), "."}),
+                    isStored);
 }
 
 QByteArray Actions::BanAddress(const Request& request) {
   const std::string address = request.Text("address");
-  // Bans are looked up by the text, so it has to be the one that addresses have.
-  const QString given = DisplayText(address);
-  const QHostAddress parsed(given);
-  if (parsed.protocol() != QHostAddress::IPv4Protocol || parsed.toString() != given) {
-    throw Refused("expected is an IPv4 address such as 192.0.2.17, not " + address);
-  }
-  myActions.BanAddress(address, request.Text("reason"),
-                       request.OptionalText("network").value_or(""));
-  return DoneLine("Banned " + address + '.');
+  const std::string reason = request.Text("reason");
+  const std::optional<std::string> network = request.OptionalText("network");
+  ExpectAddress(address);
+  const bool isStored = myActions.BanAddress(
+      address, reason, network ? NetworkNamed(myListener, *network)->NetworkName : "");
+  return BannedLine("Banned " + address + '.', isStored);
 }
 
 QByteArray Actions::Unban(const Request& request) {
@@ -147,20 +158,30 @@ QByteArray Actions::Grant(const Request& request) {
   const std::optional<std::string> network = request.OptionalText("network");
   const std::optional<std::string> address = request.OptionalText("address");
   if (network.has_value() != address.has_value()) {
-    throw Refused("expected are both a network and an address, or neither for a user who is on");
+    throw Misused("expected are both a network and an address, or neither for a user who is on");
   }
-  std::string name = request.Text("user");
-  bool isStored = false;
+  AdminsTable::Admin wanted;
   if (network) {
-    isStored = myActions.MakeAdmin(name, *address, NetworkNamed(myListener, *network)->NetworkName);
+    ExpectAddress(*address);
+    wanted = {0, request.Text("user"), NetworkNamed(myListener, *network)->NetworkName, *address};
   } else {
     const std::shared_ptr<ClientSocket> user = UserOf(request);
-    if (user->Username().empty()) throw Refused(name + " has not logged in");
-    isStored = myActions.MakeAdmin(*user);
-    name = user->Username();
+    if (user->Username().empty()) throw Refused(user->PeerName() + " has not logged in");
+    wanted = {0, user->Username(), user->NetworkName(), user->RemoteAddress()};
   }
-  if (!isStored) RefuseForDatabase(myActions);
-  return DoneLine(StatusLine({name, " is an administrator."}));
+  const auto admins = myActions.Admins();
+  const auto isTheSame = [&wanted](const AdminsTable::Admin& other) {
+    return other.name == wanted.name && other.network == wanted.network &&
+           other.address == wanted.address;
+  };
+  if (admins && std::ranges::any_of(*admins, isTheSame)) {
+    throw Refused(StatusLine({wanted.name, " of ", wanted.network, ", ", wanted.address,
+                              ", is an administrator already"}));
+  }
+  if (!myActions.MakeAdmin(wanted.name, wanted.address, wanted.network)) {
+    RefuseForDatabase(myActions);
+  }
+  return DoneLine(StatusLine({wanted.name, " is an administrator."}));
 }
 
 QByteArray Actions::Revoke(const Request& request) {
@@ -195,7 +216,7 @@ QByteArray Actions::Set(const Request& request) {
       known.append(known.empty() ? "" : ", ").append(other.name);
     throw Refused("no setting is called " + name + "; expected is one of: " + known);
   }
-  if (setting != nullptr && !setting->takes(value)) throw Refused(setting->Refusal(value));
+  if (setting != nullptr && !setting->takes(value)) throw Misused(setting->Refusal(value));
   if (!myActions.ChangeSetting(name, value)) {
     throw Refused("not saved: " + myApp.Settings().SaveError());
   }

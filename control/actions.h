@@ -40,6 +40,8 @@ class Actions {
  private:
   // Refuses what names nobody.
   std::shared_ptr<ClientSocket> UserOf(const Request& request) const;
+  // Says what was banned, and what holds if that is not stored.
+  QByteArray BannedLine(const std::string& text, bool isStored) const;
   // Refuse what was not stored, and a message that would end the server.
   void ExpectStored(bool isStored) const;
   void ExpectAllHaveNetworks(const Request& request) const;

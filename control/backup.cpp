@@ -83,7 +83,6 @@ bool IsUsedByServer(const QFileInfo& place, const QFileInfo& database,
 }  // namespace
 
 std::string Backup::WhyNot(const DatabaseConnection& source, const Places& places) {
-  if (!QFileInfo(places.file).isAbsolute()) return "expected is a file by its whole path";
   for (const QString& target : {places.file, SettingsPlace(places.file)}) {
     const QFileInfo place(target);
     const std::string name = TextFromDisplay(target);

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include <QCoreApplication>
+#include <QFileInfo>
 #include <QJsonArray>
 
 #include "control/answers.h"
@@ -120,12 +121,13 @@ QByteArray Commands::Carry(const Request& request) {
     known += known.empty() ? "" : ", ";
     known += entry.name;
   }
-  throw Refused("no such command; expected is one of: " + known);
+  throw Misused("no such command; expected is one of: " + known);
 }
 
 QByteArray Commands::MakeBackup(const Request& request) {
   const QString file = DisplayText(request.Text("file"));
   if (myBackup) throw Refused("another backup is being made");
+  if (!QFileInfo(file).isAbsolute()) throw Misused("\"file\" takes a whole path");
   const Backup::Places places{myApp.Settings().File().value_or(QString()),
                               DisplayText(myApp.Settings().GetValue("LocationDatabase", "")), file,
                               request.Flag("overwrite")};

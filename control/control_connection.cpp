@@ -10,14 +10,15 @@ namespace {
 
 constexpr qint64 kMostRequest = qint64{1} << 20;  // bytes, without the line end
 constexpr qint64 kMostUnread = qint64{1} << 20;
-constexpr std::chrono::seconds kMostIdle(30);
 constexpr std::chrono::seconds kMostReading(1);  // of a last answer
 
 }  // namespace
 
-ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
+ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent,
+                                     std::chrono::milliseconds mostIdle)
     : QObject(parent),
       mySocket(*socket),
+      myMostIdle(mostIdle),
       myGathering([this] { SendGathered(); }, Gathering::First::Waits) {
   socket->setParent(this);
   socket->setReadBufferSize(kMostRequest + 1);
@@ -28,7 +29,7 @@ ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent)
   connect(&myIdle, &QTimer::timeout, this, [this] {
     if (!myAwaitsAnswer && !myFollows) mySocket.abort();
   });
-  myIdle.start(kMostIdle);
+  myIdle.start(myMostIdle);
   // Some may have come already.
   ScheduleRequest();
 }
@@ -58,7 +59,7 @@ void ControlConnection::TakeRequest() {
         RefusalLine("a request of more than 1 MiB; expected is one JSON object "
                     "in a line"));
   }
-  myIdle.start(kMostIdle);
+  myIdle.start(myMostIdle);
   myAwaitsAnswer = true;
   Requested(*this, line.trimmed());
   ScheduleRequest();
@@ -83,7 +84,7 @@ void ControlConnection::SendGathered() {
 
 void ControlConnection::Answer(const QByteArray& line) {
   myAwaitsAnswer = false;
-  myIdle.start(kMostIdle);
+  myIdle.start(myMostIdle);
   Send(line);
   ScheduleRequest();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <functional>
 
 #include <QByteArray>
@@ -15,11 +16,12 @@ namespace corvane {
 //
 // Limits: a request of 1 MiB; a client that leaves more than 1 MiB unread has no further request
 // taken, and none of the lines that it follows is kept for it: it is dropped. So is one that does
-// nothing for half a minute.
+// nothing for half a minute, unless it follows.
 class ControlConnection : public QObject {
  public:
   // Takes over the socket.
-  ControlConnection(QLocalSocket* socket, QObject* parent);
+  ControlConnection(QLocalSocket* socket, QObject* parent,
+                    std::chrono::milliseconds mostIdle = std::chrono::seconds(30));
   ~ControlConnection() override;
 
   // Event: a request, which is to be answered once, now or later. No other is taken until then.
@@ -40,6 +42,7 @@ class ControlConnection : public QObject {
   void SendGathered();
 
   QLocalSocket& mySocket;
+  const std::chrono::milliseconds myMostIdle;
   QTimer myIdle;
   bool myIsScheduled = false;
   bool myAwaitsAnswer = false;

@@ -8,14 +8,14 @@ namespace corvane {
 namespace {
 
 [[noreturn]] void RefuseField(const char* name, const std::string& expected) {
-  throw Refused("expected is \"" + std::string(name) + "\" as " + expected);
+  throw Misused('"' + std::string(name) + "\" takes " + expected);
 }
 
 }  // namespace
 
 Request::Request(const QByteArray& line) {
   const QJsonDocument document = QJsonDocument::fromJson(line);
-  if (!document.isObject()) throw Refused("no request; expected is one JSON object in a line");
+  if (!document.isObject()) throw Misused("no request; expected is one JSON object in a line");
   myFields = document.object();
 }
 

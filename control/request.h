@@ -9,13 +9,20 @@
 
 namespace corvane {
 
-// Why a request is not carried out; the client is told, with these fields.
+// Why a request is not carried out; the client is told, with these fields, of which "misused" says
+// that no server would carry it out.
 class Refused : public std::runtime_error {
  public:
   explicit Refused(const std::string& why, QJsonObject more = {})
       : std::runtime_error(why), fields(std::move(more)) {}
 
   const QJsonObject fields;
+};
+
+// A request that no server would carry out.
+class Misused : public Refused {
+ public:
+  explicit Misused(const std::string& why) : Refused(why, {{"misused", true}}) {}
 };
 
 // What a request says. A field that is needed and not there, or of the wrong kind, is refused with

@@ -212,14 +212,15 @@ std::string MapSocket::BanReason(std::string_view given) const {
   return std::string(Beginning(given, myRules.longestReason));
 }
 
-void MapSocket::Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
+bool MapSocket::Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
                     const std::string& networkName) {
   const std::string reason = BanReason(givenReason);
   // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
-  myKeeper.Add(target.RemoteAddress(), by, reason, networkName);
+  const bool isStored = myKeeper.Add(target.RemoteAddress(), by, reason, networkName);
   target.SendMessage(wire::kBan, reason);
   target.ExpectToLeave();
   CallStatusMessage({Quoted(target.Username()), " Banned: ", reason});
+  return isStored;
 }
 
 }  // namespace corvane

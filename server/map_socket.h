@@ -83,8 +83,8 @@ class MapSocket : public ServerSocket {
   // ban notice (command 997). Closes the connection only where the rules say so.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 
-  // Bans one session's address and sends it the notice.
-  void Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
+  // Bans one session's address and sends it the notice. Whether the ban is stored already.
+  bool Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
            const std::string& networkName);
   // As much of the reason as the rules allow.
   std::string BanReason(std::string_view given) const;

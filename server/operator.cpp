@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "framework/address_ranges.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
 #include "server/app.h"
@@ -27,6 +28,12 @@ void SetTerms(ServerNetworks& network, const std::string& password, std::int32_t
   network.Enabled = enabled;
   network.MaxUsers = maxUsers;
   network.Password = password;
+}
+
+bool IsAddressAndPort(std::string_view text) {
+  const auto colon = std::min(text.rfind(':'), text.size());
+  return IPv4FromText(text.substr(0, colon)) && colon + 1 < text.size() &&
+         text.find_first_not_of("0123456789", colon + 1) == std::string_view::npos;
 }
 
 bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
@@ -123,14 +130,16 @@ void Operator::DisconnectAll(const NetworkRef& network) {
   myListener.DisconnectAllClientsOnNetwork(network);
 }
 
-std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user) const {
+std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user, bool isName) const {
+  const bool isPeer = !isName && IsAddressAndPort(user);
   const std::string folded = FoldText(user);
   const auto connections = myListener.ActiveConnections();
   for (const auto& connection : *connections) {
     auto session = std::static_pointer_cast<ClientSocket>(connection);
-    const bool isNamed = session->LoginState() == ClientSocket::State::LoggedIn &&
-                         session->FoldedUsername() == folded;
-    if (isNamed || session->PeerName() == user) return session;
+    const bool isUser = isPeer ? session->PeerName() == user
+                               : session->LoginState() == ClientSocket::State::LoggedIn &&
+                                     session->FoldedUsername() == folded;
+    if (isUser) return session;
   }
   return nullptr;
 }
@@ -142,17 +151,18 @@ void Operator::Kick(ClientSocket& user, const std::string& reason) {
   myListener.CallStatusMessage({Quoted(user.Username()), " Kicked: ", reason});
 }
 
-void Operator::Ban(ClientSocket& user, const std::string& reason) {
+bool Operator::Ban(ClientSocket& user, const std::string& reason) {
   Note({"ban ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
-  myListener.Ban(user, kName, reason, user.NetworkName());
+  return myListener.Ban(user, kName, reason, user.NetworkName());
 }
 
-void Operator::BanAddress(const std::string& address, const std::string& givenReason,
+bool Operator::BanAddress(const std::string& address, const std::string& givenReason,
                           const std::string& networkName) {
   const std::string reason = myListener.BanReason(givenReason);
   Note({"ban address ", address, ": ", reason});
-  myListener.Keeper().Add(address, kName, reason, networkName);
+  const bool isStored = myListener.Keeper().Add(address, kName, reason, networkName);
   myListener.CallStatusMessage({address, " Banned: ", reason});
+  return isStored;
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {

@@ -77,15 +77,17 @@ class Operator {
   // Throws as Send does where a network was removed.
   void Follow(const NetworkChanges& changes);
 
-  // Who is connected as "ADDRESS:PORT", or is logged in under the name; none if nobody is.
-  std::shared_ptr<ClientSocket> FindUser(const std::string& user) const;
+  // Who is connected as "ADDRESS:PORT", or is logged in under the name; none if nobody is. A text
+  // that is an address and a port counts as a name only where `isName`: users choose their names.
+  std::shared_ptr<ClientSocket> FindUser(const std::string& user, bool isName) const;
 
   // What the user is sent asks it to leave; the connection stays as long as the rules let it.
   void Kick(ClientSocket& user, const std::string& reason);
-  // The same, with a ban of the user's address.
-  void Ban(ClientSocket& user, const std::string& reason);
+  // The same, with a ban of the user's address. A ban that was not stored counts all the same, and
+  // the server goes on trying to store it; these return whether it was.
+  bool Ban(ClientSocket& user, const std::string& reason);
   // Bans an address, noted for a network, which may be empty.
-  void BanAddress(const std::string& address, const std::string& givenReason,
+  bool BanAddress(const std::string& address, const std::string& givenReason,
                   const std::string& networkName);
   // Ends the connection.
   void ForceDisconnect(ClientSocket& user);

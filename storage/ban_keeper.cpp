@@ -43,10 +43,12 @@ BanKeeper::~BanKeeper() {
   myBans.Tell("bans that could not be stored and are lost: " + std::to_string(myWaiting.size()));
 }
 
-void BanKeeper::Add(const std::string& address, const std::string& by, const std::string& reason,
+bool BanKeeper::Add(const std::string& address, const std::string& by, const std::string& reason,
                     const std::string& network) {
   BansTable::Ban ban{0, address, by, reason, QDateTime::currentDateTime(), network};
-  if (!myBans.Add(ban)) Keep(std::move(ban));
+  if (myBans.Add(ban)) return true;
+  Keep(std::move(ban));
+  return false;
 }
 
 bool BanKeeper::IsBanned(const std::string& address) {

@@ -24,8 +24,8 @@ class BanKeeper {
   BanKeeper(const BanKeeper&) = delete;
   BanKeeper& operator=(const BanKeeper&) = delete;
 
-  // Bans the address from this moment on.
-  void Add(const std::string& address, const std::string& by, const std::string& reason,
+  // Bans the address from this moment on. Whether that is stored already.
+  bool Add(const std::string& address, const std::string& by, const std::string& reason,
            const std::string& network);
 
   // Whether the address is banned, as far as the database says so.

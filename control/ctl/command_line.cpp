@@ -1,92 +1,88 @@
 #include "control/ctl/command_line.h"
 
 #include <algorithm>
+#include <span>
 
 #include <QCommandLineParser>
 #include <QFileInfo>
 
+#include "control/ctl/completion.h"
+#include "control/ctl/help.h"
+
 namespace corvane::ctl {
 namespace {
 
-void AddCommonOptions(QCommandLineParser& parser) {
-  parser.addOptions({
-      {"data-folder",
-       "Data folder of the server. If none is given: the user's own; where no server runs there, "
-       "that of the machine's service.",
-       "FOLDER"},
-      {"json", "Show the answers as they come, a JSON object a line."},
-      {{"h", "help"}, "Show this help."},
-      {{"v", "version"}, "Show the version."},
-  });
-}
-
-QString Overview(const QCommandLineParser& parser) {
-  QString text = parser.helpText() + "\nCommands (corvanectl COMMAND --help tells more):\n";
-  for (const Command& command : AllCommands()) {
-    text += QStringLiteral("  %1 %2\n").arg(command.words, -19).arg(command.description);
+void AddOptions(QCommandLineParser& parser, std::span<const OptionOf> options) {
+  for (const OptionOf& option : options) {
+    QStringList names{option.name};
+    if (option.shortName != nullptr) names.push_front(option.shortName);
+    parser.addOption({names, option.description, option.valueName});
   }
-  return text + "\nExit code: 0 done, 1 refused, 2 wrong use, 3 no server.";
 }
 
-// The command that the words begin with.
-const Command& CommandOf(const QStringList& words) {
+// The command that the words begin with; none where they only name a group, such as "network".
+const Command* CommandOf(const QStringList& words) {
   for (const Command& command : AllCommands()) {
     const QStringList own = QString(command.words).split(' ');
-    if (words.mid(0, own.size()) == own) return command;
+    if (words.mid(0, own.size()) == own) return &command;
   }
-  throw UsageError("there is no command \"" + words.mid(0, 2).join(' ') +
-                   "\"; --help names all that there are");
+  const auto group = CommandsBelow(words.first(1));
+  if (!group.empty() && (words.size() == 1 || words[1].startsWith('-'))) return nullptr;
+  throw UsageError(QStringLiteral("there is no command \"%1\"\n\n%2")
+                       .arg(words.first(group.empty() ? 1 : 2).join(' '),
+                            ListOf(group.empty() ? CommandsBelow({}) : group)));
 }
 
-void AddCommand(QCommandLineParser& parser, const Command& command) {
-  AddCommonOptions(parser);
-  parser.setApplicationDescription(command.description);
-  parser.addPositionalArgument(command.words, command.description, command.words);
-  for (const Argument& argument : command.arguments) {
-    parser.addPositionalArgument(argument.name, argument.description,
-                                 QString(argument.name).toUpper());
-  }
-  for (const OptionOf& option : command.options) {
-    parser.addOption({option.name, option.description, option.valueName});
-  }
-  if (command.password != Password::None) {
-    parser.addOption({"password-file",
-                      "Read the password, a line, from this file; - is standard input.", "FILE"});
-  }
-  if (command.password == Password::IfAsked) parser.addOption({"password", "Ask for a password."});
+[[noreturn]] void ThrowUsage(const Command& command, const QString& fault) {
+  throw UsageError(
+      QStringLiteral("%1: %2\nUsage: %3").arg(command.words, fault, UsageOf(command)));
 }
 
-QJsonValue ValueOf(const QCommandLineParser& parser, const OptionOf& option) {
+QJsonValue ValueOf(const Command& command, const QCommandLineParser& parser,
+                   const OptionOf& option) {
   if (option.valueName == nullptr) return true;
   const QString text = parser.value(option.name);
+  const QString name = QStringLiteral("--") + option.name;
+  if (text.isEmpty()) ThrowUsage(command, name + " is empty");
   if (QLatin1String(option.valueName) != QLatin1String("NUMBER")) return text;
   bool isNumber = false;
   const int number = text.toInt(&isNumber);
-  if (!isNumber) throw UsageError(QStringLiteral("--%1 takes a number").arg(option.name));
+  if (!isNumber) ThrowUsage(command, name + " takes a number, not \"" + text + '"');
   return number;
+}
+
+void TakeArguments(const Command& command, const QStringList& given, QJsonObject& request) {
+  qsizetype next = 0;
+  for (const Argument& argument : command.arguments) {
+    const QString name = QString(argument.name).toUpper();
+    if (next == given.size()) ThrowUsage(command, name + " is missing");
+    const bool takesRest = command.joinsWords && &argument == &command.arguments.back();
+    const QString text = takesRest ? given.mid(next).join(' ') : given[next];
+    if (text.isEmpty() && !argument.mayBeEmpty) ThrowUsage(command, name + " is empty");
+    request[argument.name] = text;
+    next = takesRest ? given.size() : next + 1;
+  }
+  if (next < given.size()) {
+    ThrowUsage(command, '"' + given[next] + "\" is one argument too many");
+  }
 }
 
 QJsonObject RequestOf(const Command& command, const QCommandLineParser& parser) {
   QJsonObject request{{"command", command.words}};
-  const QStringList given = parser.positionalArguments();
-  const auto wanted = static_cast<qsizetype>(command.arguments.size());
-  if (given.size() < wanted || (given.size() > wanted && !command.joinsWords)) {
-    throw UsageError(QStringLiteral("%1 takes %2 argument(s), not %3; --help tells which")
-                         .arg(command.words)
-                         .arg(wanted)
-                         .arg(given.size()));
-  }
-  for (qsizetype i = 0; i < wanted; ++i) {
-    const bool isLast = i + 1 == wanted;
-    request[command.arguments[static_cast<std::size_t>(i)].name] =
-        isLast ? given.mid(i).join(' ') : given[i];
-  }
+  TakeArguments(command, parser.positionalArguments(), request);
   if (command.takesFile) {
     QJsonValueRef file = request[command.arguments.front().name];
     file = QFileInfo(file.toString()).absoluteFilePath();
   }
+  const auto isSet = [&parser](const OptionOf& option) { return parser.isSet(option.name); };
   for (const OptionOf& option : command.options) {
-    if (parser.isSet(option.name)) request[option.name] = ValueOf(parser, option);
+    if (isSet(option)) request[option.name] = ValueOf(command, parser, option);
+  }
+  if (command.needsOption && std::ranges::none_of(OptionsOf(command), isSet)) {
+    QStringList names;
+    for (const OptionOf& option : OptionsOf(command))
+      names.push_back(QStringLiteral("--") + option.name);
+    ThrowUsage(command, "nothing to change; expected is one of " + names.join(", "));
   }
   return request;
 }
@@ -101,52 +97,69 @@ void TakePasswordOptions(const Command& command, const QCommandLineParser& parse
   }
 }
 
-// Of a parser that knows what the words ask for; throws otherwise.
-void Parse(QCommandLineParser& parser, const QStringList& arguments) {
-  if (!parser.parse(arguments)) throw UsageError(parser.errorText());
-}
-
 void TakeCommonOptions(const QCommandLineParser& parser, CommandLine& line) {
   if (parser.isSet("data-folder")) line.dataFolder = parser.value("data-folder");
   line.json = line.json || parser.isSet("json");
+}
+
+// Of a command, whose own words are `words`' first.
+void TakeCommand(const Command& command, const QStringList& words, CommandLine& line) {
+  QCommandLineParser parser;
+  AddOptions(parser, CommonOptions());
+  AddOptions(parser, OptionsOf(command));
+  if (!parser.parse(QStringList{"corvanectl"} + words.mid(QString(command.words).count(' ') + 1))) {
+    ThrowUsage(command, parser.errorText());
+  }
+  TakeCommonOptions(parser, line);
+  if (parser.isSet("help")) {
+    line.text = HelpOf(command);
+    return;
+  }
+  line.command = &command;
+  line.request = RequestOf(command, parser);
+  TakePasswordOptions(command, parser, line);
 }
 
 }  // namespace
 
 CommandLine ParseCommandLine(const QStringList& arguments) {
   CommandLine line;
-  QCommandLineParser first;
-  first.setApplicationDescription("Administers the Corvane server that runs on this machine.");
-  first.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-  AddCommonOptions(first);
-  first.addPositionalArgument("command", "What to do.", "COMMAND ...");
-  const QStringList program{"corvanectl"};
-  Parse(first, program + arguments.mid(1));
-  TakeCommonOptions(first, line);
-  if (first.isSet("version")) {
-    line.text = QStringLiteral("corvanectl " CORVANE_VERSION);
-    return line;
-  }
-  const QStringList words = first.positionalArguments();
-  if (first.isSet("help")) {
-    line.text = Overview(first);
-    return line;
-  }
-  if (words.isEmpty()) throw UsageError("there is no command; --help names all that there are");
-
-  const Command& command = CommandOf(words);
   QCommandLineParser parser;
-  AddCommand(parser, command);
-  const auto ownWords = QString(command.words).count(' ') + 1;
-  Parse(parser, program + words.mid(ownWords));
+  parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
+  AddOptions(parser, CommonOptions());
+  if (!parser.parse(QStringList{"corvanectl"} + arguments.mid(1))) {
+    throw UsageError(parser.errorText());
+  }
   TakeCommonOptions(parser, line);
-  if (parser.isSet("help")) {
-    line.text = parser.helpText();
+  if (parser.isSet("version")) {
+    line.text = QStringLiteral("corvanectl " CORVANE_VERSION "\n");
     return line;
   }
-  line.command = &command;
-  line.request = RequestOf(command, parser);
-  TakePasswordOptions(command, parser, line);
+  QStringList words = parser.positionalArguments();
+  if (words.mid(0, 2) == QStringList{"complete", "--"}) {
+    line.text = Completions(words.mid(2));
+    return line;
+  }
+  const bool isHelp = words.value(0) == "help";
+  if (isHelp) words.removeFirst();
+  const bool asksHelp = isHelp || parser.isSet("help");
+  if (words.isEmpty()) {
+    if (!asksHelp) throw UsageError("no command\n\n" + Overview());
+    line.text = Overview();
+    return line;
+  }
+  const Command* const command = CommandOf(words);
+  if (command == nullptr) {
+    const QString list = ListOf(CommandsBelow(words.first(1)));
+    if (!asksHelp && words.size() == 1) {
+      throw UsageError(words[0] + " is not a whole command\n\n" + list);
+    }
+    line.text = list;
+  } else if (asksHelp) {
+    line.text = HelpOf(*command);
+  } else {
+    TakeCommand(*command, words, line);
+  }
   return line;
 }
 

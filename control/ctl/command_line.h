@@ -19,7 +19,8 @@ class UsageError : public std::runtime_error {
 
 // What was asked for on the command line.
 struct CommandLine {
-  QString text;  // help or version, to be shown instead of doing anything
+  // Help, completions or version, to be shown instead of doing anything.
+  std::optional<QString> text;
   const Command* command = nullptr;
   QJsonObject request;
   std::optional<QString> dataFolder;

@@ -6,9 +6,20 @@ namespace {
 constexpr Argument kNetwork{"name", "The network."};
 constexpr Argument kUser{"user", "The user's name, or ADDRESS:PORT as \"users\" shows it."};
 constexpr Argument kReason{"reason", "What the user is told."};
+constexpr OptionOf kIsName{"name", nullptr,
+                           "USER is a name, even if it looks like ADDRESS:PORT."};
 constexpr OptionOf kOneNetwork{"network", "NAME", "Only this network."};
 constexpr OptionOf kForce{"force", nullptr, "Also where that ends the server."};
 constexpr OptionOf kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
+
+constexpr OptionOf kCommonOptions[] = {
+    {"data-folder", "FOLDER",
+     "Data folder of the server. If none is given: the user's own; where no server runs there, "
+     "that of the machine's service."},
+    {"json", nullptr, "Show the answers as they come, a JSON object a line."},
+    {"help", nullptr, "Show this help.", "h"},
+    {"version", nullptr, "Show the version.", "v"},
+};
 
 const std::vector<Command> kCommands = {
     {"status", "How the server fares.", {}},
@@ -28,7 +39,8 @@ const std::vector<Command> kCommands = {
      .options = {kMaxUsers,
                  {"enable", nullptr, "Let users in."},
                  {"disable", nullptr, "Let nobody in any more."}},
-     .password = Password::IfAsked},
+     .password = Password::IfAsked,
+     .needsOption = true},
     {"network delete",
      "Tells a network's users, sends them away and forgets it.",
      {kNetwork},
@@ -37,10 +49,13 @@ const std::vector<Command> kCommands = {
     {.words = "kick",
      .description = "Asks a user to leave.",
      .arguments = {kUser, kReason},
+     .options = {kIsName},
      .joinsWords = true},
     {.words = "ban",
-     .description = "The same, and bans its address. Its connection stays.",
+     .description = "Bans a user's address and asks the user to leave. Under classic rules the "
+                    "connection stays until the user ends it.",
      .arguments = {kUser, kReason},
+     .options = {kIsName},
      .joinsWords = true},
     {.words = "ban-address",
      .description = "Bans an address.",
@@ -50,11 +65,12 @@ const std::vector<Command> kCommands = {
     {"unban",
      "Lifts all bans of an address, or one.",
      {{"ban", "The address, or the ban's number as \"bans\" shows it."}}},
-    {"disconnect", "Ends a connection at once.", {kUser}},
+    {"disconnect", "Ends a connection at once.", {kUser}, {kIsName}},
     {"grant",
      "Makes a user an administrator.",
      {kUser},
-     {{"network", "NAME", "In this network, for one who is not logged in."},
+     {kIsName,
+      {"network", "NAME", "In this network, for one who is not logged in."},
       {"address", "ADDRESS", "From this address, for one who is not logged in."}}},
     {"revoke",
      "Takes an administrator's rights.",
@@ -67,7 +83,7 @@ const std::vector<Command> kCommands = {
      .joinsWords = true},
     {"set",
      "Changes a setting, for the next start.",
-     {{"name", "The setting."}, {"value", "Its new value, which may be empty."}},
+     {{"name", "The setting."}, {"value", "Its new value, which may be empty.", true}},
      {{"force", nullptr, "Also one of a name that the server does not know."}}},
     {"reload",
      "Reads the networks anew from the database, and shows what is different.",
@@ -86,12 +102,32 @@ const std::vector<Command> kCommands = {
      {{"lines", "NUMBER", "How many, 10000 at most; 20 if none is given."},
       {"follow", nullptr, "And all that come from now on."}}},
     {"quit", "Ends the server.", {}},
+    {.words = "help",
+     .description = "Shows all commands, or what one of them takes.",
+     .arguments = {{"command", "The command.", false, true}},
+     .joinsWords = true},
 };
 
 }  // namespace
 
 std::span<const Command> AllCommands() {
   return kCommands;
+}
+
+std::vector<OptionOf> OptionsOf(const Command& command) {
+  std::vector<OptionOf> options = command.options;
+  if (command.password != Password::None) {
+    options.push_back({"password-file", "FILE",
+                       "Read the password, a line, from this file; - is standard input."});
+  }
+  if (command.password == Password::IfAsked) {
+    options.push_back({"password", nullptr, "Ask for a password."});
+  }
+  return options;
+}
+
+std::span<const OptionOf> CommonOptions() {
+  return kCommonOptions;
 }
 
 }  // namespace corvane::ctl

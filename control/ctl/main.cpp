@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 
 #include <QCoreApplication>
 #include <QFile>
@@ -18,12 +20,12 @@ using namespace corvane::ctl;
 
 namespace {
 
-enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kNoServer = 3 };
+enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kNoServer = 3, kNotShown = 4 };
 
 constexpr int kPatience = 30'000;  // ms
 
 int Complain(ExitCode code, const QString& text) {
-  std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text));
+  std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text.trimmed()));
   return code;
 }
 
@@ -48,15 +50,16 @@ void AddPassword(CommandLine& line) {
   }
 }
 
-// Shows one line of the server's; whether it says that all is well.
-bool Show(const CommandLine& line, const QByteArray& received) {
+// Shows one line of the server's, and tells what it says.
+ExitCode Show(const CommandLine& line, const QByteArray& received) {
   const QJsonObject answer = QJsonDocument::fromJson(received).object();
   if (line.json) {
     PrintJson(received);
   } else {
     Print(*line.command, answer);
   }
-  return answer["ok"].toBool();
+  if (answer["ok"].toBool()) return kDone;
+  return answer["misused"].toBool() ? kUsage : kRefused;
 }
 
 // Where the server may work that is meant.
@@ -79,12 +82,22 @@ int Ask(const CommandLine& line) {
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
   std::optional<QByteArray> received = server.Receive(line.command->takesItsTime ? -1 : kPatience);
   if (received) {
-    if (!Show(line, *received)) return kRefused;
-    if (!line.request["follow"].toBool()) return kDone;
-    while ((received = server.Receive(-1)))
+    const ExitCode code = Show(line, *received);
+    if (code != kDone || !line.request["follow"].toBool()) return code;
+    while (PrintingError() == 0 && (received = server.Receive(-1)))
       Show(line, *received);
+    if (received) return kDone;
   }
   return Complain(kNoServer, "the server ended, or does not answer");
+}
+
+int Carry(CommandLine line) {
+  if (line.text) {
+    PrintText(line.text->toUtf8());
+    return kDone;
+  }
+  AddPassword(line);
+  return Ask(line);
 }
 
 }  // namespace
@@ -94,13 +107,12 @@ int main(int argc, char** argv) {
   PrintUtf8();
   const QCoreApplication application(argc, argv);
   try {
-    CommandLine line = ParseCommandLine(QCoreApplication::arguments());
-    if (!line.text.isEmpty()) {
-      PrintLine(line.text.toUtf8());
-      return kDone;
-    }
-    AddPassword(line);
-    return Ask(line);
+    const int code = Carry(ParseCommandLine(QCoreApplication::arguments()));
+    const int error = PrintingError();
+    if (code != kDone || error == 0) return code;
+    // Somebody who reads no more, such as "head", misses nothing.
+    if (error == EPIPE) return kNotShown;
+    return Complain(kNotShown, QString("standard output: ") + std::strerror(error));
   } catch (const UsageError& error) {
     return Complain(kUsage, error.what());
   }

@@ -1,6 +1,7 @@
 #include "control/ctl/printing.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <vector>
 
@@ -16,6 +17,8 @@ using Row = std::vector<QString>;
 
 // Longer than any of the server's lines: something else may answer.
 constexpr std::size_t kLongestLine = 8192;  // bytes
+
+int thePrintingError = 0;
 
 std::string LineText(const QJsonValue& value) {
   std::string line;
@@ -78,9 +81,19 @@ void PrintText(const QJsonValue& text) {
 
 }  // namespace
 
+void PrintText(const QByteArray& text) {
+  const auto size = static_cast<std::size_t>(text.size());
+  const bool isTaken =
+      std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
+  if (!isTaken && thePrintingError == 0) thePrintingError = errno;
+}
+
 void PrintLine(const QByteArray& line) {
-  std::printf("%s\n", line.constData());
-  std::fflush(stdout);
+  PrintText(line + '\n');
+}
+
+int PrintingError() {
+  return thePrintingError;
 }
 
 void PrintJson(const QByteArray& received) {

@@ -15,5 +15,10 @@ void PrintJson(const QByteArray& received);
 
 // A line as it is.
 void PrintLine(const QByteArray& line);
+// The same without an end of line.
+void PrintText(const QByteArray& text);
+
+// Why standard output did not take all that was printed, as errno has it; 0 if it did.
+int PrintingError();
 
 }  // namespace corvane::ctl

@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QProcess>
@@ -15,6 +16,7 @@
 #include "control/control_name.h"
 #include "control/control_server.h"
 #include "control/server_log.h"
+#include "framework/text.h"
 #include "tests/console/console_fixture.h"
 
 namespace corvane {
@@ -37,6 +39,12 @@ class ControlTest : public ConsoleTest {
     myWindow->sSocket->Logged = [this](const std::string& line) { log.Write(line); };
     myWindow->sSocket->Audited = [this](const std::string& line) { log.WriteAudit(line); };
     myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
+  }
+
+  ~ControlTest() override {
+    // The log goes before the server.
+    myWindow->sSocket->Logged = nullptr;
+    myApp.serverdb().Complained = nullptr;
   }
 
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
@@ -100,8 +108,8 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
       {{"network", "add", "Club"}, "", 2, "no password", networks, "Guild|p\xC3\xA4ss|7|1;"},
       {{"network", "edit", "GUILD", "--disable", "--max-users", "1001"},
        "",
-       1,
-       "from 1 to 1000",
+       2,
+       "\"max-users\" takes a number from 1 to 1000",
        networks,
        "Guild|p\xC3\xA4ss|7|1;"},
       {{"network", "edit", "GUILD", "--disable", "--password-file", "-"},
@@ -110,10 +118,13 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
        "Changed",
        networks,
        "Guild|new|7|0;"},
+      {{"network", "edit", "GUILD", "--enable"}, "", 0, "Changed", networks, "Guild|new|7|1;"},
+      {{"network", "edit", "GUILD"}, "", 2, "--max-users, --enable, --disable, --password-f", ""},
+      {{"network", "edit", "GUILD", "--enable", "--disable"}, "", 2, "not both", ""},
       {{"networks", "--json"},
        "",
        0,
-       R"({"enabled":false,"max-users":7,"name":"Guild","users":0})",
+       R"({"enabled":true,"max-users":7,"name":"Guild","users":0})",
        ""},
       {{"network", "delete", "Guild"}, "", 0, "Deleted", networks, ""},
       {{"message", "--network", "north", "good", "day"},
@@ -126,7 +137,11 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
        {998, "good day"}},
       {{"kick", "ann", "--", "-o-"}, "", 0, "Kicked Ann", "", "", ann.get(), {996, "-o-"}},
       {{"kick", "Eve", "why"}, "", 1, "nobody \"Eve\"", ""},
-      {{"kick", "Ann"}, "", 2, "takes 2 argument", ""},
+      {{"kick", "Ann"}, "", 2, "REASON is missing\nUsage: corvanectl kick [OPTION...] USER REASON...", ""},
+      {{"kick", "", "x"}, "", 2, "USER is empty", ""},
+      {{"status", "now"}, "", 2, "\"now\" is one argument too many", ""},
+      {{"log", "--lines", "x"}, "", 2, "--lines takes a number, not \"x\"", ""},
+      {{"users", "--network", ""}, "", 2, "--network is empty", ""},
       {{"ban", "bob", "so there"},
        "",
        0,
@@ -135,13 +150,16 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
        bobsBan,
        bob.get(),
        {997, "so there"}},
-      {{"ban-address", "10.1", "x"}, "", 1, "expected is an IPv4 address", ""},
+      {{"ban-address", "10.1", "x"}, "", 2, "takes an IPv4 address", ""},
+      {{"ban-address", "10.0.0.1", "x", "--network", "x"}, "", 1, "no network \"x\"", ""},
       {{"ban-address", "10.0.0.1", "x"}, "", 0, "Banned", bans, bobsBan + tensBan},
       {{"bans"}, "", 0, "10.0.0.1   Server Admin  x", ""},
       {{"unban", "127.0.0.2"}, "", 0, "Lifted 1", bans, tensBan},
       {{"unban", "2"}, "", 0, "Lifted 1", bans, ""},
       {{"grant", "ann"}, "", 0, "Ann is", admins, annsGrant},
-      {{"grant", "Eve", "--network", "north"}, "", 1, "expected are both", ""},
+      {{"grant", "ann"}, "", 1, "is an administrator already", admins, annsGrant},
+      {{"grant", "Eve", "--network", "north"}, "", 2, "expected are both", ""},
+      {{"grant", "Eve", "--network", "north", "--address", "1.2.3"}, "", 2, "not \"1.2.3\"", ""},
       {{"grant", "Eve", "--network", "north", "--address", "10.0.0.9"},
        "",
        0,
@@ -151,19 +169,32 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
       {{"admins"}, "", 0, "2   Eve   North    10.0.0.9", ""},
       {{"revoke", "ANN"}, "", 0, "Took back 1", admins, evesGrant},
       {{"set", "AtachedPort", "1"}, "", 1, "AttachedNIC, AttachedPort", ""},
-      {{"set", "AttachedPort", "70000"}, "", 1, "a port from 0 to 65535", ""},
-      {{"set", "hardened", "maybe"}, "", 1, "Hardened takes 1, yes", ""},
+      {{"set", "AttachedPort", "70000"}, "", 2, "a port from 0 to 65535", ""},
+      {{"set", "hardened", "maybe"}, "", 2, "Hardened takes 1, yes", ""},
       {{"set", "AttachedPort", "12345"}, "", 0, "Set", ""},
       {{"settings", "--json"}, "", 0, R"({"name":"AttachedPort","value":"12345"})", ""},
       {{"network", "disconnect", "north"}, "", 0, "Sent away", "", "", ann.get(), {999, "BYE"}},
       {{"frob"}, "", 2, "no command", ""},
-      {{"kick", "--help"}, "", 0, "REASON", ""},
+      {{}, "", 2, "no command\n\nUsage", ""},
+      {{"network"}, "", 2, "\n  network disconnect    Sends", ""},
+      {{"network", "x"}, "", 2, "no command \"network x\"", ""},
+      {{"network", "--help"}, "", 0, "\n  network add           Adds", ""},
+      {{"help"}, "", 0, "\n  kick ", ""},
+      {{"help", "network"}, "", 0, "\n  network add ", ""},
+      {{"kick", "--help"}, "", 0, "\nUsage: corvanectl kick [OPTION...] USER REASON...\n", ""},
+      {{"help", "kick"}, "", 0, "\n  --name                USER is", ""},
+      {{"complete", "--", "--json", "network", "e"}, "", 0, "\nedit\tChanges", ""},
+      {{"complete", "--", "network", "edit", "--e"}, "", 0, "\n--enable\tLet users in.\n", ""},
+      {{"complete", "--", "--data-folder", "/x", "st"}, "", 0, "\nstatus\tHow", ""},
+      {{"complete", "--", "--data-folder", ""}, "", 0, ":folders\n", ""},
+      {{"complete", "--", "kick", "x"}, "", 0, "", ""},
+      {{"complete", "--", "backup", "--overwrite", "x"}, "", 0, ":files\n", ""},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.arguments.join(' ').toStdString());
     const Outcome outcome = Run(row.arguments, row.input);
     EXPECT_EQ(outcome.exitCode, row.exitCode);
-    EXPECT_THAT(outcome.text, HasSubstr(row.text));
+    EXPECT_THAT('\n' + outcome.text, HasSubstr(row.text));
     if (!row.query.empty()) {
       EXPECT_EQ(Query(row.query), row.found);
     }
@@ -173,6 +204,37 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
       }
       EXPECT_EQ(heard, row.heard);
     }
+  }
+}
+
+TEST_F(ControlTest, AddressAndPortAreNoNameUnlessSaid) {
+  const QString peer = DisplayText(myWindow->Users().ClientAt(1)->PeerName());
+  const auto eve = LoggedIn(TextFromDisplay(peer), "North", "127.0.0.3");
+  EXPECT_THAT(Run({"kick", peer, "x"}).text, HasSubstr("Kicked Bob."));
+  EXPECT_EQ(Run({"disconnect", peer}).exitCode, 0);
+  EXPECT_TRUE(bob->WasClosedByServer());
+  const Outcome missed = Run({"ban", peer, "x"});
+  EXPECT_EQ(missed.exitCode, 1);
+  EXPECT_THAT(missed.text, HasSubstr("nobody"));
+  EXPECT_EQ(Run({"ban", peer, "--name", "x"}).exitCode, 0);
+  EXPECT_EQ(Query("SELECT address FROM bans"), "127.0.0.3;");
+}
+
+TEST_F(ControlTest, WhatDidNotWorkIsTold) {
+  OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE bans RENAME TO b");
+  for (const QStringList& ban : {QStringList{"ban", "Bob", "x"}, {"ban-address", "10.0.0.1", "x"}}) {
+    const Outcome banned = Run(ban);
+    EXPECT_EQ(banned.exitCode, 0) << "it counts";
+    EXPECT_THAT(banned.text, HasSubstr("counts but is not stored (database: no such table: bans)"));
+  }
+  if (!QFile::exists("/dev/full")) return;
+  for (const QStringList& command : {QStringList{"status"}, {"users", "--json"}, {"help"}}) {
+    QProcess program;
+    program.setStandardOutputFile("/dev/full");
+    program.start(QStringLiteral(CORVANECTL), QStringList{"--data-folder", myFolder.path()} + command);
+    EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitCode(), 4);
+    EXPECT_THAT(program.readAllStandardError().toStdString(), HasSubstr("standard output: "));
   }
 }
 
@@ -269,6 +331,11 @@ TEST_F(HardenedControlTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
   ASSERT_TRUE(stranger.Receive());
   EXPECT_EQ(Run({"message", "x"}).exitCode, 0);
   EXPECT_EQ(ann->Receive(), (WireMessage{998, "x"}));
+  EXPECT_THAT(Run({"users"}).text, testing::Not(HasSubstr("127.0.0.7"))) << "who has not logged in";
+  EXPECT_EQ(Run({"message", QString(50'000, 'x')}).exitCode, 0);
+  const auto status = QJsonDocument::fromJson(Run({"status", "--json"}).text.c_str());
+  EXPECT_GT(status["sent-per-second"].toInt(), 10 * status["received-per-second"].toInt());
+  ann->Receive();
   EXPECT_EQ(Run({"kick", "Ann", "y"}).exitCode, 0);
   EXPECT_EQ(ann->Receive(), (WireMessage{996, "y"}));
   EXPECT_TRUE(ann->WasClosedByServer());
@@ -284,10 +351,10 @@ TEST_F(ControlTest, BadInputIsRefusedOrDropped) {
            {"\n", "expected is one JSON object", true},
            {QByteArray("\xFF\0\x01{[\n", 6), "expected is one JSON object", true},
            {"[1]\n", "expected is one JSON object", true},
-           {"{}\n", R"(expected is \"command\")", true},
-           {"{\"command\":7}\n", R"(expected is \"command\")", true},
+           {"{}\n", R"(\"command\" takes a text)", true},
+           {"{\"command\":7}\n", R"(\"command\" takes a text)", true},
            {"{\"command\":\"\\u0000\"}\n", "expected is one of: status", true},
-           {"{\"command\":\"users\",\"network\":{}}\n", R"(\"network\" as a text)", true},
+           {"{\"command\":\"users\",\"network\":{}}\n", R"(\"network\" takes a text)", true},
            {QByteArray(100 << 20, 'x'), "", false},
            {QByteArray((1 << 20) + 1, 'x') + '\n', "more than 1 MiB", false},
        }) {
@@ -372,6 +439,27 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   EXPECT_TRUE(tells("the last"));
   follower.kill();
   follower.waitForFinished();
+}
+
+TEST(ControlConnection, IdleClientIsDroppedUnlessItFollows) {
+  const QTemporaryDir folder;
+  QLocalServer server;
+  ASSERT_TRUE(server.listen(ControlName(folder.path())));
+  QLocalSocket idle;
+  QLocalSocket follower;
+  std::vector<QPointer<ControlConnection>> connections;
+  for (QLocalSocket* client : {&idle, &follower}) {
+    client->connectToServer(ControlName(folder.path()));
+    ASSERT_TRUE(server.waitForNewConnection(5'000));
+    connections.emplace_back(
+        new ControlConnection(server.nextPendingConnection(), &server, std::chrono::milliseconds(50)));
+  }
+  connections[1]->StartFollowing();
+  EXPECT_TRUE(PumpUntil([&] { return connections[0].isNull(); }));
+  PumpFor(std::chrono::milliseconds(150));
+  ASSERT_FALSE(connections[1].isNull());
+  connections[1]->SendFollowed("still there");
+  EXPECT_TRUE(PumpUntil([&] { return follower.readAll() == "still there\n"; }));
 }
 
 TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
