@@ -27,6 +27,10 @@ function(corvane_install program)
   install(FILES packaging/linux/metainfo/${program}.metainfo.xml DESTINATION share/metainfo)
   install(FILES CHANGELOG.md packaging/linux/debian/copyright ${documents}/changelog.gz
     DESTINATION share/doc/${program})
+  # They lead to one another.
+  install(FILES docs/map.md docs/operating.md docs/performance.md docs/protocol.md docs/security.md
+    DESTINATION share/doc/${program})
+  install(DIRECTORY docs/images DESTINATION share/doc/${program})
   install(FILES ${documents}/${program}.1.gz DESTINATION share/man/man1)
   install(FILES packaging/icons/${program}.svg DESTINATION share/icons/hicolor/scalable/apps)
   foreach(size 16 24 32 48 64 128 256)
@@ -60,14 +64,14 @@ endforeach()
 install(FILES packaging/linux/fail2ban.conf
   DESTINATION /etc/fail2ban/filter.d RENAME corvane-server.conf)
 install(FILES ${documents}/corvanectl.1.gz DESTINATION share/man/man1)
-install(FILES docs/operating.md DESTINATION share/doc/corvane-server)
-install(DIRECTORY docs/images DESTINATION share/doc/corvane-server FILES_MATCHING PATTERN *.png)
+install(FILES packaging/linux/completion/corvanectl.bash
+  DESTINATION share/bash-completion/completions RENAME corvanectl)
+install(FILES packaging/linux/completion/_corvanectl DESTINATION share/zsh/vendor-completions)
+install(FILES packaging/linux/completion/corvanectl.fish DESTINATION share/fish/vendor_completions.d)
 
 corvane_install(corvane-map)
 set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-map)
 install(TARGETS corvane-map DESTINATION bin)
-install(FILES docs/map.md DESTINATION share/doc/corvane-map)
-install(DIRECTORY docs/images DESTINATION share/doc/corvane-map FILES_MATCHING PATTERN *map*.png)
 
 set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})
