@@ -3,36 +3,40 @@
 #include <functional>
 #include <string>
 
-#include <QLocalServer>
+#include <QObject>
 
 #include "control/control_connection.h"
+#include "control/folder_lock.h"
+#include "control/local_listener.h"
 
 namespace corvane {
 
 class Commands;
 
 // The server's end of the local socket, by which this machine's programs administer it: nobody but
-// the user whom the server runs as gets in, 16 at a time. Who has it is the one server of its data
-// folder. The relay never waits for its clients.
+// the user whom the server runs as gets in, 16 at a time. Holds the lock of the data folder, which
+// has one server. The relay never waits for its clients.
 class ControlServer : public QObject {
  public:
   enum class Claim {
     Made,    // clients wait until they are served
-    Taken,   // another server answers there
+    Taken,   // another server works there
     Failed,  // the server can do without
   };
   // Takes the folder's socket, in the place of one that nobody answers on.
   Claim Take(const QString& dataFolder);
   // Why it could not be taken.
-  std::string Error() const;
+  const std::string& Error() const { return myListener.Error(); }
 
-  // Has clients served. Borrows the commands.
+  // Has clients served, once the socket was taken. Borrows the commands.
   void Serve(Commands& commands);
 
  private:
-  void Accept(Commands& commands);
+  void Accept(Commands& commands, QLocalSocket* socket);
 
-  QLocalServer myServer;
+  FolderLock myLock;
+  LocalListener myListener;
+  bool myIsListening = false;
   int myConnections = 0;
 };
 

@@ -526,6 +526,8 @@ TEST_F(ControlTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {
   EXPECT_EQ(ControlServer().Take(other.path()), ControlServer::Claim::Made);
   EXPECT_EQ(Run({"quit"}).exitCode, 0);
   EXPECT_TRUE(PumpUntil([this] { return myApp.IsQuitting(); }));
+  QFile::remove(myFolder.filePath("corvane-server.sock"));
+  EXPECT_EQ(ControlServer().Take(myFolder.path()), ControlServer::Claim::Taken);
 }
 
 TEST_F(ControlTest, WhateverAnswersCannotMisleadOrFloodTheTerminal) {
