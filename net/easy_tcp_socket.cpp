@@ -24,6 +24,15 @@ void EasyTCPSocket::SendMessage(std::int32_t command, std::string_view data) {
   if (IsConnected()) TCPSocket::Write(CreatePacket(command, data));
 }
 
+void EasyTCPSocket::SendMessage(std::int32_t command, std::span<const Slice> payload) {
+  std::size_t bytes = 0;
+  for (const Slice& slice : payload)
+    bytes += slice.Size();
+  TCPSocket::Write(CreateHeader(command, bytes));
+  for (const Slice& slice : payload)
+    TCPSocket::Write(slice);
+}
+
 std::string EasyTCPSocket::Read(std::size_t /*count*/) {
   throw RuntimeException("You cannot call Read on an EasyTCPSocket directly.");
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
 
   // Sends one message; does nothing unless connected.
   void SendMessage(std::int32_t command, std::string_view data);
+
+  // The same with a payload that stands in blocks, whose bytes are not copied.
+  void SendMessage(std::int32_t command, std::span<const Slice> payload);
 
   // Sends whole messages as they are, to many receivers.
   void SendPackets(const Slice& packets) { TCPSocket::Write(packets); }

@@ -26,11 +26,17 @@ Frame ReadFrame(std::string_view bytes, std::size_t longest) {
   return frame;
 }
 
-std::string CreatePacket(std::int32_t command, std::string_view payload) {
+std::string CreateHeader(std::int32_t command, std::size_t payloadBytes) {
   std::string bytes(kFrameHeaderBytes, '\0');
-  bytes.reserve(kFrameHeaderBytes + payload.size());
-  qToBigEndian(static_cast<qint32>(kFrameHeaderBytes + payload.size()), bytes.data());
+  qToBigEndian(static_cast<qint32>(kFrameHeaderBytes + payloadBytes), bytes.data());
   qToBigEndian(command, bytes.data() + kLengthBytes);
+  return bytes;
+}
+
+std::string CreatePacket(std::int32_t command, std::string_view payload) {
+  std::string bytes;
+  bytes.reserve(kFrameHeaderBytes + payload.size());
+  bytes += CreateHeader(command, payload.size());
   bytes.append(payload);
   return bytes;
 }

@@ -27,6 +27,9 @@ struct Frame {
 Frame ReadFrame(std::string_view bytes,
                 std::size_t longest = std::numeric_limits<std::size_t>::max());
 
+// The header of a message whose payload has so many bytes.
+std::string CreateHeader(std::int32_t command, std::size_t payloadBytes);
+
 // The bytes of one message.
 std::string CreatePacket(std::int32_t command, std::string_view payload);
 

@@ -7,13 +7,14 @@
 #include <QByteArray>
 #include <QCryptographicHash>
 
-#include "framework/dates.h"
 #include "framework/numbers.h"
+#include "framework/processor_time.h"
 #include "framework/text.h"
 #include "framework/ticks.h"
 #include "framework/visible_text.h"
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
+#include "server/ban_list.h"
 #include "server/map_socket.h"
 #include "server/wire.h"
 
@@ -25,6 +26,9 @@ constexpr int kFreeFailures = 10;
 constexpr int kDoublings = 6;
 constexpr std::chrono::milliseconds kFirstDelay{4};
 constexpr std::chrono::milliseconds kLongestDelay{250};
+// A question to the database that takes no more is paid for by its session alone.
+constexpr std::chrono::microseconds kCheapQuestion{250};
+constexpr std::chrono::nanoseconds kUntilOthersWereServed{1};
 constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 
 // Reports repeat the name. With one of this length they pay for their bytes.
@@ -148,8 +152,42 @@ PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
   if (command == wire::kPassword) return PasswordWait();
   const bool asks =
       command == wire::kIsAdmin || (command >= wire::kAdminKick && command <= wire::kAdminLiftBan);
-  if (!asks || !myNameIsCode) return {};
-  return myParent.CostlyQuestions().Wait();
+  if (!asks || myState != State::LoggedIn) return {};
+  if (myBanList == nullptr) {
+    const auto wait = QuestionWait();
+    if (wait > PollLoop::Clock::duration::zero() || command != wire::kAdminListBans) return wait;
+  }
+  return ListWait();
+}
+
+PollLoop::Clock::duration ClientSocket::QuestionWait() {
+  const auto own = myQuestions.Wait();
+  if (own > PollLoop::Clock::duration::zero() || !myNameIsCode) return own;
+  // Most names with a quote are only names. Those that cost much share a gate.
+  if (!myIsQuestionCostly) {
+    myIsQuestionCostly = Charged([this] { AskWhetherAdmin(kCheapQuestion); }) >= kCheapQuestion;
+  }
+  return myIsQuestionCostly ? myParent.CostlyQuestions().Wait() : PollLoop::Clock::duration::zero();
+}
+
+PollLoop::Clock::duration ClientSocket::ListWait() {
+  if (myBanList == nullptr) {
+    if (!isAdmin()) return {};
+    BeginBanList();
+  }
+  bool hasMore = false;
+  Charged([&] { hasMore = myBanList->ReadOn(); });
+  return hasMore ? kUntilOthersWereServed : PollLoop::Clock::duration::zero();
+}
+
+template <typename Work>
+std::chrono::nanoseconds ClientSocket::Charged(const Work& work) {
+  const auto begin = ProcessorTime();
+  work();
+  const auto cost = ProcessorTime() - begin;
+  myQuestions.Charge(cost);
+  myParent.CostlyQuestions().Charge(cost);
+  return cost;
 }
 
 PollLoop::Clock::duration ClientSocket::PasswordWait() {
@@ -174,6 +212,7 @@ void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view da
     case wire::kAdminListBans:
     case wire::kAdminLiftBan:
       if (isAdmin()) HandleAdminCommand(command, data);
+      myBanList.reset();
       return;
     default:
       return;  // a command that nobody knows is nobody's error
@@ -204,7 +243,7 @@ void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view dat
     case wire::kAdminListBans:
       return SendBans();
     default:
-      return LiftBan(data);
+      Charged([&] { LiftBan(data); });
   }
 }
 
@@ -308,13 +347,20 @@ bool ClientSocket::CanLogin(const std::string& foldedName) const {
   return myParent.Sessions().IsNameFree(foldedName, *this);
 }
 
-bool ClientSocket::isAdmin() const {
+bool ClientSocket::isAdmin() {
   if (myState != State::LoggedIn) return false;
-  const auto begin = PollLoop::Clock::now();
-  const bool answer =
-      myParent.Admins().IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress());
-  if (myNameIsCode) myParent.CostlyQuestions().Charge(PollLoop::Clock::now() - begin);
+  bool answer = false;
+  const auto ask = [&] { answer = AskWhetherAdmin(AdminsTable::kMostTime); };
+  if (myNameIsCode) {
+    Charged(ask);
+  } else {
+    ask();
+  }
   return answer;
+}
+
+bool ClientSocket::AskWhetherAdmin(std::chrono::nanoseconds time) {
+  return myParent.Admins().IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress(), time);
 }
 
 void ClientSocket::TakeReport(std::string_view data) {
@@ -351,38 +397,31 @@ void ClientSocket::SendMembers() {
   }
 }
 
+void ClientSocket::BeginBanList() {
+  myBanList = std::make_unique<BanList>(
+      myParent.Bans(), myLoop.Memory(),
+      myParent.RulesInForce().areAllBansShown ? nullptr : myNetwork);
+}
+
 void ClientSocket::SendBans() {
-  std::string records;
-  if (const auto bans = ShownBans()) {
-    for (const BansTable::Ban& ban : *bans) {
-      records += std::to_string(ban.id) + "|" + ban.address + "|" + ban.by + "|" + ban.reason +
-                 "|" + ShortDateAndTime(ban.bandate);
-      records += '\0';
-    }
+  if (myBanList == nullptr) BeginBanList();
+  // All is read already where the message had to wait for it.
+  while (myBanList->ReadOn()) {
   }
-  SendMessage(wire::kAdminListBans, records);
+  const auto payload = std::exchange(myBanList, nullptr)->Take();
+  if (!payload) return FailForMemory();
+  SendMessage(wire::kAdminListBans, *payload);
 }
 
 void ClientSocket::LiftBan(std::string_view id) {
   if (!IsNumeric(id)) return;
   const std::string number = TextFromNumber(NumberFromText(id));
   if (!myParent.RulesInForce().areAllBansShown) {
-    const auto shown = ShownBans();
-    const auto isIt = [&](const BansTable::Ban& ban) { return std::to_string(ban.id) == number; };
-    if (!shown || std::ranges::none_of(*shown, isIt)) return;
+    const auto ban = myParent.Bans().Find(number);
+    if (!ban || !SameText(ban->network, myNetwork->NetworkName)) return;
   }
   // Whether it worked is not answered.
   std::ignore = myParent.Bans().Delete(number);
-}
-
-std::optional<std::vector<BansTable::Ban>> ClientSocket::ShownBans() const {
-  auto bans = myParent.Bans().All();
-  if (bans && !myParent.RulesInForce().areAllBansShown) {
-    std::erase_if(*bans, [this](const BansTable::Ban& ban) {
-      return !SameText(ban.network, myNetwork->NetworkName);
-    });
-  }
-  return bans;
 }
 
 void ClientSocket::SetNetwork(NetworkRef network) {

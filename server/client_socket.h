@@ -12,12 +12,13 @@
 #include <QImage>
 
 #include "net/easy_tcp_socket.h"
+#include "server/cost_gate.h"
 #include "server/seat.h"
 #include "server/server_networks.h"
-#include "storage/bans_table.h"
 
 namespace corvane {
 
+class BanList;
 class HttpTransfer;
 class MapSocket;
 struct ClientLocation;
@@ -86,7 +87,7 @@ class ClientSocket : public EasyTCPSocket {
   // Whether no other session on the server, in whatever network, holds the folded name.
   bool CanLogin(const std::string& foldedName) const;
   // Whether the database names this user, network and address as an administrator's.
-  bool isAdmin() const;
+  bool isAdmin();
   // Looks up the client's location and greets it then.
   void GetClientInfo();
 
@@ -130,12 +131,18 @@ class ClientSocket : public EasyTCPSocket {
   void SendBans();
   void LiftBan(std::string_view id);
 
-  // How long a password has to wait before it is looked at.
+  // How long a password has to wait before it is looked at; an administrator's command, until
+  // earlier ones are paid for; and the list of bans, of which some is read at each call.
   PollLoop::Clock::duration PasswordWait();
+  PollLoop::Clock::duration QuestionWait();
+  PollLoop::Clock::duration ListWait();
+  void BeginBanList();
+  bool AskWhetherAdmin(std::chrono::nanoseconds time);
+  // Does the work and has the session pay for it. Returns what it cost.
+  template <typename Work>
+  std::chrono::nanoseconds Charged(const Work& work);
   // Whether the rules let anybody take the user name.
   bool MayBeTaken(std::string_view userName) const;
-  // The bans that its user, an administrator, may see and lift; none when the query fails.
-  std::optional<std::vector<BansTable::Ban>> ShownBans() const;
 
   void SetNetwork(NetworkRef network);
   // Logs in under the name.
@@ -152,6 +159,9 @@ class ClientSocket : public EasyTCPSocket {
   std::string myUsername;
   std::string myFoldedUsername;
   bool myNameIsCode = false;  // it may be more than a value in the administrator question
+  bool myIsQuestionCostly = false;
+  CostGate myQuestions;  // what its own cost
+  std::unique_ptr<BanList> myBanList;  // while it is read
   Seat mySeat;
   std::unique_ptr<HttpTransfer> myLookup;  // while it is under way
 };

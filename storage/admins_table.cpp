@@ -3,7 +3,7 @@
 namespace corvane {
 
 bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
-                          const std::string& address) {
+                          const std::string& address, std::chrono::nanoseconds time) {
   if (myValues == StatementValues::Bound) {
     return myConnection.HasRowWith("SELECT * FROM admins WHERE name=? AND network=? AND address=?",
                                    {name, network, address});
@@ -11,7 +11,7 @@ bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
   return myConnection.HasRowForOutsider("SELECT * FROM admins WHERE name='" + name +
                                             "' AND network='" + network + "' AND address='" +
                                             address + "'",
-                                        name);
+                                        name, time);
 }
 
 bool AdminsTable::Add(const std::string& name, const std::string& address,

@@ -1,5 +1,7 @@
 #include "storage/bans_table.h"
 
+#include <utility>
+
 namespace corvane {
 
 bool BansTable::IsBanned(const std::string& address) {
@@ -19,7 +21,23 @@ bool BansTable::Add(const Ban& ban) {
 }
 
 std::optional<std::vector<BansTable::Ban>> BansTable::All() {
-  std::optional<DatabaseCursor> rows = myConnection.SQLSelect("SELECT * FROM bans");
+  return Select("");
+}
+
+std::optional<std::vector<BansTable::Ban>> BansTable::Portion(std::int64_t behind) {
+  return Select(" WHERE id>? ORDER BY id LIMIT " + std::to_string(kPortion), {behind});
+}
+
+std::optional<BansTable::Ban> BansTable::Find(const std::string& id) {
+  auto found = Select(" WHERE id=?", {id});
+  if (!found || found->empty()) return std::nullopt;
+  return std::move(found->front());
+}
+
+std::optional<std::vector<BansTable::Ban>> BansTable::Select(
+    const std::string& condition, const DatabaseConnection::Values& values) {
+  std::optional<DatabaseCursor> rows =
+      myConnection.SQLSelect("SELECT * FROM bans" + condition, values);
   if (!rows) return std::nullopt;
   std::vector<Ban> bans;
   bans.reserve(rows->RecordCount());

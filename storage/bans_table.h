@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -42,6 +44,13 @@ class BansTable {
 
   // All bans in the database's order; none when the query fails.
   std::optional<std::vector<Ban>> All();
+  // The next few of them behind the one with this number; fewer than kPortion where they end.
+  std::optional<std::vector<Ban>> Portion(std::int64_t behind);
+  static constexpr std::size_t kPortion = 16;
+  static constexpr std::int64_t kBegin = std::numeric_limits<std::int64_t>::min();
+
+  // The ban with this number; none also when the query fails. `id` is a number as text.
+  std::optional<Ban> Find(const std::string& id);
 
   // `id` is a number as text.
   [[nodiscard]] bool Delete(const std::string& id);
@@ -50,6 +59,9 @@ class BansTable {
   [[nodiscard]] bool Delete(const std::vector<std::int64_t>& ids);
 
  private:
+  std::optional<std::vector<Ban>> Select(const std::string& condition,
+                                         const DatabaseConnection::Values& values = {});
+
   DatabaseConnection& myConnection;
   StatementValues myValues;
 };

@@ -198,8 +198,9 @@ bool DatabaseConnection::HasRow(sqlite3_stmt* statement) {
   return hasRow;
 }
 
-bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_view outsiders) {
-  const OutsiderGuard guard(myDatabase, TableOf(query), outsiders);
+bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_view outsiders,
+                                           std::chrono::nanoseconds time) {
+  const OutsiderGuard guard(myDatabase, TableOf(query), outsiders, time);
   return guard.IsRefused() ? FailWith(SQLITE_AUTH) : HasRow(query);
 }
 

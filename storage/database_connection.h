@@ -66,8 +66,10 @@ class DatabaseConnection {
   bool HasRowWith(std::string_view query, const Values& values);
 
   // The same as HasRow for a query that starts with "SELECT * FROM" and holds a text of outsiders',
-  // who could otherwise hold up the server, or end it: fails where OutsiderGuard says so.
-  bool HasRowForOutsider(std::string_view query, std::string_view outsiders);
+  // who could otherwise hold up the server, or end it: fails where OutsiderGuard says so, and when
+  // it has taken so much processor time.
+  bool HasRowForOutsider(std::string_view query, std::string_view outsiders,
+                         std::chrono::nanoseconds time);
 
   // Runs one statement that has no result.
   [[nodiscard]] bool SQLExecute(std::string_view statement, const Values& values = {});

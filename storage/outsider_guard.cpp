@@ -4,13 +4,13 @@
 
 #include <sqlite3.h>
 
+#include "framework/processor_time.h"
 #include "framework/text.h"
 
 namespace corvane {
 
 namespace {
 
-constexpr std::chrono::milliseconds kTime(20);
 constexpr int kInstructionsBetweenLooks = 100;
 constexpr std::int64_t kMemory = std::int64_t{4} << 20;  // bytes beside what is in use
 constexpr int kMostSelects = 8;
@@ -27,8 +27,9 @@ const std::array<OutsiderGuard::Limit, 5> OutsiderGuard::kLimits = {{
     {SQLITE_LIMIT_VDBE_OP, 25'000},
 }};
 
-OutsiderGuard::OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders)
-    : myDatabase(database), myTable(table), myDeadline(Clock::now() + kTime) {
+OutsiderGuard::OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders,
+                             std::chrono::nanoseconds time)
+    : myDatabase(database), myTable(table), myEnd(ProcessorTime() + time) {
   if (myDatabase == nullptr) return;
   sqlite3_progress_handler(myDatabase, kInstructionsBetweenLooks, IsOver, this);
   if (outsiders.find('\'') == std::string_view::npos) return;
@@ -77,7 +78,7 @@ int OutsiderGuard::Authorize(void* guard, int action, const char* first, const c
 }
 
 int OutsiderGuard::IsOver(void* guard) {
-  return Clock::now() > static_cast<const OutsiderGuard*>(guard)->myDeadline ? 1 : 0;
+  return ProcessorTime() > static_cast<const OutsiderGuard*>(guard)->myEnd ? 1 : 0;
 }
 
 }  // namespace corvane

@@ -11,13 +11,14 @@ struct sqlite3;
 namespace corvane {
 
 // While one exists, what a query may cost that holds a text of outsiders' is bounded: it is
-// interrupted after 20 ms. A text with a quote in it can be more than a value, so it is bounded
+// interrupted after so much processor time. A text with a quote in it can be more than a value, so it is bounded
 // further: in memory, in length and depth, and to reading the query's own table without functions.
 // What a view calls and reads that the operator made of that table is no outsider's and passes.
 class OutsiderGuard {
  public:
   // `table` is the query's. The database may be none.
-  OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders);
+  OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders,
+                std::chrono::nanoseconds time);
   ~OutsiderGuard();
   OutsiderGuard(const OutsiderGuard&) = delete;
   OutsiderGuard& operator=(const OutsiderGuard&) = delete;
@@ -26,7 +27,6 @@ class OutsiderGuard {
   bool IsRefused() const { return myIsRefused; }
 
  private:
-  using Clock = std::chrono::steady_clock;
   struct Limit {
     int category;
     int value;
@@ -41,7 +41,7 @@ class OutsiderGuard {
 
   sqlite3* myDatabase;
   std::string_view myTable;
-  Clock::time_point myDeadline;
+  std::chrono::nanoseconds myEnd;  // of its ProcessorTime
   bool myIsConfined = false;
   bool myIsRefused = false;
   int mySelects = 0;  // the outsiders' and the query's own

@@ -96,6 +96,35 @@ TEST_F(AdminTest, BanCountsWhileTheDatabaseIsLockedAndIsStoredAfterwards) {
       [this] { return server.Query("SELECT address, reason FROM bans") == "127.0.0.2|spam;"; }));
 }
 
+TEST_F(AdminTest, LongListOfBansIsReadWhileOthersAreServedAndPaidFor) {
+  constexpr int kCount = 3000;
+  server.Query(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" +
+      std::to_string(kCount) +
+      ") INSERT INTO bans(address, \"by\", reason) SELECT '10.0.0.1', i, printf('%1024d', i) FROM n");
+  ann->Send(13, "");
+  const auto session = server.SessionOf("Ann");
+  const auto written = [&] { return server.loop.Counted().sent + session->BytesLeftToSend(); };
+  const auto before = written();
+  TakeIn(*session);
+  session->_Poll();
+  EXPECT_EQ(written(), before) << "it goes on when others had their turn";
+  const auto answer = ann->Drain();
+  ASSERT_EQ(answer.size(), 1U);
+  std::string expected;
+  for (int i = 1; i <= kCount; ++i) {
+    const std::string number = std::to_string(i);
+    expected += number + "|10.0.0.1|" + number + "|" + std::string(1024 - number.size(), ' ') +
+                number + "|" + '\0';
+  }
+  EXPECT_TRUE(answer[0] == (WireMessage{13, expected})) << answer[0].payload.size();
+  ann->Send(9, "");
+  TakeIn(*session);
+  session->_Poll();
+  EXPECT_EQ(session->BytesLeftToSend(), 0U) << "the list is paid for first";
+  EXPECT_EQ(ann->Receive(), (WireMessage{9, "1"}));
+}
+
 TEST_F(AdminTest, MessageReachesTheWholeNetworkAndNoOther) {
   ann->SendBytes(WireBytes(12, "") + WireBytes(12, "hello"));
   EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{998, "hello"}));

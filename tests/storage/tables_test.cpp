@@ -280,6 +280,20 @@ TEST_F(DatabaseTest, BackupWaitsForTheLockOfAnotherProgram) {
   EXPECT_EQ(OtherProgram(Path("copy")).Run("SELECT name FROM admins"), "a;");
 }
 
+TEST_F(TablesTest, WaitForALockTakesNoTimeFromAnOutsidersQuestion) {
+  Run("DROP INDEX admins_by_grant;"
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<500)"
+      "INSERT INTO admins(name) SELECT i FROM n");
+  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));
+  OtherProgram other(file);
+  other.Run("BEGIN EXCLUSIVE");
+  const std::jthread release([&other] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(60));
+    other.Run("COMMIT");
+  });
+  EXPECT_TRUE(admins.IsAdmin("op", "home", "10.0.0.1"));
+}
+
 TEST_F(DatabaseTest, LockIsWaitedForLongerWhileConnecting) {
   OtherProgram other(file);
   other.Run("BEGIN EXCLUSIVE");

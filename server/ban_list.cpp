@@ -1,0 +1,63 @@
+#include "server/ban_list.h"
+
+#include <chrono>
+#include <utility>
+
+#include "buffers/output_queue.h"
+#include "framework/dates.h"
+#include "framework/processor_time.h"
+#include "framework/text.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::chrono::milliseconds kReadingTime{1};
+
+}  // namespace
+
+bool BanList::ReadOn() {
+  const auto end = ProcessorTime() + kReadingTime;
+  while (!myIsComplete && ProcessorTime() < end)
+    ReadPortion();
+  return !myIsComplete;
+}
+
+void BanList::ReadPortion() {
+  const auto bans = myBans.Portion(myLast);
+  if (!bans) {
+    myPieces.clear();
+    myRecords.clear();
+  } else {
+    for (const BansTable::Ban& ban : *bans)
+      Add(ban);
+  }
+  // Pieces of this size do not count as a backlog of the connection.
+  if (myRecords.size() >= OutputQueue::kLarge) StorePiece();
+  myIsComplete = !bans || bans->size() < BansTable::kPortion || myHasFailed;
+}
+
+void BanList::Add(const BansTable::Ban& ban) {
+  myLast = ban.id;
+  if (myNetwork != nullptr && !SameText(ban.network, myNetwork->NetworkName)) return;
+  myRecords += std::to_string(ban.id) + "|" + ban.address + "|" + ban.by + "|" + ban.reason + "|" +
+               ShortDateAndTime(ban.bandate);
+  myRecords += '\0';
+}
+
+void BanList::StorePiece() {
+  // The other half stays free for those who wait for less.
+  const std::size_t half = myMemory.bounds.output / 2;
+  const bool hasRoom = myMemory.HasRoomForOutput(myRecords.size() + half);
+  const Slice piece = hasRoom ? CopyToBlock(myMemory.output, myRecords) : Slice();
+  myHasFailed = piece.Size() == 0;
+  if (!myHasFailed) myPieces.push_back(piece);
+  myRecords.clear();
+}
+
+std::optional<std::vector<Slice>> BanList::Take() {
+  if (!myRecords.empty()) StorePiece();
+  if (myHasFailed) return std::nullopt;
+  return std::move(myPieces);
+}
+
+}  // namespace corvane

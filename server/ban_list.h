@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "buffers/block.h"
+#include "net/connection_memory.h"
+#include "server/server_networks.h"
+#include "storage/bans_table.h"
+
+namespace corvane {
+
+// The list of bans that an administrator asks for (command 13), read and formatted in portions so
+// that others are served in between. Borrows the table and the memory.
+//
+// Limits: fails when all output together would take more than half of its bound.
+class BanList {
+ public:
+  // With a network, only the bans of its users.
+  BanList(BansTable& bans, ConnectionMemory& memory, NetworkRef network = nullptr)
+      : myBans(bans), myMemory(memory), myNetwork(std::move(network)) {}
+
+  // Reads on for about a millisecond. Returns whether there is more to read.
+  bool ReadOn();
+
+  // The payload of the answer; none when there was no memory for it. It is empty when the query
+  // failed.
+  std::optional<std::vector<Slice>> Take();
+
+ private:
+  void ReadPortion();
+  void Add(const BansTable::Ban& ban);
+  void StorePiece();
+
+  BansTable& myBans;
+  ConnectionMemory& myMemory;
+  NetworkRef myNetwork;
+  std::int64_t myLast = BansTable::kBegin;
+  std::vector<Slice> myPieces;
+  std::string myRecords;  // that are in no piece yet
+  bool myIsComplete = false;
+  bool myHasFailed = false;
+};
+
+}  // namespace corvane
