@@ -198,7 +198,7 @@ std::vector<std::string> Operator::WithoutNetwork() const {
 }
 
 std::optional<std::vector<BansTable::Ban>> Operator::Bans() {
-  return myListener.Bans().All();
+  return myListener.Bans().All([this] { myApp.Loop().GiveWay(); });
 }
 
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {

@@ -102,7 +102,7 @@ class Operator {
   // Whose connections would have it throw, "ADDRESS:PORT" each.
   std::vector<std::string> WithoutNetwork() const;
 
-  // None when the query fails.
+  // None when the query fails. Reading gives way to the connections.
   std::optional<std::vector<BansTable::Ban>> Bans();
   bool LiftBans(const std::vector<std::int64_t>& ids);
   std::optional<std::vector<AdminsTable::Admin>> Admins();

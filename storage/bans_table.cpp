@@ -20,8 +20,17 @@ bool BansTable::Add(const Ban& ban) {
   return myConnection.InsertRecord("bans", record) && myConnection.Commit();
 }
 
-std::optional<std::vector<BansTable::Ban>> BansTable::All() {
-  return Select("");
+std::optional<std::vector<BansTable::Ban>> BansTable::All(const std::function<void()>& afterEach) {
+  std::vector<Ban> all;
+  for (;;) {
+    auto portion = Portion(all.empty() ? kBegin : all.back().id);
+    if (!portion) return std::nullopt;
+    for (Ban& ban : *portion) {
+      all.push_back(std::move(ban));
+      afterEach();
+    }
+    if (portion->size() < kPortion) return all;
+  }
 }
 
 std::optional<std::vector<BansTable::Ban>> BansTable::Portion(std::int64_t behind) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
@@ -42,9 +43,10 @@ class BansTable {
   // Stores a ban; "banlength" is always 1, which nothing reads: deliberate.
   [[nodiscard]] bool Add(const Ban& ban);
 
-  // All bans in the database's order; none when the query fails.
-  std::optional<std::vector<Ban>> All();
-  // The next few of them behind the one with this number; fewer than kPortion where they end.
+  // All bans in the order of their numbers, read in portions: `afterEach` may let others be served.
+  // None when a query fails.
+  std::optional<std::vector<Ban>> All(const std::function<void()>& afterEach = [] {});
+  // The next few behind the one with this number; fewer than kPortion where they end.
   std::optional<std::vector<Ban>> Portion(std::int64_t behind);
   static constexpr std::size_t kPortion = 16;
   static constexpr std::int64_t kBegin = std::numeric_limits<std::int64_t>::min();
