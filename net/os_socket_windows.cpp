@@ -49,7 +49,7 @@ void SetConnectionOptions(SOCKET socket) {
   u_long on = 1;
   ioctlsocket(socket, FIONBIO, &on);
   SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
-  // A minute of silence, then the system's ten probes, twelve seconds apart; data that is not
+  // A minute of silence, then the system's ten probes, three seconds apart; data that is not
   // acknowledged in the same 90 s ends the connection too.
   tcp_keepalive keepAlive = {1, 60'000, 3'000};
   DWORD unused = 0;

@@ -14,8 +14,8 @@ constexpr std::size_t kMostMemories = 10'000;
 
 bool AddressTable::Admit(const std::string& address) {
   if (!IsCounted(address)) return true;
-  const auto count = myConnections.find(address);
-  if (count == myConnections.end()) return true;
+  const auto count = myConnections->find(address);
+  if (count == myConnections->end()) return true;
   const ConnectionCounts& most = *myRules.mostConnections;
   if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
   Memory& memory = Remember(address);
@@ -37,23 +37,8 @@ bool AddressTable::AdmitLine(const std::string& address) {
   return true;
 }
 
-void AddressTable::Enter(const std::string& address) {
-  if (!IsCounted(address)) return;
-  Count& count = myConnections[address];
-  ++count.all;
-  ++count.notLoggedIn;
-}
-
-void AddressTable::LogIn(const std::string& address) {
-  const auto count = myConnections.find(address);
-  if (count != myConnections.end()) --count->second.notLoggedIn;
-}
-
-void AddressTable::Leave(const std::string& address, bool wasLoggedIn) {
-  const auto count = myConnections.find(address);
-  if (count == myConnections.end()) return;
-  if (!wasLoggedIn) --count->second.notLoggedIn;
-  if (--count->second.all == 0) myConnections.erase(count);
+std::unique_ptr<AddressTable::Place> AddressTable::Enter(const std::string& address) {
+  return IsCounted(address) ? std::make_unique<Place>(myConnections, address) : nullptr;
 }
 
 AddressTable::Clock::duration AddressTable::PasswordDelay(const std::string& address) const {
@@ -133,6 +118,21 @@ void AddressTable::VisitDue() {
     }
   }
   CallAtFirst();
+}
+
+AddressTable::Place::Place(std::shared_ptr<Counts> counts, const std::string& address)
+    : myCounts(std::move(counts)), myCount(&*myCounts->try_emplace(address).first) {
+  ++myCount->second.all;
+  ++myCount->second.notLoggedIn;
+}
+
+AddressTable::Place::~Place() {
+  if (!myIsLoggedIn) --myCount->second.notLoggedIn;
+  if (--myCount->second.all == 0) myCounts->erase(std::string(myCount->first));
+}
+
+void AddressTable::Place::LogIn() {
+  if (!std::exchange(myIsLoggedIn, true)) --myCount->second.notLoggedIn;
 }
 
 }  // namespace corvane

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <memory>
 #include <string>
 #include <unordered_map>
 #include <vector>
@@ -37,10 +38,12 @@ class AddressTable {
   // Whether one more connection of the address may come in; one that may not is counted.
   bool Admit(const std::string& address);
 
-  // A connection came in, logged in, left.
-  void Enter(const std::string& address);
-  void LogIn(const std::string& address);
-  void Leave(const std::string& address, bool wasLoggedIn);
+  // One connection that is counted for its address, until this is destroyed; which may be after the
+  // table is.
+  class Place;
+
+  // A connection came in. None for an address that is not counted.
+  std::unique_ptr<Place> Enter(const std::string& address);
 
   // How long the answer to the address's next password has to wait.
   Clock::duration PasswordDelay(const std::string& address) const;
@@ -49,13 +52,18 @@ class AddressTable {
   // Whether the address may cause one more line of the status log; one that it may not is counted.
   bool AdmitLine(const std::string& address);
 
-  std::size_t Size() const { return myConnections.size() + myMemories.size(); }
+  bool IsTrusted(const std::string& address) const {
+    return myRules.trustedAddresses.Contains(address);
+  }
+
+  std::size_t Size() const { return myConnections->size() + myMemories.size(); }
 
  private:
   struct Count {
     std::int32_t all = 0;
     std::int32_t notLoggedIn = 0;
   };
+  using Counts = std::unordered_map<std::string, Count>;
   // What is remembered of an address when its connections have left.
   struct Memory {
     std::uint64_t refused = 0;                      // and not told yet
@@ -70,9 +78,6 @@ class AddressTable {
     std::string address;
   };
 
-  bool IsTrusted(const std::string& address) const {
-    return myRules.trustedAddresses.Contains(address);
-  }
   bool IsCounted(const std::string& address) const {
     return myRules.mostConnections.has_value() && !IsTrusted(address);
   }
@@ -89,10 +94,25 @@ class AddressTable {
   PollLoop& myLoop;
   SocketCore& myOwner;
   const Rules& myRules;
-  std::unordered_map<std::string, Count> myConnections;
+  std::shared_ptr<Counts> myConnections = std::make_shared<Counts>();
   std::unordered_map<std::string, Memory> myMemories;
   std::deque<Visit> myVisits;  // one for each memory, in the order of their times
   bool myIsCalled = false;     // at the first of them
+};
+
+class AddressTable::Place {
+ public:
+  Place(std::shared_ptr<Counts> counts, const std::string& address);
+  ~Place();
+  Place(const Place&) = delete;
+  Place& operator=(const Place&) = delete;
+
+  void LogIn();
+
+ private:
+  std::shared_ptr<Counts> myCounts;
+  Counts::value_type* myCount;
+  bool myIsLoggedIn = false;
 };
 
 }  // namespace corvane

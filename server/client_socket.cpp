@@ -46,7 +46,7 @@ ClientSocket::~ClientSocket() = default;
 
 void ClientSocket::Connected() {
   myState = State::Greeting;
-  myParent.Addresses().Enter(RemoteAddress());
+  myPlace = myParent.Addresses().Enter(RemoteAddress());
   ReportStatus(": Client Connection Initiated...");
   HoldMessages(true);
   GetClientInfo();
@@ -93,6 +93,8 @@ void ClientSocket::Close() {
   const ScopedFlag leaving = BeginHandler();
   Leave();
   EasyTCPSocket::Close();
+  // One that still sends what it holds is counted until it goes.
+  if (Handle() == os::kNoSocket) myPlace.reset();
 }
 
 void ClientSocket::ExpectToLeave() {
@@ -119,7 +121,6 @@ void ClientSocket::Leave() {
   if (myState == State::Idle || myState == State::Gone) return;
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
   myParent.Deadlines().End(myDeadline);
-  myParent.Addresses().Leave(RemoteAddress(), wasLoggedIn);
   myLookup.reset();
   if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
   myParent.ClientDisconnect(*this);
@@ -286,7 +287,7 @@ void ClientSocket::TakeName(std::string_view userName) {
     myFailedSteps = 0;
     LimitMessages(myParent.RulesInForce().longestAfterLogIn);
     myParent.Deadlines().End(myDeadline);
-    myParent.Addresses().LogIn(RemoteAddress());
+    if (myPlace) myPlace->LogIn();
     ReportStatus(": User Logged In (", userName, ")");
     EnterAs(userName, std::move(*folded));
     myParent.CallUserLoggedIn(*this);

@@ -12,6 +12,7 @@
 #include <QImage>
 
 #include "net/easy_tcp_socket.h"
+#include "server/address_table.h"
 #include "server/cost_gate.h"
 #include "server/seat.h"
 #include "server/server_networks.h"
@@ -163,6 +164,7 @@ class ClientSocket : public EasyTCPSocket {
   CostGate myQuestions;  // what its own cost
   std::unique_ptr<BanList> myBanList;  // while it is read
   Seat mySeat;
+  std::unique_ptr<AddressTable::Place> myPlace;  // none while not connected, or not counted
   std::unique_ptr<HttpTransfer> myLookup;  // while it is under way
 };
 

@@ -1,5 +1,6 @@
 #include "server/rules.h"
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <set>
@@ -136,6 +137,23 @@ std::string ManyWhoLogIn(TestServer& server) {
   return std::to_string(clients.size() - (isIn ? 0U : 1U));
 }
 
+// Their peers read nothing, and so they go on sending when the server has closed them.
+std::string ManyWhoAreClosed(TestServer& server) {
+  std::vector<os::SocketHandle> peers;
+  for (int i = 0; i < 8; ++i) {
+    peers.push_back(SilentPeer(server.Port()));
+    EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 1; }));
+    const auto session = server.Active(0);
+    session->SendMessage(998, std::string(12'000'000, 'x'));
+    session->Close();
+  }
+  TestClient next(server.Port());
+  const bool isRefused = !next.Receive();
+  std::ranges::for_each(peers, os::CloseSocket);
+  EXPECT_TRUE(PumpUntil([&] { return TestClient(server.Port()).Receive().has_value(); }));
+  return isRefused ? "refused" : "greeted";
+}
+
 // Whether the answer comes later than to somebody who asks later.
 bool IsKeptWaiting(TestServer& server, TestClient& other, TestClient& guesser,
                    const std::string& password) {
@@ -267,6 +285,7 @@ TEST(Rules, ColumnsDifferInEachRow) {
       {"time", NoLogIn, "stays stays stays 2 seats", "closed closed stays 1 seats"},
       {"not logged in", ManyWhoDoNotLogIn, "11 stay ",
        "8 stay 127.0.0.1: Connections Refused (1) 127.0.0.1: Connections Refused (2) "},
+      {"closed", ManyWhoAreClosed, "greeted", "refused"},
       {"in all", ManyWhoLogIn, "65", "64"},
       {"passwords", WrongPasswords, "", "400 ms "},
       {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
