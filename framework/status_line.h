@@ -10,6 +10,8 @@ namespace corvane {
 
 // A name in a line that others chose.
 struct Quoted {
+  explicit Quoted(std::string_view text) : name(text) {}
+
   std::string_view name;
 };
 
