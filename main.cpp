@@ -32,6 +32,7 @@
 #include "framework/text.h"
 #include "net/descriptor_limit.h"
 #include "server/app.h"
+#include "server/map_socket.h"
 #include "server/setting.h"
 #include "updater/version.h"
 
@@ -70,6 +71,25 @@ MessageBoxFunction Logging(ServerLog& log, MessageBoxFunction showMessage) {
   };
 }
 
+void Tell(const std::vector<std::string>& faults, ServerLog& log) {
+  for (const std::string& fault : faults) {
+    WriteErrorLine(fault);
+    log.Write(StatusLine({fault}));
+  }
+}
+
+void TellStart(const App& app, ServerLog& log) {
+  const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
+  WriteErrorLine(rules);
+  log.WriteAudit("Started, version " + RunningVersion().FullVersion());
+  log.WriteAudit(rules);
+}
+
+void LogEvents(MapSocket& listener, ServerLog& log) {
+  listener.Logged = [&log](const std::string& line) { log.Write(line); };
+  listener.Audited = [&log](const std::string& line) { log.WriteAudit(line); };
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -96,10 +116,7 @@ int main(int argc, char** argv) {
   if (folder && !Claim(control, *folder, MessageBoxesOfThePlatform())) return 1;
   // Outlives all that writes into it.
   ServerLog log(folder);
-  for (const std::string& fault : folder ? WriteFaults(*folder) : std::vector<std::string>()) {
-    WriteErrorLine(fault);
-    log.Write(StatusLine({fault}));
-  }
+  if (folder) Tell(WriteFaults(*folder), log);
   App app(folder, Logging(log, MessageBoxesOfThePlatform()));
   const auto writeLine = [&log](const std::string& text) { log.Write(StatusLine({text})); };
   app.Settings().Complained = writeLine;
@@ -114,19 +131,12 @@ int main(int argc, char** argv) {
                                  if (commands) commands->ReloadForSignal();
                                });
   if (!app.Open()) return 1;
-  log.WriteAudit("Started, version " + RunningVersion().FullVersion());
-  for (const std::string& fault : FaultsOf(app.Settings())) {
-    WriteErrorLine(fault);
-    log.Write(fault);
-  }
-  const std::string rules = "Rules in force: " + std::string(app.RulesInForce().name);
-  WriteErrorLine(rules);
-  log.WriteAudit(rules);
+  Tell(FaultsOf(app.Settings()), log);
+  TellStart(app, log);
 
   // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
-  window.sSocket->Logged = [&log](const std::string& line) { log.Write(line); };
-  window.sSocket->Audited = [&log](const std::string& line) { log.WriteAudit(line); };
+  LogEvents(*window.sSocket, log);
   MyTrayItem trayItem(window, [&window] { window.Actions().Quit(); });
   commands.emplace(app, *window.sSocket, window.Actions(), log);
   control.Serve(*commands);
