@@ -16,6 +16,7 @@
 
 #include "framework/disk_sync.h"
 #include "framework/text.h"
+#include "storage/database_connection.h"
 
 namespace corvane {
 namespace {

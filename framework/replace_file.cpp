@@ -28,7 +28,7 @@ QString ReplaceFile(const QString& file, QByteArrayView content) {
   QSaveFile replacement(file);
   if (replacement.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
     if (!WriteWhole(replacement, content)) {
-      const QString error = replacement.errorString();
+      QString error = replacement.errorString();
       replacement.cancelWriting();
       return error;
     }
@@ -40,7 +40,7 @@ QString ReplaceFile(const QString& file, QByteArrayView content) {
     return replacement.errorString();
   const QByteArray before = inPlace.readAll();
   if (Overwrite(inPlace, content)) return {};
-  const QString error = inPlace.errorString();
+  QString error = inPlace.errorString();
   // What it held still has its place.
   Overwrite(inPlace, before);
   return error;

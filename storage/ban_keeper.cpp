@@ -15,6 +15,9 @@ constexpr std::chrono::milliseconds kLongestPause(10'000);
 constexpr std::chrono::milliseconds kTimeOfARetry(20);
 constexpr std::chrono::milliseconds kTimeAtTheEnd(1000);
 constexpr std::chrono::milliseconds kPauseAtTheEnd(10);
+// While more than that waits, the file keeps what is stored already, and a kill has it stored
+// twice.
+constexpr std::size_t kMostRewritten = std::size_t{64} << 10;  // bytes
 // An administrator of a network can issue bans as fast as he likes, with reasons as long as he
 // likes.
 constexpr std::size_t kMostWaiting = std::size_t{16} << 20;  // bytes
@@ -76,7 +79,9 @@ void BanKeeper::Retry() {
   const std::size_t before = myWaiting.size();
   const bool isRefused = !StoreFor(kTimeOfARetry);
   myPause = isRefused ? std::min(myPause * 2, kLongestPause) : kFirstPause;
-  if (myWaiting.size() < before) myIsFileWhole = myFile.Replace(myWaiting);
+  if (myWaiting.size() < before && myWaitingBytes < kMostRewritten) {
+    myIsFileWhole = myFile.Replace(myWaiting);
+  }
   if (!myWaiting.empty()) myRetry.start(myPause);
 }
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <fstream>
 #include <optional>
@@ -214,10 +215,14 @@ TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
       EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.1"));
     }
     EXPECT_LT(timer.elapsed(), 5000) << "200 waits are 50 s";
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    timer.start();
-    EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
-    EXPECT_GE(timer.elapsed(), 8) << "a brief lock is waited for";
+    qint64 longest = 0;
+    for (int i = 0; i < 100 && longest < 8; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      timer.start();
+      EXPECT_FALSE(bans.IsBanned("10.0.0.1"));
+      longest = std::max(longest, timer.elapsed());
+    }
+    EXPECT_GE(longest, 8) << "a brief lock is waited for";
     EXPECT_FALSE(bans.All() || admins.All() || networks.All());
     EXPECT_FALSE(bans.Delete(std::vector<std::int64_t>(1000, 1)));
     EXPECT_FALSE(Ban("10.0.0.2") || bans.Delete("1"));
