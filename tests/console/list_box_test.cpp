@@ -30,6 +30,8 @@ TEST_F(ListBoxTest, RowOfTheKeyboardIsSeenSelectedOrNot) {
 
 TEST_F(ListBoxTest, KeysAndDoubleClicksDoWhatTheMenusHave) {
   const auto ann = LoggedIn("Ann");
+  EXPECT_TRUE(myWindow->lstUsers->viewport()->updatesEnabled())
+      << "the first row is painted at once";
   ListBox& networks = *myWindow->lstNetworks;
   for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Delete})
     QTest::keyClick(&networks, key);
