@@ -63,8 +63,7 @@ bool IsText(std::string_view) {
 
 constexpr std::string_view kSwitch = "1, yes, true or on, or else 0, no, false, off or nothing";
 constexpr std::string_view kPort = "a port from 0 to 65535";
-constexpr std::string_view kWebAddress =
-    "an address such as https://example.org/path, or nothing";
+constexpr std::string_view kWebAddress = "an address such as https://example.org/path, or nothing";
 constexpr std::string_view kCountsAsOn = "it counts as on";
 
 constexpr std::array kSettings = {

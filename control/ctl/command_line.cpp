@@ -34,8 +34,7 @@ const Command* CommandOf(const QStringList& words) {
 }
 
 [[noreturn]] void ThrowUsage(const Command& command, const QString& fault) {
-  throw UsageError(
-      QStringLiteral("%1: %2\nUsage: %3").arg(command.words, fault, UsageOf(command)));
+  throw UsageError(QStringLiteral("%1: %2\nUsage: %3").arg(command.words, fault, UsageOf(command)));
 }
 
 QJsonValue ValueOf(const Command& command, const QCommandLineParser& parser,
@@ -99,6 +98,7 @@ void TakePasswordOptions(const Command& command, const QCommandLineParser& parse
 
 void TakeCommonOptions(const QCommandLineParser& parser, CommandLine& line) {
   if (parser.isSet("data-folder")) line.dataFolder = parser.value("data-folder");
+  if (line.dataFolder == "") throw UsageError("--data-folder is empty");
   line.json = line.json || parser.isSet("json");
 }
 

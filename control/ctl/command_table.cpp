@@ -6,8 +6,7 @@ namespace {
 constexpr Argument kNetwork{"name", "The network."};
 constexpr Argument kUser{"user", "The user's name, or ADDRESS:PORT as \"users\" shows it."};
 constexpr Argument kReason{"reason", "What the user is told."};
-constexpr OptionOf kIsName{"name", nullptr,
-                           "USER is a name, even if it looks like ADDRESS:PORT."};
+constexpr OptionOf kIsName{"name", nullptr, "USER is a name, even if it looks like ADDRESS:PORT."};
 constexpr OptionOf kOneNetwork{"network", "NAME", "Only this network."};
 constexpr OptionOf kForce{"force", nullptr, "Also where that ends the server."};
 constexpr OptionOf kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};

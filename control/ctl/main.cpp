@@ -32,7 +32,7 @@ int Complain(ExitCode code, const QString& text) {
 // The first line of the file, without its end.
 QString PasswordFrom(const QString& name) {
   QFile file(name);
-  if (!file.open(QIODevice::ReadOnly)) throw UsageError("cannot read " + name);
+  if (!file.open(QIODevice::ReadOnly)) throw UsageError(name + ": " + file.errorString());
   QString line = QString::fromUtf8(file.readLine());
   while (line.endsWith('\n') || line.endsWith('\r'))
     line.chop(1);

@@ -137,7 +137,11 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
        {998, "good day"}},
       {{"kick", "ann", "--", "-o-"}, "", 0, "Kicked Ann", "", "", ann.get(), {996, "-o-"}},
       {{"kick", "Eve", "why"}, "", 1, "nobody \"Eve\"", ""},
-      {{"kick", "Ann"}, "", 2, "REASON is missing\nUsage: corvanectl kick [OPTION...] USER REASON...", ""},
+      {{"kick", "Ann"},
+       "",
+       2,
+       "REASON is missing\nUsage: corvanectl kick [OPTION...] USER REASON...",
+       ""},
       {{"kick", "", "x"}, "", 2, "USER is empty", ""},
       {{"status", "now"}, "", 2, "\"now\" is one argument too many", ""},
       {{"log", "--lines", "x"}, "", 2, "--lines takes a number, not \"x\"", ""},
@@ -175,6 +179,7 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
       {{"settings", "--json"}, "", 0, R"({"name":"AttachedPort","value":"12345"})", ""},
       {{"network", "disconnect", "north"}, "", 0, "Sent away", "", "", ann.get(), {999, "BYE"}},
       {{"frob"}, "", 2, "no command", ""},
+      {{"status", "--data-folder", ""}, "", 2, "--data-folder is empty", ""},
       {{}, "", 2, "no command\n\nUsage", ""},
       {{"network"}, "", 2, "\n  network disconnect    Sends", ""},
       {{"network", "x"}, "", 2, "no command \"network x\"", ""},
@@ -222,7 +227,8 @@ TEST_F(ControlTest, AddressAndPortAreNoNameUnlessSaid) {
 
 TEST_F(ControlTest, WhatDidNotWorkIsTold) {
   OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE bans RENAME TO b");
-  for (const QStringList& ban : {QStringList{"ban", "Bob", "x"}, {"ban-address", "10.0.0.1", "x"}}) {
+  for (const QStringList& ban :
+       {QStringList{"ban", "Bob", "x"}, {"ban-address", "10.0.0.1", "x"}}) {
     const Outcome banned = Run(ban);
     EXPECT_EQ(banned.exitCode, 0) << "it counts";
     EXPECT_THAT(banned.text, HasSubstr("counts but is not stored (database: no such table: bans)"));
@@ -231,7 +237,8 @@ TEST_F(ControlTest, WhatDidNotWorkIsTold) {
   for (const QStringList& command : {QStringList{"status"}, {"users", "--json"}, {"help"}}) {
     QProcess program;
     program.setStandardOutputFile("/dev/full");
-    program.start(QStringLiteral(CORVANECTL), QStringList{"--data-folder", myFolder.path()} + command);
+    program.start(QStringLiteral(CORVANECTL),
+                  QStringList{"--data-folder", myFolder.path()} + command);
     EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
     EXPECT_EQ(program.exitCode(), 4);
     EXPECT_THAT(program.readAllStandardError().toStdString(), HasSubstr("standard output: "));
@@ -451,8 +458,8 @@ TEST(ControlConnection, IdleClientIsDroppedUnlessItFollows) {
   for (QLocalSocket* client : {&idle, &follower}) {
     client->connectToServer(ControlName(folder.path()));
     ASSERT_TRUE(server.waitForNewConnection(5'000));
-    connections.emplace_back(
-        new ControlConnection(server.nextPendingConnection(), &server, std::chrono::milliseconds(50)));
+    connections.emplace_back(new ControlConnection(server.nextPendingConnection(), &server,
+                                                   std::chrono::milliseconds(50)));
   }
   connections[1]->StartFollowing();
   EXPECT_TRUE(PumpUntil([&] { return connections[0].isNull(); }));

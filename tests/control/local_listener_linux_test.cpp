@@ -1,5 +1,3 @@
-#include "control/local_listener.h"
-
 #include <cstring>
 #include <memory>
 #include <sys/resource.h>
@@ -12,6 +10,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "control/local_listener.h"
 #include "tests/support/test_client.h"
 
 namespace corvane {
@@ -49,8 +48,8 @@ TEST(LocalListener, OneIsServedWithoutDescriptorsAndTheOthersLater) {
   std::vector<std::unique_ptr<QLocalSocket>> accepted;
   LocalListener listener;
   ASSERT_TRUE(listener.Listen(name)) << listener.Error();
-  EXPECT_EQ(QFile::permissions(name) & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther |
-                                        QFile::WriteOther),
+  EXPECT_EQ(QFile::permissions(name) &
+                (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
             QFile::Permissions());
   listener.Serve([&accepted](QLocalSocket* client) { accepted.emplace_back(client); });
   sockaddr_un address{AF_UNIX, {}};

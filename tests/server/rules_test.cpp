@@ -347,9 +347,13 @@ TEST(Rules, SettingsChooseThem) {
     std::vector<std::string> taken;
     std::vector<std::string> refused;
   } cases[] = {
-      {"Hardened", {" off", "0", "No", "FALSE", "", "1", "yes", "True", "on "}, {"maybe", "2", "00"}},
+      {"Hardened",
+       {" off", "0", "No", "FALSE", "", "1", "yes", "True", "on "},
+       {"maybe", "2", "00"}},
       {"StartHidden", {"yes", "0"}, {"2"}},
-      {"attachednic", {"", "none", "52:54:00:12:34:aF"}, {"eth0", "52:54:00:12:34:a", "192.0.2.17"}},
+      {"attachednic",
+       {"", "none", "52:54:00:12:34:aF"},
+       {"eth0", "52:54:00:12:34:a", "192.0.2.17"}},
       {"AttachedPort", {"0", "65535"}, {"65536", "-1", "12.5", "1x", ""}},
       {"MaxConns", {"2", "9999"}, {"1", "10000"}},
       {"TrustedAddresses",
@@ -373,7 +377,8 @@ TEST(Rules, SettingsChooseThem) {
   }
   AppSettings settings(std::nullopt);
   settings.SetValue("TrustedAddresses", "10.1.2.3, 10.2.0.0/16 1.2.3");
-  EXPECT_THAT(FaultsOf(settings), ElementsAre(testing::HasSubstr("not \"10.1.2.3, 10.2.0.0/16 1.2.3\"")));
+  EXPECT_THAT(FaultsOf(settings),
+              ElementsAre(testing::HasSubstr("not \"10.1.2.3, 10.2.0.0/16 1.2.3\"")));
   const AddressRanges trusted = Rules::FromSettings(settings).trustedAddresses;
   for (const char* address : {"10.1.2.3", "10.2.0.0", "10.2.255.255"})
     EXPECT_TRUE(trusted.Contains(address)) << address;
