@@ -36,7 +36,7 @@ struct LocalListener::Socket {
   bool Bind(const QByteArray& file);
   void Serve();
   void Accept();
-  int AcceptOne();
+  int AcceptOne() const;
   void KeepSpare();
 
   int listening;
@@ -82,7 +82,7 @@ void LocalListener::Socket::Serve() {
   QObject::connect(ready.get(), &QSocketNotifier::activated, [this] { Accept(); });
 }
 
-int LocalListener::Socket::AcceptOne() {
+int LocalListener::Socket::AcceptOne() const {
   return accept4(listening, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
 }
 

@@ -56,13 +56,10 @@ QString Completions(const QStringList& words) {
   const OptionOf* open = nullptr;  // whose value is next
   for (const QString& word : words.first(words.size() - 1)) {
     if (word == "=") continue;  // bash: between an option and its value
-    if (open != nullptr) {
-      open = nullptr;
-    } else if (!word.startsWith('-')) {
-      given.push_back(word);
-    } else if (open = OptionNamed(word); open != nullptr && open->valueName == nullptr) {
-      open = nullptr;
-    }
+    const bool isValue = open != nullptr;
+    open = isValue ? nullptr : OptionNamed(word);
+    if (open != nullptr && open->valueName == nullptr) open = nullptr;
+    if (!isValue && !word.startsWith('-')) given.push_back(word);
   }
   if (open != nullptr) return ValuesOf(*open);
   const bool isHelp = given.value(0) == "help";
