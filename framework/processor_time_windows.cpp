@@ -1,5 +1,4 @@
 #include <cstdint>
-
 #include <windows.h>
 
 #include "framework/processor_time.h"

@@ -100,11 +100,11 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   std::size_t myLongestMessage = std::numeric_limits<std::size_t>::max();
   bool myIsDispatching = false;
   bool myIsHeld = false;
-  int myDelays = 0;                                      // that have not passed yet
+  int myDelays = 0;  // that have not passed yet
   // After the peer ended its sending: when it was last known to be there, and what it had taken.
   std::optional<PollLoop::Clock::time_point> myEndSeen;
   std::size_t mySentBefore = 0;
-  bool myIsQueued = false;                               // on the loop's list
+  bool myIsQueued = false;  // on the loop's list
 };
 
 }  // namespace corvane

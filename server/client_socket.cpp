@@ -399,9 +399,9 @@ void ClientSocket::SendMembers() {
 }
 
 void ClientSocket::BeginBanList() {
-  myBanList = std::make_unique<BanList>(
-      myParent.Bans(), myLoop.Memory(),
-      myParent.RulesInForce().areAllBansShown ? nullptr : myNetwork);
+  myBanList =
+      std::make_unique<BanList>(myParent.Bans(), myLoop.Memory(),
+                                myParent.RulesInForce().areAllBansShown ? nullptr : myNetwork);
 }
 
 void ClientSocket::SendBans() {

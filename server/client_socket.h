@@ -153,7 +153,7 @@ class ClientSocket : public EasyTCPSocket {
   void Leave();
 
   State myState = State::Idle;
-  int myFailedSteps = 0;  // before the log-in, then since
+  int myFailedSteps = 0;                                      // before the log-in, then since
   std::optional<PollLoop::Clock::time_point> myPasswordTime;  // of the one that waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;
@@ -161,7 +161,7 @@ class ClientSocket : public EasyTCPSocket {
   std::string myFoldedUsername;
   bool myNameIsCode = false;  // it may be more than a value in the administrator question
   bool myIsQuestionCostly = false;
-  CostGate myQuestions;  // what its own cost
+  CostGate myQuestions;                // what its own cost
   std::unique_ptr<BanList> myBanList;  // while it is read
   Seat mySeat;
   std::unique_ptr<AddressTable::Place> myPlace;  // none while not connected, or not counted

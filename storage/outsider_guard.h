@@ -11,9 +11,10 @@ struct sqlite3;
 namespace corvane {
 
 // While one exists, what a query may cost that holds a text of outsiders' is bounded: it is
-// interrupted after so much processor time. A text with a quote in it can be more than a value, so it is bounded
-// further: in memory, in length and depth, and to reading the query's own table without functions.
-// What a view calls and reads that the operator made of that table is no outsider's and passes.
+// interrupted after so much processor time. A text with a quote in it can be more than a value, so
+// it is bounded further: in memory, in length and depth, and to reading the query's own table
+// without functions. What a view calls and reads that the operator made of that table is no
+// outsider's and passes.
 class OutsiderGuard {
  public:
   // `table` is the query's. The database may be none.

@@ -98,10 +98,10 @@ TEST_F(AdminTest, BanCountsWhileTheDatabaseIsLockedAndIsStoredAfterwards) {
 
 TEST_F(AdminTest, LongListOfBansIsReadWhileOthersAreServedAndPaidFor) {
   constexpr int kCount = 3000;
-  server.Query(
-      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" +
-      std::to_string(kCount) +
-      ") INSERT INTO bans(address, \"by\", reason) SELECT '10.0.0.1', i, printf('%1024d', i) FROM n");
+  server.Query("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" +
+               std::to_string(kCount) +
+               ") INSERT INTO bans(address, \"by\", reason) SELECT '10.0.0.1', i, printf('%1024d', "
+               "i) FROM n");
   ann->Send(13, "");
   const auto session = server.SessionOf("Ann");
   const auto written = [&] { return server.loop.Counted().sent + session->BytesLeftToSend(); };

@@ -227,9 +227,8 @@ std::string BansOfOthers(TestServer& server) {
 
 std::string MisleadingNames(TestServer& server) {
   std::string taken;
-  for (const std::string& name :
-       {"a\tb"s, "\x7F"s, "\xC2\x85"s, "Ann\xE2\x80\x8B"s, "bob|9,9"s, std::string(65, 'n'),
-        std::string(64, 'n'), "Zo\xC3\xAB"s}) {
+  for (const std::string& name : {"a\tb"s, "\x7F"s, "\xC2\x85"s, "Ann\xE2\x80\x8B"s, "bob|9,9"s,
+                                  std::string(65, 'n'), std::string(64, 'n'), "Zo\xC3\xAB"s}) {
     TestClient client(server.Port());
     taken += client.LogIn("A", "secret", name) ? "yes " : "no ";
   }

@@ -14,8 +14,8 @@ namespace corvane {
 class WebServer {
  public:
   struct Answer {
-    std::string bytes;   // header and body as they go out
-    bool closes = true;  // afterwards; else the connection stays open without a word
+    std::string bytes;    // header and body as they go out
+    bool closes = true;   // afterwards; else the connection stays open without a word
     bool isHeld = false;  // until AnswerHeld
   };
 
