@@ -145,8 +145,10 @@ void EasyTCPSocket::_Poll() {
 void EasyTCPSocket::FireEvents() {
   // Whoever is sent more than it takes asks no more.
   if (IsFull()) return DelayMessages(kFullDelay);
-  const auto wait = MustWait(ReadFrame(mEvents.Bytes()).command);
-  if (wait > PollLoop::Clock::duration::zero()) return DelayMessages(wait);
+  auto wait = myBudget.Wait();
+  if (wait <= wait.zero()) wait = MustWait(ReadFrame(mEvents.Bytes()).command);
+  if (wait > wait.zero()) return DelayMessages(wait);
+  myBudget.ChargeMessage();
   // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.
   ByteQueue delivering = std::move(mEvents);
   const Frame frame = ReadFrame(delivering.Bytes());

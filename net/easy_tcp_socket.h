@@ -10,6 +10,7 @@
 
 #include "buffers/byte_queue.h"
 #include "net/frame.h"
+#include "net/message_budget.h"
 #include "net/poll_loop.h"
 #include "net/tcp_socket.h"
 
@@ -66,6 +67,10 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
 
   // The longest whole message, in bytes, that may arrive from now on.
   void LimitMessages(std::size_t longest) { myLongestMessage = longest; }
+  // How many messages are delivered from now on; those that come faster wait.
+  void LimitRate(const MessageRate& rate) { myBudget.Limit(rate); }
+  // Has later messages wait for what the one that is being delivered costs.
+  void ChargeMessage(PollLoop::Clock::duration cost) { myBudget.Charge(cost); }
 
   // While held, messages queue up and none is delivered.
   void HoldMessages(bool held);
@@ -98,6 +103,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   std::int32_t mWaitForThisCommand = -1;
   bool mWaitingForACommand = false;
   std::size_t myLongestMessage = std::numeric_limits<std::size_t>::max();
+  MessageBudget myBudget;
   bool myIsDispatching = false;
   bool myIsHeld = false;
   int myDelays = 0;  // that have not passed yet

@@ -34,6 +34,8 @@ constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 // Reports repeat the name. With one of this length they pay for their bytes.
 constexpr std::size_t kLongName = 64 * 1024;
 constexpr std::size_t kNameBytesPerMillisecond = 4096;
+// A list of members costs who asks for it by its size: four seconds' worth is free.
+constexpr std::chrono::microseconds kListByte{15};
 
 }  // namespace
 
@@ -47,9 +49,14 @@ ClientSocket::~ClientSocket() = default;
 void ClientSocket::Connected() {
   myState = State::Greeting;
   myPlace = myParent.Addresses().Enter(RemoteAddress());
+  LimitRateUnlessTrusted(myParent.RulesInForce().rateBeforeLogIn);
   ReportStatus(": Client Connection Initiated...");
   HoldMessages(true);
   GetClientInfo();
+}
+
+void ClientSocket::LimitRateUnlessTrusted(const MessageRate& rate) {
+  if (!myParent.Addresses().IsTrusted(RemoteAddress())) LimitRate(rate);
 }
 
 void ClientSocket::GetClientInfo() {
@@ -286,6 +293,7 @@ void ClientSocket::TakeName(std::string_view userName) {
   if (folded && CanLogin(*folded) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myFailedSteps = 0;
     LimitMessages(myParent.RulesInForce().longestAfterLogIn);
+    LimitRateUnlessTrusted(myParent.RulesInForce().rateAfterLogIn);
     myParent.Deadlines().End(myDeadline);
     if (myPlace) myPlace->LogIn();
     ReportStatus(": User Logged In (", userName, ")");
@@ -390,12 +398,16 @@ void ClientSocket::TakeReport(std::string_view data) {
 
 void ClientSocket::SendMembers() {
   const auto members = myParent.Sessions().MembersOf(*myNetwork);
+  std::size_t size = 0;
   for (const std::shared_ptr<ClientSocket>& member : *members) {
     if (member.get() != this && !member->Username().empty()) {
-      SendMessage(wire::kMember, wire::MemberRecord(*member));
+      const std::string record = wire::MemberRecord(*member);
+      SendMessage(wire::kMember, record);
+      size += kFrameHeaderBytes + record.size();
     }
     myLoop.GiveWay();
   }
+  ChargeMessage(size * kListByte);
 }
 
 void ClientSocket::BeginBanList() {

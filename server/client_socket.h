@@ -111,6 +111,7 @@ class ClientSocket : public EasyTCPSocket {
   PollLoop::Clock::duration MustWait(std::int32_t command) override;
 
  private:
+  void LimitRateUnlessTrusted(const MessageRate& rate);
   void Greet(const ClientLocation& location);
   void HandleMemberCommand(std::int32_t command, std::string_view data);
   void NoteAdminCommand(std::int32_t command, std::string_view data);
@@ -165,7 +166,7 @@ class ClientSocket : public EasyTCPSocket {
   std::unique_ptr<BanList> myBanList;  // while it is read
   Seat mySeat;
   std::unique_ptr<AddressTable::Place> myPlace;  // none while not connected, or not counted
-  std::unique_ptr<HttpTransfer> myLookup;  // while it is under way
+  std::unique_ptr<HttpTransfer> myLookup;        // while it is under way
 };
 
 }  // namespace corvane

@@ -26,6 +26,8 @@ Rules Rules::Hardened() {
   rules.longestAfterLogIn = std::size_t{64} << 10;
   rules.longestUserName = 64;
   rules.longestReason = 1024;
+  rules.rateBeforeLogIn = MessageRate::Of(10, 20);
+  rules.rateAfterLogIn = MessageRate::Of(50, 500);
   rules.mostConnections.emplace();
   rules.passwordDelays.emplace();
   rules.statusLines.emplace();

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "framework/address_ranges.h"
+#include "net/message_budget.h"
 #include "storage/statement_values.h"
 
 namespace corvane {
@@ -71,6 +72,10 @@ struct Rules {
   // In bytes. A longer user name is refused; a longer reason of a ban is cut.
   std::size_t longestUserName = std::size_t{1} << 20;
   std::size_t longestReason = std::numeric_limits<std::size_t>::max();
+
+  // Of the messages of one connection, unless its address is trusted.
+  MessageRate rateBeforeLogIn;
+  MessageRate rateAfterLogIn;
 
   // Of one address; none: no bound, and no delay.
   std::optional<ConnectionCounts> mostConnections;

@@ -143,6 +143,16 @@ TEST_F(ClientSocketTest, CostlyQuestionsTogetherTakeASmallPartOfTheTime) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::milliseconds(3 * 180));
 }
 
+TEST_F(ClientSocketTest, ListsOfMembersCostTheirSize) {
+  const auto large = LoggedIn(std::string(300'000, 'n'));
+  const auto ann = LoggedIn("Ann");
+  const auto begin = PollLoop::Clock::now();
+  ann->SendBytes(WireBytes(5, "") + WireBytes(999, ""));
+  EXPECT_EQ(ann->Receive()->command, 5);
+  EXPECT_EQ(ann->Receive()->command, 999);
+  EXPECT_GE(PollLoop::Clock::now() - begin, std::chrono::milliseconds(450));
+}
+
 TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
   a->MaxUsers = 1;
   const auto first = Greeted();

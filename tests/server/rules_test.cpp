@@ -202,6 +202,24 @@ std::string LongMessages(TestServer& server) {
   return outcome;
 }
 
+// Questions at once, 23 before the log-in and 537 after it: whether the answers are kept back.
+std::string FastMessages(TestServer& server) {
+  const auto ann = LoggedIn(server, "Ann");
+  TestClient stranger(server.Port());
+  stranger.Receive();
+  std::string outcome;
+  for (const auto& [client, count] : {std::pair{&stranger, 23}, {ann.get(), 537}}) {
+    QElapsedTimer timer;
+    timer.start();
+    for (int i = 0; i < count; ++i)
+      client->Send(999, "");
+    for (int i = 0; i < count; ++i)
+      EXPECT_EQ(client->Receive(), (WireMessage{999, "BYE"})) << i;
+    outcome += timer.elapsed() >= 290 ? "waits " : "soon ";
+  }
+  return outcome;
+}
+
 std::string KickedAndBanned(TestServer& server) {
   const auto kicked = LoggedIn(server, "Ann");
   const auto banned = LoggedIn(server, "Bob", "127.0.0.2");
@@ -288,6 +306,7 @@ TEST(Rules, ColumnsDifferInEachRow) {
       {"in all", ManyWhoLogIn, "65", "64"},
       {"passwords", WrongPasswords, "", "400 ms "},
       {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
+      {"rate", FastMessages, "soon soon ", "waits waits "},
       {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
       {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
       {"lines", ManyLines, "all", "bounded"},
@@ -313,6 +332,7 @@ TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   EXPECT_EQ(ManyWhoDoNotLogIn(server), "11 stay ");
   EXPECT_EQ(WrongPasswords(server), "");
   EXPECT_EQ(ManyLines(server), "all");
+  EXPECT_EQ(FastMessages(server), "soon soon ");
 }
 
 TEST(Rules, AddressesAreNotRememberedWithoutBound) {

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+
+namespace corvane {
+
+// How many messages a peer may send: so many at once, then one per interval. What answers cost it
+// counts against the same credit, which is the time that the messages at once would take.
+struct MessageRate {
+  std::chrono::nanoseconds interval{0};  // none: any number
+  std::chrono::nanoseconds credit = std::chrono::seconds(4);
+
+  static constexpr MessageRate Of(int perSecond, int atOnce) {
+    const auto interval = std::chrono::nanoseconds(std::chrono::seconds(1)) / perSecond;
+    return {interval, interval * atOnce};
+  }
+};
+
+// Says how long a peer's next message has to wait. Looks at the clock only where messages are
+// limited or something was charged.
+class MessageBudget {
+ public:
+  using Clock = std::chrono::steady_clock;
+
+  // Begins with the whole credit.
+  void Limit(const MessageRate& rate) {
+    myRate = rate;
+    myPaidUntil = {};
+  }
+
+  // Zero or less: none. A message that need not wait is to be charged.
+  Clock::duration Wait() const {
+    if (IsUnlimited() && myPaidUntil == Clock::time_point{}) return {};
+    return myPaidUntil + myRate.interval - myRate.credit - Clock::now();
+  }
+  void ChargeMessage() {
+    if (!IsUnlimited()) Charge(myRate.interval);
+  }
+  void Charge(Clock::duration cost) { myPaidUntil = std::max(myPaidUntil, Clock::now()) + cost; }
+
+ private:
+  bool IsUnlimited() const { return myRate.interval == std::chrono::nanoseconds::zero(); }
+
+  MessageRate myRate;
+  Clock::time_point myPaidUntil;
+};
+
+}  // namespace corvane
