@@ -16,6 +16,7 @@ namespace {
 // Output above this is sent while it is written, so that a long relay does not pile up memory.
 constexpr std::size_t kFlushAt = 64 * 1024;
 constexpr int kMostLastReads = 16;
+constexpr std::size_t kMuch = 16;  // much is the bound of one connection's output by this
 
 std::size_t TotalSize(std::span<const std::string_view> pieces) {
   std::size_t size = 0;
@@ -265,6 +266,12 @@ bool TCPSocket::IsFull() const {
   return myOutput.Size() >= myLoop.Memory().bounds.connectionOutput;
 }
 
+TCPSocket::Reading TCPSocket::HowPeerReads(PollLoop::Clock::time_point now) const {
+  const ConnectionMemory::Limits& bounds = myLoop.Memory().bounds;
+  if (myOutput.Size() < bounds.connectionOutput / kMuch) return Reading::KeepsUp;
+  return now - myLastMoved < bounds.drain ? Reading::IsBehind : Reading::IsStuck;
+}
+
 bool TCPSocket::MayWrite(std::size_t bytes) {
   if (myState == State::Connected) CompleteOutput();
   if (myState != State::Connected || mySendError != 0 || bytes == 0) return false;
@@ -304,6 +311,7 @@ void TCPSocket::Flush() {
     if (sent.error != 0 && !os::WouldBlock(sent.error)) return FailToSend(sent.error);
     myAwaitsWritable = sent.bytes < TotalSize(pieces);
     myIsWritable = !myAwaitsWritable;
+    if (myAwaitsWritable && sent.bytes > 0) myLastMoved = PollLoop::Clock::now();
     myOutput.Consume(sent.bytes);
     myLoop.Counted().sent += sent.bytes;
     NoteSent(sent.bytes);

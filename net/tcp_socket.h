@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -78,6 +79,10 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void Flush() final;
   bool WriteError() const override { return LastErrorCode() != 0; }
   std::size_t BytesLeftToSend() const { return myOutput.Size(); }
+  // How its peer keeps up with what it is sent: much may wait for it, and of that some may have
+  // moved lately or nothing for as long as a closed connection may stand still.
+  enum class Reading { KeepsUp, IsBehind, IsStuck };
+  Reading HowPeerReads(std::chrono::steady_clock::time_point now) const;
   // Ends the connection, with Error in the next pass, for want of memory or over its bound.
   void FailForMemory();
   // Bytes of memory that what has arrived takes.
@@ -162,6 +167,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   ByteQueue myInput;
   OutputQueue myOutput;
   std::size_t mySentSinceProgress = 0;
+  std::chrono::steady_clock::time_point myLastMoved;  // when the system took some, and not all
   std::weak_ptr<ServerSocket> myListener;
   std::uint64_t myHandOffNumber = 0;
 };

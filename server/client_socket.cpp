@@ -29,6 +29,7 @@ constexpr std::chrono::milliseconds kLongestDelay{250};
 // A question to the database that takes no more is paid for by its session alone.
 constexpr std::chrono::microseconds kCheapQuestion{250};
 constexpr std::chrono::nanoseconds kUntilOthersWereServed{1};
+constexpr std::chrono::milliseconds kReadersDelay{20};
 constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 
 // Reports repeat the name. With one of this length they pay for their bytes.
@@ -157,6 +158,7 @@ void ClientSocket::CompleteOutput() {
 }
 
 PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
+  if (command == wire::kReport && myAwaitsReaders) return ReportWait();
   if (command == wire::kPassword) return PasswordWait();
   const bool asks =
       command == wire::kIsAdmin || (command >= wire::kAdminKick && command <= wire::kAdminLiftBan);
@@ -196,6 +198,11 @@ std::chrono::nanoseconds ClientSocket::Charged(const Work& work) {
   myQuestions.Charge(cost);
   myParent.CostlyQuestions().Charge(cost);
   return cost;
+}
+
+PollLoop::Clock::duration ClientSocket::ReportWait() {
+  myAwaitsReaders = myNetwork != nullptr && myParent.Sessions().AreMostBehind(*myNetwork);
+  return myAwaitsReaders ? kReadersDelay : PollLoop::Clock::duration::zero();
 }
 
 PollLoop::Clock::duration ClientSocket::PasswordWait() {

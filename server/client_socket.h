@@ -96,6 +96,10 @@ class ClientSocket : public EasyTCPSocket {
   // the rules say so.
   void ExpectToLeave();
 
+  // To be called when its reports pile up with most of its recipients: its next one waits until
+  // they have read.
+  void AwaitReaders() { myAwaitsReaders = true; }
+
   // Ends the connection from our side. The client is sent nothing, no Error is raised. Harmless on
   // a session that is gone.
   void Close() override;
@@ -138,6 +142,8 @@ class ClientSocket : public EasyTCPSocket {
   PollLoop::Clock::duration PasswordWait();
   PollLoop::Clock::duration QuestionWait();
   PollLoop::Clock::duration ListWait();
+  // How long a report has to wait for its recipients.
+  PollLoop::Clock::duration ReportWait();
   void BeginBanList();
   bool AskWhetherAdmin(std::chrono::nanoseconds time);
   // Does the work and has the session pay for it. Returns what it cost.
@@ -158,6 +164,7 @@ class ClientSocket : public EasyTCPSocket {
   std::optional<PollLoop::Clock::time_point> myPasswordTime;  // of the one that waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;
+  bool myAwaitsReaders = false;
   std::string myUsername;
   std::string myFoldedUsername;
   bool myNameIsCode = false;  // it may be more than a value in the administrator question

@@ -1,6 +1,8 @@
 #include "server/outbox.h"
 
 #include <algorithm>
+#include <unordered_map>
+#include <utility>
 
 #include "server/client_socket.h"
 
@@ -8,6 +10,9 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMostKept = std::size_t{256} << 10;  // bytes, for the next reports
+// Nobody falls behind by more between two looks at how the members read.
+constexpr std::size_t kBytesBetweenLooks = std::size_t{256} << 10;
+constexpr std::chrono::milliseconds kTimeBetweenLooks{10};
 
 }  // namespace
 
@@ -22,12 +27,41 @@ void Outbox::Deliver(const Members& members) {
   const Slice all = myWriter.Append(myBytes);
   if (all.Size() == myBytes.size()) {
     DeliverTo(members, all);
+    mySinceLook += myBytes.size();
+    if (mySinceLook >= kBytesBetweenLooks && AreMostBehind(members)) HoldSenders();
   } else {
     // No memory: they are lost, and whoever sent them hears of it.
     for (const Packet& packet : myPackets)
       packet.sender->FailForMemory();
   }
   Clear();
+}
+
+bool Outbox::AreMostBehind(const Members& members) {
+  const auto now = PollLoop::Clock::now();
+  if (mySinceLook < kBytesBetweenLooks && now < myNextLook) return myAreMostBehind;
+  std::size_t behind = 0;
+  std::size_t keepUp = 0;
+  for (const std::shared_ptr<ClientSocket>& member : members) {
+    const auto reading = member->HowPeerReads(now);
+    if (reading == TCPSocket::Reading::IsBehind) ++behind;
+    if (reading == TCPSocket::Reading::KeepsUp) ++keepUp;
+  }
+  // The sender is one of them, and mostly of those who keep up.
+  myAreMostBehind = behind > 0 && behind >= keepUp;
+  mySinceLook = 0;
+  myNextLook = now + kTimeBetweenLooks;
+  return myAreMostBehind;
+}
+
+void Outbox::HoldSenders() const {
+  std::unordered_map<ClientSocket*, std::size_t> sent;
+  std::size_t begin = 0;
+  for (const Packet& packet : myPackets)
+    sent[packet.sender.get()] += packet.end - std::exchange(begin, packet.end);
+  for (const auto& [sender, bytes] : sent) {
+    if (bytes * sent.size() >= myBytes.size()) sender->AwaitReaders();
+  }
 }
 
 void Outbox::DeliverTo(const Members& members, const Slice& all) const {

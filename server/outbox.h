@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -29,8 +30,12 @@ class Outbox {
   // One more packet, for every member who has another name than the sender.
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
 
-  // Writes the packets to the members, who are in hand-off order; empty afterwards.
+  // Writes the packets to the members, who are in hand-off order; empty afterwards. Where most of
+  // those who read are behind, has the senders of much wait for them (ClientSocket::AwaitReaders).
   void Deliver(const Members& members);
+
+  // Whether most of a member's recipients read and are behind. Looks at them once in a while.
+  bool AreMostBehind(const Members& members);
 
  private:
   struct Packet {
@@ -42,6 +47,8 @@ class Outbox {
   void DeliverTo(const Members& members, const Slice& all) const;
   // Those who sent some of the packets, in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
+  // Has those wait who sent at least their share of what is delivered.
+  void HoldSenders() const;
   void SendOthers(ClientSocket& member, const Slice& all) const;
   void Clear();
 
@@ -49,7 +56,10 @@ class Outbox {
   std::vector<Packet> myPackets;
   // Whether others may have a sender's name: then names are compared and not sessions.
   bool myIsNameShared = false;
-  BlockWriter myWriter;  // of what the members are given: one copy for all
+  std::size_t mySinceLook = 0;  // bytes delivered since somebody looked at how members read
+  std::chrono::steady_clock::time_point myNextLook;
+  bool myAreMostBehind = false;  // at the last look
+  BlockWriter myWriter;          // of what the members are given: one copy for all
 };
 
 }  // namespace corvane

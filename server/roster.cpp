@@ -77,6 +77,12 @@ void Roster::Deliver() {
     group->outbox.Deliver(*group->members.Get());
 }
 
+bool Roster::AreMostBehind(const ServerNetworks& network) {
+  const auto group = myGroups.find(&network);
+  return group != myGroups.end() &&
+         group->second.outbox.AreMostBehind(*group->second.members.Get());
+}
+
 bool Roster::IsNameFree(const std::string& foldedName, const ClientSocket& session) const {
   const auto name = myNames.find(foldedName);
   if (name == myNames.end()) return true;

@@ -56,6 +56,9 @@ class Roster {
   // Sends to all members what was gathered.
   void Deliver();
 
+  // Whether most of the network's members who read are behind with what was relayed to them.
+  bool AreMostBehind(const ServerNetworks& network);
+
   // Whether no other session than this one holds the folded name. Sessions that have not logged in
   // hold the empty one.
   bool IsNameFree(const std::string& foldedName, const ClientSocket& session) const;

@@ -10,6 +10,7 @@
 namespace corvane {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
 
 class OutboxTest : public SessionTest {
@@ -166,42 +167,80 @@ TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
   EXPECT_EQ(bob->Receive(), Position("Ann", 1));
 }
 
-// Members whose peers read only when the test has them do so, and one who reports to them.
-class PileUpTest : public testing::Test {
- protected:
-  explicit PileUpTest(const ConnectionMemory::Limits& limits)
-      : server(0, Rules::Classic(), limits) {}
-  ~PileUpTest() override { std::ranges::for_each(peers, os::CloseSocket); }
+// A server whose clients read only when the test has them do so.
+struct PileUp {
+  explicit PileUp(const ConnectionMemory::Limits& limits) : server(0, Rules::Classic(), limits) {
+    server.AddNetwork("A");
+  }
+  PileUp(const PileUp&) = delete;
+  PileUp& operator=(const PileUp&) = delete;
+  ~PileUp() { std::ranges::for_each(peers, os::CloseSocket); }
 
-  void LogInPeer(const std::string& name) {
+  std::shared_ptr<ClientSocket> LogIn(const std::string& name) {
     peers.push_back(SilentPeer(server.Port()));
-    PumpUntil([this] { return server.ActiveCount() == peers.size(); });
     os::Send(peers.back(),
              WireBytes(1, "A") + WireBytes(2, PasswordDigest("secret")) + WireBytes(3, name));
     EXPECT_TRUE(PumpUntil([&] { return server.SessionOf(name) != nullptr; }));
+    return server.SessionOf(name);
   }
 
   TestServer server;
-  NetworkRef a = server.AddNetwork("A");
   std::vector<os::SocketHandle> peers;
 };
 
-class FullMemoryTest : public PileUpTest {
- protected:
-  FullMemoryTest() : PileUpTest({.output = kBound}) {}
-  static constexpr std::size_t kBound = 8'000'000;
-};
-
-TEST_F(FullMemoryTest, HoarderIsCutOffAndNotWhoReportsNext) {
-  LogInPeer("Hoarder");
-  LogInPeer("Ann");
-  const auto hoarder = server.SessionOf("Hoarder");
-  const auto ann = server.SessionOf("Ann");
+TEST(PileUp, HoarderIsCutOffAndNotTheNextToReport) {
+  constexpr std::size_t kBound = 8'000'000;
+  PileUp pileUp({.output = kBound});
+  const auto hoarder = pileUp.LogIn("Hoarder");
+  const auto ann = pileUp.LogIn("Ann");
   hoarder->SendMessage(998, std::string(kBound - kFrameHeaderBytes - sizeof(Block) - 16, 'x'));
   ASSERT_TRUE(hoarder->IsConnected());
-  server.listener->BroadcastPosition(*ann);
+  pileUp.server.listener->BroadcastPosition(*ann);
   EXPECT_TRUE(ann->IsConnected());
   EXPECT_FALSE(hoarder->IsConnected());
+}
+
+// One member reports more than may wait for any of three others.
+TEST(PileUp, SenderWaitsWhileMostWhoReadAreBehind) {
+  const struct {
+    const char* name;
+    std::size_t slow, fast, stay;
+    std::chrono::milliseconds drain;
+  } cases[] = {
+      {"all are slow", 3, 0, 3, 1min},
+      {"one does not read", 0, 2, 2, 1min},
+      {"none reads", 0, 0, 0, 300ms},
+  };
+  constexpr int kReports = 7'000;
+  const std::string name(4'000, 'n');
+  std::string reports;
+  for (int i = 0; i < kReports; ++i)
+    reports += WireBytes(4, std::to_string(i % 2 + 1) + ",2,3,4,0,0");
+  const std::size_t bytes = kReports * (WireBytes(5, name + "|1,2,3,4,0,0").size()) +
+                            WireBytes(1, "Network").size() + WireBytes(2, "OK").size() * 3;
+  for (const auto& row : cases) {
+    SCOPED_TRACE(row.name);
+    PileUp pileUp({.drain = row.drain});
+    for (const char* other : {"Bob", "Cat", "Dan"})
+      pileUp.LogIn(other);
+    pileUp.LogIn(name);
+    const std::size_t readers = row.slow + row.fast;
+    std::vector<std::size_t> received(readers);
+    std::vector<char> buffer(40'000);
+    os::Send(pileUp.peers.back(), reports);
+    EXPECT_TRUE(PumpUntil([&] {
+      for (std::size_t i = 0; i < readers; ++i) {
+        std::size_t part;
+        do {
+          part = os::Receive(pileUp.peers[i], buffer).bytes;
+          received[i] += part;
+        } while (part > 0 && i >= row.slow);
+      }
+      return std::ranges::all_of(received, [bytes](std::size_t sum) { return sum >= bytes; });
+    }));
+    EXPECT_TRUE(PumpUntil([&] { return pileUp.server.ActiveCount() == 1 + row.stay; }))
+        << pileUp.server.ActiveCount() - 1;
+  }
 }
 
 }  // namespace
