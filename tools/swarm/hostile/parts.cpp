@@ -139,6 +139,24 @@ class LongNames : public HostilePart {
   std::size_t myMost;
 };
 
+// Lines in the server's log: each asks for a network whose name is dear to write out, leaves and
+// comes back.
+class LogFloods : public HostilePart {
+ public:
+  LogFloods() : HostilePart({.strangers = 100, .connectAtOnce = 100}) {}
+
+  void Act(Stranger& stranger) override {
+    if (stranger.Turn() > 0) {
+      stranger.HangUp();
+    } else {
+      stranger.Send(myStep);
+    }
+  }
+
+ private:
+  std::string myStep = Frame(client::command::kNetworkName, std::string(4000, '\1'));
+};
+
 // The same short messages over and over, as fast as they go.
 class Flood : public HostilePart {
  public:
@@ -229,6 +247,9 @@ constexpr std::array kParts = {
              [] { return Make<LongNames>(2, "\u00e4", 32 * kMiB, 32 * kMiB); }},
     PartInfo{"refused-names", "network names of 8 MiB, over and over",
              [] { return Make<LongNames>(4, "x", 8 * kMiB, 8 * kMiB); }},
+    PartInfo{"log-floods",
+             "100 strangers ask for networks with names of 4000 control characters, and come back",
+             [] { return Make<LogFloods>(); }},
     PartInfo{"wrong-steps", "log-in steps that are wrong, as fast as they go", MakeWrongSteps},
     PartInfo{"rush", "1000 strangers connect and end at the same moments",
              [] { return Make<Rush>(); }},
