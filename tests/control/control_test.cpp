@@ -32,6 +32,13 @@ struct Outcome {
 
 // Ann and Bob are on the network North of a server that listens on its folder's local socket.
 class ControlTest : public ConsoleTest {
+ public:
+  ~ControlTest() override {
+    // The log goes before the server.
+    myWindow->sSocket->Logged = nullptr;
+    myApp.serverdb().Complained = nullptr;
+  }
+
  protected:
   explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
@@ -39,12 +46,6 @@ class ControlTest : public ConsoleTest {
     myWindow->sSocket->Logged = [this](const std::string& line) { log.Write(line); };
     myWindow->sSocket->Audited = [this](const std::string& line) { log.WriteAudit(line); };
     myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
-  }
-
-  ~ControlTest() override {
-    // The log goes before the server.
-    myWindow->sSocket->Logged = nullptr;
-    myApp.serverdb().Complained = nullptr;
   }
 
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
