@@ -90,9 +90,8 @@ void LogEvents(MapSocket& listener, ServerLog& log) {
   listener.Audited = [&log](const std::string& line) { log.WriteAudit(line); };
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+// What has to be done before there is a QApplication.
+void SetUpProcess(int argc, const char* const* argv) {
   OpenStandardStreams();
   IgnoreBrokenPipes();
   RaiseDescriptorLimit();
@@ -101,6 +100,12 @@ int main(int argc, char** argv) {
   ChoosePlatform(argc, argv);
   // Each report may take a turn of Qt's loop, and GLib's turns cost more than Qt's own.
   if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  SetUpProcess(argc, argv);
   Application application(argc, argv);
   QCommandLineParser parser;
   parser.setApplicationDescription(
