@@ -46,8 +46,7 @@ void BanList::Add(const BansTable::Ban& ban) {
 
 void BanList::StorePiece() {
   // The other half stays free for those who wait for less.
-  const bool hasRoom =
-      myMemory.output.InUse() + myRecords.size() <= myMemory.bounds.output / 2;
+  const bool hasRoom = myMemory.output.InUse() + myRecords.size() <= myMemory.bounds.output / 2;
   const Slice piece = hasRoom ? CopyToBlock(myMemory.output, myRecords) : Slice();
   myHasFailed = piece.Size() == 0;
   if (!myHasFailed) myPieces.push_back(piece);
