@@ -288,41 +288,45 @@ std::string LongReasons(TestServer& server) {
          server.Query("SELECT length(CAST(reason AS BLOB)) FROM bans");
 }
 
-TEST(Rules, ColumnsDifferInEachRow) {
-  const struct {
-    const char* name;
-    std::string (*happens)(TestServer& server);
-    const char* classic;
-    const char* hardened;
-  } rows[] = {
-      {"message", MessageWhileSomebodyHasNoNetwork, "ends the program", "Ann 998 stranger 1 "},
-      {"news", NewsOfTheNetwork, "Ann 5 998 6 999 stranger 5 998 6 999 ",
-       "Ann 5 998 6 999 stranger "},
-      {"values", NameThatIsMoreThanAName, "1", "0"},
-      {"time", NoLogIn, "stays stays stays 2 seats", "closed closed stays 1 seats"},
-      {"not logged in", ManyWhoDoNotLogIn, "11 stay ",
-       "8 stay 127.0.0.1: Connections Refused (1) 127.0.0.1: Connections Refused (2) "},
-      {"closed", ManyWhoAreClosed, "greeted", "refused"},
-      {"in all", ManyWhoLogIn, "65", "64"},
-      {"passwords", WrongPasswords, "", "400 ms "},
-      {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
-      {"rate", FastMessages, "soon soon ", "waits waits "},
-      {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
-      {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
-      {"lines", ManyLines, "all", "bounded"},
-      {"names", MisleadingNames, "yes yes yes yes yes yes yes yes ", "no no no no no no yes yes "},
-      {"seats", SeatsOfStrangers, "kept", "free"},
-      {"reasons", LongReasons, "1201 1201;", "1023 1023;"},
-  };
-  for (const auto& row : rows) {
-    for (const bool isHardened : {false, true}) {
-      SCOPED_TRACE(row.name);
-      TestServer server(0, isHardened ? HardenedInAHurry() : Rules::Classic());
-      server.AddNetwork("A", "secret", 100);
-      EXPECT_EQ(row.happens(server), isHardened ? row.hardened : row.classic);
-    }
+struct RuleRow {
+  const char* name;
+  std::string (*happens)(TestServer& server);
+  const char* classic;
+  const char* hardened;
+};
+
+class RulesTest : public testing::TestWithParam<RuleRow> {};
+
+TEST_P(RulesTest, ColumnsDifferInEachRow) {
+  for (const bool isHardened : {false, true}) {
+    TestServer server(0, isHardened ? HardenedInAHurry() : Rules::Classic());
+    server.AddNetwork("A", "secret", 100);
+    EXPECT_EQ(GetParam().happens(server), isHardened ? GetParam().hardened : GetParam().classic);
   }
 }
+
+constexpr RuleRow kRuleRows[] = {
+    {"message", MessageWhileSomebodyHasNoNetwork, "ends the program", "Ann 998 stranger 1 "},
+    {"news", NewsOfTheNetwork, "Ann 5 998 6 999 stranger 5 998 6 999 ",
+     "Ann 5 998 6 999 stranger "},
+    {"values", NameThatIsMoreThanAName, "1", "0"},
+    {"time", NoLogIn, "stays stays stays 2 seats", "closed closed stays 1 seats"},
+    {"not_logged_in", ManyWhoDoNotLogIn, "11 stay ",
+     "8 stay 127.0.0.1: Connections Refused (1) 127.0.0.1: Connections Refused (2) "},
+    {"closed", ManyWhoAreClosed, "greeted", "refused"},
+    {"in_all", ManyWhoLogIn, "65", "64"},
+    {"passwords", WrongPasswords, "", "400 ms "},
+    {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
+    {"rate", FastMessages, "soon soon ", "waits waits "},
+    {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
+    {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
+    {"lines", ManyLines, "all", "bounded"},
+    {"names", MisleadingNames, "yes yes yes yes yes yes yes yes ", "no no no no no no yes yes "},
+    {"seats", SeatsOfStrangers, "kept", "free"},
+    {"reasons", LongReasons, "1201 1201;", "1023 1023;"},
+};
+INSTANTIATE_TEST_SUITE_P(Table, RulesTest, testing::ValuesIn(kRuleRows),
+                         [](const auto& row) { return row.param.name; });
 
 TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   Rules rules = HardenedInAHurry();
