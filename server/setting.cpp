@@ -8,6 +8,7 @@
 
 #include "framework/address_ranges.h"
 #include "framework/numbers.h"
+#include "framework/status_line.h"
 #include "framework/text.h"
 #include "storage/app_settings.h"
 
