@@ -145,9 +145,10 @@ void EasyTCPSocket::_Poll() {
 void EasyTCPSocket::FireEvents() {
   // Whoever is sent more than it takes asks no more.
   if (IsFull()) return DelayMessages(kFullDelay);
+  constexpr auto kNone = PollLoop::Clock::duration::zero();
   auto wait = myBudget.Wait();
-  if (wait <= wait.zero()) wait = MustWait(ReadFrame(mEvents.Bytes()).command);
-  if (wait > wait.zero()) return DelayMessages(wait);
+  if (wait <= kNone) wait = MustWait(ReadFrame(mEvents.Bytes()).command);
+  if (wait > kNone) return DelayMessages(wait);
   myBudget.ChargeMessage();
   // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.
   ByteQueue delivering = std::move(mEvents);

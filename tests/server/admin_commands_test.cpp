@@ -114,8 +114,10 @@ TEST_F(AdminTest, LongListOfBansIsReadWhileOthersAreServedAndPaidFor) {
   std::string expected;
   for (int i = 1; i <= kCount; ++i) {
     const std::string number = std::to_string(i);
-    expected += number + "|10.0.0.1|" + number + "|" + std::string(1024 - number.size(), ' ') +
-                number + "|" + '\0';
+    const std::string blanks(1024 - number.size(), ' ');
+    for (const std::string& part : {number, std::string("10.0.0.1"), number, blanks + number})
+      expected.append(part).append("|");
+    expected += '\0';
   }
   EXPECT_TRUE(answer[0] == (WireMessage{13, expected})) << answer[0].payload.size();
   ann->Send(9, "");

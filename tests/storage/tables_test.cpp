@@ -245,8 +245,8 @@ TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
 TEST_F(TablesTest, DeletionThatPartlyFailsLeavesNoTransactionOpen) {
   EXPECT_TRUE(Ban("10.0.0.1") && Ban("10.0.0.2"));
   EXPECT_TRUE(admins.Add("a", "10.0.0.1", "home") && admins.Add("b", "10.0.0.1", "home"));
-  for (const std::string table : {"bans", "admins"})
-    Run("CREATE TRIGGER no_" + table + " BEFORE DELETE ON " + table +
+  for (const char* event : {"b BEFORE DELETE ON bans", "a BEFORE DELETE ON admins"})
+    Run(std::string("CREATE TRIGGER ") + event +
         " WHEN old.id=2 BEGIN SELECT RAISE(ABORT, 'no'); END");
   EXPECT_FALSE(bans.Delete(std::vector<std::int64_t>{1, 2}));
   EXPECT_EQ(Run("SELECT id FROM bans"), "2;");
@@ -272,7 +272,7 @@ TEST(OutsiderGuardTest, NothingIsInterruptedOnceItHasGone) {
 TEST_F(DatabaseTest, BackupWaitsForTheLockOfAnotherProgram) {
   Run("INSERT INTO admins(name) VALUES('a')");
   ASSERT_TRUE(connection.Connect(file));
-  std::ofstream(Path("copy").toStdString());
+  const std::ofstream copy(Path("copy").toStdString());
   DatabaseBackup backup(connection, Path("copy"));
   {
     OtherProgram other(file);
