@@ -27,8 +27,8 @@ struct StatusPart {
 using StatusParts = std::initializer_list<StatusPart>;
 
 // The parts joined to one line, what misleads in them written out. Escapes once for all that show
-// or write the line. A line over 4 KiB is cut and ends with the parts' length: whoever makes us
-// write a line of its text does not choose what that costs.
+// or write the line. A line over 4 KiB is cut and ends with the parts' length, so that a
+// client does not choose what a line of its text costs.
 std::string StatusLine(StatusParts parts);
 
 // The same for the log file, where quoted names over 256 bytes are cut and end with their length.

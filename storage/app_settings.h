@@ -14,7 +14,7 @@ namespace corvane {
 // Named text values in an XML file, kept in the order in which they were first set. Names are
 // compared without regard to letter case. A file that cannot be read leaves no values, and is kept
 // as "Corvane Server.xml.broken" before anything is written over it; one that cannot be written
-// stays as it is. Standard error is told of both.
+// stays as it is. Both are reported on standard error.
 class AppSettings {
  public:
   // The folder that holds (or will hold) "Corvane Server.xml"; none: nothing is loaded or saved.
