@@ -379,13 +379,12 @@ def seats(play: Play, rng: random.Random) -> None:
                 wire.frame(wire.NAME, player.name.encode())]
 
     race(play, players[:2 * most], frames, wire.PASSWORD, most)
-    if not play.model.hardened:  # where those without a seat have been sent away
-        ins = [p for p in players if p.session is not None and p.session.state == "in"]
-        out = rng.randrange(1, most)
-        for player in ins[:out]:
-            play.lead_off(player.session)
-        play.settle()
-        race(play, players[2 * most:], frames, wire.PASSWORD, out)
+    ins = [p for p in players if p.session is not None and p.session.state == "in"]
+    out = rng.randrange(1, most)
+    for player in ins[:out]:
+        play.lead_off(player.session)
+    play.settle()
+    race(play, players[2 * most:], frames, wire.PASSWORD, out)
     lead_off(play, players)
 
 

@@ -265,6 +265,8 @@ class Model:
         return session
 
     def ban(self, target: Session, by: str, reason: bytes, network: str) -> None:
+        if self.hardened:
+            reason = reason[:1024]
         self.bans.append(Ban(target.address, by, reason.decode(), network))
         target.notify(wire.BAN, reason)
 
