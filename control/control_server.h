@@ -23,7 +23,7 @@ class ControlServer : public QObject {
     Taken,   // another server works there
     Failed,  // the server can do without
   };
-  // Takes the folder's socket, in the place of one that nobody answers on.
+  // Takes the folder's socket; replaces one that nobody answers on.
   Claim Take(const QString& dataFolder);
   // Why it could not be taken.
   const std::string& Error() const { return myListener.Error(); }

@@ -10,9 +10,9 @@
 
 namespace corvane {
 
-// The system's own lock, which ends with the process: what a file says of the process that made it
-// may fit another one after a restart. The file stays, since whoever removes it may remove one that
-// somebody else has just locked.
+// A lock of the kernel's, which ends with the process. (A process number in a file may fit another
+// process after a restart.) The file stays: removing it might remove one that another server has
+// just locked.
 struct FolderLock::Lock {
   explicit Lock(const QString& file)
       : descriptor(open(QFile::encodeName(file).constData(), O_RDWR | O_CREAT | O_CLOEXEC,

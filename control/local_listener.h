@@ -18,7 +18,7 @@ class LocalListener {
   LocalListener(const LocalListener&) = delete;
   LocalListener& operator=(const LocalListener&) = delete;
 
-  // Takes the name, in the place of a socket that lies there. Clients wait until they are served.
+  // Takes the name; replaces a socket that lies there. Clients wait until they are served.
   bool Listen(const QString& name);
   // Why that failed.
   const std::string& Error() const { return myError; }

@@ -5,7 +5,7 @@
 
 namespace corvane::ctl {
 
-// For the shells' completion: what may stand in the place of the last of the words, a line each,
+// For the shells' completion: what may replace the last word, a line each,
 // with a description behind a tab where there is one. The other words are those before it, without
 // the program's name. ":files" and ":folders" stand for the names of such.
 QString Completions(const QStringList& words);
