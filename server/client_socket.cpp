@@ -36,7 +36,7 @@ constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 constexpr std::size_t kLongName = 64 * 1024;
 constexpr std::size_t kNameBytesPerMillisecond = 4096;
 // A list of members costs who asks for it by its size: four seconds' worth is free.
-constexpr std::chrono::microseconds kListByte{15};
+constexpr std::chrono::microseconds kListByte{40};
 
 }  // namespace
 

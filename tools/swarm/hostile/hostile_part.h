@@ -15,6 +15,7 @@ inline constexpr std::string_view kStrangerPrefix = "hostile";
 // How far the strangers of a part get before they act.
 enum class Standing {
   Outside,       // greeted; they have no password
+  AtPassword,    // have named the other network; they have no password
   OtherNetwork,  // members of a network of their own
   SameNetwork    // members of the honest members' network
 };

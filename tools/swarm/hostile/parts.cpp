@@ -160,13 +160,19 @@ class LogFloods : public HostilePart {
 // The same short messages over and over, as fast as they go.
 class Flood : public HostilePart {
  public:
-  Flood(const Habits& habits, std::string_view messages)
-      : HostilePart(habits), myBlock(Repeated(messages)) {}
+  Flood(const Habits& habits, std::string_view messages, std::size_t shortestName = 0)
+      : HostilePart(habits), myBlock(Repeated(messages)), myShortestName(shortestName) {}
 
+  std::string UserName(std::size_t index) const override {
+    std::string name = HostilePart::UserName(index);
+    name.resize(std::max(name.size(), myShortestName), 'n');
+    return name;
+  }
   void Act(Stranger& stranger) override { stranger.SendFiller(myBlock, myBlock.size()); }
 
  private:
   std::string myBlock;
+  std::size_t myShortestName;
 };
 
 // All connect in the same moment, stay for half a second, end in the same moment and come back.
@@ -195,6 +201,14 @@ class SlowWriters : public HostilePart {
 
  private:
   std::string myReport = Report(1);
+};
+
+// Nothing more than its first step: it has named a network, has no password, and stays.
+class Seats : public HostilePart {
+ public:
+  Seats() : HostilePart({.standing = Standing::AtPassword, .strangers = 60}) {}
+
+  void Act(Stranger& stranger) override { stranger.Hold(); }
 };
 
 // As many connections as this process may have, some room left.
@@ -227,6 +241,17 @@ std::unique_ptr<HostilePart> MakeTinyMessages() {
       Frame(kUnknown, "") + Frame(client::command::kMember, "") + Frame(kAmIAdministrator, ""));
 }
 
+std::unique_ptr<HostilePart> MakeLongNames() {
+  constexpr std::size_t kNameBytes = 4000;
+  return Make<Flood>(HostilePart::Habits{.standing = Standing::SameNetwork, .strangers = 2},
+                     Report(1) + Report(2), kNameBytes);
+}
+
+std::unique_ptr<HostilePart> MakeLists() {
+  return Make<Flood>(HostilePart::Habits{.standing = Standing::OtherNetwork, .strangers = 900},
+                     Frame(client::command::kMember, ""));
+}
+
 std::unique_ptr<HostilePart> MakeWrongSteps() {
   return Make<Flood>(HostilePart::Habits{.strangers = 4},
                      Frame(client::command::kNetworkName, "no such network") +
@@ -241,6 +266,8 @@ constexpr std::array kParts = {
              [] { return Make<NeverReaders>(); }},
     PartInfo{"giant-names", "3 members whose user names have 1 MiB report and leave, over and over",
              [] { return Make<GiantNames>(); }},
+    PartInfo{"long-names",
+             "2 members whose user names have 4000 bytes report as fast as they go", MakeLongNames},
     PartInfo{"giant-steps", "network names of 64, 128 and 256 MiB, over and over",
              [] { return Make<LongNames>(1, "x", 64 * kMiB, 256 * kMiB); }},
     PartInfo{"costly-names", "network names of 32 MiB that are dear to fold, over and over",
@@ -250,6 +277,10 @@ constexpr std::array kParts = {
     PartInfo{"log-floods",
              "100 strangers ask for networks with names of 4000 control characters, and come back",
              [] { return Make<LogFloods>(); }},
+    PartInfo{"seats", "60 strangers name a network, have no password and stay",
+             [] { return Make<Seats>(); }},
+    PartInfo{"lists", "900 members of another network ask for its members, as fast as they go",
+             MakeLists},
     PartInfo{"wrong-steps", "log-in steps that are wrong, as fast as they go", MakeWrongSteps},
     PartInfo{"rush", "1000 strangers connect and end at the same moments",
              [] { return Make<Rush>(); }},

@@ -185,7 +185,9 @@ void StrangerPool::Receive(Stranger& stranger, std::int32_t command, std::string
   const client::Login::State state =
       stranger.myLogin ? stranger.myLogin->Receive(command, payload, stranger.myOutput)
                        : client::Login::State::LoggedIn;
-  if (state == client::Login::State::LoggedIn) {
+  // Those that stay at the password have their first step on its way now.
+  if (state == client::Login::State::LoggedIn ||
+      (state != client::Login::State::Refused && myPart.Custom().standing == Standing::AtPassword)) {
     stranger.myState = Stranger::State::Acting;
     ++myCounts.acted;
   } else if (state == client::Login::State::Refused) {
