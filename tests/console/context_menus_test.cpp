@@ -128,6 +128,7 @@ TEST_F(ContextMenusTest, ConnectionInfoShowsWhereTheUserIs) {
     auto* info = Opened<wndConnInfo>("wndConnInfo");
     EXPECT_EQ(info->lblInfo->text(), "<b>Oslo, NO-03 01234\nNorway\nGMT +1");
     EXPECT_EQ(info->lblInfo->textFormat(), Qt::PlainText);
+    EXPECT_EQ(info->lblInfo->textInteractionFlags(), Qt::TextSelectableByMouse);
     QTest::keyClick(info, key);
     EXPECT_TRUE(NoneIsOpen());
   }

@@ -44,6 +44,9 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   EXPECT_LT((middle() - QPointF(5000, 3000)).manhattanLength(), 5);
   EXPECT_EQ(myWindow->Facet(), 2);
   EXPECT_FALSE(myWindow->map->IsFollowing());
+  Q_EMIT List()->customContextMenuRequested(CellAt(1));
+  ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+  QApplication::activePopupWidget()->close();
   QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_TRUE(myWindow->map->IsFollowing());
   // The same by keys.

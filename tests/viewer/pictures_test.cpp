@@ -108,6 +108,8 @@ TEST(TilePyramid, FindsTheTilesOfAPartAndRefusesWhatIsNone) {
   EXPECT_FALSE(TilePyramid::Open(folder.path()));
   QImage tile(128, 128, QImage::Format_RGB32);
   tile.fill(Qt::red);
+  ASSERT_TRUE(tile.copy(0, 0, 128, 64).save(folder.filePath("3/4/5.jpg")));
+  EXPECT_FALSE(TilePyramid::Open(folder.path())) << "tiles are square";
   ASSERT_TRUE(tile.save(folder.filePath("3/4/5.jpg")));
   ASSERT_TRUE(tile.save(folder.filePath("3/4/6.jpg")));
   QDir(folder.path()).mkpath("99999999999/4");
