@@ -15,18 +15,18 @@ LineWriter::LineWriter(Sink sink)
 
 LineWriter::~LineWriter() {
   WriteKept();
+  WriteKept();  // that lines were dropped
 }
 
 void LineWriter::WriteLine(std::string_view line) {
   if (myClosed) return;
-  std::string dropped;
-  if (myDropped > 0) dropped = "(" + std::to_string(myDropped) + " lines dropped)\n";
-  if (myKept.size() + dropped.size() + line.size() + 1 > kMaxKept) {
+  // A burst may be longer than what is kept, and be taken all the same.
+  if (myKept.size() + line.size() >= kMaxKept && myIsTaken) WriteKept();
+  if (myKept.size() + line.size() >= kMaxKept) {
     ++myDropped;
     return;
   }
-  myDropped = 0;
-  myKept += dropped;
+  TellDropped();
   myKept += line;
   myKept += '\n';
   myWriting.Note();
@@ -36,8 +36,14 @@ void LineWriter::WriteKept() {
   if (myClosed || myKept.empty()) return;
   const StreamWriting writing = mySink(myKept);
   myKept.erase(0, writing.written);
+  myIsTaken = writing.written > 0;
   myClosed = writing.isClosed;
   if (myClosed) myKept = {};
+  if (myKept.empty()) TellDropped();
+}
+
+void LineWriter::TellDropped() {
+  if (myDropped > 0) myKept += "(" + std::to_string(std::exchange(myDropped, 0)) + " lines dropped)\n";
 }
 
 void LineWriter::WriteInTime() {

@@ -31,10 +31,12 @@ class LineWriter {
 
  private:
   void WriteInTime();
+  void TellDropped();
 
   Sink mySink;
   std::string myKept;
   std::size_t myDropped = 0;
+  bool myIsTaken = true;  // some of it was, the last time
   bool myClosed = false;
   Gathering myWriting;
 };

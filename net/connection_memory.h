@@ -22,6 +22,7 @@ class ConnectionMemory {
     std::size_t output = std::size_t{1} << 30;
     std::size_t input = std::size_t{256} << 20;
     std::chrono::milliseconds drain{5'000};
+    std::chrono::milliseconds lookAtFullPeer{30'000};
   };
 
   ConnectionMemory(const WatchList& watched, const Limits& limits)

@@ -11,7 +11,6 @@
 namespace corvane {
 namespace {
 
-constexpr std::chrono::seconds kGonePatience(2);
 constexpr std::chrono::milliseconds kFullDelay(50);
 
 }  // namespace
@@ -128,7 +127,7 @@ void EasyTCPSocket::EndDelay() {
   const auto now = PollLoop::Clock::now();
   const bool tookBytes = std::exchange(mySentBefore, SentSinceProgress()) != SentSinceProgress();
   if (!myEndSeen || tookBytes) myEndSeen = now;
-  if (now - *myEndSeen < kGonePatience) return RequestDispatch();
+  if (now - *myEndSeen < myGonePatience) return RequestDispatch();
   mEvents.Clear();
   EndByPeer();
 }
@@ -150,6 +149,7 @@ void EasyTCPSocket::FireEvents() {
   if (wait <= kNone) wait = MustWait(ReadFrame(mEvents.Bytes()).command);
   if (wait > kNone) return DelayMessages(wait);
   myBudget.ChargeMessage();
+  ++myLoop.Counted().messages;
   // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.
   ByteQueue delivering = std::move(mEvents);
   const Frame frame = ReadFrame(delivering.Bytes());

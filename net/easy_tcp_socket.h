@@ -69,8 +69,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   void LimitMessages(std::size_t longest) { myLongestMessage = longest; }
   // How many messages are delivered from now on; those that come faster wait.
   void LimitRate(const MessageRate& rate) { myBudget.Limit(rate); }
-  // Has later messages wait for what the one that is being delivered costs.
-  void ChargeMessage(PollLoop::Clock::duration cost) { myBudget.Charge(cost); }
+  // For how long what waits is still delivered, once the peer has ended its sending and takes no
+  // bytes any more.
+  void SetGonePatience(std::chrono::seconds patience) { myGonePatience = patience; }
 
   // While held, messages queue up and none is delivered.
   void HoldMessages(bool held);
@@ -107,6 +108,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool myIsDispatching = false;
   bool myIsHeld = false;
   int myDelays = 0;  // that have not passed yet
+  std::chrono::seconds myGonePatience{2};
   // After the peer ended its sending: when it was last known to be there, and what it had taken.
   std::optional<PollLoop::Clock::time_point> myEndSeen;
   std::size_t mySentBefore = 0;

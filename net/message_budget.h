@@ -5,11 +5,10 @@
 
 namespace corvane {
 
-// How many messages a peer may send: so many at once, then one per interval. What answers cost it
-// counts against the same credit, which is the time that the messages at once would take.
+// How many messages a peer may send: so many at once, then one per interval.
 struct MessageRate {
   std::chrono::nanoseconds interval{0};  // none: any number
-  std::chrono::nanoseconds credit = std::chrono::seconds(4);
+  std::chrono::nanoseconds credit{0};    // the time that the messages at once would take
 
   static constexpr MessageRate Of(int perSecond, int atOnce) {
     const auto interval = std::chrono::nanoseconds(std::chrono::seconds(1)) / perSecond;
@@ -17,8 +16,7 @@ struct MessageRate {
   }
 };
 
-// Says how long a peer's next message has to wait. Looks at the clock only where messages are
-// limited or something was charged.
+// Says how long a peer's next message has to wait. Looks at the clock only where they are limited.
 class MessageBudget {
  public:
   using Clock = std::chrono::steady_clock;
@@ -31,13 +29,12 @@ class MessageBudget {
 
   // Zero or less: none. A message that need not wait is to be charged.
   Clock::duration Wait() const {
-    if (IsUnlimited() && myPaidUntil == Clock::time_point{}) return {};
+    if (IsUnlimited()) return {};
     return myPaidUntil + myRate.interval - myRate.credit - Clock::now();
   }
   void ChargeMessage() {
-    if (!IsUnlimited()) Charge(myRate.interval);
+    if (!IsUnlimited()) myPaidUntil = std::max(myPaidUntil, Clock::now()) + myRate.interval;
   }
-  void Charge(Clock::duration cost) { myPaidUntil = std::max(myPaidUntil, Clock::now()) + cost; }
 
  private:
   bool IsUnlimited() const { return myRate.interval == std::chrono::nanoseconds::zero(); }

@@ -40,6 +40,11 @@ struct Opened {
 // without a word within three minutes at most. Those that it accepts are the same.
 Opened OpenSocket();
 void CloseSocket(SocketHandle handle);
+// Where the system takes a peer that has no room for one that is gone (Linux does), it ends a
+// connection after 90 s of either. With tolerance it ends neither; then ask IsPeerGone.
+void TolerateFullPeer(SocketHandle handle, bool tolerates);
+// Whether a peer that has no room has acknowledged nothing for so long that it must be gone.
+bool IsPeerGone(SocketHandle handle);
 
 // Lets nobody else listen on the address that is bound next, but allows it while closed connections
 // of an earlier listener linger.
@@ -73,6 +78,7 @@ bool IsPassingAcceptError(int error);  // one connection failed, the listener di
 
 // The system's codes for what is found out here.
 extern const int kConnectionReset;
+extern const int kTimedOut;
 extern const int kInvalidArgument;
 extern const int kNoBuffers;
 extern const int kOutOfDescriptors;

@@ -21,6 +21,10 @@ int ErrorOf(int result) {
   return result < 0 ? errno : 0;
 }
 
+constexpr int kLongestUnacknowledged = 90'000;  // ms
+// The system asks a full peer for room every two minutes at least.
+constexpr unsigned kLongestFullSilence = 150'000;  // ms
+
 int SetOption(SocketHandle handle, int level, int option, int value) {
   return ErrorOf(setsockopt(Descriptor(handle), level, option, &value, sizeof value));
 }
@@ -35,7 +39,7 @@ void SetConnectionOptions(SocketHandle handle) {
   SetOption(handle, IPPROTO_TCP, TCP_KEEPIDLE, 60);
   SetOption(handle, IPPROTO_TCP, TCP_KEEPINTVL, 10);
   SetOption(handle, IPPROTO_TCP, TCP_KEEPCNT, 3);
-  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, 90'000);
+  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, kLongestUnacknowledged);
 }
 
 // What a call moved, which is made anew when a signal interrupts it.
@@ -52,9 +56,21 @@ Transfer TransferOf(const Call& call) {
 }  // namespace
 
 const int kConnectionReset = ECONNRESET;
+const int kTimedOut = ETIMEDOUT;
 const int kInvalidArgument = EINVAL;
 const int kNoBuffers = ENOBUFS;
 const int kOutOfDescriptors = EMFILE;
+
+void TolerateFullPeer(SocketHandle handle, bool tolerates) {
+  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, tolerates ? 0 : kLongestUnacknowledged);
+}
+
+bool IsPeerGone(SocketHandle handle) {
+  tcp_info info{};
+  socklen_t length = sizeof info;
+  return getsockopt(Descriptor(handle), IPPROTO_TCP, TCP_INFO, &info, &length) == 0 &&
+         info.tcpi_last_ack_recv > kLongestFullSilence;
+}
 
 Opened OpenSocket() {
   const int descriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);

@@ -73,9 +73,17 @@ int Piece(std::size_t bytes) {
 }  // namespace
 
 const int kConnectionReset = WSAECONNRESET;
+const int kTimedOut = WSAETIMEDOUT;
 const int kInvalidArgument = WSAEINVAL;
 const int kNoBuffers = WSAENOBUFS;
 const int kOutOfDescriptors = WSAEMFILE;
+
+// What is not acknowledged ends a connection here, and a full peer acknowledges what asks for room.
+void TolerateFullPeer(SocketHandle /*handle*/, bool /*tolerates*/) {}
+
+bool IsPeerGone(SocketHandle /*handle*/) {
+  return false;
+}
 
 Opened OpenSocket() {
   static const Winsock winsock;

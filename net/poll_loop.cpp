@@ -143,7 +143,6 @@ bool PollLoop::DispatchMessages(Clock::time_point end) {
     if (pollable->IsDue()) {
       myHandlerStart.reset();
       pollable->_Poll();
-      ++myTraffic.messages;
       worked = true;
     }
     if (pollable->StaysQueued()) myQueued.push_back(std::move(pollable));
@@ -166,10 +165,14 @@ void PollLoop::Flush() {
 
 void PollLoop::Finish() {
   Stop();
-  RunBeforeFlush();
-  SendRest();
-  for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
-    socket->Finish();
+  try {
+    RunBeforeFlush();
+    SendRest();
+    for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
+      socket->Finish();
+  } catch (const std::bad_alloc&) {
+    // The end of the process closes them.
+  }
 }
 
 void PollLoop::SendRest() {

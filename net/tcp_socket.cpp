@@ -95,6 +95,7 @@ void TCPSocket::Advance() {
   if (myState == State::Listening && myIsReadable) AcceptPeer();
   if (myAwaitsWritable && myIsWritable && MaySend()) {
     myAwaitsWritable = false;
+    if (std::exchange(myToleratesFullPeer, false)) os::TolerateFullPeer(Handle(), false);
     Flush();
   }
   if (myState == State::Connected && myIsReadable && !HoldsInput()) Receive();
@@ -232,6 +233,7 @@ void TCPSocket::EndConnection() {
   myOutput.Clear();
   mySendError = 0;
   myAwaitsWritable = false;
+  myToleratesFullPeer = false;
   ClearPending(kConnected | kDataAvailable | kSendComplete | kSendProgress | kError);
   CloseDescriptor();
 }
@@ -316,7 +318,23 @@ void TCPSocket::Flush() {
     myLoop.Counted().sent += sent.bytes;
     NoteSent(sent.bytes);
   }
+  if (myAwaitsWritable) WatchFullPeer();
   if (myState == State::Draining && myOutput.IsEmpty()) Finish();
+}
+
+void TCPSocket::WatchFullPeer() {
+  if (std::exchange(myIsPeerWatched, true)) return;
+  myLoop.CallLater(myLoop.Memory().bounds.lookAtFullPeer, weak_from_this(), [this] {
+    myIsPeerWatched = false;
+    LookAtFullPeer();
+  });
+}
+
+void TCPSocket::LookAtFullPeer() {
+  if (!myAwaitsWritable || myState != State::Connected) return;
+  if (os::IsPeerGone(Handle())) return Fail(os::kTimedOut);
+  if (!std::exchange(myToleratesFullPeer, true)) os::TolerateFullPeer(Handle(), true);
+  WatchFullPeer();
 }
 
 void TCPSocket::FailToSend(int error) {

@@ -148,6 +148,9 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   bool MayWrite(std::size_t bytes);
   // Sees to what was added, which may not all have found room.
   void NoteWritten(bool hadRoom);
+  // A peer that has no room for a long time may be gone, or just not reading.
+  void WatchFullPeer();
+  void LookAtFullPeer();
   void FailToSend(int error);
   void NoteSent(std::size_t count);
   // The same where no other chance may come, also if the system took no more lately.
@@ -162,6 +165,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   bool myRaisesSendEvents = true;
   bool myAwaitsFlush = false;
   bool myAwaitsWritable = false;
+  bool myIsPeerWatched = false;
+  bool myToleratesFullPeer = false;
   int mySendError = 0;
   os::Endpoint myPeer;
   ByteQueue myInput;

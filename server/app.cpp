@@ -126,8 +126,12 @@ void App::Quit(int code) {
 void App::LastResort() {
   if (std::exchange(myLastResortReached, true)) return;
   myLoop.Finish();
-  Tell("An exception of class " + ClassNameOf(std::current_exception()) +
-       " was not handled.  The application must shut down.");
+  try {
+    Tell("An exception of class " + ClassNameOf(std::current_exception()) +
+         " was not handled.  The application must shut down.");
+  } catch (const std::bad_alloc&) {
+    // Without memory it ends without a word.
+  }
   Quit(1);
 }
 

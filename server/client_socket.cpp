@@ -30,13 +30,16 @@ constexpr std::chrono::milliseconds kLongestDelay{250};
 constexpr std::chrono::microseconds kCheapQuestion{250};
 constexpr std::chrono::nanoseconds kUntilOthersWereServed{1};
 constexpr std::chrono::milliseconds kReadersDelay{20};
+constexpr std::chrono::seconds kLongestReadersDelay{1};
+// What an administrator or a member has asked for before it hung up is still done, within limits.
+constexpr std::chrono::seconds kMemberGonePatience{60};
 constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
 
 // Reports repeat the name. With one of this length they pay for their bytes.
 constexpr std::size_t kLongName = 64 * 1024;
 constexpr std::size_t kNameBytesPerMillisecond = 4096;
-// A list of members costs who asks for it by its size: four seconds' worth is free.
-constexpr std::chrono::microseconds kListByte{40};
+// What a member takes in a list of members.
+constexpr std::chrono::nanoseconds kListMember{400};
 
 }  // namespace
 
@@ -159,6 +162,7 @@ void ClientSocket::CompleteOutput() {
 
 PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
   if (command == wire::kReport && myAwaitsReaders) return ReportWait();
+  if (command == wire::kMember && myState == State::LoggedIn) return MembersWait();
   if (command == wire::kPassword) return PasswordWait();
   const bool asks =
       command == wire::kIsAdmin || (command >= wire::kAdminKick && command <= wire::kAdminLiftBan);
@@ -201,18 +205,39 @@ std::chrono::nanoseconds ClientSocket::Charged(const Work& work) {
 }
 
 PollLoop::Clock::duration ClientSocket::ReportWait() {
-  myAwaitsReaders = myNetwork != nullptr && myParent.Sessions().AreMostBehind(*myNetwork);
-  return myAwaitsReaders ? kReadersDelay : PollLoop::Clock::duration::zero();
+  const auto now = PollLoop::Clock::now();
+  if (!myMessageTime) myMessageTime = now + kLongestReadersDelay;
+  myAwaitsReaders = now < *myMessageTime && myNetwork != nullptr &&
+                    myParent.Sessions().AreMostBehind(*myNetwork);
+  if (myAwaitsReaders) return kReadersDelay;
+  myMessageTime.reset();
+  return {};
+}
+
+PollLoop::Clock::duration ClientSocket::MembersWait() {
+  if (!myMessageTime) myMessageTime = myParent.MemberLists().Take(ExpectedListCost());
+  return UntilMessageTime();
+}
+
+PollLoop::Clock::duration ClientSocket::ExpectedListCost() const {
+  return kListMember * myParent.Sessions().MembersOf(*myNetwork)->size();
+}
+
+PollLoop::Clock::duration ClientSocket::UntilMessageTime() {
+  const auto wait = *myMessageTime - PollLoop::Clock::now();
+  if (wait > PollLoop::Clock::duration::zero()) return wait;
+  myMessageTime.reset();
+  return {};
 }
 
 PollLoop::Clock::duration ClientSocket::PasswordWait() {
   if (myState != State::WaitingPassword && myState != State::WaitingUserName) return {};
-  const auto now = PollLoop::Clock::now();
   // Whether it is right shows only then, so that who does not wait for an answer learns nothing.
-  if (!myPasswordTime) myPasswordTime = now + myParent.Addresses().PasswordDelay(RemoteAddress());
-  if (*myPasswordTime > now) return *myPasswordTime - now;
-  myPasswordTime.reset();
-  return {};
+  if (!myMessageTime) {
+    myMessageTime =
+        PollLoop::Clock::now() + myParent.Addresses().PasswordDelay(RemoteAddress());
+  }
+  return UntilMessageTime();
 }
 
 void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view data) {
@@ -404,17 +429,15 @@ void ClientSocket::TakeReport(std::string_view data) {
 }
 
 void ClientSocket::SendMembers() {
+  const auto begin = ProcessorTime();
   const auto members = myParent.Sessions().MembersOf(*myNetwork);
-  std::size_t size = 0;
   for (const std::shared_ptr<ClientSocket>& member : *members) {
     if (member.get() != this && !member->Username().empty()) {
-      const std::string record = wire::MemberRecord(*member);
-      SendMessage(wire::kMember, record);
-      size += kFrameHeaderBytes + record.size();
+      SendMessage(wire::kMember, wire::MemberRecord(*member));
     }
     myLoop.GiveWay();
   }
-  ChargeMessage(size * kListByte);
+  myParent.MemberLists().Charge(ProcessorTime() - begin - ExpectedListCost());
 }
 
 void ClientSocket::BeginBanList() {
@@ -453,6 +476,7 @@ void ClientSocket::SetNetwork(NetworkRef network) {
 void ClientSocket::EnterAs(std::string_view userName, std::string folded) {
   const Roster::Change change(myParent.Sessions(), *this);
   myState = State::LoggedIn;
+  SetGonePatience(kMemberGonePatience);
   myUsername = userName;
   myFoldedUsername = std::move(folded);
   myNameIsCode = myParent.RulesInForce().statementValues == StatementValues::Pasted &&

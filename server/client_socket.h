@@ -99,6 +99,8 @@ class ClientSocket : public EasyTCPSocket {
   // To be called when its reports pile up with most of its recipients: its next one waits until
   // they have read.
   void AwaitReaders() { myAwaitsReaders = true; }
+  // Bytes that were relayed for it since it last had to wait for its recipients.
+  std::size_t Relayed = 0;
 
   // Ends the connection from our side. The client is sent nothing, no Error is raised. Harmless on
   // a session that is gone.
@@ -142,8 +144,11 @@ class ClientSocket : public EasyTCPSocket {
   PollLoop::Clock::duration PasswordWait();
   PollLoop::Clock::duration QuestionWait();
   PollLoop::Clock::duration ListWait();
-  // How long a report has to wait for its recipients.
+  // How long a report has to wait for its recipients, and the question for the members for its turn.
   PollLoop::Clock::duration ReportWait();
+  PollLoop::Clock::duration MembersWait();
+  PollLoop::Clock::duration ExpectedListCost() const;
+  PollLoop::Clock::duration UntilMessageTime();
   void BeginBanList();
   bool AskWhetherAdmin(std::chrono::nanoseconds time);
   // Does the work and has the session pay for it. Returns what it cost.
@@ -161,7 +166,7 @@ class ClientSocket : public EasyTCPSocket {
 
   State myState = State::Idle;
   int myFailedSteps = 0;                                      // before the log-in, then since
-  std::optional<PollLoop::Clock::time_point> myPasswordTime;  // of the one that waits
+  std::optional<PollLoop::Clock::time_point> myMessageTime;  // until when its next message waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;
   bool myAwaitsReaders = false;

@@ -16,6 +16,7 @@
 #include "server/roster.h"
 #include "server/rules.h"
 #include "server/server_networks.h"
+#include "server/turns.h"
 #include "storage/admins_table.h"
 #include "storage/ban_keeper.h"
 #include "storage/bans_table.h"
@@ -102,6 +103,7 @@ class MapSocket : public ServerSocket {
   AdminsTable& Admins() { return myAdmins; }
   // Questions to the database by users whose names may make them costly.
   CostGate& CostlyQuestions() { return myCostlyQuestions; }
+  Turns& MemberLists() { return myMemberLists; }
   AddressTable& Addresses() { return myAddresses; }
   LogInDeadlines& Deadlines() { return myDeadlines; }
 
@@ -122,6 +124,7 @@ class MapSocket : public ServerSocket {
   BanKeeper myKeeper{myBans};
   AdminsTable myAdmins;
   CostGate myCostlyQuestions;
+  Turns myMemberLists;
   AddressTable myAddresses{myLoop, *this, myRules};
   LogInDeadlines myDeadlines{myLoop, *this, myRules.timeToLogIn};
   Roster myRoster;

@@ -1,8 +1,7 @@
 #include "server/outbox.h"
 
 #include <algorithm>
-#include <unordered_map>
-#include <utility>
+#include <new>
 
 #include "server/client_socket.h"
 
@@ -19,22 +18,32 @@ constexpr std::chrono::milliseconds kTimeBetweenLooks{10};
 void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet) {
   myBytes += packet;
   myPackets.push_back({sender, myBytes.size()});
+  sender->Relayed += packet.size();
   // Only the empty name, and that of a session which has lost its listener, can be had twice.
   if (sender->Username().empty() || sender->HandOffNumber() == 0) myIsNameShared = true;
 }
 
 void Outbox::Deliver(const Members& members) {
-  const Slice all = myWriter.Append(myBytes);
-  if (all.Size() == myBytes.size()) {
-    DeliverTo(members, all);
+  if (DeliverTo(members)) {
     mySinceLook += myBytes.size();
     if (mySinceLook >= kBytesBetweenLooks && AreMostBehind(members)) HoldSenders();
   } else {
-    // No memory: they are lost, and whoever sent them hears of it.
+    // They are lost, and whoever sent them hears of it.
     for (const Packet& packet : myPackets)
       packet.sender->FailForMemory();
   }
   Clear();
+}
+
+bool Outbox::DeliverTo(const Members& members) {
+  try {
+    const Slice all = myWriter.Append(myBytes);
+    if (all.Size() < myBytes.size()) return false;
+    DeliverTo(members, all);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
 }
 
 bool Outbox::AreMostBehind(const Members& members) {
@@ -43,6 +52,8 @@ bool Outbox::AreMostBehind(const Members& members) {
   std::size_t behind = 0;
   std::size_t keepUp = 0;
   for (const std::shared_ptr<ClientSocket>& member : members) {
+    // A stranger who named the network only must not hold anybody up.
+    if (member->LoginState() != ClientSocket::State::LoggedIn) continue;
     const auto reading = member->HowPeerReads(now);
     if (reading == TCPSocket::Reading::IsBehind) ++behind;
     if (reading == TCPSocket::Reading::KeepsUp) ++keepUp;
@@ -55,12 +66,10 @@ bool Outbox::AreMostBehind(const Members& members) {
 }
 
 void Outbox::HoldSenders() const {
-  std::unordered_map<ClientSocket*, std::size_t> sent;
-  std::size_t begin = 0;
-  for (const Packet& packet : myPackets)
-    sent[packet.sender.get()] += packet.end - std::exchange(begin, packet.end);
-  for (const auto& [sender, bytes] : sent) {
-    if (bytes * sent.size() >= myBytes.size()) sender->AwaitReaders();
+  for (const Packet& packet : myPackets) {
+    if (packet.sender->Relayed < kBytesBetweenLooks) continue;
+    packet.sender->Relayed = 0;
+    packet.sender->AwaitReaders();
   }
 }
 

@@ -43,11 +43,13 @@ class Outbox {
     std::size_t end = 0;  // in the bytes
   };
 
+  // False where there is no memory for it.
+  bool DeliverTo(const Members& members);
   // `all` are the bytes of all packets.
   void DeliverTo(const Members& members, const Slice& all) const;
   // Those who sent some of the packets, in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
-  // Has those wait who sent at least their share of what is delivered.
+  // Has those wait who sent much since they last had to.
   void HoldSenders() const;
   void SendOthers(ClientSocket& member, const Slice& all) const;
   void Clear();

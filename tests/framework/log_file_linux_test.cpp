@@ -13,6 +13,7 @@ TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
   ASSERT_TRUE(QDir(folder.filePath("logs")).removeRecursively());
   // A folder where the file belongs.
   ASSERT_TRUE(QDir().mkpath(path));
+  log.Reopen();
   for (int line = 0; line < 2000; ++line)
     log.WriteLine(std::string(1000, '.'));
   EXPECT_TRUE(log.Last(1).empty());
