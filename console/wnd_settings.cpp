@@ -126,14 +126,13 @@ void wndSettings::btnOK_Action() {
     return;
   }
   const auto selected = static_cast<std::size_t>(pmNIC->currentIndex());
-  myActions.ChangeSetting("AttachedNIC", myInterfaces[selected].MACAddress);
-  myActions.ChangeSetting("AttachedPort", TextFromDisplay(fldPort->text()));
-  // Each saves all.
-  if (!myActions.ChangeSetting("MaxConns", TextFromDisplay(fldConns->text()))) {
-    box.text = "The settings were not saved:\n" + myApp.Settings().SaveError();
-    myApp.ShowMessage(box);
+  if (myActions.ChangeSetting("AttachedNIC", myInterfaces[selected].MACAddress) &&
+      myActions.ChangeSetting("AttachedPort", TextFromDisplay(fldPort->text())) &&
+      myActions.ChangeSetting("MaxConns", TextFromDisplay(fldConns->text()))) {
+    return accept();
   }
-  accept();
+  box.text = "The settings were not saved:\n" + myApp.Settings().SaveError();
+  myApp.ShowMessage(box);
 }
 
 }  // namespace corvane

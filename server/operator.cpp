@@ -217,7 +217,9 @@ bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
 
 bool Operator::ChangeSetting(const std::string& name, const std::string& value) {
   Note({"set ", Quoted(name), " to ", value});
-  return myApp.Settings().SetValue(name, value);
+  if (myApp.Settings().SetValue(name, value)) return true;
+  Note({Quoted(name), " was not saved: ", myApp.Settings().SaveError()});
+  return false;
 }
 
 void Operator::Quit() {

@@ -108,7 +108,7 @@ class Operator {
   std::optional<std::vector<AdminsTable::Admin>> Admins();
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
 
-  // For the next start; whether it was saved.
+  // For the next start; whether it was saved. If not, the old value stays.
   bool ChangeSetting(const std::string& name, const std::string& value);
   // Ends the program.
   void Quit();

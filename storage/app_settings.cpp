@@ -145,8 +145,11 @@ std::string AppSettings::GetValue(std::string_view name, std::string_view defaul
 }
 
 bool AppSettings::SetValue(std::string_view name, std::string_view value) {
+  const auto before = myValues;
   Keep(name, value);
-  return Save();
+  if (Save()) return true;
+  myValues = before;
+  return false;
 }
 
 std::string* AppSettings::Find(std::string_view name) {

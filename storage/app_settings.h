@@ -42,15 +42,17 @@ class AppSettings {
   // Names and values, in the order in which they were first set.
   const std::vector<std::pair<std::string, std::string>>& Values() const { return myValues; }
 
-  // Keeps the value and saves at once, as Save does.
+  // Keeps the value and saves at once, as Save does. A value that is not saved is not kept either.
   bool SetValue(std::string_view name, std::string_view value);
+
+  // Tells what is wrong with a value or with the file.
+  void Complain(const std::string& fault) const;
 
  private:
   std::string* Find(std::string_view name);
   void Keep(std::string_view name, std::string_view value);
   // Writes the file; what went wrong, or nothing.
   std::string Write();
-  void Complain(const std::string& fault) const;
 
   std::optional<QString> myFile;
   std::vector<std::pair<std::string, std::string>> myValues;

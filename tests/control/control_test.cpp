@@ -262,6 +262,9 @@ TEST_F(ControlTest, WindowShowsWhatWasDone) {
   const Outcome set = Run({"set", "AttachedPort", "12345"});
   EXPECT_EQ(set.exitCode, 1);
   EXPECT_THAT(set.text, HasSubstr("not saved"));
+  EXPECT_EQ(myApp.Settings().GetValue("AttachedPort", ""), "0");
+  EXPECT_THAT(Run({"log", "--lines", "1"}).text,
+              HasSubstr("corvanectl: AttachedPort was not saved: "));
 }
 
 TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {

@@ -392,7 +392,7 @@ TEST(Rules, SettingsChooseThem) {
     for (const bool isTaken : {true, false}) {
       for (const std::string& value : isTaken ? row.taken : row.refused) {
         AppSettings settings(std::nullopt);
-        settings.SetValue(row.name, value);
+        settings.GetValue(row.name, value);
         EXPECT_EQ(FaultsOf(settings).empty(), isTaken) << row.name << "=" << value;
         const bool isHardened = row.name == "Hardened" && (!isTaken || on.contains(value));
         EXPECT_EQ(Rules::FromSettings(settings).name, isHardened ? "hardened" : "classic") << value;
@@ -400,7 +400,7 @@ TEST(Rules, SettingsChooseThem) {
     }
   }
   AppSettings settings(std::nullopt);
-  settings.SetValue("TrustedAddresses", "10.1.2.3, 10.2.0.0/16 1.2.3");
+  settings.GetValue("TrustedAddresses", "10.1.2.3, 10.2.0.0/16 1.2.3");
   EXPECT_THAT(FaultsOf(settings),
               ElementsAre(testing::HasSubstr("not \"10.1.2.3, 10.2.0.0/16 1.2.3\"")));
   const AddressRanges trusted = Rules::FromSettings(settings).trustedAddresses;

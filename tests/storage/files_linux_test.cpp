@@ -44,6 +44,7 @@ TEST_F(AppSettingsTest, FileIsWrittenInPlaceWhereTheFolderAllowsNoNewOne) {
       const FileSizeLimit limit(static_cast<rlim_t>(before.size()));
       EXPECT_FALSE(settings.SetValue("MaxConns", "too long for what is free"));
       EXPECT_EQ(settings.SaveError(), "File too large");
+      EXPECT_EQ(settings.GetValue("MaxConns", ""), "7");
     }
     EXPECT_EQ(Content(), before) << "what does not fit changes nothing";
     EXPECT_TRUE(settings.SetValue("MaxConns", ""));
