@@ -90,7 +90,12 @@ void App::LoadServerSocket(MapSocket& listener,
                            const std::function<void(const NetworkRef&)>& networkAdded) {
   const std::vector<NetworkInterface> interfaces = NetworkInterfaces();
   const std::string firstMac = interfaces.empty() ? std::string() : interfaces.front().MACAddress;
-  listener.NetworkInterface = NICByMac(interfaces, mySettings.GetValue("AttachedNIC", firstMac));
+  const std::string wantedMac = mySettings.GetValue("AttachedNIC", firstMac);
+  listener.NetworkInterface = NICByMac(interfaces, wantedMac);
+  if (!listener.NetworkInterface && !SameText(wantedMac, "none")) {
+    mySettings.Complain("AttachedNIC: no interface has the address \"" + wantedMac +
+                        "\"; the server listens on all");
+  }
   listener.SetPort(Int32FromText(mySettings.GetValue("AttachedPort", "12000")));
   // Whatever the setting "MaxConns" says: deliberate.
   listener.SetMaximumSocketsConnected(kMaximumConnections);

@@ -37,7 +37,8 @@ class App {
   bool Open();
 
   // Configures the listener from the settings, starts it and fills its Networks from the database,
-  // calling `networkAdded` for each. Ends with the status line "Listening...".
+  // calling `networkAdded` for each. Ends with the status line "Listening...". An interface that is
+  // not there is told as faults of the settings are.
   void LoadServerSocket(MapSocket& listener,
                         const std::function<void(const NetworkRef&)>& networkAdded);
 

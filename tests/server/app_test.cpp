@@ -122,6 +122,7 @@ class LoadTest : public AppTest {
     listener->StatusMessage = [this](MapSocket&, const std::string& text) {
       status.push_back(text);
     };
+    app.Settings().Complained = [this](const std::string& line) { told.push_back(line); };
     added = 0;
     app.LoadServerSocket(*listener, [&](const NetworkRef&) {
       ++added;
@@ -141,6 +142,7 @@ class LoadTest : public AppTest {
   App app{folder.path(), show};
   std::function<void(MapSocket&)> networkAdded;
   std::vector<std::string> status;
+  std::vector<std::string> told;
   int added = 0;
 };
 
@@ -232,14 +234,18 @@ TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
     EXPECT_TRUE(client.LogIn("demo", "secret", "Ann"));
   });
   EXPECT_THAT(boxes, IsEmpty());
+  EXPECT_THAT(told, IsEmpty()) << "all interfaces are what was asked for";
 }
 
-TEST_F(LoadTest, ImpossiblePortIsAListenerErrorAndTheWindowStillComesUp) {
+TEST_F(LoadTest, ImpossiblePortAndInterfaceAreToldAndTheWindowStillComesUp) {
   MakeDatabase(file);
-  Settings("none", "70000");
+  Settings("00:00:5E:00:53:01", "70000");
   Load([](MapSocket& listener) { EXPECT_FALSE(listener.IsListening()); });
   EXPECT_THAT(status,
               ElementsAre("Server Error: " + std::to_string(kInvalidArgument), "Listening..."));
+  EXPECT_THAT(
+      told, ElementsAre(testing::EndsWith("no interface has the address \"00:00:5E:00:53:01\"; the "
+                                          "server listens on all")));
 }
 
 TEST(NICByMac, FindsTheFirstOfThatAddress) {
