@@ -182,6 +182,7 @@ bool Operator::MakeAdmin(const std::string& name, const std::string& address,
 }
 
 void Operator::Send(const std::string& text, const std::string& networkName) {
+  if (text.empty()) return;
   Note({"message to ", Quoted(networkName), ": ", text});
   myListener.BroadcastMessage(text, networkName);
 }

@@ -95,7 +95,8 @@ class Operator {
   bool MakeAdmin(const std::string& name, const std::string& address,
                  const std::string& networkName);
 
-  // Sends a message to one network, or to all for the name "(All Networks)". Unless the rules have
+  // Sends a message, unless it is empty, to one network, or to all for the name "(All Networks)".
+  // Unless the rules have
   // it skipped, while a client is connected that has not chosen a network it throws
   // NilObjectException, as MapSocket::BroadcastMessage does.
   void Send(const std::string& text, const std::string& networkName);
