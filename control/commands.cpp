@@ -93,7 +93,9 @@ void Commands::ReloadForSignal() {
     Reload(Request("{}"));
   } catch (const Refused& refused) {
     std::string why = kSignal + ": not reloaded: " + refused.what();
-    for (const auto& address : refused.fields["addresses"].toArray())
+    const QJsonArray addresses = refused.fields["addresses"].toArray();
+    if (!addresses.isEmpty()) why += " with corvanectl reload:";
+    for (const auto& address : addresses)
       why += ' ' + TextFromDisplay(address.toString());
     WriteErrorLine(why);
     myLog.Write(StatusLine({why}));

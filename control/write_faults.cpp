@@ -45,7 +45,8 @@ std::vector<std::string> WriteFaults(const QString& dataFolder) {
   const QString where = TakesNewFiles(dataFolder) ? database : folder.absolutePath();
   if (QFileInfo::exists(database) && (where != database || !CanBeWritten(database))) {
     tell("The database cannot be changed", where,
-         "Networks, bans and administrators count until the server ends.");
+         "Networks and bans count until the server ends; administrators cannot be changed, nor "
+         "bans lifted.");
   }
   return faults;
 }

@@ -319,6 +319,9 @@ TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.text, HasSubstr("  127.0.0.7:"));
   }
+  commands.ReloadForSignal();
+  EXPECT_THAT(Run({"log", "--lines", "1"}).text,
+              HasSubstr("or use --force with corvanectl reload: 127.0.0.7:"));
   EXPECT_TRUE(ann->HearsNothing());
   EXPECT_TRUE(myBoxes.empty());
   // With force it is as from the window.
