@@ -52,7 +52,7 @@ QString Ending::Explanation() const {
     case Cause::Banned:
       return Texts::tr("You were banned: %1").arg(detail);
     case Cause::Dismissed:
-      return Texts::tr("The server has ended the connection.");
+      return Texts::tr("The server has asked you to leave.");
     case Cause::Malformed:
       return Texts::tr("This is not a server of ours, or it is broken: %1").arg(detail);
   }

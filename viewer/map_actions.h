@@ -8,8 +8,8 @@
 
 namespace corvane::viewer {
 
-// All that the user can choose, as the menus of the window. Keys of one letter count only in the
-// map.
+// All that the user can choose, as the menus of the window. Keys without Ctrl count in the map
+// only; the window has the list of members take some of them, too.
 class MapActions {
   Q_DECLARE_TR_FUNCTIONS(corvane::viewer::MapActions)
 

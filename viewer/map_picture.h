@@ -10,7 +10,7 @@ struct MapPicture {
   enum class Kind {
     None,   // a grid instead
     Image,  // one file of any size
-    Tiles   // a folder z/x/y.png (or jpg, webp) of square tiles
+    Tiles   // a folder z/x/y.png (or jpg) of square tiles
   };
 
   Kind kind = Kind::None;

@@ -45,6 +45,7 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   txtMessages = new MessagesPane(this);
   stsLine = new StatusLine(myConnection, this);
   actions = std::make_unique<MapActions>(*menuBar(), *map);
+  pnlMembers->lstMembers->addActions({actions->actFollow, actions->actTrail, actions->actStop});
   LayOut();
   WireConnection();
   WireMap();

@@ -43,11 +43,16 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
   });
   connect(lstMembers, &QTableView::doubleClicked, this,
           [this](const QModelIndex& index) { Activate(index); });
-  auto* enter = new QAction(lstMembers);
-  enter->setShortcuts({Qt::Key_Return, Qt::Key_Enter});
-  enter->setShortcutContext(Qt::WidgetShortcut);
-  lstMembers->addAction(enter);
-  connect(enter, &QAction::triggered, this, [this] { Activate(lstMembers->currentIndex()); });
+  const auto onKeys = [this](const QList<QKeySequence>& keys, auto act) {
+    auto* action = new QAction(lstMembers);
+    action->setShortcuts(keys);
+    action->setShortcutContext(Qt::WidgetShortcut);
+    lstMembers->addAction(action);
+    connect(action, &QAction::triggered, this, act);
+  };
+  onKeys({Qt::Key_Return, Qt::Key_Enter}, [this] { Activate(lstMembers->currentIndex()); });
+  // Not every system makes a menu event of it.
+  onKeys({Qt::SHIFT | Qt::Key_F10}, [this] { OpenMenu({-1, -1}); });
   lstMembers->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(lstMembers, &QTableView::customContextMenuRequested, this,
           [this](QPoint position) { OpenMenu(position); });
@@ -117,7 +122,7 @@ void MembersPanel::OpenMenu(QPoint position) {
   const QModelIndex index = lstMembers->currentIndex();
   const Member* member = MemberAt(index);
   if (member == nullptr || !MenuRequested) return;
-  // The menu key says nothing about a place.
+  // A key says nothing about a place.
   if (!lstMembers->visualRect(index).contains(position))
     position = lstMembers->visualRect(index).center();
   MenuRequested(*member, lstMembers->viewport()->mapToGlobal(position));

@@ -155,6 +155,7 @@ QString TileFolderOf(const QString& image, const QString& cache) {
 
 QString CutPicture(const QString& image, const QString& folder, const std::atomic<bool>& stops,
                    const std::function<void(int percent)>& progress) {
+  if (QFileInfo(image).isDir()) return CutterTexts::tr("it is a folder");
   // Opening a pipe would wait until somebody writes into it.
   if (!QFileInfo(image).isFile()) return CutterTexts::tr("there is no such file");
   QString error;

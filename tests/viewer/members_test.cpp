@@ -44,9 +44,16 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   EXPECT_LT((middle() - QPointF(5000, 3000)).manhattanLength(), 5);
   EXPECT_EQ(myWindow->Facet(), 2);
   EXPECT_FALSE(myWindow->map->IsFollowing());
-  Q_EMIT List()->customContextMenuRequested(CellAt(1));
-  ASSERT_NE(QApplication::activePopupWidget(), nullptr);
-  QApplication::activePopupWidget()->close();
+  for (const bool byKey : {false, true}) {
+    byKey ? QTest::keyClick(List(), Qt::Key_F10, Qt::ShiftModifier)
+          : Q_EMIT List()->customContextMenuRequested(CellAt(1));
+    ASSERT_NE(QApplication::activePopupWidget(), nullptr);
+    QApplication::activePopupWidget()->close();
+  }
+  for (const Qt::Key key : {Qt::Key_F, Qt::Key_Escape}) {
+    QTest::keyClick(List(), key);
+    EXPECT_EQ(myWindow->map->IsFollowing(), key == Qt::Key_F);
+  }
   QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_TRUE(myWindow->map->IsFollowing());
   // The same by keys.

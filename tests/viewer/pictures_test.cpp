@@ -96,6 +96,7 @@ TEST(PictureCutter, LeavesNothingBehindWhereItFails) {
   const QString wide = folder.filePath("wide.png");
   ASSERT_TRUE(QImage(131'073, 1, QImage::Format_Mono).save(wide));
   EXPECT_EQ(CutPicture(wide, cache + "/x", stops, [](int) {}), "it is wider than 131072 pixels");
+  EXPECT_EQ(CutPicture(cache, cache + "/x", stops, [](int) {}), "it is a folder");
   EXPECT_NE(CutPicture(good, cache + "/x", stops, [&](int percent) { stops = percent > 20; }), "");
   EXPECT_TRUE(QDir(cache).isEmpty());
 }
