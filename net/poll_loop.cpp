@@ -22,19 +22,14 @@ constexpr auto kStuckPatience = 500ms;  // the same while none of it moves
 
 }  // namespace
 
-PollLoop::PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits,
-                   const FlushQueue::Rule& flushRule)
+PollLoop::PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits)
     : myUnhandled(std::move(unhandled)),
       myPoller([this] { RunSlice(); }),
       myMemory(myWatched, limits),
-      myScratch(kScratchBytes),
-      myFlushes(flushRule) {
+      myScratch(kScratchBytes) {
   mySliceTimer.setInterval(0);
   mySliceTimer.setSingleShot(true);
   QObject::connect(&mySliceTimer, &QTimer::timeout, [this] { RunSlice(); });
-  myFlushTimer.setTimerType(Qt::PreciseTimer);
-  myFlushTimer.setSingleShot(true);
-  QObject::connect(&myFlushTimer, &QTimer::timeout, [this] { RunSlice(); });
 }
 
 PollLoop::~PollLoop() {
@@ -47,16 +42,15 @@ PollLoop::~PollLoop() {
       socket->myKeep.reset();
     const auto queued = std::exchange(myQueued, {});
     myBeforeFlush.clear();
-    myFlushes.Drop();
+    const auto unsent = std::exchange(myUnsent, {});
     const auto pending = std::exchange(myPending, {});
     const auto ending = std::exchange(myEnding, {});
-  } while (HasWork() || myFlushes.Due() || std::ranges::any_of(myWatched.All(), isKept));
+  } while (HasWork() || std::ranges::any_of(myWatched.All(), isKept));
 }
 
 void PollLoop::Stop() {
   myIsStopped = true;
   mySliceTimer.stop();
-  myFlushTimer.stop();
   myDelayedCalls.Stop();
   myPoller.Quiet();
 }
@@ -72,27 +66,13 @@ void PollLoop::RunSlice() {
     const auto end = Clock::now() + kSlice;
     while (RunPass(end) && Clock::now() < end) {
     }
-    Flush();
+    RunBeforeFlush();
+    Flush(Clock::now() + kSlice);
   } catch (...) {
     myUnhandled();
   }
   myHandlerStart.reset();
-  if (HasWork()) {
-    ScheduleSlice();
-  } else {
-    ScheduleFlush();
-  }
-}
-
-void PollLoop::ScheduleFlush() {
-  const auto due = myFlushes.Due();
-  if (!due || myIsStopped) return;
-  const auto left = std::chrono::round<std::chrono::milliseconds>(*due - Clock::now());
-  if (left > 0ms) {
-    myFlushTimer.start(left);
-  } else {
-    ScheduleSlice();
-  }
+  if (HasWork()) ScheduleSlice();
 }
 
 bool PollLoop::RunPass(Clock::time_point end) {
@@ -158,9 +138,12 @@ void PollLoop::RunBeforeFlush() {
   }
 }
 
-void PollLoop::Flush() {
-  RunBeforeFlush();
-  myFlushes.Flush(Clock::now() + kSlice);
+void PollLoop::Flush(Clock::time_point end) {
+  while (!myUnsent.empty() && Clock::now() < end) {
+    const std::shared_ptr<TCPSocket> socket = std::move(myUnsent.front());
+    myUnsent.pop_front();
+    socket->Flush();
+  }
 }
 
 void PollLoop::Finish() {
@@ -207,21 +190,21 @@ void PollLoop::GiveWay() {
 bool PollLoop::NestedStep() {
   const ScopedFlag nested(myIsNested);
   const bool worked = RunPass(Clock::now() + kSlice);
-  Flush();
-  return worked;
+  RunBeforeFlush();
+  Flush(Clock::now() + kSlice);
+  return worked || !myUnsent.empty();
 }
 
 void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point deadline) {
   RunBeforeFlush();
-  myFlushes.FlushNow(deadline);
+  Flush(deadline);
   while (!myIsStopped && !done()) {
     const auto left = deadline - Clock::now();
     if (left <= Clock::duration::zero()) return;
     // Inside a nested step nobody else is served, but readiness is still noted.
     if (!myIsNested && NestedStep()) continue;
-    auto patience = std::min<Clock::duration>(left, kLongestWait);
-    if (const auto due = myFlushes.Due()) patience = std::min(patience, *due - Clock::now());
-    CollectReady(std::chrono::ceil<std::chrono::microseconds>(std::max(patience, 0ns)));
+    const auto patience = std::min<Clock::duration>(left, kLongestWait);
+    CollectReady(std::chrono::ceil<std::chrono::microseconds>(patience));
   }
 }
 
@@ -252,7 +235,7 @@ void PollLoop::RequestDispatch(std::shared_ptr<_Pollable> pollable) {
 }
 
 void PollLoop::RequestFlush(const std::shared_ptr<TCPSocket>& socket) {
-  myFlushes.Add(socket);
+  myUnsent.push_back(socket);
   ScheduleSlice();
 }
 

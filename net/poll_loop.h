@@ -16,7 +16,6 @@
 #include "framework/delayed_calls.h"
 #include "framework/streams.h"
 #include "net/connection_memory.h"
-#include "net/flush_queue.h"
 #include "net/poller.h"
 #include "net/watch_list.h"
 
@@ -46,8 +45,7 @@ class PollLoop {
   };
 
   // `unhandled` is called inside the catch block of an error that no handler caught.
-  explicit PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits = {},
-                    const FlushQueue::Rule& flushRule = {});
+  explicit PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits = {});
   ~PollLoop();
   PollLoop(const PollLoop&) = delete;
   PollLoop& operator=(const PollLoop&) = delete;
@@ -95,13 +93,13 @@ class PollLoop {
   bool DispatchMessages(Clock::time_point end);
   bool NestedStep();
   void RunBeforeFlush();
-  void Flush();
+  // Sends what was written, until the time at the latest.
+  void Flush(Clock::time_point end);
   void CollectReady(std::chrono::microseconds patience);
   bool HasWork() const {
-    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myBeforeFlush.empty();
+    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myBeforeFlush.empty() ||
+           !myUnsent.empty();
   }
-  // Sees that what is written and not sent gets its turn, too.
-  void ScheduleFlush();
   void SendRest();
 
   std::function<void()> myUnhandled;
@@ -109,7 +107,6 @@ class PollLoop {
   WatchList myWatched;
   ConnectionMemory myMemory;
   QTimer mySliceTimer;
-  QTimer myFlushTimer;  // for what is held
   DelayedCalls myDelayedCalls;
   std::vector<char> myScratch;
   Traffic myTraffic;
@@ -118,7 +115,7 @@ class PollLoop {
   std::deque<std::shared_ptr<SocketCore>> myEnding;  // the same for those whose peer has ended
   std::deque<std::shared_ptr<_Pollable>> myQueued;
   std::vector<std::pair<std::weak_ptr<void>, std::function<void()>>> myBeforeFlush;
-  FlushQueue myFlushes;
+  std::deque<std::shared_ptr<TCPSocket>> myUnsent;  // written to since their last send
 
   std::optional<Clock::time_point> myHandlerStart;  // once it is known to be long
   unsigned myGiveWayCount = 0;

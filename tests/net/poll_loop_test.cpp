@@ -106,6 +106,19 @@ TEST_F(GiveWayTest, QtGetsItsTurnWhileManyEndAtOnce) {
   EXPECT_GE(turnsAtEnds.back() - turnsAtEnds.front(), static_cast<int>(kMany) / 2);
 }
 
+TEST_F(GiveWayTest, WhatAFlushHasNoTimeForLeavesWithTheNext) {
+  std::shared_ptr<void> slowEnd(nullptr, [](void*) { std::this_thread::sleep_for(20ms); });
+  server->Active(1)->whenReceived = [end = std::move(slowEnd)](std::int32_t, std::string_view) {};
+  server->Active(0)->whenReceived = [this](std::int32_t, std::string_view) {
+    server->Active(1)->SendMessage(6, "");
+    server->Active(0)->SendMessage(7, "");
+    // It is destroyed by the flush, which takes all of its time.
+    server->Active(1)->Close();
+  };
+  first->Send(1, "");
+  EXPECT_EQ(first->Receive(), (WireMessage{7, ""}));
+}
+
 TEST(WatchList, ReadinessOfASocketThatIsGoneFindsNobody) {
   PollLoop loop([] {});
   const auto socket = std::make_shared<TCPSocket>(loop);

@@ -95,8 +95,8 @@ class RecordingServer : public ServerSocket {
 // A loop and a server that listens, closed in the right order.
 class NetTest : public testing::Test {
  protected:
-  explicit NetTest(ConnectionMemory::Limits limits = {}, const FlushQueue::Rule& flushRule = {})
-      : loop([] { std::rethrow_exception(std::current_exception()); }, limits, flushRule) {}
+  explicit NetTest(ConnectionMemory::Limits limits = {})
+      : loop([] { std::rethrow_exception(std::current_exception()); }, limits) {}
 
   // Sends nothing more until the server has connected the client.
   std::unique_ptr<TestClient> Connect() {
