@@ -145,14 +145,14 @@ void EasyTCPSocket::FireEvents() {
   // Whoever is sent more than it takes asks no more.
   if (IsFull()) return DelayMessages(kFullDelay);
   constexpr auto kNone = PollLoop::Clock::duration::zero();
+  const Frame frame = ReadFrame(mEvents.Bytes());
   auto wait = myBudget.Wait();
-  if (wait <= kNone) wait = MustWait(ReadFrame(mEvents.Bytes()).command);
+  if (wait <= kNone) wait = MustWait(frame.command);
   if (wait > kNone) return DelayMessages(wait);
   myBudget.ChargeMessage();
   ++myLoop.Counted().messages;
-  // The handler's payload lies in a queue that nothing else touches, whatever arrives meanwhile.
+  // The payload stays in place, in a queue that nothing else touches, whatever arrives meanwhile.
   ByteQueue delivering = std::move(mEvents);
-  const Frame frame = ReadFrame(delivering.Bytes());
   ReceivedMessage(frame.command, frame.payload);
   if (!myIsDispatching) return;
   delivering.Consume(frame.length);

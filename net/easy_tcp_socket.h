@@ -62,7 +62,8 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   virtual void Error(std::int32_t /*code*/) {}
   virtual void ReceivedMessage(std::int32_t /*command*/, std::string_view /*data*/) {}
 
-  // Asked before a message is delivered: how long it has to wait. It is asked again then.
+  // Asked before a message is delivered: how long it has to wait. It is asked again then. The
+  // answer may not end the connection.
   virtual PollLoop::Clock::duration MustWait(std::int32_t /*command*/) { return {}; }
 
   // The longest whole message, in bytes, that may arrive from now on.

@@ -41,7 +41,7 @@ PollLoop::~PollLoop() {
     for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
       socket->myKeep.reset();
     const auto queued = std::exchange(myQueued, {});
-    myBeforeFlush.clear();
+    myBeforeFlush = nullptr;
     const auto unsent = std::exchange(myUnsent, {});
     const auto pending = std::exchange(myPending, {});
     const auto ending = std::exchange(myEnding, {});
@@ -130,12 +130,6 @@ bool PollLoop::DispatchMessages(Clock::time_point end) {
     if (myIsStopped || (looksAtClock && Clock::now() >= end)) break;
   }
   return worked;
-}
-
-void PollLoop::RunBeforeFlush() {
-  for (const auto& [owner, function] : std::exchange(myBeforeFlush, {})) {
-    if (const auto alive = owner.lock()) function();
-  }
 }
 
 void PollLoop::Flush(Clock::time_point end) {
@@ -239,8 +233,9 @@ void PollLoop::RequestFlush(const std::shared_ptr<TCPSocket>& socket) {
   ScheduleSlice();
 }
 
-void PollLoop::CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function) {
-  myBeforeFlush.emplace_back(owner, std::move(function));
+void PollLoop::CallBeforeFlush(std::function<void()> function) {
+  RunBeforeFlush();
+  myBeforeFlush = std::move(function);
   ScheduleSlice();
 }
 

@@ -63,8 +63,15 @@ class PollLoop {
   // tells of it.
   void Finish();
 
-  // Calls the function once, before the next flush, unless the owner is gone by then.
-  void CallBeforeFlush(const std::weak_ptr<void>& owner, std::function<void()> function);
+  // Calls the function once: before the next flush, before the next write to any connection, or
+  // before one takes nothing more, whichever comes first. It writes what was gathered for many
+  // peers, so that each gets the same bytes in the same order as if nothing had been gathered. One
+  // function waits at a time: a second request runs the first.
+  void CallBeforeFlush(std::function<void()> function);
+  // Runs the function that waits, if there is one. What it borrows has it run before it goes.
+  void RunBeforeFlush() {
+    if (myBeforeFlush) std::exchange(myBeforeFlush, nullptr)();
+  }
   // Calls the function after the delay, from Qt's loop, unless the owner is gone by then.
   void CallLater(Clock::duration delay, const std::weak_ptr<void>& owner,
                  std::function<void()> function);
@@ -92,13 +99,12 @@ class PollLoop {
   bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
   bool DispatchMessages(Clock::time_point end);
   bool NestedStep();
-  void RunBeforeFlush();
   // Sends what was written, until the time at the latest.
   void Flush(Clock::time_point end);
   void CollectReady(std::chrono::microseconds patience);
   bool HasWork() const {
-    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myBeforeFlush.empty() ||
-           !myUnsent.empty();
+    return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myUnsent.empty() ||
+           myBeforeFlush != nullptr;
   }
   void SendRest();
 
@@ -114,7 +120,7 @@ class PollLoop {
   std::deque<std::shared_ptr<SocketCore>> myPending;
   std::deque<std::shared_ptr<SocketCore>> myEnding;  // the same for those whose peer has ended
   std::deque<std::shared_ptr<_Pollable>> myQueued;
-  std::vector<std::pair<std::weak_ptr<void>, std::function<void()>>> myBeforeFlush;
+  std::function<void()> myBeforeFlush;
   std::deque<std::shared_ptr<TCPSocket>> myUnsent;  // written to since their last send
 
   std::optional<Clock::time_point> myHandlerStart;  // once it is known to be long

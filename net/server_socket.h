@@ -66,7 +66,6 @@ class ServerSocket : public SocketCore {
 
   void Advance() override;
   void FillStep() override;
-  void RaiseError() override {}
   void RunOutOfMemory() override;
 
  private:

@@ -17,9 +17,9 @@ void SocketCore::EventPass() {
   try {
     const ScopedFlag inPass(myIsInPass);
     Advance();
-    if (Take(kConnected)) RaiseConnected();
-    if (Take(kDataAvailable)) RaiseDataAvailable();
-    if (Take(kSendComplete)) RaiseSendComplete();
+    if (Take(kConnected)) Event_Connected();
+    if (Take(kDataAvailable)) Event_DataAvailable();
+    if (Take(kSendComplete)) Event_SendComplete();
     if (IsPending(kFill)) FillStep();
     if (Take(kSendProgress)) RaiseSendProgress();
     if (Take(kError)) RaiseError();

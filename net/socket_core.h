@@ -51,12 +51,12 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   // Moves the socket on as far as its descriptor allows, which makes events pending.
   virtual void Advance() = 0;
 
-  virtual void RaiseConnected() {}
-  virtual void RaiseDataAvailable() {}
-  virtual void RaiseSendComplete() {}
+  virtual void Event_Connected() {}
+  virtual void Event_DataAvailable() {}
+  virtual void Event_SendComplete() {}
   virtual void FillStep() {}
   virtual void RaiseSendProgress() {}
-  virtual void RaiseError() = 0;
+  virtual void RaiseError() {}
   // A handler did not get the memory that it needed.
   virtual void RunOutOfMemory() = 0;
 

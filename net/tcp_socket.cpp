@@ -119,11 +119,12 @@ void TCPSocket::Receive() {
   myIsReadable = myIsHungUp || mySendError != 0 || received.bytes == scratch.size();
   SetPending(kDataAvailable);
   ResumeInput();
+  myLoop.Memory().BoundInput();
 }
 
 void TCPSocket::EndByPeer() {
   // It may still read.
-  CompleteOutput();
+  myLoop.RunBeforeFlush();
   if (myState != State::Connected) return;
   myLastErrorCode = os::kConnectionReset;
   myState = State::Ended;
@@ -136,7 +137,7 @@ void TCPSocket::Poll() {
     Receive();
     if (IsPending(kDataAvailable)) {
       ClearPending(kDataAvailable);
-      RaiseDataAvailable();
+      Event_DataAvailable();
     }
   } else if (IsBusy()) {
     Advance();
@@ -162,11 +163,6 @@ void TCPSocket::FailForMemory() {
   Fail(os::kNoBuffers);
 }
 
-void TCPSocket::RaiseDataAvailable() {
-  Event_DataAvailable();
-  myLoop.Memory().BoundInput();
-}
-
 void TCPSocket::RaiseError() {
   Event_Error();
   // Unless the handler used the socket anew, be it in vain.
@@ -182,7 +178,7 @@ void TCPSocket::RunOutOfMemory() {
 void TCPSocket::Close() {
   // The last reference may be the listener's, or the loop's.
   const std::shared_ptr<SocketCore> keep = weak_from_this().lock();
-  if (myState == State::Connected) CompleteOutput();
+  if (myState == State::Connected) myLoop.RunBeforeFlush();
   const bool wasOpen = myState == State::Connected || myState == State::Ended;
   if (wasOpen) FlushFinally();
   if (wasOpen && !myOutput.IsEmpty() && keep != nullptr) {
@@ -275,7 +271,7 @@ TCPSocket::Reading TCPSocket::HowPeerReads(PollLoop::Clock::time_point now) cons
 }
 
 bool TCPSocket::MayWrite(std::size_t bytes) {
-  if (myState == State::Connected) CompleteOutput();
+  if (myState == State::Connected) myLoop.RunBeforeFlush();
   if (myState != State::Connected || mySendError != 0 || bytes == 0) return false;
   if (IsBusy() || myOutput.SizeOfSmall() < myLoop.Memory().bounds.connectionOutput) return true;
   FailForMemory();

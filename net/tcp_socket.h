@@ -89,16 +89,9 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual std::size_t InputHeld() const { return myInput.Capacity(); }
 
  protected:
-  // Events.
-  virtual void Event_Connected() {}
-  virtual void Event_DataAvailable() {}
-  virtual void Event_SendComplete() {}
+  // Events, beside those that every socket has.
   virtual void Event_SendProgress(std::size_t /*sent*/, std::size_t /*left*/) {}
   virtual void Event_Error() {}
-
-  // Called before bytes are added to the output and before the connection ceases to take any: what
-  // is gathered for this peer elsewhere is to be written now.
-  virtual void CompleteOutput() {}
 
   // While true, nothing more is read from the peer.
   virtual bool HoldsInput() const { return false; }
@@ -119,9 +112,6 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   std::size_t SentSinceProgress() const { return mySentSinceProgress; }
 
   void Advance() override;
-  void RaiseConnected() override { Event_Connected(); }
-  void RaiseDataAvailable() override;
-  void RaiseSendComplete() override { Event_SendComplete(); }
   void RaiseSendProgress() override;
   void RaiseError() override;
   // Ends this connection, and not the program.

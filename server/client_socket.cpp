@@ -156,10 +156,6 @@ void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) 
   }
 }
 
-void ClientSocket::CompleteOutput() {
-  myParent.Sessions().Deliver();
-}
-
 PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
   if (command == wire::kReport && myAwaitsReaders) return ReportWait();
   if (command == wire::kMember && myState == State::LoggedIn) return MembersWait();

@@ -112,8 +112,6 @@ class ClientSocket : public EasyTCPSocket {
   void Connected() override;
   void Error(std::int32_t code) override;
   void ReceivedMessage(std::int32_t command, std::string_view data) override;
-  // Reports that the network's members have gathered go out before anything else does.
-  void CompleteOutput() override;
   PollLoop::Clock::duration MustWait(std::int32_t command) override;
 
  private:

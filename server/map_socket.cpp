@@ -39,7 +39,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
       myLocations(locations),
       myBans(serverdb, myRules.statementValues),
       myAdmins(serverdb, myRules.statementValues),
-      myRoster(loop.Memory().output) {
+      myRoster(loop) {
   myAddresses.Refused = [this](const std::string& address, std::uint64_t count) {
     CallStatusMessage({address, ": Connections Refused (", std::to_string(count), ")"});
   };
@@ -107,9 +107,6 @@ void MapSocket::BroadcastPosition(ClientSocket& sender) {
   if (sender.myNetwork == nullptr) return;
   const std::string packet = CreatePacket(wire::kMember, wire::PositionRecord(sender));
   if (!myLoop.Memory().MakeRoomForOutput(packet.size())) return sender.FailForMemory();
-  if (!myRoster.HasGathered()) {
-    myLoop.CallBeforeFlush(weak_from_this(), [this] { myRoster.Deliver(); });
-  }
   myRoster.Gather(SessionOf(sender), packet);
 }
 

@@ -4,6 +4,7 @@
 #include <new>
 #include <utility>
 
+#include "net/poll_loop.h"
 #include "server/client_socket.h"
 
 namespace corvane {
@@ -30,12 +31,16 @@ Roster::Change::~Change() {
   }
 }
 
+Roster::~Roster() {
+  myLoop.RunBeforeFlush();
+}
+
 void Roster::Enter(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;
   ++myNames[session.FoldedUsername()];
   if (!session.HearsItsNetwork()) return;
-  auto& members =
-      myGroups.try_emplace(session.myNetwork.get(), myPool).first->second.members.Edit();
+  auto& members = myGroups.try_emplace(session.myNetwork.get(), myLoop.Memory().output)
+                      .first->second.members.Edit();
   // Nearly always the end: who connects last chooses its network last.
   members.insert(PlaceOf(session, members),
                  std::static_pointer_cast<ClientSocket>(session.shared_from_this()));
@@ -43,7 +48,7 @@ void Roster::Enter(ClientSocket& session) {
 
 void Roster::Leave(ClientSocket& session) {
   if (session.HandOffNumber() == 0) return;
-  Deliver();
+  myLoop.RunBeforeFlush();
   const auto name = myNames.find(session.FoldedUsername());
   if (name != myNames.end() && --name->second == 0) myNames.erase(name);
   const auto group = myGroups.find(session.myNetwork.get());
@@ -64,11 +69,12 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
   const auto found = myGroups.find(sender->myNetwork.get());
   if (found == myGroups.end()) return;
   Group& group = found->second;
-  if (group.outbox.Size() + packet.size() > kMostInOne) Deliver();
+  if (group.outbox.Size() + packet.size() > kMostInOne) myLoop.RunBeforeFlush();
+  if (!HasGathered()) myLoop.CallBeforeFlush([this] { Deliver(); });
   if (group.outbox.IsEmpty()) myGathered.push_back(&group);
   group.outbox.Add(sender, packet);
   myGatheredBytes += packet.size() * group.members.Get()->size();
-  if (myGatheredBytes >= kMostDelivered) Deliver();
+  if (myGatheredBytes >= kMostDelivered) myLoop.RunBeforeFlush();
 }
 
 void Roster::Deliver() {

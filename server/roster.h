@@ -14,18 +14,21 @@
 namespace corvane {
 
 class ClientSocket;
+class PollLoop;
 
 // Indexes over the listener's active connections, so that a report costs what it delivers and a
 // log-in does not look at everybody: the members of each network who hear it, in hand-off order,
 // and how many sessions hold each user name. They always say what a walk over the active
 // connections would. Each network's reports are gathered here too, and delivered before its members
-// change.
+// change. Borrows the loop.
 class Roster {
  public:
   using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
 
-  // Reports wait for their recipients in memory of the pool.
-  explicit Roster(BufferPool& pool) : myPool(pool) {}
+  explicit Roster(PollLoop& loop) : myLoop(loop) {}
+  ~Roster();
+  Roster(const Roster&) = delete;
+  Roster& operator=(const Roster&) = delete;
 
   // A session entered or left the active connections.
   void Enter(ClientSocket& session);
@@ -50,11 +53,9 @@ class Roster {
   // Everybody who hears what this network's members hear, in hand-off order.
   Members::Snapshot MembersOf(const ServerNetworks& network) const;
 
-  // Takes a report to the members of the sender's network.
+  // Takes a report, which the members of the sender's network are sent before the loop flushes.
   void Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
   bool HasGathered() const { return !myGathered.empty(); }
-  // Sends to all members what was gathered.
-  void Deliver();
 
   // Whether most of the network's members who read are behind with what was relayed to them.
   bool AreMostBehind(const ServerNetworks& network);
@@ -71,7 +72,10 @@ class Roster {
     Outbox outbox;
   };
 
-  BufferPool& myPool;
+  // Sends to all members what was gathered.
+  void Deliver();
+
+  PollLoop& myLoop;
   std::unordered_map<const ServerNetworks*, Group> myGroups;
   std::vector<Group*> myGathered;   // those whose outbox is not empty
   std::size_t myGatheredBytes = 0;  // what their delivery writes

@@ -155,6 +155,14 @@ TEST_F(OutboxTest, ListenerThatGoesSendsWhatWasReported) {
   EXPECT_EQ(bob->Receive(), std::nullopt);
 }
 
+TEST_F(OutboxTest, ListenerThatGoesLeavesTheLoopNothingToCall) {
+  const auto ann = LoggedIn("Ann");
+  Report("Ann", 1);
+  server.SessionOf("Ann")->FailForMemory();
+  server.listener.reset();
+  FlushNow(server.loop);
+}
+
 TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
   auto ann = LoggedIn("Ann");
   const auto session = server.SessionOf("Ann");
