@@ -34,7 +34,7 @@ double ValueOf(const QLineEdit& field) {
 
 // A number that the field's mask does not take leaves it as it is.
 void SetValue(QLineEdit& field, double value) {
-  QString text = DisplayText(TextFromNumber(value));
+  QString text = QString::number(value);
   int position = 0;
   if (field.validator()->validate(text, position) == QValidator::Acceptable) field.setText(text);
 }

@@ -11,14 +11,12 @@ namespace {
 
 std::vector<RecordsModel::Record> BanRecords(Operator& actions) {
   std::vector<RecordsModel::Record> records;
-  const auto all = actions.Bans();
-  if (!all) return records;
-  records.reserve(all->size());
-  for (const BansTable::Ban& ban : *all) {
+  const bool areAll = actions.ForEachBan([&records](const Ban& ban) {
     records.push_back({ban.id,
                        {VisibleText(ban.address), VisibleText(ban.by), VisibleText(ban.reason),
                         VisibleText(ShortDateAndTime(ban.bandate))}});
-  }
+  });
+  if (!areAll) records.clear();
   return records;
 }
 

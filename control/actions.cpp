@@ -33,15 +33,6 @@ void ExpectAddress(const std::string& address) {
   throw Misused("\"address\" takes an IPv4 address such as 192.0.2.17, not \"" + address + '"');
 }
 
-template <typename Row, typename IsWanted>
-std::vector<std::int64_t> IdsOf(const std::vector<Row>& rows, IsWanted isWanted) {
-  std::vector<std::int64_t> ids;
-  for (const Row& row : rows) {
-    if (isWanted(row)) ids.push_back(row.id);
-  }
-  return ids;
-}
-
 }  // namespace
 
 std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
@@ -139,9 +130,14 @@ QByteArray Actions::BanAddress(const Request& request) {
 
 QByteArray Actions::Unban(const Request& request) {
   const std::string wanted = request.Text("ban");
-  const auto ids = IdsOf(Given(myActions.Bans(), myActions), [&](const BansTable::Ban& ban) {
-    return ban.address == wanted || std::to_string(ban.id) == wanted;
-  });
+  std::vector<std::int64_t> ids;
+  bool isNumber = false;
+  const std::int64_t number = DisplayText(wanted).toLongLong(&isNumber);
+  if (isNumber && myActions.FindBan(number)) ids.push_back(number);
+  const auto take = [&](const corvane::Ban& ban) {
+    if (ban.address == wanted) ids.push_back(ban.id);
+  };
+  if (!myActions.ForEachBan(take)) RefuseForDatabase(myActions);
   if (ids.empty()) throw Refused("no ban is stored of " + wanted);
   if (!myActions.LiftBans(ids)) RefuseForDatabase(myActions);
   return DoneLine("Lifted " + std::to_string(ids.size()) + " ban(s).");
@@ -187,10 +183,11 @@ QByteArray Actions::Grant(const Request& request) {
 QByteArray Actions::Revoke(const Request& request) {
   const std::string wanted = request.Text("admin");
   const std::optional<std::string> network = request.OptionalText("network");
-  const auto ids = IdsOf(Given(myActions.Admins(), myActions), [&](const AdminsTable::Admin& one) {
+  std::vector<std::int64_t> ids;
+  for (const AdminsTable::Admin& one : Given(myActions.Admins(), myActions)) {
     const bool isWanted = SameText(one.name, wanted) || std::to_string(one.id) == wanted;
-    return isWanted && (!network || SameText(one.network, *network));
-  });
+    if (isWanted && (!network || SameText(one.network, *network))) ids.push_back(one.id);
+  }
   if (ids.empty()) throw Refused("nobody \"" + wanted + "\" is an administrator there");
   if (!myActions.DeleteAdmins(ids)) RefuseForDatabase(myActions);
   return DoneLine("Took back " + std::to_string(ids.size()) + " grant(s).");

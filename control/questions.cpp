@@ -1,7 +1,6 @@
 #include "control/questions.h"
 
 #include <memory>
-#include <utility>
 
 #include <QJsonArray>
 
@@ -20,16 +19,6 @@ namespace corvane {
 
 Questions::Questions(App& app, MapSocket& listener, Operator& actions)
     : myApp(app), myListener(listener), myActions(actions), myRates(app.Loop()) {}
-
-template <typename Row, typename Describe>
-QByteArray Questions::TableOf(std::optional<std::vector<Row>> rows, Describe describe) {
-  RowsAnswer answer;
-  for (const Row& row : Given(std::move(rows), myActions)) {
-    answer.Add(describe(row));
-    myApp.Loop().GiveWay();
-  }
-  return answer.Line();
-}
 
 QByteArray Questions::Status(const Request&) {
   QJsonArray networks;
@@ -82,23 +71,29 @@ QByteArray Questions::Networks(const Request&) {
 }
 
 QByteArray Questions::Bans(const Request&) {
-  return TableOf(myActions.Bans(), [](const BansTable::Ban& ban) {
-    return QJsonObject{{"id", static_cast<qint64>(ban.id)},
-                       {"address", AnswerText(ban.address)},
-                       {"by", AnswerText(ban.by)},
-                       {"reason", AnswerText(ban.reason)},
-                       {"date", DisplayText(StoredDate(ban.bandate))},
-                       {"network", AnswerText(ban.network)}};
-  });
+  RowsAnswer answer;
+  const auto add = [&answer](const Ban& ban) {
+    answer.Add({{"id", static_cast<qint64>(ban.id)},
+                {"address", AnswerText(ban.address)},
+                {"by", AnswerText(ban.by)},
+                {"reason", AnswerText(ban.reason)},
+                {"date", DisplayText(StoredDate(ban.bandate))},
+                {"network", AnswerText(ban.network)}});
+  };
+  if (!myActions.ForEachBan(add)) RefuseForDatabase(myActions);
+  return answer.Line();
 }
 
 QByteArray Questions::Admins(const Request&) {
-  return TableOf(myActions.Admins(), [](const AdminsTable::Admin& admin) {
-    return QJsonObject{{"id", static_cast<qint64>(admin.id)},
-                       {"name", AnswerText(admin.name)},
-                       {"network", AnswerText(admin.network)},
-                       {"address", AnswerText(admin.address)}};
-  });
+  RowsAnswer answer;
+  for (const AdminsTable::Admin& admin : Given(myActions.Admins(), myActions)) {
+    answer.Add({{"id", static_cast<qint64>(admin.id)},
+                {"name", AnswerText(admin.name)},
+                {"network", AnswerText(admin.network)},
+                {"address", AnswerText(admin.address)}});
+    myApp.Loop().GiveWay();
+  }
+  return answer.Line();
 }
 
 QByteArray Questions::Settings(const Request&) {

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <vector>
-
 #include <QByteArray>
 #include <QDateTime>
 
@@ -29,10 +26,6 @@ class Questions {
   QByteArray Settings(const Request& request);
 
  private:
-  // The rows that the database gave, each as `describe` has it.
-  template <typename Row, typename Describe>
-  QByteArray TableOf(std::optional<std::vector<Row>> rows, Describe describe);
-
   App& myApp;
   MapSocket& myListener;
   Operator& myActions;

@@ -1,9 +1,7 @@
 #include "framework/numbers.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
-#include <cmath>
 #include <limits>
 #include <system_error>
 
@@ -126,20 +124,6 @@ bool IsNumeric(std::string_view text) {
   const std::string_view trimmed = Trimmed(text);
   const Decimal number = ReadDecimal(trimmed);
   return !number.mantissa.empty() && number.length == trimmed.size();
-}
-
-std::string TextFromNumber(double number) {
-  if (std::isinf(number)) return number < 0 ? "-1e999" : "1e999";
-  // From here on every double is a whole number, and the exponent form the shorter one.
-  constexpr double kExponentFrom = 1e17;
-  constexpr double kExponentBelow = 1e-5;
-  const double magnitude = std::abs(number);
-  const bool plain = number == 0 || (magnitude >= kExponentBelow && magnitude < kExponentFrom);
-  std::array<char, 64> buffer{};
-  const auto result =
-      std::to_chars(buffer.data(), buffer.data() + buffer.size(), number,
-                    plain ? std::chars_format::fixed : std::chars_format::scientific);
-  return {buffer.data(), result.ptr};
 }
 
 }  // namespace corvane

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <string_view>
 
 namespace corvane {
@@ -16,8 +15,5 @@ std::int32_t Int32FromText(std::string_view text);
 
 // Whether the whole text, blanks at both ends aside, is one decimal number.
 bool IsNumeric(std::string_view text);
-
-// The shortest decimal text that reads back as the number: "5", never "5.0".
-std::string TextFromNumber(double number);
 
 }  // namespace corvane

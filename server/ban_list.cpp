@@ -17,27 +17,26 @@ constexpr std::chrono::milliseconds kReadingTime{1};
 
 bool BanList::ReadOn() {
   const auto end = ProcessorTime() + kReadingTime;
-  while (!myIsComplete && ProcessorTime() < end)
+  while (myPlace != Bans::kEnd && ProcessorTime() < end)
     ReadPortion();
-  return !myIsComplete;
+  return myPlace != Bans::kEnd;
 }
 
 void BanList::ReadPortion() {
-  const auto bans = myBans.Portion(myLast);
+  const auto bans = myBans.Portion(myPlace);
   if (!bans) {
     myPieces.clear();
     myRecords.clear();
   } else {
-    for (const BansTable::Ban& ban : *bans)
+    for (const Ban& ban : *bans)
       Add(ban);
   }
   // Pieces of this size do not count as a backlog of the connection.
   if (myRecords.size() >= OutputQueue::kLarge) StorePiece();
-  myIsComplete = !bans || bans->size() < BansTable::kPortion || myHasFailed;
+  if (myHasFailed) myPlace = Bans::kEnd;
 }
 
-void BanList::Add(const BansTable::Ban& ban) {
-  myLast = ban.id;
+void BanList::Add(const Ban& ban) {
   if (myNetwork != nullptr && !SameText(ban.network, myNetwork->NetworkName)) return;
   myRecords += std::to_string(ban.id) + "|" + ban.address + "|" + ban.by + "|" + ban.reason + "|" +
                ShortDateAndTime(ban.bandate);

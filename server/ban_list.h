@@ -8,18 +8,18 @@
 #include "buffers/block.h"
 #include "net/connection_memory.h"
 #include "server/server_networks.h"
-#include "storage/bans_table.h"
+#include "storage/bans.h"
 
 namespace corvane {
 
 // The list of bans that an administrator asks for (command 13), read and formatted in portions so
-// that others are served in between. Borrows the table and the memory.
+// that others are served in between. Borrows the bans and the memory.
 //
 // Limits: fails when all output together would take more than half of its bound.
 class BanList {
  public:
   // With a network, only the bans of its users.
-  BanList(BansTable& bans, ConnectionMemory& memory, NetworkRef network = nullptr)
+  BanList(Bans& bans, ConnectionMemory& memory, NetworkRef network = nullptr)
       : myBans(bans), myMemory(memory), myNetwork(std::move(network)) {}
 
   // Reads on for about a millisecond. Returns whether there is more to read.
@@ -31,16 +31,15 @@ class BanList {
 
  private:
   void ReadPortion();
-  void Add(const BansTable::Ban& ban);
+  void Add(const Ban& ban);
   void StorePiece();
 
-  BansTable& myBans;
+  Bans& myBans;
   ConnectionMemory& myMemory;
   NetworkRef myNetwork;
-  std::int64_t myLast = BansTable::kBegin;
+  std::int64_t myPlace = Bans::kBegin;
   std::vector<Slice> myPieces;
   std::string myRecords;  // that are in no piece yet
-  bool myIsComplete = false;
   bool myHasFailed = false;
 };
 

@@ -34,6 +34,7 @@ constexpr std::chrono::seconds kLongestReadersDelay{1};
 // What an administrator or a member has asked for before it hung up is still done, within limits.
 constexpr std::chrono::seconds kMemberGonePatience{60};
 constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
+constexpr double kMostExact = 9'007'199'254'740'992;
 
 // Reports repeat the name. With one of this length they pay for their bytes.
 constexpr std::size_t kLongName = 64 * 1024;
@@ -81,9 +82,8 @@ void ClientSocket::Greet(const ClientLocation& location) {
   ClientFlag = location.flag;
   if (isBanned()) {
     myState = State::Refused;
-    SendMessage(wire::kBan, "Please contact an administrator formore information.");
+    SendNotice(wire::kBan, "Please contact an administrator formore information.");
     ReportStatus(": Client Previously Banned.");
-    ExpectToLeave();
   } else {
     myState = State::WaitingNetwork;
     SendMessage(wire::kNetwork, "Network");
@@ -108,7 +108,8 @@ void ClientSocket::Close() {
   if (Handle() == os::kNoSocket) myPlace.reset();
 }
 
-void ClientSocket::ExpectToLeave() {
+void ClientSocket::SendNotice(std::int32_t command, std::string_view text) {
+  SendMessage(command, text);
   const auto time = myParent.RulesInForce().timeToLeave;
   if (!time || std::exchange(myIsExpectedToLeave, true)) return;
   myLoop.CallLater(*time, weak_from_this(), [this] {
@@ -377,7 +378,7 @@ bool ClientSocket::IsPasswordDigest(std::string_view digest) const {
 }
 
 bool ClientSocket::isBanned() const {
-  return myParent.Keeper().IsBanned(RemoteAddress());
+  return myParent.BansInForce().IsBanned(RemoteAddress());
 }
 
 bool ClientSocket::CanLogin(const std::string& foldedName) const {
@@ -438,7 +439,7 @@ void ClientSocket::SendMembers() {
 
 void ClientSocket::BeginBanList() {
   myBanList =
-      std::make_unique<BanList>(myParent.Bans(), myLoop.Memory(),
+      std::make_unique<BanList>(myParent.BansInForce(), myLoop.Memory(),
                                 myParent.RulesInForce().areAllBansShown ? nullptr : myNetwork);
 }
 
@@ -454,13 +455,16 @@ void ClientSocket::SendBans() {
 
 void ClientSocket::LiftBan(std::string_view id) {
   if (!IsNumeric(id)) return;
-  const std::string number = TextFromNumber(NumberFromText(id));
+  // No ban has a number with a fraction, or one that is not exact in a double.
+  const double number = NumberFromText(id);
+  const auto whole = static_cast<std::int64_t>(std::clamp(number, -kMostExact, kMostExact));
+  if (static_cast<double>(whole) != number) return;
   if (!myParent.RulesInForce().areAllBansShown) {
-    const auto ban = myParent.Bans().Find(number);
+    const auto ban = myParent.BansInForce().Find(whole);
     if (!ban || !SameText(ban->network, myNetwork->NetworkName)) return;
   }
   // Whether it worked is not answered.
-  std::ignore = myParent.Bans().Delete(number);
+  std::ignore = myParent.BansInForce().Lift({whole});
 }
 
 void ClientSocket::SetNetwork(NetworkRef network) {

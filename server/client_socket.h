@@ -92,9 +92,9 @@ class ClientSocket : public EasyTCPSocket {
   // Looks up the client's location and greets it then.
   void GetClientInfo();
 
-  // To be called when it was sent a notice upon which clients leave: closes it a while later, where
-  // the rules say so.
-  void ExpectToLeave();
+  // Sends a notice upon which clients leave, and closes the connection a while later, where the
+  // rules say so.
+  void SendNotice(std::int32_t command, std::string_view text);
 
   // To be called when its reports pile up with most of its recipients: its next one waits until
   // they have read.

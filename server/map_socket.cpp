@@ -23,13 +23,6 @@ std::shared_ptr<ClientSocket> SessionOf(ClientSocket& session) {
   return std::static_pointer_cast<ClientSocket>(session.shared_from_this());
 }
 
-// Both names folded.
-bool IsUserOf(const ClientSocket& session, const std::string& userName,
-              const std::string& networkName) {
-  return session.myNetwork != nullptr && session.FoldedUsername() == userName &&
-         session.myNetwork->FoldedName == networkName;
-}
-
 }  // namespace
 
 MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations,
@@ -37,7 +30,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
     : ServerSocket(loop, 2, 10),
       myRules(std::move(rules)),
       myLocations(locations),
-      myBans(serverdb, myRules.statementValues),
+      myBans(serverdb),
       myAdmins(serverdb, myRules.statementValues),
       myRoster(loop) {
   myAddresses.Refused = [this](const std::string& address, std::uint64_t count) {
@@ -171,9 +164,8 @@ void MapSocket::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
   }
 }
 
-void MapSocket::KickUser(const std::string& userName, const std::string& networkName,
-                         const std::string& reason) {
-  const Slice packet = MakePacket(wire::kKick, reason);
+std::string MapSocket::ForEachUser(const std::string& userName, const std::string& networkName,
+                                   const std::function<void(ClientSocket&)>& act) {
   const std::string foldedName = FoldText(userName);
   const std::string foldedNetwork = FoldText(networkName);
   std::string lastExamined;
@@ -181,43 +173,44 @@ void MapSocket::KickUser(const std::string& userName, const std::string& network
   for (const std::shared_ptr<TCPSocket>& connection : *connections) {
     const std::shared_ptr<ClientSocket> session = SessionOf(connection);
     lastExamined = session->Username();
-    if (IsUserOf(*session, foldedName, foldedNetwork)) {
-      session->SendPackets(packet);
-      session->ExpectToLeave();
-    }
+    const bool isThere = session->myNetwork && session->myNetwork->FoldedName == foldedNetwork;
+    if (isThere && session->FoldedUsername() == foldedName) act(*session);
     myLoop.GiveWay();
   }
-  // The line names whoever the walk looked at last, not who was kicked: deliberate.
-  CallStatusMessage({Quoted(lastExamined), " Kicked: ", reason});
+  return lastExamined;
+}
+
+void MapSocket::Kick(ClientSocket& target, const std::string& reason) {
+  target.SendNotice(wire::kKick, reason);
+  TellKick(target.Username(), reason);
+}
+
+void MapSocket::KickUser(const std::string& userName, const std::string& networkName,
+                         const std::string& reason) {
+  const auto notify = [&reason](ClientSocket& user) { user.SendNotice(wire::kKick, reason); };
+  TellKick(ForEachUser(userName, networkName, notify), reason);
+}
+
+void MapSocket::TellKick(std::string_view userName, const std::string& reason) {
+  CallStatusMessage({Quoted(userName), " Kicked: ", reason});
+}
+
+bool MapSocket::Ban(const std::string& address, const std::string& by, std::string_view givenReason,
+                    const std::string& networkName, ClientSocket* target) {
+  const std::string reason(Beginning(givenReason, myRules.longestReason));
+  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
+  const bool isStored = myBans.Add(address, by, reason, networkName);
+  if (target != nullptr) target->SendNotice(wire::kBan, reason);
+  CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
+  return isStored;
 }
 
 void MapSocket::BanUser(ClientSocket& banningClient, const std::string& userName,
                         const std::string& reason) {
-  const std::string foldedName = FoldText(userName);
   const NetworkRef network = banningClient.myNetwork;
-  const auto connections = ActiveConnections();
-  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
-    const std::shared_ptr<ClientSocket> target = SessionOf(connection);
-    if (IsUserOf(*target, foldedName, network->FoldedName)) {
-      Ban(*target, banningClient.Username(), reason, network->NetworkName);
-    }
-    myLoop.GiveWay();
-  }
-}
-
-std::string MapSocket::BanReason(std::string_view given) const {
-  return std::string(Beginning(given, myRules.longestReason));
-}
-
-bool MapSocket::Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
-                    const std::string& networkName) {
-  const std::string reason = BanReason(givenReason);
-  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
-  const bool isStored = myKeeper.Add(target.RemoteAddress(), by, reason, networkName);
-  target.SendMessage(wire::kBan, reason);
-  target.ExpectToLeave();
-  CallStatusMessage({Quoted(target.Username()), " Banned: ", reason});
-  return isStored;
+  ForEachUser(userName, network->NetworkName, [&](ClientSocket& user) {
+    Ban(user.RemoteAddress(), banningClient.Username(), reason, network->NetworkName, &user);
+  });
 }
 
 }  // namespace corvane

@@ -18,8 +18,7 @@
 #include "server/server_networks.h"
 #include "server/turns.h"
 #include "storage/admins_table.h"
-#include "storage/ban_keeper.h"
-#include "storage/bans_table.h"
+#include "storage/bans.h"
 
 namespace corvane {
 
@@ -76,19 +75,20 @@ class MapSocket : public ServerSocket {
   // Sends "BYE" (command 999) to the network's clients; they end their connections.
   void DisconnectAllClientsOnNetwork(const NetworkRef& entry);
 
-  // Sends the kick notice (command 996). Closes the connection only where the rules say so.
+  // Sends one session the kick notice (command 996).
+  void Kick(ClientSocket& target, const std::string& reason);
+  // The same for the users of that name in the network. The status line names the session that was
+  // looked at last, not the one that was kicked: deliberate.
   void KickUser(const std::string& userName, const std::string& networkName,
                 const std::string& reason);
 
-  // Bans the address of each user of that name in the banning client's network and sends them the
-  // ban notice (command 997). Closes the connection only where the rules say so.
+  // Bans an address, with as much of the reason as the rules allow, and then sends the session for
+  // which that is done, if any, the ban notice (command 997). Returns whether the ban is in the
+  // database already.
+  bool Ban(const std::string& address, const std::string& by, std::string_view givenReason,
+           const std::string& networkName, ClientSocket* target = nullptr);
+  // Bans the address of each user of that name in the banning client's network.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
-
-  // Bans one session's address and sends it the notice. Whether the ban is stored already.
-  bool Ban(ClientSocket& target, const std::string& by, const std::string& givenReason,
-           const std::string& networkName);
-  // As much of the reason as the rules allow.
-  std::string BanReason(std::string_view given) const;
 
   // In the order in which they were added.
   std::vector<NetworkRef> Networks;
@@ -98,8 +98,7 @@ class MapSocket : public ServerSocket {
   // What sessions use.
   Roster& Sessions() { return myRoster; }
   LocationLookup& Locations() { return myLocations; }
-  BansTable& Bans() { return myBans; }
-  BanKeeper& Keeper() { return myKeeper; }
+  Bans& BansInForce() { return myBans; }
   AdminsTable& Admins() { return myAdmins; }
   // Questions to the database by users whose names may make them costly.
   CostGate& CostlyQuestions() { return myCostlyQuestions; }
@@ -117,11 +116,15 @@ class MapSocket : public ServerSocket {
  private:
   // One message for many receivers.
   Slice MakePacket(std::int32_t command, std::string_view data) const;
+  // Calls `act` for each user of that name in the network. Returns the name of the session that was
+  // looked at last, of all there are.
+  std::string ForEachUser(const std::string& userName, const std::string& networkName,
+                          const std::function<void(ClientSocket&)>& act);
+  void TellKick(std::string_view userName, const std::string& reason);
 
   const Rules myRules;
   LocationLookup& myLocations;
-  BansTable myBans;
-  BanKeeper myKeeper{myBans};
+  Bans myBans;
   AdminsTable myAdmins;
   CostGate myCostlyQuestions;
   Turns myMemberLists;

@@ -8,7 +8,6 @@
 #include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
-#include "server/wire.h"
 
 namespace corvane {
 namespace {
@@ -146,23 +145,18 @@ std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user, bool i
 
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
   Note({"kick ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
-  user.SendMessage(wire::kKick, reason);
-  user.ExpectToLeave();
-  myListener.CallStatusMessage({Quoted(user.Username()), " Kicked: ", reason});
+  myListener.Kick(user, reason);
 }
 
 bool Operator::Ban(ClientSocket& user, const std::string& reason) {
   Note({"ban ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
-  return myListener.Ban(user, kName, reason, user.NetworkName());
+  return myListener.Ban(user.RemoteAddress(), kName, reason, user.NetworkName(), &user);
 }
 
-bool Operator::BanAddress(const std::string& address, const std::string& givenReason,
+bool Operator::BanAddress(const std::string& address, const std::string& reason,
                           const std::string& networkName) {
-  const std::string reason = myListener.BanReason(givenReason);
   Note({"ban address ", address, ": ", reason});
-  const bool isStored = myListener.Keeper().Add(address, kName, reason, networkName);
-  myListener.CallStatusMessage({address, " Banned: ", reason});
-  return isStored;
+  return myListener.Ban(address, kName, reason, networkName);
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {
@@ -198,13 +192,25 @@ std::vector<std::string> Operator::WithoutNetwork() const {
   return found;
 }
 
-std::optional<std::vector<BansTable::Ban>> Operator::Bans() {
-  return myListener.Bans().All([this] { myApp.Loop().GiveWay(); });
+bool Operator::ForEachBan(const std::function<void(const corvane::Ban&)>& act) {
+  for (std::int64_t place = Bans::kBegin; place != Bans::kEnd;) {
+    const auto portion = myListener.BansInForce().Portion(place);
+    if (!portion) return false;
+    for (const auto& ban : *portion) {
+      act(ban);
+      myApp.Loop().GiveWay();
+    }
+  }
+  return true;
+}
+
+std::optional<corvane::Ban> Operator::FindBan(std::int64_t number) {
+  return myListener.BansInForce().Find(number);
 }
 
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
   Note({"lift bans ", Numbers(ids)});
-  return myListener.Bans().Delete(ids);
+  return myListener.BansInForce().Lift(ids);
 }
 
 std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {

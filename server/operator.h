@@ -12,7 +12,7 @@
 #include "framework/status_line.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
-#include "storage/bans_table.h"
+#include "storage/ban.h"
 
 namespace corvane {
 
@@ -87,7 +87,7 @@ class Operator {
   // the server goes on trying to store it; these return whether it was.
   bool Ban(ClientSocket& user, const std::string& reason);
   // Bans an address, noted for a network, which may be empty.
-  bool BanAddress(const std::string& address, const std::string& givenReason,
+  bool BanAddress(const std::string& address, const std::string& reason,
                   const std::string& networkName);
   // Ends the connection.
   void ForceDisconnect(ClientSocket& user);
@@ -103,9 +103,13 @@ class Operator {
   // Whose connections would have it throw, "ADDRESS:PORT" each.
   std::vector<std::string> WithoutNetwork() const;
 
-  // None when the query fails. Reading gives way to the connections.
-  std::optional<std::vector<BansTable::Ban>> Bans();
+  // Calls `act` for each ban, those that wait for the database last, and gives way to the
+  // connections in between. Returns false where a query fails.
+  bool ForEachBan(const std::function<void(const corvane::Ban&)>& act);
+  // The ban that was listed under this number. None also when the query fails.
+  std::optional<corvane::Ban> FindBan(std::int64_t number);
   bool LiftBans(const std::vector<std::int64_t>& ids);
+  // None when the query fails.
   std::optional<std::vector<AdminsTable::Admin>> Admins();
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
 

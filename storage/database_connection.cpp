@@ -253,6 +253,10 @@ bool DatabaseConnection::InsertRecord(std::string_view table, const DatabaseReco
              values);
 }
 
+std::int64_t DatabaseConnection::LastInserted() const {
+  return sqlite3_last_insert_rowid(myDatabase);
+}
+
 bool DatabaseConnection::Begin() {
   // The lock is taken, and waited for, here: once, and not again for each statement of the group.
   return Run("BEGIN IMMEDIATE", {});
@@ -291,6 +295,11 @@ bool DatabaseConnection::FailWith(int result) {
 
 bool DatabaseConnection::Complain(int result) {
   FailWith(result);
+  return Complain();
+}
+
+bool DatabaseConnection::Complain(std::string fault) {
+  Fail(std::move(fault));
   return Complain();
 }
 

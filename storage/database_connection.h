@@ -41,6 +41,8 @@ class DatabaseConnection {
   std::function<void(const std::string&)> Complained;
   // Tells it, behind "database: ".
   void Tell(const std::string& fault) const;
+  // Sets the error and tells it, for what is kept beside the database. Returns false.
+  bool Complain(std::string fault);
 
   // Opens an existing database file for reading and writing and reads from it once, so that a file
   // that is no database fails here. A file that may only be read opens as well, and each change of
@@ -76,6 +78,8 @@ class DatabaseConnection {
 
   // Adds a row.
   [[nodiscard]] bool InsertRecord(std::string_view table, const DatabaseRecord& record);
+  // The number of the row that was added last.
+  std::int64_t LastInserted() const;
 
   // Begin groups the statements up to the next Commit into one transaction. Commit ends such a
   // group; without one everything is committed already, neither the data nor the error flag

@@ -1,5 +1,9 @@
 #include "storage/waiting_bans.h"
 
+#include <algorithm>
+#include <numeric>
+#include <utility>
+
 #include <QFile>
 #include <QFileInfo>
 
@@ -11,8 +15,16 @@ namespace corvane {
 namespace {
 
 constexpr qsizetype kFields = 5;
+constexpr std::size_t kMostTidied = std::size_t{64} << 10;  // bytes
+// An administrator of a network can issue bans as fast as he likes, with reasons as long as he
+// likes.
+constexpr std::size_t kMostWaiting = std::size_t{16} << 20;  // bytes
 
-QByteArray LineOf(const BansTable::Ban& ban) {
+std::size_t SizeOf(const Ban& ban) {
+  return sizeof(ban) + ban.address.size() + ban.by.size() + ban.reason.size() + ban.network.size();
+}
+
+QByteArray LineOf(const Ban& ban) {
   QByteArray line;
   for (const std::string& field :
        {ban.address, ban.by, ban.reason, StoredDate(ban.bandate), ban.network})
@@ -26,12 +38,8 @@ QByteArray LineOf(const BansTable::Ban& ban) {
 WaitingBans::WaitingBans(const QString& databaseFile) {
   if (databaseFile.isEmpty()) return;
   myFile = QFileInfo(databaseFile).absolutePath() + QStringLiteral("/corvane-bans.waiting");
-}
-
-std::deque<BansTable::Ban> WaitingBans::Read() const {
-  std::deque<BansTable::Ban> bans;
   QFile file(myFile);
-  if (!QFileInfo(myFile).isFile() || !file.open(QIODevice::ReadOnly)) return bans;
+  if (!QFileInfo(myFile).isFile() || !file.open(QIODevice::ReadOnly)) return;
   while (!file.atEnd()) {
     QList<QByteArray> fields = file.readLine().split('\t');
     // A line that was cut off has no end.
@@ -40,12 +48,69 @@ std::deque<BansTable::Ban> WaitingBans::Read() const {
     const auto text = [&fields](qsizetype field) {
       return QByteArray::fromPercentEncoding(fields[field]).toStdString();
     };
-    bans.push_back({0, text(0), text(1), text(2), DateFromStored(text(3)), text(4)});
+    Enter({0, text(0), text(1), text(2), DateFromStored(text(3)), text(4)});
   }
-  return bans;
 }
 
-bool WaitingBans::Append(const BansTable::Ban& ban) const {
+bool WaitingBans::Has(const std::string& address) const {
+  return std::ranges::find(myBans, address, &Ban::address) != myBans.end();
+}
+
+void WaitingBans::Add(Ban ban) {
+  if (Bytes() + SizeOf(ban) > kMostWaiting) {
+    // The address is what counts, and there are no more of them than clients.
+    if (Has(ban.address)) return;
+    ban.reason.clear();
+  }
+  myIsFileWhole = Append(ban) && myIsFileWhole;
+  Enter(std::move(ban));
+}
+
+void WaitingBans::Enter(Ban ban) {
+  ban.id = kFirstNumber + std::ssize(myStoredAs);
+  myStoredAs.push_back(ban.id);
+  myBans.push_back(std::move(ban));
+}
+
+std::size_t WaitingBans::Bytes() const {
+  const auto add = [](std::size_t sum, const Ban& ban) { return sum + SizeOf(ban); };
+  return std::accumulate(myBans.begin(), myBans.end(), std::size_t{0}, add);
+}
+
+void WaitingBans::FirstIsStored(std::int64_t id) {
+  myStoredAs[static_cast<std::size_t>(myBans.front().id - kFirstNumber)] = id;
+  myBans.pop_front();
+}
+
+void WaitingBans::FirstIsRefused() {
+  std::rotate(myBans.begin(), myBans.begin() + 1, myBans.end());
+}
+
+std::int64_t WaitingBans::StoredAs(std::int64_t number) const {
+  if (number < kFirstNumber || number - kFirstNumber >= std::ssize(myStoredAs)) return number;
+  return myStoredAs[static_cast<std::size_t>(number - kFirstNumber)];
+}
+
+bool WaitingBans::Remove(std::set<std::int64_t>& numbers) {
+  std::deque<Ban> left = myBans;
+  const auto isOne = [&numbers](const Ban& ban) { return numbers.erase(ban.id) > 0; };
+  if (std::erase_if(left, isOne) == 0) return true;
+  if (!Write(left)) return false;
+  myIsFileWhole = true;
+  myBans = std::move(left);
+  return true;
+}
+
+void WaitingBans::TidyFile() {
+  if (Bytes() < kMostTidied) Save();
+}
+
+bool WaitingBans::Save() {
+  myIsFileWhole = Write(myBans) || myIsFileWhole;
+  return myIsFileWhole;
+}
+
+bool WaitingBans::Append(const Ban& ban) const {
   QFile file(myFile);
   // The line before may have been cut off.
   const QByteArray lines = '\n' + LineOf(ban);
@@ -54,10 +119,10 @@ bool WaitingBans::Append(const BansTable::Ban& ban) const {
          file.write(lines) == lines.size() && SyncToDisk(file);
 }
 
-bool WaitingBans::Replace(const std::deque<BansTable::Ban>& bans) const {
+bool WaitingBans::Write(const std::deque<Ban>& bans) const {
   if (bans.empty()) return !QFileInfo::exists(myFile) || QFile::remove(myFile);
   QByteArray lines;
-  for (const BansTable::Ban& ban : bans)
+  for (const Ban& ban : bans)
     lines += LineOf(ban);
   return !myFile.isEmpty() && ReplaceFile(myFile, lines).isEmpty();
 }

@@ -234,6 +234,9 @@ TEST_F(ControlTest, WhatDidNotWorkIsTold) {
     EXPECT_EQ(banned.exitCode, 0) << "it counts";
     EXPECT_THAT(banned.text, HasSubstr("counts but is not stored (database: no such table: bans)"));
   }
+  OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE b RENAME TO bans");
+  EXPECT_TRUE(PumpUntil([&] { return Query("SELECT count(*) FROM bans") == "2;"; }));
+  EXPECT_EQ(Run({"unban", "2000000001"}).text, "Lifted 1 ban(s).\n") << "as it was listed before";
   if (!QFile::exists("/dev/full")) return;
   for (const QStringList& command : {QStringList{"status"}, {"users", "--json"}, {"help"}}) {
     QProcess program;

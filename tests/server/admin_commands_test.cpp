@@ -90,6 +90,9 @@ TEST_F(AdminTest, BanCountsWhileTheDatabaseIsLockedAndIsStoredAfterwards) {
     EXPECT_THAT(ann->Drain(), IsEmpty());
     EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{997, "spam"}));
     EXPECT_EQ(reader.Run("SELECT count(*) FROM bans"), "0;");
+    ann->SendBytes(WireBytes(11, "Bob|more") + WireBytes(14, "2000000001") + WireBytes(13, ""));
+    const std::string listed = ann->Receive()->payload;
+    EXPECT_EQ(listed.substr(0, listed.rfind('|')), "2000000000|127.0.0.2|Ann|spam");
     TestClient again(server.Port(), "127.0.0.2");
     EXPECT_EQ(again.Receive()->command, 997);
   }

@@ -225,7 +225,7 @@ std::string KickedAndBanned(TestServer& server) {
   const auto kicked = LoggedIn(server, "Ann");
   const auto banned = LoggedIn(server, "Bob", "127.0.0.2");
   server.listener->KickUser("Ann", "A", "x");
-  server.listener->Ban(*server.SessionOf("Bob"), "op", "x", "A");
+  server.listener->Ban("127.0.0.2", "op", "x", "A", server.SessionOf("Bob").get());
   TestClient refused(server.Port(), "127.0.0.2");
   EXPECT_EQ(kicked->Receive()->command, 996);
   EXPECT_EQ(banned->Receive()->command, 997);
@@ -284,7 +284,7 @@ std::string LongReasons(TestServer& server) {
   for (int i = 0; i < 600; ++i)
     reason += "\xC3\xA4";
   const auto ann = LoggedIn(server, "Ann");
-  server.listener->Ban(*server.SessionOf("Ann"), "op", reason, "A");
+  server.listener->Ban(kHome, "op", reason, "A", server.SessionOf("Ann").get());
   return std::to_string(ann->Receive()->payload.size()) + " " +
          server.Query("SELECT length(CAST(reason AS BLOB)) FROM bans");
 }

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <QDateTime>
+
+namespace corvane {
+
+// A ban as it is stored and listed.
+struct Ban {
+  std::int64_t id = 0;
+  std::string address;
+  std::string by;
+  std::string reason;
+  QDateTime bandate;
+  std::string network;  // of the user who was banned
+};
+
+}  // namespace corvane
