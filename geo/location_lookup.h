@@ -17,10 +17,17 @@
 namespace corvane {
 
 // Looks up the location of client addresses: asks a locator service for a page of texts, or looks
-// into a file; and asks a flag service for a picture, which goes into the file "cv_flag.gif". That
-// file is the same for all clients, and a lookup does not wait for its own picture: it takes the
-// one that is there, as a rule that of an earlier client. What goes wrong with a service is not
-// told.
+// into a file; and asks a flag service for a picture, which goes into the file "cv_flag.gif" in the
+// temporary folder. That file is the same for all clients, and a lookup does not wait for its own
+// picture: it takes the one that is there, as a rule that of an earlier client. What goes wrong
+// with a service is not told, and leaves what was known.
+//
+// Owns the downloads of flags and the location file's copy. Borrowed by the lookups that are under
+// way, which must not outlive it. No call waits for a service.
+//
+// Limits: a page has 2 s, a flag 30 s, each 1 MiB. At most 64 flags are downloaded at once; for
+// clients beyond that none is fetched. A picture is a GIF or BMP of at most 512 pixels each way;
+// anything else is none.
 class LocationLookup {
  public:
   using Found = std::function<void(const ClientLocation&)>;
@@ -29,20 +36,22 @@ class LocationLookup {
   LocationLookup(const std::string& userAgent, const QString& temporaryFolder);
   ~LocationLookup();
 
-  // Where the services are, as "http://host" or "https://host/folder". One that is empty, as both
-  // are at first, is not asked.
+  // Where the services are from the next lookup on, as "http://host" or "https://host/folder". One
+  // that is empty, as both are at first, is not asked.
   void SetServices(const std::string& locatorAddress, const std::string& flagAddress);
 
-  // The mmdb file that is looked into where there is no locator service; reads it. No file: none.
+  // The mmdb file that is looked into where there is no locator service. Reads it before returning,
+  // which takes some hundred milliseconds, and by itself again when it changes. An empty name:
+  // none.
   void SetDatabase(const QString& file);
 
-  // Event: what the operator has to know of the database. It goes to standard error in any case.
+  // Event: a line for the operator about the location file. It goes to standard error in any case.
   std::function<void(const std::string&)> Told;
 
-  // Calls `found` once, with what was `known` about the dotted IPv4 address and is not found anew:
-  // at once where there is no locator service, else within two seconds from the event loop.
-  // Destroying the result cancels that; `found` may do so. There is none when `found` was called
-  // at once.
+  // Calls `found` exactly once, with what is `known` about the dotted IPv4 address and in place of
+  // it what was found: from inside Find where there is no locator service, and the result is null;
+  // otherwise from the event loop, within two seconds. Destroying the result cancels that; `found`
+  // may do so.
   [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address,
                                                    const ClientLocation& known, Found found);
 

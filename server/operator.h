@@ -20,9 +20,18 @@ class App;
 class ClientSocket;
 class MapSocket;
 
-// Everything that an operator can do, one method an action; whatever an operator works with calls
-// it. Borrows the application object and the listener. Where the database refuses a write, standard
-// error says so, and the action counts until the server ends.
+// Everything that an operator can do, one method an action. Windows and the local socket call it;
+// nothing else changes networks, bans, administrators and settings on an operator's behalf. Borrows
+// the application object and the listener.
+//
+// An action is noted in the log, with its actor, before it is carried out. Methods that return bool
+// return whether it was stored. Where the database refuses that, standard error says so: a network
+// is then as changed until the server ends, a ban counts for good (Bans), and administrators and
+// bans to be lifted stay.
+//
+// Re-entrancy: methods that walk over connections, networks or bans give way to the connections, so
+// sessions may come, act and go before these return. No method waits for a client, runs Qt's event
+// loop or opens a window.
 class Operator {
  public:
   Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
@@ -32,7 +41,8 @@ class Operator {
   std::function<void(const NetworkRef&)> NetworkAdded;
   std::function<void(const NetworkRef&)> NetworkRemoved;
 
-  // While one exists, what is done is noted as done by this actor; otherwise by "window".
+  // While one exists, what is done is noted as done by this actor; otherwise by "window". They end
+  // in the reverse order.
   class Acting {
    public:
     Acting(Operator& actions, std::string actor)
@@ -46,20 +56,21 @@ class Operator {
     std::string myBefore;
   };
 
-  // Configures and starts the listener and loads its networks.
+  // Configures and starts the listener and loads its networks; to be called once. What goes wrong
+  // with listening is a status line.
   void Start();
 
-  // In the order in which they were added.
+  // In the order in which they were added. Valid until one is added or removed.
   const std::vector<NetworkRef>& Networks() const;
-  // These return whether the change was stored. A name may be empty or in use already.
+  // The name may be empty or in use already.
   bool AddNetwork(const std::string& name, const std::string& password, std::int32_t maxUsers,
                   bool enabled);
-  // The name stays: it is the record's key.
+  // Counts for who logs in next; users who are in stay. The name stays: it is the record's key.
   bool ChangeNetwork(ServerNetworks& network, const std::string& password, std::int32_t maxUsers,
                      bool enabled);
   // Tells the network's users, sends them away and forgets the network. Throws as Send does.
   bool DeleteNetwork(const NetworkRef& network);
-  // Why the last change was not stored.
+  // Why the last change was not stored; to be asked right behind it.
   std::string StoreError() const;
   // Sends "BYE" to the network's users, who end their connections.
   void DisconnectAll(const NetworkRef& network);
@@ -73,7 +84,7 @@ class Operator {
   };
   // None when the query fails.
   std::optional<NetworkChanges> CompareNetworks();
-  // Does what is different to the list, as the actions above do, and leaves the database alone.
+  // Changes the list as compared, in the way of the actions above, and leaves the database alone.
   // Throws as Send does where a network was removed.
   void Follow(const NetworkChanges& changes);
 
@@ -81,16 +92,18 @@ class Operator {
   // that is an address and a port counts as a name only where `isName`: users choose their names.
   std::shared_ptr<ClientSocket> FindUser(const std::string& user, bool isName) const;
 
-  // What the user is sent asks it to leave; the connection stays as long as the rules let it.
+  // Sends the user a notice upon which clients leave; the connection stays as long as the rules let
+  // it. A user who has left is sent nothing.
   void Kick(ClientSocket& user, const std::string& reason);
-  // The same, with a ban of the user's address. A ban that was not stored counts all the same, and
-  // the server goes on trying to store it; these return whether it was.
+  // The same, with a ban of the address, also of a user who has left. Of a reason as much counts as
+  // the rules allow.
   bool Ban(ClientSocket& user, const std::string& reason);
   // Bans an address, noted for a network, which may be empty.
   bool BanAddress(const std::string& address, const std::string& reason,
                   const std::string& networkName);
-  // Ends the connection.
+  // Ends the connection. Harmless where it has ended.
   void ForceDisconnect(ClientSocket& user);
+  // Makes whoever has this name, address and network an administrator there, from now on.
   bool MakeAdmin(const ClientSocket& user);
   bool MakeAdmin(const std::string& name, const std::string& address,
                  const std::string& networkName);
@@ -100,7 +113,7 @@ class Operator {
   // it skipped, while a client is connected that has not chosen a network it throws
   // NilObjectException, as MapSocket::BroadcastMessage does.
   void Send(const std::string& text, const std::string& networkName);
-  // Whose connections would have it throw, "ADDRESS:PORT" each.
+  // The connections at which it would throw, "ADDRESS:PORT" each.
   std::vector<std::string> WithoutNetwork() const;
 
   // Calls `act` for each ban, those that wait for the database last, and gives way to the
@@ -108,14 +121,16 @@ class Operator {
   bool ForEachBan(const std::function<void(const corvane::Ban&)>& act);
   // The ban that was listed under this number. None also when the query fails.
   std::optional<corvane::Ban> FindBan(std::int64_t number);
+  // By their numbers; one that is no longer there is no failure. A lifted ban lets its address in
+  // from the next connection on, an administrator's rights end at once.
   bool LiftBans(const std::vector<std::int64_t>& ids);
+  bool DeleteAdmins(const std::vector<std::int64_t>& ids);
   // None when the query fails.
   std::optional<std::vector<AdminsTable::Admin>> Admins();
-  bool DeleteAdmins(const std::vector<std::int64_t>& ids);
 
   // For the next start; whether it was saved. If not, the old value stays.
   bool ChangeSetting(const std::string& name, const std::string& value);
-  // Ends the program.
+  // Ends the program once its event loop runs again; harmless when it is ending.
   void Quit();
 
  private:

@@ -20,13 +20,18 @@ struct sqlite3_stmt;
 
 namespace corvane {
 
-// One open SQLite database. Every operation runs on the calling thread, sets the error flag and
-// message when it fails and clears them when it succeeds. Each statement is committed durably
-// (rollback journal, synchronous=EXTRA) as it runs, unless Begin opened a group. A lock held by
-// another process is waited for 250 ms, while connecting 5 s.
+// One SQLite database. Owns the connection and the statements that it keeps prepared; its cursors
+// borrow it. Until Connect has worked every operation fails.
 //
-// Connect and what changes data return whether it worked; where it did not, standard error says
-// "database: " and why, the same at most once a second.
+// Each operation runs to its end on the calling thread: it sets the error flag and message when it
+// fails and clears them when it succeeds. What changes data returns whether it worked, and a failed
+// change is told: standard error says "database: " and why, the same at most once a second. Each
+// statement is committed durably (rollback journal, synchronous=EXTRA) as it runs, unless Begin
+// opened a group. A lock held by another process is waited for up to 250 ms, up to 5 s while
+// connecting, and more briefly after waits in vain (LockPatience).
+//
+// Limits: of a text with several statements the first is run, and a text with a byte of 0 is
+// refused. All rows of a query are read into memory at once.
 class DatabaseConnection {
  public:
   // For the "?" of a statement, in their order.
@@ -37,9 +42,9 @@ class DatabaseConnection {
   DatabaseConnection(const DatabaseConnection&) = delete;
   DatabaseConnection& operator=(const DatabaseConnection&) = delete;
 
-  // Event: something was told on standard error.
+  // Event: this line was told on standard error. Raised inside the operation that failed.
   std::function<void(const std::string&)> Complained;
-  // Tells it, behind "database: ".
+  // Tells a fault, behind "database: ".
   void Tell(const std::string& fault) const;
   // Sets the error and tells it, for what is kept beside the database. Returns false.
   bool Complain(std::string fault);
@@ -49,19 +54,20 @@ class DatabaseConnection {
   // it fails. Never creates a file. Returns whether it is open.
   [[nodiscard]] bool Connect(const QString& file);
   bool IsConnected() const { return myDatabase != nullptr; }
-  // The file that is open; empty where none is.
+  // The absolute path of the file that is open; empty where none is.
   QString File() const;
-  // Whether that is no longer what its name leads to: it was replaced, or deleted.
+  // Whether its name leads elsewhere by now: the file was replaced or deleted. Must be open.
   bool HasMoved() const;
 
-  // Runs one query exactly as given; none when it fails.
+  // Runs one query exactly as given. None when it fails.
   std::optional<DatabaseCursor> SQLSelect(std::string_view query, const Values& values = {});
 
   // The same for a query that starts with "SELECT * FROM", with each row's identity taken along on
   // the side, so that the cursor can change its rows.
   std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query, const Values& values = {});
 
-  // Whether one query, run exactly as given, succeeds and yields a row.
+  // Whether one query, run exactly as given, succeeds and yields a row. All its rows are stepped
+  // through, so that an error in a later one counts.
   bool HasRow(std::string_view query);
 
   // The same for a query with values, which is kept prepared: for the few whose texts never change.
@@ -76,17 +82,19 @@ class DatabaseConnection {
   // Runs one statement that has no result.
   [[nodiscard]] bool SQLExecute(std::string_view statement, const Values& values = {});
 
-  // Adds a row.
+  // Adds a row. Columns that the record does not name have the table's default.
   [[nodiscard]] bool InsertRecord(std::string_view table, const DatabaseRecord& record);
-  // The number of the row that was added last.
+  // The identity of the row that was added last; 0 before. Must be open.
   std::int64_t LastInserted() const;
 
-  // Begin groups the statements up to the next Commit into one transaction. Commit ends such a
-  // group; without one everything is committed already, neither the data nor the error flag
-  // changes, and the result is the last operation's.
+  // Begin takes the lock and groups the statements up to the next Commit into one transaction.
+  // Commit ends such a group, and takes it back where it cannot be committed. Without a group
+  // everything is committed already, neither the data nor the error flag changes, and the result is
+  // the last operation's.
   [[nodiscard]] bool Begin();
   [[nodiscard]] bool Commit();
 
+  // Of the last operation.
   bool Error() const { return myError; }
   const std::string& ErrorMessage() const { return myErrorMessage; }
 
