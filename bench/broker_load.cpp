@@ -216,10 +216,7 @@ class BrokerRun {
     } else {
       SendAtRate();
     }
-    RunResult result;
-    result.mode = myOptions.modeName;
-    result.networks = 1;
-    result.users = myOptions.users;
+    RunResult result(myOptions);
     result.elapsed = Clock::now() - myStart;
     result.deliveries = Deliveries{myBook.Sent(), myBook.Expected(), myBook.Received(),
                                    myBook.Missing(), myLatency};

@@ -12,7 +12,7 @@ using std::chrono::milliseconds;
 TEST(RateTraffic, ReportsAreDueWithTheirBurst) {
   constexpr std::size_t kUsers = 2;
   constexpr std::size_t kBurst = 3;
-  ClientPool pool({}, {}, 1);
+  ClientPool pool({});
   DeliveryBook book(2, kUsers, kUsers);
   std::vector<std::unique_ptr<Client>> members;
   std::vector<Client*> clients;

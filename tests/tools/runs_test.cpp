@@ -1,16 +1,16 @@
+#include "tools/swarm/runs.h"
+
 #include <arpa/inet.h>
 #include <atomic>
 #include <functional>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 #include <gmock/gmock.h>
 
 #include "tests/support/test_server.h"
-#include "tools/swarm/churn_run.h"
-#include "tools/swarm/hostile/parts.h"
-#include "tools/swarm/measured_run.h"
-#include "tools/swarm/rush_run.h"
+#include "tools/swarm/hostile/hostile_side.h"
 
 namespace corvane::swarm {
 namespace {
@@ -36,19 +36,20 @@ class RunsTest : public testing::Test {
 
   // The run on a thread of its own, the server on this one. `meanwhile` is called when the server
   // has raised so many events.
-  template <typename Run>
-  auto Execute(
-      std::size_t events = 0, const std::function<void()>& meanwhile = [] {}) {
-    decltype(Run(options).Execute()) result;
+  template <typename Result>
+  Result Execute(
+      Result (*run)(const Options&), std::size_t events = 0,
+      const std::function<void()>& meanwhile = [] {}) {
+    std::optional<Result> result;
     std::atomic<bool> isOver = false;
     std::thread swarm([&] {
-      result = Run(options).Execute();
+      result = run(options);
       isOver = true;
     });
     if (PumpUntil([&] { return isOver || server.events.size() >= events; })) meanwhile();
     EXPECT_TRUE(PumpUntil([&] { return isOver.load(); }));
     swarm.join();
-    return result;
+    return *result;
   }
 
   TestServer server;
@@ -61,7 +62,7 @@ TEST_F(RunsTest, ChurnCountsEachLogInThatWasFollowedByALeave) {
   for (const LeaveWay way : {LeaveWay::Orderly, LeaveWay::Abrupt}) {
     server.events.clear();
     options.leave = way;
-    const RunResult result = Execute<ChurnRun>();
+    const RunResult result = Execute(RunChurn);
     EXPECT_TRUE(result.IsGood()) << result.ToText();
     EXPECT_GT(result.visits, options.users) << "they come back";
     const std::size_t visits = result.visits.value_or(0);
@@ -76,7 +77,7 @@ TEST_F(RunsTest, ChurnCountsEachLogInThatWasFollowedByALeave) {
 TEST_F(RunsTest, ChurnFailsWhenAClientIsRefused) {
   server.AddNetwork("Net", "secret", 1);
   options.mode = Mode::Churn;
-  const RunResult result = Execute<ChurnRun>();
+  const RunResult result = Execute(RunChurn);
   EXPECT_FALSE(result.IsGood());
   EXPECT_GT(result.connectFailures, 0U);
 }
@@ -86,11 +87,11 @@ TEST_F(RunsTest, IdleFailsOnlyWhenSomethingComes) {
   TestClient other(server.Port());
   ASSERT_TRUE(other.LogIn("Net", "secret", "other"));
   options.mode = Mode::Idle;
-  EXPECT_TRUE(Execute<MeasuredRun>().IsGood());
+  EXPECT_TRUE(Execute(RunMeasured).IsGood());
   ASSERT_TRUE(PumpUntil([&] { return server.ActiveCount() == 1; }));
 
   server.events.clear();
-  const RunResult disturbed = Execute<MeasuredRun>(1, [&] { other.Send(4, "1200,845,2,90,1,0"); });
+  const RunResult disturbed = Execute(RunMeasured, 1, [&] { other.Send(4, "1200,845,2,90,1,0"); });
   EXPECT_FALSE(disturbed.IsGood());
   EXPECT_GT(disturbed.unexpected, 0U);
 }
@@ -101,7 +102,7 @@ TEST_F(RunsTest, RushTellsWhoWasGreetedRefusedAndLeftHanging) {
   Aim();
   options.clients = 15;
   options.rounds = 2;
-  const RushResult full = Execute<RushRun>();
+  const RushResult full = Execute(RunRush);
   EXPECT_FALSE(full.IsGood());
   ASSERT_EQ(full.rounds.size(), 2U);
   EXPECT_EQ(full.rounds[0].greeted, 10U);
@@ -110,15 +111,15 @@ TEST_F(RunsTest, RushTellsWhoWasGreetedRefusedAndLeftHanging) {
 
   options.clients = 10;
   options.rounds = 1;
-  EXPECT_TRUE(Execute<RushRun>().IsGood());
+  EXPECT_TRUE(Execute(RunRush).IsGood());
 
   server.Query(
       "INSERT INTO bans (address, \"by\", reason, bandate, banlength, network)"
       " VALUES ('127.0.0.1', 'Server Admin', '', '2026-02-03 21:14:09', 1, 'Net')");
-  EXPECT_EQ(Execute<RushRun>().rounds[0].refused, 10U) << "a ban notice is no greeting";
+  EXPECT_EQ(Execute(RunRush).rounds[0].refused, 10U) << "a ban notice is no greeting";
 
   options.duration = std::chrono::milliseconds(50);
-  const RushResult hung = RushRun(options).Execute();
+  const RushResult hung = RunRush(options);
   EXPECT_FALSE(hung.IsGood()) << "nobody ran the server";
   EXPECT_EQ(hung.Hung(hung.rounds[0]), 10U);
 }
@@ -133,7 +134,7 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   options.parts = {FindPart("tiny-messages")};
   options.serverPid = getpid();
   const RunResult result =
-      Execute<MeasuredRun>(options.users, [&] { stranger.Send(4, "1200,845,2,90,1,0"); });
+      Execute(RunMeasured, options.users, [&] { stranger.Send(4, "1200,845,2,90,1,0"); });
   EXPECT_TRUE(result.IsGood()) << result.ToText();
   ASSERT_TRUE(result.hostile && result.deliveries);
   EXPECT_EQ(result.hostile->strangers.acted, 10U);
@@ -152,11 +153,46 @@ TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
   options.mode = Mode::Hostile;
   options.strangersNetwork = "unknown";
   options.parts = {FindPart("slow-writers")};
-  const RunResult result = Execute<MeasuredRun>();
+  const RunResult result = Execute(RunMeasured);
   EXPECT_FALSE(result.IsGood());
   ASSERT_TRUE(result.hostile && result.deliveries);
   EXPECT_EQ(result.hostile->strangers.acted, 0U);
   EXPECT_EQ(result.deliveries->missing, 0U) << result.ToText();
+}
+
+// Hangs up and comes back, sends more than a socket takes at once, then a step that leaves a trace.
+class Talker : public HostilePart {
+ public:
+  Talker() : HostilePart({}) {
+    for (int i = 0; i < 8000; ++i)
+      client::AppendFrame(myBlock, 77, std::string(1000, 'x'));
+    client::AppendFrame(myStep, client::command::kNetworkName, "whole");
+  }
+
+  void Act(Client& stranger) override {
+    if (!std::exchange(myHasHungUp, true)) {
+      stranger.HangUp();
+    } else if (stranger.Turn() == 0) {
+      stranger.SendFiller(myBlock, 3 * myBlock.size());
+    } else {
+      stranger.Send(myStep);
+      stranger.Hold();
+    }
+  }
+
+ private:
+  std::string myBlock;
+  std::string myStep;
+  bool myHasHungUp = false;
+};
+
+TEST_F(RunsTest, StrangerComesBackAndSendsAllThatItSays) {
+  options.strangersSources = {INADDR_LOOPBACK + 4, 2};
+  HostileSide side(options, std::make_unique<Talker>());
+  side.Start();
+  EXPECT_TRUE(PumpUntil([&] {
+    return testing::Matches(testing::Contains("127.0.0.5: Network Fail (whole)"))(server.status);
+  }));
 }
 
 }  // namespace

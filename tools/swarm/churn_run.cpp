@@ -1,75 +1,90 @@
-#include "tools/swarm/churn_run.h"
-
 #include <cstdio>
 
-#include "tools/swarm/members.h"
+#include "tools/swarm/client_pool.h"
+#include "tools/swarm/runs.h"
+#include "tools/swarm/server_probe.h"
 
 namespace corvane::swarm {
 
-ChurnRun::ChurnRun(const Options& options)
-    : myOptions(options),
-      myPool(options.server, options.sources, options.connectAtOnce),
-      myClients(MakeMembers(options)) {
-  if (options.serverPid) myServer.emplace(*options.serverPid);
-  myResult.mode = options.modeName;
-  myResult.networks = options.networks.size();
-  myResult.users = options.users;
-}
+namespace {
 
-RunResult ChurnRun::Execute() {
-  if (myServer) myServer->StartCpuClock();
-  const Clock::time_point start = Clock::now();
-  for (const auto& client : myClients)
-    Connect(*client);
-  myPool.WakeAt(start + *myOptions.duration);
-  myPool.Run(*this);
-
-  myResult.elapsed = Clock::now() - start;
-  myResult.visits = myVisits;
-  if (myServer) {
-    myResult.serverCpu = myServer->CpuTime();
-    myResult.serverRssKib = myServer->RssKib();
+class ChurnRun : public ClientEvents {
+ public:
+  explicit ChurnRun(const Options& options)
+      : myOptions(options),
+        myPool({options.server, options.sources, options.connectAtOnce}),
+        myClients(MakeMembers(options)),
+        myResult(options) {
+    if (options.serverPid) myServer.emplace(*options.serverPid);
   }
-  return myResult;
-}
 
-void ChurnRun::LoggedIn(Client& client) {
-  if (myOptions.leave == LeaveWay::Orderly) {
-    myPool.Leave(client);
-  } else {
-    myPool.Reset(client);
-    Left(client);
+  RunResult Execute() {
+    if (myServer) myServer->StartCpuClock();
+    const Clock::time_point start = Clock::now();
+    for (const auto& client : myClients)
+      Connect(*client);
+    myPool.WakeAt(start + *myOptions.duration);
+    myPool.Run(*this);
+
+    myResult.elapsed = Clock::now() - start;
+    myResult.visits = myVisits;
+    if (myServer) {
+      myResult.serverCpu = myServer->CpuTime();
+      myResult.serverRssKib = myServer->RssKib();
+    }
+    return myResult;
   }
-}
 
-void ChurnRun::Left(Client& client) {
-  ++myVisits;
-  IsOut();
-  if (!myIsEnding) Connect(client);
-}
+  void LoggedIn(Client& client) override {
+    if (myOptions.leave == LeaveWay::Orderly) {
+      myPool.Leave(client);
+    } else {
+      myPool.Reset(client);
+      Left(client);
+    }
+  }
+  void Left(Client& client) override {
+    ++myVisits;
+    IsOut();
+    if (!myIsEnding) Connect(client);
+  }
+  void Lost(Client& client, Client::State before, const std::string& reason) override {
+    std::fprintf(stderr, "corvane-swarm: %s: %s\n", client.UserName().c_str(), reason.c_str());
+    ++(before >= Client::State::Online ? myResult.disconnects : myResult.connectFailures);
+    myIsEnding = true;
+    IsOut();
+  }
+  void Wake(Clock::time_point) override { myIsEnding = true; }
+  void Interrupted() override {
+    // The second time, the user does not want to wait for the server's answers.
+    if (myIsEnding) myPool.Stop();
+    myIsEnding = true;
+  }
 
-void ChurnRun::Lost(Client& client, Client::State before, const std::string& reason) {
-  std::fprintf(stderr, "corvane-swarm: %s: %s\n", client.UserName().c_str(), reason.c_str());
-  const bool wasIn = before == Client::State::Online || before == Client::State::Leaving;
-  ++(wasIn ? myResult.disconnects : myResult.connectFailures);
-  End();
-  IsOut();
-}
+ private:
+  void Connect(Client& client) {
+    ++myUnderway;
+    myPool.Connect(client);
+  }
+  void IsOut() {
+    --myUnderway;
+    if (myIsEnding && myUnderway == 0) myPool.Stop();
+  }
 
-void ChurnRun::Interrupted() {
-  // The second time, the user does not want to wait for the server's answers.
-  if (myIsEnding) myPool.Stop();
-  End();
-}
+  const Options& myOptions;
+  ClientPool myPool;
+  std::vector<std::unique_ptr<Client>> myClients;
+  std::optional<ServerProbe> myServer;
+  RunResult myResult;
+  std::uint64_t myVisits = 0;
+  std::size_t myUnderway = 0;
+  bool myIsEnding = false;
+};
 
-void ChurnRun::Connect(Client& client) {
-  ++myUnderway;
-  myPool.Connect(client);
-}
+}  // namespace
 
-void ChurnRun::IsOut() {
-  --myUnderway;
-  if (myIsEnding && myUnderway == 0) myPool.Stop();
+RunResult RunChurn(const Options& options) {
+  return ChurnRun(options).Execute();
 }
 
 }  // namespace corvane::swarm

@@ -5,26 +5,32 @@
 #include <cerrno>
 #include <csignal>
 #include <netinet/tcp.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
 #include <sys/timerfd.h>
 #include <system_error>
 #include <unistd.h>
-#include <utility>
-
-#include "tools/swarm/checked.h"
 
 namespace corvane::swarm {
 
 namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{256} << 10;
-// A login that takes longer than this, or a leave that is not answered, has failed.
+constexpr std::size_t kDiscardBytes = std::size_t{4} << 20;
+// A log-in that takes longer after the greeting, or a leave that is not answered, has failed.
 constexpr std::chrono::seconds kPatience{30};
-constexpr std::chrono::seconds kLookInterval{1};
+constexpr in_addr_t kMoreSources = 64;
+constexpr int kNetworkSegment = 1460;
 
 std::string ErrorText(int code) {
   return std::generic_category().message(code);
+}
+
+int Checked(int result, const char* what) {
+  if (result < 0) throw std::system_error(errno, std::generic_category(), what);
+  return result;
 }
 
 int OpenSignals() {
@@ -39,15 +45,29 @@ int OpenSignals() {
   return Checked(signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC), "signalfd");
 }
 
+template <typename Value>
+void Set(int descriptor, int level, int option, const Value& value) {
+  setsockopt(descriptor, level, option, &value, sizeof value);
+}
+
+// Binds to an address in host byte order. False, with errno set, where the system refuses.
+bool BindTo(int descriptor, in_addr_t address) {
+  // The port is chosen by connect, which knows that one can serve several destinations.
+  Set(descriptor, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, 1);
+  sockaddr_in source{};
+  source.sin_family = AF_INET;
+  source.sin_addr.s_addr = htonl(address);
+  return bind(descriptor, reinterpret_cast<const sockaddr*>(&source), sizeof source) == 0;
+}
+
 }  // namespace
 
-ClientPool::ClientPool(const sockaddr_in& server, const LoopbackRange& sources,
-                       std::size_t connectAtOnce)
-    : myServer(server), mySources(sources), myConnectAtOnce(connectAtOnce), myBuffer(kReadBytes) {
+ClientPool::ClientPool(const Manner& manner) : myManner(manner), myBuffer(kReadBytes) {
   myEpoll = Checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1");
+  myInterrupts = manner.takesSignals ? OpenSignals()
+                                     : Checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd");
   myTimer = Checked(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create");
-  mySignals = OpenSignals();
-  for (int* const descriptor : {&myTimer, &mySignals}) {
+  for (int* const descriptor : {&myTimer, &myInterrupts}) {
     epoll_event event{};
     event.events = EPOLLIN;
     event.data.ptr = descriptor;
@@ -56,37 +76,67 @@ ClientPool::ClientPool(const sockaddr_in& server, const LoopbackRange& sources,
 }
 
 ClientPool::~ClientPool() {
-  for (const int descriptor : {myEpoll, myTimer, mySignals})
+  for (const int descriptor : {myEpoll, myTimer, myInterrupts})
     close(descriptor);
 }
 
 void ClientPool::Run(ClientEvents& events) {
   myEvents = &events;
-  myNextLook = Clock::now() + kLookInterval;
+  while (!myIsStopped) {
+    WriteDirty();
+    StartConnecting();
+    Wait();
+    RunTimers();
+  }
+}
+
+void ClientPool::Interrupt() const {
+  eventfd_write(myInterrupts, 1);
+}
+
+void ClientPool::Wait() {
   ArmTimer();
   std::array<epoll_event, 512> ready;
-  while (!myIsStopped) {
-    StartConnecting();
-    WriteDirty();
-    const int count =
-        epoll_wait(myEpoll, ready.data(), static_cast<int>(ready.size()), myDirty.empty() ? -1 : 0);
-    if (count < 0 && errno != EINTR) Checked(count, "epoll_wait");
-    for (int i = 0; i < count; ++i) {
-      const epoll_event& event = ready[static_cast<std::size_t>(i)];
-      if (event.data.ptr == &myTimer) {
-        HandleTimer();
-      } else if (event.data.ptr == &mySignals) {
-        HandleSignal();
-      } else {
-        Handle(*static_cast<Client*>(event.data.ptr), event.events);
-      }
+  const bool isBusy = !myDirty.empty() || myIsStopped;
+  const int count =
+      epoll_wait(myEpoll, ready.data(), static_cast<int>(ready.size()), isBusy ? 0 : -1);
+  if (count < 0 && errno != EINTR) Checked(count, "epoll_wait");
+  for (int i = 0; i < count; ++i) {
+    const epoll_event& event = ready[static_cast<std::size_t>(i)];
+    if (event.data.ptr == &myInterrupts) {
+      signalfd_siginfo interrupt;  // room for what either kind of descriptor gives
+      while (read(myInterrupts, &interrupt, sizeof interrupt) > 0)
+        myEvents->Interrupted();
+    } else if (event.data.ptr != &myTimer) {
+      Handle(*static_cast<Client*>(event.data.ptr), event.events);
     }
   }
 }
 
+// A timer of the system is on time to some microseconds; the wait itself would be late by up to a
+// half per cent of its length.
+void ClientPool::ArmTimer() {
+  Clock::time_point next = myWake.value_or(Clock::time_point::max());
+  if (!myDeadlines.empty()) next = std::min(next, myDeadlines.begin()->first);
+  if (next == myArmed) return;
+  myArmed = next;
+  itimerspec spec{};
+  // None at all is what 0 would mean.
+  const auto since = std::max(next.time_since_epoch(), Clock::duration(1));
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
+  spec.it_value.tv_sec = seconds.count();
+  spec.it_value.tv_nsec = (since - seconds).count();
+  // This takes back an expiration that was not read.
+  timerfd_settime(myTimer, TFD_TIMER_ABSTIME, &spec, nullptr);
+}
+
 void ClientPool::Connect(Client& client) {
   client.myState = Client::State::Queued;
-  myQueue.push_back(&client);
+  if (client.myRest) {
+    SetDeadline(client, std::exchange(client.myRest, std::nullopt));
+  } else {
+    myQueue.push_back(&client);
+  }
 }
 
 void ClientPool::Send(Client& client, const client::Report& report) {
@@ -104,27 +154,18 @@ void ClientPool::Leave(Client& client) {
   client::AppendFrame(client.myOutput, client::command::kLeave, "");
   MarkDirty(client);
   client.myState = Client::State::Leaving;
-  client.myPatience = Clock::now() + kPatience;
-  myLeaving.push_back(&client);
+  SetDeadline(client, Clock::now() + kPatience);
 }
 
 void ClientPool::Reset(Client& client) {
-  if (client.myDescriptor >= 0) {
-    const linger discard{1, 0};
-    setsockopt(client.myDescriptor, SOL_SOCKET, SO_LINGER, &discard, sizeof discard);
-  }
+  if (client.myDescriptor >= 0) Set(client.myDescriptor, SOL_SOCKET, SO_LINGER, linger{1, 0});
   CloseDescriptor(client);
-}
-
-void ClientPool::WakeAt(Clock::time_point time) {
-  myWake = time;
-  ArmTimer();
 }
 
 // Only between rounds, so that a readiness that was reported for a closed descriptor is never
 // taken for that of a new connection of the same client.
 void ClientPool::StartConnecting() {
-  while (!myQueue.empty() && myUngreeted < myConnectAtOnce) {
+  while (!myQueue.empty() && myUngreeted < myManner.connectAtOnce) {
     Client* const client = myQueue.front();
     myQueue.pop_front();
     StartConnecting(*client);
@@ -133,29 +174,57 @@ void ClientPool::StartConnecting() {
 
 void ClientPool::StartConnecting(Client& client) {
   client.myState = Client::State::Connecting;
-  client.myPatience = Clock::now() + kPatience;
-  client.myIsGreeted = false;
   ++myUngreeted;
   client.myCutter.Reset();
-  client.myLogin.Restart();
-  myArriving.push_back(&client);
+  if (client.myLogin) client.myLogin->Restart();
+  client.myTurn = 0;
+  SetDeadline(client, Clock::now() + myManner.patience);
+  if (!client.mySource) client.mySource = mySources++;
 
   client.myDescriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
   if (client.myDescriptor < 0) {
     Lose(client, "no socket: " + ErrorText(errno));
     return;
   }
-  const int yes = 1;
-  setsockopt(client.myDescriptor, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
-  const auto* const address = reinterpret_cast<const sockaddr*>(&myServer);
-  const bool isConnecting =
-      mySources.Bind(client.myDescriptor, myConnections++) &&
-      (connect(client.myDescriptor, address, sizeof myServer) == 0 || errno == EINPROGRESS);
-  if (!isConnecting) {
+  Set(client.myDescriptor, IPPROTO_TCP, TCP_NODELAY, 1);
+  if (myManner.reading == Reading::Nothing) {
+    // What is not read is for the server to hold and not for the kernel, which keeps megabytes of
+    // the long segments of a connection within a machine: a buffer as small as the system allows,
+    // and segments as on a network.
+    Set(client.myDescriptor, SOL_SOCKET, SO_RCVBUF, 1);
+    Set(client.myDescriptor, IPPROTO_TCP, TCP_MAXSEG, kNetworkSegment);
+  }
+  if (!Connect(std::as_const(client))) {
     Lose(client, "cannot connect: " + ErrorText(errno));
     return;
   }
-  Watch(client, EPOLL_CTL_ADD, EPOLLIN | EPOLLOUT);
+  Watch(client, EPOLL_CTL_ADD);
+}
+
+bool ClientPool::Connect(const Client& client) {
+  const auto* const address = reinterpret_cast<const sockaddr*>(&myManner.server);
+  const LoopbackRange& sources = myManner.sources;
+  do {
+    const in_addr_t source =
+        sources.count == 0
+            ? mySource
+            : sources.first + static_cast<in_addr_t>(*client.mySource % sources.count);
+    if (source != 0 && !BindTo(client.myDescriptor, source)) return false;
+    if (connect(client.myDescriptor, address, sizeof myManner.server) == 0 ||
+        errno == EINPROGRESS) {
+      return true;
+    }
+  } while (errno == EADDRNOTAVAIL && TakeNextSource());
+  return false;
+}
+
+bool ClientPool::TakeNextSource() {
+  const bool isLocal = ntohl(myManner.server.sin_addr.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
+  if (!isLocal || myManner.sources.count > 0 || mySource == INADDR_LOOPBACK + kMoreSources) {
+    return false;
+  }
+  mySource = mySource == 0 ? INADDR_LOOPBACK + 1 : mySource + 1;
+  return true;
 }
 
 void ClientPool::Handle(Client& client, std::uint32_t ready) {
@@ -166,7 +235,7 @@ void ClientPool::Handle(Client& client, std::uint32_t ready) {
     return;
   }
   if ((ready & EPOLLOUT) != 0) MarkDirty(client);
-  if ((ready & (EPOLLIN | EPOLLERR | EPOLLHUP)) != 0) Read(client);
+  if ((ready & ~std::uint32_t{EPOLLOUT}) != 0) Read(client);
 }
 
 void ClientPool::FinishConnecting(Client& client) {
@@ -177,17 +246,24 @@ void ClientPool::FinishConnecting(Client& client) {
     Lose(client, "cannot connect: " + ErrorText(error));
     return;
   }
-  client.myState = Client::State::LoggingIn;
-  Watch(client, EPOLL_CTL_MOD, EPOLLIN);
+  client.myState = Client::State::Greeting;
+  Watch(client);
 }
 
 void ClientPool::Read(Client& client) {
-  const ssize_t count = recv(client.myDescriptor, myBuffer.data(), myBuffer.size(), 0);
+  const Reading reading = client.myState == Client::State::Online ? myManner.reading : Reading::All;
+  // MSG_TRUNC on a stream: the kernel throws the bytes away without copying them. Where nothing is
+  // read, it is the end that was reported.
+  const ssize_t count = reading == Reading::Nothing ? 0
+                        : reading == Reading::Discarding
+                            ? recv(client.myDescriptor, nullptr, kDiscardBytes, MSG_TRUNC)
+                            : recv(client.myDescriptor, myBuffer.data(), kReadBytes, 0);
   if (count < 0 && (errno == EAGAIN || errno == EINTR)) return;
   if (count <= 0) {
     Lose(client, count == 0 ? "closed by the server" : ErrorText(errno));
     return;
   }
+  if (reading == Reading::Discarding) return;
   const std::string_view bytes(myBuffer.data(), static_cast<std::size_t>(count));
   const bool inStep = client.myCutter.Feed(
       bytes, [&](std::int32_t command, std::string_view data) { Receive(client, command, data); });
@@ -195,27 +271,18 @@ void ClientPool::Read(Client& client) {
   if (!inStep && client.myDescriptor >= 0) Lose(client, "the server sent a malformed message");
 }
 
-void ClientPool::Greet(Client& client) {
-  if (!std::exchange(client.myIsGreeted, true)) --myUngreeted;
-}
-
 void ClientPool::Receive(Client& client, std::int32_t command, std::string_view payload) {
   switch (client.myState) {
-    case Client::State::LoggingIn:
-      Greet(client);
-      switch (client.myLogin.Receive(command, payload, client.myOutput)) {
-        case client::Login::State::Waiting:
-          if (!client.myOutput.empty()) MarkDirty(client);
-          break;
-        case client::Login::State::Refused:
-          Lose(client, "login refused: " + client.myLogin.Refusal().Explanation().toStdString());
-          break;
-        case client::Login::State::LoggedIn:
-          std::erase(myArriving, &client);
-          client.myState = Client::State::Online;
-          myEvents->LoggedIn(client);
-          break;
+    case Client::State::Greeting:
+      if (command == client::command::kNetworkName) {
+        --myUngreeted;
+        client.myState = Client::State::LoggingIn;
+        SetDeadline(client, Clock::now() + kPatience);
+        myEvents->Greeted(client);
       }
+      [[fallthrough]];
+    case Client::State::LoggingIn:
+      LogIn(client, command, payload);
       break;
     case Client::State::Online:
       myEvents->Received(client, command, payload);
@@ -233,16 +300,22 @@ void ClientPool::Receive(Client& client, std::int32_t command, std::string_view 
   }
 }
 
-void ClientPool::LoseImpatient(Clock::time_point now) {
-  std::vector<Client*> late;
-  for (const auto* list : {&myArriving, &myLeaving}) {
-    std::copy_if(list->begin(), list->end(), std::back_inserter(late),
-                 [&](const Client* client) { return client->myPatience <= now; });
+void ClientPool::LogIn(Client& client, std::int32_t command, std::string_view payload) {
+  using Step = client::Login::State;
+  Step step = client.myState == Client::State::LoggingIn ? Step::LoggedIn : Step::Refused;
+  if (client.myLogin) step = client.myLogin->Receive(command, payload, client.myOutput);
+  if (step == Step::Refused) {
+    Lose(client, client.myLogin
+                     ? "login refused: " + client.myLogin->Refusal().Explanation().toStdString()
+                     : "not greeted");
+    return;
   }
-  for (Client* const client : late) {
-    Lose(*client, client->myState == Client::State::Leaving ? "the leave was not answered"
-                                                            : "the login took too long");
+  if (step == Step::LoggedIn) {
+    client.myState = Client::State::Online;
+    SetDeadline(client, std::nullopt);
+    myEvents->LoggedIn(client);
   }
+  if (client.myDescriptor >= 0) MarkDirty(client);
 }
 
 void ClientPool::MarkDirty(Client& client) {
@@ -262,39 +335,54 @@ void ClientPool::WriteDirty() {
 }
 
 void ClientPool::Write(Client& client) {
-  if (client.myOutput.empty()) return;
-  const ssize_t count =
-      send(client.myDescriptor, client.myOutput.data(), client.myOutput.size(), MSG_NOSIGNAL);
-  if (count < 0 && errno != EAGAIN && errno != EINTR) {
-    Lose(client, ErrorText(errno));
-    return;
+  if (client.IsIdle()) {
+    myEvents->Idle(client);
+    if (std::exchange(client.myIsHangingUp, false)) {
+      Reset(client);
+      Connect(client);
+    }
+    if (client.myDescriptor < 0) return;
+    ++client.myTurn;
+    if (client.myRest) SetDeadline(client, std::exchange(client.myRest, std::nullopt));
   }
-  if (count > 0) client.myOutput.erase(0, static_cast<std::size_t>(count));
-  const bool waits = !client.myOutput.empty();
-  if (waits != client.myWaitsForRoom) {
-    client.myWaitsForRoom = waits;
-    Watch(client, EPOLL_CTL_MOD, waits ? EPOLLIN | EPOLLOUT : EPOLLIN);
+  if (client.HasOutput()) {
+    const std::string_view piece = client.Piece();
+    const ssize_t count = send(client.myDescriptor, piece.data(), piece.size(), MSG_NOSIGNAL);
+    if (count < 0 && errno != EAGAIN && errno != EINTR) {
+      Lose(client, ErrorText(errno));
+      return;
+    }
+    if (count > 0) client.Consume(static_cast<std::size_t>(count));
   }
+  Watch(client);
 }
 
-void ClientPool::Watch(Client& client, int operation, std::uint32_t events) const {
+// With an operation, or where what is to be watched for has changed.
+void ClientPool::Watch(Client& client, int operation) {
   epoll_event event{};
-  event.events = events;
+  const bool isIgnored =
+      client.myState == Client::State::Online && myManner.reading == Reading::Nothing;
+  event.events = isIgnored ? EPOLLRDHUP : EPOLLIN;
+  if (client.HasOutput() || client.IsIdle()) event.events |= EPOLLOUT;
+  if (client.myState == Client::State::Connecting) event.events = EPOLLOUT;
+  if (operation == 0 && event.events == client.myInterest) return;
+  client.myInterest = event.events;
   event.data.ptr = &client;
-  Checked(epoll_ctl(myEpoll, operation, client.myDescriptor, &event), "epoll_ctl");
+  Checked(
+      epoll_ctl(myEpoll, operation == 0 ? EPOLL_CTL_MOD : operation, client.myDescriptor, &event),
+      "epoll_ctl");
 }
 
 void ClientPool::CloseDescriptor(Client& client) {
   if (client.myDescriptor >= 0) close(client.myDescriptor);
   client.myDescriptor = -1;
-  client.myOutput.clear();
-  client.myWaitsForRoom = false;
+  client.ClearOutput();
+  client.myFillerBytes = 0;
+  client.myRest.reset();
+  SetDeadline(client, std::nullopt);
   if (client.myState == Client::State::Queued) std::erase(myQueue, &client);
-  if (client.myState == Client::State::Connecting || client.myState == Client::State::LoggingIn) {
-    std::erase(myArriving, &client);
-    Greet(client);
-  }
-  if (client.myState == Client::State::Leaving) std::erase(myLeaving, &client);
+  if (client.myState == Client::State::Connecting || client.myState == Client::State::Greeting)
+    --myUngreeted;
   client.myState = Client::State::Offline;
 }
 
@@ -304,35 +392,32 @@ void ClientPool::Lose(Client& client, const std::string& reason) {
   myEvents->Lost(client, before, reason);
 }
 
-void ClientPool::HandleSignal() {
-  signalfd_siginfo info;
-  while (read(mySignals, &info, sizeof info) > 0)
-    myEvents->Interrupted();
+void ClientPool::SetDeadline(Client& client, std::optional<Clock::time_point> time) {
+  if (client.myDeadline) myDeadlines.erase({*client.myDeadline, &client});
+  client.myDeadline = time;
+  if (time) myDeadlines.emplace(*time, &client);
 }
 
-void ClientPool::HandleTimer() {
-  std::uint64_t expirations = 0;
-  if (read(myTimer, &expirations, sizeof expirations) < 0) return;
+void ClientPool::RunTimers() {
   const Clock::time_point now = Clock::now();
-  if (now >= myNextLook) {
-    myNextLook = now + kLookInterval;
-    LoseImpatient(now);
-  }
+  while (!myDeadlines.empty() && myDeadlines.begin()->first <= now)
+    PassDeadline(*myDeadlines.begin()->second);
   if (myWake && now >= *myWake) {
     myWake.reset();
     myEvents->Wake(now);
   }
-  ArmTimer();
 }
 
-void ClientPool::ArmTimer() const {
-  const Clock::time_point next = myWake ? std::min(*myWake, myNextLook) : myNextLook;
-  const auto since = std::max(next.time_since_epoch(), Clock::duration(1));
-  const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
-  itimerspec spec{};
-  spec.it_value.tv_sec = seconds.count();
-  spec.it_value.tv_nsec = (since - seconds).count();
-  timerfd_settime(myTimer, TFD_TIMER_ABSTIME, &spec, nullptr);
+void ClientPool::PassDeadline(Client& client) {
+  SetDeadline(client, std::nullopt);
+  if (client.myState == Client::State::Queued) {
+    myQueue.push_back(&client);
+  } else if (client.myState == Client::State::Online) {
+    MarkDirty(client);
+  } else {
+    Lose(client, client.myState == Client::State::Leaving ? "the leave was not answered"
+                                                          : "the login took too long");
+  }
 }
 
 }  // namespace corvane::swarm

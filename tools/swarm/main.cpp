@@ -6,11 +6,7 @@
 
 #include <QCoreApplication>
 
-#include "tools/swarm/churn_run.h"
-#include "tools/swarm/demo_run.h"
-#include "tools/swarm/measured_run.h"
-#include "tools/swarm/options.h"
-#include "tools/swarm/rush_run.h"
+#include "tools/swarm/runs.h"
 
 namespace corvane::swarm {
 namespace {
@@ -34,7 +30,7 @@ int RunHostile(Options options) {
   int exitCode = 0;
   for (const PartInfo* const part : std::exchange(options.parts, {})) {
     options.parts = {part};
-    exitCode = std::max(exitCode, Print(MeasuredRun(options).Execute()));
+    exitCode = std::max(exitCode, Print(RunMeasured(options)));
   }
   return exitCode;
 }
@@ -45,11 +41,11 @@ int Run(const Options& options) {
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   switch (options.mode) {
     case Mode::Demo:
-      return DemoRun(options).Execute();
+      return RunDemo(options);
     case Mode::Churn:
-      return Print(ChurnRun(options).Execute());
+      return Print(RunChurn(options));
     case Mode::Rush:
-      return Print(RushRun(options).Execute());
+      return Print(RunRush(options));
     case Mode::Hostile:
       return RunHostile(options);
     case Mode::Fanout:
@@ -57,7 +53,7 @@ int Run(const Options& options) {
     case Mode::Idle:
       break;
   }
-  return Print(MeasuredRun(options).Execute());
+  return Print(RunMeasured(options));
 }
 
 int Main(int argumentCount, char** arguments) {

@@ -1,12 +1,10 @@
-#include "tools/swarm/measured_run.h"
-
 #include <cstdio>
 
 #include "tools/swarm/fanout_traffic.h"
 #include "tools/swarm/hostile/hostile_traffic.h"
-#include "tools/swarm/idle_traffic.h"
-#include "tools/swarm/members.h"
 #include "tools/swarm/rate_traffic.h"
+#include "tools/swarm/runs.h"
+#include "tools/swarm/server_probe.h"
 
 namespace corvane::swarm {
 
@@ -19,190 +17,240 @@ constexpr std::chrono::seconds kDrainTime{10};
 constexpr double kHonestBurstsPerSecond = 10;  // of all members together
 constexpr std::size_t kHonestBurst = 5;
 
-}  // namespace
+// Nobody sends anything, and nothing may come. A line on standard output tells a script that waits
+// for it that all are in.
+class IdleTraffic : public Traffic {
+ public:
+  explicit IdleTraffic(ClientPool& pool) : myPool(pool) {}
 
-MeasuredRun::MeasuredRun(const Options& options)
-    : myOptions(options),
-      myPool(options.server, options.sources, options.connectAtOnce),
-      myBook(options.networks.size(), options.users, options.reporters),
-      myClients(MakeMembers(options)),
-      myTraffic(MakeTraffic(options)) {
-  if (options.serverPid) myServer.emplace(*options.serverPid);
-  myResult.mode = options.modeName;
-  myResult.networks = options.networks.size();
-  myResult.users = options.users;
-  if (options.mode != Mode::Idle) myResult.deliveries.emplace();
-}
-
-std::unique_ptr<Traffic> MeasuredRun::MakeTraffic(const Options& options) {
-  if (options.mode == Mode::Idle) return std::make_unique<IdleTraffic>(myPool);
-  std::vector<Client*> clients;
-  for (const auto& client : myClients)
-    clients.push_back(client.get());
-  if (options.mode == Mode::Fanout) {
-    return std::make_unique<FanoutTraffic>(myPool, myBook, std::move(clients), options.users,
-                                           options.reporters, options.burst);
+  void Start(Clock::time_point, Clock::time_point until) override {
+    std::puts("ready");
+    std::fflush(stdout);
+    myPool.WakeAt(until);
   }
-  if (options.mode == Mode::Rate) {
-    return std::make_unique<RateTraffic>(myPool, myBook, std::move(clients), options.users,
-                                         options.reportsPerSecond);
+  void Wake(Clock::time_point) override { Stop(); }
+  Clock::time_point Delivered(Member, std::uint32_t, Clock::time_point now) override { return now; }
+  void Stop() override { myIsStopped = true; }
+  bool IsDone() const override { return myIsStopped; }
+
+ private:
+  ClientPool& myPool;
+  bool myIsStopped = false;
+};
+
+class MeasuredRun : public ClientEvents {
+ public:
+  explicit MeasuredRun(const Options& options)
+      : myOptions(options),
+        myPool({options.server, options.sources, options.connectAtOnce}),
+        myBook(options.networks.size(), options.users, options.reporters),
+        myClients(MakeMembers(options)),
+        myTraffic(MakeTraffic(options)),
+        myResult(options) {
+    if (options.serverPid) myServer.emplace(*options.serverPid);
+    if (options.mode != Mode::Idle) myResult.deliveries.emplace();
   }
-  const double each =
-      kHonestBurstsPerSecond * double{kHonestBurst} / static_cast<double>(options.users);
-  RateTraffic honest(myPool, myBook, std::move(clients), options.users, each, kHonestBurst);
-  return std::make_unique<HostileTraffic>(std::move(honest), options, *options.parts.front());
-}
 
-RunResult MeasuredRun::Execute() {
-  if (myOptions.measuresIdle) myResult.emptyRssKib = ServerRssKib();
-  for (const auto& client : myClients)
-    myPool.Connect(*client);
-  myPool.Run(*this);
+  RunResult Execute() {
+    if (myOptions.measuresIdle) myResult.emptyRssKib = ServerRssKib();
+    for (const auto& client : myClients)
+      myPool.Connect(*client);
+    myPool.Run(*this);
 
-  if (auto& deliveries = myResult.deliveries) {
-    deliveries->sent = myBook.Sent();
-    deliveries->expected = myBook.Expected();
-    deliveries->received = myBook.Received();
-    deliveries->missing = myBook.Missing();
+    if (auto& deliveries = myResult.deliveries) {
+      deliveries->sent = myBook.Sent();
+      deliveries->expected = myBook.Expected();
+      deliveries->received = myBook.Received();
+      deliveries->missing = myBook.Missing();
+    }
+    myResult.unexpected = myBook.Unexpected();
+    myTraffic->AddTo(myResult);
+    return myResult;
   }
-  myResult.unexpected = myBook.Unexpected();
-  myTraffic->AddTo(myResult);
-  return myResult;
-}
 
-void MeasuredRun::LoggedIn(Client&) {
-  if (++myOnline < myClients.size()) return;
-  if (myOptions.measuresIdle) {
-    myPhase = Phase::Settling;
-    myPool.WakeAt(Clock::now() + kSettleTime);
-  } else {
-    StartSending();
-  }
-}
-
-void MeasuredRun::Received(Client& client, std::int32_t command, std::string_view payload) {
-  // The others' leaving is news to those who are still there.
-  if (myPhase == Phase::Leaving) return;
-  const std::optional<client::MemberRecord> relay =
-      command == client::command::kMember ? client::ParseRelay(payload) : std::nullopt;
-  const std::optional<Member> sender =
-      relay ? ParseUserName(myOptions.userPrefix, relay->name) : std::nullopt;
-  if (!sender) {
-    if (myTraffic->IsDisturbing(payload)) myBook.ReceiveForeign();
-    return;
-  }
-  if (!myBook.Receive(client.Identity(), *sender, relay->report)) return;
-  const Clock::time_point now = Clock::now();
-  myLastDelivery = now;
-  const auto sequence = static_cast<std::uint32_t>(relay->report.x);
-  myResult.deliveries->latency.Add(now - myTraffic->Delivered(*sender, sequence, now));
-  DrainIfSent();
-  if (myPhase == Phase::Draining && myBook.Missing() == 0) EndSending();
-}
-
-void MeasuredRun::Left(Client&) {
-  --myOnline;
-  StopIfAllLeft();
-}
-
-void MeasuredRun::Lost(Client& client, Client::State before, const std::string& reason) {
-  std::fprintf(stderr, "corvane-swarm: %s: %s\n", client.UserName().c_str(), reason.c_str());
-  const bool wasOnline = before == Client::State::Online || before == Client::State::Leaving;
-  if (!wasOnline) {
-    ++myResult.connectFailures;
-    if (myPhase == Phase::Arriving) StartLeaving();
-    return;
-  }
-  ++myResult.disconnects;
-  --myOnline;
-  if (myPhase == Phase::Leaving) {
-    StopIfAllLeft();
-  } else if (myPhase != Phase::Sending && myPhase != Phase::Draining) {
-    StartLeaving();
-  }
-}
-
-void MeasuredRun::Wake(Clock::time_point now) {
-  switch (myPhase) {
-    case Phase::Settling:
-      myResult.idleRssKib = ServerRssKib();
-      StartSending();
-      break;
-    case Phase::Sending:
-      myTraffic->Wake(now);
-      DrainIfSent();
-      break;
-    case Phase::Draining:
-      if (now - myLastDelivery >= kDrainTime) {
-        EndSending();
-      } else {
-        myPool.WakeAt(myLastDelivery + kDrainTime);
-      }
-      break;
-    case Phase::Arriving:
-    case Phase::Leaving:
-      break;
-  }
-}
-
-void MeasuredRun::Interrupted() {
-  if (myPhase == Phase::Sending) {
-    myTraffic->Stop();
-    DrainIfSent();
-  } else if (myPhase == Phase::Leaving) {
-    myPool.Stop();
-  } else {
-    StartLeaving();
-  }
-}
-
-void MeasuredRun::StartSending() {
-  myPhase = Phase::Sending;
-  if (myServer) {
-    myServer->StartCpuClock();
-    myServer->StartPeak();
-  }
-  mySendingStart = myLastDelivery = Clock::now();
-  myTraffic->Start(mySendingStart, myOptions.duration ? mySendingStart + *myOptions.duration
-                                                      : Clock::time_point::max());
-}
-
-void MeasuredRun::DrainIfSent() {
-  if (myPhase != Phase::Sending || !myTraffic->IsDone()) return;
-  myPhase = Phase::Draining;
-  if (myBook.Missing() == 0) {
-    EndSending();
-  } else {
-    myPool.WakeAt(Clock::now() + kDrainTime);
-  }
-}
-
-void MeasuredRun::EndSending() {
-  myResult.elapsed = (myResult.deliveries ? myLastDelivery : Clock::now()) - mySendingStart;
-  if (myServer) {
-    myResult.serverCpu = myServer->CpuTime();
-    myResult.serverRssKib = myServer->RssKib();
-    myResult.serverPeakKib = myServer->PeakKib();
-  }
-  StartLeaving();
-}
-
-void MeasuredRun::StartLeaving() {
-  myPhase = Phase::Leaving;
-  for (const auto& client : myClients) {
-    const bool isOnline = client->CurrentState() == Client::State::Online;
-    if (isOnline && myOptions.leave == LeaveWay::Abrupt) {
-      myPool.Reset(*client);
-      --myOnline;
+  void LoggedIn(Client&) override {
+    if (++myOnline < myClients.size()) return;
+    if (myOptions.measuresIdle) {
+      myPhase = Phase::Settling;
+      myPool.WakeAt(Clock::now() + kSettleTime);
     } else {
-      myPool.Leave(*client);
+      StartSending();
     }
   }
-  StopIfAllLeft();
-}
 
-std::optional<std::int64_t> MeasuredRun::ServerRssKib() const {
-  return myServer ? myServer->RssKib() : std::nullopt;
+  void Received(Client& client, std::int32_t command, std::string_view payload) override {
+    // The others' leaving is news to those who are still there.
+    if (myPhase == Phase::Leaving) return;
+    const std::optional<client::MemberRecord> relay =
+        command == client::command::kMember ? client::ParseRelay(payload) : std::nullopt;
+    const std::optional<Member> sender =
+        relay ? ParseUserName(myOptions.userPrefix, relay->name) : std::nullopt;
+    if (!sender) {
+      if (myTraffic->IsDisturbing(payload)) myBook.ReceiveForeign();
+      return;
+    }
+    if (!myBook.Receive(client.Identity(), *sender, relay->report)) return;
+    const Clock::time_point now = Clock::now();
+    myLastDelivery = now;
+    const auto sequence = static_cast<std::uint32_t>(relay->report.x);
+    myResult.deliveries->latency.Add(now - myTraffic->Delivered(*sender, sequence, now));
+    DrainIfSent();
+    if (myPhase == Phase::Draining && myBook.Missing() == 0) EndSending();
+  }
+
+  void Left(Client&) override {
+    --myOnline;
+    StopIfAllLeft();
+  }
+
+  void Lost(Client& client, Client::State before, const std::string& reason) override {
+    std::fprintf(stderr, "corvane-swarm: %s: %s\n", client.UserName().c_str(), reason.c_str());
+    if (before < Client::State::Online) {
+      ++myResult.connectFailures;
+      if (myPhase == Phase::Arriving) StartLeaving();
+      return;
+    }
+    ++myResult.disconnects;
+    --myOnline;
+    if (myPhase == Phase::Leaving) {
+      StopIfAllLeft();
+    } else if (myPhase != Phase::Sending && myPhase != Phase::Draining) {
+      StartLeaving();
+    }
+  }
+
+  void Wake(Clock::time_point now) override {
+    switch (myPhase) {
+      case Phase::Settling:
+        myResult.idleRssKib = ServerRssKib();
+        StartSending();
+        break;
+      case Phase::Sending:
+        myTraffic->Wake(now);
+        DrainIfSent();
+        break;
+      case Phase::Draining:
+        if (now - myLastDelivery >= kDrainTime) {
+          EndSending();
+        } else {
+          myPool.WakeAt(myLastDelivery + kDrainTime);
+        }
+        break;
+      case Phase::Arriving:
+      case Phase::Leaving:
+        break;
+    }
+  }
+
+  void Interrupted() override {
+    if (myPhase == Phase::Sending) {
+      myTraffic->Stop();
+      DrainIfSent();
+    } else if (myPhase == Phase::Leaving) {
+      myPool.Stop();
+    } else {
+      StartLeaving();
+    }
+  }
+
+ private:
+  enum class Phase {
+    Arriving,
+    Settling,  // all are in and nothing happens, so that the server's memory comes to rest
+    Sending,   // or, where the traffic is none, waiting
+    Draining,  // nothing more is sent; deliveries are still on the road
+    Leaving
+  };
+
+  std::unique_ptr<Traffic> MakeTraffic(const Options& options) {
+    if (options.mode == Mode::Idle) return std::make_unique<IdleTraffic>(myPool);
+    std::vector<Client*> clients;
+    for (const auto& client : myClients)
+      clients.push_back(client.get());
+    if (options.mode == Mode::Fanout) {
+      return std::make_unique<FanoutTraffic>(myPool, myBook, std::move(clients), options.users,
+                                             options.reporters, options.burst);
+    }
+    if (options.mode == Mode::Rate) {
+      return std::make_unique<RateTraffic>(myPool, myBook, std::move(clients), options.users,
+                                           options.reportsPerSecond);
+    }
+    const double each =
+        kHonestBurstsPerSecond * double{kHonestBurst} / static_cast<double>(options.users);
+    RateTraffic honest(myPool, myBook, std::move(clients), options.users, each, kHonestBurst);
+    return std::make_unique<HostileTraffic>(std::move(honest), options, *options.parts.front());
+  }
+
+  void StartSending() {
+    myPhase = Phase::Sending;
+    if (myServer) {
+      myServer->StartCpuClock();
+      myServer->StartPeak();
+    }
+    mySendingStart = myLastDelivery = Clock::now();
+    myTraffic->Start(mySendingStart, myOptions.duration ? mySendingStart + *myOptions.duration
+                                                        : Clock::time_point::max());
+  }
+
+  void DrainIfSent() {
+    if (myPhase != Phase::Sending || !myTraffic->IsDone()) return;
+    myPhase = Phase::Draining;
+    if (myBook.Missing() == 0) {
+      EndSending();
+    } else {
+      myPool.WakeAt(Clock::now() + kDrainTime);
+    }
+  }
+
+  void EndSending() {
+    myResult.elapsed = (myResult.deliveries ? myLastDelivery : Clock::now()) - mySendingStart;
+    if (myServer) {
+      myResult.serverCpu = myServer->CpuTime();
+      myResult.serverRssKib = myServer->RssKib();
+      myResult.serverPeakKib = myServer->PeakKib();
+    }
+    StartLeaving();
+  }
+
+  void StartLeaving() {
+    myPhase = Phase::Leaving;
+    for (const auto& client : myClients) {
+      const bool isOnline = client->CurrentState() == Client::State::Online;
+      if (isOnline && myOptions.leave == LeaveWay::Abrupt) {
+        myPool.Reset(*client);
+        --myOnline;
+      } else {
+        myPool.Leave(*client);
+      }
+    }
+    StopIfAllLeft();
+  }
+
+  std::optional<std::int64_t> ServerRssKib() const {
+    return myServer ? myServer->RssKib() : std::nullopt;
+  }
+
+  void StopIfAllLeft() {
+    if (myOnline == 0) myPool.Stop();
+  }
+
+  const Options& myOptions;
+  ClientPool myPool;
+  DeliveryBook myBook;
+  std::vector<std::unique_ptr<Client>> myClients;
+  std::unique_ptr<Traffic> myTraffic;
+  std::optional<ServerProbe> myServer;
+  RunResult myResult;
+  Phase myPhase = Phase::Arriving;
+  std::size_t myOnline = 0;
+  Clock::time_point mySendingStart;
+  Clock::time_point myLastDelivery;
+};
+
+}  // namespace
+
+RunResult RunMeasured(const Options& options) {
+  return MeasuredRun(options).Execute();
 }
 
 }  // namespace corvane::swarm

@@ -11,7 +11,7 @@
 
 #include <QStringList>
 
-#include "tools/swarm/loopback.h"
+#include "tools/swarm/client_pool.h"
 
 namespace corvane::swarm {
 

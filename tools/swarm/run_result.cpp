@@ -1,5 +1,7 @@
 #include "tools/swarm/run_result.h"
 
+#include <algorithm>
+
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QString>
@@ -177,6 +179,35 @@ std::optional<double> RunResult::ServerBytesPerConnection() const {
   if (!emptyRssKib || !idleRssKib) return std::nullopt;
   return static_cast<double>(*idleRssKib - *emptyRssKib) * 1024 /
          static_cast<double>(networks * users);
+}
+
+bool RushResult::IsGood() const {
+  return std::ranges::all_of(
+      rounds, [&](const Round& round) { return round.greeted == clients && round.cutOff == 0; });
+}
+
+std::string RushResult::ToText() const {
+  QString text = QStringLiteral("rush of %1:").arg(clients);
+  for (const Round& round : rounds) {
+    text += QStringLiteral(" %1 greeted, the last after %2 ms")
+                .arg(round.greeted)
+                .arg(Rounded(1000 * round.untilLastGreeted.count()));
+    if (round.refused > 0) text += QStringLiteral(", %1 REFUSED").arg(round.refused);
+    if (round.cutOff > 0) text += QStringLiteral(", %1 CUT OFF").arg(round.cutOff);
+    if (Hung(round) > 0) text += QStringLiteral(", %1 HUNG").arg(Hung(round));
+    text += u';';
+  }
+  return text.chopped(1).toStdString();
+}
+
+std::string RushResult::ToJson() const {
+  double longest = 0;
+  for (const Round& round : rounds)
+    longest = std::max(longest, 1000 * round.untilLastGreeted.count());
+  const QJsonObject json{{QStringLiteral("mode"), QStringLiteral("rush")},
+                         {QStringLiteral("clients"), Number(clients)},
+                         {QStringLiteral("last_greeted_ms"), longest}};
+  return QJsonDocument(json).toJson(QJsonDocument::Compact).toStdString();
 }
 
 }  // namespace corvane::swarm

@@ -1,13 +1,15 @@
 #pragma once
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
-#include "tools/swarm/hostile/hostile_account.h"
 #include "tools/swarm/latency_histogram.h"
+#include "tools/swarm/options.h"
 
 class QJsonObject;
 class QString;
@@ -23,11 +25,41 @@ struct Deliveries {
   LatencyHistogram latency;
 };
 
+// What became of the strangers of a run.
+struct StrangerCounts {
+  std::uint64_t greeted = 0;
+  std::uint64_t acted = 0;  // of the connections: those that got as far as to act
+  std::uint64_t ended = 0;  // connections that the server ended or did not take
+  std::uint64_t bytesSent = 0;
+  std::string refusal;  // why the last log-in failed; for a person to read
+};
+
+// How the honest members fared before, while and after the hostile side played its part.
+struct HostileAccount {
+  struct Window {
+    LatencyHistogram latency;
+    // How late the reports left this program: what the machine and the program itself, which share
+    // the processors with the server, have in the latency.
+    LatencyHistogram lateness;
+    // How long the server waited for a processor, which is in the latency too.
+    std::optional<std::chrono::nanoseconds> serverWait;
+  };
+
+  static constexpr std::array kWindowNames = {"before", "during", "after"};
+
+  std::string part;
+  std::array<Window, kWindowNames.size()> windows;
+  StrangerCounts strangers;
+};
+
 // What a measured run found.
 struct RunResult {
+  explicit RunResult(const Options& options)
+      : mode(options.modeName), networks(options.networks.size()), users(options.users) {}
+
   std::string mode;
-  std::size_t networks = 0;
-  std::size_t users = 0;
+  std::size_t networks;
+  std::size_t users;
   // From the first report to the last delivery; where none is sent, as long as all were in or
   // clients came and went.
   std::chrono::duration<double> elapsed{0};
@@ -62,6 +94,27 @@ struct RunResult {
   // Of one core; where there is a time of the server.
   double ServerCpuShare() const;
   std::optional<double> ServerBytesPerConnection() const;
+};
+
+// What became of the clients of each rush.
+struct RushResult {
+  struct Round {
+    std::size_t greeted = 0;
+    std::size_t refused = 0;  // not taken, or ended before the greeting
+    std::size_t cutOff = 0;   // ended after it
+    // From the first connect to the last greeting.
+    std::chrono::duration<double> untilLastGreeted{0};
+  };
+
+  std::size_t clients = 0;
+  std::vector<Round> rounds;
+
+  std::size_t Hung(const Round& round) const { return clients - round.greeted - round.refused; }
+  // All were greeted and stayed, in every round.
+  bool IsGood() const;
+  // As those of RunResult.
+  std::string ToText() const;
+  std::string ToJson() const;
 };
 
 }  // namespace corvane::swarm

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/swarm/hostile/stranger.h"
+#include "tools/swarm/client.h"
 
 namespace corvane::swarm {
 
@@ -45,11 +45,10 @@ class HostilePart {
   }
   // The stranger has got as far as it is to get, or all that it was to send is on its way: it sends
   // something, rests or hangs up.
-  virtual void Act(Stranger& stranger) = 0;
-  virtual void Greeted(Stranger&) {}
+  virtual void Act(Client& stranger) = 0;
   // The server ended the connection or never took it. It comes back, after a rest if it is given
   // one here.
-  virtual void Ended(Stranger& stranger, bool /*wasGreeted*/) {
+  virtual void Ended(Client& stranger) {
     stranger.RestUntil(Clock::now() + std::chrono::milliseconds(50));
   }
 

@@ -5,7 +5,8 @@
 namespace corvane::swarm {
 
 HostileTraffic::HostileTraffic(RateTraffic honest, const Options& options, const PartInfo& part)
-    : myHonest(std::move(honest)), mySide(options, part) {
+    : myHonest(std::move(honest)), mySide(options, part.make()) {
+  myAccount.part = part.name;
   if (options.serverPid) myServer.emplace(*options.serverPid);
 }
 
@@ -45,7 +46,6 @@ void HostileTraffic::Stop() {
 
 void HostileTraffic::AddTo(RunResult& result) {
   EndWindow();
-  myAccount.part = mySide.Info().name;
   myAccount.strangers = mySide.Finish();
   result.hostile = myAccount;
 }

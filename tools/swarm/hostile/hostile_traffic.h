@@ -1,6 +1,5 @@
 #pragma once
 
-#include "tools/swarm/hostile/hostile_account.h"
 #include "tools/swarm/hostile/hostile_side.h"
 #include "tools/swarm/rate_traffic.h"
 #include "tools/swarm/server_probe.h"

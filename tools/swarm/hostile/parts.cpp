@@ -47,7 +47,7 @@ class Hoarders : public HostilePart {
  public:
   Hoarders() : HostilePart({.strangers = 17}) {}
 
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     if (stranger.Turn() > 0) {
       stranger.Hold();
       return;
@@ -72,9 +72,9 @@ class NeverReaders : public HostilePart {
       myBurst += Report(sequence);
   }
 
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     if (stranger.Turn() == 0) ++myArrived;
-    if (stranger.Index() >= kReporters) {
+    if (stranger.Identity().user >= kReporters) {
       stranger.Hold();
       return;
     }
@@ -101,7 +101,7 @@ class GiantNames : public HostilePart {
     name.resize(kMiB, 'n');  // the longest that is taken
     return name;
   }
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     switch (stranger.Turn()) {
       case 0:
         stranger.Send(Report(1) + Report(2));
@@ -113,7 +113,7 @@ class GiantNames : public HostilePart {
         stranger.HangUp();
     }
   }
-  void Ended(Stranger& stranger, bool) override { stranger.RestUntil(Clock::now() + seconds(1)); }
+  void Ended(Client& stranger) override { stranger.RestUntil(Clock::now() + seconds(1)); }
 };
 
 // First steps with very long names, which the server quotes when it refuses them.
@@ -125,7 +125,7 @@ class LongNames : public HostilePart {
         myLeast(least),
         myMost(most) {}
 
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     std::size_t bytes = myLeast;
     for (std::size_t turn = 0; turn < stranger.Turn(); ++turn)
       bytes = bytes < myMost ? 2 * bytes : myLeast;
@@ -145,7 +145,7 @@ class LogFloods : public HostilePart {
  public:
   LogFloods() : HostilePart({.strangers = 100, .connectAtOnce = 100}) {}
 
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     if (stranger.Turn() > 0) {
       stranger.HangUp();
     } else {
@@ -168,7 +168,7 @@ class Flood : public HostilePart {
     name.resize(std::max(name.size(), myShortestName), 'n');
     return name;
   }
-  void Act(Stranger& stranger) override { stranger.SendFiller(myBlock, myBlock.size()); }
+  void Act(Client& stranger) override { stranger.SendFiller(myBlock, myBlock.size()); }
 
  private:
   std::string myBlock;
@@ -180,7 +180,7 @@ class Rush : public HostilePart {
  public:
   Rush() : HostilePart({.strangers = 1000, .connectAtOnce = 1000}) {}
 
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     if (stranger.Turn() > 0) {
       stranger.HangUp();
       return;
@@ -195,7 +195,7 @@ class SlowWriters : public HostilePart {
  public:
   SlowWriters() : HostilePart({.standing = Standing::OtherNetwork, .strangers = 200}) {}
 
-  void Act(Stranger& stranger) override {
+  void Act(Client& stranger) override {
     stranger.Send(std::string_view(myReport).substr(stranger.Turn() % myReport.size(), 1));
   }
 
@@ -208,7 +208,7 @@ class Seats : public HostilePart {
  public:
   Seats() : HostilePart({.standing = Standing::AtPassword, .strangers = 60}) {}
 
-  void Act(Stranger& stranger) override { stranger.Hold(); }
+  void Act(Client& stranger) override { stranger.Hold(); }
 };
 
 // As many connections as this process may have, some room left.
@@ -216,7 +216,7 @@ class Connections : public HostilePart {
  public:
   Connections() : HostilePart({.strangers = Most(), .connectAtOnce = 100}) {}
 
-  void Act(Stranger& stranger) override { stranger.Hold(); }
+  void Act(Client& stranger) override { stranger.Hold(); }
 
  private:
   static std::size_t Most() {
@@ -266,8 +266,8 @@ constexpr std::array kParts = {
              [] { return Make<NeverReaders>(); }},
     PartInfo{"giant-names", "3 members whose user names have 1 MiB report and leave, over and over",
              [] { return Make<GiantNames>(); }},
-    PartInfo{"long-names",
-             "2 members whose user names have 4000 bytes report as fast as they go", MakeLongNames},
+    PartInfo{"long-names", "2 members whose user names have 4000 bytes report as fast as they go",
+             MakeLongNames},
     PartInfo{"giant-steps", "network names of 64, 128 and 256 MiB, over and over",
              [] { return Make<LongNames>(1, "x", 64 * kMiB, 256 * kMiB); }},
     PartInfo{"costly-names", "network names of 32 MiB that are dear to fold, over and over",
