@@ -26,7 +26,7 @@
 #include "server/app.h"
 #include "server/client_socket.h"
 #include "server/setting.h"
-#include "updater/installer.h"
+#include "updater/update_platform.h"
 #include "updater/updater_window.h"
 
 namespace corvane {

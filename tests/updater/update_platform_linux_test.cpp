@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/test_client.h"
-#include "updater/installer.h"
+#include "updater/update_platform.h"
 
 namespace corvane {
 namespace {
@@ -20,10 +20,10 @@ TEST(LaunchInstaller, IsStartedUnlessTheDesktopsOpenerFails) {
     const char* script;
     bool started;
   } cases[] = {
+      {"echo $$ > \"${0%/*}/process\"; exec sleep 30", true},
       {"test \"$1\" = '/tmp/a b.deb'", true},
       {"exit 3", false},
       {"kill -KILL $$", false},
-      {"echo $$ > \"${0%/*}/process\"; exec sleep 30", true},
       {nullptr, false},
   };
   for (const auto& row : cases) {
