@@ -76,9 +76,9 @@ int main(int argc, char** argv) {
   std::sort(durations.begin(), durations.end());
   const std::size_t count = durations.size();
   std::fprintf(stderr,
-               "window under load: %d users in and %d out, %zu status lines, %zu events; "
+               "window under load: %d users in and %d out, %d status lines, %zu events; "
                "ms: p99 %.2f, p99.9 %.2f, longest %.2f\n",
-               coming, going, window.Status().Log().Count(), count, durations[count * 99 / 100],
+               coming, going, window.Status().rowCount(), count, durations[count * 99 / 100],
                durations[count * 999 / 1000], durations.back());
   return 0;
 }

@@ -9,14 +9,16 @@ StatusLogModel::StatusLogModel(std::size_t mostBytes)
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
   if (myKeepsNothing) return;
-  myLog.Append(prefix, text);
+  myLines.emplace_back(prefix).append(text);
+  myBytes += myLines.back().size();
   myAddRows.Note();
 }
 
 void StatusLogModel::Clear() {
   beginResetModel();
   myAddRows.Stop();
-  myLog.Clear();
+  myLines.clear();
+  myBytes = 0;
   myRows = 0;
   endResetModel();
 }
@@ -32,23 +34,28 @@ int StatusLogModel::rowCount(const QModelIndex& parent) const {
 
 QVariant StatusLogModel::data(const QModelIndex& index, int role) const {
   if (role != Qt::DisplayRole || !index.isValid()) return {};
-  return DisplayText(myLog.Line(static_cast<std::size_t>(index.row())));
+  return DisplayText(myLines[static_cast<std::size_t>(index.row())]);
 }
 
 void StatusLogModel::AddRows() {
-  const int count = static_cast<int>(myLog.Count());
+  const int count = static_cast<int>(myLines.size());
   beginInsertRows({}, myRows, count - 1);
   myRows = count;
   endInsertRows();
   DropOldest();
 }
 
+// A 64th more than has to go, so that few layouts pay for many lines.
 void StatusLogModel::DropOldest() {
-  const std::size_t lines = myLog.LinesOver(myMostBytes);
-  if (lines == 0) return;
-  beginRemoveRows({}, 0, static_cast<int>(lines) - 1);
-  myLog.DropOldest(lines);
-  myRows -= static_cast<int>(lines);
+  if (myBytes <= myMostBytes) return;
+  std::size_t left = myBytes;
+  int lines = 0;
+  while (left > myMostBytes / 64 * 63)
+    left -= myLines[static_cast<std::size_t>(lines++)].size();
+  beginRemoveRows({}, 0, lines - 1);
+  myLines.erase(myLines.begin(), myLines.begin() + lines);
+  myBytes = left;
+  myRows -= lines;
   endRemoveRows();
 }
 

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <deque>
+#include <string>
 #include <string_view>
 
 #include <QAbstractListModel>
 
-#include "console/status_log.h"
 #include "framework/gathering.h"
 
 namespace corvane {
@@ -21,7 +22,6 @@ class StatusLogModel : public QAbstractListModel {
   void Clear();
   // From here on nothing is kept: there is nobody to see it.
   void KeepNothing();
-  const StatusLog& Log() const { return myLog; }
 
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -32,7 +32,8 @@ class StatusLogModel : public QAbstractListModel {
 
   const std::size_t myMostBytes;
   bool myKeepsNothing = false;
-  StatusLog myLog;
+  std::deque<std::string> myLines;
+  std::size_t myBytes = 0;
   int myRows = 0;  // lines that are rows already
   Gathering myAddRows;
 };

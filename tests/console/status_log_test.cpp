@@ -23,7 +23,8 @@ TEST(StatusClock, PrefixFollowsTheSecond) {
 }
 
 TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
-  constexpr std::size_t kMost = 200'000;
+  constexpr qsizetype kMost = 200'000;
+  qsizetype bytes = 0;
   StatusLogModel model(kMost);
   int written = 0;
   for (const int next : {10'000, 20'000, 30'000}) {
@@ -35,14 +36,17 @@ TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
     };
     ASSERT_TRUE(QTest::qWaitFor(
         [&] { return model.rowCount() > 0 && isNumber(model.rowCount() - 1, next - 1); }));
-    for (int row = 0; row < model.rowCount(); ++row)
+    bytes = 0;
+    for (int row = 0; row < model.rowCount(); ++row) {
       ASSERT_TRUE(isNumber(row, next - model.rowCount() + row));
-    EXPECT_LE(model.Log().Bytes(), kMost);
+      bytes += model.index(row).data().toString().size();
+    }
+    EXPECT_LE(bytes, kMost);
   }
-  EXPECT_GT(model.Log().Bytes(), kMost / 2);
+  EXPECT_GT(bytes, kMost * 9 / 10);
   model.KeepNothing();
   model.Append("", "for nobody");
-  EXPECT_EQ(model.Log().Count(), 0U);
+  EXPECT_EQ(model.rowCount(), 0);
 }
 
 TEST(StatusLogModel, FirstLineBecomesARowAtOnceAndTheNextOnesTogether) {
@@ -56,7 +60,6 @@ TEST(StatusLogModel, FirstLineBecomesARowAtOnceAndTheNextOnesTogether) {
   EXPECT_EQ(added.count(), 2);
   EXPECT_EQ(model.index(0).data().toString(), "[1] line");
   EXPECT_EQ(model.index(1).data().toString().size(), 5004);
-  EXPECT_EQ(model.Log().Line(1).size(), 5004U);
 
   model.Append("", "pending");
   model.Clear();
