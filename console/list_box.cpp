@@ -69,7 +69,6 @@ bool IsEnter(const QKeyEvent& key) {
 
 ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent)
     : QTableView(parent),
-      myColumns(*horizontalHeader()),
       myPainting([this] { viewport()->setUpdatesEnabled(true); }, Gathering::First::Now,
                  kBetweenPaints) {
   setAccessibleName(name);
@@ -95,25 +94,29 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setSectionsClickable(false);
   header->setResizeContentsPrecision(kRowsMeasured);
   header->setMinimumSectionSize(kNarrowestColumn);
-  // The last column, which is stretched, gets no narrower than this.
-  header->setDefaultSectionSize(kNarrowestColumn);
+  header->setStretchLastSection(true);
 }
 
 void ListBox::setModel(QAbstractItemModel* model) {
   QTableView::setModel(model);
   connect(model, &QAbstractItemModel::rowsInserted, this, &ListBox::PaintRows);
   connect(model, &QAbstractItemModel::rowsRemoved, this, &ListBox::PaintRows);
-  myColumns.Want(std::vector<double>(static_cast<std::size_t>(model->columnCount()), 1.0));
 }
 
 void ListBox::FitColumns() {
-  std::vector<double> widths;
-  for (int column = 0; column < model()->columnCount(); ++column) {
-    widths.push_back(
-        std::max({sizeHintForColumn(column), horizontalHeader()->sectionSizeHint(column),
-                  sizeHintForIndex(LongestText(column)).width()}));
+  QHeaderView* header = horizontalHeader();
+  const int columns = model()->columnCount();
+  const int share = viewport()->width() / columns;
+  int widest = 0;
+  int most = 0;
+  for (int column = 0; column < columns; ++column) {
+    const int width = std::max({sizeHintForColumn(column), header->sectionSizeHint(column),
+                                sizeHintForIndex(LongestText(column)).width()});
+    if (width > most) std::tie(widest, most) = std::pair(column, width);
+    setColumnWidth(column, std::min(width, share));
   }
-  myColumns.Want(std::move(widths));
+  header->setStretchLastSection(false);
+  header->setSectionResizeMode(widest, QHeaderView::Stretch);
 }
 
 QModelIndex ListBox::LongestText(int column) const {
@@ -247,11 +250,6 @@ void ListBox::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int las
   QTableView::rowsAboutToBeRemoved(parent, first, last);
   // Qt has selected a neighbour, on which the operator's next action would fall.
   if (current >= first && current <= last) clearSelection();
-}
-
-void ListBox::resizeEvent(QResizeEvent* event) {
-  QTableView::resizeEvent(event);
-  myColumns.Fill(viewport()->width());
 }
 
 void ListBox::changeEvent(QEvent* event) {

@@ -5,7 +5,6 @@
 
 #include <QTableView>
 
-#include "console/column_widths.h"
 #include "framework/gathering.h"
 
 namespace corvane {
@@ -32,8 +31,9 @@ class ListBox : public QTableView {
 
   void setModel(QAbstractItemModel* model) override;
 
-  // Has each column want the width of its texts: those of the first rows and its longest one. At
-  // first all want the same.
+  // Gives each column the width of its texts (those of the first rows and its longest one), up to
+  // an even share; the one with the widest texts gets what is left. At first that is the last
+  // column.
   void FitColumns();
 
   // The first selected row; -1 when none is.
@@ -50,7 +50,6 @@ class ListBox : public QTableView {
   void focusInEvent(QFocusEvent* event) override;
   void currentChanged(const QModelIndex& current, const QModelIndex& previous) override;
   void rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) override;
-  void resizeEvent(QResizeEvent* event) override;
   void changeEvent(QEvent* event) override;
   bool viewportEvent(QEvent* event) override;
 
@@ -67,7 +66,6 @@ class ListBox : public QTableView {
   QString Tip(int row) const;
   void ShowTip(int row, QPoint globalPosition);
 
-  ColumnWidths myColumns;
   Gathering myPainting;
 };
 

@@ -187,6 +187,7 @@ void wndMain::PlaceControls() {
   content->Add(lstStatus, {20, 261, 493, 252}, A::Left | A::Top | A::Right | A::Bottom);
   content->Add(lstNetworks, {20, 20, 218, 229}, A::Left | A::Top);
   content->Add(lstUsers, {250, 20, 263, 229}, A::Left | A::Top | A::Right);
+  lstUsers->setColumnWidth(0, lstUsers->width() / 2);
   PlaceButtons();
   setCentralWidget(content);
 }

@@ -1,6 +1,5 @@
 #include "console/list_box.h"
 
-#include <QHeaderView>
 #include <QToolTip>
 
 #include "console/wnd_conn_info.h"
@@ -59,33 +58,6 @@ TEST_F(ListBoxTest, KeysAndDoubleClicksDoWhatTheMenusHave) {
   QTest::mouseDClick(users.viewport(), Qt::LeftButton, {},
                      users.visualRect(users.model()->index(0, 1)).center());
   EXPECT_TRUE(IsOpen("wndConnInfo"));
-}
-
-TEST_F(ListBoxTest, ColumnsKeepWhatAHandGaveThem) {
-  ListBox& list = *myWindow->lstUsers;
-  QWindow* const window = myWindow->windowHandle();
-  const auto widths = [&list] { return std::vector{list.columnWidth(0), list.columnWidth(1)}; };
-  const auto drag = [&](int distance) {
-    const QWidget* header = list.horizontalHeader()->viewport();
-    const QPoint border =
-        header->mapTo(&*myWindow, QPoint(list.columnWidth(0), header->height() / 2));
-    QTest::mousePress(window, Qt::LeftButton, {}, border);
-    QTest::mouseMove(window, border + QPoint(distance, 0));
-    QTest::mouseRelease(window, Qt::LeftButton, {}, border + QPoint(distance, 0));
-  };
-  const QSize size = list.size();
-  for (const int distance : {0, 40, 85}) {
-    drag(distance);
-    const std::vector<int> dragged = widths();
-    EXPECT_EQ(dragged[0] + dragged[1], list.viewport()->width());
-    for (const int width : {130, 10}) {
-      // Not the window, of whose size its system may tell later.
-      list.resize(width, size.height());
-      list.resize(size);
-      EXPECT_EQ(widths(), dragged) << distance << " " << width;
-    }
-  }
-  EXPECT_GT(list.columnWidth(0), 4 * list.columnWidth(1));
 }
 
 }  // namespace
