@@ -22,7 +22,6 @@ class RunsTest : public testing::Test {
     options.networks = {"Net"};
     options.password = "secret";
     options.users = options.reporters = 4;
-    options.connectAtOnce = 2;
     options.userPrefix = "swarm";
     options.sources = {INADDR_LOOPBACK + 1, 2};
     options.duration = std::chrono::milliseconds(500);
@@ -131,7 +130,7 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   server.events.clear();
   options.mode = Mode::Hostile;
   options.duration = std::chrono::milliseconds(3'000);
-  options.parts = {FindPart("tiny-messages")};
+  options.part = FindPart("tiny-messages");
   options.serverPid = getpid();
   const RunResult result =
       Execute(RunMeasured, options.users, [&] { stranger.Send(4, "1200,845,2,90,1,0"); });
@@ -152,7 +151,7 @@ TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
   server.AddNetwork("Net");
   options.mode = Mode::Hostile;
   options.strangersNetwork = "unknown";
-  options.parts = {FindPart("slow-writers")};
+  options.part = FindPart("slow-writers");
   const RunResult result = Execute(RunMeasured);
   EXPECT_FALSE(result.IsGood());
   ASSERT_TRUE(result.hostile && result.deliveries);

@@ -12,7 +12,7 @@ class ChurnRun : public ClientEvents {
  public:
   explicit ChurnRun(const Options& options)
       : myOptions(options),
-        myPool({options.server, options.sources, options.connectAtOnce}),
+        myPool({options.server, options.sources}),
         myClients(MakeMembers(options)),
         myResult(options) {
     if (options.serverPid) myServer.emplace(*options.serverPid);

@@ -58,7 +58,7 @@ class ClientPool {
     LoopbackRange sources{};
     // So many wait for the server's greeting at a time. Its queue of new connections may be short,
     // and a system whose queue overflows may drop a connection that its client takes for made.
-    std::size_t connectAtOnce = 1;
+    std::size_t connectAtOnce = 2;
     // A client that is not greeted for so long is lost.
     Clock::duration patience = std::chrono::seconds(30);
     // What clients that are online read of what they are sent. What is only discarded is not

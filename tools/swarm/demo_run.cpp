@@ -16,7 +16,7 @@ class DemoRun : public ClientEvents {
  public:
   explicit DemoRun(const Options& options)
       : myOptions(options),
-        myPool({options.server, options.sources, options.connectAtOnce}),
+        myPool({options.server, options.sources}),
         myRandom(std::random_device{}()) {
     for (auto& client :
          MakeMembers(options, [](Member, std::size_t place) { return PlayerName(place); }))

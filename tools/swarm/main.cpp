@@ -1,8 +1,6 @@
-#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <sys/resource.h>
-#include <utility>
 
 #include <QCoreApplication>
 
@@ -26,15 +24,6 @@ int Print(const Result& result) {
   return result.IsGood() ? 0 : 1;
 }
 
-int RunHostile(Options options) {
-  int exitCode = 0;
-  for (const PartInfo* const part : std::exchange(options.parts, {})) {
-    options.parts = {part};
-    exitCode = std::max(exitCode, Print(RunMeasured(options)));
-  }
-  return exitCode;
-}
-
 int Run(const Options& options) {
   RaiseDescriptorLimit();
   // A line as soon as it is written, also into a pipe.
@@ -47,7 +36,6 @@ int Run(const Options& options) {
     case Mode::Rush:
       return Print(RunRush(options));
     case Mode::Hostile:
-      return RunHostile(options);
     case Mode::Fanout:
     case Mode::Rate:
     case Mode::Idle:

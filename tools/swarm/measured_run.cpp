@@ -42,7 +42,7 @@ class MeasuredRun : public ClientEvents {
  public:
   explicit MeasuredRun(const Options& options)
       : myOptions(options),
-        myPool({options.server, options.sources, options.connectAtOnce}),
+        myPool({options.server, options.sources}),
         myBook(options.networks.size(), options.users, options.reporters),
         myClients(MakeMembers(options)),
         myTraffic(MakeTraffic(options)),
@@ -178,7 +178,7 @@ class MeasuredRun : public ClientEvents {
     const double each =
         kHonestBurstsPerSecond * double{kHonestBurst} / static_cast<double>(options.users);
     RateTraffic honest(myPool, myBook, std::move(clients), options.users, each, kHonestBurst);
-    return std::make_unique<HostileTraffic>(std::move(honest), options, *options.parts.front());
+    return std::make_unique<HostileTraffic>(std::move(honest), options, *options.part);
   }
 
   void StartSending() {

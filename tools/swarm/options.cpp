@@ -46,14 +46,10 @@ constexpr OptionRow kOptions[] = {
      "Begin of the user names of a measured run. User names are unique on a server: give each of "
      "several runs its own.",
      nullptr},
-    {"connect-at-once", "count", "2",
-     "Clients that wait for the server's greeting at a time; its queue of new connections is "
-     "short.",
-     nullptr},
     {"seconds", "time", nullptr,
      "How long to send, or to come and go (10); demo and idle: how long to stay (until "
      "interrupted); rush: how long to wait for the greetings (10); hostile: how long to measure "
-     "before, during and after each part (10).",
+     "before, during and after (10).",
      nullptr},
     {"leave", "way", "orderly", "How the clients end: orderly, or abrupt (a reset).", nullptr},
     {"server-pid", "number", nullptr,
@@ -63,14 +59,11 @@ constexpr OptionRow kOptions[] = {
      "fanout rate idle"},
     {"addresses", "count", "0",
      "Addresses of this machine, 127.0.0.1 and on, that the players come from in turn; 0: the "
-     "system "
-     "chooses.",
+     "system chooses.",
      "demo fanout rate idle churn hostile"},
     {"clients", "count", "1000", "rush: clients that connect at the same moment.", "rush"},
     {"rounds", "count", "1", "rush: how many rushes, one after the other.", "rush"},
-    {"part", "name", nullptr,
-     "hostile: what the hostile side does, a name of those below or all; may be given several "
-     "times.",
+    {"part", "name", nullptr, "hostile: what the hostile side does, a name of those below.",
      "hostile"},
     {"stranger-addresses", "count", "0",
      "hostile: addresses that the strangers come from, 127.1.0.1 and on.", "hostile"},
@@ -158,17 +151,9 @@ void ReadHostile(const QCommandLineParser& parser, Options& options) {
   options.strangersNetwork = options.networks.back();
   options.networks.pop_back();
   options.strangersSources = Sources(parser, QStringLiteral("stranger-addresses"), kStrangers);
-  for (const QString& name : parser.values(QStringLiteral("part"))) {
-    if (name == QLatin1String("all")) {
-      for (const PartInfo& part : HostileParts())
-        options.parts.push_back(&part);
-    } else if (const PartInfo* const part = FindPart(name.toStdString())) {
-      options.parts.push_back(part);
-    } else {
-      throw UsageError(QStringLiteral("there is no part '%1'").arg(name));
-    }
-  }
-  if (options.parts.empty()) throw UsageError(QStringLiteral("hostile needs --part"));
+  const QString part = parser.value(QStringLiteral("part"));
+  options.part = FindPart(part.toStdString());
+  if (options.part == nullptr) throw UsageError(QStringLiteral("there is no part '%1'").arg(part));
 }
 
 struct ModeRow {
@@ -221,14 +206,14 @@ QString Description() {
                 .arg(QString::fromLatin1(row.name), -8)
                 .arg(QString::fromLatin1(row.description));
   }
-  text += QStringLiteral("\n\nParts of hostile, and all for one after the other:\n");
+  text += QStringLiteral("\n\nParts of hostile:\n");
   for (const PartInfo& part : HostileParts()) {
     text += QStringLiteral("\n%1 %2")
                 .arg(QString::fromLatin1(part.name), -14)
                 .arg(QString::fromLatin1(part.description));
   }
   text += QStringLiteral(
-      "\n\nAll but demo end with a line to read and a line of JSON (hostile: a pair a part).\n"
+      "\n\nAll but demo end with a line to read and a line of JSON.\n"
       "fanout, rate and hostile count every delivery. The exit code is 0 only if all came that\n"
       "was expected, nothing else came, and nobody was refused or cut off (of the members, in\n"
       "hostile).");
@@ -262,7 +247,6 @@ Options Read(const QCommandLineParser& parser) {
   options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
   options.sources = Sources(parser, QStringLiteral("addresses"), kPlayers);
   options.users = Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
-  options.connectAtOnce = Count(parser, QStringLiteral("connect-at-once"), 1, 8192);
   const bool endsByItself = options.mode != Mode::Demo && options.mode != Mode::Idle;
   if (parser.isSet(QStringLiteral("seconds")) || endsByItself) {
     const double length = parser.isSet(QStringLiteral("seconds"))

@@ -29,7 +29,6 @@ struct Options {
   std::string password;
   std::size_t users = 0;  // in each network
   LoopbackRange sources;
-  std::size_t connectAtOnce = 0;
   std::optional<std::chrono::milliseconds> duration;  // none: until interrupted
   std::string userPrefix;
   LeaveWay leave = LeaveWay::Orderly;
@@ -40,8 +39,8 @@ struct Options {
   double reportsPerSecond = 0;  // rate, of each member
   std::size_t clients = 0;      // rush
   std::size_t rounds = 0;       // rush
-  // hostile: what is played, one after the other, and where strangers that are members meet
-  std::vector<const PartInfo*> parts;
+  // hostile: what is played, and where strangers that are members meet
+  const PartInfo* part = nullptr;
   std::string strangersNetwork;
   LoopbackRange strangersSources;
 };
