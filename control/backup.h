@@ -13,8 +13,9 @@ namespace corvane {
 
 // Makes a copy of the database, and of the settings beside it as FILE.xml, a step a turn of Qt's
 // loop, and has a thread bring both onto the disk: nobody waits for it. Neither file is there until
-// it is whole; what is not yet lies beside it under a name that nobody else has. Borrows the
-// connection.
+// it is whole; what is not yet lies beside it under a name that nobody else has. A copy in one read
+// (VACUUM INTO) would hold up the server's writes as long as it takes, 230 ms for 50 MB. Borrows
+// the connection.
 class Backup : public QObject {
  public:
   struct Places {

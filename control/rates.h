@@ -9,7 +9,9 @@
 
 namespace corvane {
 
-// How much goes over the connections a second, over the last ten seconds. Borrows the loop.
+// How much goes over the connections a second, over the last ten seconds: what
+// `corvanectl status` shows of how busy the server is, in place of totals since its start. Borrows
+// the loop.
 class Rates {
  public:
   explicit Rates(PollLoop& loop);
