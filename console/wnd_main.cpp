@@ -105,11 +105,6 @@ wndMain::wndMain(App& app, std::function<bool()> hasTray)
 }
 
 wndMain::~wndMain() {
-  // The loop may hold the listener for a moment longer.
-  sSocket->StatusMessage = nullptr;
-  sSocket->UserLoggedIn = nullptr;
-  sSocket->UserLoggedOut = nullptr;
-  myApp.Updates().UpdateFound = nullptr;
   delete myUpdaterWindow;
 }
 
@@ -219,18 +214,24 @@ void wndMain::changeEvent(QEvent* event) {
 }
 
 void wndMain::ConnectEvents() {
-  sSocket->StatusMessage = [this](MapSocket& sender, const std::string& text) {
-    sSocket_StatusMessage(sender, text);
+  myConnections = {
+      sSocket->StatusMessage.Connect([this](MapSocket& sender, const std::string& text) {
+        sSocket_StatusMessage(sender, text);
+      }),
+      sSocket->UserLoggedIn.Connect(
+          [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
+            sSocket_UserLoggedIn(sender, client);
+          }),
+      sSocket->UserLoggedOut.Connect(
+          [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
+            sSocket_UserLoggedOut(sender, client);
+          }),
+      myActions.NetworkAdded.Connect(
+          [this](const NetworkRef& network) { myNetworks.Add(network); }),
+      myActions.NetworkRemoved.Connect(
+          [this](const NetworkRef& network) { myNetworks.Remove(network); }),
+      myApp.Updates().UpdateFound.Connect([this](const Update& update) { ShowUpdate(update); }),
   };
-  sSocket->UserLoggedIn = [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
-    sSocket_UserLoggedIn(sender, client);
-  };
-  sSocket->UserLoggedOut = [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
-    sSocket_UserLoggedOut(sender, client);
-  };
-  myActions.NetworkAdded = [this](const NetworkRef& network) { myNetworks.Add(network); };
-  myActions.NetworkRemoved = [this](const NetworkRef& network) { myNetworks.Remove(network); };
-  myApp.Updates().UpdateFound = [this](const Update& update) { ShowUpdate(update); };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
   connect(btnAdmins, &QPushButton::clicked, this, &wndMain::btnAdmins_Action);
   connect(btnBans, &QPushButton::clicked, this, &wndMain::btnBans_Action);

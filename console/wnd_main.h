@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <QMainWindow>
 #include <QMenu>
@@ -14,6 +15,7 @@
 #include "console/status_log_model.h"
 #include "console/users_model.h"
 #include "console/window_group.h"
+#include "framework/signal.h"
 #include "framework/standard_output.h"
 #include "framework/status_clock.h"
 #include "server/map_socket.h"
@@ -116,6 +118,7 @@ class wndMain : public QMainWindow {
   Anchors* myContent = nullptr;
   // A window of its own, so that neither it nor a dialog keeps the other from being used.
   QPointer<UpdaterWindow> myUpdaterWindow;
+  std::vector<SignalConnection> myConnections;
 };
 
 }  // namespace corvane

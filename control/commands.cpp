@@ -63,13 +63,8 @@ Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& 
           {"backup", By(*this, &Commands::MakeBackup)},
           {"log", By(*this, &Commands::Log)},
           {"quit", By(*this, &Commands::Quit)},
-      } {
-  myLog.Written = [this](const std::string& line) { Tell(line); };
-}
-
-Commands::~Commands() {
-  myLog.Written = nullptr;
-}
+      },
+      myLines(log.Written.Connect([this](const std::string& line) { Tell(line); })) {}
 
 void Commands::Run(ControlConnection& client, const QByteArray& line) {
   const Operator::Acting acting(myOperator, kActor);

@@ -13,6 +13,7 @@
 #include "control/control_connection.h"
 #include "control/questions.h"
 #include "control/request.h"
+#include "framework/signal.h"
 
 namespace corvane {
 
@@ -27,7 +28,6 @@ class ServerLog;
 class Commands {
  public:
   Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log);
-  ~Commands();
   Commands(const Commands&) = delete;
   Commands& operator=(const Commands&) = delete;
 
@@ -65,6 +65,7 @@ class Commands {
   std::vector<QPointer<ControlConnection>> myFollowers;
   ControlConnection* myClient = nullptr;  // whose request is carried out
   std::unique_ptr<Backup> myBackup;       // while one is made
+  const SignalConnection myLines;
 };
 
 }  // namespace corvane

@@ -48,9 +48,7 @@ void Operator::Note(StatusParts what) {
 }
 
 void Operator::Start() {
-  myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) {
-    if (NetworkAdded) NetworkAdded(network);
-  });
+  myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) { NetworkAdded(network); });
 }
 
 const std::vector<NetworkRef>& Operator::Networks() const {
@@ -59,7 +57,7 @@ const std::vector<NetworkRef>& Operator::Networks() const {
 
 void Operator::Enter(const NetworkRef& network) {
   myListener.Networks.push_back(network);
-  if (NetworkAdded) NetworkAdded(network);
+  NetworkAdded(network);
 }
 
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
@@ -80,7 +78,7 @@ bool Operator::DeleteNetwork(const NetworkRef& network) {
   Note({"delete network ", Quoted(network->NetworkName)});
   myListener.RemoveNetwork(network);
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
-  if (NetworkRemoved) NetworkRemoved(network);
+  NetworkRemoved(network);
   return isStored;
 }
 
@@ -109,7 +107,7 @@ void Operator::Follow(const NetworkChanges& changes) {
   for (const NetworkRef& network : changes.removed) {
     Note({"reload: removed network ", Quoted(network->NetworkName)});
     myListener.RemoveNetwork(network);
-    if (NetworkRemoved) NetworkRemoved(network);
+    NetworkRemoved(network);
   }
   for (const auto& [network, stored] : changes.changed) {
     Note({"reload: changed network ", Quoted(network->NetworkName)});

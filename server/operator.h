@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "framework/signal.h"
 #include "framework/status_line.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
@@ -27,10 +27,9 @@ class Operator {
  public:
   Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
 
-  // Events: a network was added to the list, or taken off it. A handler that is not set is not
-  // called.
-  std::function<void(const NetworkRef&)> NetworkAdded;
-  std::function<void(const NetworkRef&)> NetworkRemoved;
+  // Events: a network was added to the list, or taken off it.
+  Signal<const NetworkRef&> NetworkAdded;
+  Signal<const NetworkRef&> NetworkRemoved;
 
   // While one exists, what is done is noted as done by this actor; otherwise by "window".
   class Acting {

@@ -119,9 +119,8 @@ class LoadTest : public AppTest {
     ASSERT_TRUE(app.Open());
     const auto listener = std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations(),
                                                       app.RulesInForce());
-    listener->StatusMessage = [this](MapSocket&, const std::string& text) {
-      status.push_back(text);
-    };
+    const auto connection = listener->StatusMessage.Connect(
+        [this](MapSocket&, const std::string& text) { status.push_back(text); });
     added = 0;
     app.LoadServerSocket(*listener, [&](const NetworkRef&) {
       ++added;
