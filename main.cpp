@@ -139,11 +139,10 @@ int main(int argc, char** argv) {
   Tell(FaultsOf(app.Settings()), log);
   TellStart(app, log);
 
-  // The listener inside the window goes before the application object.
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
-  LogEvents(*window.sSocket, log);
-  MyTrayItem trayItem(window, [&window] { window.Actions().Quit(); });
-  commands.emplace(app, *window.sSocket, window.Actions(), log);
+  LogEvents(app.Listener(), log);
+  MyTrayItem trayItem(window, [&app] { app.Actions().Quit(); });
+  commands.emplace(app, app.Listener(), app.Actions(), log);
   control.Serve(*commands);
   if (HasDisplay()) {
     trayItem.show();
@@ -153,9 +152,9 @@ int main(int argc, char** argv) {
   // From the loop, where quitting and errors are provided for.
   QMetaObject::invokeMethod(
       &window,
-      [&window] {
+      [&] {
         window.Open();
-        if (window.sSocket->IsListening()) TellServiceManager(ServiceState::Ready);
+        if (app.Listener().IsListening()) TellServiceManager(ServiceState::Ready);
       },
       Qt::QueuedConnection);
   QObject::connect(&application, &Application::aboutToQuit,

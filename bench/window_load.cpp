@@ -47,7 +47,7 @@ void TakeTurn(wndMain& window, int& coming, int& going) {
     }
   }
   for (int i = 0; i < kLinesPerTurn; ++i)
-    window.sSocket->CallStatusMessage({"192.0.2.1: User Logged In (somebody)"});
+    window.sSocket.CallStatusMessage({"192.0.2.1: User Logged In (somebody)"});
 }
 
 }  // namespace

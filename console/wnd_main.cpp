@@ -1,7 +1,6 @@
 #include "console/wnd_main.h"
 
 #include <algorithm>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -21,7 +20,6 @@
 #include "console/wnd_view_admins.h"
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
-#include "framework/standard_error.h"
 #include "framework/text.h"
 #include "server/app.h"
 #include "server/client_socket.h"
@@ -66,16 +64,6 @@ QAction* AddItem(QMenu& menu, QLatin1String caption) {
   return item;
 }
 
-std::string WhyNotListening(const MapSocket& listener) {
-  constexpr int kHighestPort = 65535;
-  const int port = listener.Port();
-  const std::string reason =
-      port < 0 || port > kHighestPort
-          ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
-          : std::system_category().message(listener.LastErrorCode());
-  return "Cannot listen on port " + std::to_string(port) + ": " + reason;
-}
-
 QAction* Named(QAction* action, const char* name) {
   action->setObjectName(QLatin1String(name));
   return action;
@@ -84,11 +72,7 @@ QAction* Named(QAction* action, const char* name) {
 }  // namespace
 
 wndMain::wndMain(App& app, std::function<bool()> hasTray)
-    : sSocket(std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations(),
-                                          app.RulesInForce())),
-      myActions(app, *sSocket),
-      myApp(app),
-      myHasTray(std::move(hasTray)) {
+    : sSocket(app.Listener()), myApp(app), myActions(app.Actions()), myHasTray(std::move(hasTray)) {
   setWindowTitle(QStringLiteral("Corvane Server"));
   setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                  Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
@@ -98,10 +82,6 @@ wndMain::wndMain(App& app, std::function<bool()> hasTray)
   setMinimumSize(kMinimumSize);
   resize(sizeHint());
   ConnectEvents();
-
-  sSocket->SetPort(0);
-  sSocket->SetMinimumSocketsAvailable(2);
-  sSocket->SetMaximumSocketsConnected(10);
 }
 
 wndMain::~wndMain() {
@@ -117,8 +97,7 @@ void wndMain::Open() {
   myStatus.Clear();
   myNetworks.Clear();
   myUsers.Clear();
-  myActions.Start();
-  if (!sSocket->IsListening()) WriteErrorLine(WhyNotListening(*sSocket));
+  myApp.LoadServerSocket();
 }
 
 void wndMain::ShowToNobody() {
@@ -215,14 +194,14 @@ void wndMain::changeEvent(QEvent* event) {
 
 void wndMain::ConnectEvents() {
   myConnections = {
-      sSocket->StatusMessage.Connect([this](MapSocket& sender, const std::string& text) {
+      sSocket.StatusMessage.Connect([this](MapSocket& sender, const std::string& text) {
         sSocket_StatusMessage(sender, text);
       }),
-      sSocket->UserLoggedIn.Connect(
+      sSocket.UserLoggedIn.Connect(
           [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
             sSocket_UserLoggedIn(sender, client);
           }),
-      sSocket->UserLoggedOut.Connect(
+      sSocket.UserLoggedOut.Connect(
           [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
             sSocket_UserLoggedOut(sender, client);
           }),

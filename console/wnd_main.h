@@ -28,9 +28,8 @@ class App;
 class UpdaterWindow;
 struct Update;
 
-// The operator's window: the status log, the networks, the logged-in users. Owns the listener and
-// receives its events; borrows the application object, which outlives it. Closing it does not stop
-// the server.
+// The operator's window: the status log, the networks, the logged-in users. Receives the listener's
+// events; borrows the application object, which outlives it. Closing it does not stop the server.
 class wndMain : public QMainWindow {
  public:
   // `hasTray` says whether the desktop has a notification area to bring a hidden window back from.
@@ -39,7 +38,7 @@ class wndMain : public QMainWindow {
 
   // The open handler: shows the window, or with the setting "StartHidden" leaves it to the tray,
   // where there is none minimised; empties its lists and starts the listener, which fills the list
-  // of networks. What kept it from listening is told on standard error.
+  // of networks.
   void Open();
 
   // For a machine without a display: the lists are there, but nothing is painted, and no status
@@ -50,8 +49,8 @@ class wndMain : public QMainWindow {
   void HideWindow() { myGroup.Hide(); }
   void ShowWindow() { myGroup.Show(); }
 
-  // The listener, never none.
-  const std::shared_ptr<MapSocket> sSocket;
+  // The listener.
+  MapSocket& sSocket;
 
   // The controls, in tab order. The window owns them.
   ListBox* lstStatus;
@@ -60,9 +59,6 @@ class wndMain : public QMainWindow {
   QPushButton* btnClear;
   QPushButton* btnAdmins;
   QPushButton* btnBans;
-
-  // What the windows do what an operator wants with.
-  Operator& Actions() { return myActions; }
 
   StatusLogModel& Status() { return myStatus; }
   NetworksModel& Networks() { return myNetworks; }
@@ -106,8 +102,8 @@ class wndMain : public QMainWindow {
   void sSocket_UserLoggedIn(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
   void sSocket_UserLoggedOut(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
 
-  Operator myActions;
   App& myApp;
+  Operator& myActions;
   std::function<bool()> myHasTray;
   StatusClock myClock;
   StandardOutput myOutput;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include <QCoreApplication>
@@ -10,6 +11,7 @@
 
 #include "framework/exceptions.h"
 #include "framework/numbers.h"
+#include "framework/standard_error.h"
 #include "framework/text.h"
 #include "storage/schema_check.h"
 #include "updater/version.h"
@@ -27,6 +29,16 @@ std::string UserAgent() {
 std::int32_t Clamped(std::int64_t number) {
   using Limits = std::numeric_limits<std::int32_t>;
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
+}
+
+std::string WhyNotListening(const MapSocket& listener) {
+  constexpr int kHighestPort = 65535;
+  const int port = listener.Port();
+  const std::string reason =
+      port < 0 || port > kHighestPort
+          ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
+          : std::system_category().message(listener.LastErrorCode());
+  return "Cannot listen on port " + std::to_string(port) + ": " + reason;
 }
 
 }  // namespace
@@ -47,7 +59,10 @@ bool App::Open() {
   myNetworkRecords.emplace(myDatabase, myRules->statementValues);
   OpenLocations();
   myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
-  return OpenDatabase();
+  if (!OpenDatabase()) return false;
+  myListener = std::make_shared<MapSocket>(myLoop, myDatabase, myLocations, *myRules);
+  myActions.emplace(*this, *myListener);
+  return true;
 }
 
 void App::OpenLocations() {
@@ -86,8 +101,8 @@ bool App::OpenDatabase() {
   return true;
 }
 
-void App::LoadServerSocket(MapSocket& listener,
-                           const std::function<void(const NetworkRef&)>& networkAdded) {
+void App::LoadServerSocket() {
+  MapSocket& listener = *myListener;
   const std::vector<NetworkInterface> interfaces = NetworkInterfaces();
   const std::string firstMac = interfaces.empty() ? std::string() : interfaces.front().MACAddress;
   listener.NetworkInterface = NICByMac(interfaces, mySettings.GetValue("AttachedNIC", firstMac));
@@ -99,10 +114,11 @@ void App::LoadServerSocket(MapSocket& listener,
   // Who connects during this loop finds the networks that are in the list so far.
   for (const NetworkRef& network : ReadNetworks().value_or(std::vector<NetworkRef>())) {
     listener.Networks.push_back(network);
-    networkAdded(network);
+    myActions->NetworkAdded(network);
     myLoop.GiveWay();
   }
   listener.CallStatusMessage({"Listening..."});
+  if (!listener.IsListening()) WriteErrorLine(WhyNotListening(listener));
 }
 
 std::optional<std::vector<NetworkRef>> App::ReadNetworks() {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <exception>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,6 +14,7 @@
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
+#include "server/operator.h"
 #include "server/rules.h"
 #include "storage/app_settings.h"
 #include "storage/database_connection.h"
@@ -22,8 +23,8 @@
 
 namespace corvane {
 
-// The application object: owns the pieces of which the process has one, and starts and ends it.
-// Made by main, outlives the window and its listener, and is passed down by reference.
+// The application object: owns the pieces of which the process has one, the listener among them,
+// and starts and ends it. Made by main, outlives what an operator works with.
 class App {
  public:
   // `dataFolder` holds the database and the settings file; none when the system knows no such
@@ -31,15 +32,15 @@ class App {
   App(std::optional<QString> dataFolder, MessageBoxFunction showMessage);
   ~App();
 
-  // Loads the settings, which say what rules are in force, makes the update checker and opens the
-  // database. What goes wrong is shown in a message box; then the result is false and the program
-  // has to end. What the database lacks is told as its faults are.
+  // Loads the settings, which say what rules are in force, makes the update checker, opens the
+  // database and makes the listener. What goes wrong is shown in a message box; then the result is
+  // false and the program has to end. What the database lacks is told as its faults are.
   bool Open();
 
-  // Configures the listener from the settings, starts it and fills its Networks from the database,
-  // calling `networkAdded` for each. Ends with the status line "Listening...".
-  void LoadServerSocket(MapSocket& listener,
-                        const std::function<void(const NetworkRef&)>& networkAdded);
+  // Configures the listener from the settings, starts it and fills its Networks from the database.
+  // Ends with the status line "Listening..."; what keeps it from listening is told on standard
+  // error.
+  void LoadServerSocket();
 
   // The networks as the database has them, in its order; none when the query fails.
   std::optional<std::vector<NetworkRef>> ReadNetworks();
@@ -63,6 +64,9 @@ class App {
   VersionChecker& Updates() { return *myUpdates; }
   HttpClient& Http() { return myHttp; }
   MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
+  // These are there once it is open.
+  MapSocket& Listener() { return *myListener; }
+  Operator& Actions() { return *myActions; }
 
  private:
   bool OpenDatabase();
@@ -79,6 +83,8 @@ class App {
   HttpClient myHttp;
   std::optional<VersionChecker> myUpdates;
   PollLoop myLoop;  // may hold sockets that borrow the others
+  std::shared_ptr<MapSocket> myListener;
+  std::optional<Operator> myActions;
   bool myIsQuitting = false;
   bool myLastResortReached = false;
 };

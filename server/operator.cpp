@@ -47,10 +47,6 @@ void Operator::Note(StatusParts what) {
   myListener.Note(myActor + ": " + LogLine(what));
 }
 
-void Operator::Start() {
-  myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) { NetworkAdded(network); });
-}
-
 const std::vector<NetworkRef>& Operator::Networks() const {
   return myListener.Networks;
 }

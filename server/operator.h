@@ -45,9 +45,6 @@ class Operator {
     std::string myBefore;
   };
 
-  // Configures and starts the listener and loads its networks.
-  void Start();
-
   // In the order in which they were added.
   const std::vector<NetworkRef>& Networks() const;
   // These return whether the change was stored. A name may be empty or in use already.

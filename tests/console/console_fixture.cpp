@@ -114,7 +114,7 @@ std::string ConsoleTest::Query(const std::string& statements) {
 
 std::unique_ptr<TestClient> ConsoleTest::LoggedIn(const std::string& user,
                                                   const std::string& network, const char* from) {
-  auto client = std::make_unique<TestClient>(myWindow->sSocket->Port(), from);
+  auto client = std::make_unique<TestClient>(myApp.Listener().Port(), from);
   EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
   myWindow->Users().Update();
   return client;

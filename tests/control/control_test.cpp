@@ -35,7 +35,7 @@ class ControlTest : public ConsoleTest {
  public:
   ~ControlTest() override {
     // The log goes before the server.
-    myWindow->sSocket->Logged = nullptr;
+    myApp.Listener().Logged = nullptr;
     myApp.serverdb().Complained = nullptr;
   }
 
@@ -43,8 +43,8 @@ class ControlTest : public ConsoleTest {
   explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
-    myWindow->sSocket->Logged = [this](const std::string& line) { log.Write(line); };
-    myWindow->sSocket->Audited = [this](const std::string& line) { log.WriteAudit(line); };
+    myApp.Listener().Logged = [this](const std::string& line) { log.Write(line); };
+    myApp.Listener().Audited = [this](const std::string& line) { log.WriteAudit(line); };
     myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
   }
 
@@ -71,7 +71,7 @@ class ControlTest : public ConsoleTest {
   std::string followed;
   ControlServer control;
   ServerLog log{myFolder.path()};
-  Commands commands{myApp, *myWindow->sSocket, myWindow->Actions(), log};
+  Commands commands{myApp, myApp.Listener(), myApp.Actions(), log};
   std::unique_ptr<TestClient> ann = LoggedIn("Ann");
   std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
 };
@@ -285,15 +285,15 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
   EXPECT_EQ(carl->Receive(), (WireMessage{999, "BYE"}));
   EXPECT_TRUE(ann->HearsNothing()) << "its network only changed";
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "North", "SO\\nUTH"));
-  EXPECT_FALSE(TestClient(myWindow->sSocket->Port()).LogIn("So\nuth", "new", "Eve"));
+  EXPECT_FALSE(TestClient(myApp.Listener().Port()).LogIn("So\nuth", "new", "Eve"));
   Query("UPDATE networks SET users=3 WHERE name='North' AND enabled");
   commands.ReloadForSignal();
-  EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "new", "Eve"));
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "new", "Eve"));
   EXPECT_THAT(Run({"log", "--lines", "20"}).text,
               HasSubstr("SIGHUP: reload: changed network North"));
   Query("UPDATE networks SET pass='newest' WHERE name='North' AND enabled");
   commands.ReloadForSignal();
-  EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "newest", "Eve"));
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "newest", "Eve"));
 
   Query("ALTER TABLE networks RENAME TO n");
   const Outcome failed = Run({"reload"});
@@ -307,7 +307,7 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
 }
 
 TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
-  TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
+  TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
   ASSERT_TRUE(stranger.Receive());
   Query("DELETE FROM networks WHERE name='North'");
   for (const QStringList& command :
@@ -335,7 +335,7 @@ class HardenedControlTest : public ControlTest {
 };
 
 TEST_F(HardenedControlTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
-  TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
+  TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
   ASSERT_TRUE(stranger.Receive());
   EXPECT_EQ(Run({"message", "x"}).exitCode, 0);
   EXPECT_EQ(ann->Receive(), (WireMessage{998, "x"}));
@@ -414,7 +414,7 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
-  EXPECT_TRUE(myWindow->Actions().MakeAdmin(*myWindow->Users().ClientAt(0)));
+  EXPECT_TRUE(myApp.Actions().MakeAdmin(*myWindow->Users().ClientAt(0)));
   ann->Send(10, "Bob|go\nnow");
   EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
   Run({"set", "AttachedPort", "1"});
@@ -484,7 +484,7 @@ TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
   int banned = 0;
   QTimer bans;
   QObject::connect(&bans, &QTimer::timeout, [&] {
-    myWindow->Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
+    myApp.Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
   });
   bans.start(std::chrono::milliseconds(5));
   Outcome made = Run({"backup", file});
