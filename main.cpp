@@ -8,6 +8,9 @@
 #include <QFileInfo>
 #include <QSystemTrayIcon>
 
+#include "app/app.h"
+#include "app/server_log.h"
+#include "app/write_faults.h"
 #include "console/application.h"
 #include "console/has_display.h"
 #include "console/message_boxes.h"
@@ -15,8 +18,6 @@
 #include "console/wnd_main.h"
 #include "control/commands.h"
 #include "control/control_server.h"
-#include "control/server_log.h"
-#include "control/write_faults.h"
 #include "framework/broken_pipes.h"
 #include "framework/caller.h"
 #include "framework/choose_platform.h"
@@ -31,7 +32,6 @@
 #include "framework/status_line.h"
 #include "framework/text.h"
 #include "net/descriptor_limit.h"
-#include "server/app.h"
 #include "server/map_socket.h"
 #include "server/setting.h"
 #include "updater/version.h"

@@ -13,10 +13,10 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "app/app.h"
 #include "bench/event_times.h"
 #include "console/application.h"
 #include "console/wnd_main.h"
-#include "server/app.h"
 #include "tests/support/other_program.h"
 
 namespace {

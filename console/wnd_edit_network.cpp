@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "app/operator.h"
 #include "framework/text.h"
-#include "server/operator.h"
 
 namespace corvane {
 

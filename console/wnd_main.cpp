@@ -8,6 +8,7 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 
+#include "app/app.h"
 #include "console/anchors.h"
 #include "console/edit_menu.h"
 #include "console/wnd_add_network.h"
@@ -21,7 +22,6 @@
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/setting.h"
 #include "updater/installer.h"

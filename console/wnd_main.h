@@ -10,6 +10,7 @@
 #include <QPointer>
 #include <QPushButton>
 
+#include "app/operator.h"
 #include "console/list_box.h"
 #include "console/networks_model.h"
 #include "console/status_log_model.h"
@@ -19,7 +20,6 @@
 #include "framework/standard_output.h"
 #include "framework/status_clock.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 
 namespace corvane {
 

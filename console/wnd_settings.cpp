@@ -7,10 +7,10 @@
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
+#include "app/app.h"
+#include "app/operator.h"
 #include "framework/numbers.h"
 #include "framework/text.h"
-#include "server/app.h"
-#include "server/operator.h"
 
 namespace corvane {
 namespace {

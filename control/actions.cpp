@@ -8,16 +8,16 @@
 
 #include <QJsonArray>
 
+#include "app/app.h"
+#include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
 #include "framework/address_ranges.h"
 #include "framework/service_manager.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 #include "server/setting.h"
 
 namespace corvane {

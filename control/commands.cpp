@@ -6,14 +6,14 @@
 #include <QFileInfo>
 #include <QJsonArray>
 
+#include "app/app.h"
+#include "app/operator.h"
+#include "app/server_log.h"
 #include "control/answers.h"
-#include "control/server_log.h"
 #include "framework/standard_error.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 
 namespace corvane {
 namespace {

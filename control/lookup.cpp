@@ -1,9 +1,9 @@
 #include "control/lookup.h"
 
+#include "app/operator.h"
 #include "control/answers.h"
 #include "control/request.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 
 namespace corvane {
 

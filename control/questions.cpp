@@ -5,15 +5,15 @@
 
 #include <QJsonArray>
 
+#include "app/app.h"
+#include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
 #include "framework/dates.h"
 #include "framework/process_memory.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 #include "updater/version.h"
 
 namespace corvane {

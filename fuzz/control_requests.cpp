@@ -13,10 +13,10 @@
 #include <QLocalSocket>
 #include <QTemporaryDir>
 
+#include "app/app.h"
+#include "app/server_log.h"
 #include "control/commands.h"
 #include "control/control_connection.h"
-#include "control/server_log.h"
-#include "server/app.h"
 #include "tests/support/other_program.h"
 
 namespace {

@@ -13,8 +13,8 @@
 #include <QTest>
 #include <gmock/gmock.h>
 
+#include "app/app.h"
 #include "console/wnd_main.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "tests/support/other_program.h"
 #include "tests/support/test_client.h"

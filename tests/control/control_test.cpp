@@ -11,11 +11,11 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
+#include "app/server_log.h"
 #include "console/application.h"
 #include "control/commands.h"
 #include "control/control_name.h"
 #include "control/control_server.h"
-#include "control/server_log.h"
 #include "framework/text.h"
 #include "tests/console/console_fixture.h"
 

@@ -8,13 +8,13 @@
 
 #include <QString>
 
+#include "app/operator.h"
 #include "framework/http_client.h"
 #include "framework/message_box.h"
 #include "framework/network_interfaces.h"
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 #include "server/rules.h"
 #include "storage/app_settings.h"
 #include "storage/database_connection.h"

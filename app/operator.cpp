@@ -1,11 +1,11 @@
-#include "server/operator.h"
+#include "app/operator.h"
 
 #include <algorithm>
 
+#include "app/app.h"
 #include "framework/address_ranges.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
 #include "server/wire.h"

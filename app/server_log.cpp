@@ -1,4 +1,4 @@
-#include "control/server_log.h"
+#include "app/server_log.h"
 
 #include <QDir>
 

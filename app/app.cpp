@@ -1,4 +1,4 @@
-#include "server/app.h"
+#include "app/app.h"
 
 #include <algorithm>
 #include <limits>
