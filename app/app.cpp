@@ -9,10 +9,14 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include "app/write_faults.h"
 #include "framework/exceptions.h"
 #include "framework/numbers.h"
+#include "framework/service_manager.h"
 #include "framework/standard_error.h"
+#include "framework/status_line.h"
 #include "framework/text.h"
+#include "server/setting.h"
 #include "storage/schema_check.h"
 #include "updater/version.h"
 
@@ -45,24 +49,47 @@ std::string WhyNotListening(const MapSocket& listener) {
 
 App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
     : myDataFolder(std::move(dataFolder)),
-      myShowMessage(std::move(showMessage)),
+      myLog(myDataFolder),
+      myShowMessage([this, show = std::move(showMessage)](const MessageBox& box) {
+        if (box.kind == MessageBox::Kind::Message) myLog.Write(StatusLine({box.text}));
+        return show(box);
+      }),
       mySettings(myDataFolder),
       myLocations(UserAgent(), QDir::tempPath()),
       myHttp(UserAgent()),
-      myLoop([this] { LastResort(); }) {}
+      myLoop([this] { LastResort(); }) {
+  const auto writeLine = [this](const std::string& text) { myLog.Write(StatusLine({text})); };
+  mySettings.Complained = writeLine;
+  myDatabase.Complained = writeLine;
+  myLocations.Told = writeLine;
+}
 
 App::~App() = default;
 
 bool App::Open() {
+  if (myDataFolder) TellFaults(WriteFaults(*myDataFolder));
   mySettings.Load();
   myRules = Rules::FromSettings(mySettings);
   myNetworkRecords.emplace(myDatabase, myRules->statementValues);
   OpenLocations();
   myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
   if (!OpenDatabase()) return false;
+  OpenListener();
+  TellFaults(FaultsOf(mySettings));
+  const std::string rules = "Rules in force: " + std::string(myRules->name);
+  WriteErrorLine(rules);
+  myLog.WriteAudit("Started, version " + RunningVersion().FullVersion());
+  myLog.WriteAudit(rules);
+  return true;
+}
+
+void App::OpenListener() {
   myListener = std::make_shared<MapSocket>(myLoop, myDatabase, myLocations, *myRules);
   myActions.emplace(*this, *myListener);
-  return true;
+  myListener->Logged = [this](const std::string& line) { myLog.Write(line); };
+  myListener->Audited = [this](const std::string& line) { myLog.WriteAudit(line); };
+  myStatusLines = myListener->StatusMessage.Connect(
+      [this](MapSocket&, const std::string& text) { myOutput.WriteLine(myClock.Prefix() + text); });
 }
 
 void App::OpenLocations() {
@@ -77,6 +104,13 @@ void App::Tell(const std::string& text) {
   MessageBox box;
   box.text = text;
   myShowMessage(box);
+}
+
+void App::TellFaults(const std::vector<std::string>& faults) {
+  for (const std::string& fault : faults) {
+    WriteErrorLine(fault);
+    myLog.Write(StatusLine({fault}));
+  }
 }
 
 bool App::OpenDatabase() {
@@ -131,6 +165,25 @@ std::optional<std::vector<NetworkRef>> App::ReadNetworks() {
                                                         row->Boolean("enabled")));
   }
   return networks;
+}
+
+int App::Run(int (*exec)(), std::function<void()> open) {
+  QMetaObject::invokeMethod(
+      qApp,
+      [this, open = std::move(open)] {
+        open();
+        if (myListener->IsListening()) TellServiceManager(ServiceState::Ready);
+      },
+      Qt::QueuedConnection);
+  QObject::connect(qApp, &QCoreApplication::aboutToQuit,
+                   [] { TellServiceManager(ServiceState::Stopping); });
+  const int code = exec();
+  myLog.WriteAudit("Ended with code " + std::to_string(code));
+  return code;
+}
+
+void App::QuitFor(const std::string& actor) {
+  myActions ? myActions->QuitFor(actor) : Quit();
 }
 
 void App::Quit(int code) {

@@ -219,4 +219,9 @@ void Operator::Quit() {
   myApp.Quit();
 }
 
+void Operator::QuitFor(const std::string& actor) {
+  const Acting acting(*this, actor);
+  Quit();
+}
+
 }  // namespace corvane

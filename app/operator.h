@@ -108,6 +108,8 @@ class Operator {
   bool ChangeSetting(const std::string& name, const std::string& value);
   // Ends the program.
   void Quit();
+  // The same on behalf of this actor.
+  void QuitFor(const std::string& actor);
 
  private:
   // Notes what is being done, and by whom.

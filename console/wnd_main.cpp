@@ -112,7 +112,7 @@ void wndMain::closeEvent(QCloseEvent* event) {
   }
   if (qApp->isSavingSession()) {
     event->accept();
-    QuitFor("end of the session");
+    myActions.QuitFor("end of the session");
     return;
   }
   event->ignore();
@@ -249,18 +249,13 @@ void wndMain::FileCheckForUpdates() {
 }
 
 void wndMain::ShowUpdate(const Update& update) {
-  myUpdaterWindow =
-      new UpdaterWindow(update, myApp.Http(), LaunchInstaller, [this] { QuitFor("updater"); });
+  myUpdaterWindow = new UpdaterWindow(update, myApp.Http(), LaunchInstaller,
+                                      [this] { myActions.QuitFor("updater"); });
   // Whoever is at work in a dialog goes on there, and sees it.
   QWidget* const dialog = QApplication::activeModalWidget();
   myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating, dialog != nullptr);
   myUpdaterWindow->show();
   if (dialog != nullptr) dialog->raise();
-}
-
-void wndMain::QuitFor(const char* actor) {
-  const Operator::Acting acting(myActions, actor);
-  myActions.Quit();
 }
 
 void wndMain::btnClear_Action() {
@@ -357,9 +352,7 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
 }
 
 void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {
-  const std::string& prefix = myClock.Prefix();
-  myStatus.Append(prefix, text);
-  myOutput.WriteLine(prefix + text);
+  myStatus.Append(myClock.Prefix(), text);
 }
 
 void wndMain::sSocket_UserLoggedIn(MapSocket&, const std::shared_ptr<ClientSocket>& client) {

@@ -17,7 +17,6 @@
 #include "console/users_model.h"
 #include "console/window_group.h"
 #include "framework/signal.h"
-#include "framework/standard_output.h"
 #include "framework/status_clock.h"
 #include "server/map_socket.h"
 
@@ -80,8 +79,6 @@ class wndMain : public QMainWindow {
   void FileSendMessage();
   void FileCheckForUpdates();
   void ShowUpdate(const Update& update);
-  // Notes who ends the program.
-  void QuitFor(const char* actor);
   void btnClear_Action();
   void btnAdmins_Action();
   void btnBans_Action();
@@ -106,7 +103,6 @@ class wndMain : public QMainWindow {
   Operator& myActions;
   std::function<bool()> myHasTray;
   StatusClock myClock;
-  StandardOutput myOutput;
   StatusLogModel myStatus;
   NetworksModel myNetworks;
   UsersModel myUsers;

@@ -95,11 +95,6 @@ void Commands::ReloadForSignal() {
   }
 }
 
-void Commands::QuitFor(const std::string& actor) {
-  const Operator::Acting acting(myOperator, actor);
-  myOperator.Quit();
-}
-
 void Commands::Tell(const std::string& text) {
   std::erase(myFollowers, nullptr);
   if (myFollowers.empty()) return;
@@ -156,7 +151,7 @@ QByteArray Commands::Reload(const Request& request) {
 
 QByteArray Commands::Quit(const Request&) {
   // The answer goes first.
-  QTimer::singleShot(0, qApp, [this] { QuitFor(kActor); });
+  QTimer::singleShot(0, qApp, [this] { myOperator.QuitFor(kActor); });
   return DoneLine("The server ends.");
 }
 

@@ -37,8 +37,6 @@ class Commands {
   // What "reload" does, for whoever cannot be answered: what is refused is told on standard error
   // and in the log.
   void ReloadForSignal();
-  // Ends the program on behalf of the actor.
-  void QuitFor(const std::string& actor);
 
  private:
   struct Entry {

@@ -14,7 +14,6 @@
 #include <QTemporaryDir>
 
 #include "app/app.h"
-#include "app/server_log.h"
 #include "control/commands.h"
 #include "control/control_connection.h"
 #include "tests/support/other_program.h"
@@ -42,7 +41,7 @@ class Server {
   Server() {
     Expect(myApp.Open(), "the server starts");
     Expect(myApp.Actions().AddNetwork("North", "secret", 5, true), "a network");
-    myCommands = std::make_unique<Commands>(myApp, myApp.Listener(), myApp.Actions(), myLog);
+    myCommands = std::make_unique<Commands>(myApp, myApp.Listener(), myApp.Actions(), myApp.Log());
     Expect(mySocket.listen(myFolder.filePath(QStringLiteral("control"))), "a socket");
     myClient.connectToServer(mySocket.fullServerName());
     Expect(mySocket.waitForNewConnection(1000), "a connection");
@@ -62,7 +61,6 @@ class Server {
  private:
   QTemporaryDir myFolder;
   App myApp{NewFolder(myFolder).path(), [](const MessageBox&) { return MessageBox::Answer(); }};
-  ServerLog myLog{myFolder.path()};
   std::unique_ptr<Commands> myCommands;
   QLocalServer mySocket;
   QLocalSocket myClient;

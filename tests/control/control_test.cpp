@@ -11,7 +11,6 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
-#include "app/server_log.h"
 #include "console/application.h"
 #include "control/commands.h"
 #include "control/control_name.h"
@@ -32,20 +31,10 @@ struct Outcome {
 
 // Ann and Bob are on the network North of a server that listens on its folder's local socket.
 class ControlTest : public ConsoleTest {
- public:
-  ~ControlTest() override {
-    // The log goes before the server.
-    myApp.Listener().Logged = nullptr;
-    myApp.serverdb().Complained = nullptr;
-  }
-
  protected:
   explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
-    myApp.Listener().Logged = [this](const std::string& line) { log.Write(line); };
-    myApp.Listener().Audited = [this](const std::string& line) { log.WriteAudit(line); };
-    myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
   }
 
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
@@ -70,7 +59,7 @@ class ControlTest : public ConsoleTest {
 
   std::string followed;
   ControlServer control;
-  ServerLog log{myFolder.path()};
+  ServerLog& log = myApp.Log();
   Commands commands{myApp, myApp.Listener(), myApp.Actions(), log};
   std::unique_ptr<TestClient> ann = LoggedIn("Ann");
   std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
