@@ -95,7 +95,7 @@ int main(int argc, char** argv) {
 
   wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
   MyTrayItem trayItem(window, [&app] { app.Actions().Quit(); });
-  commands.emplace(app, app.Listener(), app.Actions(), app.Log());
+  commands.emplace(app.Actions());
   control.Serve(*commands);
   if (HasDisplay()) {
     trayItem.show();

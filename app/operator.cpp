@@ -47,6 +47,26 @@ void Operator::Note(StatusParts what) {
   myListener.Note(myActor + ": " + LogLine(what));
 }
 
+const DatabaseConnection& Operator::Database() const {
+  return myApp.serverdb();
+}
+
+AppSettings& Operator::Settings() const {
+  return myApp.Settings();
+}
+
+PollLoop& Operator::Loop() const {
+  return myApp.Loop();
+}
+
+ServerLog& Operator::Log() const {
+  return myApp.Log();
+}
+
+MessageBox::Answer Operator::ShowMessage(const MessageBox& box) const {
+  return myApp.ShowMessage(box);
+}
+
 const std::vector<NetworkRef>& Operator::Networks() const {
   return myListener.Networks;
 }

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "framework/message_box.h"
 #include "framework/signal.h"
 #include "framework/status_line.h"
 #include "server/server_networks.h"
@@ -17,12 +18,17 @@
 namespace corvane {
 
 class App;
+class AppSettings;
 class ClientSocket;
+class DatabaseConnection;
 class MapSocket;
+class PollLoop;
+class ServerLog;
 
-// Everything that an operator can do, one method an action; whatever an operator works with calls
-// it. Borrows the application object and the listener. Where the database refuses a write, standard
-// error says so, and the action counts until the server ends.
+// Everything that an operator can do, one method an action, and what he is shown: all that windows
+// and the local socket know of the server. Borrows the application object and the listener. Where
+// the database refuses a write, standard error says so, and the action counts until the server
+// ends.
 class Operator {
  public:
   Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
@@ -44,6 +50,17 @@ class Operator {
     Operator& myActions;
     std::string myBefore;
   };
+
+  // Notes what is being done, and by whom.
+  void Note(StatusParts what);
+
+  // For those who show what there is; changes go by the methods below.
+  const MapSocket& Listener() const { return myListener; }
+  const DatabaseConnection& Database() const;
+  AppSettings& Settings() const;
+  PollLoop& Loop() const;
+  ServerLog& Log() const;
+  MessageBox::Answer ShowMessage(const MessageBox& box) const;
 
   // In the order in which they were added.
   const std::vector<NetworkRef>& Networks() const;
@@ -112,8 +129,6 @@ class Operator {
   void QuitFor(const std::string& actor);
 
  private:
-  // Notes what is being done, and by whom.
-  void Note(StatusParts what);
   void Enter(const NetworkRef& network);
 
   App& myApp;

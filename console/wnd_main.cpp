@@ -228,7 +228,7 @@ void wndMain::ConnectEvents() {
 }
 
 void wndMain::FileSettings() {
-  auto* dialog = new wndSettings(myApp, myActions, NetworkInterfaces(), *this);
+  auto* dialog = new wndSettings(myActions, NetworkInterfaces(), *this);
   dialog->open();
 }
 
@@ -290,8 +290,7 @@ void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const Net
     auto* dialog = new wndAddNetwork(myActions, *this);
     dialog->open();
   } else if (caption == kEditNetwork) {
-    const auto showMessage = [this](const MessageBox& box) { return myApp.ShowMessage(box); };
-    auto* dialog = new wndEditNetwork(myActions, network, showMessage, *this);
+    auto* dialog = new wndEditNetwork(myActions, network, *this);
     dialog->open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);

@@ -6,14 +6,13 @@
 #include <QFileInfo>
 #include <QJsonArray>
 
-#include "app/app.h"
 #include "app/operator.h"
 #include "app/server_log.h"
 #include "control/answers.h"
 #include "framework/standard_error.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/map_socket.h"
+#include "storage/app_settings.h"
 
 namespace corvane {
 namespace {
@@ -32,13 +31,11 @@ auto By(Room& room, QByteArray (Room::*method)(const Request&)) {
 
 }  // namespace
 
-Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log)
-    : myApp(app),
-      myListener(listener),
-      myOperator(actions),
-      myLog(log),
-      myQuestions(app, listener, actions),
-      myActions(app, listener, actions),
+Commands::Commands(Operator& actions)
+    : myOperator(actions),
+      myLog(actions.Log()),
+      myQuestions(actions),
+      myActions(actions),
       myEntries{
           {"status", By(myQuestions, &Questions::Status)},
           {"users", By(myQuestions, &Questions::Users)},
@@ -64,7 +61,7 @@ Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& 
           {"log", By(*this, &Commands::Log)},
           {"quit", By(*this, &Commands::Quit)},
       },
-      myLines(log.Written.Connect([this](const std::string& line) { Tell(line); })) {}
+      myLines(myLog.Written.Connect([this](const std::string& line) { Tell(line); })) {}
 
 void Commands::Run(ControlConnection& client, const QByteArray& line) {
   const Operator::Acting acting(myOperator, kActor);
@@ -118,19 +115,19 @@ QByteArray Commands::MakeBackup(const Request& request) {
   const QString file = DisplayText(request.Text("file"));
   if (myBackup) throw Refused("another backup is being made");
   if (!QFileInfo(file).isAbsolute()) throw Misused("\"file\" takes a whole path");
-  const Backup::Places places{myApp.Settings().File().value_or(QString()),
-                              DisplayText(myApp.Settings().GetValue("LocationDatabase", "")), file,
-                              request.Flag("overwrite")};
-  const std::string whyNot = Backup::WhyNot(myApp.serverdb(), places);
+  const Backup::Places places{myOperator.Settings().File().value_or(QString()),
+                              DisplayText(myOperator.Settings().GetValue("LocationDatabase", "")),
+                              file, request.Flag("overwrite")};
+  const std::string whyNot = Backup::WhyNot(myOperator.Database(), places);
   if (!whyNot.empty()) throw Refused(whyNot);
-  myListener.Note(LogLine({kActor, ": backup into ", TextFromDisplay(file)}));
+  myOperator.Note({"backup into ", TextFromDisplay(file)});
   const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
     if (client)
       client->Answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.')
                                    : RefusalLine(error));
     myBackup.release()->deleteLater();
   };
-  myBackup = std::make_unique<Backup>(myApp.serverdb(), places, done);
+  myBackup = std::make_unique<Backup>(myOperator.Database(), places, done);
   return {};
 }
 

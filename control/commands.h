@@ -17,17 +17,14 @@
 
 namespace corvane {
 
-class App;
-class MapSocket;
 class Operator;
 class ServerLog;
 
 // What the clients of the local socket can ask for, each by its "command"; what concerns the log
-// and the program as a whole is carried out here. Borrows the application object, the listener,
-// what acts on them, and the log.
+// and the program as a whole is carried out here. Borrows what acts on the server.
 class Commands {
  public:
-  Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log);
+  explicit Commands(Operator& actions);
   Commands(const Commands&) = delete;
   Commands& operator=(const Commands&) = delete;
 
@@ -53,8 +50,6 @@ class Commands {
   QByteArray Reload(const Request& request);
   QByteArray Quit(const Request& request);
 
-  App& myApp;
-  MapSocket& myListener;
   Operator& myOperator;
   ServerLog& myLog;
   Questions myQuestions;

@@ -14,8 +14,8 @@ QJsonObject NetworkRow(const ServerNetworks& network) {
           {"enabled", network.Enabled}};
 }
 
-NetworkRef NetworkNamed(const MapSocket& listener, const std::string& name) {
-  NetworkRef network = listener.FindNetwork(name);
+NetworkRef NetworkNamed(const Operator& actions, const std::string& name) {
+  NetworkRef network = actions.Listener().FindNetwork(name);
   if (network == nullptr) throw Refused("there is no network \"" + name + '"');
   return network;
 }

@@ -41,7 +41,7 @@ class Server {
   Server() {
     Expect(myApp.Open(), "the server starts");
     Expect(myApp.Actions().AddNetwork("North", "secret", 5, true), "a network");
-    myCommands = std::make_unique<Commands>(myApp, myApp.Listener(), myApp.Actions(), myApp.Log());
+    myCommands = std::make_unique<Commands>(myApp.Actions());
     Expect(mySocket.listen(myFolder.filePath(QStringLiteral("control"))), "a socket");
     myClient.connectToServer(mySocket.fullServerName());
     Expect(mySocket.waitForNewConnection(1000), "a connection");

@@ -149,7 +149,7 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
   const std::vector<NetworkInterface> interfaces = {{"00:1A:2B:3C:4D:5E", "192.0.2.1"},
                                                     {"00:1A:2B:3C:4D:5F", "192.0.2.2"}};
   const auto open = [&] {
-    auto* settings = new wndSettings(myApp, myApp.Actions(), interfaces, *myWindow);
+    auto* settings = new wndSettings(myApp.Actions(), interfaces, *myWindow);
     settings->open();
     return settings;
   };

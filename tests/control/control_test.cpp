@@ -60,7 +60,7 @@ class ControlTest : public ConsoleTest {
   std::string followed;
   ControlServer control;
   ServerLog& log = myApp.Log();
-  Commands commands{myApp, myApp.Listener(), myApp.Actions(), log};
+  Commands commands{myApp.Actions()};
   std::unique_ptr<TestClient> ann = LoggedIn("Ann");
   std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
 };
