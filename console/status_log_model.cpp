@@ -8,7 +8,6 @@ StatusLogModel::StatusLogModel(std::size_t mostBytes)
     : myMostBytes(mostBytes), myAddRows([this] { AddRows(); }, Gathering::First::Now) {}
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
-  if (myKeepsNothing) return;
   myLog.Append(prefix, text);
   myAddRows.Note();
 }
@@ -19,11 +18,6 @@ void StatusLogModel::Clear() {
   myLog.Clear();
   myRows = 0;
   endResetModel();
-}
-
-void StatusLogModel::KeepNothing() {
-  myKeepsNothing = true;
-  Clear();
 }
 
 int StatusLogModel::rowCount(const QModelIndex& parent) const {

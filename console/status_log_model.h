@@ -19,8 +19,6 @@ class StatusLogModel : public QAbstractListModel {
 
   void Append(std::string_view prefix, std::string_view text);
   void Clear();
-  // From here on nothing is kept: there is nobody to see it.
-  void KeepNothing();
   const StatusLog& Log() const { return myLog; }
 
   int rowCount(const QModelIndex& parent = {}) const override;
@@ -31,7 +29,6 @@ class StatusLogModel : public QAbstractListModel {
   void DropOldest();
 
   const std::size_t myMostBytes;
-  bool myKeepsNothing = false;
   StatusLog myLog;
   int myRows = 0;  // lines that are rows already
   Gathering myAddRows;

@@ -100,11 +100,6 @@ void wndMain::Open() {
   myApp.LoadServerSocket();
 }
 
-void wndMain::ShowToNobody() {
-  setUpdatesEnabled(false);
-  myStatus.KeepNothing();
-}
-
 void wndMain::closeEvent(QCloseEvent* event) {
   if (myApp.IsQuitting()) {
     event->accept();

@@ -40,10 +40,6 @@ class wndMain : public QMainWindow {
   // of networks.
   void Open();
 
-  // For a machine without a display: the lists are there, but nothing is painted, and no status
-  // line is kept.
-  void ShowToNobody();
-
   // Both with the dialogs that are open.
   void HideWindow() { myGroup.Hide(); }
   void ShowWindow() { myGroup.Show(); }

@@ -40,9 +40,6 @@ TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
     EXPECT_LE(model.Log().Bytes(), kMost);
   }
   EXPECT_GT(model.Log().Bytes(), kMost / 2);
-  model.KeepNothing();
-  model.Append("", "for nobody");
-  EXPECT_EQ(model.Log().Count(), 0U);
 }
 
 TEST(StatusLogModel, FirstLineBecomesARowAtOnceAndTheNextOnesTogether) {

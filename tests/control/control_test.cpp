@@ -11,12 +11,12 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
-#include "console/application.h"
+#include "app/server_application.h"
 #include "control/commands.h"
 #include "control/control_name.h"
 #include "control/control_server.h"
 #include "framework/text.h"
-#include "tests/console/console_fixture.h"
+#include "tests/app/app_fixture.h"
 
 namespace corvane {
 namespace {
@@ -30,11 +30,14 @@ struct Outcome {
 };
 
 // Ann and Bob are on the network North of a server that listens on its folder's local socket.
-class ControlTest : public ConsoleTest {
+class ControlTest : public AppFixture {
  protected:
-  explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
+  explicit ControlTest(bool isHardened = false) : AppFixture(isHardened) {
+    myApp.LoadServerSocket();
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
+    ann = LoggedIn("Ann");
+    bob = LoggedIn("Bob", "North", "127.0.0.2");
   }
 
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
@@ -61,8 +64,8 @@ class ControlTest : public ConsoleTest {
   ControlServer control;
   ServerLog& log = myApp.Log();
   Commands commands{myApp.Actions()};
-  std::unique_ptr<TestClient> ann = LoggedIn("Ann");
-  std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
+  std::unique_ptr<TestClient> ann;
+  std::unique_ptr<TestClient> bob;
 };
 
 TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
@@ -203,7 +206,7 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
 }
 
 TEST_F(ControlTest, AddressAndPortAreNoNameUnlessSaid) {
-  const QString peer = DisplayText(myWindow->Users().ClientAt(1)->PeerName());
+  const QString peer = DisplayText(myApp.Actions().FindUser("Bob", true)->PeerName());
   const auto eve = LoggedIn(TextFromDisplay(peer), "North", "127.0.0.3");
   EXPECT_THAT(Run({"kick", peer, "x"}).text, HasSubstr("Kicked Bob."));
   EXPECT_EQ(Run({"disconnect", peer}).exitCode, 0);
@@ -223,6 +226,14 @@ TEST_F(ControlTest, WhatDidNotWorkIsTold) {
     EXPECT_EQ(banned.exitCode, 0) << "it counts";
     EXPECT_THAT(banned.text, HasSubstr("counts but is not stored (database: no such table: bans)"));
   }
+
+  // A folder in its place, since a full disk is hard to have.
+  QDir data(myFolder.path());
+  EXPECT_TRUE(data.remove("Corvane Server.xml") && data.mkdir("Corvane Server.xml"));
+  const Outcome set = Run({"set", "AttachedPort", "12345"});
+  EXPECT_EQ(set.exitCode, 1);
+  EXPECT_THAT(set.text, HasSubstr("not saved"));
+
   if (!QFile::exists("/dev/full")) return;
   for (const QStringList& command : {QStringList{"status"}, {"users", "--json"}, {"help"}}) {
     QProcess program;
@@ -233,24 +244,6 @@ TEST_F(ControlTest, WhatDidNotWorkIsTold) {
     EXPECT_EQ(program.exitCode(), 4);
     EXPECT_THAT(program.readAllStandardError().toStdString(), HasSubstr("standard output: "));
   }
-}
-
-TEST_F(ControlTest, WindowShowsWhatWasDone) {
-  EXPECT_EQ(Run({"network", "add", "Guild"}, "x\n").exitCode, 0);
-  EXPECT_THAT(RowTexts(myWindow->Networks()), testing::Contains("Guild"));
-  EXPECT_EQ(Run({"network", "delete", "Guild"}).exitCode, 0);
-  EXPECT_THAT(RowTexts(myWindow->Networks()), testing::Not(testing::Contains("Guild")));
-  EXPECT_EQ(Run({"disconnect", "Ann"}).exitCode, 0);
-  EXPECT_TRUE(Shows("Admin Force Kicked Ann"));
-  EXPECT_TRUE(ann->WasClosedByServer());
-  EXPECT_THAT(Users(), ElementsAre("Bob|North"));
-
-  // A folder in its place, since a full disk is hard to have.
-  QDir data(myFolder.path());
-  EXPECT_TRUE(data.remove("Corvane Server.xml") && data.mkdir("Corvane Server.xml"));
-  const Outcome set = Run({"set", "AttachedPort", "12345"});
-  EXPECT_EQ(set.exitCode, 1);
-  EXPECT_THAT(set.text, HasSubstr("not saved"));
 }
 
 TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
@@ -273,7 +266,7 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
   EXPECT_EQ(carl->Receive(), (WireMessage{998, "This network has been removed from the server."}));
   EXPECT_EQ(carl->Receive(), (WireMessage{999, "BYE"}));
   EXPECT_TRUE(ann->HearsNothing()) << "its network only changed";
-  EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "North", "SO\\nUTH"));
+  EXPECT_EQ(myApp.Actions().Networks().size(), 3U);
   EXPECT_FALSE(TestClient(myApp.Listener().Port()).LogIn("So\nuth", "new", "Eve"));
   Query("UPDATE networks SET users=3 WHERE name='North' AND enabled");
   commands.ReloadForSignal();
@@ -292,7 +285,7 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
   if (QFile::rename(myFolder.filePath("serverdb.rsd"), myFolder.filePath("old.rsd"))) {
     EXPECT_THAT(Run({"reload"}).text, HasSubstr("database: the file was replaced"));
   }
-  EXPECT_EQ(myWindow->Networks().rowCount(), 3) << "a fault changes nothing";
+  EXPECT_EQ(myApp.Actions().Networks().size(), 3U) << "a fault changes nothing";
 }
 
 TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
@@ -308,7 +301,7 @@ TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
   EXPECT_TRUE(ann->HearsNothing());
   EXPECT_TRUE(myBoxes.empty());
   // With force it is as from the window.
-  auto& application = dynamic_cast<Application&>(*QCoreApplication::instance());
+  auto& application = dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
   application.LastResort = [this] { myApp.LastResort(); };
   QLocalSocket client;
   client.connectToServer(ControlName(myFolder.path()));
@@ -403,7 +396,7 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
-  EXPECT_TRUE(myApp.Actions().MakeAdmin(*myWindow->Users().ClientAt(0)));
+  EXPECT_TRUE(myApp.Actions().MakeAdmin(*myApp.Actions().FindUser("Ann", true)));
   ann->Send(10, "Bob|go\nnow");
   EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
   Run({"set", "AttachedPort", "1"});
