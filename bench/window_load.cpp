@@ -13,10 +13,10 @@
 #include <QTemporaryDir>
 #include <QTimer>
 
+#include "app/app.h"
 #include "bench/event_times.h"
 #include "console/application.h"
 #include "console/wnd_main.h"
-#include "server/app.h"
 #include "tests/support/other_program.h"
 
 namespace {
@@ -47,7 +47,7 @@ void TakeTurn(wndMain& window, int& coming, int& going) {
     }
   }
   for (int i = 0; i < kLinesPerTurn; ++i)
-    window.sSocket->CallStatusMessage({"192.0.2.1: User Logged In (somebody)"});
+    window.sSocket.CallStatusMessage({"192.0.2.1: User Logged In (somebody)"});
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-# What turns the program into something to install: on Windows its resources, elsewhere the Debian
-# package, which "cpack -G DEB" makes.
+# What turns the programs into something to install: on Windows their resources, elsewhere the Debian
+# packages, which "cpack -G DEB" makes, one for each component.
 
 # Kept where scripts find it, too.
 set(CORVANE_FULL_VERSION ${PROJECT_VERSION}.${CORVANE_BUILD_NUMBER} CACHE INTERNAL "")
@@ -17,26 +17,46 @@ if(CORVANE_PLATFORM STREQUAL windows)
   return()
 endif()
 
-# corvane_install(PROGRAM)
+# corvane_documents(PROGRAM)
 #
-# What both programs have: a menu entry and what software centres show, icons, documents. Each is a
-# component, and so a package, of its name.
-function(corvane_install program)
+# What each program's package has, and what is installed next belongs to it: its manual page, its
+# changes and who may copy it.
+macro(corvane_documents program)
   set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME ${program})
-  install(FILES packaging/linux/${program}.desktop DESTINATION share/applications)
-  install(FILES packaging/linux/metainfo/${program}.metainfo.xml DESTINATION share/metainfo)
+  install(FILES ${documents}/${program}.1.gz DESTINATION share/man/man1)
   install(FILES CHANGELOG.md packaging/linux/debian/copyright ${documents}/changelog.gz
     DESTINATION share/doc/${program})
-  # They lead to one another.
+endmacro()
+
+# corvane_guides(PROGRAM)
+#
+# The documents for whoever uses a program. They lead to one another.
+function(corvane_guides program)
   install(FILES docs/map.md docs/operating.md docs/performance.md docs/protocol.md docs/security.md
     DESTINATION share/doc/${program})
   install(DIRECTORY docs/images DESTINATION share/doc/${program})
-  install(FILES ${documents}/${program}.1.gz DESTINATION share/man/man1)
+endfunction()
+
+# corvane_menu_entry(PROGRAM)
+#
+# A menu entry, what software centres show, icons.
+function(corvane_menu_entry program)
+  install(FILES packaging/linux/${program}.desktop DESTINATION share/applications)
+  install(FILES packaging/linux/metainfo/${program}.metainfo.xml DESTINATION share/metainfo)
   install(FILES packaging/icons/${program}.svg DESTINATION share/icons/hicolor/scalable/apps)
   foreach(size 16 24 32 48 64 128 256)
     install(FILES packaging/icons/${program}-${size}.png
       DESTINATION share/icons/hicolor/${size}x${size}/apps RENAME ${program}.png)
   endforeach()
+endfunction()
+
+# corvane_server(PROGRAM)
+#
+# The program itself lies apart: what users start lays down the database first.
+function(corvane_server program)
+  install(TARGETS ${program} DESTINATION lib/corvane-server)
+  configure_file(packaging/linux/start-server.in start/${program} @ONLY)
+  install(PROGRAMS ${CMAKE_CURRENT_BINARY_DIR}/start/${program} DESTINATION bin)
 endfunction()
 
 set(documents ${CMAKE_CURRENT_BINARY_DIR}/documents)
@@ -48,11 +68,9 @@ add_dependencies(documents corvanectl)
 
 set(CMAKE_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-corvane_install(corvane-server)
-set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-server)
-# The program itself lies apart: what users start lays down the database first.
-install(TARGETS corvane-server DESTINATION lib/corvane-server)
-install(PROGRAMS packaging/linux/corvane-server DESTINATION bin)
+corvane_documents(corvane-serverd)
+corvane_guides(corvane-serverd)
+corvane_server(corvane-serverd)
 install(TARGETS corvanectl DESTINATION bin)
 install(PROGRAMS packaging/prepare-data-folder DESTINATION share/corvane-server)
 install(FILES packaging/serverdb.sql DESTINATION share/corvane-server)
@@ -69,41 +87,57 @@ install(FILES packaging/linux/completion/corvanectl.bash
 install(FILES packaging/linux/completion/_corvanectl DESTINATION share/zsh/vendor-completions)
 install(FILES packaging/linux/completion/corvanectl.fish DESTINATION share/fish/vendor_completions.d)
 
-corvane_install(corvane-map)
-set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME corvane-map)
+corvane_documents(corvane-server)
+corvane_menu_entry(corvane-server)
+corvane_server(corvane-server)
+
+corvane_documents(corvane-map)
+corvane_guides(corvane-map)
+corvane_menu_entry(corvane-map)
 install(TARGETS corvane-map DESTINATION bin)
 
 set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})
 set(CPACK_PACKAGE_CONTACT "Corvane Server Developers <noreply@corvane.invalid>")
-set(CPACK_COMPONENTS_ALL corvane-server corvane-map)
+set(CPACK_COMPONENTS_ALL corvane-serverd corvane-server corvane-map)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
-set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_NAME corvane-server)
-set(CPACK_DEBIAN_CORVANE-SERVER_DESCRIPTION
-  "map-sharing server for groups of players\n\
+set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_NAME corvane-serverd)
+set(CPACK_DEBIAN_CORVANE-SERVERD_DESCRIPTION
+  "map-sharing server for groups of players, without a window\n\
 Clients of the mapping tool log into password-protected networks, report\n\
 their players' positions and see those of the other members. Runs as a\n\
-desktop program with a tray icon, or without a display.")
-set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS "sqlite3, adduser")
-set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_CONTROL_EXTRA
+service, administered from a shell by corvanectl.")
+set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_DEPENDS "sqlite3, adduser")
+# Until 1.0.0.1 one package had what both have now.
+set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_BREAKS "corvane-server (<< 1.0.0.2)")
+set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_REPLACES "corvane-server (<< 1.0.0.2)")
+set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_CONTROL_EXTRA
   ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/conffiles
   ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/postinst
   ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/prerm
   ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/debian/postrm)
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_NAME corvane-server)
+set(CPACK_DEBIAN_CORVANE-SERVER_DESCRIPTION
+  "map-sharing server for groups of players, with a window\n\
+Clients of the mapping tool log into password-protected networks, report\n\
+their players' positions and see those of the other members. This is the\n\
+desktop program with its tray icon.")
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS "corvane-serverd (= ${CORVANE_FULL_VERSION})")
+# Programs with windows load this one themselves on Wayland desktops.
+set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_NAME corvane-map)
 set(CPACK_DEBIAN_CORVANE-MAP_DESCRIPTION
   "map of the players of a Corvane network\n\
 Logs into a network of a Corvane server and shows its members on a map, with\n\
 their state and what the server says. Administrators of a network manage it\n\
 from here.")
+set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-# Programs for Wayland desktops load this one themselves.
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 include(CPack)

@@ -8,7 +8,6 @@ StatusLogModel::StatusLogModel(std::size_t mostBytes)
     : myMostBytes(mostBytes), myAddRows([this] { AddRows(); }, Gathering::First::Now) {}
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
-  if (myKeepsNothing) return;
   myLines.emplace_back(prefix).append(text);
   myBytes += myLines.back().size();
   myAddRows.Note();
@@ -21,11 +20,6 @@ void StatusLogModel::Clear() {
   myBytes = 0;
   myRows = 0;
   endResetModel();
-}
-
-void StatusLogModel::KeepNothing() {
-  myKeepsNothing = true;
-  Clear();
 }
 
 int StatusLogModel::rowCount(const QModelIndex& parent) const {

@@ -20,8 +20,6 @@ class StatusLogModel : public QAbstractListModel {
 
   void Append(std::string_view prefix, std::string_view text);
   void Clear();
-  // From here on nothing is kept: there is nobody to see it.
-  void KeepNothing();
 
   int rowCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role) const override;
@@ -31,7 +29,6 @@ class StatusLogModel : public QAbstractListModel {
   void DropOldest();
 
   const std::size_t myMostBytes;
-  bool myKeepsNothing = false;
   std::deque<std::string> myLines;
   std::size_t myBytes = 0;
   int myRows = 0;  // lines that are rows already

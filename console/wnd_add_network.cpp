@@ -2,8 +2,8 @@
 
 #include <tuple>
 
+#include "app/operator.h"
 #include "framework/text.h"
-#include "server/operator.h"
 
 namespace corvane {
 

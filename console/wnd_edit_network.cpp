@@ -2,17 +2,15 @@
 
 #include <utility>
 
+#include "app/operator.h"
 #include "framework/text.h"
-#include "server/operator.h"
 
 namespace corvane {
 
-wndEditNetwork::wndEditNetwork(Operator& actions, NetworkRef network,
-                               MessageBoxFunction showMessage, QWidget& owner)
+wndEditNetwork::wndEditNetwork(Operator& actions, NetworkRef network, QWidget& owner)
     : NetworkDialog(QStringLiteral("wndEditNetwork"), QStringLiteral("Edit Network"), owner),
       myActions(actions),
-      myNetwork(std::move(network)),
-      myShowMessage(std::move(showMessage)) {
+      myNetwork(std::move(network)) {
   chkEnable->setChecked(myNetwork->Enabled);
   txtName->setText(DisplayText(myNetwork->NetworkName));
   txtPass->setText(DisplayText(myNetwork->Password));
@@ -27,7 +25,7 @@ void wndEditNetwork::btnOK_Action() {
   if (!myActions.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {
     MessageBox box;
     box.text = myActions.StoreError();
-    myShowMessage(box);
+    myActions.ShowMessage(box);
   }
   accept();
 }

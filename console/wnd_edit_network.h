@@ -1,7 +1,6 @@
 #pragma once
 
 #include "console/network_dialog.h"
-#include "framework/message_box.h"
 #include "server/server_networks.h"
 
 namespace corvane {
@@ -12,15 +11,13 @@ class Operator;
 // in the database. The name stays whatever is typed: it is the record's key.
 class wndEditNetwork : public NetworkDialog {
  public:
-  wndEditNetwork(Operator& actions, NetworkRef network, MessageBoxFunction showMessage,
-                 QWidget& owner);
+  wndEditNetwork(Operator& actions, NetworkRef network, QWidget& owner);
 
  private:
   void btnOK_Action();
 
   Operator& myActions;
   NetworkRef myNetwork;
-  MessageBoxFunction myShowMessage;
 };
 
 }  // namespace corvane

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "server/operator.h"
+#include "app/operator.h"
 
 namespace corvane {
 

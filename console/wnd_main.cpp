@@ -1,7 +1,6 @@
 #include "console/wnd_main.h"
 
 #include <algorithm>
-#include <system_error>
 #include <tuple>
 #include <utility>
 
@@ -9,6 +8,7 @@
 #include <QCloseEvent>
 #include <QMenuBar>
 
+#include "app/app.h"
 #include "console/anchors.h"
 #include "console/edit_menu.h"
 #include "console/wnd_add_network.h"
@@ -21,9 +21,7 @@
 #include "console/wnd_view_admins.h"
 #include "console/wnd_view_bans.h"
 #include "framework/network_interfaces.h"
-#include "framework/standard_error.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/setting.h"
 #include "updater/update_platform.h"
@@ -66,16 +64,6 @@ QAction* AddItem(QMenu& menu, QLatin1String caption) {
   return item;
 }
 
-std::string WhyNotListening(const MapSocket& listener) {
-  constexpr int kHighestPort = 65535;
-  const int port = listener.Port();
-  const std::string reason =
-      port < 0 || port > kHighestPort
-          ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
-          : std::system_category().message(listener.LastErrorCode());
-  return "Cannot listen on port " + std::to_string(port) + ": " + reason;
-}
-
 QAction* Named(QAction* action, const char* name) {
   action->setObjectName(QLatin1String(name));
   return action;
@@ -84,11 +72,7 @@ QAction* Named(QAction* action, const char* name) {
 }  // namespace
 
 wndMain::wndMain(App& app, std::function<bool()> hasTray)
-    : sSocket(std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations(),
-                                          app.RulesInForce())),
-      myActions(app, *sSocket),
-      myApp(app),
-      myHasTray(std::move(hasTray)) {
+    : sSocket(app.Listener()), myApp(app), myActions(app.Actions()), myHasTray(std::move(hasTray)) {
   setWindowTitle(QStringLiteral("Corvane Server"));
   setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                  Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
@@ -98,18 +82,9 @@ wndMain::wndMain(App& app, std::function<bool()> hasTray)
   setMinimumSize(kMinimumSize);
   resize(sizeHint());
   ConnectEvents();
-
-  sSocket->SetPort(0);
-  sSocket->SetMinimumSocketsAvailable(2);
-  sSocket->SetMaximumSocketsConnected(10);
 }
 
 wndMain::~wndMain() {
-  // The loop may hold the listener for a moment longer.
-  sSocket->StatusMessage = nullptr;
-  sSocket->UserLoggedIn = nullptr;
-  sSocket->UserLoggedOut = nullptr;
-  myApp.Updates().UpdateFound = nullptr;
   delete myUpdaterWindow;
 }
 
@@ -122,13 +97,7 @@ void wndMain::Open() {
   myStatus.Clear();
   myNetworks.Clear();
   myUsers.Clear();
-  myActions.Start();
-  if (!sSocket->IsListening()) WriteErrorLine(WhyNotListening(*sSocket));
-}
-
-void wndMain::ShowToNobody() {
-  setUpdatesEnabled(false);
-  myStatus.KeepNothing();
+  myApp.LoadServerSocket();
 }
 
 void wndMain::closeEvent(QCloseEvent* event) {
@@ -138,7 +107,7 @@ void wndMain::closeEvent(QCloseEvent* event) {
   }
   if (qApp->isSavingSession()) {
     event->accept();
-    QuitFor("end of the session");
+    myActions.QuitFor("end of the session");
     return;
   }
   event->ignore();
@@ -220,18 +189,24 @@ void wndMain::changeEvent(QEvent* event) {
 }
 
 void wndMain::ConnectEvents() {
-  sSocket->StatusMessage = [this](MapSocket& sender, const std::string& text) {
-    sSocket_StatusMessage(sender, text);
+  myConnections = {
+      sSocket.StatusMessage.Connect([this](MapSocket& sender, const std::string& text) {
+        sSocket_StatusMessage(sender, text);
+      }),
+      sSocket.UserLoggedIn.Connect(
+          [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
+            sSocket_UserLoggedIn(sender, client);
+          }),
+      sSocket.UserLoggedOut.Connect(
+          [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
+            sSocket_UserLoggedOut(sender, client);
+          }),
+      myActions.NetworkAdded.Connect(
+          [this](const NetworkRef& network) { myNetworks.Add(network); }),
+      myActions.NetworkRemoved.Connect(
+          [this](const NetworkRef& network) { myNetworks.Remove(network); }),
+      myApp.Updates().UpdateFound.Connect([this](const Update& update) { ShowUpdate(update); }),
   };
-  sSocket->UserLoggedIn = [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
-    sSocket_UserLoggedIn(sender, client);
-  };
-  sSocket->UserLoggedOut = [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
-    sSocket_UserLoggedOut(sender, client);
-  };
-  myActions.NetworkAdded = [this](const NetworkRef& network) { myNetworks.Add(network); };
-  myActions.NetworkRemoved = [this](const NetworkRef& network) { myNetworks.Remove(network); };
-  myApp.Updates().UpdateFound = [this](const Update& update) { ShowUpdate(update); };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
   connect(btnAdmins, &QPushButton::clicked, this, &wndMain::btnAdmins_Action);
   connect(btnBans, &QPushButton::clicked, this, &wndMain::btnBans_Action);
@@ -249,7 +224,7 @@ void wndMain::ConnectEvents() {
 }
 
 void wndMain::FileSettings() {
-  auto* dialog = new wndSettings(myApp, myActions, NetworkInterfaces(), *this);
+  auto* dialog = new wndSettings(myActions, NetworkInterfaces(), *this);
   dialog->open();
 }
 
@@ -270,18 +245,13 @@ void wndMain::FileCheckForUpdates() {
 }
 
 void wndMain::ShowUpdate(const Update& update) {
-  myUpdaterWindow =
-      new UpdaterWindow(update, myApp.Http(), LaunchInstaller, [this] { QuitFor("updater"); });
+  myUpdaterWindow = new UpdaterWindow(update, myApp.Http(), LaunchInstaller,
+                                      [this] { myActions.QuitFor("updater"); });
   // Whoever is at work in a dialog goes on there, and sees it.
   QWidget* const dialog = QApplication::activeModalWidget();
   myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating, dialog != nullptr);
   myUpdaterWindow->show();
   if (dialog != nullptr) dialog->raise();
-}
-
-void wndMain::QuitFor(const char* actor) {
-  const Operator::Acting acting(myActions, actor);
-  myActions.Quit();
 }
 
 void wndMain::btnClear_Action() {
@@ -316,8 +286,7 @@ void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const Net
     auto* dialog = new wndAddNetwork(myActions, *this);
     dialog->open();
   } else if (caption == kEditNetwork) {
-    const auto showMessage = [this](const MessageBox& box) { return myApp.ShowMessage(box); };
-    auto* dialog = new wndEditNetwork(myActions, network, showMessage, *this);
+    auto* dialog = new wndEditNetwork(myActions, network, *this);
     dialog->open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);
@@ -378,9 +347,7 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
 }
 
 void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {
-  const std::string& prefix = myClock.Prefix();
-  myStatus.Append(prefix, text);
-  myOutput.WriteLine(prefix + text);
+  myStatus.Append(myClock.Prefix(), text);
 }
 
 void wndMain::sSocket_UserLoggedIn(MapSocket&, const std::shared_ptr<ClientSocket>& client) {

@@ -3,21 +3,22 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include <QMainWindow>
 #include <QMenu>
 #include <QPointer>
 #include <QPushButton>
 
+#include "app/operator.h"
 #include "console/list_box.h"
 #include "console/networks_model.h"
 #include "console/status_log_model.h"
 #include "console/users_model.h"
 #include "console/window_group.h"
-#include "framework/standard_output.h"
+#include "framework/signal.h"
 #include "framework/status_clock.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 
 namespace corvane {
 
@@ -26,9 +27,8 @@ class App;
 class UpdaterWindow;
 struct Update;
 
-// The operator's window: the status log, the networks, the logged-in users. Owns the listener and
-// receives its events; borrows the application object, which outlives it. Closing it does not stop
-// the server.
+// The operator's window: the status log, the networks, the logged-in users. Receives the listener's
+// events; borrows the application object, which outlives it. Closing it does not stop the server.
 class wndMain : public QMainWindow {
  public:
   // `hasTray` says whether the desktop has a notification area to bring a hidden window back from.
@@ -37,19 +37,15 @@ class wndMain : public QMainWindow {
 
   // The open handler: shows the window, or with the setting "StartHidden" leaves it to the tray,
   // where there is none minimised; empties its lists and starts the listener, which fills the list
-  // of networks. What kept it from listening is told on standard error.
+  // of networks.
   void Open();
-
-  // For a machine without a display: the lists are there, but nothing is painted, and no status
-  // line is kept.
-  void ShowToNobody();
 
   // Both with the dialogs that are open.
   void HideWindow() { myGroup.Hide(); }
   void ShowWindow() { myGroup.Show(); }
 
-  // The listener, never none.
-  const std::shared_ptr<MapSocket> sSocket;
+  // The listener.
+  MapSocket& sSocket;
 
   // The controls, in tab order. The window owns them.
   ListBox* lstStatus;
@@ -58,9 +54,6 @@ class wndMain : public QMainWindow {
   QPushButton* btnClear;
   QPushButton* btnAdmins;
   QPushButton* btnBans;
-
-  // What the windows do what an operator wants with.
-  Operator& Actions() { return myActions; }
 
   StatusLogModel& Status() { return myStatus; }
   NetworksModel& Networks() { return myNetworks; }
@@ -82,8 +75,6 @@ class wndMain : public QMainWindow {
   void FileSendMessage();
   void FileCheckForUpdates();
   void ShowUpdate(const Update& update);
-  // Notes who ends the program.
-  void QuitFor(const char* actor);
   void btnClear_Action();
   void btnAdmins_Action();
   void btnBans_Action();
@@ -104,11 +95,10 @@ class wndMain : public QMainWindow {
   void sSocket_UserLoggedIn(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
   void sSocket_UserLoggedOut(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
 
-  Operator myActions;
   App& myApp;
+  Operator& myActions;
   std::function<bool()> myHasTray;
   StatusClock myClock;
-  StandardOutput myOutput;
   StatusLogModel myStatus;
   NetworksModel myNetworks;
   UsersModel myUsers;
@@ -116,6 +106,7 @@ class wndMain : public QMainWindow {
   Anchors* myContent = nullptr;
   // A window of its own, so that neither it nor a dialog keeps the other from being used.
   QPointer<UpdaterWindow> myUpdaterWindow;
+  std::vector<SignalConnection> myConnections;
 };
 
 }  // namespace corvane

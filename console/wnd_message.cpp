@@ -4,9 +4,9 @@
 
 #include <QVBoxLayout>
 
+#include "app/operator.h"
 #include "framework/text.h"
 #include "framework/visible_text.h"
-#include "server/operator.h"
 
 namespace corvane {
 namespace {

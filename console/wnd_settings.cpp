@@ -7,10 +7,10 @@
 #include <QRegularExpressionValidator>
 #include <QVBoxLayout>
 
+#include "app/operator.h"
 #include "framework/numbers.h"
 #include "framework/text.h"
-#include "server/app.h"
-#include "server/operator.h"
+#include "storage/app_settings.h"
 
 namespace corvane {
 namespace {
@@ -41,14 +41,13 @@ void SetValue(QLineEdit& field, double value) {
 
 }  // namespace
 
-wndSettings::wndSettings(App& app, Operator& actions, std::vector<NetworkInterface> interfaces,
+wndSettings::wndSettings(Operator& actions, std::vector<NetworkInterface> interfaces,
                          QWidget& owner)
     : Dialog(QStringLiteral("wndSettings"), QStringLiteral("Settings"), owner),
-      myApp(app),
       myActions(actions),
       myInterfaces(std::move(interfaces)) {
   LayOut();
-  AppSettings& settings = myApp.Settings();
+  AppSettings& settings = myActions.Settings();
   fldConns->setText(DisplayText(settings.GetValue("MaxConns", "100")));
   fldPort->setText(DisplayText(settings.GetValue("AttachedPort", "12000")));
   SelectInterface(settings.GetValue("AttachedNIC", ""));
@@ -122,7 +121,7 @@ void wndSettings::btnOK_Action() {
   MessageBox box;
   box.text = Fault();
   if (!box.text.empty()) {
-    myApp.ShowMessage(box);
+    myActions.ShowMessage(box);
     return;
   }
   const auto selected = static_cast<std::size_t>(pmNIC->currentIndex());
@@ -131,8 +130,8 @@ void wndSettings::btnOK_Action() {
       myActions.ChangeSetting("MaxConns", TextFromDisplay(fldConns->text()))) {
     return accept();
   }
-  box.text = "The settings were not saved:\n" + myApp.Settings().SaveError();
-  myApp.ShowMessage(box);
+  box.text = "The settings were not saved:\n" + myActions.Settings().SaveError();
+  myActions.ShowMessage(box);
 }
 
 }  // namespace corvane

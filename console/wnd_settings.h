@@ -11,7 +11,6 @@
 
 namespace corvane {
 
-class App;
 class Operator;
 
 // The dialog for the listening interface, the port and the number of connections. The port is kept
@@ -20,8 +19,7 @@ class Operator;
 class wndSettings : public Dialog {
  public:
   // `interfaces` are the machine's, in the system's order.
-  wndSettings(App& app, Operator& actions, std::vector<NetworkInterface> interfaces,
-              QWidget& owner);
+  wndSettings(Operator& actions, std::vector<NetworkInterface> interfaces, QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
   QComboBox* pmNIC;
@@ -41,7 +39,6 @@ class wndSettings : public Dialog {
   // What is wrong with the values; empty when nothing is.
   std::string Fault() const;
 
-  App& myApp;
   Operator& myActions;
   std::vector<NetworkInterface> myInterfaces;
 };

@@ -2,9 +2,9 @@
 
 #include <tuple>
 
+#include "app/operator.h"
 #include "framework/dates.h"
 #include "framework/visible_text.h"
-#include "server/operator.h"
 
 namespace corvane {
 namespace {

@@ -8,17 +8,18 @@
 
 #include <QJsonArray>
 
+#include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
 #include "framework/address_ranges.h"
 #include "framework/service_manager.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 #include "server/setting.h"
+#include "storage/app_settings.h"
+#include "storage/database_connection.h"
 
 namespace corvane {
 namespace {
@@ -72,13 +73,14 @@ QByteArray Actions::AddNetwork(const Request& request) {
   const std::string password = request.OptionalText("password").value_or("");
   const std::int32_t maxUsers =
       request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(kUsualSeats);
-  if (myListener.FindNetwork(name)) throw Refused("there is a network \"" + name + "\" already");
+  if (myActions.Listener().FindNetwork(name))
+    throw Refused("there is a network \"" + name + "\" already");
   ExpectStored(myActions.AddNetwork(name, password, maxUsers, !request.Flag("disabled")));
   return DoneLine("Added the network " + name + '.');
 }
 
 QByteArray Actions::EditNetwork(const Request& request) {
-  const NetworkRef network = NetworkNamed(myListener, request.Text("name"));
+  const NetworkRef network = NetworkNamed(myActions, request.Text("name"));
   const std::string password = request.OptionalText("password").value_or(network->Password);
   const std::int32_t maxUsers =
       request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(network->MaxUsers);
@@ -91,14 +93,14 @@ QByteArray Actions::EditNetwork(const Request& request) {
 }
 
 QByteArray Actions::DeleteNetwork(const Request& request) {
-  const NetworkRef network = NetworkNamed(myListener, request.Text("name"));
+  const NetworkRef network = NetworkNamed(myActions, request.Text("name"));
   ExpectAllHaveNetworks(request);
   ExpectStored(myActions.DeleteNetwork(network));
   return DoneLine("Deleted the network " + network->NetworkName + '.');
 }
 
 QByteArray Actions::DisconnectNetwork(const Request& request) {
-  const NetworkRef network = NetworkNamed(myListener, request.Text("name"));
+  const NetworkRef network = NetworkNamed(myActions, request.Text("name"));
   myActions.DisconnectAll(network);
   return DoneLine("Sent away the users of " + network->NetworkName + '.');
 }
@@ -124,7 +126,7 @@ QByteArray Actions::BanAddress(const Request& request) {
   const std::optional<std::string> network = request.OptionalText("network");
   ExpectAddress(address);
   const bool isStored = myActions.BanAddress(
-      address, reason, network ? NetworkNamed(myListener, *network)->NetworkName : "");
+      address, reason, network ? NetworkNamed(myActions, *network)->NetworkName : "");
   return BannedLine("Banned " + address + '.', isStored);
 }
 
@@ -159,7 +161,7 @@ QByteArray Actions::Grant(const Request& request) {
   AdminsTable::Admin wanted;
   if (network) {
     ExpectAddress(*address);
-    wanted = {0, request.Text("user"), NetworkNamed(myListener, *network)->NetworkName, *address};
+    wanted = {0, request.Text("user"), NetworkNamed(myActions, *network)->NetworkName, *address};
   } else {
     const std::shared_ptr<ClientSocket> user = UserOf(request);
     if (user->Username().empty()) throw Refused(user->PeerName() + " has not logged in");
@@ -197,7 +199,7 @@ QByteArray Actions::Message(const Request& request) {
   const std::string text = request.Text("text");
   const std::optional<std::string> network = request.OptionalText("network");
   const std::string to =
-      network ? NetworkNamed(myListener, *network)->NetworkName : "(All Networks)";
+      network ? NetworkNamed(myActions, *network)->NetworkName : "(All Networks)";
   ExpectAllHaveNetworks(request);
   myActions.Send(text, to);
   return DoneLine("Sent.");
@@ -215,7 +217,7 @@ QByteArray Actions::Set(const Request& request) {
   }
   if (setting != nullptr && !setting->takes(value)) throw Misused(setting->Refusal(value));
   if (!myActions.ChangeSetting(name, value)) {
-    throw Refused("not saved: " + myApp.Settings().SaveError());
+    throw Refused("not saved: " + myActions.Settings().SaveError());
   }
   return DoneLine("Set, for the next start.");
 }
@@ -223,8 +225,8 @@ QByteArray Actions::Set(const Request& request) {
 QByteArray Actions::Reload(const Request& request) {
   std::optional<ServiceReload> told;
   // A server that does not listen never was ready.
-  if (myListener.IsListening()) told.emplace();
-  if (myApp.serverdb().HasMoved()) {
+  if (myActions.Listener().IsListening()) told.emplace();
+  if (myActions.Database().HasMoved()) {
     throw Refused("database: the file was replaced or deleted; a restart opens what is there now");
   }
   const auto changes = Given(myActions.CompareNetworks(), myActions);

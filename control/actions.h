@@ -8,18 +8,15 @@
 
 namespace corvane {
 
-class App;
 class ClientSocket;
-class MapSocket;
 class Operator;
 
 // What clients of the local socket may have done to networks, users, bans, administrators and
 // settings, one method a command, which returns the answer. What ends the server, as the windows
-// would, throws. Borrows the application object, the listener, and what acts on them.
+// would, throws. Borrows what acts on the server.
 class Actions {
  public:
-  Actions(App& app, MapSocket& listener, Operator& actions)
-      : myApp(app), myListener(listener), myActions(actions) {}
+  explicit Actions(Operator& actions) : myActions(actions) {}
 
   QByteArray AddNetwork(const Request& request);
   QByteArray EditNetwork(const Request& request);
@@ -46,8 +43,6 @@ class Actions {
   void ExpectStored(bool isStored) const;
   void ExpectAllHaveNetworks(const Request& request) const;
 
-  App& myApp;
-  MapSocket& myListener;
   Operator& myActions;
 };
 

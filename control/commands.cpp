@@ -6,14 +6,13 @@
 #include <QFileInfo>
 #include <QJsonArray>
 
+#include "app/operator.h"
+#include "app/server_log.h"
 #include "control/answers.h"
-#include "control/server_log.h"
 #include "framework/standard_error.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/app.h"
-#include "server/map_socket.h"
-#include "server/operator.h"
+#include "storage/app_settings.h"
 
 namespace corvane {
 namespace {
@@ -32,13 +31,11 @@ auto By(Room& room, QByteArray (Room::*method)(const Request&)) {
 
 }  // namespace
 
-Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log)
-    : myApp(app),
-      myListener(listener),
-      myOperator(actions),
-      myLog(log),
-      myQuestions(app, listener, actions),
-      myActions(app, listener, actions),
+Commands::Commands(Operator& actions)
+    : myOperator(actions),
+      myLog(actions.Log()),
+      myQuestions(actions),
+      myActions(actions),
       myEntries{
           {"status", By(myQuestions, &Questions::Status)},
           {"users", By(myQuestions, &Questions::Users)},
@@ -63,13 +60,8 @@ Commands::Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& 
           {"backup", By(*this, &Commands::MakeBackup)},
           {"log", By(*this, &Commands::Log)},
           {"quit", By(*this, &Commands::Quit)},
-      } {
-  myLog.Written = [this](const std::string& line) { Tell(line); };
-}
-
-Commands::~Commands() {
-  myLog.Written = nullptr;
-}
+      },
+      myLines(myLog.Written.Connect([this](const std::string& line) { Tell(line); })) {}
 
 void Commands::Run(ControlConnection& client, const QByteArray& line) {
   const Operator::Acting acting(myOperator, kActor);
@@ -102,11 +94,6 @@ void Commands::ReloadForSignal() {
   }
 }
 
-void Commands::QuitFor(const std::string& actor) {
-  const Operator::Acting acting(myOperator, actor);
-  myOperator.Quit();
-}
-
 void Commands::Tell(const std::string& text) {
   std::erase(myFollowers, nullptr);
   if (myFollowers.empty()) return;
@@ -130,19 +117,19 @@ QByteArray Commands::MakeBackup(const Request& request) {
   const QString file = DisplayText(request.Text("file"));
   if (myBackup) throw Refused("another backup is being made");
   if (!QFileInfo(file).isAbsolute()) throw Misused("\"file\" takes a whole path");
-  const Backup::Places places{myApp.Settings().File().value_or(QString()),
-                              DisplayText(myApp.Settings().GetValue("LocationDatabase", "")), file,
-                              request.Flag("overwrite")};
-  const std::string whyNot = Backup::WhyNot(myApp.serverdb(), places);
+  const Backup::Places places{myOperator.Settings().File().value_or(QString()),
+                              DisplayText(myOperator.Settings().GetValue("LocationDatabase", "")),
+                              file, request.Flag("overwrite")};
+  const std::string whyNot = Backup::WhyNot(myOperator.Database(), places);
   if (!whyNot.empty()) throw Refused(whyNot);
-  myListener.Note(LogLine({kActor, ": backup into ", TextFromDisplay(file)}));
+  myOperator.Note({"backup into ", TextFromDisplay(file)});
   const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
     if (client)
       client->Answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.')
                                    : RefusalLine(error));
     myBackup.release()->deleteLater();
   };
-  myBackup = std::make_unique<Backup>(myApp.serverdb(), places, done);
+  myBackup = std::make_unique<Backup>(myOperator.Database(), places, done);
   return {};
 }
 
@@ -163,7 +150,7 @@ QByteArray Commands::Reload(const Request& request) {
 
 QByteArray Commands::Quit(const Request&) {
   // The answer goes first.
-  QTimer::singleShot(0, qApp, [this] { QuitFor(kActor); });
+  QTimer::singleShot(0, qApp, [this] { myOperator.QuitFor(kActor); });
   return DoneLine("The server ends.");
 }
 

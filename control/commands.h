@@ -13,21 +13,18 @@
 #include "control/control_connection.h"
 #include "control/questions.h"
 #include "control/request.h"
+#include "framework/signal.h"
 
 namespace corvane {
 
-class App;
-class MapSocket;
 class Operator;
 class ServerLog;
 
 // What the clients of the local socket can ask for, each by its "command"; what concerns the log
-// and the program as a whole is carried out here. Borrows the application object, the listener,
-// what acts on them, and the log.
+// and the program as a whole is carried out here. Borrows what acts on the server.
 class Commands {
  public:
-  Commands(App& app, MapSocket& listener, Operator& actions, ServerLog& log);
-  ~Commands();
+  explicit Commands(Operator& actions);
   Commands(const Commands&) = delete;
   Commands& operator=(const Commands&) = delete;
 
@@ -37,8 +34,6 @@ class Commands {
   // What "reload" does, for whoever cannot be answered: what is refused is told on standard error
   // and in the log.
   void ReloadForSignal();
-  // Ends the program on behalf of the actor.
-  void QuitFor(const std::string& actor);
 
  private:
   struct Entry {
@@ -55,8 +50,6 @@ class Commands {
   QByteArray Reload(const Request& request);
   QByteArray Quit(const Request& request);
 
-  App& myApp;
-  MapSocket& myListener;
   Operator& myOperator;
   ServerLog& myLog;
   Questions myQuestions;
@@ -65,6 +58,7 @@ class Commands {
   std::vector<QPointer<ControlConnection>> myFollowers;
   ControlConnection* myClient = nullptr;  // whose request is carried out
   std::unique_ptr<Backup> myBackup;       // while one is made
+  const SignalConnection myLines;
 };
 
 }  // namespace corvane

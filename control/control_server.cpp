@@ -1,10 +1,14 @@
 #include "control/control_server.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QLocalSocket>
 
 #include "control/answers.h"
 #include "control/commands.h"
 #include "control/control_name.h"
+#include "framework/standard_error.h"
+#include "framework/text.h"
 
 namespace corvane {
 namespace {
@@ -26,6 +30,24 @@ ControlServer::Claim ControlServer::Take(const QString& dataFolder) {
   if (!myLock.Take(dataFolder) || IsAnswered(name)) return Claim::Taken;
   myIsListening = myListener.Listen(name);
   return myIsListening ? Claim::Made : Claim::Failed;
+}
+
+bool ControlServer::TakeOrTell(const QString& dataFolder, const MessageBoxFunction& showMessage) {
+  // The application tells of one that is not there.
+  if (!QDir(dataFolder).exists()) return true;
+  const Claim claim = Take(dataFolder);
+  const QString shown = QDir::toNativeSeparators(dataFolder);
+  if (claim == Claim::Taken) {
+    MessageBox box;
+    box.text = "Another server is running on the data folder\n" + shown.toStdString();
+    showMessage(box);
+  } else if (claim == Claim::Failed) {
+    WriteErrorLine("corvanectl cannot reach this server: " +
+                   (QFileInfo(dataFolder).isWritable()
+                        ? Error()
+                        : TextFromDisplay(shown) + " cannot be written to."));
+  }
+  return claim != Claim::Taken;
 }
 
 void ControlServer::Serve(Commands& commands) {

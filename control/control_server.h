@@ -8,6 +8,7 @@
 #include "control/control_connection.h"
 #include "control/folder_lock.h"
 #include "control/local_listener.h"
+#include "framework/message_box.h"
 
 namespace corvane {
 
@@ -27,6 +28,9 @@ class ControlServer : public QObject {
   Claim Take(const QString& dataFolder);
   // Why it could not be taken.
   const std::string& Error() const { return myListener.Error(); }
+  // The same where there is a folder, and tells what goes wrong. Whether this is the one server of
+  // the folder, as far as is known.
+  bool TakeOrTell(const QString& dataFolder, const MessageBoxFunction& showMessage);
 
   // Has clients served, once the socket was taken. Borrows the commands.
   void Serve(Commands& commands);

@@ -1,9 +1,9 @@
 #include "control/lookup.h"
 
+#include "app/operator.h"
 #include "control/answers.h"
 #include "control/request.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
 
 namespace corvane {
 
@@ -14,8 +14,8 @@ QJsonObject NetworkRow(const ServerNetworks& network) {
           {"enabled", network.Enabled}};
 }
 
-NetworkRef NetworkNamed(const MapSocket& listener, const std::string& name) {
-  NetworkRef network = listener.FindNetwork(name);
+NetworkRef NetworkNamed(const Operator& actions, const std::string& name) {
+  NetworkRef network = actions.Listener().FindNetwork(name);
   if (network == nullptr) throw Refused("there is no network \"" + name + '"');
   return network;
 }

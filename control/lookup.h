@@ -10,7 +10,6 @@
 
 namespace corvane {
 
-class MapSocket;
 class Operator;
 
 // What questions and actions share.
@@ -18,7 +17,7 @@ class Operator;
 QJsonObject NetworkRow(const ServerNetworks& network);
 
 // The network of that name. Refuses where there is none.
-NetworkRef NetworkNamed(const MapSocket& listener, const std::string& name);
+NetworkRef NetworkNamed(const Operator& actions, const std::string& name);
 
 // Refuses with what is wrong with the database.
 [[noreturn]] void RefuseForDatabase(const Operator& actions);

@@ -4,40 +4,40 @@
 
 #include <QJsonArray>
 
+#include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
 #include "framework/dates.h"
 #include "framework/process_memory.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
-#include "server/operator.h"
+#include "storage/app_settings.h"
 #include "updater/version.h"
 
 namespace corvane {
 
-Questions::Questions(App& app, MapSocket& listener, Operator& actions)
-    : myApp(app), myListener(listener), myActions(actions), myRates(app.Loop()) {}
+Questions::Questions(Operator& actions) : myActions(actions), myRates(actions.Loop()) {}
 
 QByteArray Questions::Status(const Request&) {
   QJsonArray networks;
   for (const NetworkRef& network : myActions.Networks())
     networks.append(NetworkRow(*network));
-  const auto& nic = myListener.NetworkInterface;
+  const MapSocket& listener = myActions.Listener();
+  const auto& nic = listener.NetworkInterface;
   const Rates::Rate rate = myRates.Now();
   const auto bytes = [](std::uint64_t count) { return static_cast<qint64>(count); };
   return DoneLine(QJsonObject{
       {"version", DisplayText(RunningVersion().FullVersion())},
       {"up-since", myStart.toLocalTime().toString(Qt::ISODate)},
-      {"rules", DisplayText(std::string(myApp.RulesInForce().name))},
-      {"listening", myListener.IsListening()},
+      {"rules", DisplayText(std::string(listener.RulesInForce().name))},
+      {"listening", listener.IsListening()},
       {"address", DisplayText(nic ? nic->IPAddress : "0.0.0.0")},
-      {"port", myListener.Port()},
-      {"connections", static_cast<qint64>(myListener.ActiveConnections()->size())},
+      {"port", listener.Port()},
+      {"connections", static_cast<qint64>(listener.ActiveConnections()->size())},
       {"memory", bytes(ProcessMemory())},
-      {"output-held", bytes(myApp.Loop().Memory().output.InUse())},
-      {"input-held", bytes(myApp.Loop().Memory().input.InUse())},
+      {"output-held", bytes(myActions.Loop().Memory().output.InUse())},
+      {"input-held", bytes(myActions.Loop().Memory().input.InUse())},
       {"messages-per-second", qRound64(rate.messages)},
       {"received-per-second", qRound64(rate.received)},
       {"sent-per-second", qRound64(rate.sent)},
@@ -47,9 +47,9 @@ QByteArray Questions::Status(const Request&) {
 
 QByteArray Questions::Users(const Request& request) {
   const std::optional<std::string> wanted = request.OptionalText("network");
-  const NetworkRef network = wanted ? NetworkNamed(myListener, *wanted) : nullptr;
+  const NetworkRef network = wanted ? NetworkNamed(myActions, *wanted) : nullptr;
   RowsAnswer answer;
-  const auto connections = myListener.ActiveConnections();
+  const auto connections = myActions.Listener().ActiveConnections();
   for (const auto& connection : *connections) {
     const auto& user = static_cast<const ClientSocket&>(*connection);
     if (user.LoginState() == ClientSocket::State::LoggedIn &&
@@ -58,7 +58,7 @@ QByteArray Questions::Users(const Request& request) {
                   {"network", AnswerText(user.NetworkName())},
                   {"address", DisplayText(user.PeerName())}});
     }
-    myApp.Loop().GiveWay();
+    myActions.Loop().GiveWay();
   }
   return answer.Line();
 }
@@ -98,7 +98,7 @@ QByteArray Questions::Admins(const Request&) {
 
 QByteArray Questions::Settings(const Request&) {
   RowsAnswer answer;
-  for (const auto& [name, value] : myApp.Settings().Values())
+  for (const auto& [name, value] : myActions.Settings().Values())
     answer.Add({{"name", AnswerText(name)}, {"value", AnswerText(value)}});
   return answer.Line();
 }

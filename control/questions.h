@@ -8,15 +8,13 @@
 
 namespace corvane {
 
-class App;
-class MapSocket;
 class Operator;
 
 // What clients of the local socket may ask about the server, one method a command, which returns
-// the answer. Borrows the application object, the listener, and what acts on them.
+// the answer. Borrows what knows the server.
 class Questions {
  public:
-  Questions(App& app, MapSocket& listener, Operator& actions);
+  explicit Questions(Operator& actions);
 
   QByteArray Status(const Request& request);
   QByteArray Users(const Request& request);
@@ -26,8 +24,6 @@ class Questions {
   QByteArray Settings(const Request& request);
 
  private:
-  App& myApp;
-  MapSocket& myListener;
   Operator& myActions;
   Rates myRates;
   const QDateTime myStart = QDateTime::currentDateTimeUtc();

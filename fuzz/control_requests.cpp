@@ -13,12 +13,9 @@
 #include <QLocalSocket>
 #include <QTemporaryDir>
 
+#include "app/app.h"
 #include "control/commands.h"
 #include "control/control_connection.h"
-#include "control/server_log.h"
-#include "server/app.h"
-#include "server/map_socket.h"
-#include "server/operator.h"
 #include "tests/support/other_program.h"
 
 namespace {
@@ -43,11 +40,8 @@ class Server {
  public:
   Server() {
     Expect(myApp.Open(), "the server starts");
-    myListener = std::make_shared<MapSocket>(myApp.Loop(), myApp.serverdb(), myApp.Locations(),
-                                             myApp.RulesInForce());
-    myActions = std::make_unique<Operator>(myApp, *myListener);
-    Expect(myActions->AddNetwork("North", "secret", 5, true), "a network");
-    myCommands = std::make_unique<Commands>(myApp, *myListener, *myActions, myLog);
+    Expect(myApp.Actions().AddNetwork("North", "secret", 5, true), "a network");
+    myCommands = std::make_unique<Commands>(myApp.Actions());
     Expect(mySocket.listen(myFolder.filePath(QStringLiteral("control"))), "a socket");
     myClient.connectToServer(mySocket.fullServerName());
     Expect(mySocket.waitForNewConnection(1000), "a connection");
@@ -67,9 +61,6 @@ class Server {
  private:
   QTemporaryDir myFolder;
   App myApp{NewFolder(myFolder).path(), [](const MessageBox&) { return MessageBox::Answer(); }};
-  ServerLog myLog{myFolder.path()};
-  std::shared_ptr<MapSocket> myListener;
-  std::unique_ptr<Operator> myActions;
   std::unique_ptr<Commands> myCommands;
   QLocalServer mySocket;
   QLocalSocket myClient;

@@ -3,11 +3,11 @@
 #include <cstddef>
 #include <string>
 
-#include <QImage>
+#include <QByteArray>
 
 namespace corvane {
 
-// Where a client's address is, as far as it is known. Empty texts and a null picture are unknown.
+// Where a client's address is, as far as it is known. What is empty is unknown.
 struct ClientLocation {
   // Of a text, in bytes: a session keeps what it was told as long as it lasts.
   static constexpr std::size_t kLongestText = 256;
@@ -17,7 +17,7 @@ struct ClientLocation {
   std::string city;
   std::string zip;
   std::string timeZone;
-  QImage flag;
+  QByteArray flag;  // a picture, as the service sent it
 };
 
 }  // namespace corvane

@@ -3,8 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include <QBuffer>
-#include <QImageReader>
 #include <QUrl>
 
 #include "framework/plain_file.h"
@@ -21,7 +19,6 @@ constexpr auto kPageTimeout = 2s;
 constexpr auto kFlagTimeout = 30s;
 constexpr std::int64_t kMaxBytes = 1024 * 1024;
 constexpr std::size_t kMostFlagDownloads = 64;
-constexpr int kLargestFlag = 512;  // pixels, each way
 
 // A request about the client's address, which ends the query.
 HttpRequest RequestAbout(const std::string& address, std::string_view service,
@@ -32,18 +29,6 @@ HttpRequest RequestAbout(const std::string& address, std::string_view service,
   request.timeout = timeout;
   request.maxBytes = kMaxBytes;
   return request;
-}
-
-// The picture; null where the bytes are none, or one that is no flag's.
-QImage Picture(QByteArray& bytes) {
-  QBuffer buffer(&bytes);
-  QImageReader reader(&buffer);
-  // Of other formats a few bytes can take seconds and gigabytes to read, whatever the size.
-  const QByteArray format = reader.format();
-  if (format != "gif" && format != "bmp") return {};
-  const QSize size = reader.size();
-  if (!size.isValid() || size.width() > kLargestFlag || size.height() > kLargestFlag) return {};
-  return reader.read();
 }
 
 }  // namespace
@@ -78,7 +63,7 @@ std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address,
     if (!myFlagAddress.empty()) {
       StartFlagDownload(address);
       // The file as it is now, without waiting for the download: deliberate.
-      if (const QImage flag = FlagInFile(); !flag.isNull()) location.flag = flag;
+      if (const QByteArray& flag = FlagInFile(); !flag.isEmpty()) location.flag = flag;
     }
     found(location);
   };
@@ -109,12 +94,9 @@ void LocationLookup::StartFlagDownload(const std::string& address) {
       std::move(request), [this, number](const HttpReply&) { myDownloads.erase(number); });
 }
 
-QImage LocationLookup::FlagInFile() {
+const QByteArray& LocationLookup::FlagInFile() {
   QByteArray bytes = ReadPlainFile(myFlagFile, kMaxBytes).value_or(QByteArray());
-  if (bytes != myFlagBytes) {
-    myFlag = Picture(bytes);
-    myFlagBytes = std::move(bytes);
-  }
+  if (bytes != myFlag) myFlag = std::move(bytes);
   return myFlag;
 }
 

@@ -7,7 +7,6 @@
 #include <string>
 
 #include <QByteArray>
-#include <QImage>
 #include <QString>
 
 #include "framework/http_client.h"
@@ -57,8 +56,9 @@ class LocationLookup {
 
  private:
   void StartFlagDownload(const std::string& address);
-  // None where the file holds no picture.
-  QImage FlagInFile();
+  // Empty where there is none. What the file holds, as long as that is the same, stands in memory
+  // once for all clients.
+  const QByteArray& FlagInFile();
 
   const QString myTemporaryFolder;
   const QString myFlagFile;
@@ -69,9 +69,7 @@ class LocationLookup {
   std::string myFlagAddress;
   std::map<std::uint64_t, std::unique_ptr<HttpTransfer>> myDownloads;
   std::uint64_t myDownloadNumber = 0;
-  // What the file held when last looked at, and the picture in it.
-  QByteArray myFlagBytes;
-  QImage myFlag;
+  QByteArray myFlag;
 };
 
 }  // namespace corvane

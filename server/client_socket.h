@@ -9,7 +9,6 @@
 #include <vector>
 
 #include <QDateTime>
-#include <QImage>
 
 #include "net/easy_tcp_socket.h"
 #include "server/address_table.h"
@@ -81,7 +80,7 @@ class ClientSocket : public EasyTCPSocket {
   std::string ClientCity;
   std::string ClientZip;
   std::string ClientTimeZone;
-  QImage ClientFlag;
+  QByteArray ClientFlag;
 
   // Whether the client's address is banned now.
   bool isBanned() const;

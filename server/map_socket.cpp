@@ -76,7 +76,7 @@ void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
 
 void MapSocket::CallStatusMessage(StatusParts parts) {
   const std::string line = StatusLine(parts);
-  if (StatusMessage) StatusMessage(*this, line);
+  StatusMessage(*this, line);
   if (Logged) Logged(HasLongName(parts) ? LogLine(parts) : line);
 }
 
@@ -89,11 +89,11 @@ void MapSocket::Note(const std::string& line) const {
 }
 
 void MapSocket::CallUserLoggedIn(ClientSocket& client) {
-  if (UserLoggedIn) UserLoggedIn(*this, SessionOf(client));
+  UserLoggedIn(*this, SessionOf(client));
 }
 
 void MapSocket::CallUserLoggedOut(ClientSocket& client) {
-  if (UserLoggedOut) UserLoggedOut(*this, SessionOf(client));
+  UserLoggedOut(*this, SessionOf(client));
 }
 
 void MapSocket::BroadcastPosition(ClientSocket& sender) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "framework/signal.h"
 #include "framework/status_line.h"
 #include "geo/location_lookup.h"
 #include "net/server_socket.h"
@@ -33,13 +34,13 @@ class MapSocket : public ServerSocket {
   MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations, Rules rules);
   ~MapSocket() override;
 
-  // Events. A handler that is not set is not called.
-  std::function<void(MapSocket&, const std::string&)> StatusMessage;
-  std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedIn;
-  std::function<void(MapSocket&, const std::shared_ptr<ClientSocket>&)> UserLoggedOut;
+  // Events.
+  Signal<MapSocket&, const std::string&> StatusMessage;
+  Signal<MapSocket&, const std::shared_ptr<ClientSocket>&> UserLoggedIn;
+  Signal<MapSocket&, const std::shared_ptr<ClientSocket>&> UserLoggedOut;
 
   // Events: a status line for the log; and what an operator or administrator did, for the log and
-  // its audit.
+  // its audit. A handler that is not set is not called.
   std::function<void(const std::string&)> Logged;
   std::function<void(const std::string&)> Audited;
 

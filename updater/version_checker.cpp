@@ -43,14 +43,11 @@ void VersionChecker::Decide(const HttpReply& reply, bool quiet) {
   const std::optional<CatalogueEntry> entry =
       FindInCatalogue({reply.body.constData(), static_cast<std::size_t>(reply.body.size())},
                       mAppName, DownloadElement());
-  // Copies, since either callee may destroy this object.
   if (entry && RunningVersion().build < entry->Build()) {
-    const auto updateFound = UpdateFound;
-    if (updateFound) {
-      updateFound({mAppName, entry->FullVersion(), entry->changes, entry->download,
-                   DownloadLocation, UseActualFilename});
-    }
+    UpdateFound({mAppName, entry->FullVersion(), entry->changes, entry->download, DownloadLocation,
+                 UseActualFilename});
   } else if (!quiet) {
+    // A copy, since it may destroy this object.
     const MessageBoxFunction showMessage = myShowMessage;
     showMessage(
         {MessageBox::Kind::Message, {}, "You have the most recent version of " + mAppName + "."});

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -8,6 +7,7 @@
 
 #include "framework/http_client.h"
 #include "framework/message_box.h"
+#include "framework/signal.h"
 
 namespace corvane {
 
@@ -36,7 +36,7 @@ class VersionChecker {
   void CheckForNewVersion(bool quiet);
 
   // Called from the event loop. Only the build numbers decide what is newer.
-  std::function<void(const Update&)> UpdateFound;
+  Signal<const Update&> UpdateFound;
 
   // Where the installer is to be saved, and whether under its name in the download address.
   QString DownloadLocation;

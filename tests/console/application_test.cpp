@@ -22,7 +22,7 @@ TEST_F(ApplicationTest, ErrorOfAHandlerEndsInTheLastResort) {
     myApp.LastResort();  // speaks once
   };
   const auto ann = LoggedIn("Ann");
-  TestClient newcomer(myWindow->sSocket->Port());
+  TestClient newcomer(myApp.Listener().Port());
   ASSERT_EQ(newcomer.Receive(), (WireMessage{1, "Network"}));
   const auto ben = LoggedIn("Ben");
   // An error that is thrown through Qt's handling of a click leaves memory of Qt's behind.

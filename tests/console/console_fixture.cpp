@@ -7,7 +7,6 @@
 #include <QMenuBar>
 
 #include "framework/text.h"
-#include "storage/app_settings.h"
 
 namespace corvane {
 
@@ -79,18 +78,10 @@ std::vector<QDialog*> Dialogs() {
   return dialogs;
 }
 
-ConsoleTest::ConsoleTest(bool isHardened) {
-  const QString file = myFolder.filePath("serverdb.rsd");
-  MakeDatabase(file);
-  OtherProgram(file).Run(
-      "INSERT INTO networks VALUES ('North','secret',5,1),('So\nuth','secret',5,1)");
-  AppSettings settings(myFolder.path());
-  settings.SetValue("AttachedNIC", "none");
-  settings.SetValue("AttachedPort", "0");
-  if (isHardened) settings.SetValue("Hardened", "1");
-  settings.SetValue("UpdateAddress", myWebServer.Address());
-  EXPECT_TRUE(myApp.Open());
+ConsoleTest::ConsoleTest() {
   myWindow.emplace(myApp, [this] { return myHasTray; });
+  // Who is logged in has a row.
+  myRows = myApp.Listener().UserLoggedIn.Connect([this](auto&&...) { myWindow->Users().Update(); });
   myWindow->Open();
   EXPECT_TRUE(QTest::qWaitForWindowActive(&*myWindow));
 }
@@ -106,18 +97,6 @@ bool ConsoleTest::Shows(const std::string& line) {
 std::vector<std::string> ConsoleTest::Users() {
   myWindow->Users().Update();
   return RowTexts(myWindow->Users());
-}
-
-std::string ConsoleTest::Query(const std::string& statements) {
-  return OtherProgram(myFolder.filePath("serverdb.rsd")).Run(statements);
-}
-
-std::unique_ptr<TestClient> ConsoleTest::LoggedIn(const std::string& user,
-                                                  const std::string& network, const char* from) {
-  auto client = std::make_unique<TestClient>(myWindow->sSocket->Port(), from);
-  EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
-  myWindow->Users().Update();
-  return client;
 }
 
 void ConsoleTest::OpenContextMenu(ListBox& list, int row) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -9,16 +8,10 @@
 
 #include <QDialog>
 #include <QMenu>
-#include <QTemporaryDir>
 #include <QTest>
-#include <gmock/gmock.h>
 
 #include "console/wnd_main.h"
-#include "server/app.h"
-#include "server/client_socket.h"
-#include "tests/support/other_program.h"
-#include "tests/support/test_client.h"
-#include "tests/support/web_server.h"
+#include "tests/app/app_fixture.h"
 
 namespace corvane {
 
@@ -44,22 +37,15 @@ void Choose(const QString& caption);
 // All that there are, shown or not.
 std::vector<QDialog*> Dialogs();
 
-// A server with the operator's window on the networks "North" and "So\nuth", both with the
-// password "secret" and five seats.
-class ConsoleTest : public testing::Test {
+// A server with the operator's window.
+class ConsoleTest : public AppFixture {
  protected:
-  explicit ConsoleTest(bool isHardened = false);
+  ConsoleTest();
 
   // The rows of the users' list, "name|network".
   std::vector<std::string> Users();
   // Whether the status log comes to hold the line, its time aside.
   bool Shows(const std::string& line);
-  std::string Query(const std::string& statements);
-  // A client that is logged in and has its row.
-  std::unique_ptr<TestClient> LoggedIn(const std::string& user,
-                                       const std::string& network = "North",
-                                       const char* from = "127.0.0.1");
-
   // Opens the list's context menu with a right click on the row, or by key where it is -1.
   static void OpenContextMenu(ListBox& list, int row);
   // The same, and clicks on an item.
@@ -78,20 +64,11 @@ class ConsoleTest : public testing::Test {
   // Whether no dialog is open; lets a closed one destroy itself.
   bool NoneIsOpen();
 
-  QTemporaryDir myFolder;
-  WebServer myWebServer;
   bool myHasTray = true;
-  // What the operator was told, "title? text" where it was a question, and what he answers.
-  std::vector<std::string> myBoxes;
-  MessageBox::Answer myAnswer = MessageBox::Answer::OK;
-  App myApp{myFolder.path(), [this](const MessageBox& box) {
-              const bool asks = box.kind == MessageBox::Kind::Question;
-              myBoxes.push_back(asks ? box.title + "? " + box.text : box.text);
-              return myAnswer;
-            }};
   std::optional<wndMain> myWindow;
 
  private:
+  SignalConnection myRows;
   QDialog* FindDialog(const char* name);
 };
 

@@ -51,7 +51,7 @@ TEST_F(ContextMenusTest, DeletedNetworkSendsItsUsersAwayOnceConfirmed) {
   EXPECT_EQ(ann->Receive(), (WireMessage{999, "BYE"}));
   EXPECT_EQ(Query("SELECT name FROM networks"), "So\nuth;");
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("So\\nuth"));
-  EXPECT_EQ(myWindow->sSocket->FindNetwork("North"), nullptr);
+  EXPECT_EQ(myApp.Listener().FindNetwork("North"), nullptr);
   EXPECT_THAT(ben->Drain(), IsEmpty());
 }
 

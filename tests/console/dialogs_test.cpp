@@ -68,7 +68,7 @@ TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersInWhateverItsName) {
   }
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth", "North", "O'Brien"));
   EXPECT_EQ(Query("SELECT * FROM networks WHERE rowid > 2"), "North|s3|5|1;O'Brien|s3|5|1;");
-  TestClient ann(myWindow->sSocket->Port());
+  TestClient ann(myApp.Listener().Port());
   EXPECT_TRUE(ann.LogIn("O'Brien", "s3", "Ann"));
 
   // Only its row cannot be changed.
@@ -153,7 +153,7 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
   const std::vector<NetworkInterface> interfaces = {{"00:1A:2B:3C:4D:5E", "192.0.2.1"},
                                                     {"00:1A:2B:3C:4D:5F", "192.0.2.2"}};
   const auto open = [&] {
-    auto* settings = new wndSettings(myApp, myWindow->Actions(), interfaces, *myWindow);
+    auto* settings = new wndSettings(myApp.Actions(), interfaces, *myWindow);
     settings->open();
     return settings;
   };

@@ -39,7 +39,7 @@ TEST_F(EditMenuTest, ActsOnTheTextFieldWithTheFocus) {
 
 TEST_F(EditMenuTest, CopiesTheSelectedRowsOfAList) {
   for (const std::string line : {"one", "two", "three"})
-    myWindow->sSocket->CallStatusMessage({line});
+    myApp.Listener().CallStatusMessage({line});
   ASSERT_TRUE(Shows("three"));
   const StatusLogModel& status = myWindow->Status();
   ClickRow(*myWindow->lstStatus, 1);

@@ -32,7 +32,7 @@ TEST_F(WndMainTest, ShowsItsNetworksAndEachUserFromLogInToLogOut) {
 TEST_F(WndMainTest, ShowsTheNewestLineUntilTheLogIsCleared) {
   StatusLogModel& status = myWindow->Status();
   for (int i = 0; i < 200; ++i)
-    myWindow->sSocket->CallStatusMessage({std::to_string(i)});
+    myApp.Listener().CallStatusMessage({std::to_string(i)});
   ASSERT_TRUE(QTest::qWaitFor([&] { return status.rowCount() == 201; }));
   EXPECT_TRUE(RowText(status, 200).ends_with("] 199"));
   const QRect viewport = myWindow->lstStatus->viewport()->rect();
@@ -79,7 +79,7 @@ TEST_F(WndMainTest, SaysOnStandardErrorWhyItDoesNotListen) {
   } cases[] = {{taken, std::system_category().message(kAddressInUse)},
                {"70000", "there is no such port"}};
   for (const auto& row : cases) {
-    myWindow->sSocket->StopListening();
+    myApp.Listener().StopListening();
     myApp.Settings().SetValue("AttachedPort", row.port.toStdString());
     testing::internal::CaptureStderr();
     myWindow->Open();
@@ -96,7 +96,7 @@ TEST_F(WndMainTest, StartsInTheTrayOrMinimisedWhereThatIsSet) {
     window.Open();
     EXPECT_EQ(window.isVisible(), !hasTray);
     EXPECT_EQ(window.isMinimized(), !hasTray);
-    EXPECT_TRUE(window.sSocket->IsListening());
+    EXPECT_TRUE(window.sSocket.IsListening());
     window.ShowWindow();
     EXPECT_TRUE(window.isVisible() && !window.isMinimized());
   }

@@ -11,13 +11,12 @@
 #include <QTimer>
 #include <gmock/gmock.h>
 
-#include "console/application.h"
+#include "app/server_application.h"
 #include "control/commands.h"
 #include "control/control_name.h"
 #include "control/control_server.h"
-#include "control/server_log.h"
 #include "framework/text.h"
-#include "tests/console/console_fixture.h"
+#include "tests/app/app_fixture.h"
 
 namespace corvane {
 namespace {
@@ -31,21 +30,14 @@ struct Outcome {
 };
 
 // Ann and Bob are on the network North of a server that listens on its folder's local socket.
-class ControlTest : public ConsoleTest {
- public:
-  ~ControlTest() override {
-    // The log goes before the server.
-    myWindow->sSocket->Logged = nullptr;
-    myApp.serverdb().Complained = nullptr;
-  }
-
+class ControlTest : public AppFixture {
  protected:
-  explicit ControlTest(bool isHardened = false) : ConsoleTest(isHardened) {
+  explicit ControlTest(bool isHardened = false) : AppFixture(isHardened) {
+    myApp.LoadServerSocket();
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
-    myWindow->sSocket->Logged = [this](const std::string& line) { log.Write(line); };
-    myWindow->sSocket->Audited = [this](const std::string& line) { log.WriteAudit(line); };
-    myApp.serverdb().Complained = [this](const std::string& text) { log.Write(text); };
+    ann = LoggedIn("Ann");
+    bob = LoggedIn("Bob", "North", "127.0.0.2");
   }
 
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
@@ -70,10 +62,10 @@ class ControlTest : public ConsoleTest {
 
   std::string followed;
   ControlServer control;
-  ServerLog log{myFolder.path()};
-  Commands commands{myApp, *myWindow->sSocket, myWindow->Actions(), log};
-  std::unique_ptr<TestClient> ann = LoggedIn("Ann");
-  std::unique_ptr<TestClient> bob = LoggedIn("Bob", "North", "127.0.0.2");
+  ServerLog& log = myApp.Log();
+  Commands commands{myApp.Actions()};
+  std::unique_ptr<TestClient> ann;
+  std::unique_ptr<TestClient> bob;
 };
 
 TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
@@ -214,7 +206,7 @@ TEST_F(ControlTest, CommandsAnswerAndActOnTheServer) {
 }
 
 TEST_F(ControlTest, AddressAndPortAreNoNameUnlessSaid) {
-  const QString peer = DisplayText(myWindow->Users().ClientAt(1)->PeerName());
+  const QString peer = DisplayText(myApp.Actions().FindUser("Bob", true)->PeerName());
   const auto eve = LoggedIn(TextFromDisplay(peer), "North", "127.0.0.3");
   EXPECT_THAT(Run({"kick", peer, "x"}).text, HasSubstr("Kicked Bob."));
   EXPECT_EQ(Run({"disconnect", peer}).exitCode, 0);
@@ -237,27 +229,6 @@ TEST_F(ControlTest, WhatDidNotWorkIsTold) {
   OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE b RENAME TO bans");
   EXPECT_TRUE(PumpUntil([&] { return Query("SELECT count(*) FROM bans") == "2;"; }));
   EXPECT_EQ(Run({"unban", "2000000001"}).text, "Lifted 1 ban(s).\n") << "as it was listed before";
-  if (!QFile::exists("/dev/full")) return;
-  for (const QStringList& command : {QStringList{"status"}, {"users", "--json"}, {"help"}}) {
-    QProcess program;
-    program.setStandardOutputFile("/dev/full");
-    program.start(QStringLiteral(CORVANECTL),
-                  QStringList{"--data-folder", myFolder.path()} + command);
-    EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
-    EXPECT_EQ(program.exitCode(), 4);
-    EXPECT_THAT(program.readAllStandardError().toStdString(), HasSubstr("standard output: "));
-  }
-}
-
-TEST_F(ControlTest, WindowShowsWhatWasDone) {
-  EXPECT_EQ(Run({"network", "add", "Guild"}, "x\n").exitCode, 0);
-  EXPECT_THAT(RowTexts(myWindow->Networks()), testing::Contains("Guild"));
-  EXPECT_EQ(Run({"network", "delete", "Guild"}).exitCode, 0);
-  EXPECT_THAT(RowTexts(myWindow->Networks()), testing::Not(testing::Contains("Guild")));
-  EXPECT_EQ(Run({"disconnect", "Ann"}).exitCode, 0);
-  EXPECT_TRUE(Shows("Admin Force Kicked Ann"));
-  EXPECT_TRUE(ann->WasClosedByServer());
-  EXPECT_THAT(Users(), ElementsAre("Bob|North"));
 
   // A folder in its place, since a full disk is hard to have.
   QDir data(myFolder.path());
@@ -268,6 +239,17 @@ TEST_F(ControlTest, WindowShowsWhatWasDone) {
   EXPECT_EQ(myApp.Settings().GetValue("AttachedPort", ""), "0");
   EXPECT_THAT(Run({"log", "--lines", "1"}).text,
               HasSubstr("corvanectl: AttachedPort was not saved: "));
+
+  if (!QFile::exists("/dev/full")) return;
+  for (const QStringList& command : {QStringList{"status"}, {"users", "--json"}, {"help"}}) {
+    QProcess program;
+    program.setStandardOutputFile("/dev/full");
+    program.start(QStringLiteral(CORVANECTL),
+                  QStringList{"--data-folder", myFolder.path()} + command);
+    EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
+    EXPECT_EQ(program.exitCode(), 4);
+    EXPECT_THAT(program.readAllStandardError().toStdString(), HasSubstr("standard output: "));
+  }
 }
 
 TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
@@ -290,16 +272,16 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
   EXPECT_EQ(carl->Receive(), (WireMessage{998, "This network has been removed from the server."}));
   EXPECT_EQ(carl->Receive(), (WireMessage{999, "BYE"}));
   EXPECT_TRUE(ann->HearsNothing()) << "its network only changed";
-  EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "North", "SO\\nUTH"));
-  EXPECT_FALSE(TestClient(myWindow->sSocket->Port()).LogIn("So\nuth", "new", "Eve"));
+  EXPECT_EQ(myApp.Actions().Networks().size(), 3U);
+  EXPECT_FALSE(TestClient(myApp.Listener().Port()).LogIn("So\nuth", "new", "Eve"));
   Query("UPDATE networks SET users=3 WHERE name='North' AND enabled");
   commands.ReloadForSignal();
-  EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "new", "Eve"));
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "new", "Eve"));
   EXPECT_THAT(Run({"log", "--lines", "20"}).text,
               HasSubstr("SIGHUP: reload: changed network North"));
   Query("UPDATE networks SET pass='newest' WHERE name='North' AND enabled");
   commands.ReloadForSignal();
-  EXPECT_TRUE(TestClient(myWindow->sSocket->Port()).LogIn("North", "newest", "Eve"));
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "newest", "Eve"));
 
   Query("ALTER TABLE networks RENAME TO n");
   const Outcome failed = Run({"reload"});
@@ -309,11 +291,11 @@ TEST_F(ControlTest, ReloadDoesWhatWasDoneToTheDatabase) {
   if (QFile::rename(myFolder.filePath("serverdb.rsd"), myFolder.filePath("old.rsd"))) {
     EXPECT_THAT(Run({"reload"}).text, HasSubstr("database: the file was replaced"));
   }
-  EXPECT_EQ(myWindow->Networks().rowCount(), 3) << "a fault changes nothing";
+  EXPECT_EQ(myApp.Actions().Networks().size(), 3U) << "a fault changes nothing";
 }
 
 TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
-  TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
+  TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
   ASSERT_TRUE(stranger.Receive());
   Query("DELETE FROM networks WHERE name='North'");
   for (const QStringList& command :
@@ -328,7 +310,7 @@ TEST_F(ControlTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
   EXPECT_TRUE(ann->HearsNothing());
   EXPECT_TRUE(myBoxes.empty());
   // With force it is as from the window.
-  auto& application = dynamic_cast<Application&>(*QCoreApplication::instance());
+  auto& application = dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
   application.LastResort = [this] { myApp.LastResort(); };
   QLocalSocket client;
   client.connectToServer(ControlName(myFolder.path()));
@@ -344,7 +326,7 @@ class HardenedControlTest : public ControlTest {
 };
 
 TEST_F(HardenedControlTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
-  TestClient stranger(myWindow->sSocket->Port(), "127.0.0.7");
+  TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
   ASSERT_TRUE(stranger.Receive());
   EXPECT_EQ(Run({"message", "x"}).exitCode, 0);
   EXPECT_EQ(ann->Receive(), (WireMessage{998, "x"}));
@@ -423,7 +405,7 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
-  EXPECT_TRUE(myWindow->Actions().MakeAdmin(*myWindow->Users().ClientAt(0)));
+  EXPECT_TRUE(myApp.Actions().MakeAdmin(*myApp.Actions().FindUser("Ann", true)));
   ann->Send(10, "Bob|go\nnow");
   EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
   Run({"set", "AttachedPort", "1"});
@@ -493,7 +475,7 @@ TEST_F(ControlTest, BackupIsWholeWhileTheDatabaseIsUsed) {
   int banned = 0;
   QTimer bans;
   QObject::connect(&bans, &QTimer::timeout, [&] {
-    myWindow->Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
+    myApp.Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
   });
   bans.start(std::chrono::milliseconds(5));
   Outcome made = Run({"backup", file});

@@ -43,11 +43,10 @@ TEST_F(AdminTest, KickSendsTheNoticeAndNamesTheLastOneExamined) {
 
 TEST_F(AdminTest, BanStoresARowThatListAndLiftUse) {
   std::vector<std::string> stored;
-  server.listener->StatusMessage = [&](MapSocket&, const std::string& text) {
-    server.status.push_back(text);
+  const auto connection = server.listener->StatusMessage.Connect([&](MapSocket&, const auto&) {
     stored.push_back(server.Query("SELECT count(*) FROM bans"));
     server.SessionOf("Bob")->SendMessage(998, "after the line");
-  };
+  });
   ann->SendBytes(WireBytes(9, "") + WireBytes(11, "bob|it's spam") + WireBytes(11, "Eve|x"));
   EXPECT_THAT(ann->Drain(), ElementsAre(WireMessage{9, "1"}));
   EXPECT_THAT(bob->Drain(),

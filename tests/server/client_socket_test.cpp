@@ -277,10 +277,10 @@ TEST_F(UsersTest, NothingCountsBeforeTheLogIn) {
 TEST_F(ClientSocketTest, LeavesOnceHoweverItsConnectionEnds) {
   const auto bob = LoggedIn("Bob");
   const auto eve = LoggedIn("Eve", "B");
-  server.listener->UserLoggedOut = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-    server.status.push_back("out " + client->Username());
+  const auto connection = server.listener->UserLoggedOut.Connect([&](MapSocket&, const auto& user) {
+    server.status.push_back("out " + user->Username());
     server.SessionOf("Bob")->SendMessage(998, "out");
-  };
+  });
   const struct {
     std::string name;
     std::function<void(TestClient&)> end;
@@ -320,9 +320,8 @@ TEST_F(ClientSocketTest, LeavesOnceHoweverItsConnectionEnds) {
 }
 
 TEST_F(ClientSocketTest, HasItsRowBeforeItIsToldSo) {
-  server.listener->UserLoggedIn = [](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-    client->SendMessage(998, client->Username());
-  };
+  const auto connection = server.listener->UserLoggedIn.Connect(
+      [](MapSocket&, const auto& user) { user->SendMessage(998, user->Username()); });
   const auto ann = Greeted();
   EXPECT_EQ(Ask(*ann, 1, "A"), "OK");
   EXPECT_EQ(Ask(*ann, 2, PasswordDigest("secret")), "OK");

@@ -32,13 +32,16 @@ TestServer::TestServer(std::int32_t port, const Rules& rules,
   MakeDatabase(file);
   if (!database.Connect(file)) std::abort();
   listener = std::make_shared<MapSocket>(loop, database, locations, rules);
-  listener->StatusMessage = [this](MapSocket&, const std::string& text) { status.push_back(text); };
-  listener->UserLoggedIn = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-    events.push_back("in " + client->Username());
-  };
-  listener->UserLoggedOut = [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-    events.push_back("out " + client->Username());
-  };
+  myConnections = {listener->StatusMessage.Connect(
+                       [this](MapSocket&, const std::string& text) { status.push_back(text); }),
+                   listener->UserLoggedIn.Connect(
+                       [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
+                         events.push_back("in " + client->Username());
+                       }),
+                   listener->UserLoggedOut.Connect(
+                       [this](MapSocket&, const std::shared_ptr<ClientSocket>& client) {
+                         events.push_back("out " + client->Username());
+                       })};
   listener->NetworkInterface = NetworkInterface{"", "127.0.0.1"};
   listener->SetPort(port);
   listener->SetMaximumSocketsConnected(100'000);

@@ -57,6 +57,9 @@ class TestServer {
   DatabaseConnection database;
   LocationLookup locations{"Corvane-Test/1.2", folder.path()};
   std::shared_ptr<MapSocket> listener;
+
+ private:
+  std::vector<SignalConnection> myConnections;
 };
 
 }  // namespace corvane

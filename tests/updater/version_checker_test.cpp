@@ -36,10 +36,10 @@ class VersionCheckerTest : public testing::Test {
       return MessageBox::Answer::OK;
     };
     checker = std::make_unique<VersionChecker>(address, "CorvaneServer", client, showMessage);
-    checker->UpdateFound = [this](const Update& update) {
+    connection = checker->UpdateFound.Connect([this](const Update& update) {
       checker.reset();
       said = update.appName + " " + update.newVersion + " " + update.downloadURL;
-    };
+    });
   }
   // Waits for what comes of a check, after which the checker is gone.
   std::string Said() {
@@ -51,6 +51,7 @@ class VersionCheckerTest : public testing::Test {
   HttpClient client{"Corvane-Test/1.2"};
   std::string said;
   std::unique_ptr<VersionChecker> checker;
+  SignalConnection connection;
 };
 
 TEST_F(VersionCheckerTest, TellsOfANewerBuildOrUnlessQuietThatThereIsNone) {

@@ -1,16 +1,22 @@
-#include "server/app.h"
+#include "app/app.h"
 
 #include <algorithm>
 #include <limits>
+#include <system_error>
 #include <utility>
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
+#include "app/write_faults.h"
 #include "framework/exceptions.h"
 #include "framework/numbers.h"
+#include "framework/service_manager.h"
+#include "framework/standard_error.h"
+#include "framework/status_line.h"
 #include "framework/text.h"
+#include "server/setting.h"
 #include "storage/schema_check.h"
 #include "updater/version.h"
 
@@ -29,25 +35,61 @@ std::int32_t Clamped(std::int64_t number) {
   return static_cast<std::int32_t>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
 }
 
+std::string WhyNotListening(const MapSocket& listener) {
+  constexpr int kHighestPort = 65535;
+  const int port = listener.Port();
+  const std::string reason =
+      port < 0 || port > kHighestPort
+          ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
+          : std::system_category().message(listener.LastErrorCode());
+  return "Cannot listen on port " + std::to_string(port) + ": " + reason;
+}
+
 }  // namespace
 
 App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
     : myDataFolder(std::move(dataFolder)),
-      myShowMessage(std::move(showMessage)),
+      myLog(myDataFolder),
+      myShowMessage([this, show = std::move(showMessage)](const MessageBox& box) {
+        if (box.kind == MessageBox::Kind::Message) myLog.Write(StatusLine({box.text}));
+        return show(box);
+      }),
       mySettings(myDataFolder),
       myLocations(UserAgent(), QDir::tempPath()),
       myHttp(UserAgent()),
-      myLoop([this] { LastResort(); }) {}
+      myLoop([this] { LastResort(); }) {
+  const auto writeLine = [this](const std::string& text) { myLog.Write(StatusLine({text})); };
+  mySettings.Complained = writeLine;
+  myDatabase.Complained = writeLine;
+  myLocations.Told = writeLine;
+}
 
 App::~App() = default;
 
 bool App::Open() {
+  if (myDataFolder) TellFaults(WriteFaults(*myDataFolder));
   mySettings.Load();
   myRules = Rules::FromSettings(mySettings);
   myNetworkRecords.emplace(myDatabase, myRules->statementValues);
   OpenLocations();
   myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
-  return OpenDatabase();
+  if (!OpenDatabase()) return false;
+  OpenListener();
+  TellFaults(FaultsOf(mySettings));
+  const std::string rules = "Rules in force: " + std::string(myRules->name);
+  WriteErrorLine(rules);
+  myLog.WriteAudit("Started, version " + RunningVersion().FullVersion());
+  myLog.WriteAudit(rules);
+  return true;
+}
+
+void App::OpenListener() {
+  myListener = std::make_shared<MapSocket>(myLoop, myDatabase, myLocations, *myRules);
+  myActions.emplace(*this, *myListener);
+  myListener->Logged = [this](const std::string& line) { myLog.Write(line); };
+  myListener->Audited = [this](const std::string& line) { myLog.WriteAudit(line); };
+  myStatusLines = myListener->StatusMessage.Connect(
+      [this](MapSocket&, const std::string& text) { myOutput.WriteLine(myClock.Prefix() + text); });
 }
 
 void App::OpenLocations() {
@@ -62,6 +104,13 @@ void App::Tell(const std::string& text) {
   MessageBox box;
   box.text = text;
   myShowMessage(box);
+}
+
+void App::TellFaults(const std::vector<std::string>& faults) {
+  for (const std::string& fault : faults) {
+    WriteErrorLine(fault);
+    myLog.Write(StatusLine({fault}));
+  }
 }
 
 bool App::OpenDatabase() {
@@ -86,8 +135,8 @@ bool App::OpenDatabase() {
   return true;
 }
 
-void App::LoadServerSocket(MapSocket& listener,
-                           const std::function<void(const NetworkRef&)>& networkAdded) {
+void App::LoadServerSocket() {
+  MapSocket& listener = *myListener;
   const std::vector<NetworkInterface> interfaces = NetworkInterfaces();
   const std::string firstMac = interfaces.empty() ? std::string() : interfaces.front().MACAddress;
   const std::string wantedMac = mySettings.GetValue("AttachedNIC", firstMac);
@@ -104,10 +153,11 @@ void App::LoadServerSocket(MapSocket& listener,
   // Who connects during this loop finds the networks that are in the list so far.
   for (const NetworkRef& network : ReadNetworks().value_or(std::vector<NetworkRef>())) {
     listener.Networks.push_back(network);
-    networkAdded(network);
+    myActions->NetworkAdded(network);
     myLoop.GiveWay();
   }
   listener.CallStatusMessage({"Listening..."});
+  if (!listener.IsListening()) WriteErrorLine(WhyNotListening(listener));
 }
 
 std::optional<std::vector<NetworkRef>> App::ReadNetworks() {
@@ -120,6 +170,25 @@ std::optional<std::vector<NetworkRef>> App::ReadNetworks() {
                                                         row->Boolean("enabled")));
   }
   return networks;
+}
+
+int App::Run(int (*exec)(), std::function<void()> open) {
+  QMetaObject::invokeMethod(
+      qApp,
+      [this, open = std::move(open)] {
+        open();
+        if (myListener->IsListening()) TellServiceManager(ServiceState::Ready);
+      },
+      Qt::QueuedConnection);
+  QObject::connect(qApp, &QCoreApplication::aboutToQuit,
+                   [] { TellServiceManager(ServiceState::Stopping); });
+  const int code = exec();
+  myLog.WriteAudit("Ended with code " + std::to_string(code));
+  return code;
+}
+
+void App::QuitFor(const std::string& actor) {
+  myActions ? myActions->QuitFor(actor) : Quit();
 }
 
 void App::Quit(int code) {

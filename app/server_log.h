@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +8,7 @@
 #include <QString>
 
 #include "framework/log_file.h"
+#include "framework/signal.h"
 #include "framework/status_clock.h"
 
 namespace corvane {
@@ -21,8 +21,8 @@ class ServerLog {
   // Without a folder nothing is kept.
   explicit ServerLog(const std::optional<QString>& dataFolder);
 
-  // Event: a line was added, as it is in the file. A handler that is not set is not called.
-  std::function<void(const std::string& line)> Written;
+  // Event: a line was added, as it is in the file.
+  Signal<const std::string&> Written;
 
   // A line as LogLine makes it.
   void Write(std::string_view line);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -9,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include "framework/message_box.h"
+#include "framework/signal.h"
 #include "framework/status_line.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
@@ -17,12 +18,16 @@
 namespace corvane {
 
 class App;
+class AppSettings;
 class ClientSocket;
+class DatabaseConnection;
 class MapSocket;
+class PollLoop;
+class ServerLog;
 
-// Everything that an operator can do, one method an action. Windows and the local socket call it;
-// nothing else changes networks, bans, administrators and settings on an operator's behalf. Borrows
-// the application object and the listener.
+// Everything that an operator can do, one method an action, and what he is shown: all that windows
+// and the local socket know of the server. Nothing else changes networks, bans, administrators and
+// settings on an operator's behalf. Borrows the application object and the listener.
 //
 // An action is noted in the log, with its actor, before it is carried out. Methods that return bool
 // return whether it was stored. Where the database refuses that, standard error says so: a network
@@ -30,16 +35,15 @@ class MapSocket;
 // bans to be lifted stay.
 //
 // Re-entrancy: methods that walk over connections, networks or bans give way to the connections, so
-// sessions may come, act and go before these return. No method waits for a client, runs Qt's event
-// loop or opens a window.
+// sessions may come, act and go before these return. No method waits for a client, and none but
+// ShowMessage runs Qt's event loop or opens a window.
 class Operator {
  public:
   Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
 
-  // Events: a network was added to the list, or taken off it. A handler that is not set is not
-  // called.
-  std::function<void(const NetworkRef&)> NetworkAdded;
-  std::function<void(const NetworkRef&)> NetworkRemoved;
+  // Events: a network was added to the list, or taken off it.
+  Signal<const NetworkRef&> NetworkAdded;
+  Signal<const NetworkRef&> NetworkRemoved;
 
   // While one exists, what is done is noted as done by this actor; otherwise by "window". They end
   // in the reverse order.
@@ -56,9 +60,16 @@ class Operator {
     std::string myBefore;
   };
 
-  // Configures and starts the listener and loads its networks; to be called once. What goes wrong
-  // with listening is a status line.
-  void Start();
+  // Notes what is being done, and by whom.
+  void Note(StatusParts what);
+
+  // For those who show what there is; changes go by the methods below.
+  const MapSocket& Listener() const { return myListener; }
+  const DatabaseConnection& Database() const;
+  AppSettings& Settings() const;
+  PollLoop& Loop() const;
+  ServerLog& Log() const;
+  MessageBox::Answer ShowMessage(const MessageBox& box) const;
 
   // In the order in which they were added. Valid until one is added or removed.
   const std::vector<NetworkRef>& Networks() const;
@@ -108,8 +119,7 @@ class Operator {
   bool MakeAdmin(const std::string& name, const std::string& address,
                  const std::string& networkName);
 
-  // Sends a message, unless it is empty, to one network, or to all for the name "(All Networks)".
-  // Unless the rules have
+  // Sends a message to one network, or to all for the name "(All Networks)". Unless the rules have
   // it skipped, while a client is connected that has not chosen a network it throws
   // NilObjectException, as MapSocket::BroadcastMessage does.
   void Send(const std::string& text, const std::string& networkName);
@@ -128,14 +138,14 @@ class Operator {
   // None when the query fails.
   std::optional<std::vector<AdminsTable::Admin>> Admins();
 
-  // For the next start; whether it was saved. If not, the old value stays.
+  // For the next start. Returns whether the settings file was saved; if not, the old value stays.
   bool ChangeSetting(const std::string& name, const std::string& value);
   // Ends the program once its event loop runs again; harmless when it is ending.
   void Quit();
+  // The same on behalf of this actor.
+  void QuitFor(const std::string& actor);
 
  private:
-  // Notes what is being done, and by whom.
-  void Note(StatusParts what);
   void Enter(const NetworkRef& network);
 
   App& myApp;

@@ -1,11 +1,11 @@
-#include "server/operator.h"
+#include "app/operator.h"
 
 #include <algorithm>
 
+#include "app/app.h"
 #include "framework/address_ranges.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
-#include "server/app.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
 
@@ -46,10 +46,24 @@ void Operator::Note(StatusParts what) {
   myListener.Note(myActor + ": " + LogLine(what));
 }
 
-void Operator::Start() {
-  myApp.LoadServerSocket(myListener, [this](const NetworkRef& network) {
-    if (NetworkAdded) NetworkAdded(network);
-  });
+const DatabaseConnection& Operator::Database() const {
+  return myApp.serverdb();
+}
+
+AppSettings& Operator::Settings() const {
+  return myApp.Settings();
+}
+
+PollLoop& Operator::Loop() const {
+  return myApp.Loop();
+}
+
+ServerLog& Operator::Log() const {
+  return myApp.Log();
+}
+
+MessageBox::Answer Operator::ShowMessage(const MessageBox& box) const {
+  return myApp.ShowMessage(box);
 }
 
 const std::vector<NetworkRef>& Operator::Networks() const {
@@ -58,7 +72,7 @@ const std::vector<NetworkRef>& Operator::Networks() const {
 
 void Operator::Enter(const NetworkRef& network) {
   myListener.Networks.push_back(network);
-  if (NetworkAdded) NetworkAdded(network);
+  NetworkAdded(network);
 }
 
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
@@ -79,7 +93,7 @@ bool Operator::DeleteNetwork(const NetworkRef& network) {
   Note({"delete network ", Quoted(network->NetworkName)});
   myListener.RemoveNetwork(network);
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
-  if (NetworkRemoved) NetworkRemoved(network);
+  NetworkRemoved(network);
   return isStored;
 }
 
@@ -108,7 +122,7 @@ void Operator::Follow(const NetworkChanges& changes) {
   for (const NetworkRef& network : changes.removed) {
     Note({"reload: removed network ", Quoted(network->NetworkName)});
     myListener.RemoveNetwork(network);
-    if (NetworkRemoved) NetworkRemoved(network);
+    NetworkRemoved(network);
   }
   for (const auto& [network, stored] : changes.changed) {
     Note({"reload: changed network ", Quoted(network->NetworkName)});
@@ -232,6 +246,11 @@ bool Operator::ChangeSetting(const std::string& name, const std::string& value) 
 void Operator::Quit() {
   if (!myApp.IsQuitting()) Note({"quit"});
   myApp.Quit();
+}
+
+void Operator::QuitFor(const std::string& actor) {
+  const Acting acting(*this, actor);
+  Quit();
 }
 
 }  // namespace corvane

@@ -5,7 +5,7 @@
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 
-#include "control/write_faults.h"
+#include "app/write_faults.h"
 #include "tests/support/unprivileged_user.h"
 
 namespace corvane {

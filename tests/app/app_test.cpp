@@ -1,4 +1,4 @@
-#include "server/app.h"
+#include "app/app.h"
 
 #include <chrono>
 #include <functional>
@@ -117,19 +117,18 @@ class LoadTest : public AppTest {
   // Starts a server on the folder's files and calls back with what it loaded.
   void Load(const std::function<void(MapSocket&)>& look) {
     ASSERT_TRUE(app.Open());
-    const auto listener = std::make_shared<MapSocket>(app.Loop(), app.serverdb(), app.Locations(),
-                                                      app.RulesInForce());
-    listener->StatusMessage = [this](MapSocket&, const std::string& text) {
-      status.push_back(text);
-    };
     app.Settings().Complained = [this](const std::string& line) { told.push_back(line); };
     added = 0;
-    app.LoadServerSocket(*listener, [&](const NetworkRef&) {
+    MapSocket& listener = app.Listener();
+    const auto lines = listener.StatusMessage.Connect(
+        [this](MapSocket&, const std::string& text) { status.push_back(text); });
+    const auto networks = app.Actions().NetworkAdded.Connect([&](const NetworkRef&) {
       ++added;
-      EXPECT_TRUE(listener->IsListening()) << "clients may come while networks are loaded";
-      if (networkAdded) networkAdded(*listener);
+      EXPECT_TRUE(listener.IsListening()) << "clients may come while networks are loaded";
+      if (networkAdded) networkAdded(listener);
     });
-    look(*listener);
+    app.LoadServerSocket();
+    look(listener);
   }
 
   void Settings(const std::string& nic, const std::string& port) {

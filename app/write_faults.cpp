@@ -1,4 +1,4 @@
-#include "control/write_faults.h"
+#include "app/write_faults.h"
 
 #include <QDir>
 #include <QFile>

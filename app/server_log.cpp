@@ -1,4 +1,4 @@
-#include "control/server_log.h"
+#include "app/server_log.h"
 
 #include <QDir>
 
@@ -19,7 +19,7 @@ ServerLog::ServerLog(const std::optional<QString>& dataFolder)
 void ServerLog::Write(std::string_view line) {
   const std::string whole = myClock.Prefix() + std::string(line);
   myFile.WriteLine(whole);
-  if (Written) Written(whole);
+  Written(whole);
 }
 
 void ServerLog::WriteAudit(std::string_view line) {

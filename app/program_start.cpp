@@ -1,0 +1,35 @@
+#include "app/program_start.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+
+#include "framework/broken_pipes.h"
+#include "framework/caller.h"
+#include "framework/large_memory.h"
+#include "framework/qt_noise.h"
+#include "framework/standard_streams.h"
+#include "net/descriptor_limit.h"
+
+namespace corvane {
+
+void SetUpProcess() {
+  OpenStandardStreams();
+  IgnoreBrokenPipes();
+  RaiseDescriptorLimit();
+  ReturnLargeMemory();
+  DropQtNoise();
+  // Each report may take a turn of Qt's loop, and GLib's turns cost more than Qt's own.
+  if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
+}
+
+std::optional<int> AnswerCaller() {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(
+      "Serves the members of its networks; the settings are in its data folder.");
+  const auto answer = AnswerTo(QCoreApplication::arguments(), parser);
+  if (!answer) return std::nullopt;
+  TellCaller(*answer);
+  return answer->exitCode;
+}
+
+}  // namespace corvane

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+
+#include <QCoreApplication>
+#include <QEvent>
+
+#include "framework/text.h"
+#include "updater/version.h"
+
+namespace corvane {
+
+// Qt's application, with a window or without, taught two things: an error that an event handler
+// lets out ends in LastResort, and a request to quit (also the desktop's at the end of the session)
+// is carried out by Quit without asking the windows. Both do nothing until they are set.
+template <typename QtApplication>
+class ServerApplication : public QtApplication {
+ public:
+  ServerApplication(int& argc, char** argv) : QtApplication(argc, argv) {
+    QCoreApplication::setOrganizationName(QStringLiteral("Corvane"));
+    QCoreApplication::setApplicationName(QStringLiteral("Corvane Server"));
+    QCoreApplication::setApplicationVersion(DisplayText(RunningVersion().FullVersion()));
+  }
+
+  // Called inside the catch block.
+  std::function<void()> LastResort;
+  std::function<void()> Quit;
+
+  bool notify(QObject* receiver, QEvent* event) override {
+    try {
+      return QtApplication::notify(receiver, event);
+    } catch (...) {
+      if (!LastResort) throw;
+      LastResort();
+      return false;
+    }
+  }
+
+  bool event(QEvent* event) override {
+    if (event->type() != QEvent::Quit || !Quit) return QtApplication::event(event);
+    event->accept();
+    Quit();
+    return true;
+  }
+};
+
+}  // namespace corvane
