@@ -91,7 +91,7 @@ QByteArray Questions::Admins(const Request&) {
                 {"name", AnswerText(admin.name)},
                 {"network", AnswerText(admin.network)},
                 {"address", AnswerText(admin.address)}});
-    myApp.Loop().GiveWay();
+    myActions.Loop().GiveWay();
   }
   return answer.Line();
 }

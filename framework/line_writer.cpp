@@ -43,7 +43,8 @@ void LineWriter::WriteKept() {
 }
 
 void LineWriter::TellDropped() {
-  if (myDropped > 0) myKept += "(" + std::to_string(std::exchange(myDropped, 0)) + " lines dropped)\n";
+  if (myDropped > 0)
+    myKept += "(" + std::to_string(std::exchange(myDropped, 0)) + " lines dropped)\n";
 }
 
 void LineWriter::WriteInTime() {

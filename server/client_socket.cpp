@@ -204,8 +204,8 @@ std::chrono::nanoseconds ClientSocket::Charged(const Work& work) {
 PollLoop::Clock::duration ClientSocket::ReportWait() {
   const auto now = PollLoop::Clock::now();
   if (!myMessageTime) myMessageTime = now + kLongestReadersDelay;
-  myAwaitsReaders = now < *myMessageTime && myNetwork != nullptr &&
-                    myParent.Sessions().AreMostBehind(*myNetwork);
+  myAwaitsReaders =
+      now < *myMessageTime && myNetwork != nullptr && myParent.Sessions().AreMostBehind(*myNetwork);
   if (myAwaitsReaders) return kReadersDelay;
   myMessageTime.reset();
   return {};
@@ -231,8 +231,7 @@ PollLoop::Clock::duration ClientSocket::PasswordWait() {
   if (myState != State::WaitingPassword && myState != State::WaitingUserName) return {};
   // Whether it is right shows only then, so that who does not wait for an answer learns nothing.
   if (!myMessageTime) {
-    myMessageTime =
-        PollLoop::Clock::now() + myParent.Addresses().PasswordDelay(RemoteAddress());
+    myMessageTime = PollLoop::Clock::now() + myParent.Addresses().PasswordDelay(RemoteAddress());
   }
   return UntilMessageTime();
 }

@@ -141,7 +141,8 @@ class ClientSocket : public EasyTCPSocket {
   PollLoop::Clock::duration PasswordWait();
   PollLoop::Clock::duration QuestionWait();
   PollLoop::Clock::duration ListWait();
-  // How long a report has to wait for its recipients, and the question for the members for its turn.
+  // How long a report has to wait for its recipients, and the question for the members for its
+  // turn.
   PollLoop::Clock::duration ReportWait();
   PollLoop::Clock::duration MembersWait();
   PollLoop::Clock::duration ExpectedListCost() const;
@@ -162,7 +163,7 @@ class ClientSocket : public EasyTCPSocket {
   void Leave();
 
   State myState = State::Idle;
-  int myFailedSteps = 0;                                      // before the log-in, then since
+  int myFailedSteps = 0;                                     // before the log-in, then since
   std::optional<PollLoop::Clock::time_point> myMessageTime;  // until when its next message waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;

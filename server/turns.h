@@ -18,7 +18,9 @@ class Turns {
     return begin;
   }
   // Has those who come later wait for what it cost beyond that.
-  void Charge(Clock::duration more) { myNext += kTimesCost * std::max(more, Clock::duration::zero()); }
+  void Charge(Clock::duration more) {
+    myNext += kTimesCost * std::max(more, Clock::duration::zero());
+  }
 
  private:
   static constexpr int kTimesCost = 3;

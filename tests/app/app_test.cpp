@@ -5,12 +5,14 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
 #include <QDir>
 #include <QFile>
 #include <QHostAddress>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
@@ -236,15 +238,35 @@ TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
   EXPECT_THAT(told, IsEmpty()) << "all interfaces are what was asked for";
 }
 
-TEST_F(LoadTest, ImpossiblePortAndInterfaceAreToldAndTheWindowStillComesUp) {
+TEST_F(LoadTest, WhyItDoesNotListenIsSaidAndTheRestIsLoaded) {
   MakeDatabase(file);
-  Settings("00:00:5E:00:53:01", "70000");
-  Load([](MapSocket& listener) { EXPECT_FALSE(listener.IsListening()); });
-  EXPECT_THAT(status,
-              ElementsAre("Server Error: " + std::to_string(kInvalidArgument), "Listening..."));
+  QTcpServer other;
+  ASSERT_TRUE(other.listen());
+  const struct {
+    std::string port;
+    int code;
+    std::string words;
+  } cases[] = {{std::to_string(other.serverPort()), kAddressInUse,
+                std::system_category().message(kAddressInUse)},
+               {"70000", kInvalidArgument, "there is no such port"}};
+  Settings("none", "0");
+  Load([](MapSocket&) {});
+  const auto lines = app.Listener().StatusMessage.Connect(
+      [this](MapSocket&, const std::string& text) { status.push_back(text); });
+  app.Settings().SetValue("AttachedNIC", "00:00:5E:00:53:01");
+  for (const auto& row : cases) {
+    app.Settings().SetValue("AttachedPort", row.port);
+    status.clear();
+    testing::internal::CaptureStderr();
+    app.LoadServerSocket();
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::HasSubstr("port " + row.port + ": " + row.words));
+    EXPECT_THAT(status, ElementsAre("Server Error: " + std::to_string(row.code), "Listening..."));
+  }
   EXPECT_THAT(
-      told, ElementsAre(testing::EndsWith("no interface has the address \"00:00:5E:00:53:01\"; the "
-                                          "server listens on all")));
+      told, testing::Each(testing::EndsWith(
+                "no interface has the address \"00:00:5E:00:53:01\"; the server listens on all")));
+  EXPECT_EQ(told.size(), 2U);
 }
 
 TEST(NICByMac, FindsTheFirstOfThatAddress) {

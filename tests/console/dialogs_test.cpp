@@ -136,12 +136,13 @@ TEST_F(DialogsTest, MessageReachesTheChosenNetworks) {
     EXPECT_TRUE(NoneIsOpen());
   };
   int notes = 0;
-  myWindow->sSocket->Audited = [&notes](const std::string&) { ++notes; };
+  const auto audited =
+      std::exchange(myWindow->sSocket.Audited, [&](const std::string&) { ++notes; });
   send(0, "");
   send(0, "to all");
   send(2, "to the south");
   send(1, "to the north");
-  myWindow->sSocket->Audited = nullptr;
+  myWindow->sSocket.Audited = audited;
   EXPECT_EQ(notes, 3);
   EXPECT_THAT(ann->Drain(),
               ElementsAre(WireMessage{998, "to all"}, WireMessage{998, "to the north"}));

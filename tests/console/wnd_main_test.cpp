@@ -1,20 +1,14 @@
 #include "console/wnd_main.h"
 
-#include <system_error>
-
 #include <QApplication>
-#include <QTcpServer>
 #include <QTimer>
 
 #include "tests/console/console_fixture.h"
-#include "tests/support/socket_errors.h"
 
 namespace corvane {
 namespace {
 
-using testing::AllOf;
 using testing::ElementsAre;
-using testing::HasSubstr;
 
 using WndMainTest = ConsoleTest;
 
@@ -67,26 +61,6 @@ TEST_F(WndMainTest, LaysItsControlsOutByTheirAnchors) {
   EXPECT_GT(myWindow->btnAdmins->width(), textWidth(*myWindow->btnAdmins));
   EXPECT_GT(myWindow->btnBans->geometry().left(), myWindow->btnAdmins->geometry().right());
   EXPECT_EQ(myWindow->btnBans->geometry().right(), 512);
-}
-
-TEST_F(WndMainTest, SaysOnStandardErrorWhyItDoesNotListen) {
-  QTcpServer other;
-  ASSERT_TRUE(other.listen());
-  const QString taken = QString::number(other.serverPort());
-  const struct {
-    QString port;
-    std::string words;
-  } cases[] = {{taken, std::system_category().message(kAddressInUse)},
-               {"70000", "there is no such port"}};
-  for (const auto& row : cases) {
-    myApp.Listener().StopListening();
-    myApp.Settings().SetValue("AttachedPort", row.port.toStdString());
-    testing::internal::CaptureStderr();
-    myWindow->Open();
-    EXPECT_THAT(testing::internal::GetCapturedStderr(),
-                AllOf(HasSubstr("port " + row.port.toStdString() + ": "), HasSubstr(row.words)));
-    EXPECT_TRUE(Shows("Listening..."));
-  }
 }
 
 TEST_F(WndMainTest, StartsInTheTrayOrMinimisedWhereThatIsSet) {

@@ -416,10 +416,14 @@ TEST_F(ControlTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   EXPECT_THAT(Run({"log", "--lines", "2"}).text, testing::EndsWith("no such table: admins\n"));
   QFile audit(myFolder.filePath("logs/corvane-audit.log"));
   EXPECT_TRUE(audit.open(QIODevice::ReadOnly));
-  EXPECT_THAT(
-      audit.readAll().toStdString(),
-      testing::MatchesRegex(".*window: make administrator Ann[^\n]*\n[^\n]*: kick Bob[^\n]*\n"
-                            "[^\n]*corvanectl: set [^\n]*\n[^\n]*corvanectl: make [^\n]*\n"));
+  std::string audited;
+  EXPECT_TRUE(PumpUntil([&] {
+    audited += audit.readAll().toStdString();
+    return audited.find("corvanectl: make ") != std::string::npos;
+  }));
+  EXPECT_THAT(audited, testing::MatchesRegex(
+                           ".*window: make administrator Ann[^\n]*\n[^\n]*: kick Bob[^\n]*\n"
+                           "[^\n]*corvanectl: set [^\n]*\n[^\n]*corvanectl: make [^\n]*\n"));
   // One who does not read is dropped; the follower, which keeps up, is not.
   const auto connections = [this] { return control.children().size(); };
   EXPECT_EQ(connections(), 2);
