@@ -25,12 +25,12 @@
 
 #include "bench/event_times.h"
 #include "client/wire.h"
-#include "viewer/map_window.h"
+#include "map/map_window.h"
 
 namespace {
 
 using namespace corvane;
-using namespace corvane::viewer;
+using namespace corvane::map;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using MapApplication = MeasuredApplication<QApplication>;

@@ -1,0 +1,64 @@
+#include "map/administration.h"
+
+#include "framework/text.h"
+#include "framework/visible_text.h"
+#include "map/text_dialog.h"
+
+namespace corvane::map {
+
+Administration::Administration(client::Connection& connection, QWidget& window)
+    : myConnection(connection), myWindow(window) {
+  myConnection.GetsBans = [this](const client::BanList& list) {
+    if (myBans) myBans->Show(list);
+  };
+}
+
+// The commands separate their fields by bars.
+bool Administration::CanName(const std::string& user) const {
+  if (user.find('|') == std::string::npos) return true;
+  Says(tr("%1 cannot be named to the server, since the name holds a bar.").arg(DisplayText(user)));
+  return false;
+}
+
+void Administration::Kick(const std::string& user) {
+  if (!CanName(user)) return;
+  myConnection.Kick(user);
+  Says(tr("You have kicked %1.").arg(DisplayText(user)));
+}
+
+void Administration::Ban(const std::string& user) {
+  if (!CanName(user)) return;
+  auto* dialog = new TextDialog(
+      tr("Ban %1").arg(VisibleText(user)),
+      tr("Everybody with the same address is banned too, and from every network of the server."),
+      tr("&Reason:"), tr("&Ban"), myWindow);
+  dialog->Confirmed = [this, user](const QString& reason) {
+    myConnection.BanUser(user, TextFromDisplay(reason));
+    Says(tr("You have banned %1.").arg(DisplayText(user)));
+  };
+  dialog->open();
+}
+
+void Administration::SendMessage() {
+  auto* dialog = new TextDialog(
+      tr("Message to the Network"),
+      tr("Careful: a server under classic rules ends when a message is sent while somebody is "
+         "connected to it who has chosen no network yet."),
+      tr("&Message:"), tr("&Send"), myWindow);
+  dialog->Confirmed = [this](const QString& text) { myConnection.Say(TextFromDisplay(text)); };
+  dialog->open();
+}
+
+void Administration::ShowBans() {
+  if (!myBans) {
+    myBans = new BansDialog(myWindow);
+    myBans->Lifted = [this](const std::string& id) {
+      myConnection.LiftBan(id);
+      myConnection.AskForBans();
+    };
+    myBans->open();
+  }
+  myConnection.AskForBans();
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,56 @@
+#include "map/label_placement.h"
+
+#include <algorithm>
+
+namespace corvane::map {
+namespace {
+
+constexpr int kCellWidth = 128;
+constexpr int kCellHeight = 32;
+
+int Cell(int at, int size) {
+  return at >= 0 ? at / size : (at - size + 1) / size;
+}
+
+std::int64_t Key(int column, int row) {
+  return static_cast<std::int64_t>(column) << 32 | static_cast<std::uint32_t>(row);
+}
+
+// Calls `act` for the key of each cell that the place touches, until it returns false.
+template <typename Act>
+bool ForEachCell(const QRect& place, Act act) {
+  const int right = Cell(place.right(), kCellWidth);
+  const int bottom = Cell(place.bottom(), kCellHeight);
+  for (int x = Cell(place.left(), kCellWidth); x <= right; ++x) {
+    for (int y = Cell(place.top(), kCellHeight); y <= bottom; ++y) {
+      if (!act(Key(x, y))) return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace
+
+void LabelPlacement::Avoid(const QRect& place) {
+  ForEachCell(place, [&](std::int64_t cell) {
+    myCells[cell].push_back(place);
+    return true;
+  });
+}
+
+bool LabelPlacement::Take(const QRect& place) {
+  if (!myWindow.contains(place) || !IsFree(place)) return false;
+  Avoid(place);
+  return true;
+}
+
+bool LabelPlacement::IsFree(const QRect& place) const {
+  return ForEachCell(place, [&](std::int64_t key) {
+    const auto cell = myCells.find(key);
+    return cell == myCells.end() ||
+           std::none_of(cell->second.begin(), cell->second.end(),
+                        [&](const QRect& taken) { return taken.intersects(place); });
+  });
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,60 @@
+#include "map/log_in.h"
+
+#include <utility>
+
+#include "framework/text.h"
+#include "framework/visible_text.h"
+
+namespace corvane::map {
+
+using Cause = client::Ending::Cause;
+using State = client::Connection::State;
+
+LogIn::LogIn(client::Connection& connection, Settings& settings, QWidget& window)
+    : myConnection(connection), mySettings(settings), myWindow(window) {}
+
+void LogIn::Ask() {
+  if (myDialog == nullptr) {
+    myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
+    myDialog->Wanted = [this](const RecentServer& server, bool keeps) { Try(server, keeps); };
+    myDialog->GivenUp = [this] { myConnection.Close(); };
+  }
+  myDialog->open();
+}
+
+void LogIn::TryGiven(const RecentServer& server) {
+  Ask();
+  myDialog->TryGiven(server);
+}
+
+void LogIn::Try(const RecentServer& server, bool keepsDigest) {
+  client::Destination destination;
+  destination.host = server.host;
+  destination.port = server.port;
+  destination.account = {TextFromDisplay(server.network), server.digest.toStdString(),
+                         TextFromDisplay(server.userName)};
+  // Ends the connection that there is, which is no failure of this one.
+  myConnection.Close();
+  myUnproven = server;
+  if (!keepsDigest) myUnproven->digest.clear();
+  myConnection.Open(std::move(destination));
+}
+
+void LogIn::Follow() {
+  if (myConnection.CurrentState() != State::Online) return;
+  const auto server = std::exchange(myUnproven, std::nullopt);
+  // A connection that came back by itself takes no dialog away from whoever types into it.
+  if (!server) return;
+  mySettings.Remember(*server);
+  myDialog->accept();
+  std::exchange(myDialog, nullptr)->deleteLater();
+}
+
+void LogIn::End(const client::Ending& ending) {
+  const QString text = ending.Explanation();
+  if (Says) Says(text);
+  if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)
+    myDialog->ShowFailure(VisibleText(TextFromDisplay(text)));
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include <QCoreApplication>
+#include <QWidget>
+
+#include "client/connection.h"
+#include "map/connect_dialog.h"
+#include "map/settings.h"
+
+namespace corvane::map {
+
+// Brings the user into a network: asks where, tries, says what was refused, and remembers what
+// worked.
+class LogIn {
+ public:
+  // Borrows all three.
+  LogIn(client::Connection& connection, Settings& settings, QWidget& window);
+
+  // A line for the pane of messages, which writes out what cannot be seen.
+  std::function<void(const QString&)> Says;
+
+  // Opens the dialog, with what was typed into it if no attempt has worked since.
+  void Ask();
+  // Opens the dialog and tries what the command line says.
+  void TryGiven(const RecentServer& server);
+
+  // The connection's state has changed.
+  void Follow();
+  // The connection has ended.
+  void End(const client::Ending& ending);
+
+ private:
+  void Try(const RecentServer& server, bool keepsDigest);
+
+  client::Connection& myConnection;
+  Settings& mySettings;
+  QWidget& myWindow;
+  ConnectDialog* myDialog = nullptr;       // the window owns it
+  std::optional<RecentServer> myUnproven;  // to be remembered when it works
+};
+
+}  // namespace corvane::map

@@ -1,0 +1,67 @@
+#include <QApplication>
+#include <QFileInfo>
+#include <QIcon>
+#include <QStandardPaths>
+
+#include "framework/broken_pipes.h"
+#include "framework/caller.h"
+#include "framework/choose_platform.h"
+#include "framework/folders.h"
+#include "framework/process_signals.h"
+#include "framework/qt_noise.h"
+#include "map/map_window.h"
+#include "map/options.h"
+#include "updater/version.h"
+
+using namespace corvane;
+using namespace corvane::map;
+
+namespace {
+
+QIcon MapIcon() {
+  QIcon icon;
+  for (const int size : {16, 24, 32, 48, 64, 128, 256})
+    icon.addFile(QStringLiteral(":/icons/corvane-map-%1.png").arg(size), QSize(size, size));
+  return icon;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  IgnoreBrokenPipes();
+  DropQtNoise();
+  const bool mayLackDisplay = ChoosePlatform(argc, argv);
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(QStringLiteral("corvane-map"));
+  QApplication::setApplicationDisplayName(QStringLiteral("Corvane Map"));
+  QApplication::setApplicationVersion(QString::fromStdString(RunningVersion().FullVersion()));
+  QApplication::setDesktopFileName(QStringLiteral("corvane-map"));
+  QApplication::setWindowIcon(MapIcon());
+
+  const ParsedOptions parsed =
+      ParseOptions(QApplication::arguments(), qgetenv("CORVANE_MAP_PASSWORD"));
+  if (!parsed.options) {
+    TellCaller(parsed.answer);
+    return parsed.answer.exitCode;
+  }
+  if (mayLackDisplay && QApplication::platformName() == "offscreen") {
+    TellCaller({QStringLiteral("there is no display"), 1});
+    return 1;
+  }
+  const std::optional<QString> data = ApplicationDataFolder();
+  const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
+  if (!data || cache.isEmpty()) {
+    TellCaller({QStringLiteral("there is no folder for its settings"), 1});
+    return 1;
+  }
+  MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
+  const ProcessSignals signals([&window] { window.close(); });
+  if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);
+  window.show();
+  if (parsed.options->server) {
+    window.LogInTo(*parsed.options->server);
+  } else {
+    window.AskWhere();
+  }
+  return QApplication::exec();
+}

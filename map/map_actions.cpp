@@ -1,0 +1,76 @@
+#include "map/map_actions.h"
+
+#include <QKeyEvent>
+
+namespace corvane::map {
+namespace {
+
+// While it is open a letter chooses the item that has it, though it may be a key of the map, too.
+class Menu : public QMenu {
+ public:
+  using QMenu::QMenu;
+
+ protected:
+  bool event(QEvent* event) override {
+    if (event->type() == QEvent::ShortcutOverride &&
+        static_cast<QKeyEvent*>(event)->modifiers() == Qt::NoModifier) {
+      event->accept();
+      return true;
+    }
+    return QMenu::event(event);
+  }
+};
+
+QMenu* AddMenu(QMenuBar& bar, const QString& title) {
+  auto* const menu = new Menu(title, &bar);
+  bar.addMenu(menu);
+  return menu;
+}
+
+}  // namespace
+
+MapActions::MapActions(QMenuBar& bar, QWidget& map) {
+  QMenu* file = AddMenu(bar, tr("&File"));
+  actConnect = Add(file, "actConnect", tr("&Connect..."), {QKeySequence(Qt::CTRL | Qt::Key_O)});
+  actDisconnect = Add(file, "actDisconnect", tr("&Disconnect"));
+  file->addSeparator();
+  actQuit = Add(file, "actQuit", tr("&Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)});
+  actQuit->setMenuRole(QAction::QuitRole);
+
+  QMenu* view = AddMenu(bar, tr("&View"));
+  actZoomIn = Add(view, "actZoomIn", tr("Zoom &In"), {Qt::Key_Plus, Qt::Key_Equal}, &map);
+  actZoomOut = Add(view, "actZoomOut", tr("Zoom &Out"), {Qt::Key_Minus}, &map);
+  actShowAll = Add(view, "actShowAll", tr("&Everybody"), {Qt::Key_Home}, &map);
+  actStop = Add(view, "actStop", tr("&Stop Following"), {Qt::Key_Escape}, &map);
+  view->addSeparator();
+  actPicture = Add(view, "actPicture", tr("&Picture of This Facet..."));
+
+  mnuMember = AddMenu(bar, tr("&Member"));
+  actFollow = Add(mnuMember, "actFollow", tr("&Follow"), {Qt::Key_F}, &map);
+  actTrail = Add(mnuMember, "actTrail", tr("&Trail"), {Qt::Key_T}, &map);
+  actTrail->setCheckable(true);
+  mnuMember->addSeparator();
+  actSend = Add(mnuMember, "actSend", tr("Send My &Position"));
+  actSend->setCheckable(true);
+
+  mnuAdministration = AddMenu(bar, tr("&Administration"));
+  actKick = Add(mnuAdministration, "actKick", tr("&Kick"));
+  actBan = Add(mnuAdministration, "actBan", tr("&Ban..."));
+  mnuAdministration->addSeparator();
+  actMessage = Add(mnuAdministration, "actMessage", tr("&Message to the Network..."));
+  actBans = Add(mnuAdministration, "actBans", tr("B&ans..."));
+}
+
+QAction* MapActions::Add(QMenu* menu, const char* name, const QString& text,
+                         const QList<QKeySequence>& keys, QWidget* onlyIn) {
+  QAction* action = menu->addAction(text);
+  action->setObjectName(QLatin1String(name));
+  action->setShortcuts(keys);
+  if (onlyIn != nullptr) {
+    action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+    onlyIn->addAction(action);
+  }
+  return action;
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QAction>
+#include <QCoreApplication>
+#include <QMenu>
+#include <QMenuBar>
+#include <QWidget>
+
+namespace corvane::map {
+
+// All that the user can choose, as the menus of the window. Keys without Ctrl count in the map
+// only; the window has the list of members take some of them, too.
+class MapActions {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::MapActions)
+
+ public:
+  // Fills the menu bar. The window owns the actions.
+  MapActions(QMenuBar& bar, QWidget& map);
+
+  QAction* actConnect;
+  QAction* actDisconnect;
+  QAction* actQuit;
+  QAction* actZoomIn;
+  QAction* actZoomOut;
+  QAction* actShowAll;
+  QAction* actStop;
+  QAction* actPicture;
+  QAction* actFollow;
+  QAction* actTrail;
+  QAction* actSend;
+  QAction* actKick;
+  QAction* actBan;
+  QAction* actMessage;
+  QAction* actBans;
+  QMenu* mnuMember;
+  QMenu* mnuAdministration;
+
+ private:
+  static QAction* Add(QMenu* menu, const char* name, const QString& text,
+                      const QList<QKeySequence>& keys = {}, QWidget* onlyIn = nullptr);
+};
+
+}  // namespace corvane::map

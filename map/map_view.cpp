@@ -1,0 +1,245 @@
+#include "map/map_view.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <utility>
+
+#include <QApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include "framework/text.h"
+
+namespace corvane::map {
+namespace {
+
+using client::Clock;
+using client::Member;
+
+constexpr std::chrono::milliseconds kFrame{33};
+constexpr std::chrono::milliseconds kLabelPause{500};
+constexpr double kLeastScale = 1e-5;
+constexpr double kMostScale = 32;
+constexpr int kArrowPixels = 60;
+
+}  // namespace
+
+MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
+    : QGraphicsView(parent),
+      myBoard(board),
+      myHighlights(highlights),
+      myBand(QRubberBand::Rectangle, viewport()) {
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setTransformationAnchor(NoAnchor);
+  setResizeAnchor(AnchorViewCenter);
+  // The picture below the markers is drawn once for each place and scale.
+  setCacheMode(CacheBackground);
+  setViewportUpdateMode(FullViewportUpdate);
+  setOptimizationFlags(DontSavePainterState | DontAdjustForAntialiasing);
+  setFrameShape(NoFrame);
+  // The items take no keys.
+  setInteractive(false);
+  setMouseTracking(true);
+  setFocusPolicy(Qt::StrongFocus);
+  viewport()->setCursor(Qt::CrossCursor);
+
+  connect(&myFrames, &QTimer::timeout, this, [this] { Advance(Clock::now()); });
+  myFrames.start(kFrame);
+  connect(&myLabels, &QTimer::timeout, this, [this] {
+    if (Scene() != nullptr) Scene()->Markers().PlaceLabels();
+  });
+  myLabels.start(kLabelPause);
+}
+
+void MapView::ShowScene(MapScene& scene) {
+  if (&scene == this->scene()) return;
+  setScene(&scene);
+  HasMoved();
+}
+
+void MapView::Zoom(double factor, QPoint at) {
+  const double scale = transform().m11();
+  factor = std::clamp(scale * factor, kLeastScale, kMostScale) / scale;
+  const QPointF place = mapToScene(at);
+  this->scale(factor, factor);
+  Pan(mapFromScene(place) - at);
+}
+
+void MapView::Pan(QPoint by) {
+  horizontalScrollBar()->setValue(horizontalScrollBar()->value() + by.x());
+  verticalScrollBar()->setValue(verticalScrollBar()->value() + by.y());
+  HasMoved();
+}
+
+void MapView::HasMoved() {
+  if (Scene() == nullptr) return;
+  Scene()->ForgetTileRequests();
+  Scene()->Markers().PlaceLabels();
+  viewport()->update();
+  TellPointer();
+}
+
+void MapView::TellPointer() const {
+  if (myPointer && PointerMoved) PointerMoved(mapToScene(*myPointer));
+}
+
+void MapView::ShowAll() {
+  StopFollowing();
+  myShowsAllNext = !isVisible();
+  if (myShowsAllNext) return;
+  QRectF part = myBoard.Extent(Scene()->Facet());
+  if (part.isNull()) {
+    part = Scene()->PictureBounds();
+  } else {
+    // With room for the names at the edge.
+    const double margin = 20 + 0.08 * std::max(part.width(), part.height());
+    part.adjust(-margin, -margin, margin, margin);
+  }
+  if (!part.isNull()) ShowRect(part);
+}
+
+void MapView::ShowRect(const QRectF& part) {
+  const double scale =
+      std::clamp(std::min(viewport()->width() / part.width(), viewport()->height() / part.height()),
+                 kLeastScale, kMostScale);
+  setTransform(QTransform::fromScale(scale, scale));
+  centerOn(part.center());
+  HasMoved();
+}
+
+void MapView::CentreOn(const Member& member) {
+  const Marker* marker = myBoard.Find(&member);
+  if (marker == nullptr) return;
+  if (marker->facet != Scene()->Facet() && FacetLeft) FacetLeft(marker->facet);
+  centerOn(marker->place);
+  HasMoved();
+}
+
+void MapView::Follow(const Member& member) {
+  myFollowed = member.name;
+  myHighlights.followed = &member;
+  CentreOn(member);
+  if (FollowChanged) FollowChanged();
+}
+
+void MapView::StopFollowing() {
+  if (!IsFollowing()) return;
+  myFollowed.clear();
+  myHighlights.followed = nullptr;
+  viewport()->update();
+  if (FollowChanged) FollowChanged();
+}
+
+void MapView::KeepFollowing() {
+  if (!IsFollowing()) return;
+  if (myHighlights.followed == nullptr) {
+    for (const Marker* marker : myBoard.All()) {
+      if (SameText(marker->member->name, myFollowed)) myHighlights.followed = marker->member;
+    }
+  }
+  const Marker* marker = myBoard.Find(myHighlights.followed);
+  if (marker == nullptr) return;
+  if (marker->facet != Scene()->Facet() && FacetLeft) FacetLeft(marker->facet);
+  if (mapFromScene(marker->place) == viewport()->rect().center()) return;
+  centerOn(marker->place);
+  TellPointer();
+}
+
+void MapView::Advance(Clock::time_point now) {
+  if (Scene() == nullptr || !myBoard.Advance(now, Scene()->Facet())) return;
+  KeepFollowing();
+  if (isVisible()) viewport()->update();
+}
+
+void MapView::Refresh() {
+  if (Scene() != nullptr) Scene()->Markers().PlaceLabels();
+  viewport()->update();
+}
+
+void MapView::wheelEvent(QWheelEvent* event) {
+  StopFollowing();
+  Zoom(std::pow(kZoomStep, event->angleDelta().y() / 120.0), event->position().toPoint());
+  event->accept();
+}
+
+void MapView::mousePressEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton) return;
+  myPressed = event->pos();
+  myDragFrom = event->pos();
+  myIsDrag = false;
+  myIsBand = event->modifiers().testFlag(Qt::ShiftModifier);
+}
+
+void MapView::mouseMoveEvent(QMouseEvent* event) {
+  myPointer = event->pos();
+  TellPointer();
+  if (!myDragFrom) return;
+  if (!myIsDrag && (event->pos() - myPressed).manhattanLength() < QApplication::startDragDistance())
+    return;
+  myIsDrag = true;
+  if (myIsBand) {
+    myBand.setGeometry(QRect(myPressed, event->pos()).normalized());
+    myBand.show();
+    return;
+  }
+  StopFollowing();
+  viewport()->setCursor(Qt::ClosedHandCursor);
+  Pan(*myDragFrom - event->pos());
+  myDragFrom = event->pos();
+}
+
+void MapView::mouseReleaseEvent(QMouseEvent* event) {
+  if (event->button() != Qt::LeftButton || !std::exchange(myDragFrom, std::nullopt)) return;
+  viewport()->setCursor(Qt::CrossCursor);
+  myBand.hide();
+  if (myIsDrag) {
+    const QRect box = QRect(myPressed, event->pos()).normalized();
+    if (!myIsBand || box.width() < 4 || box.height() < 4) return;
+    StopFollowing();
+    ShowRect(mapToScene(box).boundingRect());
+    return;
+  }
+  const Member* member = Scene()->Markers().MemberAt(event->pos(), viewportTransform());
+  if (member != nullptr && MemberClicked) MemberClicked(*member);
+  if (member == nullptr && PlaceClicked) PlaceClicked(mapToScene(event->pos()));
+}
+
+void MapView::mouseDoubleClickEvent(QMouseEvent* event) {
+  if (event->button() == Qt::LeftButton) Zoom(2, event->pos());
+}
+
+void MapView::keyPressEvent(QKeyEvent* event) {
+  const int columns = (event->key() == Qt::Key_Right) - (event->key() == Qt::Key_Left);
+  const int rows = (event->key() == Qt::Key_Down) - (event->key() == Qt::Key_Up);
+  if (columns == 0 && rows == 0) {
+    QGraphicsView::keyPressEvent(event);
+    return;
+  }
+  const bool pans = event->modifiers().testFlag(Qt::ControlModifier);
+  if (!pans && ArrowPressed && ArrowPressed(columns, rows)) return;
+  StopFollowing();
+  Pan(QPoint(columns, rows) * kArrowPixels);
+}
+
+void MapView::leaveEvent(QEvent* event) {
+  QGraphicsView::leaveEvent(event);
+  myPointer.reset();
+  if (PointerMoved) PointerMoved(std::nullopt);
+}
+
+void MapView::showEvent(QShowEvent* event) {
+  QGraphicsView::showEvent(event);
+  if (myShowsAllNext) ShowAll();
+}
+
+// The cached background has the colours of the old look.
+void MapView::changeEvent(QEvent* event) {
+  QGraphicsView::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) resetCachedContent();
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,349 @@
+#include "map/map_window.h"
+
+#include <chrono>
+#include <set>
+#include <utility>
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QToolBar>
+
+#include "framework/text.h"
+#include "framework/visible_text.h"
+#include "map/picture_dialog.h"
+
+namespace corvane::map {
+namespace {
+
+using client::Member;
+using State = client::Connection::State;
+
+constexpr std::chrono::milliseconds kFacetInterval{500};
+// More than any map has; a server may tell of others.
+constexpr std::size_t kMaxFacets = 200;
+
+}  // namespace
+
+MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
+                     client::Connection::Patience patience)
+    : mySettings(settingsFile),
+      myConnection(patience),
+      myBoard(myConnection.Others()),
+      myOwnPosition(myConnection),
+      myLogIn(myConnection, mySettings, *this),
+      myAdministration(myConnection, *this),
+      myPictures(cacheFolder) {
+  setWindowTitle(tr("Corvane Map"));
+  setObjectName(QStringLiteral("MapWindow"));
+  map = new MapView(myBoard, myHighlights, this);
+  map->setObjectName(QStringLiteral("map"));
+  map->setAccessibleName(tr("Map"));
+  cmbFacet = new QComboBox(this);
+  barOwn = new OwnBar(myOwnPosition, this);
+  pnlMembers = new MembersPanel(myConnection.Others(), this);
+  txtMessages = new MessagesPane(this);
+  stsLine = new StatusLine(myConnection, this);
+  actions = std::make_unique<MapActions>(*menuBar(), *map);
+  pnlMembers->lstMembers->addActions({actions->actFollow, actions->actTrail, actions->actStop});
+  LayOut();
+  WireConnection();
+  WireMap();
+  WireActions();
+  RestorePlaces();
+  ShowFacet(0);
+  StateHasChanged();
+  map->setFocus();
+}
+
+// The parts tell one another of members that go, so they go first and the members last.
+MapWindow::~MapWindow() {
+  myConnection.StateChanged = nullptr;
+  myConnection.HasEnded = nullptr;
+  myBoard.Goes = nullptr;
+  delete takeCentralWidget();
+}
+
+void MapWindow::LayOut() {
+  auto* facets = new QToolBar(tr("Facet"), this);
+  facets->setObjectName(QStringLiteral("FacetBar"));
+  auto* label = new QLabel(tr("Fa&cet:"), facets);
+  label->setBuddy(cmbFacet);
+  label->setContentsMargins(4, 0, 4, 0);
+  facets->addWidget(label);
+  facets->addWidget(cmbFacet);
+  cmbFacet->setAccessibleName(tr("Facet"));
+  cmbFacet->setSizeAdjustPolicy(QComboBox::AdjustToContents);
+  addToolBar(facets);
+  addToolBar(barOwn);
+
+  myColumns = new QSplitter(Qt::Horizontal);
+  myColumns->addWidget(map);
+  myColumns->addWidget(pnlMembers);
+  myColumns->setStretchFactor(0, 1);
+  myRows = new QSplitter(Qt::Vertical);
+  myRows->addWidget(myColumns);
+  myRows->addWidget(txtMessages);
+  myRows->setStretchFactor(0, 1);
+  for (QSplitter* splitter : {myColumns, myRows})
+    splitter->setChildrenCollapsible(false);
+  setCentralWidget(myRows);
+  setStatusBar(stsLine);
+  QWidget* before = map;
+  for (QWidget* next : std::initializer_list<QWidget*>{
+           cmbFacet, barOwn->chkSend, pnlMembers->fldFilter, pnlMembers->lstMembers, txtMessages}) {
+    setTabOrder(before, next);
+    before = next;
+  }
+  resize(1180, 760);
+  myColumns->setSizes({680, 500});
+  myRows->setSizes({620, 110});
+}
+
+void MapWindow::WireConnection() {
+  myConnection.StateChanged = [this] { StateHasChanged(); };
+  myConnection.HasEnded = [this](const client::Ending& ending) { myLogIn.End(ending); };
+  myConnection.IsTold = [this](std::string_view text) {
+    Say(tr("Message: %1").arg(DisplayText(text)));
+  };
+  myLogIn.Says = [this](const QString& text) { Say(text); };
+  myAdministration.Says = [this](const QString& text) { Say(text); };
+  myPictures.Ready = [this] { ShowPicture(); };
+  myPictures.Progresses = [this](int percent) { stsLine->ShowProgress(percent); };
+  myPictures.Fails = [this](const QString& text) { Say(text); };
+}
+
+void MapWindow::WireMap() {
+  myBoard.Goes = [this](const Member& member) { Forget(member); };
+  map->MemberClicked = [this](const Member& member) {
+    pnlMembers->Select(&member);
+    Select(&member);
+  };
+  map->PlaceClicked = [this](QPointF place) {
+    if (myOwnPosition.IsOn()) {
+      myOwnPosition.GoTo(place, Facet());
+    } else {
+      pnlMembers->Select(nullptr);
+      Select(nullptr);
+    }
+  };
+  map->PointerMoved = [this](std::optional<QPointF> place) { stsLine->ShowPlace(place); };
+  map->FacetLeft = [this](int facet) { ShowFacet(facet); };
+  map->FollowChanged = [this] {
+    if (map->IsFollowing()) myShowsAllNext = false;
+    EnableActions();
+  };
+  map->ArrowPressed = [this](int columns, int rows) {
+    if (myOwnPosition.IsOn()) myOwnPosition.Step(columns, rows, Facet());
+    return myOwnPosition.IsOn();
+  };
+  myOwnPosition.Changed = [this] {
+    myHighlights.own = myOwnPosition.Shown();
+    map->Refresh();
+  };
+  pnlMembers->Selected = [this](const Member* member) {
+    Select(member);
+    if (member == nullptr) return;
+    myShowsAllNext = false;
+    map->StopFollowing();
+    map->CentreOn(*member);
+  };
+  pnlMembers->Activated = [this](const Member& member) {
+    Select(&member);
+    map->Follow(member);
+  };
+  pnlMembers->MenuRequested = [this](const Member&, QPoint at) { OpenMemberMenu(at); };
+  connect(cmbFacet, &QComboBox::activated, this,
+          [this] { ShowFacet(cmbFacet->currentData().toInt()); });
+  connect(&myFacetTimer, &QTimer::timeout, this, [this] { ListFacets(); });
+  myFacetTimer.start(kFacetInterval);
+}
+
+void MapWindow::WireActions() {
+  const auto on = [this](QAction* action, auto act) {
+    connect(action, &QAction::triggered, this, act);
+  };
+  // What an action of a menu does to the member that is selected.
+  const auto onMember = [this, &on](QAction* action, auto act) {
+    on(action, [this, act] {
+      if (myHighlights.selected != nullptr) act(*myHighlights.selected);
+    });
+  };
+  on(actions->actConnect, [this] { AskWhere(); });
+  on(actions->actDisconnect, [this] { myConnection.Close(); });
+  on(actions->actQuit, [this] { close(); });
+  on(actions->actZoomIn, [this] { map->ZoomIn(); });
+  on(actions->actZoomOut, [this] { map->ZoomOut(); });
+  on(actions->actShowAll, [this] { map->ShowAll(); });
+  on(actions->actStop, [this] { map->StopFollowing(); });
+  on(actions->actPicture, [this] { AskForPicture(); });
+  on(actions->actFollow, [this] { ToggleFollow(); });
+  onMember(actions->actTrail, [this](const Member& member) {
+    myBoard.SetTrail(member, actions->actTrail->isChecked());
+    EnableActions();
+  });
+  onMember(actions->actKick, [this](const Member& member) { myAdministration.Kick(member.name); });
+  onMember(actions->actBan, [this](const Member& member) { myAdministration.Ban(member.name); });
+  on(actions->actMessage, [this] { myAdministration.SendMessage(); });
+  on(actions->actBans, [this] { myAdministration.ShowBans(); });
+  connect(actions->actSend, &QAction::toggled, barOwn->chkSend, &QCheckBox::setChecked);
+  connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
+}
+
+void MapWindow::RestorePlaces() {
+  restoreGeometry(mySettings.Place("window"));
+  restoreState(mySettings.Place("bars"));
+  myColumns->restoreState(mySettings.Place("columns"));
+  myRows->restoreState(mySettings.Place("rows"));
+}
+
+void MapWindow::KeepPlaces() {
+  mySettings.SetPlace("window", saveGeometry());
+  mySettings.SetPlace("bars", saveState());
+  mySettings.SetPlace("columns", myColumns->saveState());
+  mySettings.SetPlace("rows", myRows->saveState());
+}
+
+void MapWindow::closeEvent(QCloseEvent* event) {
+  KeepPlaces();
+  myConnection.Close();
+  event->accept();
+}
+
+void MapWindow::LogInTo(const RecentServer& server) {
+  myLogIn.TryGiven(server);
+}
+
+void MapWindow::StateHasChanged() {
+  const State state = myConnection.CurrentState();
+  if (state == State::Online) {
+    if (!std::exchange(myIsOnline, true)) {
+      Say(tr("You are in the network %1.").arg(DisplayText(myConnection.Where().account.network)));
+      myOwnPosition.SendAgain();
+    }
+  } else {
+    myShowsAllNext = !map->IsFollowing();
+    myToldOfOthers = false;
+    myIsOnline = false;
+  }
+  myLogIn.Follow();
+  stsLine->Update();
+  EnableActions();
+}
+
+void MapWindow::Say(const QString& text) const {
+  txtMessages->Add(text);
+}
+
+void MapWindow::Select(const Member* member) {
+  myHighlights.selected = member;
+  map->Refresh();
+  EnableActions();
+}
+
+void MapWindow::Forget(const Member& member) {
+  if (myHighlights.followed == &member) myHighlights.followed = nullptr;
+  if (myHighlights.selected == &member) Select(nullptr);
+}
+
+void MapWindow::EnableActions() {
+  const State state = myConnection.CurrentState();
+  const bool hasMember = myHighlights.selected != nullptr;
+  actions->actDisconnect->setEnabled(state != State::Offline);
+  for (QAction* action : {actions->actTrail, actions->actKick, actions->actBan})
+    action->setEnabled(hasMember);
+  actions->actFollow->setEnabled(hasMember || map->IsFollowing());
+  actions->actStop->setEnabled(map->IsFollowing());
+  const Marker* marker = myBoard.Find(myHighlights.selected);
+  actions->actTrail->setChecked(marker != nullptr && marker->hasTrail);
+  actions->mnuAdministration->menuAction()->setVisible(myConnection.IsAdministrator());
+}
+
+void MapWindow::ToggleFollow() const {
+  if (myHighlights.selected != nullptr && myHighlights.selected != myHighlights.followed) {
+    map->Follow(*myHighlights.selected);
+  } else {
+    map->StopFollowing();
+  }
+}
+
+void MapWindow::OpenMemberMenu(QPoint at) {
+  QMenu* menu = actions->mnuMember;
+  if (myConnection.IsAdministrator()) {
+    menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->addActions({actions->actFollow, actions->actTrail});
+    menu->addSeparator();
+    menu->addActions({actions->actKick, actions->actBan});
+  }
+  menu->popup(at);
+}
+
+// ---- facets and their pictures
+
+void MapWindow::ListFacets() {
+  std::set<int> facets{0, Facet()};
+  for (const int facet : mySettings.Pictured())
+    facets.insert(facet);
+  for (const Marker* marker : myBoard.All()) {
+    if (facets.size() < kMaxFacets) facets.insert(marker->facet);
+  }
+  std::vector<int> listed;
+  listed.reserve(static_cast<std::size_t>(cmbFacet->count()));
+  for (int i = 0; i < cmbFacet->count(); ++i)
+    listed.push_back(cmbFacet->itemData(i).toInt());
+  if (!std::equal(facets.begin(), facets.end(), listed.begin(), listed.end())) {
+    cmbFacet->clear();
+    for (const int facet : facets)
+      cmbFacet->addItem(QString::number(facet), facet);
+  }
+  cmbFacet->setCurrentIndex(cmbFacet->findData(Facet()));
+
+  if (myShowsAllNext && !myBoard.Extent(Facet()).isNull()) {
+    myShowsAllNext = false;
+    map->ShowAll();
+  }
+  if (myConnection.Others().IsIncomplete() && !std::exchange(myToldOfOthers, true))
+    Say(tr("Not all members are shown: there are too many, or names are too long."));
+}
+
+void MapWindow::ShowFacet(int facet) {
+  if (myScene && facet == Facet()) return;
+  // The view shows the new one before the old one goes.
+  auto scene = std::make_unique<MapScene>(myBoard, myHighlights, facet);
+  map->ShowScene(*scene);
+  myScene = std::move(scene);
+  ShowPicture();
+  ListFacets();
+}
+
+void MapWindow::ShowPicture() {
+  const MapPicture picture = mySettings.PictureOf(Facet());
+  if (picture.kind == MapPicture::Kind::None) {
+    myPictures.Stop();
+    myScene->ShowGrid();
+    return;
+  }
+  const std::optional<QString> folder = myPictures.FolderFor(picture);
+  if (!folder) {
+    myScene->ShowGrid();
+  } else if (!myScene->ShowPicture(picture, *folder)) {
+    Say(tr("There are no tiles in %1.").arg(*folder));
+  } else if (myBoard.Extent(Facet()).isNull()) {
+    map->ShowAll();
+  }
+}
+
+void MapWindow::SetPicture(int facet, const MapPicture& picture) {
+  mySettings.SetPictureOf(facet, picture);
+  if (facet == Facet()) ShowPicture();
+}
+
+void MapWindow::AskForPicture() {
+  const int facet = Facet();
+  auto* dialog = new PictureDialog(facet, mySettings.PictureOf(facet), *this);
+  dialog->Chosen = [this, facet](const MapPicture& picture) { SetPicture(facet, picture); };
+  dialog->open();
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+
+#include <QComboBox>
+#include <QCoreApplication>
+#include <QMainWindow>
+#include <QSplitter>
+
+#include "client/connection.h"
+#include "map/administration.h"
+#include "map/log_in.h"
+#include "map/map_actions.h"
+#include "map/map_view.h"
+#include "map/members_panel.h"
+#include "map/messages_pane.h"
+#include "map/own_bar.h"
+#include "map/own_position.h"
+#include "map/pictures/map_pictures.h"
+#include "map/settings.h"
+#include "map/status_line.h"
+
+namespace corvane::map {
+
+// The window: the map, the list of members beside it, the messages below. Owns the connection and
+// all that is made of it, and leads what one part says to the others.
+class MapWindow : public QMainWindow {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::MapWindow)
+
+ public:
+  // `settingsFile` is made if it is not there; pictures are cut below `cacheFolder`.
+  MapWindow(const QString& settingsFile, const QString& cacheFolder,
+            client::Connection::Patience patience = {});
+  ~MapWindow() override;
+
+  // Logs in without asking, and asks where that fails.
+  void LogInTo(const RecentServer& server);
+  void AskWhere() { myLogIn.Ask(); }
+  // Shows another facet.
+  void ShowFacet(int facet);
+  int Facet() const { return myScene->Facet(); }
+  // Shows the picture on the facet from now on.
+  void SetPicture(int facet, const MapPicture& picture);
+
+  client::Connection& Wire() { return myConnection; }
+  MarkerBoard& Board() { return myBoard; }
+  const Highlights& Shown() const { return myHighlights; }
+
+  // The controls, in tab order. The window owns them.
+  MapView* map;
+  QComboBox* cmbFacet;
+  OwnBar* barOwn;
+  MembersPanel* pnlMembers;
+  MessagesPane* txtMessages;
+  StatusLine* stsLine;
+  std::unique_ptr<MapActions> actions;
+
+ protected:
+  void closeEvent(QCloseEvent* event) override;
+
+ private:
+  void LayOut();
+  void WireConnection();
+  void WireMap();
+  void WireActions();
+  void RestorePlaces();
+  void KeepPlaces();
+
+  void StateHasChanged();
+  void Say(const QString& text) const;
+  void Select(const client::Member* member);
+  void Forget(const client::Member& member);
+  void EnableActions();
+  void ListFacets();
+  void ShowPicture();
+  void AskForPicture();
+  void OpenMemberMenu(QPoint at);
+  void ToggleFollow() const;
+
+  Settings mySettings;
+  client::Connection myConnection;
+  MarkerBoard myBoard;
+  Highlights myHighlights;
+  OwnPosition myOwnPosition;
+  LogIn myLogIn;
+  Administration myAdministration;
+  MapPictures myPictures;
+  std::unique_ptr<MapScene> myScene;
+  QSplitter* myColumns;
+  QSplitter* myRows;
+  QTimer myFacetTimer;
+  bool myShowsAllNext = true;  // as soon as somebody is there
+  bool myIsOnline = false;
+  bool myToldOfOthers = false;
+};
+
+}  // namespace corvane::map

@@ -1,0 +1,134 @@
+#include "map/marker_board.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "framework/visible_text.h"
+
+namespace corvane::map {
+namespace {
+
+using client::Clock;
+using client::Member;
+
+constexpr std::chrono::minutes kStaleAfter{1};
+constexpr std::chrono::seconds kLookInterval{1};
+constexpr std::size_t kMaxNameLength = 40;
+
+QPointF PlaceOf(const Member& member) {
+  const auto held = [](std::int32_t at) {
+    return std::clamp(static_cast<double>(at), -kFarthest, kFarthest);
+  };
+  return {held(member.report.x), held(member.report.y)};
+}
+
+}  // namespace
+
+Marker::Marker(const Member& whom)
+    : member(&whom),
+      name(VisibleText(whom.name, kMaxNameLength)),
+      facet(whom.report.facet),
+      motion(PlaceOf(whom)),
+      place(PlaceOf(whom)) {}
+
+bool Marker::IsStale(Clock::time_point now) const {
+  return now - member->news >= kStaleAfter;
+}
+
+MarkerBoard::MarkerBoard(client::Members& members) : myMembers(members) {
+  myMembers.Watch(*this);
+}
+
+MarkerBoard::~MarkerBoard() {
+  myMembers.Unwatch(*this);
+}
+
+bool MarkerBoard::Advance(Clock::time_point now, int facet) {
+  bool isOtherPicture = std::exchange(myHasChanged, false);
+  std::erase_if(myMoving, [&](Marker* marker) {
+    marker->place = marker->motion.At(now);
+    isOtherPicture |= marker->facet == facet;
+    marker->isMoving = marker->motion.IsUnderway(now);
+    return !marker->isMoving;
+  });
+  if (now < myNextLook) return isOtherPicture;
+  myNextLook = now + kLookInterval;
+  for (Marker* marker : myOrder) {
+    const bool isStale = marker->IsStale(now);
+    if (std::exchange(marker->isStale, isStale) != isStale) isOtherPicture = true;
+  }
+  return isOtherPicture;
+}
+
+Marker* MarkerBoard::Find(const Member* member) {
+  const auto place = myMarkers.find(member);
+  return place == myMarkers.end() ? nullptr : place->second.get();
+}
+
+QRectF MarkerBoard::Extent(int facet) const {
+  QRectF extent;
+  for (const Marker* marker : myOrder) {
+    if (marker->facet != facet) continue;
+    // A united rectangle has to have a size.
+    extent |= QRectF(marker->motion.Destination() - QPointF(0.5, 0.5), QSizeF(1, 1));
+  }
+  return extent;
+}
+
+void MarkerBoard::SetTrail(const Member& member, bool isOn) {
+  Marker* marker = Find(&member);
+  if (marker == nullptr) return;
+  marker->hasTrail = isOn;
+  marker->trail.clear();
+  if (isOn) marker->trail.push_back(marker->motion.Destination());
+  myHasChanged = true;
+}
+
+void MarkerBoard::Added(const Member& member) {
+  if (!member.hasPlace) return;
+  auto marker = std::make_unique<Marker>(member);
+  myOrder.push_back(marker.get());
+  myMarkers.emplace(&member, std::move(marker));
+  myHasChanged = true;
+}
+
+void MarkerBoard::Changed(const Member& member) {
+  if (!member.hasPlace) return TakeAway(member);
+  Marker* const known = Find(&member);
+  if (known == nullptr) return Added(member);
+  Marker& marker = *known;
+  const QPointF place = PlaceOf(member);
+  marker.name = VisibleText(member.name, kMaxNameLength);
+  marker.isStale = false;
+  marker.label.reset();
+  if (marker.facet == member.report.facet) {
+    marker.motion.GoTo(place, Clock::now());
+  } else {
+    marker.facet = member.report.facet;
+    marker.motion.JumpTo(place);
+    marker.trail.clear();
+    myHasChanged = true;
+  }
+  if (marker.hasTrail && (marker.trail.empty() || marker.trail.back() != place)) {
+    marker.trail.push_back(place);
+    if (marker.trail.size() > kTrailPlaces) marker.trail.pop_front();
+  }
+  if (!std::exchange(marker.isMoving, true)) myMoving.push_back(&marker);
+}
+
+void MarkerBoard::Removed(const Member& member) {
+  if (Goes) Goes(member);
+  TakeAway(member);
+}
+
+void MarkerBoard::TakeAway(const Member& member) {
+  const auto place = myMarkers.find(&member);
+  if (place == myMarkers.end()) return;
+  std::erase(myOrder, place->second.get());
+  std::erase(myMoving, place->second.get());
+  myMarkers.erase(place);
+  myHasChanged = true;
+}
+
+}  // namespace corvane::map

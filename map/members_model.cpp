@@ -1,0 +1,167 @@
+#include "map/members_model.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include "framework/visible_text.h"
+
+namespace corvane::map {
+namespace {
+
+using client::Clock;
+using client::Member;
+
+constexpr std::chrono::milliseconds kUpdateInterval{500};
+// From here on it costs less to tell of everything.
+constexpr std::size_t kManyGone = 50;
+
+std::chrono::seconds Age(const Member& member) {
+  return std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - member.news);
+}
+
+}  // namespace
+
+MembersModel::MembersModel(client::Members& members) : myMembers(members) {
+  myMembers.ForEach([this](const Member& member) { myNew.push_back(&member); });
+  myMembers.Watch(*this);
+  connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
+  myTimer.start(kUpdateInterval);
+}
+
+MembersModel::~MembersModel() {
+  myMembers.Unwatch(*this);
+}
+
+int MembersModel::rowCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : static_cast<int>(myRows.size());
+}
+
+int MembersModel::columnCount(const QModelIndex& parent) const {
+  return parent.isValid() ? 0 : kColumns;
+}
+
+QVariant MembersModel::data(const QModelIndex& index, int role) const {
+  const Row& row = myRows[static_cast<std::size_t>(index.row())];
+  const int column = index.column();
+  if (role == Qt::TextAlignmentRole) {
+    const bool isNumber = column != kName && column != kState;
+    return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
+  }
+  const bool sorts = role == kSortRole;
+  if (role != Qt::DisplayRole && !sorts) return {};
+  if (column == kName) return sorts ? row.name.toCaseFolded() : row.name;
+  if (row.member == nullptr || (!row.member->hasPlace && column != kState)) return {};
+  switch (column) {
+    case kX:
+      return row.member->report.x;
+    case kY:
+      return row.member->report.y;
+    case kFacet:
+      return row.member->report.facet;
+    case kHp:
+      return row.member->report.hp;
+    case kState:
+      return StateOf(*row.member);
+    default:
+      if (sorts) return static_cast<qint64>(Age(*row.member).count());
+      return NewsOf(*row.member);
+  }
+}
+
+QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int role) const {
+  if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
+  switch (section) {
+    case kName:
+      return tr("Name");
+    case kX:
+      return tr("X");
+    case kY:
+      return tr("Y");
+    case kFacet:
+      return tr("Facet");
+    case kHp:
+      return tr("HP");
+    case kState:
+      return tr("State");
+    default:
+      return tr("Last news");
+  }
+}
+
+QString MembersModel::StateOf(const Member& member) {
+  if (!member.hasPlace) return tr("No place");
+  if (member.report.isDead) return tr("Dead");
+  return member.report.inBattle ? tr("In battle") : tr("Alive");
+}
+
+QString MembersModel::NewsOf(const Member& member) {
+  const auto seconds = Age(member).count();
+  if (seconds < 60) return tr("%1 s ago").arg(seconds);
+  if (seconds < 3600) return tr("%1 min ago").arg(seconds / 60);
+  return tr("%1 h ago").arg(seconds / 3600);
+}
+
+int MembersModel::RowOf(const Member& member) const {
+  const auto place = myPlaces.find(&member);
+  return place == myPlaces.end() ? -1 : place->second;
+}
+
+void MembersModel::Update() {
+  if (myGone > 0) RemoveGone();
+  const int had = rowCount();
+  // Without the names, which stay: by them the list is filtered and mostly sorted.
+  if (had > 0) Q_EMIT dataChanged(index(0, kX), index(had - 1, kNews));
+  if (myNew.empty()) return;
+  beginInsertRows({}, had, had + static_cast<int>(myNew.size()) - 1);
+  for (const Member* member : myNew)
+    myRows.push_back({member, VisibleText(member->name)});
+  myNew.clear();
+  Number();
+  endInsertRows();
+}
+
+void MembersModel::RemoveGone() {
+  const auto isGone = [](const Row& row) { return row.member == nullptr; };
+  if (std::exchange(myGone, 0) >= kManyGone) {
+    beginResetModel();
+    std::erase_if(myRows, isGone);
+    Number();
+    endResetModel();
+    return;
+  }
+  for (int row = rowCount() - 1; row >= 0; --row) {
+    if (MemberAt(row) != nullptr) continue;
+    beginRemoveRows({}, row, row);
+    myRows.erase(myRows.begin() + row);
+    endRemoveRows();
+  }
+  Number();
+}
+
+void MembersModel::Number() {
+  myPlaces.clear();
+  for (int row = 0; row < rowCount(); ++row) {
+    if (MemberAt(row) != nullptr) myPlaces.emplace(MemberAt(row), row);
+  }
+}
+
+void MembersModel::Added(const Member& member) {
+  myNew.push_back(&member);
+}
+
+// The next Update reads it.
+void MembersModel::Changed(const Member&) {}
+
+void MembersModel::Removed(const Member& member) {
+  const auto place = myPlaces.find(&member);
+  if (place == myPlaces.end()) {
+    std::erase(myNew, &member);
+    return;
+  }
+  myRows[static_cast<std::size_t>(place->second)].member = nullptr;
+  myPlaces.erase(place);
+  ++myGone;
+}
+
+}  // namespace corvane::map

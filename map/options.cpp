@@ -1,0 +1,73 @@
+#include "map/options.h"
+
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QFileInfo>
+
+#include "client/password_digest.h"
+
+namespace corvane::map {
+namespace {
+
+struct OptionTexts {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::Options)
+};
+
+// "LEFT,TOP,SCALE"; whether it is that.
+bool ReadFrame(const QString& text, MapPicture& picture) {
+  const QStringList parts = text.split(',');
+  bool areNumbers[3] = {};
+  if (parts.size() != 3) return false;
+  picture.corner = {parts[0].toDouble(&areNumbers[0]), parts[1].toDouble(&areNumbers[1])};
+  picture.unitsPerPixel = parts[2].toDouble(&areNumbers[2]);
+  return areNumbers[0] && areNumbers[1] && areNumbers[2] && picture.unitsPerPixel > 0;
+}
+
+}  // namespace
+
+ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& password) {
+  QCommandLineParser parser;
+  parser.setApplicationDescription(OptionTexts::tr(
+      "Shows the players of a Corvane network on a map.\n"
+      "With a server, a network and a user name it logs in at once, with the password in\n"
+      "the environment variable CORVANE_MAP_PASSWORD."));
+  parser.addOptions({
+      {"server", OptionTexts::tr("Log in to this server."), "HOST"},
+      {"port", OptionTexts::tr("Its port; 12000 if none is given."), "PORT", "12000"},
+      {"network", OptionTexts::tr("The network."), "NAME"},
+      {"user", OptionTexts::tr("The user name."), "NAME"},
+      {"map", OptionTexts::tr("Show this picture on facet 0 from now on."), "FILE"},
+      {"map-frame",
+       OptionTexts::tr("Where its left and top edges are on the map, and how many units of "
+                       "the map a pixel is."),
+       "X,Y,SCALE", "0,0,1"},
+  });
+  if (const auto answer = AnswerTo(arguments, parser)) return {{}, *answer};
+  Options options;
+  if (parser.isSet("server")) {
+    RecentServer server;
+    server.host = parser.value("server");
+    server.port = parser.value("port").toUShort();
+    server.network = parser.value("network");
+    server.userName = parser.value("user");
+    server.digest = QByteArray::fromStdString(client::PasswordDigest(password.toStdString()));
+    if (server.port == 0 || server.network.isEmpty() || server.userName.isEmpty()) {
+      return {{},
+              {OptionTexts::tr("--server needs a --network, a --user and a --port from 1 to 65535"),
+               2}};
+    }
+    options.server = server;
+  }
+  if (parser.isSet("map")) {
+    MapPicture picture;
+    picture.kind = MapPicture::Kind::Image;
+    // It is remembered, and the folder that the program is started from may be another next time.
+    picture.path = QFileInfo(parser.value("map")).absoluteFilePath();
+    if (!ReadFrame(parser.value("map-frame"), picture))
+      return {{}, {OptionTexts::tr("--map-frame takes X,Y,SCALE"), 2}};
+    options.picture = picture;
+  }
+  return {options, {}};
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,76 @@
+#include "map/own_position.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "map/marker_board.h"
+
+namespace corvane::map {
+namespace {
+
+std::int32_t Held(double at) {
+  return static_cast<std::int32_t>(std::lround(std::clamp(at, -kFarthest, kFarthest)));
+}
+
+}  // namespace
+
+OwnPosition::OwnPosition(client::Connection& connection) : myConnection(connection) {
+  myReport.hp = 100;
+  myPause.setSingleShot(true);
+  myPause.setInterval(kPause);
+  myPause.setTimerType(Qt::PreciseTimer);
+  QObject::connect(&myPause, &QTimer::timeout, &myPause, [this] { Send(); });
+}
+
+void OwnPosition::SetOn(bool isOn) {
+  myIsOn = isOn;
+  if (isOn) SendAgain();
+  if (Changed) Changed();
+}
+
+std::optional<client::Report> OwnPosition::Shown() const {
+  if (!myIsOn || !myIsPlaced) return std::nullopt;
+  return myReport;
+}
+
+void OwnPosition::GoTo(QPointF place, int facet) {
+  client::Report report = myReport;
+  report.x = Held(place.x());
+  report.y = Held(place.y());
+  report.facet = facet;
+  myIsPlaced = true;
+  Take(report);
+}
+
+void OwnPosition::Step(int columns, int rows, int facet) {
+  GoTo(QPointF(myReport.x + columns * kStride, myReport.y + rows * kStride), facet);
+}
+
+void OwnPosition::SetState(int hp, bool inBattle, bool isDead) {
+  client::Report report = myReport;
+  report.hp = hp;
+  report.inBattle = inBattle;
+  report.isDead = isDead;
+  Take(report);
+}
+
+void OwnPosition::Take(const client::Report& report) {
+  myReport = report;
+  SendAgain();
+  if (Changed) Changed();
+}
+
+void OwnPosition::SendAgain() {
+  myHasNews = true;
+  if (!myPause.isActive()) Send();
+}
+
+// Each report is followed by a pause, at whose end what came meanwhile goes out.
+void OwnPosition::Send() {
+  if (!myIsOn || !myIsPlaced || !std::exchange(myHasNews, false)) return;
+  myConnection.Send(myReport);
+  myPause.start();
+}
+
+}  // namespace corvane::map

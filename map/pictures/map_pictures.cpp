@@ -1,0 +1,52 @@
+#include "map/pictures/map_pictures.h"
+
+#include <utility>
+
+#include <QDir>
+#include <QFile>
+
+namespace corvane::map {
+
+MapPictures::MapPictures(QString cacheFolder) : myCache(std::move(cacheFolder)) {}
+
+std::optional<QString> MapPictures::FolderFor(const MapPicture& picture) {
+  if (picture.kind != MapPicture::Kind::Image) return picture.path;
+  const QString folder = TileFolderOf(picture.path, myCache);
+  if (QDir(folder).exists()) return folder;
+  if (myCutter && myImage == picture.path) return std::nullopt;
+  myImage = picture.path;
+  myCutter = std::make_unique<PictureCutter>();
+  myCutter->Progresses = [this](int percent) {
+    if (Progresses) Progresses(percent);
+  };
+  myCutter->Ends = [this](const QString& error) { End(error); };
+  myCutter->Start(picture.path, folder);
+  return std::nullopt;
+}
+
+void MapPictures::Stop() {
+  if (!myCutter) return;
+  myCutter.reset();
+  if (Progresses) Progresses(100);
+}
+
+void MapPictures::End(const QString& error) {
+  // It is the cutter that calls, so it may go only afterwards.
+  const std::unique_ptr<PictureCutter> cutter = std::move(myCutter);
+  if (Progresses) Progresses(100);
+  if (!error.isEmpty()) {
+    if (Fails) Fails(tr("The picture %1 cannot be shown: %2").arg(myImage, error));
+    return;
+  }
+  RemoveOldest();
+  if (Ready) Ready();
+}
+
+void MapPictures::RemoveOldest() const {
+  const QDir cache(myCache);
+  const QStringList folders = cache.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Time);
+  for (qsizetype i = kMaxCut; i < folders.size(); ++i)
+    QDir(cache.filePath(folders[i])).removeRecursively();
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,113 @@
+#include "map/settings.h"
+
+#include <algorithm>
+
+#include <QFile>
+
+namespace corvane::map {
+namespace {
+
+constexpr QLatin1String kRecent("recent");
+constexpr QLatin1String kPictures("pictures");
+constexpr QLatin1String kPlaces("places/");
+
+}  // namespace
+
+bool RecentServer::IsSamePlace(const RecentServer& other) const {
+  return host == other.host && port == other.port && network == other.network &&
+         userName == other.userName;
+}
+
+Settings::Settings(const QString& file) : mySettings(file, QSettings::IniFormat) {
+  // A digest lets in whoever has it.
+  mySettings.setValue(QStringLiteral("format"), 1);
+  mySettings.sync();
+  QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
+}
+
+QList<RecentServer> Settings::RecentServers() const {
+  QList<RecentServer> servers;
+  const int count = std::min(mySettings.beginReadArray(kRecent), kMaxRecent);
+  for (int i = 0; i < count; ++i) {
+    mySettings.setArrayIndex(i);
+    RecentServer server;
+    server.host = mySettings.value("host").toString();
+    server.port = static_cast<std::uint16_t>(mySettings.value("port").toUInt());
+    server.network = mySettings.value("network").toString();
+    server.userName = mySettings.value("user").toString();
+    server.digest = QByteArray::fromHex(mySettings.value("digest").toByteArray());
+    servers.append(server);
+  }
+  mySettings.endArray();
+  return servers;
+}
+
+void Settings::Remember(const RecentServer& server) {
+  QList<RecentServer> servers = RecentServers();
+  servers.removeIf([&](const RecentServer& other) { return other.IsSamePlace(server); });
+  servers.prepend(server);
+  servers.resize(std::min<qsizetype>(servers.size(), kMaxRecent));
+  mySettings.remove(kRecent);
+  mySettings.beginWriteArray(kRecent, static_cast<int>(servers.size()));
+  for (int i = 0; i < servers.size(); ++i) {
+    mySettings.setArrayIndex(i);
+    mySettings.setValue("host", servers[i].host);
+    mySettings.setValue("port", servers[i].port);
+    mySettings.setValue("network", servers[i].network);
+    mySettings.setValue("user", servers[i].userName);
+    if (!servers[i].digest.isEmpty())
+      mySettings.setValue("digest", QString::fromLatin1(servers[i].digest.toHex()));
+  }
+  mySettings.endArray();
+}
+
+MapPicture Settings::PictureOf(int facet) const {
+  MapPicture picture;
+  mySettings.beginGroup(kPictures);
+  mySettings.beginGroup(QString::number(facet));
+  const QString kind = mySettings.value("kind").toString();
+  if (kind == QLatin1String("image")) picture.kind = MapPicture::Kind::Image;
+  if (kind == QLatin1String("tiles")) picture.kind = MapPicture::Kind::Tiles;
+  picture.path = mySettings.value("path").toString();
+  picture.corner = {mySettings.value("left").toDouble(), mySettings.value("top").toDouble()};
+  const double scale = mySettings.value("unitsPerPixel").toDouble();
+  if (scale > 0) picture.unitsPerPixel = scale;
+  mySettings.endGroup();
+  mySettings.endGroup();
+  return picture;
+}
+
+void Settings::SetPictureOf(int facet, const MapPicture& picture) {
+  mySettings.beginGroup(kPictures);
+  mySettings.remove(QString::number(facet));
+  if (picture.kind != MapPicture::Kind::None) {
+    mySettings.beginGroup(QString::number(facet));
+    mySettings.setValue("kind", picture.kind == MapPicture::Kind::Image ? "image" : "tiles");
+    mySettings.setValue("path", picture.path);
+    mySettings.setValue("left", picture.corner.x());
+    mySettings.setValue("top", picture.corner.y());
+    mySettings.setValue("unitsPerPixel", picture.unitsPerPixel);
+    mySettings.endGroup();
+  }
+  mySettings.endGroup();
+}
+
+QList<int> Settings::Pictured() const {
+  QList<int> facets;
+  mySettings.beginGroup(kPictures);
+  for (const QString& group : mySettings.childGroups())
+    facets.append(group.toInt());
+  mySettings.endGroup();
+  std::sort(facets.begin(), facets.end());
+  return facets;
+}
+
+QByteArray Settings::Place(const QString& of) const {
+  return mySettings.value(kPlaces + of).toByteArray();
+}
+
+void Settings::SetPlace(const QString& of, const QByteArray& place) {
+  mySettings.setValue(kPlaces + of, place);
+}
+
+}  // namespace corvane::map

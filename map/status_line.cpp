@@ -1,0 +1,86 @@
+#include "map/status_line.h"
+
+#include <chrono>
+#include <cmath>
+
+#include "framework/text.h"
+#include "framework/visible_text.h"
+
+namespace corvane::map {
+
+using State = client::Connection::State;
+
+StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
+    : QStatusBar(parent),
+      lblState(new QLabel(this)),
+      btnRetry(new QPushButton(tr("&Try Now"), this)),
+      prgCutting(new QProgressBar(this)),
+      lblPlace(new QLabel(this)),
+      myConnection(connection) {
+  lblState->setTextFormat(Qt::PlainText);
+  // However long the names in it are, the window may be narrow.
+  lblState->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+  lblState->setAccessibleName(tr("State of the connection"));
+  lblPlace->setAccessibleName(tr("Coordinates under the pointer"));
+  lblPlace->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("-000000, -000000")));
+  lblPlace->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+  prgCutting->setFormat(tr("Preparing the picture: %p%"));
+  prgCutting->setAccessibleName(tr("Preparing the picture"));
+  prgCutting->setMinimumWidth(fontMetrics().horizontalAdvance(prgCutting->format()) + 40);
+  prgCutting->hide();
+  addWidget(lblState, 1);
+  addPermanentWidget(btnRetry);
+  addPermanentWidget(prgCutting);
+  addPermanentWidget(lblPlace);
+  connect(btnRetry, &QPushButton::clicked, this, [this] { myConnection.RetryNow(); });
+  connect(&mySecond, &QTimer::timeout, this, [this] { Update(); });
+  mySecond.start(std::chrono::milliseconds(500));
+  Update();
+}
+
+void StatusLine::Update() {
+  btnRetry->setVisible(myConnection.CurrentState() == State::Waiting);
+  const QString text = StateText();
+  if (text == lblState->text()) return;
+  lblState->setText(text);
+  lblState->setToolTip(text);
+}
+
+QString StatusLine::StateText() {
+  const client::Destination& where = myConnection.Where();
+  const QString host = VisibleText(TextFromDisplay(where.host));
+  switch (myConnection.CurrentState()) {
+    case State::Offline:
+      return tr("Not connected");
+    case State::Connecting:
+      return tr("Connecting to %1...").arg(host);
+    case State::LoggingIn:
+      return tr("Logging in to %1...").arg(VisibleText(where.account.network));
+    case State::Waiting: {
+      const auto seconds = std::chrono::ceil<std::chrono::seconds>(myConnection.RetryIn()).count();
+      return tr("The connection was lost; trying again in %1 s").arg(seconds);
+    }
+    case State::Online:
+      break;
+  }
+  const QString as = VisibleText(where.account.userName);
+  const auto others = myConnection.Others().Count();
+  return tr("%1 in %2 on %3, %4")
+      .arg(myConnection.IsAdministrator() ? tr("%1 (administrator)").arg(as) : as,
+           VisibleText(where.account.network), host,
+           others == 1 ? tr("1 other") : tr("%1 others").arg(others));
+}
+
+void StatusLine::ShowPlace(std::optional<QPointF> place) const {
+  lblPlace->setText(place ? QStringLiteral("%1, %2")
+                                .arg(std::floor(place->x()), 0, 'f', 0)
+                                .arg(std::floor(place->y()), 0, 'f', 0)
+                          : QString());
+}
+
+void StatusLine::ShowProgress(int percent) const {
+  prgCutting->setValue(percent);
+  prgCutting->setVisible(percent < 100);
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <optional>
+
+#include <QCoreApplication>
+#include <QLabel>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTimer>
+
+#include "client/connection.h"
+
+namespace corvane::map {
+
+// The state of the connection, with the seconds until it is tried again; how far a picture is cut;
+// the place under the pointer.
+class StatusLine : public QStatusBar {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::StatusLine)
+
+ public:
+  // Borrows the connection.
+  StatusLine(client::Connection& connection, QWidget* parent);
+
+  // The state of the connection has changed.
+  void Update();
+  void ShowPlace(std::optional<QPointF> place) const;
+  void ShowProgress(int percent) const;
+
+  // The controls. The bar owns them.
+  QLabel* lblState;
+  QPushButton* btnRetry;
+  QProgressBar* prgCutting;
+  QLabel* lblPlace;
+
+ private:
+  QString StateText();
+
+  client::Connection& myConnection;
+  QTimer mySecond;
+};
+
+}  // namespace corvane::map

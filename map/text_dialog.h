@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+
+#include <QCoreApplication>
+#include <QDialog>
+#include <QLineEdit>
+#include <QPushButton>
+
+namespace corvane::map {
+
+// Asks for one line of text: a reason, a message. An empty one cannot be confirmed.
+class TextDialog : public QDialog {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::TextDialog)
+
+ public:
+  // `hint` stands above the field, `action` on the button.
+  TextDialog(const QString& title, const QString& hint, const QString& label, const QString& action,
+             QWidget& owner);
+
+  std::function<void(const QString&)> Confirmed;
+
+  // The controls, in tab order. The dialog owns them.
+  QLineEdit* txtText;
+  QPushButton* btnOK;
+  QPushButton* btnCancel;
+};
+
+}  // namespace corvane::map

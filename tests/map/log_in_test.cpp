@@ -1,0 +1,180 @@
+#include <QFile>
+
+#include "tests/map/map_fixture.h"
+#include "tests/support/false_server.h"
+
+namespace corvane::map {
+namespace {
+
+using State = client::Connection::State;
+
+class LogInTest : public WindowTest {
+ protected:
+  // What the dialog says once the attempt has failed.
+  std::string Refusal() {
+    auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+    EXPECT_TRUE(PumpUntil([&] { return dialog->btnConnect->isEnabled(); }));
+    return dialog->lblMessage->text().toStdString();
+  }
+};
+
+TEST_F(LogInTest, SaysPlainlyWhatIsRefused) {
+  TestServer server;
+  server.AddNetwork("North");
+  TestClient bob(server.Port());
+  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  LogIn(server.Port(), "Ann", "secret", "South");
+  EXPECT_THAT(Refusal(), testing::HasSubstr("no such network, or it is full or disabled"));
+  LogIn(server.Port(), "Ann", "wrong");
+  EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
+  LogIn(server.Port(), "bob");
+  EXPECT_THAT(Refusal(), testing::HasSubstr("three minutes"));
+  EXPECT_EQ(State(), State::Offline);
+  LogIn(server.Port(), "Cy");
+  ASSERT_TRUE(Reaches(State::Online));
+  EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
+  // The dialog is still there for another attempt, and goes when that succeeds.
+  LogIn(server.Port());
+  ASSERT_TRUE(Reaches(State::Online));
+  EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
+  EXPECT_TRUE(PumpUntil(
+      [&] { return myWindow->stsLine->lblState->text() == "Ann in North on 127.0.0.1, 1 other"; }));
+  EXPECT_FALSE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
+}
+
+TEST_F(LogInTest, TakesWhatIsGivenForTyped) {
+  TestServer server;
+  server.AddNetwork("North");
+  RecentServer given;
+  given.host = "127.0.0.1";
+  given.port = static_cast<std::uint16_t>(server.Port());
+  given.network = "North";
+  given.userName = "Ann";
+  given.digest = QByteArray::fromStdString(PasswordDigest("wrong"));
+  myWindow->LogInTo(given);
+  EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
+  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+  EXPECT_EQ(dialog->txtUser->text(), "Ann");
+  QTest::keyClicks(dialog->txtPassword, "secret");
+  Click(dialog->btnConnect);
+  EXPECT_TRUE(Reaches(State::Online));
+}
+
+TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
+  FalseServer silent;
+  LogIn(silent.Port());
+  ASSERT_TRUE(silent.Accept());
+  ASSERT_TRUE(Reaches(State::LoggingIn));
+  Click(Opened<ConnectDialog>("ConnectDialog")->btnCancel);
+  EXPECT_EQ(State(), State::Offline);
+  EXPECT_TRUE(PumpUntil([&] { return !silent.HasClient(); }));
+  // What was typed is still there.
+  myWindow->AskWhere();
+  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+  EXPECT_EQ(dialog->lblMessage->text(), "");
+  Click(dialog->btnConnect);
+  ASSERT_TRUE(silent.Accept());
+  ASSERT_TRUE(Reaches(State::LoggingIn));
+  const client::Destination& where = myWindow->Wire().Where();
+  EXPECT_EQ(where.port, silent.Port());
+  EXPECT_EQ(where.account.network, "North");
+  EXPECT_EQ(where.account.userName, "Ann");
+  EXPECT_EQ(where.account.passwordDigest, PasswordDigest("secret"));
+}
+
+TEST_F(LogInTest, RemembersServersAndTheDigestOnlyWhereWanted) {
+  TestServer server;
+  server.AddNetwork("North");
+  const auto fileHolds = [&](const QByteArray& text) {
+    QFile file(myFolder.filePath("map.ini"));
+    EXPECT_TRUE(file.open(QFile::ReadOnly));
+    return file.readAll().contains(text);
+  };
+  const QByteArray digest = QByteArray::fromStdString(PasswordDigest("secret")).toHex();
+  LogIn(server.Port());
+  ASSERT_TRUE(Reaches(State::Online));
+  myWindow->resize(870, 610);
+  myWindow->close();
+  MakeWindow();
+  EXPECT_EQ(myWindow->size(), QSize(870, 610));
+  EXPECT_FALSE(fileHolds(digest));
+  myWindow->AskWhere();
+  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+  EXPECT_EQ(dialog->txtHost->text(), "127.0.0.1");
+  EXPECT_EQ(dialog->spnPort->value(), server.Port());
+  EXPECT_EQ(dialog->txtNetwork->text(), "North");
+  EXPECT_EQ(dialog->txtUser->text(), "Ann");
+  EXPECT_EQ(dialog->txtPassword->placeholderText(), "");
+  Type(dialog->txtPassword, "secret");
+  dialog->chkRemember->setChecked(true);
+  Click(dialog->btnConnect);
+  ASSERT_TRUE(Reaches(State::Online));
+
+  myWindow->close();
+  MakeWindow();
+  EXPECT_TRUE(fileHolds(digest));
+  EXPECT_FALSE(fileHolds("secret"));
+  myWindow->AskWhere();
+  dialog = Opened<ConnectDialog>("ConnectDialog");
+  Type(dialog->txtPassword, "wrong");
+  Click(dialog->btnConnect);
+  EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
+  dialog->txtPassword->clear();
+  QTest::keyClick(dialog, Qt::Key_Return);
+  EXPECT_TRUE(Reaches(State::Online)) << "with what is remembered";
+}
+
+TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
+  auto server = std::make_unique<TestServer>();
+  server->AddNetwork("North");
+  const std::int32_t port = server->Port();
+  TestClient bob(port);
+  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  LogIn(port);
+  ASSERT_TRUE(Reaches(State::Online));
+  ASSERT_TRUE(RowsAre({"Bob|||||No place"}));
+  EXPECT_TRUE(myWindow->Board().All().empty());
+  bob.Send(4, "1,2,0,3,0,0");
+  ASSERT_TRUE(RowsAre({"Bob|1|2|0|3|Alive"}));
+  Click(myWindow->barOwn->chkSend);
+  QTest::keyClick(myWindow->map, Qt::Key_Right);
+  myWindow->map->Follow(*myWindow->Wire().Others().Find("Bob"));
+  server.reset();
+  ASSERT_TRUE(Reaches(State::Waiting));
+  EXPECT_THAT(myWindow->stsLine->lblState->text().toStdString(),
+              testing::HasSubstr("trying again in 1 s"));
+  EXPECT_TRUE(RowsAre({}));
+  EXPECT_TRUE(Says("The connection was lost"));
+  server = std::make_unique<TestServer>(port);
+  server->AddNetwork("North");
+  TestClient again(port);
+  ASSERT_TRUE(again.LogIn("North", "secret", "Bob"));
+  ASSERT_TRUE(Reaches(State::Waiting));
+  Click(myWindow->stsLine->btnRetry);
+  EXPECT_EQ(State(), State::Connecting);
+  EXPECT_TRUE(Reaches(State::Online));
+  EXPECT_FALSE(myWindow->stsLine->btnRetry->isVisible());
+  // It sends its place anew and goes on following.
+  EXPECT_EQ(again.Receive(),
+            (WireMessage{5, "Ann|" + std::to_string(OwnPosition::kStride) + ",0,0,100,0,0"}));
+  again.Send(4, "1,2,3,4,0,0");
+  EXPECT_TRUE(PumpUntil([&] { return myWindow->Facet() == 3; }));
+  EXPECT_TRUE(myWindow->map->IsFollowing());
+}
+
+TEST_F(LogInTest, StaysAwayAfterABan) {
+  TestServer server;
+  server.AddNetwork("North");
+  LogIn(server.Port());
+  ASSERT_TRUE(Reaches(State::Online));
+  server.listener->BanUser(*server.SessionOf("Ann"), "Ann", "spam\n\x1b[31m");
+  ASSERT_TRUE(Reaches(State::Offline));
+  EXPECT_TRUE(Says("You were banned: spam\\n\\x1b[31m"));
+  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
+  PumpFor(std::chrono::milliseconds(500));  // longer than the pause
+  EXPECT_EQ(State(), State::Offline);
+  EXPECT_EQ(server.ActiveCount(), 0U);
+}
+
+}  // namespace
+}  // namespace corvane::map

@@ -1,0 +1,39 @@
+#include "map/options.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane::map {
+namespace {
+
+TEST(MapOptions, NameAServerAndAPicture) {
+  const auto parsed = ParseOptions({"corvane-map", "--server", "example.org", "--network", "Demo",
+                                    "--user", "Ann", "--map", "a.png", "--map-frame", "-10,20,4"},
+                                   "secret");
+  ASSERT_TRUE(parsed.options);
+  EXPECT_EQ(parsed.options->server->host, "example.org");
+  EXPECT_EQ(parsed.options->server->port, 12000);
+  EXPECT_EQ(parsed.options->server->digest.toHex(), "5ebe2294ecd0e0f08eab7690d2a6ee69");
+  EXPECT_TRUE(parsed.options->picture->path.endsWith("/a.png"));
+  EXPECT_EQ(parsed.options->picture->corner, QPointF(-10, 20));
+  EXPECT_EQ(parsed.options->picture->unitsPerPixel, 4);
+}
+
+TEST(MapOptions, OthersAreRefusedWithAText) {
+  const QList<QStringList> cases{
+      {"--server", "example.org"},
+      {"--server", "h", "--network", "n", "--user", "u", "--port", "70000"},
+      {"--map", "a.png", "--map-frame", "1,2"},
+      {"--map", "a.png", "--map-frame", "1,2,0"},
+      {"--password", "secret"},
+      {"--map", "a.png", "foo"},
+  };
+  for (const QStringList& arguments : cases) {
+    const auto parsed = ParseOptions(QStringList("corvane-map") + arguments, "");
+    EXPECT_FALSE(parsed.options) << arguments.join(' ').toStdString();
+    EXPECT_EQ(parsed.answer.exitCode, 2);
+    EXPECT_FALSE(parsed.answer.text.isEmpty());
+  }
+}
+
+}  // namespace
+}  // namespace corvane::map
