@@ -13,9 +13,9 @@
 #include "console/wnd_main.h"
 #include "control/commands.h"
 #include "control/control_server.h"
-#include "framework/choose_platform.h"
-#include "framework/folders.h"
-#include "framework/process_signals.h"
+#include "platform/choose_platform.h"
+#include "platform/folders.h"
+#include "platform/process_signals.h"
 
 int main(int argc, char** argv) {
   using namespace corvane;

@@ -8,8 +8,8 @@
 #include "app/server_application.h"
 #include "control/commands.h"
 #include "control/control_server.h"
-#include "framework/folders.h"
-#include "framework/process_signals.h"
+#include "platform/folders.h"
+#include "platform/process_signals.h"
 
 int main(int argc, char** argv) {
   using namespace corvane;

@@ -3,12 +3,12 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 
-#include "framework/broken_pipes.h"
-#include "framework/caller.h"
-#include "framework/large_memory.h"
-#include "framework/qt_noise.h"
-#include "framework/standard_streams.h"
+#include "app/large_memory.h"
 #include "net/descriptor_limit.h"
+#include "platform/broken_pipes.h"
+#include "platform/caller.h"
+#include "platform/qt_noise.h"
+#include "platform/standard_streams.h"
 
 namespace corvane {
 

@@ -7,9 +7,9 @@
 
 #include <QString>
 
-#include "framework/log_file.h"
+#include "app/log_file.h"
+#include "app/status_clock.h"
 #include "framework/signal.h"
-#include "framework/status_clock.h"
 
 namespace corvane {
 

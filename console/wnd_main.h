@@ -11,13 +11,13 @@
 #include <QPushButton>
 
 #include "app/operator.h"
+#include "app/status_clock.h"
 #include "console/list_box.h"
 #include "console/networks_model.h"
 #include "console/status_log_model.h"
 #include "console/users_model.h"
 #include "console/window_group.h"
 #include "framework/signal.h"
-#include "framework/status_clock.h"
 #include "server/map_socket.h"
 
 namespace corvane {

@@ -7,7 +7,7 @@
 
 #include "console/dialog.h"
 #include "console/up_down_arrows.h"
-#include "framework/network_interfaces.h"
+#include "platform/network_interfaces.h"
 
 namespace corvane {
 

@@ -14,8 +14,8 @@
 #include <QTemporaryFile>
 #include <QThreadPool>
 
-#include "framework/disk_sync.h"
 #include "framework/text.h"
+#include "platform/disk_sync.h"
 #include "storage/database_connection.h"
 
 namespace corvane {

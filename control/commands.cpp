@@ -9,9 +9,9 @@
 #include "app/operator.h"
 #include "app/server_log.h"
 #include "control/answers.h"
-#include "framework/standard_error.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
+#include "platform/standard_error.h"
 #include "storage/app_settings.h"
 
 namespace corvane {

@@ -7,8 +7,8 @@
 #include "control/answers.h"
 #include "control/commands.h"
 #include "control/control_name.h"
-#include "framework/standard_error.h"
 #include "framework/text.h"
+#include "platform/standard_error.h"
 
 namespace corvane {
 namespace {

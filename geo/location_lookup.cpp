@@ -5,9 +5,9 @@
 
 #include <QUrl>
 
-#include "framework/plain_file.h"
-#include "framework/standard_error.h"
 #include "geo/location_page.h"
+#include "geo/plain_file.h"
+#include "platform/standard_error.h"
 
 namespace corvane {
 namespace {

@@ -3,14 +3,14 @@
 #include <QIcon>
 #include <QStandardPaths>
 
-#include "framework/broken_pipes.h"
-#include "framework/caller.h"
-#include "framework/choose_platform.h"
-#include "framework/folders.h"
-#include "framework/process_signals.h"
-#include "framework/qt_noise.h"
 #include "map/map_window.h"
 #include "map/options.h"
+#include "platform/broken_pipes.h"
+#include "platform/caller.h"
+#include "platform/choose_platform.h"
+#include "platform/folders.h"
+#include "platform/process_signals.h"
+#include "platform/qt_noise.h"
 #include "updater/version.h"
 
 using namespace corvane;

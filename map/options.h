@@ -5,9 +5,9 @@
 #include <QString>
 #include <QStringList>
 
-#include "framework/caller.h"
 #include "map/pictures/map_picture.h"
 #include "map/settings.h"
+#include "platform/caller.h"
 
 namespace corvane::map {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "framework/scoped_flag.h"
+#include "net/scoped_flag.h"
 #include "net/socket_core.h"
 #include "net/tcp_socket.h"
 

@@ -13,10 +13,10 @@
 
 #include <QTimer>
 
-#include "framework/delayed_calls.h"
-#include "framework/streams.h"
 #include "net/connection_memory.h"
+#include "net/delayed_calls.h"
 #include "net/poller.h"
+#include "net/streams.h"
 #include "net/watch_list.h"
 
 namespace corvane {

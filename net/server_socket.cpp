@@ -5,9 +5,9 @@
 #include <chrono>
 #include <utility>
 
-#include "framework/scoped_flag.h"
 #include "net/descriptor_limit.h"
 #include "net/poll_loop.h"
+#include "net/scoped_flag.h"
 #include "net/tcp_socket.h"
 
 namespace corvane {

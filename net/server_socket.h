@@ -6,10 +6,10 @@
 #include <optional>
 #include <vector>
 
-#include "framework/network_interfaces.h"
 #include "net/os_socket.h"
 #include "net/socket_core.h"
 #include "net/socket_pool.h"
+#include "platform/network_interfaces.h"
 
 namespace corvane {
 

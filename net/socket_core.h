@@ -4,10 +4,10 @@
 #include <memory>
 #include <optional>
 
-#include "framework/network_interfaces.h"
-#include "framework/scoped_flag.h"
 #include "net/os_socket.h"
 #include "net/poller.h"
+#include "net/scoped_flag.h"
+#include "platform/network_interfaces.h"
 
 namespace corvane {
 

@@ -9,9 +9,9 @@
 
 #include "buffers/byte_queue.h"
 #include "buffers/output_queue.h"
-#include "framework/network_interfaces.h"
-#include "framework/streams.h"
 #include "net/socket_core.h"
+#include "net/streams.h"
+#include "platform/network_interfaces.h"
 
 namespace corvane {
 

@@ -5,8 +5,8 @@
 
 #include "buffers/output_queue.h"
 #include "framework/dates.h"
-#include "framework/processor_time.h"
 #include "framework/text.h"
+#include "platform/processor_time.h"
 
 namespace corvane {
 namespace {

@@ -8,14 +8,14 @@
 #include <QCryptographicHash>
 
 #include "framework/numbers.h"
-#include "framework/processor_time.h"
 #include "framework/text.h"
-#include "framework/ticks.h"
 #include "framework/visible_text.h"
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
+#include "platform/processor_time.h"
 #include "server/ban_list.h"
 #include "server/map_socket.h"
+#include "server/ticks.h"
 #include "server/wire.h"
 
 namespace corvane {

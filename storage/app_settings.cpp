@@ -10,10 +10,10 @@
 #include <QFileInfo>
 #include <libxml/xmlerror.h>
 
-#include "framework/replace_file.h"
-#include "framework/standard_error.h"
 #include "framework/text.h"
 #include "framework/xml_document.h"
+#include "platform/standard_error.h"
+#include "storage/replace_file.h"
 
 namespace corvane {
 

@@ -7,7 +7,7 @@
 #include <QFileInfo>
 #include <sqlite3.h>
 
-#include "framework/standard_error.h"
+#include "platform/standard_error.h"
 #include "storage/outsider_guard.h"
 #include "storage/quoted_identifier.h"
 

@@ -4,8 +4,8 @@
 
 #include <sqlite3.h>
 
-#include "framework/processor_time.h"
 #include "framework/text.h"
+#include "platform/processor_time.h"
 
 namespace corvane {
 

@@ -8,8 +8,8 @@
 #include <QFileInfo>
 
 #include "framework/dates.h"
-#include "framework/disk_sync.h"
-#include "framework/replace_file.h"
+#include "platform/disk_sync.h"
+#include "storage/replace_file.h"
 
 namespace corvane {
 namespace {

@@ -6,7 +6,7 @@
 #include "framework/numbers.h"
 #include "framework/text.h"
 #include "framework/xml_document.h"
-#include "framework/xml_encoding.h"
+#include "updater/xml_encoding.h"
 
 namespace corvane {
 namespace {

@@ -12,8 +12,8 @@
 #include "control/ctl/password_prompt.h"
 #include "control/ctl/printing.h"
 #include "control/ctl/server_link.h"
-#include "framework/broken_pipes.h"
-#include "framework/folders.h"
+#include "platform/broken_pipes.h"
+#include "platform/folders.h"
 
 using namespace corvane;
 using namespace corvane::ctl;

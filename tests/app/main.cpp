@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/server_application.h"
-#include "framework/broken_pipes.h"
+#include "platform/broken_pipes.h"
 
 int main(int argc, char** argv) {
   corvane::IgnoreBrokenPipes();  // as in the server

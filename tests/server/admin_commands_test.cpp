@@ -1,7 +1,7 @@
 #include <QDateTime>
 #include <QLocale>
 
-#include "framework/processor_time.h"
+#include "platform/processor_time.h"
 #include "tests/server/session_fixture.h"
 
 namespace corvane {

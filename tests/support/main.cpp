@@ -1,7 +1,7 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
-#include "framework/broken_pipes.h"
+#include "platform/broken_pipes.h"
 
 int main(int argc, char** argv) {
   corvane::IgnoreBrokenPipes();  // as in the server

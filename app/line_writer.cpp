@@ -1,0 +1,55 @@
+#include "app/line_writer.h"
+
+#include <utility>
+
+namespace corvane {
+
+namespace {
+
+constexpr std::size_t kMaxKept = 1024 * 1024;  // bytes
+
+}  // namespace
+
+LineWriter::LineWriter(Sink sink)
+    : mySink(std::move(sink)), myWriting([this] { WriteInTime(); }, Gathering::First::Waits) {}
+
+LineWriter::~LineWriter() {
+  WriteKept();
+  WriteKept();  // that lines were dropped
+}
+
+void LineWriter::WriteLine(std::string_view line) {
+  if (myClosed) return;
+  // A burst may be longer than what is kept, and be taken all the same.
+  if (myKept.size() + line.size() >= kMaxKept && myIsTaken) WriteKept();
+  if (myKept.size() + line.size() >= kMaxKept) {
+    ++myDropped;
+    return;
+  }
+  TellDropped();
+  myKept += line;
+  myKept += '\n';
+  myWriting.Note();
+}
+
+void LineWriter::WriteKept() {
+  if (myClosed || myKept.empty()) return;
+  const StreamWriting writing = mySink(myKept);
+  myKept.erase(0, writing.written);
+  myIsTaken = writing.written > 0;
+  myClosed = writing.isClosed;
+  if (myClosed) myKept = {};
+  if (myKept.empty()) TellDropped();
+}
+
+void LineWriter::TellDropped() {
+  if (myDropped > 0)
+    myKept += "(" + std::to_string(std::exchange(myDropped, 0)) + " lines dropped)\n";
+}
+
+void LineWriter::WriteInTime() {
+  WriteKept();
+  if (!myKept.empty()) myWriting.Note();
+}
+
+}  // namespace corvane

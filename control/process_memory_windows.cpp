@@ -1,0 +1,17 @@
+#include <windows.h>
+
+// Needs the types of the above.
+#include <psapi.h>
+
+#include "control/process_memory.h"
+
+namespace corvane {
+
+std::uint64_t ProcessMemory() {
+  PROCESS_MEMORY_COUNTERS counters{};
+  counters.cb = sizeof counters;
+  if (!K32GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters)) return 0;
+  return counters.WorkingSetSize;
+}
+
+}  // namespace corvane

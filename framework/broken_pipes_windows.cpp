@@ -1,8 +1,0 @@
-#include "framework/broken_pipes.h"
-
-namespace corvane {
-
-// As it is here anyway.
-void IgnoreBrokenPipes() {}
-
-}  // namespace corvane

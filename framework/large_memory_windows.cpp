@@ -1,8 +1,0 @@
-#include "framework/large_memory.h"
-
-namespace corvane {
-
-// As it is here anyway.
-void ReturnLargeMemory() {}
-
-}  // namespace corvane

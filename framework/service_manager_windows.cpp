@@ -1,8 +1,0 @@
-#include "framework/service_manager.h"
-
-namespace corvane {
-
-// The server is no service there.
-void TellServiceManager(ServiceState) {}
-
-}  // namespace corvane

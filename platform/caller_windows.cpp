@@ -1,0 +1,15 @@
+#include <windows.h>
+
+#include <QCoreApplication>
+
+#include "platform/caller.h"
+
+namespace corvane {
+
+void TellCaller(const CallerAnswer& answer) {
+  MessageBoxW(nullptr, answer.text.toStdWString().c_str(),
+              QCoreApplication::applicationName().toStdWString().c_str(),
+              answer.exitCode == 0 ? MB_ICONINFORMATION : MB_ICONWARNING);
+}
+
+}  // namespace corvane

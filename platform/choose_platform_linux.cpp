@@ -1,0 +1,26 @@
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+
+#include <QByteArray>
+
+#include "platform/choose_platform.h"
+
+namespace corvane {
+
+bool ChoosePlatform(int argc, const char* const* argv) {
+  const auto hasOneOf = [&](std::initializer_list<std::string_view> words) {
+    return std::find_first_of(argv, argv + argc, words.begin(), words.end()) != argv + argc;
+  };
+  if (hasOneOf({"-h", "--help", "-v", "--version"})) return qputenv("QT_QPA_PLATFORM", "offscreen");
+  if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return false;
+  if (hasOneOf({"-platform", "--platform"})) return false;
+  // Only what the desktop names is tried: looking for the rest would end in warnings, or in the
+  // session of somebody else on the same machine.
+  QByteArray platforms;
+  if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
+  if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";
+  return qputenv("QT_QPA_PLATFORM", platforms + "offscreen");
+}
+
+}  // namespace corvane

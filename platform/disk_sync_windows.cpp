@@ -1,0 +1,11 @@
+#include <io.h>
+
+#include "platform/disk_sync.h"
+
+namespace corvane {
+
+bool SyncToDisk(QFile& file) {
+  return file.flush() && _commit(file.handle()) == 0;
+}
+
+}  // namespace corvane
