@@ -10,6 +10,7 @@
 #include "control/process_memory.h"
 #include "framework/dates.h"
 #include "framework/text.h"
+#include "net/poll_loop.h"
 #include "server/client_socket.h"
 #include "server/map_socket.h"
 #include "storage/app_settings.h"
@@ -17,7 +18,7 @@
 
 namespace corvane {
 
-Questions::Questions(Operator& actions) : myActions(actions), myRates(actions.Loop()) {}
+Questions::Questions(Operator& actions) : myActions(actions), myRates(actions.Loop().Counted()) {}
 
 QByteArray Questions::Status(const Request&) {
   QJsonArray networks;

@@ -7,7 +7,7 @@ constexpr std::size_t kSamples = 10;
 
 }  // namespace
 
-Rates::Rates(PollLoop& loop) : myLoop(loop) {
+Rates::Rates(const Traffic& counted) : myCounted(counted) {
   Take();
   QObject::connect(&myTimer, &QTimer::timeout, [this] { Take(); });
   myTimer.start(std::chrono::seconds(1));
@@ -15,18 +15,18 @@ Rates::Rates(PollLoop& loop) : myLoop(loop) {
 
 void Rates::Take() {
   if (mySamples.size() == kSamples) mySamples.pop_front();
-  mySamples.push_back({std::chrono::steady_clock::now(), myLoop.Counted()});
+  mySamples.push_back({std::chrono::steady_clock::now(), myCounted});
 }
 
 Rates::Rate Rates::Now() {
   const Sample& then = mySamples.front();
-  const PollLoop::Traffic& now = myLoop.Counted();
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - then.time;
   const auto aSecond = [&time](std::uint64_t before, std::uint64_t after) {
     return static_cast<double>(after - before) / time.count();
   };
-  return {aSecond(then.counted.messages, now.messages),
-          aSecond(then.counted.received, now.received), aSecond(then.counted.sent, now.sent)};
+  return {aSecond(then.counted.messages, myCounted.messages),
+          aSecond(then.counted.received, myCounted.received),
+          aSecond(then.counted.sent, myCounted.sent)};
 }
 
 }  // namespace corvane

@@ -5,16 +5,16 @@
 
 #include <QTimer>
 
-#include "net/poll_loop.h"
+#include "net/traffic.h"
 
 namespace corvane {
 
 // How much goes over the connections a second, over the last ten seconds: what
 // `corvanectl status` shows of how busy the server is, in place of totals since its start. Borrows
-// the loop.
+// the counts.
 class Rates {
  public:
-  explicit Rates(PollLoop& loop);
+  explicit Rates(const Traffic& counted);
 
   struct Rate {
     double messages = 0;
@@ -26,11 +26,11 @@ class Rates {
  private:
   struct Sample {
     std::chrono::steady_clock::time_point time;
-    PollLoop::Traffic counted;
+    Traffic counted;
   };
   void Take();
 
-  PollLoop& myLoop;
+  const Traffic& myCounted;
   std::deque<Sample> mySamples;
   QTimer myTimer;
 };

@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -17,6 +16,7 @@
 #include "net/delayed_calls.h"
 #include "net/poller.h"
 #include "net/streams.h"
+#include "net/traffic.h"
 #include "net/watch_list.h"
 
 namespace corvane {
@@ -36,13 +36,6 @@ class TCPSocket;
 class PollLoop {
  public:
   using Clock = std::chrono::steady_clock;
-
-  // What went over all connections since the start.
-  struct Traffic {
-    std::uint64_t messages = 0;  // that were delivered
-    std::uint64_t received = 0;  // bytes
-    std::uint64_t sent = 0;
-  };
 
   // `unhandled` is called inside the catch block of an error that no handler caught.
   explicit PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits = {});
@@ -87,8 +80,6 @@ class PollLoop {
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
   // Memory to receive into; its content is anybody's as soon as other code runs.
   std::span<char> Scratch() { return myScratch; }
-  // Keeps two fill steps of listeners from running at once.
-  bool& IsFilling() { return myIsFilling; }
 
  private:
   void Stop();
@@ -127,7 +118,6 @@ class PollLoop {
   unsigned myGiveWayCount = 0;
   bool myIsNested = false;
   bool myIsInSlice = false;
-  bool myIsFilling = false;
   bool myIsStopped = false;
 };
 

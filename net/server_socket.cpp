@@ -92,8 +92,8 @@ void ServerSocket::Fail(int error) {
 }
 
 void ServerSocket::FillStep() {
-  if (myLoop.IsFilling()) return;
-  const ScopedFlag filling(myLoop.IsFilling());
+  if (myIsFilling) return;
+  const ScopedFlag filling(myIsFilling);
   if (!myPool.isFilled) {
     AddSockets(myPool.Minimum() + kBatch);
     myPool.isFilled = true;

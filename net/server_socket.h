@@ -82,6 +82,8 @@ class ServerSocket : public SocketCore {
   // Asks for so many objects; whether AddSocket gave any.
   bool AddSockets(std::int64_t count);
 
+  inline static bool myIsFilling = false;  // one guard for the fill steps of all listeners
+
   std::int32_t myPort = 0;
   std::int32_t myMinimum;
   std::int32_t myMaximum;
