@@ -114,7 +114,7 @@ class Operator {
                   const std::string& networkName);
   // Ends the connection. Harmless where it has ended.
   void ForceDisconnect(ClientSocket& user);
-  // Makes whoever has this name, address and network an administrator there, from now on.
+  // Gives a user of this name and address an administrator's rights in the network, at once.
   bool MakeAdmin(const ClientSocket& user);
   bool MakeAdmin(const std::string& name, const std::string& address,
                  const std::string& networkName);

@@ -30,7 +30,7 @@ endmacro()
 
 # corvane_guides(PROGRAM)
 #
-# The documents for whoever uses a program. They lead to one another.
+# The documents for a program's users. They lead to one another.
 function(corvane_guides program)
   install(FILES docs/map.md docs/operating.md docs/performance.md docs/protocol.md docs/security.md
     DESTINATION share/doc/${program})

@@ -33,7 +33,7 @@ ControlServer::Claim ControlServer::Take(const QString& dataFolder) {
 }
 
 bool ControlServer::TakeOrTell(const QString& dataFolder, const MessageBoxFunction& showMessage) {
-  // The application tells of one that is not there.
+  // The application reports one that is not there.
   if (!QDir(dataFolder).exists()) return true;
   const Claim claim = Take(dataFolder);
   const QString shown = QDir::toNativeSeparators(dataFolder);

@@ -151,7 +151,7 @@ void EasyTCPSocket::FireEvents() {
   if (wait > kNone) return DelayMessages(wait);
   myBudget.ChargeMessage();
   ++myLoop.Counted().messages;
-  // The payload stays in place, in a queue that nothing else touches, whatever arrives meanwhile.
+  // The payload stays in place, in a queue that nothing else touches meanwhile.
   ByteQueue delivering = std::move(mEvents);
   ReceivedMessage(frame.command, frame.payload);
   if (!myIsDispatching) return;

@@ -28,7 +28,7 @@ void Outbox::Deliver(const Members& members) {
     mySinceLook += myBytes.size();
     if (mySinceLook >= kBytesBetweenLooks && AreMostBehind(members)) HoldSenders();
   } else {
-    // They are lost, and whoever sent them hears of it.
+    // They are lost, and their senders fail.
     for (const Packet& packet : myPackets)
       packet.sender->FailForMemory();
   }

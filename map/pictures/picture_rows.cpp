@@ -87,7 +87,7 @@ class PngRows : public PictureRows {
   int myNextRow = 0;
 };
 
-// What Qt reads. A format that can be read in part (JPEG) is decoded anew from its top for each
+// What Qt reads. A format that can be read in part (JPEG) is decoded again from its top for each
 // strip, so the strips are large; any other at once, within Qt's own bound of memory.
 class QtRows : public PictureRows {
  public:
