@@ -31,7 +31,7 @@ class Outbox {
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
 
   // Writes the packets to the members, who are in hand-off order; empty afterwards. Where most of
-  // those who read are behind, has the senders of much wait for them (ClientSocket::AwaitReaders).
+  // those who read are behind, senders of much wait for them (ClientSocket::AwaitReaders).
   void Deliver(const Members& members);
 
   // Whether most of a member's recipients read and are behind. Looks at them once in a while.
@@ -49,7 +49,7 @@ class Outbox {
   void DeliverTo(const Members& members, const Slice& all) const;
   // Those who sent some of the packets, in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
-  // Has those wait who sent much since they last had to.
+  // Holds the senders of much, counted since their last hold.
   void HoldSenders() const;
   void SendOthers(ClientSocket& member, const Slice& all) const;
   void Clear();
