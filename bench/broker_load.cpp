@@ -1,7 +1,7 @@
-// The swarm's fanout and rate loads for general publish/subscribe brokers, to see where the server
-// stands among them: each member is one connection that subscribes to the network's channel and
-// publishes its reports there, with the bytes that the server would relay as the message. Takes the
-// swarm's options and prints what the swarm prints.
+// The swarm's fanout and rate loads for general publish/subscribe brokers, for comparison with the
+// server. Each member is one connection that subscribes to the network's channel and publishes its
+// reports there; the message is what the server would relay. Takes the swarm's options and prints
+// what the swarm prints.
 //
 //   corvane-broker-load redis|nats fanout|rate --networks 1 --users 50 ...
 //
@@ -42,67 +42,43 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience{20};  // for what never comes
 constexpr std::string_view kLineEnd = "\r\n";
+// Length of the words "message" and "reports" in a message of Redis. Every report is longer.
+constexpr std::size_t kWordBytes = 7;
 
-// How a broker is spoken to. All members share one channel, "reports".
-class Protocol {
- public:
-  virtual ~Protocol() = default;
-  // What a new connection says; it is ready once its input ends with ReadyMark.
-  virtual std::string Hello() const = 0;
-  virtual std::string_view ReadyMark() const = 0;
-  virtual void AppendPublish(std::string& output, std::string_view payload) const = 0;
-  // Where the line is the last before a payload, which a line end follows: the payload's length.
-  virtual std::optional<std::size_t> PayloadLength(std::string_view line) const = 0;
-  // Where the line is the first of a message: how many come between it and that last one.
-  virtual int LinesBefore(std::string_view line) const = 0;
-  // What has to be answered to any other line.
-  virtual std::string_view Answer(std::string_view line) const = 0;
-};
+// How to speak to a broker. All members share one channel, "reports".
+struct Protocol {
+  // What a new connection sends; it is ready once its input ends with `readyMark`.
+  std::string_view hello;
+  std::string_view readyMark;
+  // A report is published as this, its length, a line end, the report and a line end.
+  std::string_view publish;
+  // A line with this prefix ends with the length of the payload that follows; so does a report.
+  std::string_view payloadPrefix;
 
-std::size_t NumberAfter(std::string_view text, char mark) {
-  const std::size_t begin = text.rfind(mark) + 1;
-  std::size_t number = 0;
-  std::from_chars(text.data() + begin, text.data() + text.size(), number);
-  return number;
-}
-
-class Redis : public Protocol {
- public:
-  std::string Hello() const override { return "HELLO 3\r\nSUBSCRIBE reports\r\n"; }
-  std::string_view ReadyMark() const override { return "reports\r\n:1\r\n"; }
-  void AppendPublish(std::string& output, std::string_view payload) const override {
-    output += "*3\r\n$7\r\nPUBLISH\r\n$7\r\nreports\r\n$";
-    output.append(std::to_string(payload.size())).append(kLineEnd);
+  void AppendPublish(std::string& output, std::string_view payload) const {
+    output.append(publish).append(std::to_string(payload.size())).append(kLineEnd);
     output.append(payload).append(kLineEnd);
   }
-  std::optional<std::size_t> PayloadLength(std::string_view line) const override {
-    return line.starts_with('$') ? std::optional(NumberAfter(line, '$')) : std::nullopt;
+  std::optional<std::size_t> PayloadLength(std::string_view line) const {
+    if (!line.starts_with(payloadPrefix)) return std::nullopt;
+    const std::size_t begin = line.find_last_not_of("0123456789") + 1;
+    std::size_t length = 0;
+    std::from_chars(line.data() + begin, line.data() + line.size(), length);
+    return length > kWordBytes ? std::optional(length) : std::nullopt;
   }
-  // ">3", "$7", "message", "$7", "reports"
-  int LinesBefore(std::string_view line) const override { return line.starts_with('>') ? 5 : 0; }
-  std::string_view Answer(std::string_view) const override { return {}; }
 };
 
-class Nats : public Protocol {
- public:
-  std::string Hello() const override {
-    return "CONNECT {\"verbose\":false,\"echo\":false,\"protocol\":1,\"lang\":\"c++\","
-           "\"version\":\"1\"}\r\nSUB reports 1\r\nPING\r\n";
-  }
-  std::string_view ReadyMark() const override { return "PONG\r\n"; }
-  void AppendPublish(std::string& output, std::string_view payload) const override {
-    output += "PUB reports ";
-    output.append(std::to_string(payload.size())).append(kLineEnd);
-    output.append(payload).append(kLineEnd);
-  }
-  std::optional<std::size_t> PayloadLength(std::string_view line) const override {
-    return line.starts_with("MSG ") ? std::optional(NumberAfter(line, ' ')) : std::nullopt;
-  }
-  int LinesBefore(std::string_view) const override { return 0; }
-  std::string_view Answer(std::string_view line) const override {
-    return line == "PING" ? "PONG\r\n" : "";
-  }
-};
+constexpr Protocol kRedis{.hello = "HELLO 3\r\nSUBSCRIBE reports\r\n",
+                          .readyMark = "reports\r\n:1\r\n",
+                          .publish = "*3\r\n$7\r\nPUBLISH\r\n$7\r\nreports\r\n$",
+                          .payloadPrefix = "$"};
+constexpr Protocol kNats{
+    .hello =
+        "CONNECT {\"verbose\":false,\"echo\":false,\"protocol\":1,\"lang\":\"c++\","
+        "\"version\":\"1\"}\r\nSUB reports 1\r\nPING\r\n",
+    .readyMark = "PONG\r\n",
+    .publish = "PUB reports ",
+    .payloadPrefix = "MSG "};
 
 // One member's connection. Sending blocks, which brokers that read what they are sent never make
 // long.
@@ -115,8 +91,8 @@ class Connection {
     if (connect(myDescriptor, reinterpret_cast<const sockaddr*>(&broker), sizeof broker) < 0) {
       throw std::system_error(errno, std::generic_category(), "connect");
     }
-    Send(protocol.Hello());
-    while (!std::string_view(myInput).ends_with(protocol.ReadyMark()))
+    Send(protocol.hello);
+    while (!std::string_view(myInput).ends_with(protocol.readyMark))
       Receive(0);
     myInput.clear();
   }
@@ -166,17 +142,14 @@ class Connection {
   template <typename OnMessage>
   bool TakeOne(std::string_view& rest, OnMessage& onMessage) {
     std::string_view left = rest;
-    std::optional<std::string_view> line = TakeLine(left);
-    if (!line) return false;
-    for (int before = myProtocol.LinesBefore(*line); before > 0 && line; --before)
-      line = TakeLine(left);
+    const std::optional<std::string_view> line = TakeLine(left);
     if (!line) return false;
     if (const auto length = myProtocol.PayloadLength(*line)) {
       if (left.size() < *length + kLineEnd.size()) return false;
       onMessage(left.substr(0, *length));
       left.remove_prefix(*length + kLineEnd.size());
-    } else {
-      Send(myProtocol.Answer(*line));
+    } else if (*line == "PING") {
+      Send("PONG\r\n");  // Redis never asks
     }
     rest = left;
     return true;
@@ -211,11 +184,7 @@ class BrokerRun {
   RunResult Execute() {
     myProbe.StartCpuClock();
     myStart = Clock::now();
-    if (myOptions.mode == Mode::Fanout) {
-      FanOut();
-    } else {
-      SendAtRate();
-    }
+    myOptions.mode == Mode::Fanout ? FanOut() : SendAtRate();
     RunResult result(myOptions);
     result.elapsed = Clock::now() - myStart;
     result.deliveries = Deliveries{myBook.Sent(), myBook.Expected(), myBook.Received(),
@@ -226,7 +195,7 @@ class BrokerRun {
   }
 
  private:
-  // Bursts of all reporters, the next when all of one has come.
+  // All reporters send a burst, and the next once all of it has come.
   void FanOut() {
     while (Clock::now() - myStart < *myOptions.duration) {
       myBurstStart = Clock::now();
@@ -313,9 +282,9 @@ class BrokerRun {
   std::string myOutput;
 };
 
-std::unique_ptr<Protocol> ProtocolOf(const QString& broker) {
-  if (broker == QLatin1String("redis")) return std::make_unique<Redis>();
-  if (broker == QLatin1String("nats")) return std::make_unique<Nats>();
+const Protocol& ProtocolOf(const QString& broker) {
+  if (broker == "redis") return kRedis;
+  if (broker == "nats") return kNats;
   throw std::runtime_error("the first word is redis or nats");
 }
 
@@ -323,14 +292,14 @@ int Main(int argumentCount, char** arguments) {
   const QCoreApplication application(argumentCount, arguments);
   try {
     QStringList words = QCoreApplication::arguments();
-    const auto protocol = ProtocolOf(words.size() > 1 ? words.takeAt(1) : QString());
+    const Protocol& protocol = ProtocolOf(words.size() > 1 ? words.takeAt(1) : QString());
     const ParsedOptions parsed = ParseOptions(words);
     if (!parsed.options) throw std::runtime_error(parsed.text);
     if (parsed.options->reporters == 0 || parsed.options->networks.size() != 1) {
       throw std::runtime_error("fanout or rate, in one network");
     }
     RaiseDescriptorLimit();
-    const RunResult result = BrokerRun(*parsed.options, *protocol).Execute();
+    const RunResult result = BrokerRun(*parsed.options, protocol).Execute();
     std::printf("%s\n%s\n", result.ToText().c_str(), result.ToJson().c_str());
     return result.IsGood() ? 0 : 1;
   } catch (const std::exception& error) {
