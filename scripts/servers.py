@@ -14,7 +14,8 @@ import subprocess
 import sys
 import time
 from pathlib import Path
-from typing import Callable, Dict, Iterable, Iterator, List, NoReturn, Optional, Sequence
+from typing import (Callable, ContextManager, Dict, Iterable, Iterator, NoReturn, Optional,
+                    Sequence)
 from xml.sax.saxutils import quoteattr
 
 ROOT = Path(__file__).resolve().parent.parent
@@ -55,6 +56,14 @@ def end(process: subprocess.Popen, patience: float = 15) -> int:
         except subprocess.TimeoutExpired:
             os.killpg(process.pid, signal.SIGKILL)
     return process.wait()
+
+
+@contextlib.contextmanager
+def logged(command: Sequence[object], log: Path, **options) -> Iterator[subprocess.Popen]:
+    """A program whose output goes into a file."""
+    with log.open("wb") as output, \
+            running(command, stdout=output, stderr=subprocess.STDOUT, **options) as process:
+        yield process
 
 
 @contextlib.contextmanager
@@ -121,10 +130,8 @@ def server_on(folder: Path, environment: Dict[str, str], programs: Path = PROGRA
     command that starts it."""
     log = folder / "server.log"
     words = (b"Listening...", b"Server Error")
-    with log.open("wb") as output, \
-            running([*prefix, programs / "corvane-server"], stdout=output,
-                    stderr=subprocess.STDOUT,
-                    env=dict(environment, XDG_DATA_HOME=str(folder))) as process:
+    with logged([*prefix, programs / "corvane-server"], log,
+                env=dict(environment, XDG_DATA_HOME=str(folder))) as process:
         wait_until(lambda: process.poll() is not None
                    or any(word in log.read_bytes() for word in words),
                    30, "the server did not come up")
@@ -136,32 +143,26 @@ def server_on(folder: Path, environment: Dict[str, str], programs: Path = PROGRA
                           + log.read_text(errors="replace")[-2000:])
 
 
-@contextlib.contextmanager
 def players_at(port: int, networks: Iterable[str], log: Path,
-               *arguments: object) -> Iterator[subprocess.Popen]:
+               *arguments: object) -> ContextManager[subprocess.Popen]:
     """Players for somebody to look at."""
-    names: List[object] = [word for network in networks for word in ("--network", network)]
-    with log.open("wb") as output, \
-            running([PROGRAMS / "corvane-swarm", "demo", "--port", port, "--password", PASSWORD,
-                     *names, *arguments], stdout=output, stderr=subprocess.STDOUT) as process:
-        yield process
+    names = [word for network in networks for word in ("--network", network)]
+    return logged([PROGRAMS / "corvane-swarm", "demo", "--port", port, "--password", PASSWORD,
+                   *names, *arguments], log)
 
 
-@contextlib.contextmanager
 def map_of(folder: Path, port: int, network: str,
-           environment: Dict[str, str]) -> Iterator[subprocess.Popen]:
+           environment: Dict[str, str]) -> ContextManager[subprocess.Popen]:
     """The map of a network for Guide, whom it makes an administrator there, on a picture of its
     own."""
     change_database(folder, "INSERT INTO admins (name, address, network) VALUES (?, ?, ?)",
                     [("Guide", "127.0.0.1", network)])
-    with (folder / "map.log").open("wb") as output, \
-            running([PROGRAMS / "corvane-map", "--server", "127.0.0.1", "--port", port,
-                     "--network", network, "--user", "Guide",
-                     "--map", ROOT / "packaging/demo/isle.png", "--map-frame", "0,0,4"],
-                    stdout=output, stderr=subprocess.STDOUT,
-                    env=dict(environment, XDG_DATA_HOME=str(folder), XDG_CACHE_HOME=str(folder),
-                             CORVANE_MAP_PASSWORD=PASSWORD)) as process:
-        yield process
+    return logged([PROGRAMS / "corvane-map", "--server", "127.0.0.1", "--port", port,
+                   "--network", network, "--user", "Guide",
+                   "--map", ROOT / "packaging/demo/isle.png", "--map-frame", "0,0,4"],
+                  folder / "map.log",
+                  env=dict(environment, XDG_DATA_HOME=str(folder), XDG_CACHE_HOME=str(folder),
+                           CORVANE_MAP_PASSWORD=PASSWORD))
 
 
 # ---- scripts
