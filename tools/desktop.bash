@@ -1,7 +1,7 @@
-# For scripts that drive our windows on a display: waiting, pictures, menus. They set
-# `folder`, where the pictures go.
+# For scripts that drive our windows on a display: waiting, pictures, menus. They set `folder`, for
+# the pictures, and `main_window`.
 # shellcheck shell=bash
-# Not every script uses all that is set here, and `folder` is theirs.
+# Not every script uses all that is set here, and those two are theirs.
 # shellcheck disable=SC2034,SC2154
 
 fail() {
@@ -90,6 +90,22 @@ capture() {
   done
   fail "$name never comes to rest"
 }
+
+# dialog TITLE NAME [ACTION...]: waits for the dialog, lets the action fill it, takes its picture
+# and closes it. `main_window` is active then.
+dialog() {
+  local title=$1 name=$2 window
+  shift 2
+  window=$(window_titled "$title")
+  until_true is_active "$window"
+  if (($# > 0)); then "$@"; fi
+  capture "$name" "$window"
+  xdotool key Escape
+  until_true is_gone "$title"
+  until_true is_active "$main_window"
+}
+
+text() { xdotool type --delay 5 -- "$1"; }
 
 # ---- menus
 
