@@ -21,7 +21,6 @@ constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 constexpr std::size_t kDiscardBytes = std::size_t{4} << 20;
 // A log-in that takes longer after the greeting, or a leave that is not answered, has failed.
 constexpr std::chrono::seconds kPatience{30};
-constexpr in_addr_t kMoreSources = 64;
 constexpr int kNetworkSegment = 1460;
 
 std::string ErrorText(int code) {
@@ -50,19 +49,10 @@ void Set(int descriptor, int level, int option, const Value& value) {
   setsockopt(descriptor, level, option, &value, sizeof value);
 }
 
-// Binds to an address in host byte order. False, with errno set, where the system refuses.
-bool BindTo(int descriptor, in_addr_t address) {
-  // The port is chosen by connect, which knows that one can serve several destinations.
-  Set(descriptor, IPPROTO_IP, IP_BIND_ADDRESS_NO_PORT, 1);
-  sockaddr_in source{};
-  source.sin_family = AF_INET;
-  source.sin_addr.s_addr = htonl(address);
-  return bind(descriptor, reinterpret_cast<const sockaddr*>(&source), sizeof source) == 0;
-}
-
 }  // namespace
 
-ClientPool::ClientPool(const Manner& manner) : myManner(manner), myBuffer(kReadBytes) {
+ClientPool::ClientPool(const Manner& manner)
+    : myManner(manner), mySources(manner.server, manner.sources), myBuffer(kReadBytes) {
   myEpoll = Checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1");
   myInterrupts = manner.takesSignals ? OpenSignals()
                                      : Checked(eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC), "eventfd");
@@ -179,7 +169,7 @@ void ClientPool::StartConnecting(Client& client) {
   if (client.myLogin) client.myLogin->Restart();
   client.myTurn = 0;
   SetDeadline(client, Clock::now() + myManner.patience);
-  if (!client.mySource) client.mySource = mySources++;
+  if (!client.mySource) client.mySource = mySourcesGiven++;
 
   client.myDescriptor = socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
   if (client.myDescriptor < 0) {
@@ -194,37 +184,11 @@ void ClientPool::StartConnecting(Client& client) {
     Set(client.myDescriptor, SOL_SOCKET, SO_RCVBUF, 1);
     Set(client.myDescriptor, IPPROTO_TCP, TCP_MAXSEG, kNetworkSegment);
   }
-  if (!Connect(std::as_const(client))) {
+  if (!mySources.Connect(client.myDescriptor, *client.mySource)) {
     Lose(client, "cannot connect: " + ErrorText(errno));
     return;
   }
   Watch(client, EPOLL_CTL_ADD);
-}
-
-bool ClientPool::Connect(const Client& client) {
-  const auto* const address = reinterpret_cast<const sockaddr*>(&myManner.server);
-  const LoopbackRange& sources = myManner.sources;
-  do {
-    const in_addr_t source =
-        sources.count == 0
-            ? mySource
-            : sources.first + static_cast<in_addr_t>(*client.mySource % sources.count);
-    if (source != 0 && !BindTo(client.myDescriptor, source)) return false;
-    if (connect(client.myDescriptor, address, sizeof myManner.server) == 0 ||
-        errno == EINPROGRESS) {
-      return true;
-    }
-  } while (errno == EADDRNOTAVAIL && TakeNextSource());
-  return false;
-}
-
-bool ClientPool::TakeNextSource() {
-  const bool isLocal = ntohl(myManner.server.sin_addr.s_addr) >> IN_CLASSA_NSHIFT == IN_LOOPBACKNET;
-  if (!isLocal || myManner.sources.count > 0 || mySource == INADDR_LOOPBACK + kMoreSources) {
-    return false;
-  }
-  mySource = mySource == 0 ? INADDR_LOOPBACK + 1 : mySource + 1;
-  return true;
 }
 
 void ClientPool::Handle(Client& client, std::uint32_t ready) {

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <netinet/in.h>
 #include <optional>
 #include <set>
 #include <string>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "tools/swarm/client.h"
+#include "tools/swarm/source_addresses.h"
 
 namespace corvane::swarm {
 
@@ -35,13 +35,6 @@ class ClientEvents {
   virtual void Wake(Clock::time_point) {}
   // The user asks the program to end (SIGINT or SIGTERM), or another thread called Interrupt.
   virtual void Interrupted() = 0;
-};
-
-// Addresses of the loopback range, 127.0.0.0/8, from which clients connect to a server on this
-// machine, so that it sees them come from so many places. None: the system chooses.
-struct LoopbackRange {
-  in_addr_t first = 0;  // in host byte order
-  std::size_t count = 0;
 };
 
 // The connections of many clients on one thread and one epoll descriptor. Reads go through one
@@ -93,8 +86,6 @@ class ClientPool {
  private:
   void StartConnecting();
   void StartConnecting(Client& client);
-  bool Connect(const Client& client);
-  bool TakeNextSource();
   void Wait();
   void ArmTimer();
   void Handle(Client& client, std::uint32_t ready);
@@ -113,8 +104,8 @@ class ClientPool {
   void PassDeadline(Client& client);
 
   const Manner myManner;
-  in_addr_t mySource = 0;     // of new connections, where ports ran out
-  std::size_t mySources = 0;  // given to clients so far
+  SourceAddresses mySources;
+  std::size_t mySourcesGiven = 0;  // to clients
   std::size_t myUngreeted = 0;
   ClientEvents* myEvents = nullptr;
   int myEpoll = -1;

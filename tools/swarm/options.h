@@ -11,7 +11,7 @@
 
 #include <QStringList>
 
-#include "tools/swarm/client_pool.h"
+#include "tools/swarm/source_addresses.h"
 
 namespace corvane::swarm {
 
