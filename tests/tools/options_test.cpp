@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tools/swarm/hostile/parts.h"
+#include "tools/swarm/hostile/attack.h"
 
 namespace corvane::swarm {
 namespace {
@@ -17,7 +17,7 @@ TEST(Options, HostileTakesTwoNetworksAndAKnownPart) {
   EXPECT_EQ(parsed.options->networks, std::vector<std::string>{"A"});
   EXPECT_EQ(parsed.options->strangersNetwork, "B");
   EXPECT_EQ(parsed.options->duration, std::chrono::seconds(6)) << "before, during and after";
-  EXPECT_EQ(parsed.options->part, FindPart("rush"));
+  EXPECT_EQ(parsed.options->attack, FindAttack("rush"));
 }
 
 TEST(Options, RefusesWhatCannotBeCarriedOut) {

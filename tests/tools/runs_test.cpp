@@ -10,7 +10,7 @@
 #include <gmock/gmock.h>
 
 #include "tests/support/test_server.h"
-#include "tools/swarm/hostile/hostile_side.h"
+#include "tools/swarm/hostile/attackers.h"
 
 namespace corvane::swarm {
 namespace {
@@ -130,7 +130,7 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   server.events.clear();
   options.mode = Mode::Hostile;
   options.duration = std::chrono::milliseconds(3'000);
-  options.part = FindPart("tiny-messages");
+  options.attack = FindAttack("tiny-messages");
   options.serverPid = getpid();
   const RunResult result =
       Execute(RunMeasured, options.users, [&] { stranger.Send(4, "1200,845,2,90,1,0"); });
@@ -138,7 +138,7 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   ASSERT_TRUE(result.hostile && result.deliveries);
   EXPECT_EQ(result.hostile->strangers.acted, 10U);
   std::uint64_t counted = 0;
-  for (const HostileAccount::Window& window : result.hostile->windows) {
+  for (const AttackResult::Window& window : result.hostile->windows) {
     EXPECT_GT(window.latency.Count(), 0U);
     EXPECT_TRUE(window.serverWait);
     counted += window.latency.Count();
@@ -151,7 +151,7 @@ TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
   server.AddNetwork("Net");
   options.mode = Mode::Hostile;
   options.strangersNetwork = "unknown";
-  options.part = FindPart("slow-writers");
+  options.attack = FindAttack("slow-writers");
   const RunResult result = Execute(RunMeasured);
   EXPECT_FALSE(result.IsGood());
   ASSERT_TRUE(result.hostile && result.deliveries);
@@ -159,36 +159,26 @@ TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
   EXPECT_EQ(result.deliveries->missing, 0U) << result.ToText();
 }
 
-// Hangs up and comes back, sends more than a socket takes at once, then a step that leaves a trace.
-class Talker : public HostilePart {
- public:
-  Talker() : HostilePart({}) {
-    for (int i = 0; i < 8000; ++i)
-      client::AppendFrame(myBlock, 77, std::string(1000, 'x'));
-    client::AppendFrame(myStep, client::command::kNetworkName, "whole");
-  }
-
-  void Act(Client& stranger) override {
-    if (!std::exchange(myHasHungUp, true)) {
+TEST_F(RunsTest, StrangerComesBackAndSendsAllThatItSays) {
+  std::string block;  // more than a socket takes at once
+  for (int i = 0; i < 8000; ++i)
+    client::AppendFrame(block, 77, std::string(1000, 'x'));
+  std::string step;
+  client::AppendFrame(step, client::command::kNetworkName, "whole");
+  bool hasHungUp = false;
+  const auto act = [&](Client& stranger) {
+    if (!std::exchange(hasHungUp, true)) {
       stranger.HangUp();
     } else if (stranger.Turn() == 0) {
-      stranger.SendFiller(myBlock, 3 * myBlock.size());
+      stranger.SendFiller(block, 3 * block.size());
     } else {
-      stranger.Send(myStep);
+      stranger.Send(step);
       stranger.Hold();
     }
-  }
-
- private:
-  std::string myBlock;
-  std::string myStep;
-  bool myHasHungUp = false;
-};
-
-TEST_F(RunsTest, StrangerComesBackAndSendsAllThatItSays) {
+  };
   options.strangersSources = {INADDR_LOOPBACK + 4, 2};
-  HostileSide side(options, std::make_unique<Talker>());
-  side.Start();
+  Attackers attackers(options, {.act = act});
+  attackers.Start();
   EXPECT_TRUE(PumpUntil([&] {
     return testing::Matches(testing::Contains("127.0.0.5: Network Fail (whole)"))(server.status);
   }));

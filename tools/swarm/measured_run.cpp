@@ -1,8 +1,8 @@
 #include <cstdio>
 
-#include "tools/swarm/fanout_traffic.h"
-#include "tools/swarm/hostile/hostile_traffic.h"
-#include "tools/swarm/rate_traffic.h"
+#include "tools/swarm/fanout_load.h"
+#include "tools/swarm/hostile/attacked_load.h"
+#include "tools/swarm/rate_load.h"
 #include "tools/swarm/runs.h"
 #include "tools/swarm/server_probe.h"
 
@@ -19,9 +19,9 @@ constexpr std::size_t kHonestBurst = 5;
 
 // Nobody sends anything, and nothing may come. A line on standard output tells a script that waits
 // for it that all are in.
-class IdleTraffic : public Traffic {
+class IdleLoad : public Load {
  public:
-  explicit IdleTraffic(ClientPool& pool) : myPool(pool) {}
+  explicit IdleLoad(ClientPool& pool) : myPool(pool) {}
 
   void Start(Clock::time_point, Clock::time_point until) override {
     std::puts("ready");
@@ -45,7 +45,7 @@ class MeasuredRun : public ClientEvents {
         myPool({options.server, options.sources}),
         myBook(options.networks.size(), options.users, options.reporters),
         myClients(MakeMembers(options)),
-        myTraffic(MakeTraffic(options)),
+        myLoad(MakeLoad(options)),
         myResult(options) {
     if (options.serverPid) myServer.emplace(*options.serverPid);
     if (options.mode != Mode::Idle) myResult.deliveries.emplace();
@@ -64,7 +64,7 @@ class MeasuredRun : public ClientEvents {
       deliveries->missing = myBook.Missing();
     }
     myResult.unexpected = myBook.Unexpected();
-    myTraffic->AddTo(myResult);
+    myLoad->AddTo(myResult);
     return myResult;
   }
 
@@ -86,14 +86,14 @@ class MeasuredRun : public ClientEvents {
     const std::optional<Member> sender =
         relay ? ParseUserName(myOptions.userPrefix, relay->name) : std::nullopt;
     if (!sender) {
-      if (myTraffic->IsDisturbing(payload)) myBook.ReceiveForeign();
+      if (myLoad->IsDisturbing(payload)) myBook.ReceiveForeign();
       return;
     }
     if (!myBook.Receive(client.Identity(), *sender, relay->report)) return;
     const Clock::time_point now = Clock::now();
     myLastDelivery = now;
     const auto sequence = static_cast<std::uint32_t>(relay->report.x);
-    myResult.deliveries->latency.Add(now - myTraffic->Delivered(*sender, sequence, now));
+    myResult.deliveries->latency.Add(now - myLoad->Delivered(*sender, sequence, now));
     DrainIfSent();
     if (myPhase == Phase::Draining && myBook.Missing() == 0) EndSending();
   }
@@ -126,7 +126,7 @@ class MeasuredRun : public ClientEvents {
         StartSending();
         break;
       case Phase::Sending:
-        myTraffic->Wake(now);
+        myLoad->Wake(now);
         DrainIfSent();
         break;
       case Phase::Draining:
@@ -144,7 +144,7 @@ class MeasuredRun : public ClientEvents {
 
   void Interrupted() override {
     if (myPhase == Phase::Sending) {
-      myTraffic->Stop();
+      myLoad->Stop();
       DrainIfSent();
     } else if (myPhase == Phase::Leaving) {
       myPool.Stop();
@@ -157,28 +157,26 @@ class MeasuredRun : public ClientEvents {
   enum class Phase {
     Arriving,
     Settling,  // all are in and nothing happens, so that the server's memory comes to rest
-    Sending,   // or, where the traffic is none, waiting
+    Sending,   // or, in an idle run, waiting
     Draining,  // nothing more is sent; deliveries are still on the road
     Leaving
   };
 
-  std::unique_ptr<Traffic> MakeTraffic(const Options& options) {
-    if (options.mode == Mode::Idle) return std::make_unique<IdleTraffic>(myPool);
-    std::vector<Client*> clients;
+  std::unique_ptr<Load> MakeLoad(const Options& options) {
+    if (options.mode == Mode::Idle) return std::make_unique<IdleLoad>(myPool);
+    Senders senders{myPool, myBook, {}, options.users};
     for (const auto& client : myClients)
-      clients.push_back(client.get());
+      senders.clients.push_back(client.get());
     if (options.mode == Mode::Fanout) {
-      return std::make_unique<FanoutTraffic>(myPool, myBook, std::move(clients), options.users,
-                                             options.reporters, options.burst);
+      return std::make_unique<FanoutLoad>(std::move(senders), options.reporters, options.burst);
     }
     if (options.mode == Mode::Rate) {
-      return std::make_unique<RateTraffic>(myPool, myBook, std::move(clients), options.users,
-                                           options.reportsPerSecond);
+      return std::make_unique<RateLoad>(std::move(senders), options.reportsPerSecond);
     }
     const double each =
         kHonestBurstsPerSecond * double{kHonestBurst} / static_cast<double>(options.users);
-    RateTraffic honest(myPool, myBook, std::move(clients), options.users, each, kHonestBurst);
-    return std::make_unique<HostileTraffic>(std::move(honest), options, *options.part);
+    return std::make_unique<AttackedLoad>(RateLoad(std::move(senders), each, kHonestBurst),
+                                          options);
   }
 
   void StartSending() {
@@ -188,12 +186,12 @@ class MeasuredRun : public ClientEvents {
       myServer->StartPeak();
     }
     mySendingStart = myLastDelivery = Clock::now();
-    myTraffic->Start(mySendingStart, myOptions.duration ? mySendingStart + *myOptions.duration
-                                                        : Clock::time_point::max());
+    myLoad->Start(mySendingStart, myOptions.duration ? mySendingStart + *myOptions.duration
+                                                     : Clock::time_point::max());
   }
 
   void DrainIfSent() {
-    if (myPhase != Phase::Sending || !myTraffic->IsDone()) return;
+    if (myPhase != Phase::Sending || !myLoad->IsDone()) return;
     myPhase = Phase::Draining;
     if (myBook.Missing() == 0) {
       EndSending();
@@ -238,7 +236,7 @@ class MeasuredRun : public ClientEvents {
   ClientPool myPool;
   DeliveryBook myBook;
   std::vector<std::unique_ptr<Client>> myClients;
-  std::unique_ptr<Traffic> myTraffic;
+  std::unique_ptr<Load> myLoad;
   std::optional<ServerProbe> myServer;
   RunResult myResult;
   Phase myPhase = Phase::Arriving;

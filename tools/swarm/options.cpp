@@ -7,7 +7,7 @@
 
 #include <QCommandLineParser>
 
-#include "tools/swarm/hostile/parts.h"
+#include "tools/swarm/hostile/attack.h"
 
 namespace corvane::swarm {
 
@@ -73,47 +73,42 @@ constexpr OptionRow kOptions[] = {
 };
 
 void AddOptions(QCommandLineParser& parser) {
-  for (const OptionRow& row : kOptions) {
-    QCommandLineOption option(QString::fromLatin1(row.name), QString::fromLatin1(row.description));
-    if (row.valueName != nullptr) option.setValueName(QString::fromLatin1(row.valueName));
-    if (row.defaultValue != nullptr) option.setDefaultValue(QString::fromLatin1(row.defaultValue));
-    parser.addOption(option);
-  }
+  for (const OptionRow& row : kOptions)
+    parser.addOption({row.name, row.description, row.valueName, row.defaultValue});
 }
 
-std::size_t Count(const QCommandLineParser& parser, const QString& name, std::size_t least,
-                  std::size_t most) {
+std::size_t Count(const QCommandLineParser& parser, const QString& name, std::size_t min,
+                  std::size_t max) {
   bool isNumber = false;
   const auto value = parser.value(name).toULongLong(&isNumber);
-  if (!isNumber || value < least || value > most) {
+  if (!isNumber || value < min || value > max) {
     throw UsageError(
-        QStringLiteral("--%1 takes a whole number from %2 to %3, not '%4'")
-            .arg(name, QString::number(least), QString::number(most), parser.value(name)));
+        QString("--%1 takes a whole number from %2 to %3, not '%4'")
+            .arg(name, QString::number(min), QString::number(max), parser.value(name)));
   }
   return static_cast<std::size_t>(value);
 }
 
-double PositiveNumber(const QCommandLineParser& parser, const QString& name, double most) {
+double PositiveNumber(const QCommandLineParser& parser, const QString& name, double max) {
   bool isNumber = false;
   const double value = parser.value(name).toDouble(&isNumber);
-  if (!isNumber || !(value > 0) || value > most) {
-    throw UsageError(QStringLiteral("--%1 takes a number above 0, up to %2, not '%3'")
-                         .arg(name, QString::number(most), parser.value(name)));
+  if (!isNumber || !(value > 0) || value > max) {
+    throw UsageError(QString("--%1 takes a number above 0, up to %2, not '%3'")
+                         .arg(name, QString::number(max), parser.value(name)));
   }
   return value;
 }
 
 sockaddr_in ServerAddress(const QCommandLineParser& parser) {
-  const std::size_t port = Count(parser, QStringLiteral("port"), 1, 65535);
-  const QString host = parser.value(QStringLiteral("host"));
+  const std::size_t port = Count(parser, "port", 1, 65535);
+  const QString host = parser.value("host");
   addrinfo hints{};
   hints.ai_family = AF_INET;
   hints.ai_socktype = SOCK_STREAM;
   addrinfo* found = nullptr;
   const int error = getaddrinfo(host.toUtf8().constData(), nullptr, &hints, &found);
   if (error != 0) {
-    throw UsageError(
-        QStringLiteral("--host '%1': %2").arg(host, QString::fromLocal8Bit(gai_strerror(error))));
+    throw UsageError(QString("--host '%1': %2").arg(host, gai_strerror(error)));
   }
   sockaddr_in address = *reinterpret_cast<const sockaddr_in*>(found->ai_addr);
   freeaddrinfo(found);
@@ -122,17 +117,17 @@ sockaddr_in ServerAddress(const QCommandLineParser& parser) {
 }
 
 std::vector<std::string> Networks(const QCommandLineParser& parser) {
-  const bool isCounted = parser.isSet(QStringLiteral("networks"));
+  const bool isCounted = parser.isSet("networks");
   std::vector<std::string> names;
-  for (const QString& name : parser.values(QStringLiteral("network"))) {
+  for (const QString& name : parser.values("network")) {
     names.push_back(name.toStdString());
   }
   if (isCounted == !names.empty()) {
-    throw UsageError(QStringLiteral("name the networks, either with --network or with --networks"));
+    throw UsageError("name the networks, either with --network or with --networks");
   }
   if (!isCounted) return names;
-  const std::size_t count = Count(parser, QStringLiteral("networks"), 1, 100000);
-  const std::string prefix = parser.value(QStringLiteral("network-prefix")).toStdString();
+  const std::size_t count = Count(parser, "networks", 1, 100000);
+  const std::string prefix = parser.value("network-prefix").toStdString();
   for (std::size_t i = 1; i <= count; ++i)
     names.push_back(prefix + std::to_string(i));
   return names;
@@ -145,15 +140,14 @@ LoopbackRange Sources(const QCommandLineParser& parser, const QString& option, i
 // Of the two networks that a hostile run is given, the second is the strangers'.
 void ReadHostile(const QCommandLineParser& parser, Options& options) {
   if (options.networks.size() != 2) {
-    throw UsageError(
-        QStringLiteral("hostile takes two networks: the honest members' and the strangers'"));
+    throw UsageError("hostile takes two networks: the honest members' and the strangers'");
   }
   options.strangersNetwork = options.networks.back();
   options.networks.pop_back();
-  options.strangersSources = Sources(parser, QStringLiteral("stranger-addresses"), kStrangers);
-  const QString part = parser.value(QStringLiteral("part"));
-  options.part = FindPart(part.toStdString());
-  if (options.part == nullptr) throw UsageError(QStringLiteral("there is no part '%1'").arg(part));
+  options.strangersSources = Sources(parser, "stranger-addresses", kStrangers);
+  const QString name = parser.value("part");
+  options.attack = FindAttack(name.toStdString());
+  if (options.attack == nullptr) throw UsageError("there is no part '" + name + "'");
 }
 
 struct ModeRow {
@@ -184,49 +178,40 @@ constexpr ModeRow kModes[] = {
 QString NamesOfModes() {
   QStringList names;
   for (const ModeRow& row : kModes)
-    names += QString::fromLatin1(row.name);
+    names += row.name;
   const QString last = names.takeLast();
-  return names.join(QLatin1String(", ")) + QLatin1String(" or ") + last;
+  return names.join(", ") + " or " + last;
 }
 
 Mode ModeOf(const QStringList& arguments) {
   if (arguments.size() == 1) {
     for (const ModeRow& row : kModes) {
-      if (arguments[0] == QLatin1String(row.name)) return row.mode;
+      if (arguments[0] == row.name) return row.mode;
     }
   }
-  throw UsageError(QStringLiteral("give one mode: %1").arg(NamesOfModes()));
+  throw UsageError("give one mode: " + NamesOfModes());
 }
 
 QString Description() {
-  QString text =
-      QStringLiteral("Simulated players for a Corvane server, over its real protocol.\n");
-  for (const ModeRow& row : kModes) {
-    text += QStringLiteral("\n%1 %2")
-                .arg(QString::fromLatin1(row.name), -8)
-                .arg(QString::fromLatin1(row.description));
-  }
-  text += QStringLiteral("\n\nParts of hostile:\n");
-  for (const PartInfo& part : HostileParts()) {
-    text += QStringLiteral("\n%1 %2")
-                .arg(QString::fromLatin1(part.name), -14)
-                .arg(QString::fromLatin1(part.description));
-  }
-  text += QStringLiteral(
-      "\n\nAll but demo end with a line to read and a line of JSON.\n"
-      "fanout, rate and hostile count every delivery. The exit code is 0 only if all came that\n"
-      "was expected, nothing else came, and nobody was refused or cut off (of the members, in\n"
-      "hostile).");
-  return text;
+  QString text = "Simulated players for a Corvane server, over its real protocol.\n";
+  for (const ModeRow& row : kModes)
+    text += QString("\n%1 %2").arg(row.name, -8).arg(row.description);
+  text += "\n\nParts of hostile:\n";
+  for (const NamedAttack& attack : Attacks())
+    text += QString("\n%1 %2").arg(attack.name, -14).arg(attack.description);
+  return text +
+         "\n\nAll but demo end with a line to read and a line of JSON.\n"
+         "fanout, rate and hostile count every delivery. The exit code is 0 only if all came that\n"
+         "was expected, nothing else came, and nobody was refused or cut off (of the members, in\n"
+         "hostile).";
 }
 
 void CheckModeTakesOptions(const QCommandLineParser& parser, const QString& mode) {
   for (const OptionRow& row : kOptions) {
-    if (row.modes == nullptr || !parser.isSet(QString::fromLatin1(row.name))) continue;
-    const QString modes = QString::fromLatin1(row.modes);
+    if (row.modes == nullptr || !parser.isSet(row.name)) continue;
+    const QString modes = row.modes;
     if (!modes.split(u' ').contains(mode)) {
-      throw UsageError(QStringLiteral("--%1 goes with %2, not with %3")
-                           .arg(QString::fromLatin1(row.name), modes, mode));
+      throw UsageError(QString("--%1 goes with %2, not with %3").arg(row.name, modes, mode));
     }
   }
 }
@@ -243,43 +228,40 @@ Options Read(const QCommandLineParser& parser) {
   options.server = ServerAddress(parser);
   if (options.mode != Mode::Rush) options.networks = Networks(parser);
   if (options.mode == Mode::Hostile) ReadHostile(parser, options);
-  options.password = parser.value(QStringLiteral("password")).toStdString();
-  options.userPrefix = parser.value(QStringLiteral("user-prefix")).toStdString();
-  options.sources = Sources(parser, QStringLiteral("addresses"), kPlayers);
-  options.users = Count(parser, QStringLiteral("users"), sends ? 2 : 1, 100000);
+  options.password = parser.value("password").toStdString();
+  options.userPrefix = parser.value("user-prefix").toStdString();
+  options.sources = Sources(parser, "addresses", kPlayers);
+  options.users = Count(parser, "users", sends ? 2 : 1, 100000);
   const bool endsByItself = options.mode != Mode::Demo && options.mode != Mode::Idle;
-  if (parser.isSet(QStringLiteral("seconds")) || endsByItself) {
-    const double length = parser.isSet(QStringLiteral("seconds"))
-                              ? PositiveNumber(parser, QStringLiteral("seconds"), 86400)
-                              : 10;
+  if (parser.isSet("seconds") || endsByItself) {
+    const double length = parser.isSet("seconds") ? PositiveNumber(parser, "seconds", 86400) : 10;
     options.duration = std::chrono::milliseconds(std::lround(length * 1000));
     if (options.mode == Mode::Hostile) *options.duration *= 3;
   }
 
-  const QString way = parser.value(QStringLiteral("leave"));
-  if (way != QLatin1String("orderly") && way != QLatin1String("abrupt")) {
-    throw UsageError(QStringLiteral("--leave takes orderly or abrupt, not '%1'").arg(way));
+  const QString way = parser.value("leave");
+  if (way != "orderly" && way != "abrupt") {
+    throw UsageError("--leave takes orderly or abrupt, not '" + way + "'");
   }
-  options.leave = way == QLatin1String("abrupt") ? LeaveWay::Abrupt : LeaveWay::Orderly;
+  options.leave = way == "abrupt" ? LeaveWay::Abrupt : LeaveWay::Orderly;
 
-  if (parser.isSet(QStringLiteral("server-pid"))) {
-    options.serverPid = static_cast<pid_t>(
-        Count(parser, QStringLiteral("server-pid"), 1, std::numeric_limits<pid_t>::max()));
+  if (parser.isSet("server-pid")) {
+    options.serverPid =
+        static_cast<pid_t>(Count(parser, "server-pid", 1, std::numeric_limits<pid_t>::max()));
   }
-  options.measuresIdle = parser.isSet(QStringLiteral("measure-idle"));
+  options.measuresIdle = parser.isSet("measure-idle");
   if (options.measuresIdle && !options.serverPid) {
-    throw UsageError(QStringLiteral("--measure-idle needs --server-pid"));
+    throw UsageError("--measure-idle needs --server-pid");
   }
 
   if (sends) {
-    options.reporters = parser.isSet(QStringLiteral("reporters"))
-                            ? Count(parser, QStringLiteral("reporters"), 1, options.users)
-                            : options.users;
+    options.reporters =
+        parser.isSet("reporters") ? Count(parser, "reporters", 1, options.users) : options.users;
   }
-  options.clients = Count(parser, QStringLiteral("clients"), 1, 1'000'000);
-  options.rounds = Count(parser, QStringLiteral("rounds"), 1, 100000);
-  options.burst = Count(parser, QStringLiteral("burst"), 1, 100000);
-  options.reportsPerSecond = PositiveNumber(parser, QStringLiteral("rate"), 100000);
+  options.clients = Count(parser, "clients", 1, 1'000'000);
+  options.rounds = Count(parser, "rounds", 1, 100000);
+  options.burst = Count(parser, "burst", 1, 100000);
+  options.reportsPerSecond = PositiveNumber(parser, "rate", 100000);
   return options;
 }
 
@@ -288,13 +270,10 @@ Options Read(const QCommandLineParser& parser) {
 ParsedOptions ParseOptions(const QStringList& arguments) {
   QCommandLineParser parser;
   parser.setApplicationDescription(Description());
-  parser.addPositionalArgument(QStringLiteral("mode"), NamesOfModes());
-  const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                QStringLiteral("Show this text."));
-  const QCommandLineOption listParts(QStringLiteral("list-parts"),
-                                     QStringLiteral("Show the names of the parts of hostile."));
+  parser.addPositionalArgument("mode", NamesOfModes());
+  const QCommandLineOption help({"h", "help"}, "Show this text.");
+  const QCommandLineOption listParts("list-parts", "Show the names of the parts of hostile.");
   parser.addOptions({help, listParts});
-  const QCommandLineOption version = parser.addVersionOption();
   AddOptions(parser);
 
   ParsedOptions result;
@@ -302,11 +281,9 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
     if (!parser.parse(arguments)) throw UsageError(parser.errorText());
     if (parser.isSet(help)) {
       result.text = parser.helpText().toStdString();
-    } else if (parser.isSet(version)) {
-      result.text = "corvane-swarm " CORVANE_VERSION "\n";
     } else if (parser.isSet(listParts)) {
-      for (const PartInfo& part : HostileParts())
-        result.text += part.name + std::string("\n");
+      for (const NamedAttack& attack : Attacks())
+        result.text += attack.name + std::string("\n");
     } else {
       result.options = Read(parser);
     }

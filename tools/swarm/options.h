@@ -15,7 +15,7 @@
 
 namespace corvane::swarm {
 
-struct PartInfo;
+struct NamedAttack;
 
 enum class Mode { Demo, Fanout, Rate, Idle, Churn, Rush, Hostile };
 enum class LeaveWay { Orderly, Abrupt };
@@ -39,8 +39,8 @@ struct Options {
   double reportsPerSecond = 0;  // rate, of each member
   std::size_t clients = 0;      // rush
   std::size_t rounds = 0;       // rush
-  // hostile: what is played, and where strangers that are members meet
-  const PartInfo* part = nullptr;
+  // hostile: the attack, and the network of strangers that are members
+  const NamedAttack* attack = nullptr;
   std::string strangersNetwork;
   LoopbackRange strangersSources;
 };

@@ -34,8 +34,8 @@ struct StrangerCounts {
   std::string refusal;  // why the last log-in failed; for a person to read
 };
 
-// How the honest members fared before, while and after the hostile side played its part.
-struct HostileAccount {
+// What the honest members noticed before, during and after the attack.
+struct AttackResult {
   struct Window {
     LatencyHistogram latency;
     // How late the reports left this program: what the machine and the program itself, which share
@@ -47,7 +47,7 @@ struct HostileAccount {
 
   static constexpr std::array kWindowNames = {"before", "during", "after"};
 
-  std::string part;
+  std::string attack;
   std::array<Window, kWindowNames.size()> windows;
   StrangerCounts strangers;
 };
@@ -63,10 +63,10 @@ struct RunResult {
   // From the first report to the last delivery; where none is sent, as long as all were in or
   // clients came and went.
   std::chrono::duration<double> elapsed{0};
-  std::optional<Deliveries> deliveries;   // fanout, rate and hostile
-  std::optional<std::uint64_t> visits;    // churn: log-ins, each with its leave
-  std::optional<HostileAccount> hostile;  // hostile
-  std::uint64_t unexpected = 0;           // deliveries that should not have come
+  std::optional<Deliveries> deliveries;  // fanout, rate and hostile
+  std::optional<std::uint64_t> visits;   // churn: log-ins, each with its leave
+  std::optional<AttackResult> hostile;   // hostile
+  std::uint64_t unexpected = 0;          // deliveries that should not have come
   std::uint64_t connectFailures = 0;
   std::uint64_t disconnects = 0;
   // Of the server's process, in that time.

@@ -11,11 +11,26 @@ namespace corvane::swarm {
 
 struct RunResult;
 
-// What a measured run sends, and when. The run calls it while all members are online and keeps the
-// account; the traffic only decides.
-class Traffic {
+// The members of a measured run, as a load sends reports from them.
+struct Senders {
+  // The member at that place sends its next reports, which are booked.
+  void Send(std::size_t place, std::size_t reports) {
+    Client& client = *clients[place];
+    const Member sender = client.Identity();
+    for (std::size_t i = 0; i < reports; ++i)
+      pool.Send(client, ReportOf(sender, book.Send(sender)));
+  }
+
+  ClientPool& pool;
+  DeliveryBook& book;
+  std::vector<Client*> clients;  // the members of network 0, then those of network 1, and so on
+  std::size_t users;             // in each network
+};
+
+// What a measured run sends, and when. The run calls it while all members are online, and counts.
+class Load {
  public:
-  virtual ~Traffic() = default;
+  virtual ~Load() = default;
 
   // Begins to send; `until` is when to send the last.
   virtual void Start(Clock::time_point now, Clock::time_point until) = 0;

@@ -1,5 +1,6 @@
-#include "tools/swarm/hostile/hostile_side.h"
+#include "tools/swarm/hostile/attackers.h"
 
+#include <algorithm>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -11,44 +12,44 @@ namespace {
 
 constexpr int kNiceness = 10;
 
-ClientPool::Manner MannerOf(const Options& options, const HostilePart::Habits& habits) {
+ClientPool::Manner MannerOf(const Options& options, const Attack& attack) {
   return {
       .server = options.server,
       .sources = options.strangersSources,
-      .connectAtOnce = habits.connectAtOnce,
-      .patience = habits.patience,
-      .reading = habits.isReading ? ClientPool::Reading::Discarding : ClientPool::Reading::Nothing,
+      .connectAtOnce = attack.connectAtOnce,
+      .patience = attack.patience,
+      .reading = attack.isReading ? ClientPool::Reading::Discarding : ClientPool::Reading::Nothing,
       .takesSignals = false};
 }
 
 }  // namespace
 
-HostileSide::HostileSide(const Options& options, std::unique_ptr<HostilePart> part)
-    : myPart(std::move(part)), myPool(MannerOf(options, myPart->Custom())) {
-  const HostilePart::Habits& habits = myPart->Custom();
-  const bool isSame = habits.standing == Standing::SameNetwork;
+Attackers::Attackers(const Options& options, Attack attack)
+    : myAttack(std::move(attack)), myPool(MannerOf(options, myAttack)) {
+  const bool isSame = myAttack.standing == Standing::SameNetwork;
   const std::string& network = isSame ? options.networks.front() : options.strangersNetwork;
-  if (habits.standing == Standing::AtPassword) {
+  if (myAttack.standing == Standing::AtPassword) {
     client::AppendFrame(myFirstStep, client::command::kNetworkName, network);
   }
-  for (std::size_t index = 0; index < habits.strangers; ++index) {
+  for (std::size_t index = 0; index < myAttack.strangers; ++index) {
     std::optional<client::Login> login;
-    if (isSame || habits.standing == Standing::OtherNetwork) {
-      login.emplace(client::Account{network, client::PasswordDigest(options.password),
-                                    myPart->UserName(index)});
+    if (isSame || myAttack.standing == Standing::OtherNetwork) {
+      std::string name = std::string(kStrangerPrefix) + std::to_string(index);
+      name.resize(std::max(name.size(), myAttack.nameBytes), 'n');
+      login.emplace(client::Account{network, client::PasswordDigest(options.password), name});
     }
     myPool.Connect(myStrangers.emplace_back(Member{0, index}, std::move(login)));
   }
 }
 
-HostileSide::~HostileSide() {
+Attackers::~Attackers() {
   Stop();
   if (myThread.joinable()) myThread.join();
 }
 
-void HostileSide::Start() {
+void Attackers::Start() {
   myThread = std::thread([this] {
-    // On Linux a thread has a niceness of its own.
+    // On Linux each thread has its own niceness.
     setpriority(PRIO_PROCESS, static_cast<id_t>(gettid()), kNiceness);
     try {
       Run();
@@ -58,7 +59,7 @@ void HostileSide::Start() {
   });
 }
 
-void HostileSide::Run() {
+void Attackers::Run() {
   myPool.Run(*this);
   for (Client& stranger : myStrangers) {
     myCounts.bytesSent += stranger.BytesSent();
@@ -66,22 +67,22 @@ void HostileSide::Run() {
   }
 }
 
-StrangerCounts HostileSide::Finish() {
+StrangerCounts Attackers::Finish() {
   Stop();
   if (myThread.joinable()) myThread.join();
   if (myError) std::rethrow_exception(myError);
   return myCounts;
 }
 
-void HostileSide::LoggedIn(Client& stranger) {
+void Attackers::LoggedIn(Client& stranger) {
   ++myCounts.acted;
   stranger.Send(myFirstStep);
 }
 
-void HostileSide::Lost(Client& stranger, Client::State before, const std::string& reason) {
+void Attackers::Lost(Client& stranger, Client::State before, const std::string& reason) {
   ++myCounts.ended;
   if (before == Client::State::LoggingIn) myCounts.refusal = reason;
-  myPart->Ended(stranger);
+  stranger.RestUntil(Clock::now() + myAttack.absence);
   myPool.Connect(stranger);
 }
 

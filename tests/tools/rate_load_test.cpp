@@ -1,4 +1,4 @@
-#include "tools/swarm/rate_traffic.h"
+#include "tools/swarm/rate_load.h"
 
 #include <memory>
 
@@ -9,7 +9,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(RateTraffic, ReportsAreDueWithTheirBurst) {
+TEST(RateLoad, ReportsAreDueWithTheirBurst) {
   constexpr std::size_t kUsers = 2;
   constexpr std::size_t kBurst = 3;
   ClientPool pool({});
@@ -21,14 +21,14 @@ TEST(RateTraffic, ReportsAreDueWithTheirBurst) {
         std::make_unique<Client>(Member{i / kUsers, i % kUsers}, client::Login({"", "", ""})));
     clients.push_back(members.back().get());
   }
-  // Four members with three reports a burst: a burst of whomever every 100 ms.
-  RateTraffic traffic(pool, book, clients, kUsers, 7.5, kBurst);
+  // Four members with three reports a burst: one burst every 100 ms.
+  RateLoad load({pool, book, clients, kUsers}, 7.5, kBurst);
   const Clock::time_point start{milliseconds(5000)};
-  traffic.Start(start, start + milliseconds(1000));
+  load.Start(start, start + milliseconds(1000));
   EXPECT_EQ(book.Sent(), kBurst);
-  EXPECT_EQ(traffic.NextDue(), start + milliseconds(100));
+  EXPECT_EQ(load.NextDue(), start + milliseconds(100));
 
-  traffic.Wake(start + milliseconds(650));
+  load.Wake(start + milliseconds(650));
   EXPECT_EQ(book.Sent(), 7 * kBurst);
   struct {
     Member sender;
@@ -40,10 +40,10 @@ TEST(RateTraffic, ReportsAreDueWithTheirBurst) {
                      {{0, 0}, 4, milliseconds(400)},
                      {{1, 0}, 6, milliseconds(600)}};
   for (const auto& [sender, sequence, due] : cases) {
-    EXPECT_EQ(traffic.Delivered(sender, sequence, start) - start, due) << sequence;
+    EXPECT_EQ(load.Delivered(sender, sequence, start) - start, due) << sequence;
   }
-  traffic.Wake(start + milliseconds(2000));
-  EXPECT_TRUE(traffic.IsDone());
+  load.Wake(start + milliseconds(2000));
+  EXPECT_TRUE(load.IsDone());
   EXPECT_EQ(book.Sent(), 10 * kBurst);
 }
 

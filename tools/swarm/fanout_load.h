@@ -1,19 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <utility>
 #include <vector>
 
-#include "tools/swarm/traffic.h"
+#include "tools/swarm/load.h"
 
 namespace corvane::swarm {
 
-// A closed loop in each network for itself: the reporters send a burst each; when every delivery
-// of it has come, the next.
-class FanoutTraffic : public Traffic {
+// A closed loop in each network: all reporters send a burst, and the next once every member has
+// every report of it.
+class FanoutLoad : public Load {
  public:
-  // `clients` holds the members of network 0, then those of network 1, and so on.
-  FanoutTraffic(ClientPool& pool, DeliveryBook& book, std::vector<Client*> clients,
-                std::size_t users, std::size_t reporters, std::size_t burst);
+  FanoutLoad(Senders senders, std::size_t reporters, std::size_t burst)
+      : mySenders(std::move(senders)),
+        myReporters(reporters),
+        myBurst(burst),
+        myLoops(mySenders.clients.size() / mySenders.users) {}
 
   void Start(Clock::time_point now, Clock::time_point until) override;
   void Wake(Clock::time_point now) override;
@@ -30,10 +33,7 @@ class FanoutTraffic : public Traffic {
 
   void StartBurst(std::size_t network, Clock::time_point now);
 
-  ClientPool& myPool;
-  DeliveryBook& myBook;
-  std::vector<Client*> myClients;
-  std::size_t myUsers;
+  Senders mySenders;
   std::size_t myReporters;
   std::size_t myBurst;
   std::vector<Loop> myLoops;

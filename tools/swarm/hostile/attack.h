@@ -1,0 +1,52 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <functional>
+#include <span>
+#include <string_view>
+
+#include "tools/swarm/client.h"
+
+namespace corvane::swarm {
+
+// The user names of strangers begin with this.
+inline constexpr std::string_view kStrangerPrefix = "hostile";
+
+// How far the strangers get before they act.
+enum class Standing {
+  Outside,       // greeted; they have no password
+  AtPassword,    // have named the strangers' network; they have no password
+  OtherNetwork,  // members of the strangers' network
+  SameNetwork    // members of the honest members' network
+};
+
+// What strangers do to a server to hurt its other clients. Used on one thread only.
+struct Attack {
+  // A stranger has got as far as its standing, or all that it was to send is on its way: it sends
+  // something, rests or hangs up.
+  std::function<void(Client& stranger)> act;
+  Standing standing = Standing::Outside;
+  std::size_t strangers = 1;
+  // How many connect and wait for the greeting at a time. Few, so that the attack is measured and
+  // not an accept backlog that is too short.
+  std::size_t connectAtOnce = 2;
+  // A stranger that is not greeted for this long gives up and connects again.
+  Clock::duration patience = std::chrono::seconds(2);
+  bool isReading = true;      // what the server sends, once they act
+  std::size_t nameBytes = 0;  // shorter user names are padded to this
+  // How long a stranger whose connection the server ended or refused stays away.
+  Clock::duration absence = std::chrono::milliseconds(50);
+};
+
+struct NamedAttack {
+  const char* name;
+  const char* description;
+  Attack (*make)();
+};
+
+std::span<const NamedAttack> Attacks();
+// nullptr if there is no attack of that name.
+const NamedAttack* FindAttack(std::string_view name);
+
+}  // namespace corvane::swarm
