@@ -1,5 +1,5 @@
-# For the scripts that build: the Debian packages that are needed, configuring and compiling. They
-# run in the tree's root.
+# For scripts that build: needed Debian packages, configuring and compiling. They run in the root of
+# the tree.
 # shellcheck shell=bash
 # Not every script uses every list.
 # shellcheck disable=SC2034
@@ -22,10 +22,10 @@ data_packages=(sqlite3 python3)
 test_packages=(libgtest-dev libgmock-dev)
 desktop_packages=(xvfb openbox trayer xdotool x11-utils imagemagick fonts-dejavu-core)
 deb_packages=(dpkg-dev file lintian appstream)
-# tcl makes SQLite's one-file form, pkgconf is what Qt's configuration asks for.
+# SQLite's one-file form needs tcl, Qt's configuration pkgconf.
 windows_packages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl pkgconf qt6-base-dev-tools nsis zip)
 wine_packages=(wine wine64 fonts-wine)
-# llvm for llvm-symbolizer, without which leaks cannot be told apart by function.
+# llvm has llvm-symbolizer, which names the functions of a leak.
 clang_packages=(clang libclang-rt-14-dev llvm)
 lint_packages=(git python3 clang-format clang-tidy shellcheck)
 
@@ -38,12 +38,12 @@ need() {
   ((${#missing[@]} > 0)) || return 0
   say "installing ${missing[*]}"
   ((EUID == 0)) || as_root=(sudo)
-  with_progress "reading the lists of packages" "${as_root[@]}" apt-get -q update
+  with_progress "reading the package lists" "${as_root[@]}" apt-get -q update
   with_progress "installing" "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
     apt-get -q install -y --no-install-recommends "${missing[@]}"
 }
 
-# What a preset needs to build all that it turns on.
+# Installs what a preset needs.
 need_for_preset() {
   case $1 in
     dev | debug) need "${build_packages[@]}" "${test_packages[@]}" ;;
@@ -58,11 +58,11 @@ need_for_preset() {
 
 if command -v ccache >/dev/null; then
   export CMAKE_CXX_COMPILER_LAUNCHER=ccache
-  # It keeps nothing that was made with precompiled headers otherwise.
+  # Otherwise it caches nothing that uses precompiled headers.
   export CCACHE_SLOPPINESS=pch_defines,time_macros
 fi
 
-# Outside of the tree, so that they are built once on a machine.
+# Outside the tree, so that they are built once per machine.
 windows_libraries=${XDG_CACHE_HOME:-$HOME/.cache}/corvane-windows-libraries
 
 # configure PRESET [CMAKE ARGS]
@@ -84,5 +84,5 @@ compile() {
     cmake --build "build/$preset" --parallel "$(nproc)" ${1:+--target "$@"}
 }
 
-# full_version PRESET: of what was configured.
+# full_version PRESET: the version that was configured.
 full_version() { sed -n 's/^CORVANE_FULL_VERSION:INTERNAL=//p' "build/$1/CMakeCache.txt"; }

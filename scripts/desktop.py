@@ -1,6 +1,5 @@
 #!/usr/bin/env python3
-"""A desktop of its own, on a display that nobody else uses. As a program: runs the command that it
-is given there."""
+"""A virtual display with a window manager. As a program: runs its arguments as a command there."""
 
 import contextlib
 import os
@@ -14,7 +13,7 @@ from typing import Dict, Iterator, List
 sys.dont_write_bytecode = True
 from servers import run, running, wait_until  # noqa: E402
 
-# Whatever the caller's own desktop says about looks, languages and trays does not count.
+# Not inherited, like QT_* and LC_*: looks, languages and trays of the caller's desktop.
 OWN = ("WAYLAND_DISPLAY", "DBUS_SESSION_BUS_ADDRESS", "XDG_CURRENT_DESKTOP", "XAUTHORITY")
 
 
@@ -24,7 +23,7 @@ def has_desktop() -> bool:
 
 @contextlib.contextmanager
 def desktop(has_tray: bool = False) -> Iterator[Dict[str, str]]:
-    """The environment of programs there. A window manager is up, and if wanted a tray."""
+    """Yields the environment for programs on the display. A tray is optional."""
     environment = {name: value for name, value in os.environ.items()
                    if name not in OWN and not name.startswith(("QT_", "LC_"))}
     environment.update(LANG="C.UTF-8", LANGUAGE="")
@@ -47,7 +46,7 @@ def desktop(has_tray: bool = False) -> Iterator[Dict[str, str]]:
                    "the display did not come up")
         environment["DISPLAY"] = ":" + (folder / "number").read_text().strip()
         start("openbox")
-        # A server that comes before it gets no frame; nor, before the tray, a place in that.
+        # A window that opens earlier gets no frame, and before the tray no icon there.
         wait_until(lambda: succeeds("sh", "-c", "xprop -root _NET_SUPPORTING_WM_CHECK | "
                                     "grep -q 'window id'"), 10, "the window manager did not come up")
         if has_tray:

@@ -1,13 +1,13 @@
-# For scripts that take minutes: says how far a step is, on one line that is rewritten where standard
-# output is a terminal, and keeps everything that its programs print in build/log.txt.
+# For scripts that take minutes: shows the progress of a step, on a terminal in one line that is
+# rewritten, and keeps all output of its programs in build/log.txt.
 # shellcheck shell=bash
 
 log=build/log.txt
 mkdir -p build
 : >"$log"
 
-# with_progress WORDS COMMAND...: fails as the command does, after printing what explains it and
-# where the full log is.
+# with_progress WORDS COMMAND...: fails if the command does, after printing the relevant part of the
+# log and where the rest is.
 with_progress() {
   local words=$1 begin
   shift
@@ -21,12 +21,12 @@ with_progress() {
   fi
 }
 
-# Lines that explain no failure: of apt-get, of ninja and cmake, of GoogleTest and Qt, of ctest.
+# Routine output of apt-get, ninja, cmake, GoogleTest, Qt and ctest.
 routine='^(Get:|Hit:|Reading |Selecting |Preparing |Unpacking |Setting up |Processing |\(Reading )'
 routine+='|^(\[[0-9]+/[0-9]+\]|--) |^\[( RUN| +OK|---|===)|^QStandardPaths|propagateSizeHints'
 routine+='|^ *$|^Test project|^ +Start +[0-9]|Test +#.* Passed '
 
-# Reads what apt-get, ninja and ctest print, and leaves the steps: "12/94 net_tests".
+# Filters the output of apt-get, ninja and ctest down to the steps: "12/94 net_tests".
 steps() {
   sed -unE '
     s,^\[([0-9]+/[0-9]+)\] .* ([^ ]+)$,\1 \2,

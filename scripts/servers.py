@@ -1,7 +1,6 @@
-"""Servers with data folders of their own, and other programs beside them, for all scripts.
+"""Starts servers on temporary data folders, and other programs, for all scripts.
 
-Whatever a script starts, it starts inside a `with`, and it is ended there, however the block is
-left.
+Every program is started by a `with` statement and ends with its block.
 """
 
 import contextlib
@@ -24,7 +23,7 @@ PASSWORD = "demo"
 
 
 class Failure(Exception):
-    """What a script could not be done for; ends it."""
+    """Ends a script with a message."""
 
 
 def say(words: str) -> None:
@@ -35,8 +34,8 @@ def say(words: str) -> None:
 
 @contextlib.contextmanager
 def running(command: Sequence[object], **options) -> Iterator[subprocess.Popen]:
-    # In a session of its own: Ctrl+C at the terminal is for the script alone, which then ends one
-    # after the other.
+    # A new session: Ctrl+C at the terminal interrupts the script alone, which then ends its
+    # programs in order.
     process = subprocess.Popen([str(word) for word in command], start_new_session=True, **options)
     try:
         yield process
@@ -47,8 +46,8 @@ def running(command: Sequence[object], **options) -> Iterator[subprocess.Popen]:
 
 
 def end(process: subprocess.Popen, patience: float = 15) -> int:
-    """Asks the process, and what it started in its session, to end, insists after a while, returns
-    its exit code."""
+    """Terminates the process and all others of its session, kills them after `patience` seconds,
+    and returns its exit code."""
     if process.poll() is None:
         os.killpg(process.pid, signal.SIGTERM)
         try:
@@ -69,7 +68,7 @@ def logged(command: Sequence[object], log: Path, **options) -> Iterator[subproce
 @contextlib.contextmanager
 def listening(name: str, command: Sequence[object], port: int,
               **options) -> Iterator[subprocess.Popen]:
-    """A program that listens on the port."""
+    """A program, once it listens on the port."""
     with running(command, **options) as process:
         wait_until(lambda: process.poll() is not None or answers(port), 10,
                    f"the {name} did not come up")
@@ -88,7 +87,7 @@ def wait_until(condition: Callable[[], bool], patience: float, failure: str,
 
 
 def free_port() -> int:
-    """A port that nobody uses, below those that the system gives out by itself."""
+    """An unused port below the system's ephemeral range."""
     while True:
         port = random.randrange(20000, 32000)
         with socket.socket() as probe, contextlib.suppress(OSError):
@@ -105,8 +104,8 @@ def answers(port: int) -> bool:
 
 def make_data_folder(folder: Path, port: int, networks: Iterable[str],
                      settings: Optional[Dict[str, str]] = None) -> None:
-    """One whose server listens on that port of all addresses, with networks of the password
-    PASSWORD."""
+    """Makes a data folder for a server on that port of all addresses. Its networks have the
+    password PASSWORD."""
     subprocess.run([ROOT / "packaging/prepare-data-folder", folder], check=True)
     change_database(folder, "INSERT INTO networks (name, pass, users, enabled) "
                     "VALUES (?, ?, 100000, 1)", [(name, PASSWORD) for name in networks])
@@ -126,8 +125,8 @@ def change_database(folder: Path, statement: str, rows: Iterable[tuple] = ((),))
 @contextlib.contextmanager
 def server_on(folder: Path, environment: Dict[str, str], programs: Path = PROGRAMS,
               prefix: Sequence[str] = ()) -> Iterator[subprocess.Popen]:
-    """A server that listens, on a data folder, with its lines in server.log there. `prefix` is a
-    command that starts it."""
+    """A listening server on a data folder, which logs to server.log there. `prefix` is a command
+    that starts it, such as prlimit."""
     log = folder / "server.log"
     words = (b"Listening...", b"Server Error")
     with logged([*prefix, programs / "corvane-server"], log,
@@ -145,7 +144,7 @@ def server_on(folder: Path, environment: Dict[str, str], programs: Path = PROGRA
 
 def players_at(port: int, networks: Iterable[str], log: Path,
                *arguments: object) -> ContextManager[subprocess.Popen]:
-    """Players for somebody to look at."""
+    """Players of the demonstration."""
     names = [word for network in networks for word in ("--network", network)]
     return logged([PROGRAMS / "corvane-swarm", "demo", "--port", port, "--password", PASSWORD,
                    *names, *arguments], log)
@@ -153,8 +152,7 @@ def players_at(port: int, networks: Iterable[str], log: Path,
 
 def map_of(folder: Path, port: int, network: str,
            environment: Dict[str, str]) -> ContextManager[subprocess.Popen]:
-    """The map of a network for Guide, whom it makes an administrator there, on a picture of its
-    own."""
+    """The map of a network for the user Guide, an administrator there, with the demo picture."""
     change_database(folder, "INSERT INTO admins (name, address, network) VALUES (?, ?, ?)",
                     [("Guide", "127.0.0.1", network)])
     return logged([PROGRAMS / "corvane-map", "--server", "127.0.0.1", "--port", port,
@@ -168,14 +166,14 @@ def map_of(folder: Path, port: int, network: str,
 # ---- scripts
 
 def interrupt(*_: object) -> NoReturn:
-    # Once only: what follows is the ending of all that was started.
+    # Once only: the programs are being ended.
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, signal.SIG_IGN)
     raise KeyboardInterrupt
 
 
 def run(main: Callable[[], None]) -> NoReturn:
-    """Runs a script's main function so that it ends cleanly, whatever ends it."""
+    """Runs a script's main function and ends cleanly on failures and signals."""
     # Set, not inherited: a shell starts background programs with SIGINT ignored.
     for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, interrupt)
@@ -187,6 +185,6 @@ def run(main: Callable[[], None]) -> NoReturn:
     except KeyboardInterrupt:
         sys.exit(130)
     except BrokenPipeError:
-        # Whoever read what was said is gone; so is what would be said at the end.
+        # The reader of standard output is gone; drop what is still buffered.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         sys.exit(1)

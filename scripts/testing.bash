@@ -1,4 +1,4 @@
-# For the scripts that run tests.
+# For scripts that run tests.
 # shellcheck shell=bash
 
 # run_tests PRESET [CTEST ARGS]: fails as ctest does. Each test program writes its count into a file
@@ -10,7 +10,7 @@ run_tests() {
   with_progress "testing $preset" ctest --preset "$preset" "$@"
 }
 
-# end_tests STATUS PRESET...: says how many cases ran, and how it ended.
+# end_tests STATUS PRESET...: prints how many cases passed and failed, and fails if STATUS is not 0.
 end_tests() {
   local status=$1 preset
   shift

@@ -11,32 +11,32 @@ fail() {
 
 # ---- waiting
 
-# until_true COMMAND...: tries it until it succeeds, for ten seconds.
+# until_true COMMAND...: repeats the command until it succeeds, for ten seconds at most.
 until_true() {
   local tries
   for ((tries = 0; tries < 200; tries++)); do
     if "$@"; then return 0; fi
     sleep 0.05
   done
-  fail "this did not come true: $*"
+  fail "not true within ten seconds: $*"
 }
 
-# The visible window of exactly that title, once there is one.
+# Waits for a visible window with exactly that title and prints it.
 window_titled() {
   local tries
-  # A window that goes while it looks ends the search.
+  # A window that disappears during the search ends it.
   for ((tries = 0; tries < 5; tries++)); do
     if timeout 20 xdotool search --sync --onlyvisible --name "^$1\$" | tail -n 1; then return; fi
   done
-  fail "no window of the title $1 came"
+  fail "no window with the title $1"
 }
 
 is_gone() { ! xdotool search --onlyvisible --name "^$1\$" >/dev/null 2>&1; }
 
 is_active() { [[ $(xdotool getactivewindow 2>/dev/null) == "$1" ]]; }
 
-# Menus are the windows of our programs that no window manager has put into a frame, and so stand on
-# the screen itself. Sets menu.
+# Menus are the windows of our programs without a frame, so they are children of the root window.
+# Sets menu.
 find_menu() {
   local window
   for window in $(xwininfo -root -children | awk '/\("corvane-/ { print $1 }'); do
@@ -52,7 +52,7 @@ no_menu() { ! find_menu; }
 
 # ---- pictures
 
-# bounds WINDOW: left, top, right and bottom of the window with its frame.
+# bounds WINDOW: prints left, top, right and bottom of the window with its frame.
 bounds() {
   local left top width height frame=(0 0 0 0)
   read -r left top width height < <(xwininfo -id "$1" | awk '
@@ -63,7 +63,7 @@ bounds() {
     "$((left + width + ${frame[1]:-0})) $((top + height + ${frame[3]:-0}))"
 }
 
-# The part of the screen that shows the windows.
+# area WINDOW...: prints the part of the screen that shows the windows.
 area() {
   local window
   for window; do bounds "$window"; done | awk '
@@ -72,13 +72,13 @@ area() {
     END { l = l < 0 ? 0 : l; t = t < 0 ? 0 : t; printf "%dx%d+%d+%d", r - l, b - t, l, t }'
 }
 
-# snap NAME WINDOW...: a picture as the windows are now.
+# snap NAME WINDOW...: takes a picture of the windows as they are now.
 snap() {
   import -window root -crop "$(area "${@:2}")" +repage -strip -define png:compression-level=9 \
     "$folder/$1.png"
 }
 
-# capture NAME WINDOW...: a picture of the windows, once nothing in it changes any more.
+# capture NAME WINDOW...: takes a picture of the windows once they no longer change.
 capture() {
   local name=$1 before='' now='' tries
   for ((tries = 0; tries < 50; tries++)); do
@@ -88,7 +88,7 @@ capture() {
     before=$now
     sleep 0.15
   done
-  fail "$name never comes to rest"
+  fail "$name keeps changing"
 }
 
 # dialog TITLE NAME [ACTION...]: waits for the dialog, lets the action fill it, takes its picture
@@ -116,7 +116,7 @@ show_menu() {
   until_true find_menu
 }
 
-# choose STEPS: takes the item that many steps down the open menu.
+# choose STEPS: chooses the item that many steps down the open menu.
 choose() {
   local step
   for ((step = 0; step < $1; step++)); do xdotool key Down; done
