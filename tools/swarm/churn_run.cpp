@@ -56,7 +56,7 @@ class ChurnRun : public ClientEvents {
   }
   void Wake(Clock::time_point) override { myIsEnding = true; }
   void Interrupted() override {
-    // The second time, the user does not want to wait for the server's answers.
+    // At the second signal, do not wait for the server's answers.
     if (myIsEnding) myPool.Stop();
     myIsEnding = true;
   }

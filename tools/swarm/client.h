@@ -17,45 +17,45 @@ namespace corvane::swarm {
 
 using Clock = std::chrono::steady_clock;
 
-// One simulated player's connection, or a stranger's. Made once and used for one connection after
-// another; the pool that connects it owns its descriptor and moves it from state to state.
+// A simulated player or a stranger, with one connection at a time. The pool that connects it owns
+// the descriptor and changes the state.
 class Client {
  public:
   enum class State {
     Offline,
-    Queued,      // waits for its turn to connect
+    Queued,      // waiting to connect
     Connecting,  // TCP
-    Greeting,    // waits for the server's first message
+    Greeting,    // waiting for the server's first message
     LoggingIn,
     Online,
-    Leaving  // has asked to leave and waits for the answer
+    Leaving  // has asked to leave; waiting for the answer
   };
 
-  // Without a log-in it is online once it is greeted.
+  // Without a login it is online once it is greeted.
   Client(Member member, std::optional<client::Login> login)
       : myMember(member), myLogin(std::move(login)) {}
 
   State CurrentState() const { return myState; }
   Member Identity() const { return myMember; }
   const std::string& UserName() const { return myLogin->Details().userName; }
-  // On all its connections.
+  // On all connections so far.
   std::uint64_t BytesSent() const { return myBytesSent; }
-  // How often it was idle on this connection before.
+  // How often it has been idle on this connection.
   std::size_t Turn() const { return myTurn; }
 
-  // For ClientEvents::Idle: what it does next.
+  // For ClientEvents::Idle:
   void Send(std::string_view bytes) { myOutput.append(bytes); }
-  // Sends, after what Send was given, so many bytes of a block that is repeated and that outlives
-  // the connection: much can be sent without being held.
+  // Sends `bytes` bytes of the repeated block, after the bytes given to Send. Borrows the block, so
+  // that large output needs no memory.
   void SendFiller(std::string_view block, std::size_t bytes) {
     myBlock = block;
     myBlockPlace = 0;
     myFillerBytes = bytes;
   }
-  // Is not idle until then, or, offline, is not connected.
+  // Is not idle until then; offline: does not connect until then.
   void RestUntil(Clock::time_point time) { myRest = time; }
   void Hold() { RestUntil(Clock::time_point::max()); }
-  // Ends the connection without a word and connects again.
+  // Resets the connection and connects again.
   void HangUp() { myIsHangingUp = true; }
 
  private:
@@ -63,7 +63,6 @@ class Client {
 
   bool HasOutput() const { return !myOutput.empty() || myFillerBytes > 0; }
   bool IsIdle() const { return myState == State::Online && !HasOutput() && !myDeadline; }
-  // What to send next.
   std::string_view Piece() const {
     if (!myOutput.empty()) return std::string_view(myOutput).substr(myOutputPlace);
     return myBlock.substr(myBlockPlace, std::min(myFillerBytes, myBlock.size() - myBlockPlace));
@@ -86,8 +85,8 @@ class Client {
   std::optional<client::Login> myLogin;
   State myState = State::Offline;
   int myDescriptor = -1;
-  std::optional<std::size_t> mySource;  // which of the pool's addresses it connects from
-  std::uint32_t myInterest = 0;         // what the pool watches the descriptor for
+  std::optional<std::size_t> mySource;  // number of its source address
+  std::uint32_t myInterest = 0;         // epoll events that are registered
   client::FrameCutter myCutter;
   std::string myOutput;
   std::size_t myOutputPlace = 0;
@@ -97,9 +96,9 @@ class Client {
   std::uint64_t myBytesSent = 0;
   std::size_t myTurn = 0;
   bool myIsHangingUp = false;
-  bool myIsDirty = false;  // on the pool's list of clients with something to do
+  bool myIsDirty = false;  // on the pool's list of clients to write
   std::optional<Clock::time_point> myRest;
-  // When the pool gives up waiting for the server, or ends its rest.
+  // When the pool stops waiting for the server, or the rest ends.
   std::optional<Clock::time_point> myDeadline;
 };
 

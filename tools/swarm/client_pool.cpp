@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t kReadBytes = std::size_t{256} << 10;
 constexpr std::size_t kDiscardBytes = std::size_t{4} << 20;
-// A log-in that takes longer after the greeting, or a leave that is not answered, has failed.
+// For a login after the greeting, and for the answer to a leave.
 constexpr std::chrono::seconds kPatience{30};
 constexpr int kNetworkSegment = 1460;
 
@@ -37,7 +37,7 @@ int OpenSignals() {
   sigemptyset(&signals);
   for (const int number : {SIGINT, SIGTERM}) {
     sigaddset(&signals, number);
-    // A shell starts background programs with SIGINT ignored, and an ignored signal never arrives.
+    // A shell starts background programs with SIGINT ignored; an ignored signal never arrives.
     std::signal(number, SIG_DFL);
   }
   sigprocmask(SIG_BLOCK, &signals, nullptr);
@@ -94,7 +94,7 @@ void ClientPool::Wait() {
   for (int i = 0; i < count; ++i) {
     const epoll_event& event = ready[static_cast<std::size_t>(i)];
     if (event.data.ptr == &myInterrupts) {
-      signalfd_siginfo interrupt;  // room for what either kind of descriptor gives
+      signalfd_siginfo interrupt;  // large enough for an eventfd, too
       while (read(myInterrupts, &interrupt, sizeof interrupt) > 0)
         myEvents->Interrupted();
     } else if (event.data.ptr != &myTimer) {
@@ -103,20 +103,20 @@ void ClientPool::Wait() {
   }
 }
 
-// A timer of the system is on time to some microseconds; the wait itself would be late by up to a
-// half per cent of its length.
+// A timerfd is accurate to some microseconds; the timeout of epoll_wait may be late by half a per
+// cent.
 void ClientPool::ArmTimer() {
   Clock::time_point next = myWake.value_or(Clock::time_point::max());
   if (!myDeadlines.empty()) next = std::min(next, myDeadlines.begin()->first);
   if (next == myArmed) return;
   myArmed = next;
   itimerspec spec{};
-  // None at all is what 0 would mean.
+  // 0 would disarm the timer.
   const auto since = std::max(next.time_since_epoch(), Clock::duration(1));
   const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
   spec.it_value.tv_sec = seconds.count();
   spec.it_value.tv_nsec = (since - seconds).count();
-  // This takes back an expiration that was not read.
+  // This also clears an expiration that was not read.
   timerfd_settime(myTimer, TFD_TIMER_ABSTIME, &spec, nullptr);
 }
 
@@ -152,8 +152,8 @@ void ClientPool::Reset(Client& client) {
   CloseDescriptor(client);
 }
 
-// Only between rounds, so that a readiness that was reported for a closed descriptor is never
-// taken for that of a new connection of the same client.
+// Only between rounds: an event of a closed descriptor is never taken for one of the client's new
+// connection.
 void ClientPool::StartConnecting() {
   while (!myQueue.empty() && myUngreeted < myManner.connectAtOnce) {
     Client* const client = myQueue.front();
@@ -178,9 +178,8 @@ void ClientPool::StartConnecting(Client& client) {
   }
   Set(client.myDescriptor, IPPROTO_TCP, TCP_NODELAY, 1);
   if (myManner.reading == Reading::Nothing) {
-    // What is not read is for the server to hold and not for the kernel, which keeps megabytes of
-    // the long segments of a connection within a machine: a buffer as small as the system allows,
-    // and segments as on a network.
+    // Unread output shall wait in the server. The kernel would keep megabytes of it in the long
+    // segments of a local connection: so the smallest buffer, and segments as on a network.
     Set(client.myDescriptor, SOL_SOCKET, SO_RCVBUF, 1);
     Set(client.myDescriptor, IPPROTO_TCP, TCP_MAXSEG, kNetworkSegment);
   }
@@ -216,8 +215,8 @@ void ClientPool::FinishConnecting(Client& client) {
 
 void ClientPool::Read(Client& client) {
   const Reading reading = client.myState == Client::State::Online ? myManner.reading : Reading::All;
-  // MSG_TRUNC on a stream: the kernel throws the bytes away without copying them. Where nothing is
-  // read, it is the end that was reported.
+  // With MSG_TRUNC the kernel drops a stream's bytes without copying them. A client that reads
+  // nothing gets here at the end of its connection only.
   const ssize_t count = reading == Reading::Nothing ? 0
                         : reading == Reading::Discarding
                             ? recv(client.myDescriptor, nullptr, kDiscardBytes, MSG_TRUNC)
@@ -231,7 +230,7 @@ void ClientPool::Read(Client& client) {
   const std::string_view bytes(myBuffer.data(), static_cast<std::size_t>(count));
   const bool inStep = client.myCutter.Feed(
       bytes, [&](std::int32_t command, std::string_view data) { Receive(client, command, data); });
-  // A handler may have closed the client before the stream went wrong.
+  // A handler may have closed the client already.
   if (!inStep && client.myDescriptor >= 0) Lose(client, "the server sent a malformed message");
 }
 
@@ -289,7 +288,7 @@ void ClientPool::MarkDirty(Client& client) {
 }
 
 void ClientPool::WriteDirty() {
-  // A write that fails raises an event, and that may make others dirty.
+  // A failed write raises an event, whose handler may add to myDirty.
   myWriting.swap(myDirty);
   for (Client* const client : myWriting) {
     client->myIsDirty = false;
@@ -321,7 +320,7 @@ void ClientPool::Write(Client& client) {
   Watch(client);
 }
 
-// With an operation, or where what is to be watched for has changed.
+// Registers the events to wait for, if they have changed or an operation is given.
 void ClientPool::Watch(Client& client, int operation) {
   epoll_event event{};
   const bool isIgnored =

@@ -15,33 +15,31 @@
 
 namespace corvane::swarm {
 
-// What the pool tells a mode of the program. A client may be connected, reset or told to leave from
-// within the call.
+// Events of a pool. A handler may connect, reset or send away any client.
 class ClientEvents {
  public:
   virtual ~ClientEvents() = default;
   virtual void Greeted(Client&) {}
   virtual void LoggedIn(Client& client) = 0;
-  // The client is online, all that it was to send is on its way, and it does not rest.
+  // The client is online, has nothing left to send and does not rest.
   virtual void Idle(Client& client) { client.Hold(); }
   // A message for a client that is online.
   virtual void Received(Client&, std::int32_t /*command*/, std::string_view /*payload*/) {}
   // The client left and the server said "BYE".
   virtual void Left(Client&) {}
-  // The connection failed or ended in any other way, at log-in or after it; the reason is for a
-  // person to read.
+  // The connection failed or ended in any other way. `reason` is for a person to read.
   virtual void Lost(Client& client, Client::State before, const std::string& reason) = 0;
-  // The time asked for with WakeAt has come.
+  // The time given to WakeAt has come.
   virtual void Wake(Clock::time_point) {}
-  // The user asks the program to end (SIGINT or SIGTERM), or another thread called Interrupt.
+  // SIGINT or SIGTERM, or another thread called Interrupt.
   virtual void Interrupted() = 0;
 };
 
-// The connections of many clients on one thread and one epoll descriptor. Reads go through one
-// large buffer, writes are gathered and go out once per client and round. Borrows the clients,
-// which outlive it; each comes from the same one of the sources every time. Where none are given
-// and the ports to a server on this machine run out, further connections come from further
-// addresses. Throws std::system_error when the system refuses what it needs itself.
+// Connects many clients to a server on one thread, with one epoll descriptor. Reads share one large
+// buffer; output is collected and sent once per client and round. Borrows the clients, which
+// outlive it; each always connects from the same source address. Only Interrupt may be called from
+// another thread. Throws std::system_error if the system refuses a descriptor that the pool itself
+// needs.
 class ClientPool {
  public:
   enum class Reading { All, Discarding, Nothing };
@@ -49,13 +47,12 @@ class ClientPool {
   struct Manner {
     sockaddr_in server{};
     LoopbackRange sources{};
-    // So many wait for the server's greeting at a time. Its queue of new connections may be short,
-    // and a system whose queue overflows may drop a connection that its client takes for made.
+    // How many connect and wait for the greeting at a time. If the server's accept backlog
+    // overflows, the system may drop a connection that looks established to the client.
     std::size_t connectAtOnce = 2;
-    // A client that is not greeted for so long is lost.
+    // A client that is not greeted within this time is lost.
     Clock::duration patience = std::chrono::seconds(30);
-    // What clients that are online read of what they are sent. What is only discarded is not
-    // copied.
+    // What online clients do with their input. Discarded input is not copied.
     Reading reading = Reading::All;
     bool takesSignals = true;
   };
@@ -68,19 +65,19 @@ class ClientPool {
   // Runs until Stop, raising events.
   void Run(ClientEvents& events);
   void Stop() { myIsStopped = true; }
-  // Raises Interrupted; for other threads, where signals are not taken.
+  // Raises Interrupted. For other threads; only without takesSignals.
   void Interrupt() const;
 
-  // Connects and logs in a client that is offline, after its rest and when its turn comes.
+  // Connects and logs in an offline client, after its rest and in its turn.
   void Connect(Client& client);
-  // Sends a report of a client that is online; does nothing for any other.
+  // Sends a report. Does nothing unless the client is online.
   void Send(Client& client, const client::Report& report);
-  // Asks the server's leave; a client that is still on its way in is just closed.
+  // Asks the server to leave. A client that is not logged in yet is just closed.
   void Leave(Client& client);
-  // Ends the connection without a word, so that the server sees it reset.
+  // Resets the connection.
   void Reset(Client& client);
 
-  // Raises Wake once at that time, instead of at the time asked for before.
+  // Raises Wake once at that time. Replaces an earlier call.
   void WakeAt(Clock::time_point time) { myWake = time; }
 
  private:
@@ -114,11 +111,11 @@ class ClientPool {
   bool myIsStopped = false;
   std::deque<Client*> myQueue;
   std::vector<Client*> myDirty;
-  std::vector<Client*> myWriting;  // WriteDirty's, kept for its memory
+  std::vector<Client*> myWriting;  // used by WriteDirty, kept for its memory
   std::vector<char> myBuffer;
   std::optional<Clock::time_point> myWake;
   std::set<std::pair<Clock::time_point, Client*>> myDeadlines;
-  Clock::time_point myArmed = Clock::time_point::max();  // what the timer stands at
+  Clock::time_point myArmed = Clock::time_point::max();  // when the timer expires
 };
 
 }  // namespace corvane::swarm

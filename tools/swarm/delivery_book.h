@@ -20,27 +20,26 @@ struct Member {
 
 // The name under which a member of a measured run logs in: prefix, network, "-", user.
 std::string UserNameOf(std::string_view prefix, Member member);
-// The member of that name; none if it is no such name.
+// The member with that name; none if it is not such a name.
 std::optional<Member> ParseUserName(std::string_view prefix, std::string_view userName);
 
-// The report that a member sends as its n-th (counted from 1). Two in a row always differ, and the
-// receiver can tell from one whether it arrived unchanged.
+// The report number `sequence` (from 1) of a member. Consecutive reports differ, and a receiver can
+// tell whether a report arrived unchanged.
 client::Report ReportOf(Member sender, std::uint32_t sequence);
 
-// The exact account of a measured run: every report of a sender is expected once at every other
-// member of its network, in the order in which they were sent.
+// Accounts for every delivery of a measured run: each report of a sender is expected once at every
+// other member of its network, in the order of sending.
 class DeliveryBook {
  public:
   // In each network, the first `senders` of the `users` members send.
   DeliveryBook(std::size_t networks, std::size_t users, std::size_t senders);
 
-  // Notes that the member sends its next report and returns which.
+  // Counts the member's next report and returns its number.
   std::uint32_t Send(Member sender);
 
-  // Notes what the recipient got from the sender. True if it is a delivery that was still
-  // expected; else it is counted as unexpected. A gap before it stays missing for good.
+  // Counts a delivery. False if it was not expected (any more). Skipped reports stay missing.
   bool Receive(Member recipient, Member sender, const client::Report& report);
-  // Notes a message that nobody should have got in the run.
+  // Counts a message that is no delivery as unexpected.
   void ReceiveForeign() { ++myUnexpected; }
 
   std::uint64_t Sent() const { return mySent; }

@@ -57,7 +57,7 @@ class DemoRun : public ClientEvents {
         GoAway(seat, RandomTime(30, 60));
         break;
       case client::command::kLeave:
-        // The server sends everybody away; there is nothing left to ask for.
+        // The server sends everybody away, so there is no leave to ask for.
         myPool.Reset(client);
         Left(client);
         seat.change = Clock::now() + RandomTime(15, 30);
@@ -105,7 +105,7 @@ class DemoRun : public ClientEvents {
   }
 
   void Interrupted() override {
-    // The second time, the user does not want to wait for the server's answer.
+    // At the second signal, do not wait for the server's answers.
     if (myIsEnding) myPool.Stop();
     End();
   }
@@ -114,7 +114,7 @@ class DemoRun : public ClientEvents {
   struct Seat {
     std::unique_ptr<Client> client;
     std::optional<Player> player;  // while online
-    Clock::time_point change;      // online: goes then; offline: comes then
+    Clock::time_point change;      // when it leaves or comes back
   };
 
   Seat& SeatOf(const Client& client) {

@@ -26,8 +26,8 @@ std::chrono::nanoseconds LatencyHistogram::Percentile(double share) const {
   return std::chrono::nanoseconds(0);
 }
 
-// Below 64 a bucket a value; above, the leading 1 bit picks a group and the six bits after it a
-// bucket in the group.
+// Each value below 64 has its own bucket. Above, the leading 1 bit selects a group, and the six
+// bits after it a bucket in the group.
 std::size_t LatencyHistogram::BucketOf(std::uint64_t value) {
   value = std::min(value, (std::uint64_t{1} << kMaxBits) - 1);
   const auto bits = static_cast<unsigned>(std::bit_width(value));

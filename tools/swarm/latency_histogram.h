@@ -7,8 +7,8 @@
 
 namespace corvane::swarm {
 
-// Counts of times in buckets whose width grows with the time: every value is kept to within 1/64
-// of itself, from nanoseconds to minutes, in a few kilobytes.
+// A histogram of times from nanoseconds to an hour with a resolution of 1/64 of the value, in 19
+// KB.
 class LatencyHistogram {
  public:
   void Add(std::chrono::nanoseconds latency);

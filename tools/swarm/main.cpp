@@ -9,7 +9,7 @@
 namespace corvane::swarm {
 namespace {
 
-// A descriptor per player: take all that the system allows.
+// Each player needs a descriptor.
 void RaiseDescriptorLimit() {
   rlimit limit{};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return;
@@ -26,7 +26,7 @@ int Print(const Result& result) {
 
 int Run(const Options& options) {
   RaiseDescriptorLimit();
-  // A line as soon as it is written, also into a pipe.
+  // Flushes each line, into a pipe too.
   std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
   switch (options.mode) {
     case Mode::Demo:

@@ -13,12 +13,11 @@ namespace {
 constexpr std::chrono::seconds kSettleTime{1};
 // Deliveries that do not come for this long are missing.
 constexpr std::chrono::seconds kDrainTime{10};
-// Beside a hostile side.
+// Of the honest members during a hostile run.
 constexpr double kHonestBurstsPerSecond = 10;  // of all members together
 constexpr std::size_t kHonestBurst = 5;
 
-// Nobody sends anything, and nothing may come. A line on standard output tells a script that waits
-// for it that all are in.
+// Sends nothing, and expects nothing. Prints a line once all are in, for scripts that wait for it.
 class IdleLoad : public Load {
  public:
   explicit IdleLoad(ClientPool& pool) : myPool(pool) {}
@@ -79,7 +78,7 @@ class MeasuredRun : public ClientEvents {
   }
 
   void Received(Client& client, std::int32_t command, std::string_view payload) override {
-    // The others' leaving is news to those who are still there.
+    // Members hear of others that leave.
     if (myPhase == Phase::Leaving) return;
     const std::optional<client::MemberRecord> relay =
         command == client::command::kMember ? client::ParseRelay(payload) : std::nullopt;
@@ -156,9 +155,9 @@ class MeasuredRun : public ClientEvents {
  private:
   enum class Phase {
     Arriving,
-    Settling,  // all are in and nothing happens, so that the server's memory comes to rest
+    Settling,  // all are in; the server's memory comes to rest
     Sending,   // or, in an idle run, waiting
-    Draining,  // nothing more is sent; deliveries are still on the road
+    Draining,  // nothing more is sent; deliveries may still arrive
     Leaving
   };
 

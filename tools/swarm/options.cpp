@@ -15,11 +15,11 @@ namespace {
 
 constexpr int kUsageError = 2;
 
-// Where players and strangers come from, if told.
+// First source addresses of players and strangers.
 constexpr in_addr_t kPlayers = INADDR_LOOPBACK;
 constexpr in_addr_t kStrangers = INADDR_LOOPBACK + (in_addr_t{1} << 16);
 
-// A command line that cannot be carried out; the text says what is wrong.
+// The command line is wrong; the text says why.
 class UsageError : public std::runtime_error {
  public:
   explicit UsageError(const QString& text) : std::runtime_error(text.toStdString()) {}
@@ -38,8 +38,8 @@ constexpr OptionRow kOptions[] = {
     {"port", "number", "12000", "Server's port.", nullptr},
     {"network", "name", nullptr, "Network to log into; may be given several times.", nullptr},
     {"networks", "count", nullptr,
-     "Log into this many networks, named by --network-prefix and a number from 1 on.", nullptr},
-    {"network-prefix", "text", "Bench", "Begin of the names of --networks.", nullptr},
+     "Log into this many networks, named --network-prefix and a number from 1 on.", nullptr},
+    {"network-prefix", "text", "Bench", "Prefix of the names of --networks.", nullptr},
     {"password", "text", "", "Password of the networks, as plain text.", nullptr},
     {"users", "count", "25", "Players in each network.", nullptr},
     {"user-prefix", "text", "swarm",
@@ -51,11 +51,11 @@ constexpr OptionRow kOptions[] = {
      "interrupted); rush: how long to wait for the greetings (10); hostile: how long to measure "
      "before, during and after (10).",
      nullptr},
-    {"leave", "way", "orderly", "How the clients end: orderly, or abrupt (a reset).", nullptr},
+    {"leave", "way", "orderly", "How the clients leave: orderly, or abrupt (a reset).", nullptr},
     {"server-pid", "number", nullptr,
      "Process of the server: its processor time and memory are measured too.", nullptr},
     {"measure-idle", nullptr, nullptr,
-     "Measure the server's memory for a connection that only waits (needs --server-pid).",
+     "Measure the server's memory for an idle connection (needs --server-pid).",
      "fanout rate idle"},
     {"addresses", "count", "0",
      "Addresses of this machine, 127.0.0.1 and on, that the players come from in turn; 0: the "
@@ -63,8 +63,7 @@ constexpr OptionRow kOptions[] = {
      "demo fanout rate idle churn hostile"},
     {"clients", "count", "1000", "rush: clients that connect at the same moment.", "rush"},
     {"rounds", "count", "1", "rush: how many rushes, one after the other.", "rush"},
-    {"part", "name", nullptr, "hostile: what the hostile side does, a name of those below.",
-     "hostile"},
+    {"part", "name", nullptr, "hostile: the attack, one of those below.", "hostile"},
     {"stranger-addresses", "count", "0",
      "hostile: addresses that the strangers come from, 127.1.0.1 and on.", "hostile"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
@@ -123,7 +122,7 @@ std::vector<std::string> Networks(const QCommandLineParser& parser) {
     names.push_back(name.toStdString());
   }
   if (isCounted == !names.empty()) {
-    throw UsageError("name the networks, either with --network or with --networks");
+    throw UsageError("name the networks, with either --network or --networks");
   }
   if (!isCounted) return names;
   const std::size_t count = Count(parser, "networks", 1, 100000);
@@ -147,7 +146,7 @@ void ReadHostile(const QCommandLineParser& parser, Options& options) {
   options.strangersSources = Sources(parser, "stranger-addresses", kStrangers);
   const QString name = parser.value("part");
   options.attack = FindAttack(name.toStdString());
-  if (options.attack == nullptr) throw UsageError("there is no part '" + name + "'");
+  if (options.attack == nullptr) throw UsageError("there is no attack '" + name + "'");
 }
 
 struct ModeRow {
@@ -157,22 +156,21 @@ struct ModeRow {
 };
 
 constexpr ModeRow kModes[] = {
-    {"demo", Mode::Demo,
-     "players walk, fight, die, leave and come back; a line a second tells how many"},
+    {"demo", Mode::Demo, "players walk, fight, die, leave and come back; prints a line a second"},
     {"fanout", Mode::Fanout,
      "closed loop: in each network reporters send bursts and wait until every member\n"
      "         has every report"},
     {"rate", Mode::Rate,
-     "every member reports at a fixed rate; tells how long the reports are on the road,\n"
-     "         counted from the time at which each was due"},
-    {"idle", Mode::Idle, "all log in and wait; the line \"ready\" tells that all are in"},
+     "every member reports at a fixed rate; prints the latency of the reports, counted\n"
+     "         from the time at which each was due"},
+    {"idle", Mode::Idle, "all log in and wait; prints \"ready\" once all are in"},
     {"churn", Mode::Churn, "clients log in, leave at once and come back, over and over"},
     {"rush", Mode::Rush,
-     "clients connect at the same moment and wait for the greeting; tells how many were\n"
+     "clients connect at the same moment and wait for the greeting; prints how many were\n"
      "         greeted, refused or left hanging, and when the last was greeted"},
     {"hostile", Mode::Hostile,
-     "members report in bursts, and in the middle third of the time strangers try to hurt\n"
-     "         them; tells how long the members' reports are on the road before, during, after"},
+     "members report in bursts, and strangers attack the server in the middle third of the\n"
+     "         time; prints the latency of the members' reports before, during and after"},
 };
 
 QString NamesOfModes() {
@@ -196,14 +194,14 @@ QString Description() {
   QString text = "Simulated players for a Corvane server, over its real protocol.\n";
   for (const ModeRow& row : kModes)
     text += QString("\n%1 %2").arg(row.name, -8).arg(row.description);
-  text += "\n\nParts of hostile:\n";
+  text += "\n\nAttacks of hostile:\n";
   for (const NamedAttack& attack : Attacks())
     text += QString("\n%1 %2").arg(attack.name, -14).arg(attack.description);
   return text +
-         "\n\nAll but demo end with a line to read and a line of JSON.\n"
-         "fanout, rate and hostile count every delivery. The exit code is 0 only if all came that\n"
-         "was expected, nothing else came, and nobody was refused or cut off (of the members, in\n"
-         "hostile).";
+         "\n\nAll but demo print two lines at the end, one to read and one of JSON. fanout, rate "
+         "and\n"
+         "hostile account for every delivery: the exit code is 0 only if each expected one came,\n"
+         "nothing else came, and no client (in hostile: no member) was refused or cut off.";
 }
 
 void CheckModeTakesOptions(const QCommandLineParser& parser, const QString& mode) {
@@ -272,7 +270,7 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
   parser.setApplicationDescription(Description());
   parser.addPositionalArgument("mode", NamesOfModes());
   const QCommandLineOption help({"h", "help"}, "Show this text.");
-  const QCommandLineOption listParts("list-parts", "Show the names of the parts of hostile.");
+  const QCommandLineOption listParts("list-parts", "Show the names of the attacks of hostile.");
   parser.addOptions({help, listParts});
   AddOptions(parser);
 
@@ -288,7 +286,7 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
       result.options = Read(parser);
     }
   } catch (const UsageError& error) {
-    result.text = "corvane-swarm: " + std::string(error.what()) + " (--help tells more)\n";
+    result.text = "corvane-swarm: " + std::string(error.what()) + " (see --help)\n";
     result.exitCode = kUsageError;
   }
   return result;

@@ -34,7 +34,7 @@ struct Options {
   LeaveWay leave = LeaveWay::Orderly;
   std::optional<pid_t> serverPid;
   bool measuresIdle = false;
-  std::size_t reporters = 0;    // of each network; idle: none
+  std::size_t reporters = 0;    // in each network; idle: none
   std::size_t burst = 0;        // fanout
   double reportsPerSecond = 0;  // rate, of each member
   std::size_t clients = 0;      // rush
@@ -45,8 +45,7 @@ struct Options {
   LoopbackRange strangersSources;
 };
 
-// What reading the command line came to: options, or a text to show instead (help or what is
-// wrong) and the exit code that goes with it.
+// Options, or a text to show instead (help or an error) with its exit code.
 struct ParsedOptions {
   std::optional<Options> options;
   std::string text;

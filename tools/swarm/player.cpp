@@ -14,15 +14,15 @@ using std::chrono::milliseconds;
 constexpr std::int32_t kFacets = 3;
 constexpr std::int32_t kWidth = 6144;
 constexpr std::int32_t kHeight = 4096;
-constexpr std::int32_t kStride = 8;  // furthest that a step leads
-constexpr std::int32_t kArm = 14;    // how near two have to be for a fight
+constexpr std::int32_t kMaxStep = 8;
+constexpr std::int32_t kMaxFightDistance = 14;
 
 struct Place {
   std::int32_t x;
   std::int32_t y;
 };
 
-// Towns and crossroads, where players meet; each facet has the same.
+// Towns and crossroads where players meet, the same on each facet.
 constexpr std::array<Place, 6> kPlaces{
     {{1480, 1620}, {1530, 1700}, {2520, 560}, {1830, 2790}, {3690, 2230}, {1390, 1760}}};
 
@@ -73,8 +73,8 @@ bool Player::CanFight(const Player& other) const {
     return !report.isDead && !report.inBattle;
   };
   return isReady(myReport) && isReady(other.myReport) && myReport.facet == other.myReport.facet &&
-         std::abs(myReport.x - other.myReport.x) <= kArm &&
-         std::abs(myReport.y - other.myReport.y) <= kArm;
+         std::abs(myReport.x - other.myReport.x) <= kMaxFightDistance &&
+         std::abs(myReport.y - other.myReport.y) <= kMaxFightDistance;
 }
 
 void Player::StartFight() {
@@ -91,10 +91,9 @@ void Player::ChooseDestination(std::mt19937& random) {
 }
 
 void Player::Walk(std::mt19937& random) {
-  // Straight ahead, as the roads are.
   const double x = myDestinationX - myReport.x;
   const double y = myDestinationY - myReport.y;
-  const double share = std::min(1.0, Between(random, 2, kStride) / std::hypot(x, y));
+  const double share = std::min(1.0, Between(random, 2, kMaxStep) / std::hypot(x, y));
   myReport.x += static_cast<std::int32_t>(std::lround(x * share));
   myReport.y += static_cast<std::int32_t>(std::lround(y * share));
   if (myReport.x == myDestinationX && myReport.y == myDestinationY) ChooseDestination(random);

@@ -9,17 +9,16 @@
 
 namespace corvane::swarm {
 
-// The make-believe life of one player of the demonstration: it walks from place to place on its
-// map, fights whom it meets, dies now and then, and comes back to life at a healer's.
+// Simulates a player of the demonstration: it walks from place to place on its map, fights other
+// players that it meets, dies now and then, and comes back to life.
 class Player {
  public:
   Player(std::mt19937& random, Clock::time_point now);
 
   const client::Report& Report() const { return myReport; }
-  // When it acts next.
   Clock::time_point NextStep() const { return myNextStep; }
 
-  // Does one step. Returns whether there is something new to report.
+  // Does one step. Returns whether the report has changed.
   bool Step(std::mt19937& random, Clock::time_point now);
 
   bool CanFight(const Player& other) const;
@@ -34,7 +33,7 @@ class Player {
   std::int32_t myFullHp;
   std::int32_t myDestinationX = 0;
   std::int32_t myDestinationY = 0;
-  int myRounds = 0;  // left of the fight
+  int myRounds = 0;  // left in the fight
   Clock::time_point myNextStep;
 };
 

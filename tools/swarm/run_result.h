@@ -16,7 +16,6 @@ class QString;
 
 namespace corvane::swarm {
 
-// The account of the reports that were sent.
 struct Deliveries {
   std::uint64_t sent = 0;
   std::uint64_t expected = 0;
@@ -25,23 +24,23 @@ struct Deliveries {
   LatencyHistogram latency;
 };
 
-// What became of the strangers of a run.
+// Connections of the strangers in a run.
 struct StrangerCounts {
   std::uint64_t greeted = 0;
-  std::uint64_t acted = 0;  // of the connections: those that got as far as to act
-  std::uint64_t ended = 0;  // connections that the server ended or did not take
+  std::uint64_t acted = 0;  // reached their standing
+  std::uint64_t ended = 0;  // ended or refused by the server
   std::uint64_t bytesSent = 0;
-  std::string refusal;  // why the last log-in failed; for a person to read
+  std::string refusal;  // of the last failed login, for a person to read
 };
 
 // What the honest members noticed before, during and after the attack.
 struct AttackResult {
   struct Window {
     LatencyHistogram latency;
-    // How late the reports left this program: what the machine and the program itself, which share
-    // the processors with the server, have in the latency.
+    // How late the reports left this program, which shares the processors with the server. Part of
+    // the latency.
     LatencyHistogram lateness;
-    // How long the server waited for a processor, which is in the latency too.
+    // How long the server waited for a processor. Part of the latency.
     std::optional<std::chrono::nanoseconds> serverWait;
   };
 
@@ -52,7 +51,7 @@ struct AttackResult {
   StrangerCounts strangers;
 };
 
-// What a measured run found.
+// The result of a measured run or of churn.
 struct RunResult {
   explicit RunResult(const Options& options)
       : mode(options.modeName), networks(options.networks.size()), users(options.users) {}
@@ -60,8 +59,7 @@ struct RunResult {
   std::string mode;
   std::size_t networks;
   std::size_t users;
-  // From the first report to the last delivery; where none is sent, as long as all were in or
-  // clients came and went.
+  // From the first report to the last delivery; idle: while all were in; churn: the whole run.
   std::chrono::duration<double> elapsed{0};
   std::optional<Deliveries> deliveries;  // fanout, rate and hostile
   std::optional<std::uint64_t> visits;   // churn: log-ins, each with its leave
@@ -77,13 +75,13 @@ struct RunResult {
   std::optional<std::int64_t> idleRssKib;
   std::optional<std::int64_t> emptyRssKib;
 
-  // What was to be done was done, everything came, nothing else, and nobody was cut off (of the
-  // honest; the hostile side has to have got as far as to act).
+  // Something was measured, everything expected came, nothing else, and no client was refused or
+  // cut off. Of strangers, some acted.
   bool IsGood() const;
 
   // One line for a person.
   std::string ToText() const;
-  // One line for a program; the keys stay as they are.
+  // One line for programs, with stable keys.
   std::string ToJson() const;
 
  private:
@@ -91,12 +89,11 @@ struct RunResult {
   void AddDeliveries(QJsonObject& json) const;
   void AddHostile(QJsonObject& json) const;
   double PerSecond(std::uint64_t count) const;
-  // Of one core; where there is a time of the server.
+  // Of one core. Needs serverCpu.
   double ServerCpuShare() const;
   std::optional<double> ServerBytesPerConnection() const;
 };
 
-// What became of the clients of each rush.
 struct RushResult {
   struct Round {
     std::size_t greeted = 0;
@@ -110,9 +107,9 @@ struct RushResult {
   std::vector<Round> rounds;
 
   std::size_t Hung(const Round& round) const { return clients - round.greeted - round.refused; }
-  // All were greeted and stayed, in every round.
+  // In every round, all were greeted and stayed.
   bool IsGood() const;
-  // As those of RunResult.
+  // Like those of RunResult.
   std::string ToText() const;
   std::string ToJson() const;
 };

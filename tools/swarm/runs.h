@@ -11,22 +11,21 @@
 
 namespace corvane::swarm {
 
-// The demonstration: players live in their networks until the run is interrupted or its time is
-// up. They obey the server (kick, ban, "BYE") and come back later, and they wait for a server that
-// is gone for a while; only a log-in that fails before anybody was ever in ends the run. Returns
-// the program's exit code.
+// The demonstration: players live in their networks until the run is interrupted or its time is up.
+// They obey the server (kick, ban, "BYE") and come back later, also after a loss of the server. A
+// login that fails before any has succeeded ends the run. Returns the program's exit code.
 int RunDemo(const Options& options);
 
-// Accounts for every delivery: all members log in, the traffic runs, what is still on the road
-// arrives, all leave. A member that cannot log in ends the run before it begins.
+// Accounts for every delivery: all members log in, the load runs, the last deliveries arrive, all
+// leave. A member that cannot log in ends the run before the load.
 RunResult RunMeasured(const Options& options);
 
-// Every client logs in, leaves at once and comes back, until the time is over and all have left. A
-// client that fails in any way ends the run.
+// Every client logs in, leaves at once and comes back, until the time is over and all have left.
+// Any failure ends the run.
 RunResult RunChurn(const Options& options);
 
-// All clients connect at the same moment and wait to be greeted, round after round. When all are,
-// or the time of the options is over, all end at once and the next round begins.
+// All clients connect at the same moment and wait for the greeting. Once all are greeted, or the
+// time is over, all end at once and the next round begins.
 RushResult RunRush(const Options& options);
 
 // The clients that the options ask for, offline: the members of network 0, then those of network 1,

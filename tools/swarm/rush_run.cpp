@@ -5,7 +5,7 @@ namespace corvane::swarm {
 
 namespace {
 
-// One round: nobody does anything but wait for the greeting, and then stay.
+// One round: the clients wait for the greeting and stay.
 class Arrival : public ClientEvents {
  public:
   explicit Arrival(const Options& options)

@@ -13,7 +13,7 @@ std::optional<std::chrono::nanoseconds> ServerProbe::CpuTime() const {
   return *now - *myCpuAtStart;
 }
 
-// The process's own clock: /proc/PID/stat counts the same time, but in hundredths of a second.
+// The process's CPU clock; /proc/PID/stat has hundredths of a second only.
 std::optional<std::chrono::nanoseconds> ServerProbe::WholeCpuTime() const {
   clockid_t clock{};
   timespec time{};
@@ -40,7 +40,7 @@ std::optional<std::int64_t> ServerProbe::RssKib() const {
 }
 
 void ServerProbe::StartPeak() {
-  // 5 sets the process's peak to what it holds now (proc(5)).
+  // Writing 5 resets the peak to the current size (proc(5)).
   std::ofstream clear("/proc/" + std::to_string(myPid) + "/clear_refs");
   myHasPeak = static_cast<bool>(clear << 5 << std::flush);
 }

@@ -7,7 +7,7 @@
 
 namespace corvane::swarm {
 
-// Looks at the server's process from outside. Every reading is none once the process is gone.
+// Measures the server's process from outside. Each value is none once the process has ended.
 class ServerProbe {
  public:
   explicit ServerProbe(pid_t pid) : myPid(pid) {}
@@ -15,14 +15,14 @@ class ServerProbe {
   void StartCpuClock() { myCpuAtStart = WholeCpuTime(); }
   // Processor time of all its threads since StartCpuClock.
   std::optional<std::chrono::nanoseconds> CpuTime() const;
-  // How long its main thread, since it started, was ready to run and waited for a processor.
+  // How long its main thread has been ready to run and waited for a processor since it started.
   std::optional<std::chrono::nanoseconds> WaitTime() const;
   // Resident memory.
   std::optional<std::int64_t> RssKib() const;
 
-  // From here on PeakKib counts; it never does where the system does not allow that.
+  // Begins the measurement for PeakKib. Some systems do not allow it.
   void StartPeak();
-  // The most resident memory since StartPeak.
+  // The largest resident memory since StartPeak; none without it.
   std::optional<std::int64_t> PeakKib() const;
 
  private:

@@ -23,8 +23,8 @@ enum class Standing {
 
 // What strangers do to a server to hurt its other clients. Used on one thread only.
 struct Attack {
-  // A stranger has got as far as its standing, or all that it was to send is on its way: it sends
-  // something, rests or hangs up.
+  // Called when a stranger has reached its standing, and again whenever its output is sent. It
+  // sends something, rests or hangs up.
   std::function<void(Client& stranger)> act;
   Standing standing = Standing::Outside;
   std::size_t strangers = 1;
@@ -33,7 +33,7 @@ struct Attack {
   std::size_t connectAtOnce = 2;
   // A stranger that is not greeted for this long gives up and connects again.
   Clock::duration patience = std::chrono::seconds(2);
-  bool isReading = true;      // what the server sends, once they act
+  bool isReading = true;      // once they act
   std::size_t nameBytes = 0;  // shorter user names are padded to this
   // How long a stranger whose connection the server ended or refused stays away.
   Clock::duration absence = std::chrono::milliseconds(50);
