@@ -7,8 +7,8 @@
 
 namespace corvane {
 
-// An application that measures every event from outside, nested ones with the event that they are
-// nested in: how long the program, and its window, stood still.
+// An application that measures how long each event, with those nested in it, blocks the program and
+// its window.
 template <typename ApplicationType>
 class MeasuredApplication : public ApplicationType {
  public:

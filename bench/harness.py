@@ -1,5 +1,4 @@
-"""What the measuring scripts have in common: servers, limit relays and brokers, and the swarms that
-are sent to them."""
+"""Shared by the measuring scripts: servers, limit relays and brokers, and swarms that load them."""
 
 import argparse
 import contextlib
@@ -18,20 +17,19 @@ sys.path.append(str(Path(__file__).resolve().parent.parent / "scripts"))
 from servers import (PASSWORD, ROOT, Failure, end, free_port, listening,  # noqa: E402
                      make_data_folder, running, server_on, wait_until)
 
-# Those that report, and those that only wait.
+# For members that report, and for members that only wait.
 NETWORKS = [f"{kind}{number}" for number in range(1, 101) for kind in ("Bench", "Idle")]
 
-# A load for a server among strangers. The swarm, which looks into every delivery, is the limit here
-# and not the server's core: the server's passes then find as much to do with strangers as without,
-# and their cost can be compared.
+# A load for a server with strangers. The swarm, which checks every delivery, is the bottleneck, not
+# the server: its passes find as much work with strangers as without, and the costs can be compared.
 CROWD = "fanout --networks 20 --users 50 --burst 5"
 
 HARDENED = {"Hardened": "1"}
-# Hardened rules bound what one address may have.
+# Hardened rules limit each address.
 MANY_ADDRESSES = ["--addresses", "200"]
 
 
-# General publish/subscribe brokers that carry the same loads, where they are installed: program and
+# General publish/subscribe brokers, measured with the same loads if they are installed: program and
 # options, the last of which takes the port.
 BROKERS = {
     "Redis": ["redis-server", "--bind", "127.0.0.1", "--save", "", "--port"],
@@ -40,12 +38,12 @@ BROKERS = {
 
 
 class Target:
-    """What a swarm is sent to: a server, a limit relay or a broker that runs."""
+    """A running server, limit relay or broker."""
 
     def __init__(self, name: str, process: subprocess.Popen, port: int,
                  swarm: Sequence[str] = ("corvane-swarm",)):
         self.name = name
-        self.swarm = swarm  # the program that speaks to it, with its first words
+        self.swarm = swarm  # the program that loads it, with its first arguments
         self.pid = process.pid
         self.port = port
 
@@ -59,7 +57,7 @@ class Target:
 
 
 class Bench:
-    """The programs, and how long and how often they are run."""
+    """Starts targets and runs swarms against them."""
 
     def __init__(self, programs: Path, scratch: Path, seconds: float, rounds: int):
         self.programs = programs
@@ -72,9 +70,8 @@ class Bench:
                desktop: Optional[Dict[str, str]] = None,
                descriptors: Optional[int] = None,
                settings: Optional[Dict[str, str]] = None) -> Iterator[Target]:
-        """A server with NETWORKS, whose window is never drawn or, given the environment of a
-        desktop, is shown there. `prepare` may change its data folder; `descriptors` is how many it
-        may have, if not all that there are."""
+        """A server with NETWORKS. Its window is not drawn, or, given the environment of a desktop,
+        shown there. `prepare` may change its data folder; `descriptors` limits its descriptors."""
         port = free_port()
         environment = dict(desktop, QT_QPA_PLATFORM="xcb") if desktop else \
             dict(os.environ, QT_QPA_PLATFORM="offscreen")
@@ -96,7 +93,7 @@ class Bench:
 
     @contextlib.contextmanager
     def broker(self, name: str) -> Iterator[Target]:
-        """One of BROKERS, on its own defaults but that it keeps nothing on disk."""
+        """One of BROKERS, with its default settings, but storing nothing on disk."""
         port = free_port()
         program, *options = BROKERS[name]
         with listening(name, [find_program(program), *options, port], port,
@@ -105,12 +102,12 @@ class Bench:
             yield Target(name, process, port, ("corvane-broker-load", name.lower()))
 
     def swarm(self, target: Target, *arguments: object, seconds: Optional[float] = None) -> dict:
-        """One run; returns what it found. A run in which anything was lost is an error."""
+        """Returns the result of one run. Fails if anything was lost."""
         seconds = seconds or self.seconds
         before = target.descriptors()
         with self.start_swarm(target, *arguments, "--seconds", seconds) as process:
             found = finish(process, target, seconds + 120)
-        # The next run's members must not hear of these leaving. A file or two may have been opened.
+        # The members of the next run must not hear of these leaving. A file or two may be open.
         wait_until(lambda: target.descriptors() <= before + 3, 30,
                    f"the clients of the {target.name} did not leave")
         return found
@@ -118,12 +115,12 @@ class Bench:
     @contextlib.contextmanager
     def idle(self, target: Target, networks: int, users: int,
              *arguments: object) -> Iterator[subprocess.Popen]:
-        """Clients that only wait, all logged in; they leave together, without a word."""
+        """Clients that are logged in and wait. They leave together, by a reset."""
         with self.start_swarm(target, "idle", "--network-prefix", "Idle", "--networks", networks,
                               "--users", users, "--user-prefix", "idle",
                               "--leave", "abrupt", *arguments) as process:
             if process.stdout.readline() != "ready\n":
-                raise Failure(f"the idle clients did not get in at the {target.name}")
+                raise Failure(f"the idle clients could not log into the {target.name}")
             yield process
             end(process)
             if process.returncode != 0:
@@ -132,7 +129,7 @@ class Bench:
 
     @contextlib.contextmanager
     def server_among(self, strangers: int) -> Iterator[Target]:
-        """A server with so many clients in 100 networks of their own, who only wait."""
+        """A server with that many idle clients in 100 other networks."""
         with self.server() as server:
             if strangers == 0:
                 yield server
@@ -143,8 +140,8 @@ class Bench:
 
     def alternate(self, targets: Sequence[Target], arguments: str,
                   seconds: Optional[float] = None) -> List[List[dict]]:
-        """The runs of each target, as many as there are rounds. Each is first, second and so on in
-        turn, so that a change of the machine's mood meets all of them."""
+        """The runs of each target, one a round. The order rotates, so that a change in the
+        machine's speed affects all targets."""
         runs: List[List[dict]] = [[] for _ in targets]
         for number in range(self.rounds):
             for offset in range(len(targets)):
@@ -161,7 +158,7 @@ class Bench:
 
 
 def find_program(name: str) -> Optional[str]:
-    # Daemons lie where not every user's path leads.
+    # Daemons are in folders that not every user's PATH has.
     return shutil.which(name, path=os.environ.get("PATH", "") + ":/usr/sbin:/usr/local/sbin")
 
 
@@ -171,25 +168,25 @@ def installed_brokers() -> List[str]:
 
 def finish(process: subprocess.Popen, target: Target, patience: float,
            must_be_good: bool = True) -> dict:
-    """Waits for the end of a swarm's run and returns what it found."""
+    """Waits for the end of a swarm's run and returns its result."""
     try:
         output, _ = process.communicate(timeout=patience)
     except subprocess.TimeoutExpired:
         raise Failure(f"a run against the {target.name} did not end") from None
     lines = output.splitlines()
     if len(lines) < 2 or (must_be_good and process.returncode != 0):
-        raise Failure(f"a run against the {target.name} went wrong: {output}")
+        raise Failure(f"a run against the {target.name} failed: {output}")
     print(f"   {target.name:12} {lines[-2]}", flush=True)
     return json.loads(lines[-1])
 
 
 def has_descriptors(count: int) -> bool:
-    """Whether the system lets a process have so many connections, with some room."""
+    """Whether a process may have that many connections and some more descriptors."""
     return resource.getrlimit(resource.RLIMIT_NOFILE)[1] >= count + 100
 
 
 def parser_of(description: str, rounds: int, seconds: float = 3) -> argparse.ArgumentParser:
-    """The options that all the scripts have."""
+    """A parser with the options of all scripts."""
     parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--programs", type=Path, default=ROOT / "build/release/bin",
                         help="folder of the programs (build/release/bin)")

@@ -1,8 +1,7 @@
-// The least that a relay can do, as a yardstick for the server: one thread and epoll; a socket is
-// read until it is empty, a report is framed once and appended to the output of every other member,
-// and each output goes out with one send when all that was ready has been read. Any log-in is
-// accepted and nothing is kept, checked, shown or limited. It trusts its clients: a benchmark's
-// only.
+// The least that a relay must do, as a yardstick for the server: one thread and epoll. It reads a
+// socket until it is empty, frames a report once, appends it to the output of every other member,
+// and sends each output once when all ready sockets are read. It accepts any login and stores,
+// checks, shows and limits nothing. It trusts its clients: for benchmarks only.
 //
 //   corvane-limit-relay PORT
 
@@ -39,7 +38,7 @@ constexpr int kBacklog = 4096;
 
 struct Network;
 
-// Bytes that wait to be sent. Appending to one is most of what a relay does, so it is inline.
+// Unsent bytes. Appending is most of a relay's work, so it is inline.
 class Output {
  public:
   void Append(std::string_view bytes) {
@@ -67,15 +66,15 @@ class Output {
   std::size_t myCapacity = 64;
 };
 
-// What an append touches comes first and shares a cache line.
+// The members that an append touches come first and share a cache line.
 struct alignas(64) Connection {
   Output output;
-  bool isWritten = false;  // on the list of those to be flushed
-  bool isBlocked = false;  // waits until the socket takes more
+  bool isWritten = false;  // on the list of connections to flush
+  bool isBlocked = false;  // until the socket is writable
   int descriptor = -1;
   Network* network = nullptr;
   std::string name;
-  std::string input;  // the begin of a message whose end has not come
+  std::string input;  // the beginning of an incomplete message
 };
 
 struct Network {
@@ -108,9 +107,9 @@ class Relay {
 
  private:
   void Accept();
-  // Reads until there is no more; where the stream has ended, that is its end.
+  // Reads until the socket is empty; `hasEnded`: until the end of the stream.
   void Drain(Connection& connection, bool hasEnded);
-  // Handles the whole messages and returns how many bytes they took.
+  // Handles the complete messages and returns their length.
   std::size_t Handle(Connection& connection, std::string_view bytes);
   void Handle(Connection& connection, std::uint32_t command, std::string_view payload);
   void RelayToOthers(const Connection& sender, std::string_view message);
@@ -123,11 +122,11 @@ class Relay {
   int myListener;
   int myEpoll;
   std::vector<char> myScratch = std::vector<char>(std::size_t{64} * 1024);
-  std::string myReport;  // the one that is being relayed, kept for its memory
+  std::string myReport;  // being relayed; kept for its memory
   std::unordered_map<std::string, Network> myNetworks;
   std::unordered_map<int, std::unique_ptr<Connection>> myConnections;
   std::vector<Connection*> myWritten;
-  std::vector<std::unique_ptr<Connection>> myClosed;  // until the pass is over
+  std::vector<std::unique_ptr<Connection>> myClosed;  // kept until the pass is over
 };
 
 Relay::Relay(std::uint16_t port)
@@ -205,7 +204,7 @@ void Relay::Drain(Connection& connection, bool hasEnded) {
       const std::string whole = std::exchange(connection.input, {});
       connection.input = whole.substr(Handle(connection, whole));
     }
-    // The readiness comes once: an end that it told of is not told of again.
+    // Edge-triggered: the end of the stream is reported once.
     if (!hasEnded && static_cast<std::size_t>(count) < myScratch.size()) return;
   }
 }

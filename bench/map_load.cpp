@@ -1,7 +1,7 @@
-// The map client under load, painting included: 1,000 members that report twice a second each, then
-// the same above a picture of 16,384 x 16,384 pixels that is moved and scaled all the time. Prints
-// how long the longest events took, the processor time and the memory. What feeds the window runs
-// in a thread of its own and is not counted.
+// The map under load, painting included: 1,000 members that report twice a second each, then the
+// same on a picture of 16,384 x 16,384 pixels that is moved and scaled all the time. Prints the
+// longest events, the processor time and the memory. The thread that feeds the window is not
+// counted.
 
 #include <algorithm>
 #include <atomic>
@@ -41,7 +41,7 @@ constexpr int kReportsPerTurn = kMembers * 2 / 100;
 constexpr seconds kDuration{20};
 constexpr int kSide = 16'384;
 
-// A server that lets in whoever comes, and then tells of members that walk in circles.
+// A server that accepts any login and then reports members that walk in circles.
 class Feeder {
  public:
   Feeder() {
@@ -57,7 +57,7 @@ class Feeder {
   Feeder& operator=(const Feeder&) = delete;
 
   std::uint16_t Port() const { return myPort; }
-  // Processor time of the thread so far.
+  // Processor time of the thread.
   double CpuSeconds() const { return myCpu; }
 
  private:
@@ -78,7 +78,7 @@ class Feeder {
         client->write(output.data(), static_cast<qint64>(output.size()));
         client->waitForBytesWritten(1000);
         client->waitForReadyRead(0);
-        // The question about members and rights; all of them will have been told of by then.
+        // The question for members and rights, answered once all members have been reported.
         if (!client->readAll().isEmpty()) answer = report + kMembers;
         output.clear();
         timespec cpu{};
@@ -122,7 +122,7 @@ long PeakMib() {
   return usage.ru_maxrss / 1024;
 }
 
-// Runs the window for a while and prints what it cost.
+// Runs the window for a while and prints the cost.
 void Measure(const char* what, MapApplication& application, const Feeder& feeder) {
   application.durations.clear();
   const double cpuBefore = ProcessCpuSeconds() - feeder.CpuSeconds();
@@ -141,7 +141,7 @@ void Measure(const char* what, MapApplication& application, const Feeder& feeder
                times.back(), 100 * cpu / elapsed, PeakMib());
 }
 
-// A drawn map as a PNG file, a row at a time.
+// Writes a drawn map as a PNG file, row by row.
 bool WritePicture(const QString& name) {
   std::FILE* file = std::fopen(QFile::encodeName(name).constData(), "wb");
   if (file == nullptr) return false;
@@ -172,7 +172,7 @@ bool WritePicture(const QString& name) {
   return std::fclose(file) == 0;
 }
 
-// Moves and scales the map as a restless user does.
+// Moves and scales the map like a restless user.
 void Wander(MapView& map, int turn) {
   if (turn % 40 == 0) {
     turn % 240 < 120 ? map.ZoomIn() : map.ZoomOut();

@@ -1,7 +1,6 @@
-// The window under load: 10,000 users log in and out again within half a minute each while 200,000
-// status lines come. Prints how long the longest events took, which is how long the window, and
-// the server with it, stood still. The users are rows only; what their connections cost is measured
-// by the load runs.
+// The window under load: 10,000 users log in within half a minute and out again within another,
+// while 200,000 status lines arrive. Prints the longest events, which block the window and the
+// server. The users are rows without connections, whose cost the load runs measure.
 
 #include <algorithm>
 #include <chrono>
@@ -37,7 +36,7 @@ std::string UserName(int number) {
   return "user " + std::to_string(number);
 }
 
-// One turn of the load; `coming` is how many have come before, `going` how many have gone.
+// One turn of the load. `coming` users have logged in so far, `going` have logged out.
 void TakeTurn(wndMain& window, int& coming, int& going) {
   for (int i = 0; i < kUsersPerTurn; ++i) {
     if (coming < kUsers) {

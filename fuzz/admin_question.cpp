@@ -1,5 +1,5 @@
-// Asks whether a name that the input makes up is an administrator's: whatever it says, the answer
-// takes little time and memory, and the next one is right.
+// Asks whether the input is the name of an administrator. For any name the answer takes little time
+// and memory, and the next answer is right.
 
 #include <cstdint>
 #include <cstdio>
@@ -18,8 +18,8 @@ namespace {
 
 using namespace corvane;
 
-constexpr double kMostSeconds = 0.2;  // the processor's; the bound of 20 ms is the clock's
-constexpr std::int64_t kMostMemory = std::int64_t{5} << 20;
+constexpr double kMaxSeconds = 0.2;  // processor time; the limit of 20 ms is wall time
+constexpr std::int64_t kMaxMemory = std::int64_t{5} << 20;
 
 class Question {
  public:
@@ -60,8 +60,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::clock_t start = std::clock();
   const bool isAdmin = question->Ask(name);
   const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-  Check(seconds <= kMostSeconds, "time");
-  Check(sqlite3_memory_highwater(0) - memory <= kMostMemory, "memory");
+  Check(seconds <= kMaxSeconds, "time");
+  Check(sqlite3_memory_highwater(0) - memory <= kMaxMemory, "memory");
   Check(isAdmin == (name == "op") || name.find('\'') != std::string::npos, "a name is a name");
   Check(sqlite3_hard_heap_limit64(-1) == 0 && sqlite3_soft_heap_limit64(-1) == 0, "limits stay");
   Check(question->Ask("op") && !question->Ask("of"), "the next answer");

@@ -1,5 +1,5 @@
-// A server's stream, whatever it is, read by a client's session in pieces and at once: both hear
-// the same, end at the same place and know the same members.
+// Feeds a server's stream to client sessions, in pieces and at once: both report the same, end at
+// the same place and know the same members.
 
 #include <cstdint>
 #include <cstdlib>
@@ -20,7 +20,7 @@ class Listener : public SessionEvents, public MembersWatcher {
 
   void Receive(std::string_view bytes) {
     session.Receive(bytes, {});
-    // As a connection does after each piece that it read.
+    // Like a connection, after each piece.
     if (session.IsLoggedIn()) session.AskForMembers();
   }
 
@@ -37,7 +37,7 @@ class Listener : public SessionEvents, public MembersWatcher {
     heard.push_back(ending.text);
   }
 
-  // What is told of members agrees with who is there.
+  // The events of members match the members.
   void Added(const Member& member) override { Expect(names.emplace(&member, member.name).second); }
   void Changed(const Member& member) override {
     Expect(names.contains(&member));
@@ -62,7 +62,7 @@ class Listener : public SessionEvents, public MembersWatcher {
 
 }  // namespace
 
-// The first byte says how large the pieces are, the rest is the stream.
+// The first byte gives the size of the pieces, the rest is the stream.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::string_view stream(reinterpret_cast<const char*>(data) + 1, size - 1);
@@ -76,7 +76,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   Listener::Expect(pieces.heard == whole.heard && pieces.hasEnded == whole.hasEnded);
   Listener::Expect(pieces.members.Count() == whole.members.Count());
 
-  // Where the list is asked for in between, members go that were not told of again.
+  // Asking for the list in between removes members that are not listed again.
   Listener asking;
   for (std::size_t at = 0; at < stream.size(); at += piece)
     asking.Receive(stream.substr(at, piece));

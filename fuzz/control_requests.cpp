@@ -1,5 +1,5 @@
-// Lines to the server's local socket: each is answered by one line, which says whether it was done
-// and, if not, why; and the server goes on.
+// Sends lines to the server's local socket: each is answered by one line with the outcome and, on
+// failure, the reason, and the server goes on.
 
 #include <cstdint>
 #include <cstdio>
@@ -22,8 +22,8 @@ namespace {
 
 using namespace corvane;
 
-// What is added is not taken away, so a server serves only so many inputs.
-constexpr int kMostInputs = 200;
+// The server is replaced after this many inputs, since they only ever add to it.
+constexpr int kMaxInputs = 200;
 
 void Expect(bool holds, const char* what) {
   if (holds) return;
@@ -66,8 +66,7 @@ class Server {
   QLocalSocket myClient;
 };
 
-// Whether it is not for here: it ends the server, writes files wherever it says, or has lines come
-// unasked.
+// Whether the request would end the server, write files anywhere, or make it send lines unasked.
 bool IsLeftOut(const QByteArray& line) {
   const QJsonObject request = QJsonDocument::fromJson(line).object();
   const QString command = request["command"].toString();
@@ -83,7 +82,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   static const QCoreApplication application(argc, argv);
   static std::unique_ptr<Server> server;
   static int inputs = 0;
-  if (inputs++ % kMostInputs == 0) server = std::make_unique<Server>();
+  if (inputs++ % kMaxInputs == 0) server = std::make_unique<Server>();
 
   const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
   for (const QByteArray& line : bytes.split('\n')) {

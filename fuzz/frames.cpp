@@ -1,5 +1,5 @@
-// A stream of bytes, cut into messages as it arrives in pieces, against the same stream read at
-// once: the same messages, and an end at the same place.
+// Cuts a stream into messages, in pieces and at once: the messages are the same, and so is the
+// place of an error.
 
 #include <cstdint>
 #include <cstdlib>
@@ -17,7 +17,7 @@ using corvane::ByteQueue;
 using corvane::Frame;
 using Messages = std::vector<std::pair<std::int32_t, std::string>>;
 
-// Cuts off all whole messages; whether the stream may go on.
+// Cuts off all complete messages. Returns whether the stream is still valid.
 bool Cut(ByteQueue& queue, Messages& messages) {
   for (;;) {
     const Frame frame = corvane::ReadFrame(queue.Bytes());
@@ -30,7 +30,7 @@ bool Cut(ByteQueue& queue, Messages& messages) {
 
 }  // namespace
 
-// The first byte says how large the pieces are, the rest is the stream.
+// The first byte gives the size of the pieces, the rest is the stream.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size == 0) return 0;
   const std::string_view stream(reinterpret_cast<const char*>(data) + 1, size - 1);
@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (messages != expected || goesOn != isSound) std::abort();
   if (isSound && pieces.Bytes() != whole.Bytes()) std::abort();
 
-  // What was cut, put together again, is what came.
+  // The messages, framed again, are the stream.
   std::string again;
   for (const auto& [command, payload] : messages)
     again += corvane::CreatePacket(command, payload);

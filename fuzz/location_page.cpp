@@ -1,5 +1,5 @@
-// Feeds pages to ReadLocationPage: whatever a page holds, reading it line by line gives what
-// reading it at once gives, and only what it names changes.
+// Feeds pages to ReadLocationPage: reading line by line gives the same as reading at once, and only
+// fields that the page names change.
 
 #include "geo/location_page.h"
 

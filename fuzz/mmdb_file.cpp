@@ -1,5 +1,5 @@
-// Opens anything as an mmdb file and looks addresses up in it: what it says is bounded, and asking
-// again says the same.
+// Opens the input as an mmdb file and looks up addresses: texts are bounded, and a second lookup
+// gives the same.
 
 #include "geo/mmdb_file.h"
 
@@ -13,14 +13,14 @@ using corvane::ClientLocation;
 
 namespace {
 
-constexpr std::size_t kLongest = 256;
+constexpr std::size_t kMaxTextBytes = 256;
 
 std::string Found(const corvane::MmdbFile& file, const std::string& address) {
   ClientLocation location{"a", "b", "c", "d", "e", {}};
   std::string all = file.Find(address, location);
   for (const std::string& text :
        {location.country, location.state, location.city, location.zip, location.timeZone}) {
-    if (text.empty() || text.size() > kLongest) std::abort();
+    if (text.empty() || text.size() > kMaxTextBytes) std::abort();
     all += "|" + text;
   }
   return all;
@@ -28,7 +28,7 @@ std::string Found(const corvane::MmdbFile& file, const std::string& address) {
 
 }  // namespace
 
-// The library forgets a buffer where it refuses a file's description.
+// The library leaks a buffer when it rejects a file's metadata.
 extern "C" const char* __lsan_default_suppressions() {  // NOLINT(bugprone-reserved-identifier)
   return "leak:libmaxminddb";
 }

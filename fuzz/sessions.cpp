@@ -1,7 +1,7 @@
-// Whole sessions over real sockets, under either rules by the first byte of the input: a few
-// clients connect, send whatever it says, and leave, while the operator acts too. After every step
-// the listener's indexes and seats must be what a walk over the active connections finds, and when
-// all have left nothing may be held.
+// Plays whole sessions over real sockets. The first byte selects the rules, the rest is a script: a
+// few clients connect, send and leave, and the operator acts. After every step the listener's
+// indexes and seats must match a walk over the active connections; once all have left, nothing may
+// be held.
 
 #include <array>
 #include <cstdint>
@@ -23,7 +23,7 @@ namespace {
 
 using namespace corvane;
 
-// Reads the input a piece at a time; past its end everything is 0 or empty.
+// Reads the input piece by piece; past the end all pieces are 0 or empty.
 class Script {
  public:
   explicit Script(std::string_view bytes) : myRest(bytes) {}
@@ -86,8 +86,8 @@ class Run {
     myServer.AddNetwork("B", "secret", 3);
   }
 
-  // Plays to the end of the script, or to an error that ends the real program: whether the server
-  // is still good.
+  // Plays the script up to its end, or to an error that would end the real program. Returns whether
+  // the server is still usable.
   bool Play() {
     while (!myScript.IsOver() && myServer.uncaught.empty()) {
       Step();
@@ -104,11 +104,11 @@ class Run {
     const auto networks = myServer.listener->Networks;
     for (Client& client : myClients)
       client.Close();
-    if (!PumpUntil([this] { return myServer.ActiveCount() == 0; })) Check("somebody stays");
+    if (!PumpUntil([this] { return myServer.ActiveCount() == 0; })) Check("a connection stays");
     for (const NetworkRef& network : networks) {
-      if (network->CurrentUsers != 0) Check("a seat is held by nobody");
+      if (network->CurrentUsers != 0) Check("a seat without a session");
     }
-    if (myServer.loop.Memory().output.InUse() != 0) Check("output of nobody is counted");
+    if (myServer.loop.Memory().output.InUse() != 0) Check("output without a connection is counted");
   }
 
  private:
@@ -156,7 +156,7 @@ class Run {
             network->Enabled = choice & 16;
       }
     } catch (const NilObjectException&) {
-      return;  // a message met a connection without a network, which ends the real program
+      return;  // a message to a connection without a network ends the real program
     }
   }
 

@@ -1,5 +1,5 @@
-// Feeds files to AppSettings: what it reads it finds by any letter case, and what it writes it
-// reads back the same.
+// Feeds files to AppSettings: each value is found in any letter case, and a written file reads back
+// the same.
 
 #include <cstdint>
 #include <cstdio>

@@ -1,5 +1,5 @@
-// Feeds documents to FindInCatalogue: whatever entry it finds, a catalogue that is written for that
-// entry reads back the same, whatever the name's letter case and whatever stands around it.
+// Feeds documents to FindInCatalogue: a catalogue written from the entry that it finds reads back
+// the same, in any letter case of the name and between other entries.
 
 #include "updater/update_catalogue.h"
 
@@ -41,7 +41,7 @@ std::string Application(const std::string& name, const CatalogueEntry& entry) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  // Written out again, a document is several times as large, and there is a limit.
+  // Written out again, a document is several times as large, and its size is limited.
   if (size > 100'000) return 0;
   const std::string_view document(reinterpret_cast<const char*>(data), size);
   const auto entry = corvane::FindInCatalogue(document, "CorvaneServer", kDownload);

@@ -9,22 +9,21 @@
 
 namespace corvane {
 
-// Something on a loopback port that takes one connection after the other and says whatever it is
-// told to say.
+// A server on a loopback port with one connection at a time, which sends any bytes.
 class FalseServer {
  public:
   FalseServer() { myServer.listen(QHostAddress::LocalHost); }
 
   std::uint16_t Port() const { return myServer.serverPort(); }
 
-  // Whether a client has connected that was not taken before. Runs Qt's loop meanwhile.
+  // Waits for the next client and takes its connection. Runs Qt's loop meanwhile.
   bool Accept();
   void Send(std::string_view bytes);
-  // Plays the honest server's part of a log-in.
+  // Answers a login as the real server does.
   void LetIn();
-  // How much the client has not taken of what was sent, as far as this end knows.
+  // Bytes in this end's buffer.
   qint64 Unsent() const { return myClient->bytesToWrite(); }
-  // What has come from the client and was not asked for before.
+  // The client's bytes since the last call.
   QByteArray Heard() { return myClient->readAll(); }
   void HangUp() { myClient->disconnectFromHost(); }
   bool HasClient() const;

@@ -6,7 +6,7 @@
 
 namespace corvane {
 
-// Sends what was written so far, as far as the system takes it.
+// Sends all written bytes that the system takes.
 inline void FlushNow(PollLoop& loop) {
   loop.WaitUntil([] { return true; }, PollLoop::Clock::now() + std::chrono::hours(1));
 }

@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// Whether the leak sanitizer counts what is allocated from here on; without it, nothing.
+// Lets the leak sanitizer, if there is one, count or ignore allocations from here on.
 void CountLeaks(bool on);
 
 }  // namespace corvane

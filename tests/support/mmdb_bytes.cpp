@@ -19,7 +19,7 @@ std::string BigEndian(std::uint32_t number, int bytes) {
   return text;
 }
 
-// What stands before a value: its type and size, of at most 65,820.
+// The bytes before a value: its type and size, at most 65,820.
 std::string Control(int type, std::size_t size) {
   const auto number = static_cast<std::uint32_t>(size);
   const std::uint32_t inByte = number < 29 ? number : number < 285 ? 29 : 30;
@@ -58,7 +58,7 @@ std::string MmdbMap(const std::vector<std::pair<std::string, std::string>>& entr
 }
 
 std::string MmdbBytes(int version, const std::vector<MmdbRange>& ranges) {
-  constexpr std::uint32_t kNothing = 0;  // no record leads back to the root
+  constexpr std::uint32_t kNothing = 0;  // no record points to the root
   std::vector<std::array<std::uint32_t, 2>> nodes(1);
   std::vector<std::array<std::size_t, 3>> ends;  // node, side, offset in the data
   std::string data;

@@ -8,10 +8,10 @@ struct sqlite3;
 
 namespace corvane {
 
-// Makes a database with the installer's script, or runs the script on one that is there.
+// Runs the installer's script on the database, which is created if it is missing.
 void MakeDatabase(const QString& file);
 
-// A second program's hold on a database: plain SQLite, without the classes under test.
+// A second program on a database: plain SQLite, without the classes under test.
 class OtherProgram {
  public:
   explicit OtherProgram(const QString& file);
@@ -19,8 +19,7 @@ class OtherProgram {
   OtherProgram(const OtherProgram&) = delete;
   OtherProgram& operator=(const OtherProgram&) = delete;
 
-  // All values that the statements give: "|" between columns, ";" behind each row; then the
-  // message of an error.
+  // Returns all values, with "|" between columns and ";" after each row, then an error's message.
   std::string Run(const std::string& statements);
 
  private:

@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// The system's own codes, as they reach an Error event.
+// The system's error codes, as in an Error event.
 extern const int kAddressInUse;
 extern const int kAddressNotAvailable;
 extern const int kConnectionRefused;

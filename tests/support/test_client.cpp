@@ -25,14 +25,13 @@ constexpr std::int32_t kBye = 999;
 bool PumpUntil(const std::function<bool()>& condition) {
   QElapsedTimer timer;
   timer.start();
-  // Sleeps until something happens, and a tick at most: what other threads and programs do is no
-  // event here.
+  // Sleeps for a tick at most: other threads and programs cause no event here.
   QTimer tick;
   tick.start(kTick);
   while (!condition()) {
     if (timer.hasExpired(kPatience)) return false;
     QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);  // and what follows from it
+    QCoreApplication::processEvents(QEventLoop::AllEvents, 20);  // its consequences
   }
   return true;
 }

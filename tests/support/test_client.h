@@ -15,10 +15,10 @@
 
 namespace corvane {
 
-// Runs Qt's loop until the condition holds, for ten seconds at most; whether it does.
+// Runs Qt's loop until the condition holds, for ten seconds at most. Returns whether it does.
 bool PumpUntil(const std::function<bool()>& condition);
 
-// Runs Qt's loop for so long: for what must not happen.
+// Runs Qt's loop for this time. For events that must not happen.
 void PumpFor(std::chrono::milliseconds duration);
 
 struct WireMessage {
@@ -30,19 +30,19 @@ struct WireMessage {
 
 std::ostream& operator<<(std::ostream& stream, const WireMessage& message);
 
-// The bytes of a message, made without the code under test.
+// The bytes of a message, encoded without the code under test.
 std::string WireBytes(std::int32_t command, std::string_view payload);
 
 // The 16 bytes that a client sends for a password.
 std::string PasswordDigest(std::string_view password);
 
-// A peer that is connected to the port and reads nothing; to be closed.
+// A connected peer that reads nothing. The caller closes it.
 os::SocketHandle SilentPeer(std::int32_t port);
 
-// A client of the server, on the framework's own sockets. Runs Qt's loop while it waits.
+// A client of the server, on Qt's sockets. Runs Qt's loop while it waits.
 class TestClient {
  public:
-  // Connects to the port on the loopback address, from that or another one that begins with 127.
+  // Connects to the port on 127.0.0.1, from that or another loopback address.
   explicit TestClient(std::int32_t port, const char* from = "127.0.0.1");
 
   void SendBytes(std::string_view bytes);
@@ -50,27 +50,27 @@ class TestClient {
     SendBytes(WireBytes(command, payload));
   }
 
-  // The next message; none when the server ended the connection or nothing comes.
+  // The next message; none if the server ends the connection or nothing comes.
   std::optional<WireMessage> Receive();
 
-  // Walks through the three steps after the greeting; whether each was answered "OK".
+  // Sends the three steps after the greeting. Returns whether each was answered "OK".
   bool LogIn(std::string_view network, std::string_view password, std::string_view user);
 
-  // What has come until the answer to a request of our own, which is not reported.
+  // Sends a request and returns the messages before its answer.
   std::vector<WireMessage> Drain();
 
-  // Reads all that comes without running Qt's loop; how many bytes it was.
+  // Reads everything without running Qt's loop. Returns the number of bytes.
   std::size_t DropWhatCame();
 
-  // Whether nothing comes for a while.
+  // Whether nothing arrives within 100 ms.
   bool HearsNothing();
 
   bool IsClosed() const { return mySocket.state() == QAbstractSocket::UnconnectedState; }
   bool WasClosedByServer();
   void Close();
-  // Ends the sending, and reads on.
+  // Half-closes the connection; it still reads.
   void EndSending();
-  // Ends the connection with bytes unread or unsent, which resets it.
+  // Resets the connection if bytes are unread or unsent.
   void Abort() { mySocket.abort(); }
 
  private:

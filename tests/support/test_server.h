@@ -18,11 +18,11 @@
 
 namespace corvane {
 
-// The hardened rules with times so short that a test can wait for their ends.
+// The hardened rules with times short enough for tests.
 Rules HardenedInAHurry();
 
-// A listener on a loopback port, a free one unless one is named, with a database of its own made by
-// the installer's script.
+// A listener on a loopback port (0: any free one), with a new database made by the installer's
+// script.
 class TestServer {
  public:
   explicit TestServer(std::int32_t port = 0, const Rules& rules = Rules::Classic(),
@@ -36,20 +36,20 @@ class TestServer {
                         std::int32_t maxUsers = 10, bool enabled = true);
   std::size_t ActiveCount() const { return listener->ActiveConnections()->size(); }
   std::shared_ptr<ClientSocket> Active(std::size_t index) const;
-  // The session of the name; none if there is none.
+  // nullptr if no session has that name.
   std::shared_ptr<ClientSocket> SessionOf(const std::string& userName) const;
 
-  // Runs statements as another program at the same database.
+  // Runs statements on the database as another program.
   std::string Query(const std::string& statements) const;
 
-  // What is wrong with the listener's indexes and seats, held against a walk over the active
-  // connections; empty when all is well.
+  // Compares the listener's indexes and seats with a walk over the active connections. Returns the
+  // first difference; empty if there is none.
   std::string Fault() const;
 
-  // The status lines; and "in <name>", "out <name>".
+  // The status lines; and the events "in <name>", "out <name>".
   std::vector<std::string> status;
   std::vector<std::string> events;
-  // Errors that no handler caught.
+  // Class names of uncaught exceptions.
   std::vector<std::string> uncaught;
 
   QTemporaryDir folder;

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-// File permissions mean nothing to the superuser: while the object lives, a process of the
-// superuser acts as nobody.
+// Makes a superuser's process act as the user nobody for the lifetime of the object, since file
+// permissions do not apply to a superuser.
 class UnprivilegedUser {
  public:
   UnprivilegedUser() {

@@ -23,7 +23,7 @@ std::string WebServer::Address(const std::string& path) const {
 }
 
 void WebServer::Serve(QTcpSocket& connection) {
-  // Requests here are short and come in one piece.
+  // Requests are short and arrive in one piece.
   requests.push_back(connection.readAll().toStdString());
   const std::string& request = requests.back();
   const std::size_t begin = request.find(' ') + 1;

@@ -10,25 +10,25 @@
 
 namespace corvane {
 
-// A web server on a free loopback port that says exactly what it is told to, right or wrong.
+// A web server on a free loopback port with given answers, valid HTTP or not.
 class WebServer {
  public:
   struct Answer {
-    std::string bytes;    // header and body as they go out
-    bool closes = true;   // afterwards; else the connection stays open without a word
+    std::string bytes;    // header and body
+    bool closes = true;   // the connection afterwards; else it stays open
     bool isHeld = false;  // until AnswerHeld
   };
 
-  // `listener` may be one that speaks TLS; `scheme` says so.
+  // `listener` may speak TLS; then `scheme` is "https".
   explicit WebServer(std::unique_ptr<QTcpServer> listener = std::make_unique<QTcpServer>(),
                      std::string scheme = "http");
 
   // The address of a path, "http://127.0.0.1:PORT/path".
   std::string Address(const std::string& path = {}) const;
 
-  // By path and query; an unknown one gets a 404.
+  // By path and query. Others get a 404.
   std::map<std::string, Answer> answers;
-  // The requests that came, header and all.
+  // All requests, with headers.
   std::vector<std::string> requests;
 
   void AnswerHeld();
@@ -41,7 +41,7 @@ class WebServer {
   std::vector<std::function<void()>> myHeld;
 };
 
-// A whole reply of status 200, and one that leads elsewhere.
+// Replies of status 200 and 302.
 std::string OkReply(const std::string& body);
 std::string RedirectReply(const std::string& to);
 
