@@ -1,4 +1,4 @@
-# What every target of the tree shares.
+# Shared by all targets of the tree.
 
 if(WIN32)
   set(CORVANE_PLATFORM windows)
@@ -17,8 +17,8 @@ endif()
 
 # corvane_precompile(NAME LINK library... HEADERS header...)
 #
-# Outside headers that the compiler reads once for all targets that say "REUSE_FROM NAME". They have
-# to be compiled with the same options.
+# Precompiles outside headers once for all targets with "REUSE_FROM NAME", which need the same
+# compiler options.
 function(corvane_precompile name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LINK;HEADERS")
   set(nothing ${CMAKE_BINARY_DIR}/nothing.cpp)
@@ -28,7 +28,7 @@ function(corvane_precompile name)
   target_precompile_headers(${name} PRIVATE ${arg_HEADERS})
 endfunction()
 
-# Those of Qt Core take longest; it has all layers but buffers/.
+# The headers of Qt Core take longest. All layers but buffers/ use it.
 set(CORVANE_SLOW_HEADERS
   <algorithm> <array> <chrono> <functional> <map> <memory> <optional> <span> <string> <vector>
   <QCoreApplication> <QDateTime> <QDir> <QJsonDocument> <QTemporaryDir> <QTimer>)
@@ -36,9 +36,9 @@ corvane_precompile(slow_headers LINK Qt6::Core HEADERS ${CORVANE_SLOW_HEADERS})
 
 # corvane_library(NAME SOURCES file... LINK library...)
 #
-# One layer of the program. LINK names every library of the tree whose headers the layer's files
-# include: scripts/check-includes holds them to it, since nothing else would. (All headers are
-# found, and a static library's functions are, wherever the program has it from.)
+# Adds a layer of the program. LINK names every library of the tree whose headers the layer's files
+# include. Only scripts/check-includes enforces this: the compiler finds all headers, and the linker
+# all functions of the program's libraries.
 function(corvane_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
   add_library(${name} STATIC ${arg_SOURCES})
@@ -50,8 +50,8 @@ endfunction()
 
 # corvane_write_link_lists(FOLDER FILE)
 #
-# Writes for scripts/check-includes a line for each target of the folder and those below it, at the
-# end of the file: name, type, folder, source files and what it links, with a "|" between them.
+# Appends a line to the file for each target in the folder and below, for scripts/check-includes:
+# name, type, folder, source files and linked libraries, separated by "|".
 function(corvane_write_link_lists folder file)
   get_property(targets DIRECTORY ${folder} PROPERTY BUILDSYSTEM_TARGETS)
   foreach(target ${targets})

@@ -1,5 +1,5 @@
-# Toolchain: Debian's mingw-w64 with POSIX threads. CORVANE_WINDOWS_LIBRARIES is the folder with the
-# libraries for Windows (packaging/windows/build-libraries).
+# Toolchain: Debian's mingw-w64 with POSIX threads. CORVANE_WINDOWS_LIBRARIES is the folder that
+# packaging/windows/build-libraries filled.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)

@@ -1,12 +1,12 @@
-# What turns the programs into something to install: on Windows their resources, elsewhere the Debian
-# packages, which "cpack -G DEB" makes, one for each component.
+# What is installed: on Windows the programs' resources, elsewhere the Debian packages, which
+# "cpack -G DEB" makes, one for each component.
 
-# Kept where scripts find it, too.
+# In the cache, where scripts find it.
 set(CORVANE_FULL_VERSION ${PROJECT_VERSION}.${CORVANE_BUILD_NUMBER} CACHE INTERNAL "")
 
 if(CORVANE_PLATFORM STREQUAL windows)
   enable_language(RC)
-  # corvane_resources(PROGRAM TITLE): icon, version and what Windows has to know of a program.
+  # corvane_resources(PROGRAM TITLE): icon, version and manifest of a program.
   function(corvane_resources program title)
     configure_file(packaging/windows/program.manifest.in ${program}.manifest @ONLY)
     configure_file(packaging/windows/program.rc.in ${program}.rc @ONLY)
@@ -19,8 +19,8 @@ endif()
 
 # corvane_documents(PROGRAM)
 #
-# What each program's package has, and what is installed next belongs to it: its manual page, its
-# changes and who may copy it.
+# Starts the package of a program: what is installed from here on belongs to it. Installs its manual
+# page, changes and copyright.
 macro(corvane_documents program)
   set(CMAKE_INSTALL_DEFAULT_COMPONENT_NAME ${program})
   install(FILES ${documents}/${program}.1.gz DESTINATION share/man/man1)
@@ -30,7 +30,7 @@ endmacro()
 
 # corvane_guides(PROGRAM)
 #
-# The documents for a program's users. They lead to one another.
+# Installs the documents for a program's users. They link to one another.
 function(corvane_guides program)
   install(FILES docs/map.md docs/operating.md docs/performance.md docs/protocol.md docs/security.md
     DESTINATION share/doc/${program})
@@ -39,7 +39,7 @@ endfunction()
 
 # corvane_menu_entry(PROGRAM)
 #
-# A menu entry, what software centres show, icons.
+# Installs a menu entry, the description for software centres, and icons.
 function(corvane_menu_entry program)
   install(FILES packaging/linux/${program}.desktop DESTINATION share/applications)
   install(FILES packaging/linux/metainfo/${program}.metainfo.xml DESTINATION share/metainfo)
@@ -52,7 +52,7 @@ endfunction()
 
 # corvane_server(PROGRAM)
 #
-# The program itself lies apart: what users start lays down the database first.
+# Installs a server below lib, and in bin a script that creates the database before it starts it.
 function(corvane_server program)
   install(TARGETS ${program} DESTINATION lib/corvane-server)
   configure_file(packaging/linux/start-server.in start/${program} @ONLY)
@@ -109,7 +109,7 @@ Clients of the mapping tool log into password-protected networks, report\n\
 their players' positions and see those of the other members. Runs as a\n\
 service, administered from a shell by corvanectl.")
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_DEPENDS "sqlite3, adduser")
-# Until 1.0.0.1 one package had what both have now.
+# Until 1.0.0.1 one package had the files of both.
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_BREAKS "corvane-server (<< 1.0.0.2)")
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_REPLACES "corvane-server (<< 1.0.0.2)")
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_CONTROL_EXTRA
@@ -124,7 +124,7 @@ Clients of the mapping tool log into password-protected networks, report\n\
 their players' positions and see those of the other members. This is the\n\
 desktop program with its tray icon.")
 set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS "corvane-serverd (= ${CORVANE_FULL_VERSION})")
-# Programs with windows load this one themselves on Wayland desktops.
+# On Wayland desktops Qt loads this at run time.
 set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_NAME corvane-map)
 set(CPACK_DEBIAN_CORVANE-MAP_DESCRIPTION

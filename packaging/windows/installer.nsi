@@ -1,12 +1,12 @@
 ; The installer for Windows. Needs these definitions:
 ;   VERSION      four numbers
-;   STAGE        folder with what is installed
-;   KIBIBYTES    size of that
-;   FILE_LIST    script with a macro RemoveProgramFiles that deletes the same, and nothing else
-;   ICON         of the installer
-;   PICTURE      beside the text of its last page, 164 by 314 pixels
-;   OUTPUT       the installer's own name
-; "/S" installs without a question, "/D=C:\folder" into another folder.
+;   STAGE        folder with the files to install
+;   KIBIBYTES    their size
+;   FILE_LIST    script with a macro RemoveProgramFiles that deletes exactly these
+;   ICON         icon of the installer
+;   PICTURE      picture on its last page, 164 by 314 pixels
+;   OUTPUT       file name of the installer
+; "/S" installs without questions, "/D=C:\folder" into another folder.
 
 Target amd64-unicode
 SetCompressor /SOLID lzma
@@ -49,10 +49,10 @@ VIAddVersionKey "LegalCopyright" ""
 !insertmacro MUI_UNPAGE_INSTFILES
 !insertmacro MUI_LANGUAGE "English"
 
-; A program that runs holds its file. A server that has just started this installer is about to end,
-; so it is given some seconds before the user is asked.
+; A running program locks its file. A server that has just started this installer is about to end,
+; so wait some seconds before asking the user.
 !macro WaitUntilEnd PREFIX
-; The file is on the stack, and below it the program's name.
+; Takes the file name and the program's name from the stack.
 Function ${PREFIX}WaitUntilEnd
   Pop $2
   Pop $3
@@ -95,7 +95,7 @@ Function .onInit
     SetErrorLevel 2
     Quit
   ${EndIf}
-  ; Where it was the last time, unless the command line names a folder.
+  ; The earlier folder, unless the command line names one.
   ${If} $INSTDIR == "$PROGRAMFILES64\${NAME}"
     ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
     ${If} $0 != ""
@@ -104,17 +104,17 @@ Function .onInit
   ${EndIf}
 FunctionEnd
 
-; By the desktop, which does not have this installer's rights.
+; Started by the desktop, without the installer's rights.
 Function StartServer
   Exec '"$WINDIR\explorer.exe" "$INSTDIR\${START}"'
 FunctionEnd
 
-; The version that is there goes first, so that nothing of it stays behind, wherever it lies.
+; Uninstalls an earlier version first, so that none of its files stay.
 Function RemoveEarlierVersion
   ReadRegStr $0 HKLM "${UNINSTALL_KEY}" "InstallLocation"
   ${If} $0 != ""
   ${AndIf} ${FileExists} "$0\uninstall.exe"
-    ; With its folder named, the uninstaller is waited for, and cannot delete itself.
+    ; With its folder given, ExecWait waits for the uninstaller, which then cannot delete itself.
     ExecWait '"$0\uninstall.exe" /S _?=$0' $1
     ${If} $1 <> 0
       SetErrorLevel 2
@@ -132,13 +132,13 @@ Section
   File /r "${STAGE}\*"
   WriteUninstaller "$INSTDIR\uninstall.exe"
 
-  ; By the script, since another user of the machine may have no database yet.
+  ; Starts the script, since another user of the machine may have no database yet.
   SetShellVarContext all
   CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${START}" "" "$INSTDIR\${PROGRAM}" 0 \
     SW_SHOWMINIMIZED
   CreateShortCut "$SMPROGRAMS\${MAP_NAME}.lnk" "$INSTDIR\${MAP_PROGRAM}"
 
-  ; The user's own database stays, whatever is in it.
+  ; An existing database stays.
   SetShellVarContext current
   ${IfNot} ${FileExists} "$APPDATA\serverdb.rsd"
     CreateDirectory "$APPDATA"
@@ -156,7 +156,7 @@ Section
   WriteRegDWORD HKLM "${UNINSTALL_KEY}" "EstimatedSize" ${KIBIBYTES}
 SectionEnd
 
-; Database and settings lie in the user's own folder and stay there.
+; The database and settings in the user's folder stay.
 Section "Uninstall"
   !insertmacro WaitUntilAllEnd "un."
   !insertmacro RemoveProgramFiles

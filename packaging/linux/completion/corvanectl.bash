@@ -1,4 +1,4 @@
-# Completion of corvanectl for bash: the program itself says what may stand there.
+# Completion of corvanectl for bash: the program itself lists the candidates.
 _corvanectl() {
   local current=${COMP_WORDS[COMP_CWORD]} line
   COMPREPLY=()

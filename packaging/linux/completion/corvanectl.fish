@@ -1,4 +1,4 @@
-# Completion of corvanectl for fish: the program itself says what may stand there.
+# Completion of corvanectl for fish: the program itself lists the candidates.
 function __corvanectl_candidates
     set -l before (commandline -opc)
     set -l current (commandline -ct)
