@@ -11,9 +11,9 @@ namespace corvane::swarm {
 
 struct RunResult;
 
-// The members of a measured run, as a load sends reports from them.
+// The members of a measured run, for a load. Borrows the pool, the book and the clients.
 struct Senders {
-  // The member at that place sends its next reports, which are booked.
+  // Sends the next reports of the member at that place, and books them.
   void Send(std::size_t place, std::size_t reports) {
     Client& client = *clients[place];
     const Member sender = client.Identity();
@@ -27,26 +27,26 @@ struct Senders {
   std::size_t users;             // in each network
 };
 
-// What a measured run sends, and when. The run calls it while all members are online, and counts.
+// Decides what a measured run sends, and when. The run calls it while all members are online, and
+// counts the deliveries.
 class Load {
  public:
   virtual ~Load() = default;
 
-  // Begins to send; `until` is when to send the last.
+  // Starts sending, until `until`.
   virtual void Start(Clock::time_point now, Clock::time_point until) = 0;
-  // The time that it gave to ClientPool::WakeAt has come.
+  // Called at the time given to ClientPool::WakeAt.
   virtual void Wake(Clock::time_point now) = 0;
-  // A delivery that was expected has come. Returns when its report was sent or, where reports have
-  // a timetable, when it was due.
+  // Called for each expected delivery. Returns when its report was sent or, with a timetable, due.
   virtual Clock::time_point Delivered(Member sender, std::uint32_t sequence,
                                       Clock::time_point now) = 0;
-  // Sends nothing more.
+  // Stops sending.
   virtual void Stop() = 0;
-  // Whether it will send nothing more.
+  // Whether it has stopped sending.
   virtual bool IsDone() const = 0;
-  // Whether a message of this payload, which is no delivery, should not have come.
+  // Whether a message with this payload, which is no delivery, is unexpected.
   virtual bool IsDisturbing(std::string_view) const { return true; }
-  // At the end: adds what it alone knows.
+  // Called at the end: adds its own results.
   virtual void AddTo(RunResult&) {}
 };
 
