@@ -1,5 +1,4 @@
-"""The clients' end of the wire: many connections that one thread reads and writes, and what each of
-them heard, told apart by whom it came from."""
+"""The clients: many connections on one thread, and what each has heard, by source."""
 
 import contextlib
 import selectors
@@ -11,19 +10,19 @@ from typing import Callable, Dict, List, Optional, Tuple
 
 import wire
 
-LEFT = b"left"  # in what is heard of a member: its end
+LEFT = b"left"  # the last entry heard from a member
 
-# Linux: a connection in this state is closed without a word to the other end.
+# Linux: a connection in this state is closed without telling the peer.
 TCP_REPAIR = 19
-PATIENCE = 120.0  # seconds; ends a hang, decides nothing
+PATIENCE = 120.0  # seconds; only ends a hang
 
 
 class Difference(Exception):
-    """What is, and what should be."""
+    """The server differs from the model."""
 
 
 class Pump:
-    """Waits for all that the soak reads and writes, and serves it."""
+    """Waits for all descriptors of the soak and calls their handlers."""
 
     def __init__(self) -> None:
         self.selector = selectors.DefaultSelector()
@@ -55,11 +54,11 @@ class Pump:
 
 
 class Connection:
-    """One client's connection, and what it heard since the last look:
+    """One client's connection, and what it heard since the last check:
 
-    heard: of each source what it said, in order. A source is a member's name (records, then LEFT),
-        or "#" and the beginning of a message's text.
-    answers: what answers its own messages, but for BYE, which is counted: an operator may say it.
+    heard: by source, in order. A source is a member's name (records, then LEFT), or "#" and the
+        beginning of a message's text.
+    answers: to its own messages. BYE is counted instead, since the operator may send it, too.
     notices: kicks and bans.
     """
 
@@ -118,7 +117,7 @@ class Connection:
         except BlockingIOError:
             return
         except OSError:
-            self.out.clear()  # reading tells how it ended
+            self.out.clear()  # receive handles the end
         if self.is_open:
             self.watch()
 
@@ -132,7 +131,7 @@ class Connection:
             self.watch()
 
     def half_close(self) -> None:
-        """As soon as all is sent."""
+        """Ends sending once all output is sent."""
         self.may_end = True
         self.is_ending = True
         if not self.out:
@@ -143,7 +142,7 @@ class Connection:
         self.end()
 
     def vanish(self) -> bool:
-        """Goes without a word, where the system lets us."""
+        """Disappears silently. False if the system does not allow it."""
         try:
             self.socket.setsockopt(socket.IPPROTO_TCP, TCP_REPAIR, 1)
         except OSError:
@@ -159,7 +158,7 @@ class Connection:
         self.socket.close()
 
     def queues(self) -> str:
-        """Both ends as the system has them: state, bytes to send and to be read, timer, tries."""
+        """Both ends in /proc/net/tcp: state, bytes to send and to read, timer, retransmissions."""
         port = ":%04X" % int(self.peer_name.rpartition(":")[2])
         rows = [line.split() for line in Path("/proc/net/tcp").read_text().splitlines()]
         return "; ".join(" ".join(row[3:7]) for row in rows
@@ -179,7 +178,7 @@ class Connection:
             return
         self.end()
         if not self.may_end:
-            raise Difference(f"{self.label}: the server has ended the connection")
+            raise Difference(f"{self.label}: the server ended the connection")
 
     def take(self, data: bytes) -> None:
         heard = self.heard

@@ -1,4 +1,4 @@
-"""What goes wrong: faults around a step of the play, and trials, which are steps of their own."""
+"""Faults around a step of the play, and trials, which are steps with a script of their own."""
 
 import contextlib
 import fcntl
@@ -17,8 +17,8 @@ from model import Session
 from play import PASSWORD, Fault, Play, Player
 
 F_SETPIPE_SZ = 1031
-KEPT = 8 << 20  # bytes; more than the system keeps for a client, and less than the server does
-FLOOD = 33 << 20  # bytes; more than both do
+KEPT = 8 << 20  # bytes; more than the system buffers for a client, less than the server keeps
+FLOOD = 33 << 20  # bytes; more than both
 FLOOD_MESSAGE = 60_000  # bytes
 
 
@@ -37,7 +37,7 @@ class Stopped(Fault):
 
 
 class NoDescriptors(Fault):
-    """None for clients that come; or, `is_strict`, none at all, so that nothing can be stored."""
+    """No descriptors for new clients; `is_strict`: none at all, so that nothing can be stored."""
 
     may_write = may_operate = False
 
@@ -57,7 +57,7 @@ class NoDescriptors(Fault):
 
 
 class Locked(Fault):
-    """By another program, which reads the database, or keeps everybody out."""
+    """Another program reads the database or locks it exclusively."""
 
     may_write = False
     may_refuse = True
@@ -132,7 +132,7 @@ class HangingLocator(Fault):
     def around(self, play: Play, rng: random.Random) -> Iterator[None]:
         self.locator.answers.clear()
         yield
-        play.finish()  # two seconds later, and without an answer
+        play.finish()  # after the lookups have timed out
         self.locator.answers.set()
 
 
@@ -155,8 +155,8 @@ def everybody_ends(play: Play, sessions: List[Session]) -> None:
 
 
 def kill(play: Play, rng: random.Random) -> None:
-    """In the middle of reports and bans, at any moment or as soon as somebody is told of a ban;
-    what was told is stored."""
+    """Kills the server amid reports and bans, at a random moment or at the first notice of a ban. A
+    ban that was announced must be stored."""
     sessions = list(play.model.sessions)
     here = play.ins()
     before = list(play.model.bans)
@@ -183,12 +183,12 @@ def kill(play: Play, rng: random.Random) -> None:
                 target.session.connection.at_a_notice = kill_now
             play.administrate(admin, [target], rng, may_message=False)
             if play.model.hardened:
-                target.session.leave()  # is closed, if there is still time for that
+                target.session.leave()  # the server closes it, unless it is killed first
         if number % 10 == 0:
             play.pump.turn()
     if waits_for_notice:
         play.pump.until(lambda: play.server.process.poll() is not None,
-                        lambda: "somebody is told of a kick or a ban")
+                        lambda: "a client gets notice of a kick or a ban")
     kill_now()
     play.server.end(None, -signal.SIGKILL)
     everybody_may_end(sessions)
@@ -196,11 +196,11 @@ def kill(play: Play, rng: random.Random) -> None:
     seen = {reason.decode() for session in sessions
             for command, reason in session.connection.notices if command == wire.BAN}
     stored = {reason for reason, in play.server.query("SELECT reason FROM bans")}
-    # What nobody was told may be stored or not.
+    # A ban without notice may be stored or not.
     play.model.bans = before + [ban for ban in play.model.bans if ban not in before
                                 and (ban.reason in seen or ban.reason in stored)]
     play.server.check_database(play.model)
-    # The script goes on in the same way whatever was told.
+    # Remove them, so that the script continues in the same way.
     for ban in set(play.model.bans) - set(before):
         play.server.query("DELETE FROM bans WHERE reason=?", ban.reason)
     play.model.bans = before
@@ -215,7 +215,7 @@ def restart(play: Play) -> None:
 
 
 def stop(play: Play) -> None:
-    """In order: what was said before has arrived, and nothing is said any more."""
+    """Stops the server in order: everything said before must arrive."""
     end(play)
     play.server.check_database(play.model)
 
@@ -229,8 +229,8 @@ def end(play: Play) -> None:
 
 
 def replace_by_backup(play: Play, rng: random.Random) -> None:
-    """What was changed since the backup is gone; the file comes to a server that has ended, or
-    under one that runs."""
+    """Replaces the database by a backup, after the server has ended or while it runs. Changes since
+    the backup are gone."""
     model = play.model
     file = play.server.folder / "backup.rsd"
     play.shell.do("backup", str(file), "--overwrite")
@@ -241,7 +241,7 @@ def replace_by_backup(play: Play, rng: random.Random) -> None:
         stop(play)
         file.replace(play.server.database)
     else:
-        # The server goes on with the one that it has open, and says so.
+        # The server continues with the open database, and reports that.
         file.replace(play.server.database)
         answer = play.server.control.ask("reload")
         if answer["ok"] or "replaced" not in answer["error"]:
@@ -252,7 +252,7 @@ def replace_by_backup(play: Play, rng: random.Random) -> None:
 
 
 def free_players(play: Play, count: int) -> List[Player]:
-    """So many who may come; some of those who are in leave for that."""
+    """That many players who are not connected or banned; if needed, others leave."""
     def free() -> List[Player]:
         return [p for p in play.players
                 if p.session is None and not play.model.is_banned(p.address)]
@@ -281,15 +281,15 @@ def administrator(play: Play) -> Session:
 
 
 def fatal_message(play: Play, rng: random.Random) -> None:
-    """Under classic rules a message that meets somebody without a network ends the server, which
-    still sends what was said."""
+    """Under classic rules a message that reaches a client without a network ends the server.
+    Earlier output is still sent."""
     play.lead_off_strangers()
     admin = administrator(play)
     play.connect(free_players(play, 1)[0])
     play.settle()
     sessions = list(play.model.sessions)
     everybody_may_end(sessions)
-    # The walk over the connections comes to the stranger last.
+    # The stranger is the last in the walk over the connections.
     text = play.unique("the last#").encode()
     admin.connection.send(admin.tell(wire.MESSAGE_ALL, text))
     play.server.fatal_ends += 1
@@ -300,8 +300,8 @@ def fatal_message(play: Play, rng: random.Random) -> None:
 
 
 def do_not_read(play: Play, rng: random.Random) -> None:
-    """One for a while: it then hears all. One never: it is sent more than is kept for anybody, and
-    cut off; the others hear all, and that it left."""
+    """One client stops reading for a while and then hears everything. Another never reads again and
+    is cut off at the limit; the others hear everything and that it left."""
     play.lead_off_strangers()
     players = free_players(play, 4)
     homes = [player.network for player in players]
@@ -342,7 +342,7 @@ def do_not_read(play: Play, rng: random.Random) -> None:
 
 def race(play: Play, players: List[Player], frames: Callable[[Player], List[bytes]],
          step: int, most: int) -> None:
-    """All try at once; as many as may get through the step, and the model is told who."""
+    """All send their frames at once; exactly `most` must pass the step. Tells the model which."""
     sessions = [play.connect(player) for player in players]
     for session, player in zip(sessions, players):
         session.connection.send(b"".join(frames(player)))
@@ -368,7 +368,7 @@ def lead_off(play: Play, players: List[Player]) -> None:
 
 
 def seats(play: Play, rng: random.Random) -> None:
-    """More come than there are seats, some leave, others come."""
+    """More clients than seats: some leave, others get in."""
     name, most = play.unique("Tight"), rng.randrange(3, 12)
     play.add_network(name, most)
     players = free_players(play, 3 * most)
@@ -389,7 +389,7 @@ def seats(play: Play, rng: random.Random) -> None:
 
 
 def names(play: Play, rng: random.Random) -> None:
-    """Many want one name, in all networks; it is free again when its owner has left."""
+    """Many want the same name, in all networks. It is free again once its owner has left."""
     for _ in range(2):
         players = free_players(play, 8)
 

@@ -1,5 +1,4 @@
-"""The server under trial: its process and data folder, what its operator asks of it, and the host
-that it asks where clients are."""
+"""The server under test: its process and data folder, its operator, and a location host."""
 
 import contextlib
 import http.server
@@ -21,15 +20,14 @@ import servers  # noqa: E402
 from clients import Difference, Pump  # noqa: E402
 from model import Model  # noqa: E402
 
-# What a server says on standard error when nothing is wrong with it.
+# Lines on standard error that are no faults.
 EXPECTED = ("Rules in force: ", "database: ")
 FATAL = "An exception of class NilObjectException was not handled."
 
 STORED_WITHIN = 45.0  # seconds; the server tries every ten
 
 SANITIZERS = {
-    # Memory that was given back is kept for a while to find its late use: little, so that what
-    # the server itself keeps shows.
+    # A small quarantine of freed memory, so that growth of the server shows.
     "ASAN_OPTIONS": "halt_on_error=1:detect_leaks=1:quarantine_size_mb=8:malloc_context_size=8",
     "LSAN_OPTIONS": f"suppressions={servers.ROOT}/tests/lsan.supp:print_suppressions=0",
     "UBSAN_OPTIONS": "halt_on_error=1:print_stacktrace=1",
@@ -37,7 +35,7 @@ SANITIZERS = {
 
 
 class Server:
-    """A server that can be killed, stopped and started again on its folder."""
+    """A server that can be killed, stopped and restarted on its folder."""
 
     def __init__(self, pump: Pump, programs: Path, folder: Path, settings: Dict[str, str],
                  ignores_file_limit: bool):
@@ -49,7 +47,7 @@ class Server:
         self.ignores_file_limit = ignores_file_limit
         self.port = servers.free_port()
         self.tail = b""  # of standard output
-        self.fatal_ends = 0  # that were provoked
+        self.fatal_ends = 0  # provoked so far
         self.control: Optional[Control] = None
         servers.make_data_folder(folder, self.port, [], settings)
         self.errors.touch()
@@ -62,8 +60,8 @@ class Server:
                            **SANITIZERS)
         self.tail = b""
         with self.errors.open("ab") as errors:
-            # The signal of a file that may not grow would end the server before its database can
-            # say that the disk is full; Python ignores it.
+            # SIGXFSZ would end the server before SQLite reports the full disk; Python ignores it,
+            # and the server inherits that.
             self.process = subprocess.Popen(
                 [self.programs / "corvane-server"], env=environment, stdout=subprocess.PIPE,
                 stderr=errors, start_new_session=True,
@@ -93,7 +91,7 @@ class Server:
             self.process.stdout.close()
 
     def open_files(self) -> List[str]:
-        """All that is open, but for what threads of a library are woken by: those come and go."""
+        """All open files but eventfds, whose number varies with a library's threads."""
         folder = Path(f"/proc/{self.process.pid}/fd")
         links = []
         for number in os.listdir(folder):
@@ -109,7 +107,7 @@ class Server:
         os.killpg(self.process.pid, number)
 
     def end(self, number: Optional[int], expected: int) -> None:
-        """Sends the signal, if any, and waits for the exit code that is expected."""
+        """Sends the signal, if any, and waits for the expected exit code."""
         if self.control is not None:
             self.control.close()
         if number is not None:
@@ -130,7 +128,7 @@ class Server:
                 self.process.wait()
 
     def look_at_errors(self) -> None:
-        """Whatever a server has to say there that it need not is a difference."""
+        """Any unexpected line on standard error is a difference."""
         text = self.errors.read_text(errors="replace")
         lines = [line for line in text.splitlines() if not line.startswith(EXPECTED)]
         fatal = [line for line in lines if line.startswith(FATAL)]
@@ -142,7 +140,7 @@ class Server:
             return database.execute(statement, values).fetchall()
 
     def check_database(self, model: Model, file: Optional[Path] = None) -> None:
-        """Waits a while: what could not be stored at once may still come."""
+        """Waits, since the server stores later what it could not store at once."""
         end = time.monotonic() + STORED_WITHIN
         while (fault := self.database_fault(model, file)) and file is None:
             if time.monotonic() > end:
@@ -208,12 +206,12 @@ class Control:
                 self.open()
             self.socket.sendall(json.dumps({"command": command, **fields}).encode() + b"\n")
         except OSError as error:
-            raise Difference(f"the operator's {command} {fields!r} finds no server: {error}")
+            raise Difference(f"the operator's {command} {fields!r} reaches no server: {error}")
         self.pump.until(lambda: b"\n" in self.rest or self.is_ended,
                         lambda: f"the operator's {command} is answered")
         line, end, self.rest = self.rest.partition(b"\n")
         if not end:
-            raise Difference(f"the operator's {command} {fields!r} is not answered to the end")
+            raise Difference(f"the answer to the operator's {command} {fields!r} is incomplete")
         return json.loads(line)
 
     def do(self, command: str, **fields: object) -> dict:
@@ -254,7 +252,7 @@ class Shell:
 
 
 class Locator:
-    """Tells where addresses are, or keeps whoever asks waiting."""
+    """A location host that answers, or hangs while `answers` is cleared."""
 
     PAGE = b'<meta name="country" content="Norway">\n<meta name="city" content="Oslo">\n'
 
@@ -264,7 +262,7 @@ class Locator:
         self.answers = answers
 
         class Handler(http.server.BaseHTTPRequestHandler):
-            timeout = 3  # of a connection on which nothing is asked
+            timeout = 3  # of an idle connection
 
             def do_GET(self) -> None:
                 answers.wait(10)
@@ -282,7 +280,7 @@ class Locator:
             daemon_threads = True
 
             def handle_error(self, *_: object) -> None:
-                pass  # the server has given up waiting
+                pass  # the server stopped waiting
 
         self.server = Host(("127.0.0.1", 0), Handler)
         self.address = f"http://127.0.0.1:{self.server.server_port}"
@@ -296,7 +294,7 @@ class Locator:
 
 @contextlib.contextmanager
 def small_disk(folder: Path) -> Iterator[bool]:
-    """Whether the folder is a small file system of its own, which can be filled."""
+    """Mounts a small file system on the folder, which can be filled. Yields whether it could."""
     is_mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=64m", "tmpfs", folder],
                                 capture_output=True).returncode == 0
     try:

@@ -1,9 +1,9 @@
-"""What has to be: the networks, sessions, bans and grants of a server that is told the same as the
-real one, and what each client is to hear.
+"""The model: networks, sessions, bans and grants as the real server should have them after the same
+events, and what each client should hear.
 
-Time passes in steps. Between two of them everything that was said has arrived, so what a client
-heard in a step can be held against what was said in it: all of it, each once, of each source in its
-order. Who came or went within a step missed its beginning or its end, and nothing in between.
+Time passes in steps. Between two steps everything that was said has arrived, so what a client heard
+in a step can be compared with what was said: all of it, once, and of each source in order. A client
+that came or left during a step missed its beginning or its end, and nothing in between.
 """
 
 from typing import Dict, Iterable, List, NamedTuple, Optional, Tuple
@@ -35,9 +35,9 @@ class Network:
         self.password = password
         self.most = most
         self.enabled = enabled
-        self.members: List["Session"] = []  # whoever has chosen it
+        self.members: List["Session"] = []  # that have chosen it
         self.said: Dict[bytes, List[bytes]] = {}  # in this step, by source
-        self.abrupt: List[bytes] = []  # sources that were cut off: how much of it counts shows
+        self.abrupt: List[bytes] = []  # sources that were cut off, at an unknown point
 
     def seats(self) -> int:
         return sum(1 for session in self.members if session.has_seat)
@@ -59,24 +59,24 @@ class Span:
 
 
 class Session:
-    """What the server knows of a connection, and what that is owed."""
+    """What the server knows of a connection, and what its client should hear."""
 
     def __init__(self, model: "Model", connection: Connection, address: str):
         self.model = model
         self.connection = connection
         self.address = address
-        self.state = "network"  # what it is asked for; then "in", or "refused"
+        self.state = "network"  # the next login step; then "in", or "refused"
         self.name = b""
-        self.key = ""  # the name as names are compared
+        self.key = ""  # the folded name
         self.network: Optional[Network] = None
         self.has_seat = False
         self.is_over = False
         self.record: Tuple[int, ...] = (0, 0, 0, 0, 0, 0)
         self.serial = 0
-        # The rest of a message that was begun, and what it reports; empty if there is no rest.
+        # The unsent rest of a message, and its report; the rest is empty if it never comes.
         self.half: Optional[Tuple[bytes, bytes]] = None
         self.spans: List[Span] = []
-        self.owed: Dict[bytes, List[bytes]] = {}  # of steps in which it did not read
+        self.owed: Dict[bytes, List[bytes]] = {}  # from steps in which it did not read
         self.answers: List[Tuple[int, bytes]] = []
         self.notices: List[Tuple[int, bytes]] = []
         self.byes = 0
@@ -87,7 +87,7 @@ class Session:
     # ---- what a client says, and what it is answered
 
     def tell(self, command: int, payload: bytes = b"") -> bytes:
-        """The frame; what follows from it is noted."""
+        """Notes the consequences of a message and returns its frame."""
         if self.state == "refused":
             pass
         elif command == wire.NETWORK:
@@ -109,7 +109,7 @@ class Session:
 
     def notify(self, command: int, reason: bytes) -> None:
         self.notices.append((command, reason))
-        # Under these rules whoever does not leave is closed.
+        # Under hardened rules the server closes a client that does not leave.
         self.connection.may_end = self.connection.may_end or self.model.hardened
 
     def move(self, network: Optional[Network]) -> None:
@@ -192,7 +192,7 @@ class Session:
             self.model.message(payload, self.network.name)
 
     def report(self, payload: bytes) -> None:
-        """Plain numbers between commas; what is missing is 0."""
+        """Numbers separated by commas; missing ones are 0."""
         fields = [int(float(field)) for field in payload.split(b",") if field]
         fields += [0] * (6 - len(fields))
         fields[4:] = [int(fields[4] != 0), int(fields[5] != 0)]
@@ -205,7 +205,7 @@ class Session:
         return self.name + b"|%d,%d,%d,%d%d,%d" % self.record
 
     def leave(self, is_abrupt: bool = False) -> None:
-        """The connection ends, from whichever end. `is_abrupt`: not all that it said need count."""
+        """The connection ends, from either end. `is_abrupt`: its last messages may be lost."""
         if self.is_over:
             return
         self.is_over = True
@@ -223,8 +223,8 @@ class Model:
     def __init__(self, hardened: bool):
         self.hardened = hardened
         self.networks: List[Network] = []
-        self.gone: List[Network] = []  # deleted, with members that stayed
-        self.rows: List[Tuple[str, str, int, bool]] = []  # of networks, as they are stored
+        self.gone: List[Network] = []  # deleted, with remaining members
+        self.rows: List[Tuple[str, str, int, bool]] = []  # stored networks
         self.bans: List[Ban] = []
         self.grants: List[Grant] = []
         self.sessions: List[Session] = []
@@ -297,8 +297,8 @@ class Model:
     # ---- the end of a step
 
     def settle(self, played: List[Session], is_cut: bool = False) -> None:
-        """Holds what was heard against what was said, and begins a step. `is_cut`: the server was
-        killed, so that anybody may have missed the end."""
+        """Compares what was heard with what was said, and begins a step. `is_cut`: the server was
+        killed, so anyone may have missed the end."""
         self.hold(played, is_cut)
         self.begin_step()
 
@@ -318,7 +318,7 @@ class Model:
                 if session.hears() and session.network is not None else []
 
     def missing(self, session: Session) -> str:
-        """What is still to come, as far as that can be counted; empty if there is nothing."""
+        """Describes what a session has not heard yet; empty if nothing is known to be missing."""
         connection = session.connection
         for source, said in self.owed_now(session):
             got = connection.heard.get(source, [])
@@ -331,7 +331,7 @@ class Model:
         return "" if len(connection.notices) >= len(session.notices) else repr(session.notices)
 
     def resolve_abrupt(self, played: List[Session]) -> None:
-        """Of one who was cut off, whatever number of reports counts; the same for all."""
+        """Any number of reports of a source that was cut off counts, but the same for all."""
         for network in self.networks + self.gone:
             members = set(played).intersection(network.members)
             for source in list(network.abrupt):
@@ -361,7 +361,7 @@ class Model:
                     continue
                 want = session.owed.pop(source, []) + said
                 got = heard.pop(source, [])
-                # What follows in a later span is that span's; only sessions that move have two.
+                # Only sessions that change their network have two spans.
                 if got != want and not is_part(got, want, span.begins_late, span.ends_early):
                     raise different(session, source, want, got)
         for source, want in session.owed.items():
@@ -382,7 +382,7 @@ class Model:
 
     def check_answers(self, session: Session, is_cut: bool) -> None:
         connection = session.connection
-        # Who may be ended at any time may miss an answer, but no notice.
+        # A client that may be ended at any time may miss an answer, but no notice.
         may_miss = is_cut or (self.hardened and connection.may_end)
         got = connection.answers
         want = session.answers[:len(got)] if may_miss else session.answers
@@ -400,7 +400,7 @@ class Model:
 
 
 def is_part(got: List[bytes], want: List[bytes], begins_late: bool, ends_early: bool) -> bool:
-    """Whether it is all, without a gap, but for a beginning or an end that may be missing."""
+    """Whether `got` is `want`, except for a missing beginning or end where allowed."""
     if not begins_late:
         return ends_early and got == want[:len(got)]
     if not ends_early:
@@ -412,6 +412,6 @@ def different(session: Session, source: bytes, want: List[bytes], got: List[byte
     place = next((i for i, (a, b) in enumerate(zip(want, got)) if a != b),
                  min(len(want), len(got)))
     return Difference(
-        f"{session.connection.label} heard {len(got)} of {source!r}, where {len(want)} were said; "
+        f"{session.connection.label} heard {len(got)} of {source!r}, but {len(want)} were said; "
         f"they differ at {place}:\n   expected {want[place:place + 3]!r}\n"
         f"   heard    {got[place:place + 3]!r}")

@@ -1,5 +1,5 @@
-"""The script: who does what in which order. All of it comes from the seed: each step has its own
-generator of random numbers, so that it is the same whatever became of the ones before."""
+"""The script of the play. The seed determines all of it: each step has its own random number
+generator, so that it does not depend on the outcome of earlier steps."""
 
 import contextlib
 import random
@@ -12,11 +12,11 @@ from model import Ban, Grant, Model, Network, Session
 
 PASSWORD = "demo"
 MEMORY_GROWTH = 64 << 20  # bytes, since a server's first step; the sanitizers keep much
-# For what a client has received and not read. With a few KiB Linux tells of room that came free
-# only when it is asked, which it is after ever longer pauses.
+# Of a client's receive buffer. With a few KiB, Linux announces free room only when the peer probes
+# for it, after ever longer pauses.
 SMALL_BUFFER = 32 << 10
 NEVER_ENDS = 1 << 20  # bytes of a message
-MOST_SEATS = 800
+MAX_SEATS = 800
 
 
 class Player:
@@ -26,14 +26,14 @@ class Player:
         self.is_admin = is_admin
         self.address = f"127.{1 + index // 200}.0.{1 + index % 200}"
         self.session: Optional[Session] = None
-        self.must_leave = False  # was kicked, banned or sent away
+        self.must_leave = False  # after a kick, a ban or a BYE
 
     def grant(self) -> Grant:
         return Grant(self.name, self.address, self.network)
 
 
 class Play:
-    """A server, its players, and the model that is told the same."""
+    """A server, its players, and the model that follows the same events."""
 
     def __init__(self, pump: Pump, server: Server, model: Model, players: List[Player],
                  counts: Dict[str, int]):
@@ -45,12 +45,12 @@ class Play:
         self.shell = Shell(pump, server.programs, server.folder)
         self.leaving: List[Session] = []  # the server ends these connections in this step
         self.fault = Fault()
-        self.serial = 0  # of texts that have to differ
+        self.serial = 0  # of unique texts
 
     # ---- players
 
     def ins(self) -> List[Player]:
-        """Those who are in and can say what they like."""
+        """The players that are logged in, read, and have no message half sent."""
         return [p for p in self.players if p.session is not None and p.session.state == "in"
                 and p.session.connection.is_reading and p.session.half is None]
 
@@ -63,7 +63,7 @@ class Play:
                                 receive_buffer)
         player.session = self.model.connect(connection, player.address)
         self.counts["connections"] += 1
-        # Under these rules who takes too long to log in is ended.
+        # Under hardened rules a slow login is ended.
         connection.may_end = self.model.hardened
         return player.session
 
@@ -83,7 +83,7 @@ class Play:
                 player.must_leave = False
 
     def leave(self, session: Session) -> None:
-        """In order: ends its sending and reads to the end."""
+        """Leaves in order: half-closes and reads to the end."""
         session.connection.half_close()
         session.leave()
         self.leaving.append(session)
@@ -95,7 +95,7 @@ class Play:
         self.forget(session)
 
     def vanish(self, session: Session, witness: Session) -> None:
-        """Without a word, which shows as soon as something is to be sent to it."""
+        """Disappears silently, which the server notices when it sends to the client."""
         if not session.connection.vanish():
             session.connection.reset()
         session.leave(is_abrupt=True)
@@ -126,9 +126,9 @@ class Play:
                 payload = b"%d.75,%d" % (x, y)
             elif kind < 0.07:
                 payload = b"%d,%d,1,100,0,1,77,8" % (x, y)
-            elif kind < 0.1:  # what changes nothing but the flags is not relayed
+            elif kind < 0.1:  # a change of the flags only is not relayed
                 payload = b"%d,%d,%d,%d,1,1" % session.record[:4]
-            elif kind < 0.2:  # what changes one field is
+            elif kind < 0.2:  # a change of one field is
                 fields = list(session.record[:4])
                 fields[rng.randrange(4)] += 1
                 payload = b"%d,%d,%d,%d,0,0" % tuple(fields)
@@ -139,8 +139,8 @@ class Play:
     # ---- what players do
 
     def act(self, player: Player, rng: random.Random, may_end: bool, has_witness: bool) -> None:
-        """`may_end`: it may leave or fall silent in this step. `has_witness`: somebody stays who
-        hears how far one came that is cut off."""
+        """`may_end`: the player may leave or stop reading in this step. `has_witness`: another
+        member stays and hears how much of a cut-off player's output arrived."""
         session = player.session
         assert session is not None
         send = session.connection.send
@@ -164,18 +164,18 @@ class Play:
             self.cut(session, is_silent=False)
         elif kind < 0.94:
             session.connection.stall()
-        elif kind < 0.97:  # a report of which the end comes later
+        elif kind < 0.97:  # a report whose end comes later
             session.serial += 1
             report = b"%d,5" % session.serial
             frame = wire.frame(wire.REPORT, report)
             place = rng.randrange(1, len(frame))
             send(frame[:place])
             session.half = (frame[place:], report)
-        elif kind < 0.985:  # much of a message that never ends
+        elif kind < 0.985:  # part of a message that never ends
             size = 60_000 if self.model.hardened else NEVER_ENDS
             send(wire.HEADER.pack(size, 77) + b"x" * rng.randrange(size // 2))
             session.half = (b"", b"")
-        elif has_witness:  # a length that is none: what came in the same read is not handled
+        elif has_witness:  # an invalid length: messages from the same read are not handled
             session.connection.may_end = True
             send(self.reports(session, rng, count) + wire.HEADER.pack(rng.choice((-1, 0, 7)), 4))
             session.leave(is_abrupt=True)
@@ -186,7 +186,7 @@ class Play:
         return session.tell(wire.ADMIN) if self.fault.may_read else b""
 
     def act_half(self, session: Session, rng: random.Random) -> None:
-        """One of which a message has begun: that ends, or the connection, or neither."""
+        """Ends a half-sent message, or the connection, or neither."""
         assert session.half is not None
         rest, report = session.half
         kind = rng.random()
@@ -205,7 +205,7 @@ class Play:
             session.connection.resume()
 
     def come_back(self, player: Player, rng: random.Random, names: List[str]) -> List[bytes]:
-        """Connects; returns the messages of a log-in, or of what looks like one, to be sent."""
+        """Connects, and returns the messages of a login or of a failing one, to be sent."""
         session = self.connect(player, SMALL_BUFFER if rng.random() < 0.1 else None)
         network, digest = player.network.encode(), wire.digest(PASSWORD)
         tell = session.tell
@@ -240,7 +240,7 @@ class Play:
         return frames
 
     def arrive(self, players: List[Player], rng: random.Random, names: List[str]) -> None:
-        """Some send all at once, some a message at a time, some a few bytes at a time."""
+        """The players log in; some send all at once, some by message, some by a few bytes."""
         waiting = []
         for player in players:
             frames = self.come_back(player, rng, names)
@@ -263,7 +263,7 @@ class Play:
 
     def administrate(self, admin: Player, targets: List[Player], rng: random.Random,
                      may_message: bool) -> List[Player]:
-        """An administrator does something; whom to."""
+        """An administrator acts. Returns the players affected."""
         session = admin.session
         assert session is not None and session.network is not None
         send, tell = session.connection.send, session.tell
@@ -290,7 +290,7 @@ class Play:
     # ---- what the operator does
 
     def operate_at_rest(self, rng: random.Random) -> None:
-        """Changes of networks and the like, between two steps."""
+        """The operator changes networks, bans and so on, between two steps."""
         do, model = self.server.control.do, self.model
         for network in model.networks:
             if not network.enabled or network.password != PASSWORD:
@@ -302,7 +302,7 @@ class Play:
         elif kind == 1:
             self.edit(network, "another", True)
         elif kind == 2:
-            self.add_network(self.unique("Extra"), rng.randrange(1, MOST_SEATS))
+            self.add_network(self.unique("Extra"), rng.randrange(1, MAX_SEATS))
         elif kind == 3 and not model.message_is_fatal():
             self.delete_network(network, rng.random() < 0.7)
         elif kind == 4:
@@ -341,7 +341,7 @@ class Play:
             self.add_network(network.name, network.most)
 
     def reload(self, changed: Network, rng: random.Random) -> None:
-        """Another program changes the database; the server follows, unless that would end it."""
+        """Another program changes the database; a reload follows, unless it ends the server."""
         model, query = self.model, self.server.query
         extra = [n for n in model.networks if n.name.startswith("Extra") and n is not changed]
         removed = [n for n in model.networks if n.row() not in model.rows]
@@ -359,7 +359,7 @@ class Play:
         if removed and model.message_is_fatal():
             if answer["ok"]:
                 raise Difference(f"a reload that would end the server is not refused: {answer!r}")
-            # It is the same as the stored one again when the database is.
+            # Restore the database, so that it matches the server again.
             query("DELETE FROM networks WHERE name=?", added.name)
             query("UPDATE networks SET users=? WHERE name=?", changed.most, changed.name)
             model.rows = [changed.row() if row[0] == changed.name else row
@@ -382,7 +382,7 @@ class Play:
                 player.must_leave = True
 
     def lift(self, rng: random.Random) -> None:
-        """Some bans by the operator, some by an administrator who has looked at the list."""
+        """The operator lifts some bans, an administrator some of those in its list."""
         banned = sorted({ban.address for ban in self.model.bans})
         for address in banned:
             if rng.random() < 0.5:
@@ -406,7 +406,7 @@ class Play:
         self.pump.until(has_come, lambda: f"{session.connection.label} is told the bans")
         session.connection.answers = [answer for answer in session.connection.answers
                                       if answer[0] != wire.LIST_BANS]
-        # By what they say: their numbers tell who was first, which is nobody's script.
+        # Without their numbers, which depend on the order of arrival.
         rows = sorted((row.split(b"|") for row in listed[0]), key=lambda row: row[1:])
         if [tuple(row[1:4]) for row in rows] != \
                 sorted((b.address.encode(), b.by.encode(), b.reason.encode()) for b in bans):
@@ -417,12 +417,12 @@ class Play:
                 self.model.bans.remove(next(
                     b for b in bans if (b.address.encode(), b.reason.encode()) ==
                     (row[1], row[3])))
-        # Who comes from there next finds it lifted, also if the server is stopped meanwhile.
+        # From here on they are lifted, even if the server stops now.
         self.ask_around([session])
 
     def operate(self, targets: List[Player], rng: random.Random,
                 may_message: bool) -> List[Player]:
-        """Amid the traffic. Whom to."""
+        """The operator acts amid the traffic. Returns the players affected."""
         do, model = self.server.control.do, self.model
         kind = rng.randrange(5)
         player = rng.choice(targets) if targets else None
@@ -461,10 +461,10 @@ class Play:
 
     def step(self, rng: random.Random, fault: Optional["Fault"] = None,
              comes: float = 0.4) -> None:
-        """Everybody does something, the operator and administrators too, with a fault about it;
-        then all is held against the model. `comes`: how many of those who are not on come."""
+        """Players, administrators and the operator act under a fault; then everything is compared
+        with the model. `comes`: the share of disconnected players that connect."""
         fault = self.fault = fault or Fault()
-        is_quiet = rng.random() < 0.35 and comes < 1  # nobody comes, so that messages are safe
+        is_quiet = rng.random() < 0.35 and comes < 1  # no logins, so that messages are safe
         for player in self.players:
             session = player.session
             if session is not None and session.state != "in":
@@ -531,7 +531,7 @@ class Play:
         self.finish()
 
     def report_all(self, players: List[Player], rng: random.Random) -> None:
-        """Once more, those who still can."""
+        """All players that can send once more report."""
         for player in players:
             session = player.session
             if session is not None and session.half is None and session.connection.is_reading:
@@ -543,7 +543,7 @@ class Play:
             free.remove(player)
 
     def begin_ends(self, rng: random.Random) -> None:
-        """Those who were in the middle of something."""
+        """Players with a half-sent message, or not reading, continue or leave."""
         for player in self.players:
             session = player.session
             if session is None:
@@ -565,7 +565,7 @@ class Play:
                 self.vanish(session, witness.session)
 
     def add_in_vain(self) -> None:
-        """What the database cannot take counts until the server ends."""
+        """A network that cannot be stored exists until the server ends."""
         name = self.unique("Unstored")
         answer = self.server.control.ask("network add", name=name, password=PASSWORD)
         if answer["ok"] or "done until the server ends" not in answer["error"]:
@@ -573,7 +573,7 @@ class Play:
         self.model.networks.append(Network(name, PASSWORD, 5))
 
     def finish(self) -> None:
-        """All that was said has arrived and is right."""
+        """Waits until everything said has arrived, and compares everything with the model."""
         for player in self.players:
             session = player.session
             if session is not None and any(notice[1] != wire.REFUSAL for notice in session.notices):
@@ -590,7 +590,7 @@ class Play:
         self.check_footprint(len(self.model.sessions))
 
     def ask_around(self, sessions: List[Session]) -> None:
-        """Until each has been answered, and so all that it said before was done."""
+        """Waits for an answer to each session, after which its earlier messages are handled."""
         asked = []
         for session in list(sessions):
             connection = session.connection
@@ -619,10 +619,10 @@ class Play:
             return seen[0] == count
 
         self.pump.until(has_count, lambda: f"{count} connections, not {seen[0]}")
-        # What the first round is answered behind is done, what the second, is delivered.
+        # After the first round all messages are handled, after the second all output is delivered.
         for _ in range(2):
             self.ask_around(self.model.sessions)
-        # Who cannot be asked comes last: what is lost shows at the others, and at once.
+        # Sessions that cannot be asked come last: a loss shows at the others at once.
         late = [s for s in self.model.sessions if s.half is not None or s.state == "refused"]
         played = [s for s in self.model.sessions + self.leaving if s not in late]
         self.count(played)
@@ -641,7 +641,7 @@ class Play:
             for what in session.connection.heard.values())
 
     def observe(self) -> None:
-        """What the server says of itself, and members of each other."""
+        """Compares the server's lists, and lists of members, with the model."""
         control, model = self.server.control, self.model
         rows = [(row["name"], row["users"], row["max-users"], row["enabled"])
                 for row in control.do("networks")["rows"]]
@@ -665,7 +665,7 @@ class Play:
             self.ask_members(player.session)
 
     def ask_members(self, session: Session) -> None:
-        """The list, whose end shows by the answer to another question."""
+        """Compares a list of members. The answer to another question marks its end."""
         assert session.network is not None
         connection = session.connection
         connection.send(session.tell(wire.MEMBER) + session.tell(wire.ADMIN))
@@ -679,7 +679,7 @@ class Play:
         connection.answers = [one for one in connection.answers if one[0] != wire.MEMBER]
 
     def check_footprint(self, connections: int) -> None:
-        """At rest: descriptors and memory are what so many connections need."""
+        """Checks descriptors and memory at rest."""
         server, control = self.server, self.server.control
         if server.first_memory is None:
             server.first_memory = server.memory()
@@ -696,7 +696,7 @@ class Play:
 
 
 class Fault:
-    """Something that goes wrong around what everybody does, and what then still works."""
+    """A fault during a step, and what still works under it."""
 
     name = "nothing"
     serves = True  # those who are connected

@@ -1,4 +1,4 @@
-"""What clients and server say to each other, as the soak needs it."""
+"""The part of the protocol that the soak needs."""
 
 import hashlib
 import struct
@@ -24,7 +24,7 @@ def digest(password: str) -> bytes:
 
 
 class Stream:
-    """Bytes as they come; `take` cuts the messages off them and keeps the rest."""
+    """Cuts received bytes into messages and keeps an incomplete rest."""
 
     def __init__(self) -> None:
         self.rest = b""
