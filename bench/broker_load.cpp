@@ -40,7 +40,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::seconds kPatience{20};  // for what never comes
+constexpr std::chrono::seconds kPatience{20};  // for missing deliveries
 constexpr std::string_view kLineEnd = "\r\n";
 // Length of the words "message" and "reports" in a message of Redis. Every report is longer.
 constexpr std::size_t kWordBytes = 7;
@@ -80,8 +80,7 @@ constexpr Protocol kNats{
     .publish = "PUB reports ",
     .payloadPrefix = "MSG "};
 
-// One member's connection. Sending blocks, which brokers that read what they are sent never make
-// long.
+// One member's connection. Sending blocks, briefly with a broker that reads its input.
 class Connection {
  public:
   Connection(const sockaddr_in& broker, const Protocol& protocol, Member member)
@@ -111,7 +110,7 @@ class Connection {
     }
   }
 
-  // Reads what is there and calls onMessage(payload) for each message.
+  // Reads the available input and calls onMessage(payload) for each message.
   template <typename OnMessage>
   void Read(OnMessage&& onMessage) {
     Receive(MSG_DONTWAIT);
@@ -138,7 +137,7 @@ class Connection {
     return line;
   }
 
-  // Takes a whole message or another line off the front; false if there is none yet.
+  // Takes a whole message or another line from the front. False if there is none yet.
   template <typename OnMessage>
   bool TakeOne(std::string_view& rest, OnMessage& onMessage) {
     std::string_view left = rest;
@@ -205,7 +204,7 @@ class BrokerRun {
     }
   }
 
-  // Every member in turn, evenly spread.
+  // The members report in turn, spread evenly.
   void SendAtRate() {
     const auto total = static_cast<std::uint64_t>(
         std::chrono::duration<double>(*myOptions.duration).count() / SecondsBetween());
@@ -243,7 +242,7 @@ class BrokerRun {
       Serve(giveUp);
   }
 
-  // Waits for messages, until the time at most, and takes those that are there.
+  // Waits until then for messages, and takes those that are available.
   void Serve(Clock::time_point until) {
     std::array<epoll_event, 256> events;
     const auto left = std::max(until - Clock::now(), Clock::duration::zero());

@@ -10,7 +10,7 @@ constexpr Member kOther{1, 2};
 
 class DeliveryBookTest : public testing::Test {
  protected:
-  // Two networks of three members, of whom two report.
+  // Two networks of three members, two of which report.
   DeliveryBook myBook{2, 3, 2};
 };
 
@@ -28,7 +28,7 @@ TEST_F(DeliveryBookTest, ExpectsEachReportOnceAtEveryOtherMember) {
   EXPECT_EQ(myBook.Unexpected(), 0U);
 }
 
-TEST_F(DeliveryBookTest, CountsWhatShouldNotHaveCome) {
+TEST_F(DeliveryBookTest, CountsUnexpectedDeliveries) {
   for (int i = 0; i < 3; ++i)
     myBook.Send(kSender);
   client::Report altered = ReportOf(kSender, 2);
@@ -40,8 +40,9 @@ TEST_F(DeliveryBookTest, CountsWhatShouldNotHaveCome) {
   EXPECT_FALSE(myBook.Receive(kOther, kSender, altered)) << "altered";
   EXPECT_FALSE(myBook.Receive(kSender, kSender, ReportOf(kSender, 1))) << "its own";
   EXPECT_FALSE(myBook.Receive({0, 2}, kSender, ReportOf(kSender, 1))) << "another network's";
-  EXPECT_FALSE(myBook.Receive({1, 1}, kOther, ReportOf(kOther, 1))) << "of one who sends nothing";
-  EXPECT_FALSE(myBook.Receive(kOther, {7, 0}, ReportOf({7, 0}, 1))) << "of nobody";
+  EXPECT_FALSE(myBook.Receive({1, 1}, kOther, ReportOf(kOther, 1)))
+      << "of a member that sends nothing";
+  EXPECT_FALSE(myBook.Receive(kOther, {7, 0}, ReportOf({7, 0}, 1))) << "of no member";
   EXPECT_EQ(myBook.Unexpected(), 7U);
   EXPECT_EQ(myBook.Received(), 1U);
 

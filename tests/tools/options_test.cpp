@@ -20,7 +20,7 @@ TEST(Options, HostileTakesTwoNetworksAndAKnownPart) {
   EXPECT_EQ(parsed.options->attack, FindAttack("rush"));
 }
 
-TEST(Options, RefusesWhatCannotBeCarriedOut) {
+TEST(Options, RefusesWrongCommandLines) {
   for (const char* const words :
        {"hostile --network A --part rush", "hostile --network A --network B",
         "hostile --network A --network B --part none", "rate --network A --part rush",

@@ -33,8 +33,8 @@ class RunsTest : public testing::Test {
     options.server.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   }
 
-  // The run on a thread of its own, the server on this one. `meanwhile` is called when the server
-  // has raised so many events.
+  // Executes the run on another thread and the server on this one. Calls `meanwhile` once the
+  // server has raised that many events.
   template <typename Result>
   Result Execute(
       Result (*run)(const Options&), std::size_t events = 0,
@@ -55,7 +55,7 @@ class RunsTest : public testing::Test {
   Options options;
 };
 
-TEST_F(RunsTest, ChurnCountsEachLogInThatWasFollowedByALeave) {
+TEST_F(RunsTest, ChurnCountsEachVisit) {
   const NetworkRef network = server.AddNetwork("Net");
   options.mode = Mode::Churn;
   for (const LeaveWay way : {LeaveWay::Orderly, LeaveWay::Abrupt}) {
@@ -63,7 +63,7 @@ TEST_F(RunsTest, ChurnCountsEachLogInThatWasFollowedByALeave) {
     options.leave = way;
     const RunResult result = Execute(RunChurn);
     EXPECT_TRUE(result.IsGood()) << result.ToText();
-    EXPECT_GT(result.visits, options.users) << "they come back";
+    EXPECT_GT(result.visits, options.users) << "clients come back";
     const std::size_t visits = result.visits.value_or(0);
     EXPECT_TRUE(PumpUntil([&] { return server.events.size() == 2 * visits; }))
         << visits << " visits, " << server.events.size() << " events";
@@ -73,7 +73,7 @@ TEST_F(RunsTest, ChurnCountsEachLogInThatWasFollowedByALeave) {
                 testing::Contains(address + std::string(": Client Connection Initiated...")));
 }
 
-TEST_F(RunsTest, ChurnFailsWhenAClientIsRefused) {
+TEST_F(RunsTest, ChurnFailsIfAClientIsRefused) {
   server.AddNetwork("Net", "secret", 1);
   options.mode = Mode::Churn;
   const RunResult result = Execute(RunChurn);
@@ -81,7 +81,7 @@ TEST_F(RunsTest, ChurnFailsWhenAClientIsRefused) {
   EXPECT_GT(result.connectFailures, 0U);
 }
 
-TEST_F(RunsTest, IdleFailsOnlyWhenSomethingComes) {
+TEST_F(RunsTest, IdleFailsOnlyIfAMessageComes) {
   server.AddNetwork("Net");
   TestClient other(server.Port());
   ASSERT_TRUE(other.LogIn("Net", "secret", "other"));
@@ -95,7 +95,7 @@ TEST_F(RunsTest, IdleFailsOnlyWhenSomethingComes) {
   EXPECT_GT(disturbed.unexpected, 0U);
 }
 
-TEST_F(RunsTest, RushTellsWhoWasGreetedRefusedAndLeftHanging) {
+TEST_F(RunsTest, RushCountsGreetedRefusedAndHungClients) {
   server.listener->SetMaximumSocketsConnected(10);
   server.listener->Listen();
   Aim();
@@ -119,11 +119,11 @@ TEST_F(RunsTest, RushTellsWhoWasGreetedRefusedAndLeftHanging) {
 
   options.duration = std::chrono::milliseconds(50);
   const RushResult hung = RunRush(options);
-  EXPECT_FALSE(hung.IsGood()) << "nobody ran the server";
+  EXPECT_FALSE(hung.IsGood()) << "the server did not run";
   EXPECT_EQ(hung.Hung(hung.rounds[0]), 10U);
 }
 
-TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
+TEST_F(RunsTest, HostileRunCountsHonestMembersOnly) {
   server.AddNetwork("Net", "secret", 20);
   TestClient stranger(server.Port());
   ASSERT_TRUE(stranger.LogIn("Net", "secret", std::string(kStrangerPrefix) + " of ours"));
@@ -147,7 +147,7 @@ TEST_F(RunsTest, HostileRunAccountsForTheHonestAlone) {
   EXPECT_GE(result.serverPeakKib, result.serverRssKib);
 }
 
-TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
+TEST_F(RunsTest, HostileRunFailsIfStrangersCannotLogIn) {
   server.AddNetwork("Net");
   options.mode = Mode::Hostile;
   options.strangersNetwork = "unknown";
@@ -159,7 +159,7 @@ TEST_F(RunsTest, HostileRunFailsWhenTheStrangersDoNotGetIn) {
   EXPECT_EQ(result.deliveries->missing, 0U) << result.ToText();
 }
 
-TEST_F(RunsTest, StrangerComesBackAndSendsAllThatItSays) {
+TEST_F(RunsTest, StrangerComesBackAndSendsAllItsOutput) {
   std::string block;  // more than a socket takes at once
   for (int i = 0; i < 8000; ++i)
     client::AppendFrame(block, 77, std::string(1000, 'x'));

@@ -10,8 +10,8 @@
 
 namespace corvane::swarm {
 
-// The strangers of one attack, on a thread with a lower priority than the one that measures. What
-// they receive is discarded.
+// Runs the strangers of one attack on their own thread, which has a lower priority than the
+// measuring one. Their input is discarded.
 class Attackers : public ClientEvents {
  public:
   Attackers(const Options& options, Attack attack);
