@@ -43,7 +43,7 @@ constexpr OptionRow kOptions[] = {
     {"password", "text", "", "Password of the networks, as plain text.", nullptr},
     {"users", "count", "25", "Players in each network.", nullptr},
     {"user-prefix", "text", "swarm",
-     "Begin of the user names of a measured run. User names are unique on a server: give each of "
+     "Prefix of the user names of a measured run. User names are unique on a server: give each of "
      "several runs its own.",
      nullptr},
     {"seconds", "time", nullptr,
@@ -63,7 +63,7 @@ constexpr OptionRow kOptions[] = {
      "demo fanout rate idle churn hostile"},
     {"clients", "count", "1000", "rush: clients that connect at the same moment.", "rush"},
     {"rounds", "count", "1", "rush: how many rushes, one after the other.", "rush"},
-    {"part", "name", nullptr, "hostile: the attack, one of those below.", "hostile"},
+    {"part", "name", nullptr, "hostile: the attack, one of those above.", "hostile"},
     {"stranger-addresses", "count", "0",
      "hostile: addresses that the strangers come from, 127.1.0.1 and on.", "hostile"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
