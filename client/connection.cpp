@@ -169,36 +169,4 @@ void Connection::Ended(const Ending& ending) {
   if (StateChanged) StateChanged();
 }
 
-// Does what only a session that is logged in can do.
-template <typename Act>
-void Connection::InSession(Act&& act) {
-  if (!mySession) return;
-  act(*mySession);
-  Flush();
-}
-
-void Connection::Send(const Report& report) {
-  InSession([&](Session& session) { session.Send(report); });
-}
-
-void Connection::Kick(const std::string& user) {
-  InSession([&](Session& session) { session.Kick(user); });
-}
-
-void Connection::BanUser(const std::string& user, const std::string& reason) {
-  InSession([&](Session& session) { session.BanUser(user, reason); });
-}
-
-void Connection::Say(const std::string& text) {
-  InSession([&](Session& session) { session.Say(text); });
-}
-
-void Connection::AskForBans() {
-  InSession([](Session& session) { session.AskForBans(); });
-}
-
-void Connection::LiftBan(const std::string& id) {
-  InSession([&](Session& session) { session.LiftBan(id); });
-}
-
 }  // namespace corvane::client

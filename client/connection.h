@@ -13,6 +13,7 @@
 
 #include "client/members.h"
 #include "client/session.h"
+#include "client/wire.h"
 
 namespace corvane::client {
 
@@ -49,7 +50,6 @@ class Connection : private SessionEvents {
     std::chrono::milliseconds logIn{60'000};
   };
 
-  Connection() : Connection(Patience{}) {}
   explicit Connection(Patience patience);
   ~Connection() override;
   Connection(const Connection&) = delete;
@@ -80,12 +80,17 @@ class Connection : private SessionEvents {
   client::Members& Others() { return myMembers; }
 
   // These do nothing unless online.
-  void Send(const Report& report);
-  void Kick(const std::string& user);
-  void BanUser(const std::string& user, const std::string& reason);
-  void Say(const std::string& text);
-  void AskForBans();
-  void LiftBan(const std::string& id);
+  void Send(const Report& report) { SendInSession(report); }
+  // The administrators' commands. A user whose name holds a bar cannot be named in them.
+  void Kick(const std::string& user) {
+    SendInSession(command::kKick, user + '|' + myDestination.account.network);
+  }
+  void BanUser(const std::string& user, const std::string& reason) {
+    SendInSession(command::kBan, user + '|' + reason);
+  }
+  void Say(const std::string& text) { SendInSession(command::kSay, text); }
+  void AskForBans() { SendInSession(command::kBans, std::string_view()); }
+  void LiftBan(const std::string& id) { SendInSession(command::kLiftBan, id); }
 
  private:
   void Start();
@@ -94,8 +99,11 @@ class Connection : private SessionEvents {
   void Refresh();
   void EndSession(Ending::Cause cause, const QString& text = {});
   void Change(State state);
-  template <typename Act>
-  void InSession(Act&& act);
+  template <typename... What>
+  void SendInSession(const What&... what) {
+    if (mySession) mySession->Send(what...);
+    Flush();
+  }
 
   void LoggedIn() override;
   void Listed(bool isAdministrator) override;

@@ -117,40 +117,20 @@ void Session::AskForMembers() {
   if (myAwaitsList || !IsLoggedIn()) return;
   myAwaitsList = true;
   myMembers.BeginList();
-  Ask(command::kMember, {});
-  Ask(command::kRights, {});
+  Send(command::kMember, {});
+  Send(command::kRights, {});
 }
 
 void Session::Send(const Report& report) {
   if (IsLoggedIn()) AppendReport(myOutput, report);
 }
 
-void Session::Kick(const std::string& user) {
-  Ask(command::kKick, user + '|' + myLogin.Details().network);
-}
-
-void Session::BanUser(const std::string& user, const std::string& reason) {
-  Ask(command::kBan, user + '|' + reason);
-}
-
-void Session::Say(const std::string& text) {
-  Ask(command::kSay, text);
-}
-
-void Session::AskForBans() {
-  Ask(command::kBans, {});
-}
-
-void Session::LiftBan(const std::string& id) {
-  Ask(command::kLiftBan, id);
-}
-
 void Session::Leave() {
-  Ask(command::kLeave, {});
+  Send(command::kLeave, {});
   End({Ending::Cause::Left, {}});
 }
 
-void Session::Ask(std::int32_t command, std::string_view payload) {
+void Session::Send(std::int32_t command, std::string_view payload) {
   if (IsLoggedIn()) AppendFrame(myOutput, command, payload);
 }
 

@@ -54,12 +54,7 @@ class Session {
   // while the list asked for before has not come.
   void AskForMembers();
   void Send(const Report& report);
-  // The administrators' commands. A user whose name holds a bar cannot be named in them.
-  void Kick(const std::string& user);
-  void BanUser(const std::string& user, const std::string& reason);
-  void Say(const std::string& text);
-  void AskForBans();
-  void LiftBan(const std::string& id);
+  void Send(std::int32_t command, std::string_view payload);
   // Asks the server's leave; what comes after it is not read any more.
   void Leave();
 
@@ -73,7 +68,6 @@ class Session {
   void TakeLoggedIn(std::int32_t command, std::string_view payload, Clock::time_point now);
   void TakeMember(std::string_view payload, Clock::time_point now);
   void TakeRights(std::string_view payload);
-  void Ask(std::int32_t command, std::string_view payload);
   void Break(const char* what);
 
   Login myLogin;

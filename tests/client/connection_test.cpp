@@ -38,9 +38,14 @@ class ConnectionTest : public testing::Test {
   bool Reaches(State state) {
     return PumpUntil([&] { return connection.CurrentState() == state; });
   }
+  bool IsLetIn(FalseServer& server) {
+    if (!server.Accept()) return false;
+    server.LetIn();
+    return Reaches(State::Online);
+  }
   // Whether it has been online and has the answers to what it asked for.
   bool IsSettled() {
-    return PumpUntil([&] { return connection.CurrentState() == State::Online; }) &&
+    return Reaches(State::Online) &&
            PumpUntil([&] { return connection.IsAdministrator() == isAdministrator; });
   }
 
@@ -171,9 +176,7 @@ TEST_F(PatientConnectionTest, OnlyTheLogInHasATimeLimit) {
   ASSERT_TRUE(PumpUntil([&] { return !endings.empty(); }));
   EXPECT_THAT(endings, ElementsAre(Cause::Silent));
   Open(server.Port());
-  ASSERT_TRUE(server.Accept());
-  server.LetIn();
-  ASSERT_TRUE(Reaches(State::Online));
+  ASSERT_TRUE(IsLetIn(server));
   PumpFor(milliseconds(1200));
   EXPECT_EQ(connection.CurrentState(), State::Online);
 }
@@ -182,9 +185,7 @@ TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
   for (const std::int32_t command : {996, 997, 999}) {
     FalseServer server;
     Open(server.Port());
-    ASSERT_TRUE(server.Accept());
-    server.LetIn();
-    ASSERT_TRUE(Reaches(State::Online));
+    ASSERT_TRUE(IsLetIn(server));
     // What came before the end says why, however much it is.
     server.Send(WireBytes(998, std::string(100'000, 'x')) + WireBytes(command, "go"));
     server.HangUp();
@@ -198,8 +199,7 @@ TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
 TEST_F(AskingConnectionTest, GivesUpAServerThatAnswersNoMore) {
   FalseServer server;
   Open(server.Port());
-  ASSERT_TRUE(server.Accept());
-  server.LetIn();
+  ASSERT_TRUE(IsLetIn(server));
   ASSERT_TRUE(PumpUntil([&] { return !endings.empty(); }));
   EXPECT_THAT(endings, ElementsAre(Cause::Silent));
   EXPECT_EQ(connection.CurrentState(), State::Waiting);
@@ -211,8 +211,7 @@ TEST_F(AskingConnectionTest, GivesUpAServerThatAnswersNoMore) {
 TEST_F(ConnectionTest, StaysBoundedUnderAMillionMembers) {
   FalseServer server;
   Open(server.Port());
-  ASSERT_TRUE(server.Accept());
-  server.LetIn();
+  ASSERT_TRUE(IsLetIn(server));
   for (int part = 0; part < 40; ++part) {
     std::string list;
     for (int i = 0; i < 25'000; ++i)
@@ -232,13 +231,9 @@ TEST_F(ConnectionTest, MayBeReopenedFromWithinAnEvent) {
   FalseServer second;
   connection.IsTold = [&](std::string_view) { Open(second.Port()); };
   Open(first.Port());
-  ASSERT_TRUE(first.Accept());
-  first.LetIn();
-  ASSERT_TRUE(Reaches(State::Online));
+  ASSERT_TRUE(IsLetIn(first));
   first.Send(WireBytes(998, "go") + WireBytes(5, "Bob|1,2,3,4,0,0"));
-  ASSERT_TRUE(second.Accept());
-  second.LetIn();
-  ASSERT_TRUE(Reaches(State::Online));
+  ASSERT_TRUE(IsLetIn(second));
   EXPECT_EQ(connection.Others().Count(), 0U);
 
   for (const State at : {State::Connecting, State::LoggingIn, State::Online}) {
