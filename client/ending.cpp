@@ -14,16 +14,8 @@ struct Texts {
 }  // namespace
 
 bool Ending::IsWorthComingBack() const {
-  switch (cause) {
-    case Cause::Unreachable:
-    case Cause::Lost:
-    case Cause::Silent:
-    case Cause::NetworkRefused:
-    case Cause::UserNameRefused:
-      return true;
-    default:
-      return false;
-  }
+  return cause == Cause::Unreachable || cause == Cause::Lost || cause == Cause::Silent ||
+         cause == Cause::NetworkRefused || cause == Cause::UserNameRefused;
 }
 
 QString Ending::Explanation() const {

@@ -12,34 +12,27 @@ Login::State Login::Receive(std::int32_t command, std::string_view payload, std:
   if (command == command::kBanned) return Refuse(Ending::Cause::AddressBanned, payload);
   if (command != myAwaited) return State::Waiting;
 
-  const bool isGreeting = command == command::kNetworkName;
-  if (!isGreeting && payload == "FAIL") {
-    switch (command - 1) {
-      case command::kNetworkName:
-        return Refuse(Ending::Cause::NetworkRefused, {});
-      case command::kPassword:
-        return Refuse(Ending::Cause::PasswordRefused, {});
-      default:
-        return Refuse(Ending::Cause::UserNameRefused, {});
-    }
-  }
-  if (payload != (isGreeting ? "Network" : "OK"))
+  // By command: the answer to one step and the request for the next.
+  struct Step {
+    std::string_view expected;
+    Ending::Cause failure;
+    const std::string* reply;
+  };
+  const Step steps[] = {
+      {"Network", Ending::Cause::Malformed, &myAccount.network},
+      {"OK", Ending::Cause::NetworkRefused, &myAccount.passwordDigest},
+      {"OK", Ending::Cause::PasswordRefused, &myAccount.userName},
+      {"OK", Ending::Cause::UserNameRefused, nullptr},
+  };
+  const Step& step = steps[command - command::kNetworkName];
+  if (payload == "FAIL" && step.failure != Ending::Cause::Malformed)
+    return Refuse(step.failure, {});
+  if (payload != step.expected)
     return Refuse(Ending::Cause::Malformed, "an answer to the log-in that is none");
-
+  if (step.reply == nullptr) return State::LoggedIn;
   ++myAwaited;
-  switch (command) {
-    case command::kNetworkName:
-      AppendFrame(output, command::kNetworkName, myAccount.network);
-      return State::Waiting;
-    case command::kPassword:
-      AppendFrame(output, command::kPassword, myAccount.passwordDigest);
-      return State::Waiting;
-    case command::kUserName:
-      AppendFrame(output, command::kUserName, myAccount.userName);
-      return State::Waiting;
-    default:
-      return State::LoggedIn;
-  }
+  AppendFrame(output, command, *step.reply);
+  return State::Waiting;
 }
 
 Login::State Login::Refuse(Ending::Cause cause, std::string_view text) {

@@ -9,13 +9,6 @@
 namespace corvane::client {
 namespace {
 
-// The fields behind the name, which may hold a bar itself; none without a bar.
-std::optional<std::string_view> Fields(std::string_view payload) {
-  const std::size_t bar = payload.rfind('|');
-  if (bar == std::string_view::npos) return std::nullopt;
-  return payload.substr(bar + 1);
-}
-
 // Fills `numbers` from the text, which has to be exactly these numbers with commas between.
 bool ReadNumbers(std::string_view text, std::span<std::int32_t> numbers) {
   const char* next = text.data();
@@ -29,8 +22,14 @@ bool ReadNumbers(std::string_view text, std::span<std::int32_t> numbers) {
   return next == end;
 }
 
-bool IsFlag(std::int32_t number) {
-  return number == 0 || number == 1;
+using Numbers = std::array<std::int32_t, 6>;
+
+// None unless the last two numbers are flags.
+std::optional<MemberRecord> ToRecord(std::string_view name, const Numbers& numbers) {
+  const auto isFlag = [](std::int32_t number) { return number == 0 || number == 1; };
+  if (!isFlag(numbers[4]) || !isFlag(numbers[5])) return std::nullopt;
+  return MemberRecord{
+      name, {numbers[0], numbers[1], numbers[2], numbers[3], numbers[4] == 1, numbers[5] == 1}};
 }
 
 }  // namespace
@@ -54,31 +53,26 @@ void AppendReport(std::string& output, const Report& report) {
               std::string_view(text.data(), static_cast<std::size_t>(end - text.data())));
 }
 
+// The name may hold bars itself.
 std::optional<MemberRecord> ParseRelay(std::string_view payload) {
-  const auto fields = Fields(payload);
-  std::array<std::int32_t, 6> numbers{};
-  if (!fields || !ReadNumbers(*fields, numbers) || !IsFlag(numbers[4]) || !IsFlag(numbers[5]))
+  const std::size_t bar = payload.rfind('|');
+  Numbers numbers{};
+  if (bar == std::string_view::npos || !ReadNumbers(payload.substr(bar + 1), numbers))
     return std::nullopt;
-  return MemberRecord{
-      payload.substr(0, payload.size() - fields->size() - 1),
-      {numbers[0], numbers[1], numbers[2], numbers[3], numbers[4] == 1, numbers[5] == 1}};
+  return ToRecord(payload.substr(0, bar), numbers);
 }
 
 std::optional<MemberRecord> ParseListed(std::string_view payload) {
-  const auto fields = Fields(payload);
+  const std::size_t bar = payload.rfind('|');
   // The end is the same for everybody: a flag, a comma, a flag.
   constexpr std::size_t kFlags = 3;
-  if (!fields || fields->size() < kFlags) return std::nullopt;
-  const std::string_view flags = fields->substr(fields->size() - kFlags);
-  const int inBattle = flags[0] - '0';
-  const int isDead = flags[2] - '0';
-  std::array<std::int32_t, 4> numbers{};
-  if (!IsFlag(inBattle) || flags[1] != ',' || !IsFlag(isDead) ||
-      !ReadNumbers(fields->substr(0, fields->size() - kFlags), numbers)) {
+  if (bar == std::string_view::npos || payload.size() - bar <= kFlags) return std::nullopt;
+  const std::string_view flags = payload.substr(payload.size() - kFlags);
+  payload.remove_suffix(kFlags);
+  Numbers numbers{0, 0, 0, 0, flags[0] - '0', flags[2] - '0'};
+  if (flags[1] != ',' || !ReadNumbers(payload.substr(bar + 1), std::span(numbers).first(4)))
     return std::nullopt;
-  }
-  return MemberRecord{payload.substr(0, payload.size() - fields->size() - 1),
-                      {numbers[0], numbers[1], numbers[2], numbers[3], inBattle == 1, isDead == 1}};
+  return ToRecord(payload.substr(0, bar), numbers);
 }
 
 }  // namespace corvane::client
