@@ -6,8 +6,9 @@
 
 namespace corvane::map {
 
-Administration::Administration(client::Connection& connection, QWidget& window)
-    : myConnection(connection), myWindow(window) {
+Administration::Administration(client::Connection& connection, MessagesPane& messages,
+                               QWidget& window)
+    : myConnection(connection), myMessages(messages), myWindow(window) {
   myConnection.GetsBans = [this](const client::BanList& list) {
     if (myBans) myBans->Show(list);
   };
@@ -16,14 +17,15 @@ Administration::Administration(client::Connection& connection, QWidget& window)
 // The commands separate their fields by bars.
 bool Administration::CanName(const std::string& user) const {
   if (user.find('|') == std::string::npos) return true;
-  Says(tr("%1 cannot be named to the server, since the name holds a bar.").arg(DisplayText(user)));
+  myMessages.Add(
+      tr("%1 cannot be named to the server, since the name holds a bar.").arg(DisplayText(user)));
   return false;
 }
 
 void Administration::Kick(const std::string& user) {
   if (!CanName(user)) return;
   myConnection.Kick(user);
-  Says(tr("You have kicked %1.").arg(DisplayText(user)));
+  myMessages.Add(tr("You have kicked %1.").arg(DisplayText(user)));
 }
 
 void Administration::Ban(const std::string& user) {
@@ -34,7 +36,7 @@ void Administration::Ban(const std::string& user) {
       tr("&Reason:"), tr("&Ban"), myWindow);
   dialog->Confirmed = [this, user](const QString& reason) {
     myConnection.BanUser(user, TextFromDisplay(reason));
-    Says(tr("You have banned %1.").arg(DisplayText(user)));
+    myMessages.Add(tr("You have banned %1.").arg(DisplayText(user)));
   };
   dialog->open();
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <string>
 
 #include <QCoreApplication>
@@ -9,6 +8,7 @@
 
 #include "client/connection.h"
 #include "map/bans_dialog.h"
+#include "map/messages_pane.h"
 
 namespace corvane::map {
 
@@ -18,11 +18,8 @@ class Administration {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::Administration)
 
  public:
-  // Borrows both.
-  Administration(client::Connection& connection, QWidget& window);
-
-  // A line for the pane of messages, which writes out what cannot be seen.
-  std::function<void(const QString&)> Says;
+  // Borrows all three.
+  Administration(client::Connection& connection, MessagesPane& messages, QWidget& window);
 
   void Kick(const std::string& user);
   void Ban(const std::string& user);
@@ -33,6 +30,7 @@ class Administration {
   bool CanName(const std::string& user) const;
 
   client::Connection& myConnection;
+  MessagesPane& myMessages;
   QWidget& myWindow;
   QPointer<BansDialog> myBans;
 };

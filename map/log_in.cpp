@@ -10,8 +10,9 @@ namespace corvane::map {
 using Cause = client::Ending::Cause;
 using State = client::Connection::State;
 
-LogIn::LogIn(client::Connection& connection, Settings& settings, QWidget& window)
-    : myConnection(connection), mySettings(settings), myWindow(window) {}
+LogIn::LogIn(client::Connection& connection, Settings& settings, MessagesPane& messages,
+             QWidget& window)
+    : myConnection(connection), mySettings(settings), myMessages(messages), myWindow(window) {}
 
 void LogIn::Ask() {
   if (myDialog == nullptr) {
@@ -52,7 +53,7 @@ void LogIn::Follow() {
 
 void LogIn::End(const client::Ending& ending) {
   const QString text = ending.Explanation();
-  if (Says) Says(text);
+  myMessages.Add(text);
   if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)
     myDialog->ShowFailure(VisibleText(TextFromDisplay(text)));
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <functional>
 #include <optional>
 
 #include <QCoreApplication>
@@ -8,6 +7,7 @@
 
 #include "client/connection.h"
 #include "map/connect_dialog.h"
+#include "map/messages_pane.h"
 #include "map/settings.h"
 
 namespace corvane::map {
@@ -16,11 +16,9 @@ namespace corvane::map {
 // worked.
 class LogIn {
  public:
-  // Borrows all three.
-  LogIn(client::Connection& connection, Settings& settings, QWidget& window);
-
-  // A line for the pane of messages, which writes out what cannot be seen.
-  std::function<void(const QString&)> Says;
+  // Borrows all four.
+  LogIn(client::Connection& connection, Settings& settings, MessagesPane& messages,
+        QWidget& window);
 
   // Opens the dialog, with what was typed into it if no attempt has worked since.
   void Ask();
@@ -37,6 +35,7 @@ class LogIn {
 
   client::Connection& myConnection;
   Settings& mySettings;
+  MessagesPane& myMessages;
   QWidget& myWindow;
   ConnectDialog* myDialog = nullptr;       // the window owns it
   std::optional<RecentServer> myUnproven;  // to be remembered when it works

@@ -1,7 +1,6 @@
 #include "map/map_window.h"
 
 #include <chrono>
-#include <set>
 #include <utility>
 
 #include <QApplication>
@@ -27,13 +26,15 @@ constexpr std::size_t kMaxFacets = 200;
 
 MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
                      client::Connection::Patience patience)
-    : mySettings(settingsFile),
+    : txtMessages(new MessagesPane(this)),
+      mySettings(settingsFile),
       myConnection(patience),
       myBoard(myConnection.Others()),
       myOwnPosition(myConnection),
-      myLogIn(myConnection, mySettings, *this),
-      myAdministration(myConnection, *this),
-      myPictures(cacheFolder) {
+      myLogIn(myConnection, mySettings, *txtMessages, *this),
+      myAdministration(myConnection, *txtMessages, *this),
+      myPictures(cacheFolder),
+      myRows(std::make_unique<QSplitter>(Qt::Vertical)) {
   setWindowTitle(tr("Corvane Map"));
   setObjectName(QStringLiteral("MapWindow"));
   map = new MapView(myBoard, myHighlights, this);
@@ -42,7 +43,6 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   cmbFacet = new QComboBox(this);
   barOwn = new OwnBar(myOwnPosition, this);
   pnlMembers = new MembersPanel(myConnection.Others(), this);
-  txtMessages = new MessagesPane(this);
   stsLine = new StatusLine(myConnection, this);
   actions = std::make_unique<MapActions>(*menuBar(), *map);
   pnlMembers->lstMembers->addActions({actions->actFollow, actions->actTrail, actions->actStop});
@@ -54,14 +54,6 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   ShowFacet(0);
   StateHasChanged();
   map->setFocus();
-}
-
-// The parts tell one another of members that go, so they go first and the members last.
-MapWindow::~MapWindow() {
-  myConnection.StateChanged = nullptr;
-  myConnection.HasEnded = nullptr;
-  myBoard.Goes = nullptr;
-  delete takeCentralWidget();
 }
 
 void MapWindow::LayOut() {
@@ -81,13 +73,12 @@ void MapWindow::LayOut() {
   myColumns->addWidget(map);
   myColumns->addWidget(pnlMembers);
   myColumns->setStretchFactor(0, 1);
-  myRows = new QSplitter(Qt::Vertical);
   myRows->addWidget(myColumns);
   myRows->addWidget(txtMessages);
   myRows->setStretchFactor(0, 1);
-  for (QSplitter* splitter : {myColumns, myRows})
+  for (QSplitter* splitter : {myColumns, myRows.get()})
     splitter->setChildrenCollapsible(false);
-  setCentralWidget(myRows);
+  setCentralWidget(myRows.get());
   setStatusBar(stsLine);
   QWidget* before = map;
   for (QWidget* next : std::initializer_list<QWidget*>{
@@ -104,13 +95,11 @@ void MapWindow::WireConnection() {
   myConnection.StateChanged = [this] { StateHasChanged(); };
   myConnection.HasEnded = [this](const client::Ending& ending) { myLogIn.End(ending); };
   myConnection.IsTold = [this](std::string_view text) {
-    Say(tr("Message: %1").arg(DisplayText(text)));
+    txtMessages->Add(tr("Message: %1").arg(DisplayText(text)));
   };
-  myLogIn.Says = [this](const QString& text) { Say(text); };
-  myAdministration.Says = [this](const QString& text) { Say(text); };
   myPictures.Ready = [this] { ShowPicture(); };
   myPictures.Progresses = [this](int percent) { stsLine->ShowProgress(percent); };
-  myPictures.Fails = [this](const QString& text) { Say(text); };
+  myPictures.Fails = [this](const QString& text) { txtMessages->Add(text); };
 }
 
 void MapWindow::WireMap() {
@@ -210,15 +199,12 @@ void MapWindow::closeEvent(QCloseEvent* event) {
   event->accept();
 }
 
-void MapWindow::LogInTo(const RecentServer& server) {
-  myLogIn.TryGiven(server);
-}
-
 void MapWindow::StateHasChanged() {
   const State state = myConnection.CurrentState();
   if (state == State::Online) {
     if (!std::exchange(myIsOnline, true)) {
-      Say(tr("You are in the network %1.").arg(DisplayText(myConnection.Where().account.network)));
+      const std::string& network = myConnection.Where().account.network;
+      txtMessages->Add(tr("You are in the network %1.").arg(DisplayText(network)));
       myOwnPosition.SendAgain();
     }
   } else {
@@ -229,10 +215,6 @@ void MapWindow::StateHasChanged() {
   myLogIn.Follow();
   stsLine->Update();
   EnableActions();
-}
-
-void MapWindow::Say(const QString& text) const {
-  txtMessages->Add(text);
 }
 
 void MapWindow::Select(const Member* member) {
@@ -288,14 +270,11 @@ void MapWindow::ListFacets() {
   for (const Marker* marker : myBoard.All()) {
     if (facets.size() < kMaxFacets) facets.insert(marker->facet);
   }
-  std::vector<int> listed;
-  listed.reserve(static_cast<std::size_t>(cmbFacet->count()));
-  for (int i = 0; i < cmbFacet->count(); ++i)
-    listed.push_back(cmbFacet->itemData(i).toInt());
-  if (!std::equal(facets.begin(), facets.end(), listed.begin(), listed.end())) {
+  if (facets != myFacets) {
     cmbFacet->clear();
     for (const int facet : facets)
       cmbFacet->addItem(QString::number(facet), facet);
+    myFacets = std::move(facets);
   }
   cmbFacet->setCurrentIndex(cmbFacet->findData(Facet()));
 
@@ -304,7 +283,7 @@ void MapWindow::ListFacets() {
     map->ShowAll();
   }
   if (myConnection.Others().IsIncomplete() && !std::exchange(myToldOfOthers, true))
-    Say(tr("Not all members are shown: there are too many, or names are too long."));
+    txtMessages->Add(tr("Not all members are shown: there are too many, or names are too long."));
 }
 
 void MapWindow::ShowFacet(int facet) {
@@ -328,7 +307,7 @@ void MapWindow::ShowPicture() {
   if (!folder) {
     myScene->ShowGrid();
   } else if (!myScene->ShowPicture(picture, *folder)) {
-    Say(tr("There are no tiles in %1.").arg(*folder));
+    txtMessages->Add(tr("There are no tiles in %1.").arg(*folder));
   } else if (myBoard.Extent(Facet()).isNull()) {
     map->ShowAll();
   }

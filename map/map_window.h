@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 
 #include <QComboBox>
 #include <QCoreApplication>
@@ -32,10 +33,9 @@ class MapWindow : public QMainWindow {
   // `settingsFile` is made if it is not there; pictures are cut below `cacheFolder`.
   MapWindow(const QString& settingsFile, const QString& cacheFolder,
             client::Connection::Patience patience = {});
-  ~MapWindow() override;
 
   // Logs in without asking, and asks where that fails.
-  void LogInTo(const RecentServer& server);
+  void LogInTo(const RecentServer& server) { myLogIn.TryGiven(server); }
   void AskWhere() { myLogIn.Ask(); }
   // Shows another facet.
   void ShowFacet(int facet);
@@ -68,7 +68,6 @@ class MapWindow : public QMainWindow {
   void KeepPlaces();
 
   void StateHasChanged();
-  void Say(const QString& text) const;
   void Select(const client::Member* member);
   void Forget(const client::Member& member);
   void EnableActions();
@@ -88,11 +87,13 @@ class MapWindow : public QMainWindow {
   MapPictures myPictures;
   std::unique_ptr<MapScene> myScene;
   QSplitter* myColumns;
-  QSplitter* myRows;
   QTimer myFacetTimer;
+  std::set<int> myFacets;      // that cmbFacet lists
   bool myShowsAllNext = true;  // as soon as somebody is there
   bool myIsOnline = false;
   bool myToldOfOthers = false;
+  // Of myColumns and the messages. Goes first, since the views in it use the members above.
+  std::unique_ptr<QSplitter> myRows;
 };
 
 }  // namespace corvane::map
