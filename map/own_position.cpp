@@ -25,8 +25,7 @@ OwnPosition::OwnPosition(client::Connection& connection) : myConnection(connecti
 
 void OwnPosition::SetOn(bool isOn) {
   myIsOn = isOn;
-  if (isOn) SendAgain();
-  if (Changed) Changed();
+  Update();
 }
 
 std::optional<client::Report> OwnPosition::Shown() const {
@@ -35,12 +34,11 @@ std::optional<client::Report> OwnPosition::Shown() const {
 }
 
 void OwnPosition::GoTo(QPointF place, int facet) {
-  client::Report report = myReport;
-  report.x = Held(place.x());
-  report.y = Held(place.y());
-  report.facet = facet;
+  myReport.x = Held(place.x());
+  myReport.y = Held(place.y());
+  myReport.facet = facet;
   myIsPlaced = true;
-  Take(report);
+  Update();
 }
 
 void OwnPosition::Step(int columns, int rows, int facet) {
@@ -48,15 +46,13 @@ void OwnPosition::Step(int columns, int rows, int facet) {
 }
 
 void OwnPosition::SetState(int hp, bool inBattle, bool isDead) {
-  client::Report report = myReport;
-  report.hp = hp;
-  report.inBattle = inBattle;
-  report.isDead = isDead;
-  Take(report);
+  myReport.hp = hp;
+  myReport.inBattle = inBattle;
+  myReport.isDead = isDead;
+  Update();
 }
 
-void OwnPosition::Take(const client::Report& report) {
-  myReport = report;
+void OwnPosition::Update() {
   SendAgain();
   if (Changed) Changed();
 }

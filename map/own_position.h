@@ -36,7 +36,7 @@ class OwnPosition {
   void SendAgain();
 
  private:
-  void Take(const client::Report& report);
+  void Update();
   void Send();
 
   client::Connection& myConnection;

@@ -11,12 +11,11 @@ constexpr QLatin1String kRecent("recent");
 constexpr QLatin1String kPictures("pictures");
 constexpr QLatin1String kPlaces("places/");
 
-}  // namespace
-
-bool RecentServer::IsSamePlace(const RecentServer& other) const {
-  return host == other.host && port == other.port && network == other.network &&
-         userName == other.userName;
+QString PictureGroup(int facet) {
+  return kPictures + '/' + QString::number(facet);
 }
+
+}  // namespace
 
 Settings::Settings(const QString& file) : mySettings(file, QSettings::IniFormat) {
   // A digest lets in whoever has it.
@@ -44,7 +43,10 @@ QList<RecentServer> Settings::RecentServers() const {
 
 void Settings::Remember(const RecentServer& server) {
   QList<RecentServer> servers = RecentServers();
-  servers.removeIf([&](const RecentServer& other) { return other.IsSamePlace(server); });
+  servers.removeIf([&](const RecentServer& other) {
+    return other.host == server.host && other.port == server.port &&
+           other.network == server.network && other.userName == server.userName;
+  });
   servers.prepend(server);
   servers.resize(std::min<qsizetype>(servers.size(), kMaxRecent));
   mySettings.remove(kRecent);
@@ -63,8 +65,7 @@ void Settings::Remember(const RecentServer& server) {
 
 MapPicture Settings::PictureOf(int facet) const {
   MapPicture picture;
-  mySettings.beginGroup(kPictures);
-  mySettings.beginGroup(QString::number(facet));
+  mySettings.beginGroup(PictureGroup(facet));
   const QString kind = mySettings.value("kind").toString();
   if (kind == QLatin1String("image")) picture.kind = MapPicture::Kind::Image;
   if (kind == QLatin1String("tiles")) picture.kind = MapPicture::Kind::Tiles;
@@ -73,22 +74,18 @@ MapPicture Settings::PictureOf(int facet) const {
   const double scale = mySettings.value("unitsPerPixel").toDouble();
   if (scale > 0) picture.unitsPerPixel = scale;
   mySettings.endGroup();
-  mySettings.endGroup();
   return picture;
 }
 
 void Settings::SetPictureOf(int facet, const MapPicture& picture) {
-  mySettings.beginGroup(kPictures);
-  mySettings.remove(QString::number(facet));
-  if (picture.kind != MapPicture::Kind::None) {
-    mySettings.beginGroup(QString::number(facet));
-    mySettings.setValue("kind", picture.kind == MapPicture::Kind::Image ? "image" : "tiles");
-    mySettings.setValue("path", picture.path);
-    mySettings.setValue("left", picture.corner.x());
-    mySettings.setValue("top", picture.corner.y());
-    mySettings.setValue("unitsPerPixel", picture.unitsPerPixel);
-    mySettings.endGroup();
-  }
+  mySettings.remove(PictureGroup(facet));
+  if (picture.kind == MapPicture::Kind::None) return;
+  mySettings.beginGroup(PictureGroup(facet));
+  mySettings.setValue("kind", picture.kind == MapPicture::Kind::Image ? "image" : "tiles");
+  mySettings.setValue("path", picture.path);
+  mySettings.setValue("left", picture.corner.x());
+  mySettings.setValue("top", picture.corner.y());
+  mySettings.setValue("unitsPerPixel", picture.unitsPerPixel);
   mySettings.endGroup();
 }
 

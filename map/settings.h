@@ -19,8 +19,6 @@ struct RecentServer {
   QString userName;
   // Of the password; empty unless the user wants it remembered. Never the password itself.
   QByteArray digest;
-
-  bool IsSamePlace(const RecentServer& other) const;
 };
 
 // What the program remembers, in one file.
