@@ -49,12 +49,6 @@ class Members {
   std::size_t Count() const { return myMembers.size(); }
   // The member of that name; null if there is none.
   const Member* Find(std::string_view name) const;
-  // Calls visit(member) for each, in no order.
-  template <typename Visit>
-  void ForEach(Visit&& visit) const {
-    for (const auto& [key, member] : myMembers)
-      visit(member);
-  }
   // Whether somebody was left out since the last Clear.
   bool IsIncomplete() const { return myIsIncomplete; }
 

@@ -39,18 +39,13 @@ void LabelPlacement::Avoid(const QRect& place) {
 }
 
 bool LabelPlacement::Take(const QRect& place) {
-  if (!myWindow.contains(place) || !IsFree(place)) return false;
-  Avoid(place);
-  return true;
-}
-
-bool LabelPlacement::IsFree(const QRect& place) const {
-  return ForEachCell(place, [&](std::int64_t key) {
-    const auto cell = myCells.find(key);
-    return cell == myCells.end() ||
-           std::none_of(cell->second.begin(), cell->second.end(),
-                        [&](const QRect& taken) { return taken.intersects(place); });
-  });
+  const bool isFree = myWindow.contains(place) && ForEachCell(place, [&](std::int64_t key) {
+                        return std::ranges::none_of(myCells[key], [&](const QRect& taken) {
+                          return taken.intersects(place);
+                        });
+                      });
+  if (isFree) Avoid(place);
+  return isFree;
 }
 
 }  // namespace corvane::map

@@ -21,8 +21,6 @@ class LabelPlacement {
   bool Take(const QRect& place);
 
  private:
-  bool IsFree(const QRect& place) const;
-
   QRect myWindow;
   // What was taken, by each cell of the window that it touches.
   std::unordered_map<std::int64_t, std::vector<QRect>> myCells;

@@ -42,11 +42,8 @@ QPainterPath Outline(MarkerShape shape) {
       path = QTransform().rotate(45).map(path.simplified());
       break;
     case MarkerShape::Own:
-      path = QTransform().rotate(45).map([] {
-        QPainterPath square;
-        square.addRect(-5.5, -5.5, 11, 11);
-        return square;
-      }());
+      path.addRect(-5.5, -5.5, 11, 11);
+      path = QTransform().rotate(45).map(path);
       break;
   }
   return path;

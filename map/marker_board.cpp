@@ -32,10 +32,6 @@ Marker::Marker(const Member& whom)
       motion(PlaceOf(whom)),
       place(PlaceOf(whom)) {}
 
-bool Marker::IsStale(Clock::time_point now) const {
-  return now - member->news >= kStaleAfter;
-}
-
 MarkerBoard::MarkerBoard(client::Members& members) : myMembers(members) {
   myMembers.Watch(*this);
 }
@@ -55,7 +51,7 @@ bool MarkerBoard::Advance(Clock::time_point now, int facet) {
   if (now < myNextLook) return isOtherPicture;
   myNextLook = now + kLookInterval;
   for (Marker* marker : myOrder) {
-    const bool isStale = marker->IsStale(now);
+    const bool isStale = now - marker->member->news >= kStaleAfter;
     if (std::exchange(marker->isStale, isStale) != isStale) isOtherPicture = true;
   }
   return isOtherPicture;

@@ -23,15 +23,12 @@ inline constexpr double kFarthest = 1 << 24;
 struct Marker {
   explicit Marker(const client::Member& whom);
 
-  // Without news for a minute.
-  bool IsStale(client::Clock::time_point now) const;
-
   const client::Member* member;
   QString name;  // as it is shown
   int facet;
   Motion motion;
-  QPointF place;  // as of the last Advance
-  bool isStale = false;
+  QPointF place;         // as of the last Advance
+  bool isStale = false;  // without news for a minute
   bool isMoving = false;
   bool hasTrail = false;
   std::deque<QPointF> trail;  // the oldest place first

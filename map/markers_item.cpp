@@ -69,10 +69,8 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   for (const Shown& shown : visible)
     myArt.Draw(*painter, shown.at, ShapeOf(shown.marker->member->report), shown.marker->isStale);
   for (const Shown& shown : visible) {
-    const Member* member = shown.marker->member;
     if (shown.marker->showsLabel) DrawLabel(*painter, shown);
-    if (member == myHighlights.selected || member == myHighlights.followed)
-      MarkerArt::DrawRing(*painter, shown.at);
+    if (myHighlights.Have(shown.marker->member)) MarkerArt::DrawRing(*painter, shown.at);
   }
   if (myHighlights.own && myHighlights.own->facet == myFacet) {
     const QPointF place(myHighlights.own->x, myHighlights.own->y);
@@ -98,15 +96,11 @@ void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& w
   LabelPlacement placement(window);
   for (const Shown& shown : visible)
     placement.Avoid(MarkerRect(shown.at));
-  const auto stands = [this](const Shown& shown) {
-    const Member* member = shown.marker->member;
-    return member == myHighlights.selected || member == myHighlights.followed;
-  };
-  for (const bool isOut : {true, false}) {
+  for (const bool isHighlighted : {true, false}) {
     for (const Shown& shown : visible) {
-      if (stands(shown) != isOut) continue;
+      if (myHighlights.Have(shown.marker->member) != isHighlighted) continue;
       LayOut(*shown.marker, myFont);
-      shown.marker->showsLabel = TakePlace(*shown.marker, shown.at, placement) || isOut;
+      shown.marker->showsLabel = TakePlace(*shown.marker, shown.at, placement) || isHighlighted;
     }
   }
 }

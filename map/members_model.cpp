@@ -23,7 +23,6 @@ std::chrono::seconds Age(const Member& member) {
 }  // namespace
 
 MembersModel::MembersModel(client::Members& members) : myMembers(members) {
-  myMembers.ForEach([this](const Member& member) { myNew.push_back(&member); });
   myMembers.Watch(*this);
   connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
   myTimer.start(kUpdateInterval);
@@ -71,22 +70,9 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
 
 QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int role) const {
   if (orientation != Qt::Horizontal || role != Qt::DisplayRole) return {};
-  switch (section) {
-    case kName:
-      return tr("Name");
-    case kX:
-      return tr("X");
-    case kY:
-      return tr("Y");
-    case kFacet:
-      return tr("Facet");
-    case kHp:
-      return tr("HP");
-    case kState:
-      return tr("State");
-    default:
-      return tr("Last news");
-  }
+  const QString names[kColumns] = {tr("Name"), tr("X"),     tr("Y"),        tr("Facet"),
+                                   tr("HP"),   tr("State"), tr("Last news")};
+  return names[section];
 }
 
 QString MembersModel::StateOf(const Member& member) {

@@ -21,6 +21,7 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   // What rows are sorted by.
   static constexpr int kSortRole = Qt::UserRole;
 
+  // Lists the members that come from now on.
   explicit MembersModel(client::Members& members);
   ~MembersModel() override;
 

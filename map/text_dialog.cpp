@@ -31,7 +31,6 @@ TextDialog::TextDialog(const QString& title, const QString& hint, const QString&
   auto* text = new QLabel(hint, this);
   text->setTextFormat(Qt::PlainText);
   text->setWordWrap(true);
-  text->setVisible(!hint.isEmpty());
   auto* form = new QFormLayout;
   form->addRow(label, txtText);
   auto* buttons = new QHBoxLayout;

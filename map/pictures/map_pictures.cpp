@@ -16,9 +16,7 @@ std::optional<QString> MapPictures::FolderFor(const MapPicture& picture) {
   if (myCutter && myImage == picture.path) return std::nullopt;
   myImage = picture.path;
   myCutter = std::make_unique<PictureCutter>();
-  myCutter->Progresses = [this](int percent) {
-    if (Progresses) Progresses(percent);
-  };
+  myCutter->Progresses = Progresses;
   myCutter->Ends = [this](const QString& error) { End(error); };
   myCutter->Start(picture.path, folder);
   return std::nullopt;
