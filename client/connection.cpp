@@ -12,18 +12,18 @@ namespace corvane::client {
 namespace {
 
 // What is read in one turn of the loop, and what may wait for the next: some thousand records.
-constexpr qint64 kPieceBytes = 32 << 10;
+constexpr qint64 kReadBytes = 32 << 10;
 constexpr qint64 kBufferBytes = 256 << 10;
 
 }  // namespace
 
-Connection::Connection(Patience patience) : myPatience(patience) {
+Connection::Connection(Timing timing) : myTiming(timing) {
   mySocket.setProxy(QNetworkProxy::NoProxy);
   mySocket.setReadBufferSize(kBufferBytes);
-  for (QTimer* timer : {&myRetry, &myLogInLimit, &myReadAgain})
+  for (QTimer* timer : {&myRetry, &myLoginTimeout, &myReadAgain})
     timer->setSingleShot(true);
-  myRefresh.setInterval(myPatience.refresh);
-  myLogInLimit.setInterval(myPatience.logIn);
+  myRefresh.setInterval(myTiming.refreshInterval);
+  myLoginTimeout.setInterval(myTiming.loginTimeout);
 
   QObject::connect(&mySocket, &QTcpSocket::connected, &mySocket, [this] {
     mySocket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -40,7 +40,7 @@ Connection::Connection(Patience patience) : myPatience(patience) {
   QObject::connect(&myRetry, &QTimer::timeout, &mySocket, [this] { Start(); });
   QObject::connect(&myRefresh, &QTimer::timeout, &mySocket, [this] { Refresh(); });
   QObject::connect(&myReadAgain, &QTimer::timeout, &mySocket, [this] { Read(); });
-  QObject::connect(&myLogInLimit, &QTimer::timeout, &mySocket,
+  QObject::connect(&myLoginTimeout, &QTimer::timeout, &mySocket,
                    [this] { EndSession(Ending::Cause::Silent); });
 }
 
@@ -81,7 +81,7 @@ void Connection::Start() {
   mySocket.abort();
   mySession = std::make_shared<Session>(myDestination.account, myMembers,
                                         static_cast<SessionEvents&>(*this));
-  myLogInLimit.start();
+  myLoginTimeout.start();
   Change(State::Connecting);
   if (mySession) mySocket.connectToHost(myDestination.host, myDestination.port);
 }
@@ -89,7 +89,7 @@ void Connection::Start() {
 void Connection::Read() {
   const auto session = mySession;
   if (!session) return;
-  std::array<char, kPieceBytes> piece;
+  std::array<char, kReadBytes> piece;
   const qint64 count = mySocket.read(piece.data(), piece.size());
   if (count <= 0) return;
   session->Receive({piece.data(), static_cast<std::size_t>(count)}, Clock::now());
@@ -125,7 +125,7 @@ void Connection::Change(State state) {
 }
 
 void Connection::LoggedIn() {
-  myLogInLimit.stop();
+  myLoginTimeout.stop();
   myWasOnline = true;
   myRetries = 0;
   mySession->AskForMembers();
@@ -139,17 +139,17 @@ void Connection::Listed(bool isAdministrator) {
 }
 
 void Connection::Said(std::string_view text) {
-  if (IsTold) IsTold(text);
+  if (MessageReceived) MessageReceived(text);
 }
 
 void Connection::BansListed(const BanList& bans) {
-  if (GetsBans) GetsBans(bans);
+  if (BansReceived) BansReceived(bans);
 }
 
 void Connection::Ended(const Ending& ending) {
   Flush();
   mySession.reset();
-  for (QTimer* timer : {&myRefresh, &myLogInLimit, &myReadAgain})
+  for (QTimer* timer : {&myRefresh, &myLoginTimeout, &myReadAgain})
     timer->stop();
   if (ending.cause == Ending::Cause::Left) {
     mySocket.disconnectFromHost();
@@ -159,13 +159,13 @@ void Connection::Ended(const Ending& ending) {
   myMembers.Clear();
   myIsAdministrator = false;
 
-  const bool comesBack = myWasOnline && ending.IsWorthComingBack();
-  if (comesBack) {
-    const auto pause = myPatience.firstPause * (1 << std::min(myRetries++, 10));
-    myRetry.start(std::min(pause, myPatience.longestPause));
+  const bool reconnects = myWasOnline && ending.AllowsReconnect();
+  if (reconnects) {
+    const auto pause = myTiming.firstDelay * (1 << std::min(myRetries++, 10));
+    myRetry.start(std::min(pause, myTiming.maxDelay));
   }
-  myState = comesBack ? State::Waiting : State::Offline;
-  if (HasEnded) HasEnded(ending);
+  myState = reconnects ? State::Waiting : State::Offline;
+  if (SessionEnded) SessionEnded(ending);
   if (StateChanged) StateChanged();
 }
 

@@ -41,16 +41,16 @@ class Connection : private SessionEvents {
   };
 
   // Times that tests shorten.
-  struct Patience {
-    std::chrono::milliseconds firstPause{2000};
-    std::chrono::milliseconds longestPause{60'000};
-    std::chrono::milliseconds refresh{30'000};
+  struct Timing {
+    std::chrono::milliseconds firstDelay{2000};
+    std::chrono::milliseconds maxDelay{60'000};
+    std::chrono::milliseconds refreshInterval{30'000};
     // From connecting to the end of the log-in. The server looks up where a client is first, and
     // may hold back the answer to somebody who has typed wrong passwords.
-    std::chrono::milliseconds logIn{60'000};
+    std::chrono::milliseconds loginTimeout{60'000};
   };
 
-  explicit Connection(Patience patience);
+  explicit Connection(Timing timing);
   ~Connection() override;
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
@@ -59,10 +59,10 @@ class Connection : private SessionEvents {
   std::function<void()> StateChanged;
   // A connection has ended or did not come about. The state is Waiting where the client comes back
   // by itself; StateChanged follows.
-  std::function<void(const Ending&)> HasEnded;
+  std::function<void(const Ending&)> SessionEnded;
   // The operator or an administrator says something.
-  std::function<void(std::string_view text)> IsTold;
-  std::function<void(const BanList&)> GetsBans;
+  std::function<void(std::string_view text)> MessageReceived;
+  std::function<void(const BanList&)> BansReceived;
 
   // Connects, ending the connection before.
   void Open(Destination destination);
@@ -72,7 +72,7 @@ class Connection : private SessionEvents {
   void RetryNow();
 
   State CurrentState() const { return myState; }
-  const Destination& Where() const { return myDestination; }
+  const Destination& CurrentDestination() const { return myDestination; }
   bool IsAdministrator() const { return myIsAdministrator; }
   std::chrono::milliseconds RetryIn() const;
 
@@ -83,14 +83,14 @@ class Connection : private SessionEvents {
   void Send(const Report& report) { SendInSession(report); }
   // The administrators' commands. A user whose name holds a bar cannot be named in them.
   void Kick(const std::string& user) {
-    SendInSession(command::kKick, user + '|' + myDestination.account.network);
+    SendInSession(command::kAdminKick, user + '|' + myDestination.account.network);
   }
   void BanUser(const std::string& user, const std::string& reason) {
-    SendInSession(command::kBan, user + '|' + reason);
+    SendInSession(command::kAdminBan, user + '|' + reason);
   }
-  void Say(const std::string& text) { SendInSession(command::kSay, text); }
-  void AskForBans() { SendInSession(command::kBans, std::string_view()); }
-  void LiftBan(const std::string& id) { SendInSession(command::kLiftBan, id); }
+  void SendMessage(const std::string& text) { SendInSession(command::kAdminMessage, text); }
+  void AskForBans() { SendInSession(command::kAdminListBans, std::string_view()); }
+  void LiftBan(const std::string& id) { SendInSession(command::kAdminLiftBan, id); }
 
  private:
   void Start();
@@ -111,7 +111,7 @@ class Connection : private SessionEvents {
   void BansListed(const BanList& bans) override;
   void Ended(const Ending& ending) override;
 
-  Patience myPatience;
+  Timing myTiming;
   Destination myDestination;
   client::Members myMembers;
   // Shared with the call that feeds it, since an event may replace it; null unless connecting,
@@ -120,7 +120,7 @@ class Connection : private SessionEvents {
   QTcpSocket mySocket;
   QTimer myRetry;    // while waiting
   QTimer myRefresh;  // while online
-  QTimer myLogInLimit;
+  QTimer myLoginTimeout;
   QTimer myReadAgain;
   State myState = State::Offline;
   bool myIsAdministrator = false;

@@ -13,7 +13,7 @@ struct Texts {
 
 }  // namespace
 
-bool Ending::IsWorthComingBack() const {
+bool Ending::AllowsReconnect() const {
   return cause == Cause::Unreachable || cause == Cause::Lost || cause == Cause::Silent ||
          cause == Cause::NetworkRefused || cause == Cause::UserNameRefused;
 }

@@ -28,7 +28,7 @@ struct Ending {
 
   // Whether a client that had been logged in tries to come back: never where a person decided that
   // it should go, nor where trying again would end the same way.
-  bool IsWorthComingBack() const;
+  bool AllowsReconnect() const;
 
   // For a person to read, in a sentence or two. The text in it is as it came from outside.
   QString Explanation() const;

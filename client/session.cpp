@@ -36,7 +36,7 @@ void Session::Take(std::int32_t command, std::string_view payload, Clock::time_p
       return;
     case command::kKicked:
       return End({Ending::Cause::Kicked, std::string(Start(payload))});
-    case command::kLeave:
+    case command::kBye:
       return End({Ending::Cause::Dismissed, {}});
     default:
       break;
@@ -72,10 +72,10 @@ void Session::TakeLoggedIn(std::int32_t command, std::string_view payload, Clock
       // An empty name is somebody who never logged in.
       myMembers.Remove(payload);
       break;
-    case command::kRights:
+    case command::kIsAdmin:
       TakeRights(payload);
       break;
-    case command::kBans:
+    case command::kAdminListBans:
       myEvents.BansListed(ParseBans(payload));
       break;
     case command::kBanned:
@@ -118,7 +118,7 @@ void Session::AskForMembers() {
   myAwaitsList = true;
   myMembers.BeginList();
   Send(command::kMember, {});
-  Send(command::kRights, {});
+  Send(command::kIsAdmin, {});
 }
 
 void Session::Send(const Report& report) {
@@ -126,7 +126,7 @@ void Session::Send(const Report& report) {
 }
 
 void Session::Leave() {
-  Send(command::kLeave, {});
+  Send(command::kBye, {});
   End({Ending::Cause::Left, {}});
 }
 

@@ -17,18 +17,18 @@ inline constexpr std::int32_t kUserName = 3;
 inline constexpr std::int32_t kReport = 4;
 inline constexpr std::int32_t kMember = 5;
 inline constexpr std::int32_t kMemberLeft = 6;
-inline constexpr std::int32_t kRights = 9;
+inline constexpr std::int32_t kIsAdmin = 9;
 // What administrators may ask for.
-inline constexpr std::int32_t kKick = 10;
-inline constexpr std::int32_t kBan = 11;
-inline constexpr std::int32_t kSay = 12;
-inline constexpr std::int32_t kBans = 13;
-inline constexpr std::int32_t kLiftBan = 14;
+inline constexpr std::int32_t kAdminKick = 10;
+inline constexpr std::int32_t kAdminBan = 11;
+inline constexpr std::int32_t kAdminMessage = 12;
+inline constexpr std::int32_t kAdminListBans = 13;
+inline constexpr std::int32_t kAdminLiftBan = 14;
 // Notices of the server.
 inline constexpr std::int32_t kKicked = 996;
 inline constexpr std::int32_t kBanned = 997;
 inline constexpr std::int32_t kMessage = 998;
-inline constexpr std::int32_t kLeave = 999;
+inline constexpr std::int32_t kBye = 999;
 }  // namespace command
 
 // Message layout: length (the header's 8 bytes included) and command, both big-endian signed
@@ -53,27 +53,27 @@ class FrameCutter {
   // inside the call. Returns false once a header's length is impossible: the stream is lost then.
   template <typename OnFrame>
   bool Feed(std::string_view bytes, OnFrame&& onFrame) {
-    while (!myPart.empty() && !bytes.empty()) {
-      const std::size_t taken = std::min(WholeLength(myPart) - myPart.size(), bytes.size());
-      myPart.append(bytes.substr(0, taken));
+    while (!myPartial.empty() && !bytes.empty()) {
+      const std::size_t taken = std::min(WholeLength(myPartial) - myPartial.size(), bytes.size());
+      myPartial.append(bytes.substr(0, taken));
       bytes.remove_prefix(taken);
       // A header that has just become complete may tell of a payload to come.
-      const std::size_t wanted = WholeLength(myPart);
+      const std::size_t wanted = WholeLength(myPartial);
       if (wanted == kImpossible) return false;
-      if (myPart.size() == wanted) {
-        onFrame(ReadInt32(std::string_view(myPart).substr(4)),
-                std::string_view(myPart).substr(kHeaderBytes));
-        myPart.clear();
+      if (myPartial.size() == wanted) {
+        onFrame(ReadInt32(std::string_view(myPartial).substr(4)),
+                std::string_view(myPartial).substr(kHeaderBytes));
+        myPartial.clear();
       } else {
-        myPart.reserve(wanted);
+        myPartial.reserve(wanted);
       }
     }
     while (!bytes.empty()) {
       const std::size_t wanted = WholeLength(bytes);
       if (wanted == kImpossible) return false;
       if (bytes.size() < wanted) {
-        myPart.reserve(wanted);
-        myPart.assign(bytes);
+        myPartial.reserve(wanted);
+        myPartial.assign(bytes);
         break;
       }
       onFrame(ReadInt32(bytes.substr(4)), bytes.substr(kHeaderBytes, wanted - kHeaderBytes));
@@ -83,7 +83,7 @@ class FrameCutter {
   }
 
   // Forgets an unfinished message: a new connection begins.
-  void Reset() { myPart.clear(); }
+  void Reset() { myPartial.clear(); }
 
  private:
   static constexpr std::size_t kImpossible = 0;
@@ -92,7 +92,7 @@ class FrameCutter {
   // while that is incomplete.
   static std::size_t WholeLength(std::string_view bytes);
 
-  std::string myPart;
+  std::string myPartial;
 };
 
 }  // namespace corvane::client

@@ -9,7 +9,7 @@ namespace corvane::map {
 Administration::Administration(client::Connection& connection, MessagesPane& messages,
                                QWidget& window)
     : myConnection(connection), myMessages(messages), myWindow(window) {
-  myConnection.GetsBans = [this](const client::BanList& list) {
+  myConnection.BansReceived = [this](const client::BanList& list) {
     if (myBans) myBans->Show(list);
   };
 }
@@ -47,7 +47,9 @@ void Administration::SendMessage() {
       tr("Careful: a server under classic rules ends when a message is sent while somebody is "
          "connected to it who has chosen no network yet."),
       tr("&Message:"), tr("&Send"), myWindow);
-  dialog->Confirmed = [this](const QString& text) { myConnection.Say(TextFromDisplay(text)); };
+  dialog->Confirmed = [this](const QString& text) {
+    myConnection.SendMessage(TextFromDisplay(text));
+  };
   dialog->open();
 }
 

@@ -118,7 +118,7 @@ void ConnectDialog::Try() {
   }
   SetTrying(true);
   lblMessage->setText(tr("Connecting to %1...").arg(server.host));
-  if (Wanted) Wanted(server, chkRemember->isChecked());
+  if (ConnectRequested) ConnectRequested(server, chkRemember->isChecked());
 }
 
 void ConnectDialog::ShowFailure(const QString& text) {
@@ -139,7 +139,7 @@ void ConnectDialog::SetTrying(bool isTrying) {
 }
 
 void ConnectDialog::reject() {
-  if (std::exchange(myIsTrying, false) && GivenUp) GivenUp();
+  if (std::exchange(myIsTrying, false) && Cancelled) Cancelled();
   ShowFailure({});
   QDialog::reject();
 }

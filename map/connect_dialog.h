@@ -24,9 +24,9 @@ class ConnectDialog : public QDialog {
   ConnectDialog(const QList<RecentServer>& recent, QWidget& owner);
 
   // The digest of the password is always there; whether to keep it is the user's choice.
-  std::function<void(const RecentServer& server, bool keepsDigest)> Wanted;
+  std::function<void(const RecentServer& server, bool keepsDigest)> ConnectRequested;
   // The user gives up while the program tries.
-  std::function<void()> GivenUp;
+  std::function<void()> Cancelled;
 
   // Tries what the command line says, as if it were typed.
   void TryGiven(const RecentServer& server);

@@ -7,14 +7,14 @@
 namespace corvane::map {
 namespace {
 
-constexpr double kLeastPixels = 90;
+constexpr double kMinPixels = 90;
 
 // The least of 1, 2, 5, 10, 20... whose lines are far enough apart.
 double StepFor(double scale) {
-  const double least = kLeastPixels / scale;
-  const double power = std::pow(10, std::floor(std::log10(least)));
+  const double minStep = kMinPixels / scale;
+  const double power = std::pow(10, std::floor(std::log10(minStep)));
   for (const double factor : {1.0, 2.0, 5.0}) {
-    if (power * factor >= least) return std::max(1.0, power * factor);
+    if (power * factor >= minStep) return std::max(1.0, power * factor);
   }
   return std::max(1.0, power * 10);
 }

@@ -27,21 +27,21 @@ bool MapScene::ShowPicture(const MapPicture& picture, const QString& tileFolder)
   }
   myPicture = picture;
   myTiles = std::make_unique<TileStore>(*std::move(pyramid));
-  myTiles->Comes = [this](const TileId& id) {
+  myTiles->TileLoaded = [this](const TileId& id) {
     invalidate(ToMap(myTiles->Pyramid().PlaceOf(id)), BackgroundLayer);
   };
-  DrawAnew();
+  Redraw();
   return true;
 }
 
 void MapScene::ShowGrid() {
   myTiles.reset();
   myPicture = {};
-  DrawAnew();
+  Redraw();
 }
 
 // Views keep what they have drawn.
-void MapScene::DrawAnew() {
+void MapScene::Redraw() {
   for (QGraphicsView* view : views()) {
     view->resetCachedContent();
     view->viewport()->update();

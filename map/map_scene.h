@@ -33,7 +33,7 @@ class MapScene : public QGraphicsScene {
   void drawBackground(QPainter* painter, const QRectF& part) override;
 
  private:
-  void DrawAnew();
+  void Redraw();
   void DrawTiles(QPainter& painter, const QRectF& part);
   bool DrawTile(QPainter& painter, const QTransform& toView, const TileId& id);
   QRectF ToMap(const QRectF& pixels) const;

@@ -21,8 +21,8 @@ using client::Member;
 
 constexpr std::chrono::milliseconds kFrame{33};
 constexpr std::chrono::milliseconds kLabelPause{500};
-constexpr double kLeastScale = 1e-5;
-constexpr double kMostScale = 32;
+constexpr double kMinScale = 1e-5;
+constexpr double kMaxScale = 32;
 constexpr int kArrowPixels = 60;
 
 }  // namespace
@@ -58,12 +58,12 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
 void MapView::ShowScene(MapScene& scene) {
   if (&scene == this->scene()) return;
   setScene(&scene);
-  HasMoved();
+  ViewMoved();
 }
 
 void MapView::Zoom(double factor, QPoint at) {
   const double scale = transform().m11();
-  factor = std::clamp(scale * factor, kLeastScale, kMostScale) / scale;
+  factor = std::clamp(scale * factor, kMinScale, kMaxScale) / scale;
   const QPointF place = mapToScene(at);
   this->scale(factor, factor);
   Pan(mapFromScene(place) - at);
@@ -72,18 +72,18 @@ void MapView::Zoom(double factor, QPoint at) {
 void MapView::Pan(QPoint by) {
   horizontalScrollBar()->setValue(horizontalScrollBar()->value() + by.x());
   verticalScrollBar()->setValue(verticalScrollBar()->value() + by.y());
-  HasMoved();
+  ViewMoved();
 }
 
-void MapView::HasMoved() {
+void MapView::ViewMoved() {
   if (Scene() == nullptr) return;
   Scene()->ForgetTileRequests();
   Scene()->Markers().PlaceLabels();
   viewport()->update();
-  TellPointer();
+  ReportPointer();
 }
 
-void MapView::TellPointer() const {
+void MapView::ReportPointer() const {
   if (myPointer && PointerMoved) PointerMoved(mapToScene(*myPointer));
 }
 
@@ -105,18 +105,18 @@ void MapView::ShowAll() {
 void MapView::ShowRect(const QRectF& part) {
   const double scale =
       std::clamp(std::min(viewport()->width() / part.width(), viewport()->height() / part.height()),
-                 kLeastScale, kMostScale);
+                 kMinScale, kMaxScale);
   setTransform(QTransform::fromScale(scale, scale));
   centerOn(part.center());
-  HasMoved();
+  ViewMoved();
 }
 
 void MapView::CentreOn(const Member& member) {
   const Marker* marker = myBoard.Find(&member);
   if (marker == nullptr) return;
-  if (marker->facet != Scene()->Facet() && FacetLeft) FacetLeft(marker->facet);
+  if (marker->facet != Scene()->Facet() && FacetRequested) FacetRequested(marker->facet);
   centerOn(marker->place);
-  HasMoved();
+  ViewMoved();
 }
 
 void MapView::Follow(const Member& member) {
@@ -143,10 +143,10 @@ void MapView::KeepFollowing() {
   }
   const Marker* marker = myBoard.Find(myHighlights.followed);
   if (marker == nullptr) return;
-  if (marker->facet != Scene()->Facet() && FacetLeft) FacetLeft(marker->facet);
+  if (marker->facet != Scene()->Facet() && FacetRequested) FacetRequested(marker->facet);
   if (mapFromScene(marker->place) == viewport()->rect().center()) return;
   centerOn(marker->place);
-  TellPointer();
+  ReportPointer();
 }
 
 void MapView::Advance(Clock::time_point now) {
@@ -176,7 +176,7 @@ void MapView::mousePressEvent(QMouseEvent* event) {
 
 void MapView::mouseMoveEvent(QMouseEvent* event) {
   myPointer = event->pos();
-  TellPointer();
+  ReportPointer();
   if (!myDragFrom) return;
   if (!myIsDrag && (event->pos() - myPressed).manhattanLength() < QApplication::startDragDistance())
     return;

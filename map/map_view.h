@@ -25,7 +25,7 @@ class MapView : public QGraphicsView {
   // The pointer is over that place, where it or the map was moved; over none once it has left.
   std::function<void(std::optional<QPointF> place)> PointerMoved;
   // The member that is followed is on another facet now.
-  std::function<void(int facet)> FacetLeft;
+  std::function<void(int facet)> FacetRequested;
   // Following has begun or ended.
   std::function<void()> FollowChanged;
   // Asked before an arrow key moves the map; whether it was used for something else.
@@ -67,9 +67,9 @@ class MapView : public QGraphicsView {
   void Zoom(double factor, QPoint at);
   void ShowRect(const QRectF& part);
   void Pan(QPoint by);
-  void HasMoved();
+  void ViewMoved();
   void KeepFollowing();
-  void TellPointer() const;
+  void ReportPointer() const;
 
   MarkerBoard& myBoard;
   Highlights& myHighlights;

@@ -25,13 +25,13 @@ constexpr std::size_t kMaxFacets = 200;
 }  // namespace
 
 MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
-                     client::Connection::Patience patience)
+                     client::Connection::Timing timing)
     : txtMessages(new MessagesPane(this)),
       mySettings(settingsFile),
-      myConnection(patience),
+      myConnection(timing),
       myBoard(myConnection.Others()),
       myOwnPosition(myConnection),
-      myLogIn(myConnection, mySettings, *txtMessages, *this),
+      myConnector(myConnection, mySettings, *txtMessages, *this),
       myAdministration(myConnection, *txtMessages, *this),
       myPictures(cacheFolder),
       myRows(std::make_unique<QSplitter>(Qt::Vertical)) {
@@ -50,9 +50,9 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   WireConnection();
   WireMap();
   WireActions();
-  RestorePlaces();
+  RestoreLayout();
   ShowFacet(0);
-  StateHasChanged();
+  ShowState();
   map->setFocus();
 }
 
@@ -92,18 +92,20 @@ void MapWindow::LayOut() {
 }
 
 void MapWindow::WireConnection() {
-  myConnection.StateChanged = [this] { StateHasChanged(); };
-  myConnection.HasEnded = [this](const client::Ending& ending) { myLogIn.End(ending); };
-  myConnection.IsTold = [this](std::string_view text) {
+  myConnection.StateChanged = [this] { ShowState(); };
+  myConnection.SessionEnded = [this](const client::Ending& ending) {
+    myConnector.SessionEnded(ending);
+  };
+  myConnection.MessageReceived = [this](std::string_view text) {
     txtMessages->Add(tr("Message: %1").arg(DisplayText(text)));
   };
-  myPictures.Ready = [this] { ShowPicture(); };
-  myPictures.Progresses = [this](int percent) { stsLine->ShowProgress(percent); };
-  myPictures.Fails = [this](const QString& text) { txtMessages->Add(text); };
+  myPictures.Completed = [this] { ShowPicture(); };
+  myPictures.Progressed = [this](int percent) { stsLine->ShowProgress(percent); };
+  myPictures.Failed = [this](const QString& text) { txtMessages->Add(text); };
 }
 
 void MapWindow::WireMap() {
-  myBoard.Goes = [this](const Member& member) { Forget(member); };
+  myBoard.MemberRemoved = [this](const Member& member) { Forget(member); };
   map->MemberClicked = [this](const Member& member) {
     pnlMembers->Select(&member);
     Select(&member);
@@ -117,7 +119,7 @@ void MapWindow::WireMap() {
     }
   };
   map->PointerMoved = [this](std::optional<QPointF> place) { stsLine->ShowPlace(place); };
-  map->FacetLeft = [this](int facet) { ShowFacet(facet); };
+  map->FacetRequested = [this](int facet) { ShowFacet(facet); };
   map->FollowChanged = [this] {
     if (map->IsFollowing()) myShowsAllNext = false;
     EnableActions();
@@ -179,40 +181,40 @@ void MapWindow::WireActions() {
   connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
 }
 
-void MapWindow::RestorePlaces() {
-  restoreGeometry(mySettings.Place("window"));
-  restoreState(mySettings.Place("bars"));
-  myColumns->restoreState(mySettings.Place("columns"));
-  myRows->restoreState(mySettings.Place("rows"));
+void MapWindow::RestoreLayout() {
+  restoreGeometry(mySettings.Layout("window"));
+  restoreState(mySettings.Layout("bars"));
+  myColumns->restoreState(mySettings.Layout("columns"));
+  myRows->restoreState(mySettings.Layout("rows"));
 }
 
-void MapWindow::KeepPlaces() {
-  mySettings.SetPlace("window", saveGeometry());
-  mySettings.SetPlace("bars", saveState());
-  mySettings.SetPlace("columns", myColumns->saveState());
-  mySettings.SetPlace("rows", myRows->saveState());
+void MapWindow::SaveLayout() {
+  mySettings.SetLayout("window", saveGeometry());
+  mySettings.SetLayout("bars", saveState());
+  mySettings.SetLayout("columns", myColumns->saveState());
+  mySettings.SetLayout("rows", myRows->saveState());
 }
 
 void MapWindow::closeEvent(QCloseEvent* event) {
-  KeepPlaces();
+  SaveLayout();
   myConnection.Close();
   event->accept();
 }
 
-void MapWindow::StateHasChanged() {
+void MapWindow::ShowState() {
   const State state = myConnection.CurrentState();
   if (state == State::Online) {
     if (!std::exchange(myIsOnline, true)) {
-      const std::string& network = myConnection.Where().account.network;
+      const std::string& network = myConnection.CurrentDestination().account.network;
       txtMessages->Add(tr("You are in the network %1.").arg(DisplayText(network)));
       myOwnPosition.SendAgain();
     }
   } else {
     myShowsAllNext = !map->IsFollowing();
-    myToldOfOthers = false;
+    myReportedIncomplete = false;
     myIsOnline = false;
   }
-  myLogIn.Follow();
+  myConnector.StateChanged();
   stsLine->Update();
   EnableActions();
 }
@@ -282,7 +284,7 @@ void MapWindow::ListFacets() {
     myShowsAllNext = false;
     map->ShowAll();
   }
-  if (myConnection.Others().IsIncomplete() && !std::exchange(myToldOfOthers, true))
+  if (myConnection.Others().IsIncomplete() && !std::exchange(myReportedIncomplete, true))
     txtMessages->Add(tr("Not all members are shown: there are too many, or names are too long."));
 }
 

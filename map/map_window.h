@@ -11,7 +11,7 @@
 
 #include "client/connection.h"
 #include "map/administration.h"
-#include "map/log_in.h"
+#include "map/connector.h"
 #include "map/map_actions.h"
 #include "map/map_view.h"
 #include "map/members_panel.h"
@@ -32,11 +32,11 @@ class MapWindow : public QMainWindow {
  public:
   // `settingsFile` is made if it is not there; pictures are cut below `cacheFolder`.
   MapWindow(const QString& settingsFile, const QString& cacheFolder,
-            client::Connection::Patience patience = {});
+            client::Connection::Timing timing = {});
 
   // Logs in without asking, and asks where that fails.
-  void LogInTo(const RecentServer& server) { myLogIn.TryGiven(server); }
-  void AskWhere() { myLogIn.Ask(); }
+  void LogInTo(const RecentServer& server) { myConnector.TryGiven(server); }
+  void AskWhere() { myConnector.Ask(); }
   // Shows another facet.
   void ShowFacet(int facet);
   int Facet() const { return myScene->Facet(); }
@@ -64,10 +64,10 @@ class MapWindow : public QMainWindow {
   void WireConnection();
   void WireMap();
   void WireActions();
-  void RestorePlaces();
-  void KeepPlaces();
+  void RestoreLayout();
+  void SaveLayout();
 
-  void StateHasChanged();
+  void ShowState();
   void Select(const client::Member* member);
   void Forget(const client::Member& member);
   void EnableActions();
@@ -82,7 +82,7 @@ class MapWindow : public QMainWindow {
   MarkerBoard myBoard;
   Highlights myHighlights;
   OwnPosition myOwnPosition;
-  LogIn myLogIn;
+  Connector myConnector;
   Administration myAdministration;
   MapPictures myPictures;
   std::unique_ptr<MapScene> myScene;
@@ -91,7 +91,7 @@ class MapWindow : public QMainWindow {
   std::set<int> myFacets;      // that cmbFacet lists
   bool myShowsAllNext = true;  // as soon as somebody is there
   bool myIsOnline = false;
-  bool myToldOfOthers = false;
+  bool myReportedIncomplete = false;
   // Of myColumns and the messages. Goes first, since the views in it use the members above.
   std::unique_ptr<QSplitter> myRows;
 };

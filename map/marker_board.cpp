@@ -13,12 +13,12 @@ using client::Clock;
 using client::Member;
 
 constexpr std::chrono::minutes kStaleAfter{1};
-constexpr std::chrono::seconds kLookInterval{1};
+constexpr std::chrono::seconds kStaleCheckInterval{1};
 constexpr std::size_t kMaxNameLength = 40;
 
 QPointF PlaceOf(const Member& member) {
   const auto held = [](std::int32_t at) {
-    return std::clamp(static_cast<double>(at), -kFarthest, kFarthest);
+    return std::clamp(static_cast<double>(at), -kMaxCoordinate, kMaxCoordinate);
   };
   return {held(member.report.x), held(member.report.y)};
 }
@@ -48,8 +48,8 @@ bool MarkerBoard::Advance(Clock::time_point now, int facet) {
     marker->isMoving = marker->motion.IsUnderway(now);
     return !marker->isMoving;
   });
-  if (now < myNextLook) return isOtherPicture;
-  myNextLook = now + kLookInterval;
+  if (now < myNextStaleCheck) return isOtherPicture;
+  myNextStaleCheck = now + kStaleCheckInterval;
   for (Marker* marker : myOrder) {
     const bool isStale = now - marker->member->news >= kStaleAfter;
     if (std::exchange(marker->isStale, isStale) != isStale) isOtherPicture = true;
@@ -90,7 +90,7 @@ void MarkerBoard::Added(const Member& member) {
 }
 
 void MarkerBoard::Changed(const Member& member) {
-  if (!member.hasPlace) return TakeAway(member);
+  if (!member.hasPlace) return RemoveMarker(member);
   Marker* const known = Find(&member);
   if (known == nullptr) return Added(member);
   Marker& marker = *known;
@@ -114,11 +114,11 @@ void MarkerBoard::Changed(const Member& member) {
 }
 
 void MarkerBoard::Removed(const Member& member) {
-  if (Goes) Goes(member);
-  TakeAway(member);
+  if (MemberRemoved) MemberRemoved(member);
+  RemoveMarker(member);
 }
 
-void MarkerBoard::TakeAway(const Member& member) {
+void MarkerBoard::RemoveMarker(const Member& member) {
   const auto place = myMarkers.find(&member);
   if (place == myMarkers.end()) return;
   std::erase(myOrder, place->second.get());

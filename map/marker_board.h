@@ -17,7 +17,7 @@
 namespace corvane::map {
 
 // Farther out nothing is drawn; a member beyond is shown at the edge.
-inline constexpr double kFarthest = 1 << 24;
+inline constexpr double kMaxCoordinate = 1 << 24;
 
 // A member as the map shows it.
 struct Marker {
@@ -49,7 +49,7 @@ class MarkerBoard : public client::MembersWatcher {
   MarkerBoard& operator=(const MarkerBoard&) = delete;
 
   // A member has gone; the marker is still there.
-  std::function<void(const client::Member&)> Goes;
+  std::function<void(const client::Member&)> MemberRemoved;
 
   // Moves everybody to where they are at that time. Returns whether the picture of that facet has
   // changed since the last call.
@@ -69,14 +69,14 @@ class MarkerBoard : public client::MembersWatcher {
   void Removed(const client::Member& member) override;
 
  private:
-  void TakeAway(const client::Member& member);
+  void RemoveMarker(const client::Member& member);
 
   client::Members& myMembers;
   std::unordered_map<const client::Member*, std::unique_ptr<Marker>> myMarkers;
   std::vector<Marker*> myOrder;
   std::vector<Marker*> myMoving;
   bool myHasChanged = false;
-  client::Clock::time_point myNextLook{};  // for those who have become stale
+  client::Clock::time_point myNextStaleCheck{};  // for those who have become stale
 };
 
 }  // namespace corvane::map

@@ -50,7 +50,7 @@ MarkersItem::MarkersItem(MarkerBoard& board, const Highlights& highlights, int f
     : myBoard(board), myHighlights(highlights), myFacet(facet) {}
 
 QRectF MarkersItem::boundingRect() const {
-  return {-kFarthest, -kFarthest, 2 * kFarthest, 2 * kFarthest};
+  return {-kMaxCoordinate, -kMaxCoordinate, 2 * kMaxCoordinate, 2 * kMaxCoordinate};
 }
 
 void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget* widget) {
@@ -70,7 +70,7 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
     myArt.Draw(*painter, shown.at, ShapeOf(shown.marker->member->report), shown.marker->isStale);
   for (const Shown& shown : visible) {
     if (shown.marker->showsLabel) DrawLabel(*painter, shown);
-    if (myHighlights.Have(shown.marker->member)) MarkerArt::DrawRing(*painter, shown.at);
+    if (myHighlights.Contains(shown.marker->member)) MarkerArt::DrawRing(*painter, shown.at);
   }
   if (myHighlights.own && myHighlights.own->facet == myFacet) {
     const QPointF place(myHighlights.own->x, myHighlights.own->y);
@@ -98,7 +98,7 @@ void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& w
     placement.Avoid(MarkerRect(shown.at));
   for (const bool isHighlighted : {true, false}) {
     for (const Shown& shown : visible) {
-      if (myHighlights.Have(shown.marker->member) != isHighlighted) continue;
+      if (myHighlights.Contains(shown.marker->member) != isHighlighted) continue;
       LayOut(*shown.marker, myFont);
       shown.marker->showsLabel = TakePlace(*shown.marker, shown.at, placement) || isHighlighted;
     }

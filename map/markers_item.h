@@ -16,7 +16,9 @@ struct Highlights {
   const client::Member* followed = nullptr;
   std::optional<client::Report> own;
 
-  bool Have(const client::Member* member) const { return member == selected || member == followed; }
+  bool Contains(const client::Member* member) const {
+    return member == selected || member == followed;
+  }
 };
 
 // All markers of one facet as one item of the scene: with an item a member, moving a thousand of

@@ -14,7 +14,7 @@ using client::Member;
 
 constexpr std::chrono::milliseconds kUpdateInterval{500};
 // From here on it costs less to tell of everything.
-constexpr std::size_t kManyGone = 50;
+constexpr std::size_t kResetThreshold = 50;
 
 std::chrono::seconds Age(const Member& member) {
   return std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - member.news);
@@ -109,7 +109,7 @@ void MembersModel::Update() {
 
 void MembersModel::RemoveGone() {
   const auto isGone = [](const Row& row) { return row.member == nullptr; };
-  if (std::exchange(myGone, 0) >= kManyGone) {
+  if (std::exchange(myGone, 0) >= kResetThreshold) {
     beginResetModel();
     std::erase_if(myRows, isGone);
     Number();

@@ -35,7 +35,7 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
           [this](const QString& text) { myProxy.setFilterFixedString(text); });
   connect(lstMembers->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
           [this](const QModelIndex& current) {
-            if (myIsTelling && Selected) Selected(MemberAt(current));
+            if (myReportsSelection && Selected) Selected(MemberAt(current));
           });
   // A click on the row that is selected already means the same.
   connect(lstMembers, &QTableView::clicked, this, [this](const QModelIndex& index) {
@@ -93,7 +93,7 @@ void MembersPanel::SetUpList() {
 }
 
 void MembersPanel::Select(const Member* member) {
-  myIsTelling = false;
+  myReportsSelection = false;
   QModelIndex index;
   if (member != nullptr) {
     // A newcomer has no row yet.
@@ -101,7 +101,7 @@ void MembersPanel::Select(const Member* member) {
     index = myProxy.mapFromSource(myModel.index(myModel.RowOf(*member), 0));
   }
   SetCurrent(index);
-  myIsTelling = true;
+  myReportsSelection = true;
 }
 
 void MembersPanel::SetCurrent(const QModelIndex& index) const {

@@ -40,7 +40,7 @@ class MembersPanel : public QWidget {
 
   MembersModel myModel;
   QSortFilterProxyModel myProxy;
-  bool myIsTelling = true;
+  bool myReportsSelection = true;
 };
 
 }  // namespace corvane::map

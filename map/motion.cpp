@@ -9,8 +9,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kShortest{100};
-constexpr milliseconds kLongest{1000};
+constexpr milliseconds kMinDuration{100};
+constexpr milliseconds kMaxDuration{1000};
 constexpr double kLeap = 250;  // map units
 
 }  // namespace
@@ -27,7 +27,7 @@ void Motion::GoTo(QPointF place, client::Clock::time_point now) {
   myFrom = shown;
   myTo = place;
   myStart = now;
-  myEnd = now + std::clamp(since, kShortest, kLongest);
+  myEnd = now + std::clamp(since, kMinDuration, kMaxDuration);
 }
 
 void Motion::JumpTo(QPointF place) {

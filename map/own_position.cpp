@@ -10,7 +10,7 @@ namespace corvane::map {
 namespace {
 
 std::int32_t Held(double at) {
-  return static_cast<std::int32_t>(std::lround(std::clamp(at, -kFarthest, kFarthest)));
+  return static_cast<std::int32_t>(std::lround(std::clamp(at, -kMaxCoordinate, kMaxCoordinate)));
 }
 
 }  // namespace

@@ -11,10 +11,9 @@
 namespace corvane::map {
 namespace {
 
-QDoubleSpinBox* NumberField(double value, double least, double most, int decimals,
-                            QWidget* parent) {
+QDoubleSpinBox* NumberField(double value, double min, double max, int decimals, QWidget* parent) {
   auto* field = new QDoubleSpinBox(parent);
-  field->setRange(least, most);
+  field->setRange(min, max);
   field->setDecimals(decimals);
   field->setValue(value);
   return field;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr QLatin1String kRecent("recent");
 constexpr QLatin1String kPictures("pictures");
-constexpr QLatin1String kPlaces("places/");
+constexpr QLatin1String kLayouts("places/");
 
 QString PictureGroup(int facet) {
   return kPictures + '/' + QString::number(facet);
@@ -99,12 +99,12 @@ QList<int> Settings::Pictured() const {
   return facets;
 }
 
-QByteArray Settings::Place(const QString& of) const {
-  return mySettings.value(kPlaces + of).toByteArray();
+QByteArray Settings::Layout(const QString& of) const {
+  return mySettings.value(kLayouts + of).toByteArray();
 }
 
-void Settings::SetPlace(const QString& of, const QByteArray& place) {
-  mySettings.setValue(kPlaces + of, place);
+void Settings::SetLayout(const QString& of, const QByteArray& layout) {
+  mySettings.setValue(kLayouts + of, layout);
 }
 
 }  // namespace corvane::map

@@ -39,8 +39,8 @@ class Settings {
   QList<int> Pictured() const;
 
   // Where a window or splitter is.
-  QByteArray Place(const QString& of) const;
-  void SetPlace(const QString& of, const QByteArray& place);
+  QByteArray Layout(const QString& of) const;
+  void SetLayout(const QString& of, const QByteArray& layout);
 
  private:
   mutable QSettings mySettings;

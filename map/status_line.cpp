@@ -47,7 +47,7 @@ void StatusLine::Update() {
 }
 
 QString StatusLine::StateText() {
-  const client::Destination& where = myConnection.Where();
+  const client::Destination& where = myConnection.CurrentDestination();
   const QString host = VisibleText(TextFromDisplay(where.host));
   switch (myConnection.CurrentState()) {
     case State::Offline:

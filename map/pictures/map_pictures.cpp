@@ -16,8 +16,8 @@ std::optional<QString> MapPictures::FolderFor(const MapPicture& picture) {
   if (myCutter && myImage == picture.path) return std::nullopt;
   myImage = picture.path;
   myCutter = std::make_unique<PictureCutter>();
-  myCutter->Progresses = Progresses;
-  myCutter->Ends = [this](const QString& error) { End(error); };
+  myCutter->Progressed = Progressed;
+  myCutter->Ended = [this](const QString& error) { End(error); };
   myCutter->Start(picture.path, folder);
   return std::nullopt;
 }
@@ -25,25 +25,25 @@ std::optional<QString> MapPictures::FolderFor(const MapPicture& picture) {
 void MapPictures::Stop() {
   if (!myCutter) return;
   myCutter.reset();
-  if (Progresses) Progresses(100);
+  if (Progressed) Progressed(100);
 }
 
 void MapPictures::End(const QString& error) {
   // It is the cutter that calls, so it may go only afterwards.
   const std::unique_ptr<PictureCutter> cutter = std::move(myCutter);
-  if (Progresses) Progresses(100);
+  if (Progressed) Progressed(100);
   if (!error.isEmpty()) {
-    if (Fails) Fails(tr("The picture %1 cannot be shown: %2").arg(myImage, error));
+    if (Failed) Failed(tr("The picture %1 cannot be shown: %2").arg(myImage, error));
     return;
   }
   RemoveOldest();
-  if (Ready) Ready();
+  if (Completed) Completed();
 }
 
 void MapPictures::RemoveOldest() const {
   const QDir cache(myCache);
   const QStringList folders = cache.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Time);
-  for (qsizetype i = kMaxCut; i < folders.size(); ++i)
+  for (qsizetype i = kMaxCachedImages; i < folders.size(); ++i)
     QDir(cache.filePath(folders[i])).removeRecursively();
 }
 

@@ -18,15 +18,15 @@ class MapPictures {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MapPictures)
 
  public:
-  static constexpr int kMaxCut = 8;
+  static constexpr int kMaxCachedImages = 8;
 
   explicit MapPictures(QString cacheFolder);
 
   // The tiles of a picture that was asked for are there now.
-  std::function<void()> Ready;
+  std::function<void()> Completed;
   // How far the cutting is, in percent; 100 when nothing is cut any more.
-  std::function<void(int percent)> Progresses;
-  std::function<void(const QString& text)> Fails;
+  std::function<void(int percent)> Progressed;
+  std::function<void(const QString& text)> Failed;
 
   // The folder with the picture's tiles. None where the image is being cut, in place of one that
   // was cut before: Ready or Fails follows.

@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kTileSide = 256;
 // In pixels: a row of tiles takes 128 MiB then.
-constexpr int kMostWidth = 1 << 17;
+constexpr int kMaxWidth = 1 << 17;
 // A little larger on the disk than the best, in a third of the time.
 constexpr int kQuality = 90;
 
@@ -161,8 +161,8 @@ QString CutPicture(const QString& image, const QString& folder, const std::atomi
   QString error;
   const std::unique_ptr<PictureRows> rows = PictureRows::Open(image, error);
   if (!rows) return error;
-  if (rows->Size().width() > kMostWidth)
-    return CutterTexts::tr("it is wider than %1 pixels").arg(kMostWidth);
+  if (rows->Size().width() > kMaxWidth)
+    return CutterTexts::tr("it is wider than %1 pixels").arg(kMaxWidth);
   // Made beside its place and moved there when it is complete.
   QDir().mkpath(QFileInfo(folder).path());
   QTemporaryDir unfinished(folder + QStringLiteral("-XXXXXX"));
@@ -184,10 +184,10 @@ void PictureCutter::Start(const QString& image, const QString& folder) {
   myThread = std::thread([this, image, folder] {
     const QString error = CutPicture(image, folder, myStops, [this](int percent) {
       QMetaObject::invokeMethod(
-          &myReceiver, [this, percent] { Progresses(percent); }, Qt::QueuedConnection);
+          &myReceiver, [this, percent] { Progressed(percent); }, Qt::QueuedConnection);
     });
     QMetaObject::invokeMethod(
-        &myReceiver, [this, error] { Ends(error); }, Qt::QueuedConnection);
+        &myReceiver, [this, error] { Ended(error); }, Qt::QueuedConnection);
   });
 }
 

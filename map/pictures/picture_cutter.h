@@ -21,8 +21,8 @@ QString CutPicture(const QString& image, const QString& folder, const std::atomi
 class PictureCutter {
  public:
   // The events come from the window's loop; neither comes after this object has gone.
-  std::function<void(int percent)> Progresses;
-  std::function<void(const QString& error)> Ends;
+  std::function<void(int percent)> Progressed;
+  std::function<void(const QString& error)> Ended;
 
   PictureCutter() = default;
   ~PictureCutter();

@@ -49,7 +49,7 @@ void TileStore::Take(const TileId& id, const QImage& image) {
   std::erase(myAwaited, id);
   const auto kib = std::max<qsizetype>(1, image.sizeInBytes() >> 10);
   myTiles.insert(id, new QPixmap(QPixmap::fromImage(image)), static_cast<int>(kib));
-  if (Comes) Comes(id);
+  if (TileLoaded) TileLoaded(id);
 }
 
 }  // namespace corvane::map

@@ -24,7 +24,7 @@ class TileStore {
   TileStore& operator=(const TileStore&) = delete;
 
   // A tile that was looked for has come.
-  std::function<void(const TileId&)> Comes;
+  std::function<void(const TileId&)> TileLoaded;
 
   const TilePyramid& Pyramid() const { return myPyramid; }
 

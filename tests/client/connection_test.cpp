@@ -21,12 +21,12 @@ using std::chrono::seconds;
 
 class ConnectionTest : public testing::Test {
  protected:
-  explicit ConnectionTest(Connection::Patience patience = {milliseconds(20), milliseconds(50),
-                                                           seconds(30), seconds(30)})
-      : connection(patience) {
-    connection.HasEnded = [this](const Ending& ending) { endings.push_back(ending.cause); };
-    connection.IsTold = [this](std::string_view text) { told.emplace_back(text); };
-    connection.GetsBans = [this](const BanList& list) { bans = list.bans; };
+  explicit ConnectionTest(Connection::Timing timing = {milliseconds(20), milliseconds(50),
+                                                       seconds(30), seconds(30)})
+      : connection(timing) {
+    connection.SessionEnded = [this](const Ending& ending) { endings.push_back(ending.cause); };
+    connection.MessageReceived = [this](std::string_view text) { told.emplace_back(text); };
+    connection.BansReceived = [this](const BanList& list) { bans = list.bans; };
   }
 
   void Open(std::int32_t port, const std::string& user = "Ann",
@@ -118,7 +118,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   EXPECT_EQ(bob.Receive(), (WireMessage{996, "North"}));
   connection.BanUser("Bob", "spam");
   EXPECT_EQ(bob.Receive(), (WireMessage{997, "spam"}));
-  connection.Say("Hello");
+  connection.SendMessage("Hello");
   EXPECT_TRUE(PumpUntil([&] { return told == std::vector<std::string>{"Hello"}; }));
   connection.AskForBans();
   ASSERT_TRUE(PumpUntil([&] { return bans.size() == 1; }));
@@ -229,7 +229,7 @@ TEST_F(ConnectionTest, StaysBoundedUnderAMillionMembers) {
 TEST_F(ConnectionTest, MayBeReopenedFromWithinAnEvent) {
   FalseServer first;
   FalseServer second;
-  connection.IsTold = [&](std::string_view) { Open(second.Port()); };
+  connection.MessageReceived = [&](std::string_view) { Open(second.Port()); };
   Open(first.Port());
   ASSERT_TRUE(IsLetIn(first));
   first.Send(WireBytes(998, "go") + WireBytes(5, "Bob|1,2,3,4,0,0"));

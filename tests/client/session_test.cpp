@@ -128,7 +128,7 @@ TEST_F(SessionTest, EndsWithAReason) {
     EXPECT_NE(heard.back(), "said late");
     EXPECT_FALSE(Ending({each.cause, "text"}).Explanation().isEmpty());
     // Its name may still be held, and a network may be full for a while.
-    EXPECT_EQ(Ending({each.cause, ""}).IsWorthComingBack(),
+    EXPECT_EQ(Ending({each.cause, ""}).AllowsReconnect(),
               each.cause == Cause::NetworkRefused || each.cause == Cause::UserNameRefused);
   }
 }

@@ -75,7 +75,7 @@ TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
   Click(dialog->btnConnect);
   ASSERT_TRUE(silent.Accept());
   ASSERT_TRUE(Reaches(State::LoggingIn));
-  const client::Destination& where = myWindow->Wire().Where();
+  const client::Destination& where = myWindow->Wire().CurrentDestination();
   EXPECT_EQ(where.port, silent.Port());
   EXPECT_EQ(where.account.network, "North");
   EXPECT_EQ(where.account.userName, "Ann");

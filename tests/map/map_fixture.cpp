@@ -23,10 +23,10 @@ WindowTest::WindowTest() {
 
 void WindowTest::MakeWindow() {
   using std::chrono::milliseconds;
-  Connection::Patience patience;
-  patience.firstPause = patience.longestPause = milliseconds(300);
-  patience.refresh = milliseconds(30'000);
-  myWindow.emplace(myFolder.filePath("map.ini"), myFolder.filePath("cache"), patience);
+  Connection::Timing timing;
+  timing.firstDelay = timing.maxDelay = milliseconds(300);
+  timing.refreshInterval = milliseconds(30'000);
+  myWindow.emplace(myFolder.filePath("map.ini"), myFolder.filePath("cache"), timing);
   myWindow->show();
   ASSERT_TRUE(QTest::qWaitForWindowActive(&*myWindow));
 }

@@ -47,7 +47,7 @@ class BoardTest : public testing::Test {
 TEST_F(BoardTest, EachFacetHasItsOwnPicture) {
   Tell("Ann", {-30'000'000, -5, 0});
   Tell("Bob", {10, 20, 1});
-  EXPECT_EQ(board.Extent(0).center(), QPointF(-kFarthest, -5));
+  EXPECT_EQ(board.Extent(0).center(), QPointF(-kMaxCoordinate, -5));
   board.Advance(Clock::now(), 0);
   Tell("Ann", {-30'000'000, 5, 0});
   Tell("Bob", {10, 30, 1});

@@ -192,7 +192,7 @@ TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
   EXPECT_EQ(myWindow->Facet(), 7);
   EXPECT_TRUE(isShown()) << "from the cache";
   EXPECT_EQ(QDir(myFolder.filePath("cache")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(),
-            MapPictures::kMaxCut);
+            MapPictures::kMaxCachedImages);
   myWindow->SetPicture(7, {});
   EXPECT_NE(ColourAt({-9090, 60}), kLeft.rgb());
 }

@@ -1,4 +1,4 @@
-#include "map/log_in.h"
+#include "map/connector.h"
 
 #include <utility>
 
@@ -10,25 +10,27 @@ namespace corvane::map {
 using Cause = client::Ending::Cause;
 using State = client::Connection::State;
 
-LogIn::LogIn(client::Connection& connection, Settings& settings, MessagesPane& messages,
-             QWidget& window)
+Connector::Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
+                     QWidget& window)
     : myConnection(connection), mySettings(settings), myMessages(messages), myWindow(window) {}
 
-void LogIn::Ask() {
+void Connector::Ask() {
   if (myDialog == nullptr) {
     myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
-    myDialog->Wanted = [this](const RecentServer& server, bool keeps) { Try(server, keeps); };
-    myDialog->GivenUp = [this] { myConnection.Close(); };
+    myDialog->ConnectRequested = [this](const RecentServer& server, bool keeps) {
+      Try(server, keeps);
+    };
+    myDialog->Cancelled = [this] { myConnection.Close(); };
   }
   myDialog->open();
 }
 
-void LogIn::TryGiven(const RecentServer& server) {
+void Connector::TryGiven(const RecentServer& server) {
   Ask();
   myDialog->TryGiven(server);
 }
 
-void LogIn::Try(const RecentServer& server, bool keepsDigest) {
+void Connector::Try(const RecentServer& server, bool keepsDigest) {
   client::Destination destination;
   destination.host = server.host;
   destination.port = server.port;
@@ -41,7 +43,7 @@ void LogIn::Try(const RecentServer& server, bool keepsDigest) {
   myConnection.Open(std::move(destination));
 }
 
-void LogIn::Follow() {
+void Connector::StateChanged() {
   if (myConnection.CurrentState() != State::Online) return;
   const auto server = std::exchange(myUnproven, std::nullopt);
   // A connection that came back by itself takes no dialog away from whoever types into it.
@@ -51,7 +53,7 @@ void LogIn::Follow() {
   std::exchange(myDialog, nullptr)->deleteLater();
 }
 
-void LogIn::End(const client::Ending& ending) {
+void Connector::SessionEnded(const client::Ending& ending) {
   const QString text = ending.Explanation();
   myMessages.Add(text);
   if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)

@@ -14,11 +14,11 @@ namespace corvane::map {
 
 // Brings the user into a network: asks where, tries, says what was refused, and remembers what
 // worked.
-class LogIn {
+class Connector {
  public:
   // Borrows all four.
-  LogIn(client::Connection& connection, Settings& settings, MessagesPane& messages,
-        QWidget& window);
+  Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
+            QWidget& window);
 
   // Opens the dialog, with what was typed into it if no attempt has worked since.
   void Ask();
@@ -26,9 +26,9 @@ class LogIn {
   void TryGiven(const RecentServer& server);
 
   // The connection's state has changed.
-  void Follow();
+  void StateChanged();
   // The connection has ended.
-  void End(const client::Ending& ending);
+  void SessionEnded(const client::Ending& ending);
 
  private:
   void Try(const RecentServer& server, bool keepsDigest);
