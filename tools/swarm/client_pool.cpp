@@ -141,7 +141,7 @@ void ClientPool::Leave(Client& client) {
     CloseDescriptor(client);
     return;
   }
-  client::AppendFrame(client.myOutput, client::command::kLeave, "");
+  client::AppendFrame(client.myOutput, client::command::kBye, "");
   MarkDirty(client);
   client.myState = Client::State::Leaving;
   SetDeadline(client, Clock::now() + kPatience);
@@ -251,7 +251,7 @@ void ClientPool::Receive(Client& client, std::int32_t command, std::string_view 
       myEvents->Received(client, command, payload);
       break;
     case Client::State::Leaving:
-      if (command == client::command::kLeave) {
+      if (command == client::command::kBye) {
         CloseDescriptor(client);
         myEvents->Left(client);
       }

@@ -56,8 +56,8 @@ class DemoRun : public ClientEvents {
       case client::command::kBanned:
         GoAway(seat, RandomTime(30, 60));
         break;
-      case client::command::kLeave:
-        // The server sends everybody away, so there is no leave to ask for.
+      case client::command::kBye:
+        // The server sends everybody away; there is nothing left to ask for.
         myPool.Reset(client);
         Left(client);
         seat.change = Clock::now() + RandomTime(15, 30);
