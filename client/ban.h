@@ -7,7 +7,8 @@
 
 namespace corvane::client {
 
-// One entry of the server's list of bans, as the server wrote it.
+// An entry of the server's ban list. The fields are the server's text, unchecked but for `id`,
+// which is a number.
 struct Ban {
   std::string id;
   std::string address;
@@ -20,14 +21,15 @@ struct Ban {
 
 struct BanList {
   std::vector<Ban> bans;
-  // Entries that are none: a reason may hold the byte that ends an entry, and nothing but the
-  // server's memory bounds their number.
+  // Malformed entries, and those beyond kMaxBans. A reason can break an entry, since it may hold
+  // the byte that ends one.
   std::size_t leftOut = 0;
 };
 
 inline constexpr std::size_t kMaxBans = 20'000;
 
-// Reads entries "id|address|by|reason|date", each ended by a byte of 0. A reason may hold bars.
+// Reads entries "id|address|by|reason|date", each terminated by a zero byte. A reason may hold
+// bars.
 BanList ParseBans(std::string_view payload);
 
 }  // namespace corvane::client

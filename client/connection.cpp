@@ -11,7 +11,7 @@
 namespace corvane::client {
 namespace {
 
-// What is read in one turn of the loop, and what may wait for the next: some thousand records.
+// Read per turn of the loop, and buffered for the next ones: some thousand records.
 constexpr qint64 kReadBytes = 32 << 10;
 constexpr qint64 kBufferBytes = 256 << 10;
 
@@ -31,7 +31,7 @@ Connection::Connection(Timing timing) : myTiming(timing) {
   });
   QObject::connect(&mySocket, &QTcpSocket::readyRead, &mySocket, [this] { Read(); });
   QObject::connect(&mySocket, &QTcpSocket::errorOccurred, &mySocket, [this] {
-    // What came before the end may say why.
+    // The last bytes may hold the reason.
     while (mySession && mySocket.bytesAvailable() > 0)
       Read();
     EndSession(myState == State::Connecting ? Ending::Cause::Unreachable : Ending::Cause::Lost,
@@ -93,7 +93,7 @@ void Connection::Read() {
   const qint64 count = mySocket.read(piece.data(), piece.size());
   if (count <= 0) return;
   session->Receive({piece.data(), static_cast<std::size_t>(count)}, Clock::now());
-  // An event may have ended it, or opened another connection.
+  // A handler may have ended the session or opened another.
   if (session != mySession) return;
   Flush();
   if (mySocket.bytesAvailable() > 0) myReadAgain.start(0);

@@ -17,19 +17,19 @@
 
 namespace corvane::client {
 
-// Where to log in, and as whom.
+// The server to log in to, and the account.
 struct Destination {
   QString host;
   std::uint16_t port = 0;
   Account account;
 };
 
-// Keeps one log-in alive: connects, logs in, asks for members and rights at once and every half
-// minute, and comes back with growing pauses after the connection was lost. It does not come back
-// where it never was in, nor after a kick, a ban or "BYE".
+// A client's connection to a server, kept alive: connects, logs in, and asks for the members and
+// the client's rights after the login and every 30 s. After a loss it reconnects with growing
+// delays; it does not if it never was online, nor after a kick, a ban or "BYE".
 //
-// Reads a bounded piece a turn of Qt's loop, so that no server holds the loop up. Raises its events
-// from the loop; each may call any method.
+// Owns the socket, the session and the members. Reads a bounded piece per turn of Qt's loop, so no
+// server can block the loop. Raises its events on that thread; a handler may call any method.
 class Connection : private SessionEvents {
  public:
   enum class State {
@@ -37,16 +37,16 @@ class Connection : private SessionEvents {
     Connecting,  // TCP
     LoggingIn,
     Online,
-    Waiting  // comes back when RetryIn() is over
+    Waiting  // reconnects after RetryIn()
   };
 
-  // Times that tests shorten.
+  // The defaults are for use; tests shorten them.
   struct Timing {
     std::chrono::milliseconds firstDelay{2000};
     std::chrono::milliseconds maxDelay{60'000};
     std::chrono::milliseconds refreshInterval{30'000};
-    // From connecting to the end of the log-in. The server looks up where a client is first, and
-    // may hold back the answer to somebody who has typed wrong passwords.
+    // From connecting to the end of the login. Long, because the server looks up a client's
+    // location first and delays its answers after wrong passwords.
     std::chrono::milliseconds loginTimeout{60'000};
   };
 
@@ -55,20 +55,20 @@ class Connection : private SessionEvents {
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  // The state or the rights have changed.
+  // CurrentState() or IsAdministrator() has changed.
   std::function<void()> StateChanged;
-  // A connection has ended or did not come about. The state is Waiting where the client comes back
-  // by itself; StateChanged follows.
+  // A connection has ended, or an attempt to connect has failed. The state is already Waiting or
+  // Offline; StateChanged follows.
   std::function<void(const Ending&)> SessionEnded;
-  // The operator or an administrator says something.
+  // A message of the operator or an administrator.
   std::function<void(std::string_view text)> MessageReceived;
   std::function<void(const BanList&)> BansReceived;
 
-  // Connects, ending the connection before.
+  // Ends the current connection, if there is one, and connects.
   void Open(Destination destination);
-  // Leaves, or stops coming back.
+  // Leaves the network, or gives up reconnecting.
   void Close();
-  // Comes back at once instead of when the pause is over.
+  // Ends the delay before the next attempt.
   void RetryNow();
 
   State CurrentState() const { return myState; }
@@ -76,12 +76,12 @@ class Connection : private SessionEvents {
   bool IsAdministrator() const { return myIsAdministrator; }
   std::chrono::milliseconds RetryIn() const;
 
-  // The other members; none unless online.
+  // The other members of the network; empty unless online.
   client::Members& Others() { return myMembers; }
 
   // These do nothing unless online.
   void Send(const Report& report) { SendInSession(report); }
-  // The administrators' commands. A user whose name holds a bar cannot be named in them.
+  // Commands for administrators. They separate fields by bars, so a user name must not hold one.
   void Kick(const std::string& user) {
     SendInSession(command::kAdminKick, user + '|' + myDestination.account.network);
   }
@@ -114,8 +114,7 @@ class Connection : private SessionEvents {
   Timing myTiming;
   Destination myDestination;
   client::Members myMembers;
-  // Shared with the call that feeds it, since an event may replace it; null unless connecting,
-  // logging in or online.
+  // Null when Offline or Waiting. Read() shares it, because a handler may replace it meanwhile.
   std::shared_ptr<Session> mySession;
   QTcpSocket mySocket;
   QTimer myRetry;    // while waiting

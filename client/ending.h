@@ -6,31 +6,31 @@
 
 namespace corvane::client {
 
-// Why a connection has ended.
+// Why a connection ended or could not be made, with the text that belongs to the cause.
 struct Ending {
   enum class Cause {
     Left,            // the user left
-    Unreachable,     // no connection came about; the text is the system's
-    Lost,            // it broke; the text is the system's
-    Silent,          // the server answers no more
-    NetworkRefused,  // a step of the log-in was answered "FAIL"
+    Unreachable,     // connecting failed; the text is the system's
+    Lost,            // the connection broke; the text is the system's
+    Silent,          // a timeout: the server does not answer
+    NetworkRefused,  // a login step was answered "FAIL"
     PasswordRefused,
     UserNameRefused,
-    AddressBanned,  // told instead of the greeting; the text is the server's
+    AddressBanned,  // sent in place of the greeting; the text is the server's
     Kicked,         // the text is the reason
     Banned,         // the text is the reason
     Dismissed,      // the server said "BYE"
-    Malformed       // it sent what no server sends; the text says what
+    Malformed       // a violation of the protocol; the text names it
   };
 
   Cause cause = Cause::Left;
   std::string text;
 
-  // Whether a client that had been logged in tries to come back: never where a person decided that
-  // it should go, nor where trying again would end the same way.
+  // Whether a client that was online reconnects: not after a person's decision, nor if the next
+  // attempt would fail the same way.
   bool AllowsReconnect() const;
 
-  // For a person to read, in a sentence or two. The text in it is as it came from outside.
+  // One or two sentences for the user. They contain the peer's text unescaped.
   QString Explanation() const;
 };
 

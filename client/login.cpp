@@ -12,7 +12,7 @@ Login::State Login::Receive(std::int32_t command, std::string_view payload, std:
   if (command == command::kBanned) return Refuse(Ending::Cause::AddressBanned, payload);
   if (command != myAwaited) return State::Waiting;
 
-  // By command: the answer to one step and the request for the next.
+  // Indexed by command. Each message answers one step and asks for the next.
   struct Step {
     std::string_view expected;
     Ending::Cause failure;

@@ -9,30 +9,30 @@
 
 namespace corvane::client {
 
-// What a client logs in with.
+// The credentials of a client.
 struct Account {
   std::string network;
   std::string passwordDigest;  // MD5 (RFC 1321) of the network's password, 16 bytes
   std::string userName;
 };
 
-// The three steps by which a client gets into a network: network name, password digest, user name,
-// each asked for by the server and answered "OK" or "FAIL".
+// The client's side of a login: network name, password digest, user name. The server asks for each
+// and answers "OK" or "FAIL". Reads messages and writes replies; has no socket and no timeout.
 class Login {
  public:
   enum class State { Waiting, LoggedIn, Refused };
 
   explicit Login(Account account);
 
-  // Takes one message from the server and appends to the output what is to be sent next. What is
-  // no answer to the current step is ignored: a member's news may come at any time.
+  // Takes a message from the server and appends the reply to `output`. Ignores other commands than
+  // the current step's, since messages about members may come at any time.
   State Receive(std::int32_t command, std::string_view payload, std::string& output);
 
-  // Why it was refused, after Refused.
+  // Valid once Receive has returned Refused.
   const Ending& Refusal() const { return myRefusal; }
   const Account& Details() const { return myAccount; }
 
-  // Begins anew, for another connection.
+  // Starts again, for another connection.
   void Restart() { myAwaited = 1; }
 
  private:

@@ -13,55 +13,54 @@ namespace corvane::client {
 
 using Clock = std::chrono::steady_clock;
 
-// Another member of the network, as far as the server has told.
+// Another member of the network, as the server last reported it.
 struct Member {
   std::string name;
   Report report;
-  Clock::time_point news;  // when the report last changed or was sent anew
-  // Whether it has reported. The list tells of who has not as of a report of zeros; nobody stands
-  // there with no hit points and neither fighting nor dead.
+  Clock::time_point news;  // of the last relayed report, or of the last change in a list
+  // False until its first report. The server lists such a member with all fields 0.
   bool hasPlace = false;
-  bool isListed = false;  // told of since the list was asked for
+  bool isListed = false;  // since BeginList
 };
 
-// What Members tells those who watch it.
+// Receives the changes of Members. A watcher must not change Members from a call.
 class MembersWatcher {
  public:
   virtual ~MembersWatcher() = default;
   virtual void Added(const Member& member) = 0;
   virtual void Changed(const Member& member) = 0;
-  // The member is about to go.
+  // The member is still valid in this call.
   virtual void Removed(const Member& member) = 0;
 };
 
-// The other members of the network. A name is one member whatever its letter case. A member stays
-// at its place in memory until it is removed. Bounded, whatever a server says: further members are
-// left out, and so is whoever has a name of more than kMaxNameBytes.
+// The other members of the network, by name without regard to letter case. A member's address is
+// stable until it is removed. Bounded: drops members beyond kMaxMembers, and those with names
+// longer than kMaxNameBytes.
 class Members {
  public:
   static constexpr std::size_t kMaxMembers = 5000;
   static constexpr std::size_t kMaxNameBytes = 1024;
 
-  // The watcher hears of everything from now on, until it is taken away.
+  // Borrows the watcher until Unwatch.
   void Watch(MembersWatcher& watcher) { myWatchers.push_back(&watcher); }
   void Unwatch(MembersWatcher& watcher) { std::erase(myWatchers, &watcher); }
 
   std::size_t Count() const { return myMembers.size(); }
-  // The member of that name; null if there is none.
+  // Null if there is no member of that name.
   const Member* Find(std::string_view name) const;
-  // Whether somebody was left out since the last Clear.
+  // Whether a member was dropped since the last Clear.
   bool IsIncomplete() const { return myIsIncomplete; }
 
-  // A member has sent a report.
+  // Stores a relayed report.
   void TakeRelay(const MemberRecord& record, Clock::time_point now) { Take(record, true, now); }
-  // The list of members tells of one. It is news only where it differs from what is known.
+  // Stores an entry of the member list. Watchers see it only if it differs from the stored report.
   void TakeListed(const MemberRecord& record, Clock::time_point now) { Take(record, false, now); }
   void Remove(std::string_view name);
   void Clear();
 
-  // The list was asked for.
+  // Called when the member list is requested.
   void BeginList();
-  // All of the list has come: removes whom nothing was told of since it was asked for.
+  // Called when the list is complete. Removes members without a report or entry since BeginList.
   void EndList();
 
  private:

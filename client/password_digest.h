@@ -4,7 +4,8 @@
 
 namespace corvane::client {
 
-// The MD5 digest (RFC 1321) of a password, 16 raw bytes: the form in which it travels.
+// The MD5 digest (RFC 1321) of a password, as 16 raw bytes. Clients send it in place of the
+// password.
 std::string PasswordDigest(const std::string& password);
 
 }  // namespace corvane::client

@@ -9,7 +9,7 @@
 namespace corvane::client {
 namespace {
 
-// Fills `numbers` from the text, which has to be exactly these numbers with commas between.
+// Fills `numbers` from comma-separated text. False if the text holds anything else.
 bool ReadNumbers(std::string_view text, std::span<std::int32_t> numbers) {
   const char* next = text.data();
   const char* const end = next + text.size();
@@ -53,7 +53,6 @@ void AppendReport(std::string& output, const Report& report) {
               std::string_view(text.data(), static_cast<std::size_t>(end - text.data())));
 }
 
-// The name may hold bars itself.
 std::optional<MemberRecord> ParseRelay(std::string_view payload) {
   const std::size_t bar = payload.rfind('|');
   Numbers numbers{};
@@ -64,7 +63,7 @@ std::optional<MemberRecord> ParseRelay(std::string_view payload) {
 
 std::optional<MemberRecord> ParseListed(std::string_view payload) {
   const std::size_t bar = payload.rfind('|');
-  // The end is the same for everybody: a flag, a comma, a flag.
+  // The last three characters are a flag, a comma and a flag.
   constexpr std::size_t kFlags = 3;
   if (bar == std::string_view::npos || payload.size() - bar <= kFlags) return std::nullopt;
   const std::string_view flags = payload.substr(payload.size() - kFlags);

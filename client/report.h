@@ -7,7 +7,7 @@
 
 namespace corvane::client {
 
-// What a player tells of itself, and what the server tells of the others.
+// A player's position and condition. Clients send their own; the server relays it to the others.
 struct Report {
   std::int32_t x = 0;
   std::int32_t y = 0;
@@ -19,20 +19,21 @@ struct Report {
   bool operator==(const Report&) const = default;
 };
 
-// Appends the report as a player sends it, as one message.
+// Appends a message with the report, as a client sends it.
 void AppendReport(std::string& output, const Report& report);
 
-// What the server tells of one member. The name points into what was read.
+// A member's report as the server sends it. The name points into the parsed payload and may hold
+// bars.
 struct MemberRecord {
   std::string_view name;
   Report report;
 };
 
-// Reads a relayed report, "name|x,y,facet,hp,battle,dead"; none if the payload is anything else.
+// Reads a relayed report, "name|x,y,facet,hp,battle,dead". None if the payload has another form.
 std::optional<MemberRecord> ParseRelay(std::string_view payload);
 
-// Reads a record of the list of members, "name|x,y,facet,hpbattle,dead": nothing stands between
-// the hit points and the flag of one digit. None if the payload is anything else.
+// Reads an entry of the member list, "name|x,y,facet,hpbattle,dead", which has no comma between the
+// hit points and the one-digit flag. None if the payload has another form.
 std::optional<MemberRecord> ParseListed(std::string_view payload);
 
 }  // namespace corvane::client

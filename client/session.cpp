@@ -29,7 +29,7 @@ std::string Session::TakeOutput() {
 }
 
 void Session::Take(std::int32_t command, std::string_view payload, Clock::time_point now) {
-  // These may come at any time, also before the log-in is complete.
+  // These may come before the login is complete.
   switch (command) {
     case command::kMessage:
       if (!IsOver()) myEvents.Said(Start(payload));
@@ -69,7 +69,7 @@ void Session::TakeLoggedIn(std::int32_t command, std::string_view payload, Clock
       TakeMember(payload, now);
       break;
     case command::kMemberLeft:
-      // An empty name is somebody who never logged in.
+      // The name is empty if the client never logged in.
       myMembers.Remove(payload);
       break;
     case command::kIsAdmin:
@@ -82,7 +82,7 @@ void Session::TakeLoggedIn(std::int32_t command, std::string_view payload, Clock
       End({Ending::Cause::Banned, std::string(Start(payload))});
       break;
     default:
-      // The answers to the log-in are through; other numbers may be a newer server's.
+      // A newer server may send other commands.
       break;
   }
 }

@@ -13,24 +13,25 @@
 
 namespace corvane::client {
 
-// What a session tells whoever drives it.
+// Receives the events of a Session. A handler may call any of its methods except Receive.
 class SessionEvents {
  public:
   virtual ~SessionEvents() = default;
   virtual void LoggedIn() = 0;
-  // The members and the rights that were asked for have come.
+  // The answer to AskForMembers is complete.
   virtual void Listed(bool isAdministrator) = 0;
-  // A message of the operator or of an administrator.
+  // A message of the operator or an administrator.
   virtual void Said(std::string_view text) = 0;
   virtual void BansListed(const BanList& bans) = 0;
-  // The session is over; the connection is to be closed.
+  // Raised once. The caller closes the connection.
   virtual void Ended(const Ending& ending) = 0;
 };
 
-// One log-in from the greeting to its end: reads what the server sends, keeps the members up to
-// date and writes what is to be sent. Has no socket and no clock, so that it can be fed anything.
+// The client's side of the protocol from the greeting to the end, without a socket or a clock.
+// Reads the server's bytes, updates the members and collects the bytes to send. States: logging in,
+// logged in, over.
 //
-// Whatever comes, it ends in an event. Texts from the server are cut to kMaxTextBytes.
+// Invalid input ends the session with an event. Texts from the server are cut to kMaxTextBytes.
 class Session {
  public:
   static constexpr std::size_t kMaxTextBytes = 4096;
@@ -38,27 +39,27 @@ class Session {
   // Borrows the members and the events.
   Session(Account account, Members& members, SessionEvents& events);
 
-  // Takes what has come. `now` is when.
+  // Processes bytes from the server, in pieces of any size.
   void Receive(std::string_view bytes, Clock::time_point now);
-  // What is to be sent, which is forgotten here.
+  // Returns the bytes to send, and clears them.
   std::string TakeOutput();
 
   bool IsLoggedIn() const { return myState == State::LoggedIn; }
   bool IsOver() const { return myState == State::Over; }
-  // Whether the list was asked for and has not come.
+  // Whether AskForMembers waits for its answer.
   bool AwaitsList() const { return myAwaitsList; }
 
   // These do nothing unless logged in.
   //
-  // Asks for the members and, behind them, for the rights, whose answer ends the list; nothing
-  // while the list asked for before has not come.
+  // Requests the member list and then the rights; the answer about rights marks the end of the
+  // list. Does nothing while AwaitsList().
   void AskForMembers();
   void Send(const Report& report);
   void Send(std::int32_t command, std::string_view payload);
-  // Asks the server's leave; what comes after it is not read any more.
+  // Sends the farewell and ends the session.
   void Leave();
 
-  // Ends the session for a reason outside of it.
+  // Ends the session for an outside cause. Does nothing if it is over.
   void End(const Ending& ending);
 
  private:

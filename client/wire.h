@@ -9,16 +9,16 @@
 namespace corvane::client {
 
 namespace command {
-// The steps of the log-in; each is answered with the next number.
+// Login steps. The answer to each has the number of the next.
 inline constexpr std::int32_t kNetworkName = 1;
 inline constexpr std::int32_t kPassword = 2;
 inline constexpr std::int32_t kUserName = 3;
-// A client's own position, and what the server tells of the other members.
+// The client's own report, and those of the other members.
 inline constexpr std::int32_t kReport = 4;
 inline constexpr std::int32_t kMember = 5;
 inline constexpr std::int32_t kMemberLeft = 6;
 inline constexpr std::int32_t kIsAdmin = 9;
-// What administrators may ask for.
+// Commands for administrators.
 inline constexpr std::int32_t kAdminKick = 10;
 inline constexpr std::int32_t kAdminBan = 11;
 inline constexpr std::int32_t kAdminMessage = 12;
@@ -34,30 +34,31 @@ inline constexpr std::int32_t kBye = 999;
 // Message layout: length (the header's 8 bytes included) and command, both big-endian signed
 // 32-bit, then the payload.
 inline constexpr std::size_t kHeaderBytes = 8;
-// No message of the server comes near this; a longer one means that the stream is out of step.
+// Far above any message of the server; a greater length means that the stream is not the
+// protocol's.
 inline constexpr std::size_t kMaxFrameBytes = std::size_t{64} << 20;
 
-// Appends the header of a message to the output; so many bytes of payload have to follow.
+// Appends a message's header. The caller appends `payloadBytes` of payload.
 void AppendHeader(std::string& output, std::int32_t command, std::size_t payloadBytes);
-// Appends one message to the output.
+// Appends a message.
 void AppendFrame(std::string& output, std::int32_t command, std::string_view payload);
 
-// The big-endian signed 32-bit number in the first four bytes.
+// Reads a big-endian signed 32-bit number from the first four bytes, which must exist.
 std::int32_t ReadInt32(std::string_view bytes);
 
-// Cuts a byte stream, fed in pieces of any size, into messages. Copies only a message that is
-// split between pieces, and allocates nothing once it has seen its longest one.
+// Cuts a byte stream, fed in pieces of any size, into messages. Copies only messages that are split
+// between pieces, into a buffer that it reuses. Holds at most one message of kMaxFrameBytes.
 class FrameCutter {
  public:
-  // Calls onFrame(command, payload) for each message that is now whole; the payload is valid only
-  // inside the call. Returns false once a header's length is impossible: the stream is lost then.
+  // Calls onFrame(command, payload) for each complete message; the payload is valid only inside the
+  // call. Returns false if a header has an impossible length; then no more can be read.
   template <typename OnFrame>
   bool Feed(std::string_view bytes, OnFrame&& onFrame) {
     while (!myPartial.empty() && !bytes.empty()) {
       const std::size_t taken = std::min(WholeLength(myPartial) - myPartial.size(), bytes.size());
       myPartial.append(bytes.substr(0, taken));
       bytes.remove_prefix(taken);
-      // A header that has just become complete may tell of a payload to come.
+      // A header that is now complete may announce a payload.
       const std::size_t wanted = WholeLength(myPartial);
       if (wanted == kImpossible) return false;
       if (myPartial.size() == wanted) {
@@ -82,14 +83,13 @@ class FrameCutter {
     return true;
   }
 
-  // Forgets an unfinished message: a new connection begins.
+  // Drops an incomplete message, for a new connection.
   void Reset() { myPartial.clear(); }
 
  private:
   static constexpr std::size_t kImpossible = 0;
 
-  // The length of the message that these bytes begin, as far as they tell it: a whole header
-  // while that is incomplete.
+  // The length of the message at the start of `bytes`; kHeaderBytes while its header is incomplete.
   static std::size_t WholeLength(std::string_view bytes);
 
   std::string myPartial;

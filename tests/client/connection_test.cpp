@@ -43,7 +43,7 @@ class ConnectionTest : public testing::Test {
     server.LetIn();
     return Reaches(State::Online);
   }
-  // Whether it has been online and has the answers to what it asked for.
+  // Whether it gets online and has the answers to its requests.
   bool IsSettled() {
     return Reaches(State::Online) &&
            PumpUntil([&] { return connection.IsAdministrator() == isAdministrator; });
@@ -62,13 +62,13 @@ class AskingConnectionTest : public ConnectionTest {
       : ConnectionTest({milliseconds(20), milliseconds(50), milliseconds(300), seconds(30)}) {}
 };
 
-// Does not come back before it is hurried.
+// Reconnects only by RetryNow.
 class PatientConnectionTest : public ConnectionTest {
  protected:
   PatientConnectionTest() : ConnectionTest({seconds(20), seconds(50), seconds(30), seconds(1)}) {}
 };
 
-TEST_F(ConnectionTest, SaysWhatTheServerRefuses) {
+TEST_F(ConnectionTest, ReportsWhatTheServerRefuses) {
   TestServer server;
   server.AddNetwork("North");
   server.AddNetwork("Closed", "secret", 10, false);
@@ -78,7 +78,7 @@ TEST_F(ConnectionTest, SaysWhatTheServerRefuses) {
   ASSERT_TRUE(IsSettled());
   Open(server.Port(), "Ann", "secret", "Closed");
   ASSERT_TRUE(PumpUntil([&] { return endings.size() == 2; }));
-  EXPECT_EQ(connection.CurrentState(), State::Offline) << "it was never in there";
+  EXPECT_EQ(connection.CurrentState(), State::Offline) << "it never was online there";
   Open(server.Port(), "Ann", "wrong");
   ASSERT_TRUE(PumpUntil([&] { return endings.size() == 3; }));
   Open(server.Port(), "BOB");
@@ -104,7 +104,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   ASSERT_NE(member, nullptr);
   bob.Send(4, "5,2,3,4,1,1");
   EXPECT_TRUE(PumpUntil([&] { return member->report == Report{5, 2, 3, 4, true, true}; }));
-  // A newcomer that reports nothing is found by asking.
+  // The list brings a new member that has not reported.
   TestClient cy(server.Port());
   ASSERT_TRUE(cy.LogIn("North", "secret", "Cy"));
   EXPECT_TRUE(PumpUntil([&] { return connection.Others().Find("Cy") != nullptr; }));
@@ -133,7 +133,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   EXPECT_THAT(endings, ElementsAre(Cause::Left));
 }
 
-TEST_F(ConnectionTest, ComesBackToAServerThatWasStartedAnew) {
+TEST_F(ConnectionTest, ReconnectsToARestartedServer) {
   auto server = std::make_unique<TestServer>();
   server->AddNetwork("North");
   const std::int32_t port = server->Port();
@@ -141,7 +141,7 @@ TEST_F(ConnectionTest, ComesBackToAServerThatWasStartedAnew) {
   ASSERT_TRUE(IsSettled());
   server.reset();
   ASSERT_TRUE(Reaches(State::Waiting));
-  // Longer than some pauses, so that it finds nobody there at least once.
+  // Longer than some delays, so at least one attempt fails.
   ASSERT_TRUE(PumpUntil([&] { return endings.size() >= 3; }));
   server = std::make_unique<TestServer>(port);
   server->AddNetwork("North");
@@ -150,7 +150,7 @@ TEST_F(ConnectionTest, ComesBackToAServerThatWasStartedAnew) {
   EXPECT_EQ(endings.back(), Cause::Unreachable);
 }
 
-TEST_F(PatientConnectionTest, PausesGrowUntilItIsOnlineAgain) {
+TEST_F(PatientConnectionTest, DelaysGrowUntilItIsOnlineAgain) {
   FalseServer server;
   Open(server.Port());
   std::vector<std::int64_t> tensOfSeconds;
@@ -181,12 +181,12 @@ TEST_F(PatientConnectionTest, OnlyTheLogInHasATimeLimit) {
   EXPECT_EQ(connection.CurrentState(), State::Online);
 }
 
-TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
+TEST_F(ConnectionTest, DoesNotReconnectAfterAKickABanOrBye) {
   for (const std::int32_t command : {996, 997, 999}) {
     FalseServer server;
     Open(server.Port());
     ASSERT_TRUE(IsLetIn(server));
-    // What came before the end says why, however much it is.
+    // The reason is read even behind many other bytes.
     server.Send(WireBytes(998, std::string(100'000, 'x')) + WireBytes(command, "go"));
     server.HangUp();
     ASSERT_TRUE(PumpUntil([&] { return connection.CurrentState() != State::Online; }));
@@ -196,7 +196,7 @@ TEST_F(ConnectionTest, DoesNotComeBackWhereSomebodyWantsItGone) {
   EXPECT_THAT(endings, ElementsAre(Cause::Kicked, Cause::Banned, Cause::Dismissed));
 }
 
-TEST_F(AskingConnectionTest, GivesUpAServerThatAnswersNoMore) {
+TEST_F(AskingConnectionTest, GivesUpAServerThatStopsAnswering) {
   FalseServer server;
   Open(server.Port());
   ASSERT_TRUE(IsLetIn(server));
@@ -225,8 +225,8 @@ TEST_F(ConnectionTest, StaysBoundedUnderAMillionMembers) {
   EXPECT_TRUE(connection.Others().IsIncomplete());
 }
 
-// An event may do anything to the connection that it comes from.
-TEST_F(ConnectionTest, MayBeReopenedFromWithinAnEvent) {
+// A handler may call any method.
+TEST_F(ConnectionTest, CanBeReopenedByAHandler) {
   FalseServer first;
   FalseServer second;
   connection.MessageReceived = [&](std::string_view) { Open(second.Port()); };

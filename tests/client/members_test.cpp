@@ -31,7 +31,7 @@ class MembersTest : public testing::Test, public MembersWatcher {
   std::vector<std::string> heard;
 };
 
-TEST_F(MembersTest, ARelayIsNewsAndAListIsOnlyWhereItDiffers) {
+TEST_F(MembersTest, ARelayIsNewsAndAListOnlyIfItDiffers) {
   Relay("Ann", 1);
   EXPECT_THAT(Heard(), ElementsAre("+Ann"));
   const Clock::time_point before = members.Find("ANN")->news;
@@ -47,20 +47,20 @@ TEST_F(MembersTest, ARelayIsNewsAndAListIsOnlyWhereItDiffers) {
   EXPECT_THAT(Heard(), ElementsAre("-ANN"));
 }
 
-TEST_F(MembersTest, HaveAPlaceOnceTheyHaveReported) {
+TEST_F(MembersTest, HaveAPlaceAfterTheirFirstReport) {
   const auto hasPlace = [&] { return members.Find("Ann")->hasPlace; };
   List("Ann");
-  EXPECT_FALSE(hasPlace()) << "the list has zeros for who has not reported";
+  EXPECT_FALSE(hasPlace()) << "a list has zeros for a member without a report";
   List("Ann", 1);
   EXPECT_TRUE(hasPlace());
   List("Ann");
-  EXPECT_FALSE(hasPlace()) << "another of that name";
+  EXPECT_FALSE(hasPlace()) << "another member of that name";
   Relay("Ann");
   List("Ann");
-  EXPECT_TRUE(hasPlace()) << "he stands at 0, 0";
+  EXPECT_TRUE(hasPlace()) << "its place is 0, 0";
 }
 
-TEST_F(MembersTest, AListTakesAwayWhomItLeavesOut) {
+TEST_F(MembersTest, AListRemovesTheMembersThatItLacks) {
   for (const char* name : {"Ann", "Bob", "Cy"})
     Relay(name);
   Heard();

@@ -14,7 +14,7 @@ namespace {
 using testing::ElementsAre;
 using Cause = Ending::Cause;
 
-// Writes down what a session tells.
+// Records the events of a session.
 class SessionTest : public testing::Test, public SessionEvents {
  protected:
   void LoggedIn() override { heard.emplace_back("in"); }
@@ -47,7 +47,7 @@ class SessionTest : public testing::Test, public SessionEvents {
   std::vector<Cause> endings;
 };
 
-TEST_F(SessionTest, LogsInWhateverComesBetweenTheAnswersAndLeaves) {
+TEST_F(SessionTest, LogsInDespiteOtherMessagesAndLeaves) {
   Receive(1, "Network");
   EXPECT_EQ(session.TakeOutput(), WireBytes(1, "Demo"));
   Receive(5, "Bob|1,2,3,4,0,0");
@@ -59,7 +59,7 @@ TEST_F(SessionTest, LogsInWhateverComesBetweenTheAnswersAndLeaves) {
   EXPECT_EQ(session.TakeOutput(), WireBytes(3, "Ann"));
   session.Send({});
   session.AskForMembers();
-  EXPECT_EQ(session.TakeOutput(), "") << "asked before the log-in";
+  EXPECT_EQ(session.TakeOutput(), "") << "not sent before the login";
   Receive(4, "OK");
   EXPECT_THAT(heard, ElementsAre("said Hello", "in"));
   session.Send({1200, -845, 2, 90, true, false});
@@ -76,11 +76,11 @@ TEST_F(SessionTest, TheAnswerAboutRightsEndsTheList) {
   EXPECT_EQ(session.TakeOutput(), WireBytes(5, "") + WireBytes(9, ""));
   Receive(5, "Bob|1,2,3,41,0");
   Receive(5, "ANN|1,2,3,41,0");
-  EXPECT_EQ(members.Count(), 2U) << "its own name is no other member";
+  EXPECT_EQ(members.Count(), 2U) << "its own name is not another member";
   Receive(9, "1");
   EXPECT_EQ(members.Count(), 1U);
   EXPECT_NE(members.Find("Bob"), nullptr);
-  // Nobody asked: it says something about the rights, and nothing about the members.
+  // Unrequested: changes the rights and not the members.
   Receive(5, "Eve|0,0,0,0,0,0");
   Receive(9, "0");
   ASSERT_EQ(members.Count(), 2U);
@@ -88,7 +88,7 @@ TEST_F(SessionTest, TheAnswerAboutRightsEndsTheList) {
   EXPECT_THAT(heard, ElementsAre("administrator", "member"));
 }
 
-// Each ends the session once, with a reason; what comes behind it is not heard any more.
+// Each ends the session once. Later messages are ignored.
 TEST_F(SessionTest, EndsWithAReason) {
   struct Case {
     bool isLoggedIn;
@@ -127,7 +127,7 @@ TEST_F(SessionTest, EndsWithAReason) {
     EXPECT_LE(heard.back().size(), Session::kMaxTextBytes + 10);
     EXPECT_NE(heard.back(), "said late");
     EXPECT_FALSE(Ending({each.cause, "text"}).Explanation().isEmpty());
-    // Its name may still be held, and a network may be full for a while.
+    // The server may still hold the name, and a network may be full for a while.
     EXPECT_EQ(Ending({each.cause, ""}).AllowsReconnect(),
               each.cause == Cause::NetworkRefused || each.cause == Cause::UserNameRefused);
   }

@@ -79,7 +79,7 @@ TEST(Records, AreReadOnlyInTheirExactForms) {
   }
 }
 
-TEST(Bans, AreReadWithBarsInTheReasonAndWithoutWhatIsNone) {
+TEST(Bans, AreReadWithBarsInTheReasonAndMalformedOnesAreCounted) {
   using namespace std::string_literals;
   const BanList list = ParseBans(
       "1|192.0.2.7|Ann|spam|3/7/11 9:05 AM\0"
