@@ -14,7 +14,7 @@ Administration::Administration(client::Connection& connection, MessagesPane& mes
   };
 }
 
-// The commands separate their fields by bars.
+// False, with a message, if the name holds the bar that separates a command's fields.
 bool Administration::CanName(const std::string& user) const {
   if (user.find('|') == std::string::npos) return true;
   myMessages.Add(

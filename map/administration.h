@@ -12,13 +12,13 @@
 
 namespace corvane::map {
 
-// What an administrator may do, with the dialogs that ask for the rest. The user is named by its
-// name: it may go while a dialog is open.
+// The administrator's actions, with the dialogs that ask for reasons and texts. Users are passed by
+// name, because a member may leave while a dialog is open.
 class Administration {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::Administration)
 
  public:
-  // Borrows all three.
+  // Borrows all three. `window` owns the dialogs.
   Administration(client::Connection& connection, MessagesPane& messages, QWidget& window);
 
   void Kick(const std::string& user);

@@ -12,17 +12,17 @@
 
 namespace corvane::map {
 
-// The server's bans, of which the selected ones can be lifted.
+// Lists the server's bans and lifts the selected ones. Deletes itself when closed.
 class BansDialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::BansDialog)
 
  public:
   explicit BansDialog(QWidget& owner);
 
-  // The user lifts that ban.
+  // Raised for each selected ban when the user chooses to lift them.
   std::function<void(const std::string& id)> Lifted;
 
-  // Replaces what is shown.
+  // Replaces the rows.
   void Show(const client::BanList& list);
 
   // The controls, in tab order. The dialog owns them.

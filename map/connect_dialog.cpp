@@ -124,7 +124,7 @@ void ConnectDialog::Try() {
 void ConnectDialog::ShowFailure(const QString& text) {
   SetTrying(false);
   lblMessage->setText(text);
-  // What is typed next takes the place of what was refused.
+  // The next input replaces the refused password.
   txtPassword->setFocus();
   txtPassword->selectAll();
 }

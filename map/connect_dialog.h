@@ -15,22 +15,22 @@
 
 namespace corvane::map {
 
-// Asks where to log in and as whom. It stays open while the program tries, and says what was
-// refused. It keeps what was typed when the user closes it, so that it can be opened again.
+// Asks for a server and an account. It stays open during the attempt and shows why one failed. A
+// closed dialog keeps its input and can be opened again.
 class ConnectDialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::ConnectDialog)
 
  public:
   ConnectDialog(const QList<RecentServer>& recent, QWidget& owner);
 
-  // The digest of the password is always there; whether to keep it is the user's choice.
+  // `server` has the password's digest; `keepsDigest` is whether the user wants it remembered.
   std::function<void(const RecentServer& server, bool keepsDigest)> ConnectRequested;
-  // The user gives up while the program tries.
+  // The user cancelled during an attempt.
   std::function<void()> Cancelled;
 
-  // Tries what the command line says, as if it were typed.
+  // Fills the fields with the command line's values and connects.
   void TryGiven(const RecentServer& server);
-  // The attempt is over; the text says why.
+  // Ends the attempt and shows the reason.
   void ShowFailure(const QString& text);
 
   // The controls, in tab order. The dialog owns them.
@@ -55,7 +55,7 @@ class ConnectDialog : public QDialog {
   void SetTrying(bool isTrying);
 
   QList<RecentServer> myRecent;
-  QByteArray myDigest;  // remembered or given, for as long as no password is typed
+  QByteArray myDigest;  // remembered or given; used while the password field is empty
   bool myIsTrying = false;
 };
 

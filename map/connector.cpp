@@ -36,7 +36,7 @@ void Connector::Try(const RecentServer& server, bool keepsDigest) {
   destination.port = server.port;
   destination.account = {TextFromDisplay(server.network), server.digest.toStdString(),
                          TextFromDisplay(server.userName)};
-  // Ends the connection that there is, which is no failure of this one.
+  // Ends the old connection first, so that its end does not count as this attempt's failure.
   myConnection.Close();
   myUnproven = server;
   if (!keepsDigest) myUnproven->digest.clear();
@@ -46,7 +46,7 @@ void Connector::Try(const RecentServer& server, bool keepsDigest) {
 void Connector::StateChanged() {
   if (myConnection.CurrentState() != State::Online) return;
   const auto server = std::exchange(myUnproven, std::nullopt);
-  // A connection that came back by itself takes no dialog away from whoever types into it.
+  // An automatic reconnect leaves a dialog open that the user is typing into.
   if (!server) return;
   mySettings.Remember(*server);
   myDialog->accept();

@@ -12,22 +12,21 @@
 
 namespace corvane::map {
 
-// Brings the user into a network: asks where, tries, says what was refused, and remembers what
-// worked.
+// Logs the user in with a ConnectDialog: starts attempts, shows why one failed, and stores the
+// server in the settings after a success.
 class Connector {
  public:
   // Borrows all four.
   Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
             QWidget& window);
 
-  // Opens the dialog, with what was typed into it if no attempt has worked since.
+  // Opens the dialog. It has its last input, unless an attempt has succeeded since.
   void Ask();
-  // Opens the dialog and tries what the command line says.
+  // Opens the dialog and connects with the command line's values.
   void TryGiven(const RecentServer& server);
 
-  // The connection's state has changed.
+  // The window forwards the connection's events to these.
   void StateChanged();
-  // The connection has ended.
   void SessionEnded(const client::Ending& ending);
 
  private:
@@ -38,7 +37,7 @@ class Connector {
   MessagesPane& myMessages;
   QWidget& myWindow;
   ConnectDialog* myDialog = nullptr;       // the window owns it
-  std::optional<RecentServer> myUnproven;  // to be remembered when it works
+  std::optional<RecentServer> myUnproven;  // of the current attempt; stored on success
 };
 
 }  // namespace corvane::map

@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kMinPixels = 90;
 
-// The least of 1, 2, 5, 10, 20... whose lines are far enough apart.
+// The smallest of 1, 2, 5, 10, 20... whose lines are far enough apart.
 double StepFor(double scale) {
   const double minStep = kMinPixels / scale;
   const double power = std::pow(10, std::floor(std::log10(minStep)));
@@ -24,7 +24,7 @@ double StepFor(double scale) {
 void DrawGrid(QPainter& painter, const QRectF& part, const QColor& ink) {
   const QTransform toView = painter.worldTransform();
   const double step = StepFor(toView.m11());
-  // What crosses just outside has its coordinates inside.
+  // The label of a crossing just outside reaches into the part.
   const double left = std::floor(part.left() / step - 1) * step;
   const double top = std::floor(part.top() / step - 1) * step;
   painter.save();

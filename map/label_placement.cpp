@@ -16,7 +16,8 @@ std::int64_t Key(int column, int row) {
   return static_cast<std::int64_t>(column) << 32 | static_cast<std::uint32_t>(row);
 }
 
-// Calls `act` for the key of each cell that the place touches, until it returns false.
+// Calls `act` with the key of each cell that the place touches. Stops and returns false as soon as
+// `act` does.
 template <typename Act>
 bool ForEachCell(const QRect& place, Act act) {
   const int right = Cell(place.right(), kCellWidth);

@@ -8,21 +8,21 @@
 
 namespace corvane::map {
 
-// Decides which names are shown, so that they do not pile up: a name is shown where it is wholly in
-// the window and meets none that came before it. Cost goes by the number of names and not by its
+// Places labels without overlaps. A label is shown if it is completely inside the window and meets
+// neither an earlier one nor an obstacle. The cost grows with the number of labels, not with its
 // square.
 class LabelPlacement {
  public:
   explicit LabelPlacement(const QRect& window) : myWindow(window) {}
 
-  // No name is to lie there.
+  // Marks an obstacle.
   void Avoid(const QRect& place);
-  // Takes the place if it is free; whether it is.
+  // Occupies the place and returns true if it is free.
   bool Take(const QRect& place);
 
  private:
   QRect myWindow;
-  // What was taken, by each cell of the window that it touches.
+  // Occupied places, in each cell of the window that they touch.
   std::unordered_map<std::int64_t, std::vector<QRect>> myCells;
 };
 

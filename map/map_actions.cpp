@@ -5,7 +5,7 @@
 namespace corvane::map {
 namespace {
 
-// While it is open a letter chooses the item that has it, though it may be a key of the map, too.
+// In an open menu a letter chooses an item, even if it is a shortcut of the map.
 class Menu : public QMenu {
  public:
   using QMenu::QMenu;

@@ -8,8 +8,8 @@
 
 namespace corvane::map {
 
-// All that the user can choose, as the menus of the window. Keys without Ctrl count in the map
-// only; the window has the list of members take some of them, too.
+// The window's actions and menus. Shortcuts without Ctrl work in the map only; the window adds some
+// of them to the list of members.
 class MapActions {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MapActions)
 

@@ -40,7 +40,7 @@ void MapScene::ShowGrid() {
   Redraw();
 }
 
-// Views keep what they have drawn.
+// Views cache the background.
 void MapScene::Redraw() {
   for (QGraphicsView* view : views()) {
     view->resetCachedContent();
@@ -77,7 +77,7 @@ void MapScene::DrawTiles(QPainter& painter, const QRectF& part) {
   painter.setRenderHint(QPainter::SmoothPixmapTransform);
   for (const TileId& id : pyramid.TilesAt(level, pixels)) {
     if (DrawTile(painter, toView, id)) continue;
-    // Until it comes, the part of the nearest coarser tile that is here.
+    // Until the tile is loaded, draw its part of the nearest coarser tile in memory.
     for (int up = 1; id.level - up >= pyramid.CoarsestLevel(); ++up) {
       const TileId coarser{id.level - up, id.column >> up, id.row >> up};
       const QPixmap* tile = myTiles->Peek(coarser);
@@ -92,7 +92,7 @@ void MapScene::DrawTiles(QPainter& painter, const QRectF& part) {
   painter.restore();
 }
 
-// Edges fall on whole pixels of the screen, so that no seam shows between two tiles.
+// Rounds the edges to whole screen pixels, so no seam shows between tiles.
 bool MapScene::DrawTile(QPainter& painter, const QTransform& toView, const TileId& id) {
   const QPixmap* tile = myTiles->Find(id);
   if (tile == nullptr) return false;

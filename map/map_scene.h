@@ -11,22 +11,23 @@
 
 namespace corvane::map {
 
-// One facet of the map, in the players' own coordinates: its picture, or a grid, and the markers.
+// A facet of the map in the players' coordinates: the markers above a picture or a grid. Loads the
+// picture's tiles as views paint them.
 class MapScene : public QGraphicsScene {
  public:
-  // Borrows what it shows.
+  // Borrows the board and the highlights.
   MapScene(MarkerBoard& board, const Highlights& highlights, int facet);
 
-  // Shows the tiles in that folder where the picture lies; whether there are any.
+  // Shows the folder's tiles at the picture's position. Without tiles, shows the grid and returns
+  // false.
   bool ShowPicture(const MapPicture& picture, const QString& tileFolder);
-  // Shows the grid.
   void ShowGrid();
 
   MarkersItem& Markers() { return *myMarkers; }
   int Facet() const { return myFacet; }
-  // Of the picture; null where there is none.
+  // In map units; null without a picture.
   QRectF PictureBounds() const;
-  // What was asked for and has not come is of no use any more: another part is shown.
+  // Cancels the requested tiles. Called when the view shows another part.
   void ForgetTileRequests();
 
  protected:

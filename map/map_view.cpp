@@ -36,12 +36,12 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setTransformationAnchor(NoAnchor);
   setResizeAnchor(AnchorViewCenter);
-  // The picture below the markers is drawn once for each place and scale.
+  // The background is drawn once for each position and scale.
   setCacheMode(CacheBackground);
   setViewportUpdateMode(FullViewportUpdate);
   setOptimizationFlags(DontSavePainterState | DontAdjustForAntialiasing);
   setFrameShape(NoFrame);
-  // The items take no keys.
+  // The scene's items take no input.
   setInteractive(false);
   setMouseTracking(true);
   setFocusPolicy(Qt::StrongFocus);
@@ -95,7 +95,7 @@ void MapView::ShowAll() {
   if (part.isNull()) {
     part = Scene()->PictureBounds();
   } else {
-    // With room for the names at the edge.
+    // Room for the labels at the edge.
     const double margin = 20 + 0.08 * std::max(part.width(), part.height());
     part.adjust(-margin, -margin, margin, margin);
   }
@@ -236,7 +236,7 @@ void MapView::showEvent(QShowEvent* event) {
   if (myShowsAllNext) ShowAll();
 }
 
-// The cached background has the colours of the old look.
+// The cached background has the old colours.
 void MapView::changeEvent(QEvent* event) {
   QGraphicsView::changeEvent(event);
   if (event->type() == QEvent::PaletteChange) resetCachedContent();

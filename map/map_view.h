@@ -12,23 +12,23 @@
 
 namespace corvane::map {
 
-// The window's part that shows a facet: moves and scales it by mouse and keys, follows a member,
-// and paints at most thirty times a second while somebody moves.
+// Shows a facet. The user pans and zooms it by mouse and keys; it can follow a member. Paints at
+// most thirty times a second, and only while a marker moves or the view changes.
 class MapView : public QGraphicsView {
  public:
   // Borrows the board and the highlights.
   MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent);
 
   std::function<void(const client::Member&)> MemberClicked;
-  // A click that met nobody.
+  // A click beside all markers.
   std::function<void(QPointF place)> PlaceClicked;
-  // The pointer is over that place, where it or the map was moved; over none once it has left.
+  // The place under the pointer has changed; none after the pointer has left.
   std::function<void(std::optional<QPointF> place)> PointerMoved;
-  // The member that is followed is on another facet now.
+  // The member to show is on that facet.
   std::function<void(int facet)> FacetRequested;
-  // Following has begun or ended.
+  // IsFollowing() may have changed.
   std::function<void()> FollowChanged;
-  // Asked before an arrow key moves the map; whether it was used for something else.
+  // Called before an arrow key pans. The view pans only if it returns false.
   std::function<bool(int columns, int rows)> ArrowPressed;
 
   void ShowScene(MapScene& scene);
@@ -36,18 +36,19 @@ class MapView : public QGraphicsView {
 
   void ZoomIn() { Zoom(kZoomStep, rect().center()); }
   void ZoomOut() { Zoom(1 / kZoomStep, rect().center()); }
-  // Shows everybody on the facet; where nobody is, its picture.
+  // Zooms to all markers on the facet, or to its picture if there are none.
   void ShowAll();
   void CentreOn(const client::Member& member);
 
-  // Keeps the member in the middle, by its name: also after it went and came back.
+  // Keeps the member in the middle until StopFollowing. It is found by name, so also after it has
+  // left and returned.
   void Follow(const client::Member& member);
   void StopFollowing();
   bool IsFollowing() const { return !myFollowed.empty(); }
 
-  // Takes what has changed on the board into the picture, now.
+  // Updates the markers to that time. A timer calls it too.
   void Advance(client::Clock::time_point now);
-  // The highlights have changed.
+  // Called when the highlights have changed.
   void Refresh();
 
  protected:
@@ -82,7 +83,7 @@ class MapView : public QGraphicsView {
   QPoint myPressed;
   bool myIsDrag = false;
   bool myIsBand = false;
-  bool myShowsAllNext = false;  // as soon as the window has its size
+  bool myShowsAllNext = false;  // when it becomes visible, with its final size
 };
 
 }  // namespace corvane::map

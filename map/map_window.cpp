@@ -19,7 +19,7 @@ using client::Member;
 using State = client::Connection::State;
 
 constexpr std::chrono::milliseconds kFacetInterval{500};
-// More than any map has; a server may tell of others.
+// More than any map has. A server may report any number.
 constexpr std::size_t kMaxFacets = 200;
 
 }  // namespace
@@ -154,7 +154,7 @@ void MapWindow::WireActions() {
   const auto on = [this](QAction* action, auto act) {
     connect(action, &QAction::triggered, this, act);
   };
-  // What an action of a menu does to the member that is selected.
+  // For actions on the selected member.
   const auto onMember = [this, &on](QAction* action, auto act) {
     on(action, [this, act] {
       if (myHighlights.selected != nullptr) act(*myHighlights.selected);
@@ -290,7 +290,7 @@ void MapWindow::ListFacets() {
 
 void MapWindow::ShowFacet(int facet) {
   if (myScene && facet == Facet()) return;
-  // The view shows the new one before the old one goes.
+  // The old scene is destroyed after the view has the new one.
   auto scene = std::make_unique<MapScene>(myBoard, myHighlights, facet);
   map->ShowScene(*scene);
   myScene = std::move(scene);

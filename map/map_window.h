@@ -24,23 +24,22 @@
 
 namespace corvane::map {
 
-// The window: the map, the list of members beside it, the messages below. Owns the connection and
-// all that is made of it, and leads what one part says to the others.
+// The main window: the map, the list of members beside it, the messages below. Owns the connection,
+// the settings and the objects that work with them, and connects the events of its parts.
 class MapWindow : public QMainWindow {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MapWindow)
 
  public:
-  // `settingsFile` is made if it is not there; pictures are cut below `cacheFolder`.
+  // Creates the settings file if there is none. Tiles of pictures go below `cacheFolder`.
   MapWindow(const QString& settingsFile, const QString& cacheFolder,
             client::Connection::Timing timing = {});
 
-  // Logs in without asking, and asks where that fails.
+  // Logs in with the given values. The dialog stays open if that fails.
   void LogInTo(const RecentServer& server) { myConnector.TryGiven(server); }
   void AskWhere() { myConnector.Ask(); }
-  // Shows another facet.
   void ShowFacet(int facet);
   int Facet() const { return myScene->Facet(); }
-  // Shows the picture on the facet from now on.
+  // Stores the picture of a facet, and shows it if the facet is shown.
   void SetPicture(int facet, const MapPicture& picture);
 
   client::Connection& Wire() { return myConnection; }
@@ -88,11 +87,11 @@ class MapWindow : public QMainWindow {
   std::unique_ptr<MapScene> myScene;
   QSplitter* myColumns;
   QTimer myFacetTimer;
-  std::set<int> myFacets;      // that cmbFacet lists
-  bool myShowsAllNext = true;  // as soon as somebody is there
+  std::set<int> myFacets;      // in cmbFacet
+  bool myShowsAllNext = true;  // as soon as the facet has a marker
   bool myIsOnline = false;
   bool myReportedIncomplete = false;
-  // Of myColumns and the messages. Goes first, since the views in it use the members above.
+  // Holds the views, which use the members above: it is last, to be destroyed first.
   std::unique_ptr<QSplitter> myRows;
 };
 

@@ -78,7 +78,7 @@ void MarkerArt::Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isSt
 void MarkerArt::DrawRing(QPainter& painter, QPointF at) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setBrush(Qt::NoBrush);
-  // Light on dark and dark on light are both seen.
+  // Two colours, visible on light and dark pictures.
   painter.setPen(QPen(Qt::black, 4));
   painter.drawEllipse(at, kRadius + 2, kRadius + 2);
   painter.setPen(QPen(Qt::yellow, 2));

@@ -9,7 +9,7 @@
 
 namespace corvane::map {
 
-// What a marker says about its member: by its shape, so that colours are not needed.
+// A member's condition. Each has a shape of its own, so the colours are not needed.
 enum class MarkerShape {
   Alive,     // a disc
   Fighting,  // a star
@@ -19,22 +19,22 @@ enum class MarkerShape {
 
 MarkerShape ShapeOf(const client::Report& report);
 
-// Draws markers of one size on whatever the map shows. Keeps what it has drawn.
+// Draws markers. Caches a pixmap for each shape.
 class MarkerArt {
  public:
-  static constexpr int kRadius = 9;  // of the place that a marker takes
+  static constexpr int kRadius = 9;  // of the space for a marker, in pixels
 
-  // Draws it around the origin of the painter.
+  // Centres the marker on `at`.
   void Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isStale);
 
-  // A ring around a marker that is selected.
+  // Draws the ring around a highlighted marker.
   static void DrawRing(QPainter& painter, QPointF at);
 
  private:
   const QPixmap& Picture(MarkerShape shape, bool isStale, double scale);
 
-  std::array<QPixmap, 8> myPictures;  // by shape, not stale before stale
-  double myScale = 0;                 // device pixels a pixel
+  std::array<QPixmap, 8> myPictures;  // two for each shape: fresh, stale
+  double myScale = 0;                 // device pixels per pixel
 };
 
 }  // namespace corvane::map

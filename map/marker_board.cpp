@@ -66,7 +66,7 @@ QRectF MarkerBoard::Extent(int facet) const {
   QRectF extent;
   for (const Marker* marker : myOrder) {
     if (marker->facet != facet) continue;
-    // A united rectangle has to have a size.
+    // QRectF ignores empty rectangles when it unites them.
     extent |= QRectF(marker->motion.Destination() - QPointF(0.5, 0.5), QSizeF(1, 1));
   }
   return extent;

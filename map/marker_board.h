@@ -16,7 +16,7 @@
 
 namespace corvane::map {
 
-// Farther out nothing is drawn; a member beyond is shown at the edge.
+// The limit of the map. Members beyond are shown at its edge.
 inline constexpr double kMaxCoordinate = 1 << 24;
 
 // A member as the map shows it.
@@ -24,21 +24,22 @@ struct Marker {
   explicit Marker(const client::Member& whom);
 
   const client::Member* member;
-  QString name;  // as it is shown
+  QString name;  // escaped and shortened
   int facet;
   Motion motion;
   QPointF place;         // as of the last Advance
-  bool isStale = false;  // without news for a minute
+  bool isStale = false;  // no news for a minute
   bool isMoving = false;
   bool hasTrail = false;
   std::deque<QPointF> trail;  // the oldest place first
   bool showsLabel = false;
-  QPoint labelPlace;  // beside the marker, of the left and top
-  // The name and the hit points, laid out when first shown.
+  QPoint labelPlace;  // its top left corner, relative to the marker
+  // Name and hit points. Null until they are first shown, and after a change.
   std::unique_ptr<QStaticText> label;
 };
 
-// The markers of all members that have a place, on whichever facet. Moves them between reports.
+// The markers of all members that have a place, on all facets. Animates them between reports. A
+// marker's address is stable until its member is removed or loses its place.
 class MarkerBoard : public client::MembersWatcher {
  public:
   static constexpr std::size_t kTrailPlaces = 500;
@@ -48,20 +49,20 @@ class MarkerBoard : public client::MembersWatcher {
   MarkerBoard(const MarkerBoard&) = delete;
   MarkerBoard& operator=(const MarkerBoard&) = delete;
 
-  // A member has gone; the marker is still there.
+  // Raised before the marker is removed.
   std::function<void(const client::Member&)> MemberRemoved;
 
-  // Moves everybody to where they are at that time. Returns whether the picture of that facet has
-  // changed since the last call.
+  // Moves the markers to their positions at that time. Returns whether the facet looks different
+  // from the last call.
   bool Advance(client::Clock::time_point now, int facet);
 
-  // Null where the member has no place yet.
+  // Null if the member has no place.
   Marker* Find(const client::Member* member);
-  // In the order in which they came, so that what is drawn over what stays the same.
+  // In the order of arrival, which is also the drawing order.
   const std::vector<Marker*>& All() const { return myOrder; }
-  // The smallest rectangle that holds everybody on the facet; null where nobody is.
+  // The bounding rectangle of the facet's markers; null if there are none.
   QRectF Extent(int facet) const;
-  // Does nothing where the member has no place yet.
+  // Starts a new trail, or ends it. Does nothing if the member has no place.
   void SetTrail(const client::Member& member, bool isOn);
 
   void Added(const client::Member& member) override;
@@ -76,7 +77,7 @@ class MarkerBoard : public client::MembersWatcher {
   std::vector<Marker*> myOrder;
   std::vector<Marker*> myMoving;
   bool myHasChanged = false;
-  client::Clock::time_point myNextStaleCheck{};  // for those who have become stale
+  client::Clock::time_point myNextStaleCheck{};
 };
 
 }  // namespace corvane::map

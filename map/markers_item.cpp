@@ -12,8 +12,8 @@ using client::Member;
 
 constexpr int kLabelGap = MarkerArt::kRadius + 1;
 constexpr int kLabelMargin = 3;
-constexpr int kDisc = 6;       // a marker from its middle to its edge
-constexpr double kReach = 10;  // how far beside a marker a click still means it
+constexpr int kDisc = 6;       // radius of a marker's shape
+constexpr double kReach = 10;  // distance at which a click still hits a marker
 
 QSize LabelSize(const Marker& marker) {
   return marker.label->size().toSize() + QSize(2 * kLabelMargin, 0);
@@ -23,14 +23,14 @@ QRect LabelRect(const Marker& marker, QPointF at) {
   return {at.toPoint() + marker.labelPlace, LabelSize(marker)};
 }
 
-// What a name must not hide.
+// The part of a marker that labels must not cover.
 QRect MarkerRect(QPointF at) {
   constexpr QPoint kHalf(kDisc, kDisc);
   return {at.toPoint() - kHalf, at.toPoint() + kHalf};
 }
 
-// Takes the first free place to the right of the marker, the left, above or below; whether there
-// is one. Where there is none the label is to the right.
+// Puts the label into the first free place: right, left, above or below. Returns false, with the
+// label on the right, if all are taken.
 bool TakePlace(Marker& marker, QPointF at, LabelPlacement& placement) {
   const QSize size = LabelSize(marker);
   const QPoint right(kLabelGap, -size.height() / 2);
@@ -90,7 +90,7 @@ std::vector<MarkersItem::Shown> MarkersItem::Visible(const QTransform& toView,
   return visible;
 }
 
-// Whoever is selected or followed has his name in any case.
+// Highlighted members come first, and always have a label.
 void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& window) {
   myPlacesLabels = false;
   LabelPlacement placement(window);

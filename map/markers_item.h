@@ -10,7 +10,7 @@
 
 namespace corvane::map {
 
-// Which markers stand out, and the marker of one's own.
+// The members with a ring around their markers, and the user's own marker.
 struct Highlights {
   const client::Member* selected = nullptr;
   const client::Member* followed = nullptr;
@@ -21,8 +21,9 @@ struct Highlights {
   }
 };
 
-// All markers of one facet as one item of the scene: with an item a member, moving a thousand of
-// them costs more than drawing them does. Markers and names keep their size at every scale.
+// Draws all markers of a facet with their labels and trails. It is one item of the scene: with an
+// item per member, moving a thousand costs more than drawing them. Markers and labels keep their
+// size at all scales.
 class MarkersItem : public QGraphicsItem {
  public:
   // Borrows both.
@@ -31,10 +32,11 @@ class MarkersItem : public QGraphicsItem {
   QRectF boundingRect() const override;
   void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
-  // The names are placed anew at the next painting.
+  // Places the labels again at the next paint.
   void PlaceLabels() { myPlacesLabels = true; }
 
-  // The one that is drawn topmost there; null where none is. `toView` maps the map into the window.
+  // The topmost member near the point; null if there is none. `toView` maps the map into the
+  // window.
   const client::Member* MemberAt(QPointF inView, const QTransform& toView) const;
 
  private:

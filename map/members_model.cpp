@@ -13,7 +13,7 @@ using client::Clock;
 using client::Member;
 
 constexpr std::chrono::milliseconds kUpdateInterval{500};
-// From here on it costs less to tell of everything.
+// For as many removed rows, a reset costs less than their removal one by one.
 constexpr std::size_t kResetThreshold = 50;
 
 std::chrono::seconds Age(const Member& member) {
@@ -96,7 +96,8 @@ int MembersModel::RowOf(const Member& member) const {
 void MembersModel::Update() {
   if (myGone > 0) RemoveGone();
   const int had = rowCount();
-  // Without the names, which stay: by them the list is filtered and mostly sorted.
+  // Leaves out the names, which do not change, so that the list is not filtered and sorted by them
+  // again.
   if (had > 0) Q_EMIT dataChanged(index(0, kX), index(had - 1, kNews));
   if (myNew.empty()) return;
   beginInsertRows({}, had, had + static_cast<int>(myNew.size()) - 1);
@@ -136,7 +137,7 @@ void MembersModel::Added(const Member& member) {
   myNew.push_back(&member);
 }
 
-// The next Update reads it.
+// The next Update shows it.
 void MembersModel::Changed(const Member&) {}
 
 void MembersModel::Removed(const Member& member) {

@@ -11,17 +11,17 @@
 
 namespace corvane::map {
 
-// The members as rows. Takes what has happened twice a second and all at once, so that the list's
-// cost does not go by the number of reports.
+// The members as table rows. Applies all changes together twice a second, so the cost does not grow
+// with the rate of reports.
 class MembersModel : public QAbstractTableModel, private client::MembersWatcher {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MembersModel)
 
  public:
   enum Column { kName, kX, kY, kFacet, kHp, kState, kNews, kColumns };
-  // What rows are sorted by.
+  // The role of the values that rows are sorted by.
   static constexpr int kSortRole = Qt::UserRole;
 
-  // Lists the members that come from now on.
+  // Borrows the members, of which there must be none yet.
   explicit MembersModel(client::Members& members);
   ~MembersModel() override;
 
@@ -30,14 +30,14 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
-  // Null where the member has gone since the rows were last brought up to date.
+  // Null if the member was removed after the last Update.
   const client::Member* MemberAt(int row) const {
     return myRows[static_cast<std::size_t>(row)].member;
   }
-  // -1 where there is no row yet.
+  // -1 if the member was added after the last Update.
   int RowOf(const client::Member& member) const;
 
-  // Takes what has happened.
+  // Applies the changes since the last call.
   void Update();
 
  private:

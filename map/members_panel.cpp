@@ -37,7 +37,7 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
           [this](const QModelIndex& current) {
             if (myReportsSelection && Selected) Selected(MemberAt(current));
           });
-  // A click on the row that is selected already means the same.
+  // A click on the selected row counts as a selection too.
   connect(lstMembers, &QTableView::clicked, this, [this](const QModelIndex& index) {
     if (Selected) Selected(MemberAt(index));
   });
@@ -51,7 +51,7 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
     connect(action, &QAction::triggered, this, act);
   };
   onKeys({Qt::Key_Return, Qt::Key_Enter}, [this] { Activate(lstMembers->currentIndex()); });
-  // Not every system makes a menu event of it.
+  // Not all systems send a context menu event for this key.
   onKeys({Qt::SHIFT | Qt::Key_F10}, [this] { OpenMenu({-1, -1}); });
   lstMembers->setContextMenuPolicy(Qt::CustomContextMenu);
   connect(lstMembers, &QTableView::customContextMenuRequested, this,
@@ -59,15 +59,16 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
 }
 
 void MembersPanel::SetUpList() {
-  // Before the list itself hears of it, which would select a neighbour, whom the next action hits.
+  // Connected before the list connects: it would select a neighbour, and the next action would hit
+  // that member.
   connect(&myProxy, &QAbstractItemModel::rowsAboutToBeRemoved, this,
           [this](const QModelIndex&, int first, int last) {
             const int row = lstMembers->currentIndex().row();
             if (first <= row && row <= last) SetCurrent({});
           });
   lstMembers->setModel(&myProxy);
-  // Or the list would make its first row the current one when it gets the keyboard: the map would
-  // leave its place, and a member be selected that no row shows as such.
+  // Without this the list makes its first row the current one when it gets the focus. The map would
+  // jump, and a member would be selected that no row highlights.
   const auto haveNone = [this] { lstMembers->setCurrentIndex({}); };
   haveNone();
   connect(&myProxy, &QAbstractItemModel::modelReset, this, haveNone);
@@ -96,7 +97,7 @@ void MembersPanel::Select(const Member* member) {
   myReportsSelection = false;
   QModelIndex index;
   if (member != nullptr) {
-    // A newcomer has no row yet.
+    // A new member has no row before the next update.
     if (myModel.RowOf(*member) < 0) myModel.Update();
     index = myProxy.mapFromSource(myModel.index(myModel.RowOf(*member), 0));
   }
@@ -122,7 +123,7 @@ void MembersPanel::OpenMenu(QPoint position) {
   const QModelIndex index = lstMembers->currentIndex();
   const Member* member = MemberAt(index);
   if (member == nullptr || !MenuRequested) return;
-  // A key says nothing about a place.
+  // A key press has no position.
   if (!lstMembers->visualRect(index).contains(position))
     position = lstMembers->visualRect(index).center();
   MenuRequested(*member, lstMembers->viewport()->mapToGlobal(position));

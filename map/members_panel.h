@@ -11,20 +11,20 @@
 
 namespace corvane::map {
 
-// The list of members with the field that filters it. It says all that the map shows.
+// The list of members with a filter field. It has all that the map shows, as text.
 class MembersPanel : public QWidget {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MembersPanel)
 
  public:
   MembersPanel(client::Members& members, QWidget* parent);
 
-  // The user selects a member in the list; null where nobody is selected any more.
+  // The user selected a member in the list; null if the selection is empty now.
   std::function<void(const client::Member*)> Selected;
-  // By double click or the Return key.
+  // A double click or the Return key.
   std::function<void(const client::Member&)> Activated;
   std::function<void(const client::Member&, QPoint globalPosition)> MenuRequested;
 
-  // Selects the row without telling of it.
+  // Selects the row without raising Selected. Null selects none.
   void Select(const client::Member* member);
 
   // The controls, in tab order. The panel owns them.

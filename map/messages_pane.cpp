@@ -17,7 +17,7 @@ MessagesPane::MessagesPane(QWidget* parent) : QPlainTextEdit(parent) {
   setObjectName(QStringLiteral("txtMessages"));
   setAccessibleName(tr("Messages"));
   setReadOnly(true);
-  // The caret shows where one reads by keys; Tab leads on.
+  // The text can be read by keys with a caret; Tab moves the focus on.
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
   setTabChangesFocus(true);
   setMaximumBlockCount(kMaxLines);

@@ -9,8 +9,8 @@
 
 namespace corvane::map {
 
-// What the server and the program have said, a line each with its time; the last kMaxLines of them.
-// However fast lines come, few are shown at once.
+// The messages of the server and the program, one line each with its time. Keeps the last
+// kMaxLines, and shows at most 100 every 0.1 s, so a flood cannot block the window.
 class MessagesPane : public QPlainTextEdit {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MessagesPane)
 
@@ -19,7 +19,7 @@ class MessagesPane : public QPlainTextEdit {
 
   explicit MessagesPane(QWidget* parent);
 
-  // Control characters in the text are written out.
+  // Escapes control characters.
   void Add(const QString& text);
 
  private:

@@ -6,15 +6,16 @@
 
 namespace corvane::map {
 
-// A way from where something is shown to where it was last said to be, at an even pace that takes
-// about as long as the next report does to come. Leaps are not walked.
+// Animates a marker from its shown position to the last reported one, at constant speed. The way
+// takes as long as the last two reports were apart, within 0.1 to 1 s. Jumps far away are
+// immediate.
 class Motion {
  public:
   explicit Motion(QPointF place) : myFrom(place), myTo(place) {}
 
-  // A report has come.
+  // Starts towards a newly reported position.
   void GoTo(QPointF place, client::Clock::time_point now);
-  // Arrives at once.
+  // Moves there at once.
   void JumpTo(QPointF place);
 
   QPointF At(client::Clock::time_point now) const;

@@ -13,7 +13,7 @@ struct OptionTexts {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::Options)
 };
 
-// "LEFT,TOP,SCALE"; whether it is that.
+// Reads "LEFT,TOP,SCALE". False if the text has another form.
 bool ReadFrame(const QString& text, MapPicture& picture) {
   const QStringList parts = text.split(',');
   bool areNumbers[3] = {};
@@ -61,7 +61,7 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
   if (parser.isSet("map")) {
     MapPicture picture;
     picture.kind = MapPicture::Kind::Image;
-    // It is remembered, and the folder that the program is started from may be another next time.
+    // Absolute, because it is remembered and the working folder may differ next time.
     picture.path = QFileInfo(parser.value("map")).absoluteFilePath();
     if (!ReadFrame(parser.value("map-frame"), picture))
       return {{}, {OptionTexts::tr("--map-frame takes X,Y,SCALE"), 2}};

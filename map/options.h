@@ -11,20 +11,20 @@
 
 namespace corvane::map {
 
-// What the command line asks for.
+// The command line's options.
 struct Options {
-  std::optional<RecentServer> server;  // log in there at once
-  std::optional<MapPicture> picture;   // of facet 0
+  std::optional<RecentServer> server;  // to log in to at the start
+  std::optional<MapPicture> picture;   // for facet 0
 };
 
-// What reading the command line came to: options, or an answer to the caller.
+// Either options, or the answer to the caller (help, version or an error) with which to exit.
 struct ParsedOptions {
   std::optional<Options> options;
   CallerAnswer answer;
 };
 
-// `arguments` begins with the program's name. The password is never among them, since others can
-// read them; it comes from the environment.
+// `arguments` begins with the program's name. The password comes from the environment, because
+// other users can read arguments.
 ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& password);
 
 }  // namespace corvane::map

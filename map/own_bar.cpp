@@ -27,7 +27,7 @@ OwnBar::OwnBar(OwnPosition& position, QWidget* parent)
   for (QWidget* field : std::initializer_list<QWidget*>{spnHp, chkBattle, chkDead}) {
     addWidget(field);
     field->setEnabled(false);
-    // Not every style leaves room between them.
+    // Not all styles leave space between them.
     auto* gap = new QWidget(this);
     gap->setFixedWidth(6);
     addWidget(gap);

@@ -12,8 +12,7 @@
 
 namespace corvane::map {
 
-// The tool bar with which the user plays by hand: whether to send a position, and what it says
-// beside the place.
+// The tool bar for playing by hand: whether to send a position, and the hit points and flags in it.
 class OwnBar : public QToolBar {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::OwnBar)
 

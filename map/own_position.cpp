@@ -62,7 +62,7 @@ void OwnPosition::SendAgain() {
   if (!myPause.isActive()) Send();
 }
 
-// Each report is followed by a pause, at whose end what came meanwhile goes out.
+// The end of the pause sends the changes made meanwhile.
 void OwnPosition::Send() {
   if (!myIsOn || !myIsPlaced || !std::exchange(myHasNews, false)) return;
   myConnection.Send(myReport);

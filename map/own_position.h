@@ -11,8 +11,8 @@
 
 namespace corvane::map {
 
-// The user's own place and state, sent while the user wants it: at once when it changes, and at
-// most five times a second.
+// The user's own position and condition. While switched on, sends each change at once, but at most
+// one report every kPause; the last change is always sent.
 class OwnPosition {
  public:
   static constexpr std::chrono::milliseconds kPause{200};
@@ -20,19 +20,19 @@ class OwnPosition {
 
   explicit OwnPosition(client::Connection& connection);
 
-  // What is to be drawn has changed.
+  // Shown() may have changed.
   std::function<void()> Changed;
 
-  // Off at first.
+  // Initially off.
   void SetOn(bool isOn);
   bool IsOn() const { return myIsOn; }
-  // The report as it stands; none while nothing is sent.
+  // The current report; none while it is off or has no position yet.
   std::optional<client::Report> Shown() const;
 
   void GoTo(QPointF place, int facet);
   void Step(int columns, int rows, int facet);
   void SetState(int hp, bool inBattle, bool isDead);
-  // The connection is there again, and knows nothing of it.
+  // Called after a login, since the server does not know the position.
   void SendAgain();
 
  private:

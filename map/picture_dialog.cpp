@@ -102,7 +102,7 @@ void PictureDialog::Choose() {
   MapPicture picture;
   if (!rdoNone->isChecked()) {
     picture.kind = rdoImage->isChecked() ? MapPicture::Kind::Image : MapPicture::Kind::Tiles;
-    // As for --map: it is remembered.
+    // Absolute, because it is remembered, as with --map.
     picture.path = QFileInfo(txtPath->text()).absoluteFilePath();
     picture.corner = {spnLeft->value(), spnTop->value()};
     picture.unitsPerPixel = spnScale->value();

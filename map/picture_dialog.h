@@ -13,7 +13,7 @@
 
 namespace corvane::map {
 
-// Asks for the picture of a facet and for the place where it lies on the map.
+// Asks for the picture of a facet and its position on the map. Deletes itself when closed.
 class PictureDialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::PictureDialog)
 

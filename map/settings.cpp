@@ -18,7 +18,7 @@ QString PictureGroup(int facet) {
 }  // namespace
 
 Settings::Settings(const QString& file) : mySettings(file, QSettings::IniFormat) {
-  // A digest lets in whoever has it.
+  // A digest is as good as the password. The file must exist before its permissions can be set.
   mySettings.setValue(QStringLiteral("format"), 1);
   mySettings.sync();
   QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);

@@ -11,34 +11,34 @@
 
 namespace corvane::map {
 
-// A server that somebody has logged in to.
+// A server and account that the user has logged in with.
 struct RecentServer {
   QString host;
   std::uint16_t port = 12000;
   QString network;
   QString userName;
-  // Of the password; empty unless the user wants it remembered. Never the password itself.
+  // Of the password; empty unless the user wants it remembered.
   QByteArray digest;
 };
 
-// What the program remembers, in one file.
+// The map's settings file, which only its user can read: recent servers, pictures, window layout.
 class Settings {
  public:
   static constexpr int kMaxRecent = 10;
 
   explicit Settings(const QString& file);
 
-  // The last one used comes first.
+  // The most recently used first, at most kMaxRecent.
   QList<RecentServer> RecentServers() const;
-  // Puts it first, in place of an entry for the same user at the same place.
+  // Puts the server first. Replaces an entry with the same host, port, network and user.
   void Remember(const RecentServer& server);
 
   MapPicture PictureOf(int facet) const;
   void SetPictureOf(int facet, const MapPicture& picture);
-  // The facets that have a picture, in ascending order.
+  // The facets with a picture, ascending.
   QList<int> Pictured() const;
 
-  // Where a window or splitter is.
+  // The stored state of a window, its tool bars or a splitter.
   QByteArray Layout(const QString& of) const;
   void SetLayout(const QString& of, const QByteArray& layout);
 

@@ -18,7 +18,7 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
       lblPlace(new QLabel(this)),
       myConnection(connection) {
   lblState->setTextFormat(Qt::PlainText);
-  // However long the names in it are, the window may be narrow.
+  // Long names in the text must not keep the window wide.
   lblState->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   lblState->setAccessibleName(tr("State of the connection"));
   lblPlace->setAccessibleName(tr("Coordinates under the pointer"));

@@ -13,8 +13,8 @@
 
 namespace corvane::map {
 
-// The state of the connection, with the seconds until it is tried again; how far a picture is cut;
-// the place under the pointer.
+// The status bar: the connection's state with the seconds until the next attempt, the progress of
+// cutting a picture, and the coordinates under the pointer.
 class StatusLine : public QStatusBar {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::StatusLine)
 
@@ -22,7 +22,7 @@ class StatusLine : public QStatusBar {
   // Borrows the connection.
   StatusLine(client::Connection& connection, QWidget* parent);
 
-  // The state of the connection has changed.
+  // Called when the connection's state has changed; a timer calls it too.
   void Update();
   void ShowPlace(std::optional<QPointF> place) const;
   void ShowProgress(int percent) const;

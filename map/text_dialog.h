@@ -9,12 +9,13 @@
 
 namespace corvane::map {
 
-// Asks for one line of text: a reason, a message. An empty one cannot be confirmed.
+// Asks for a line of text, such as a reason or a message. It cannot be empty. Deletes itself when
+// closed.
 class TextDialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::TextDialog)
 
  public:
-  // `hint` stands above the field, `action` on the button.
+  // Shows `hint` above the field and `action` on the button.
   TextDialog(const QString& title, const QString& hint, const QString& label, const QString& action,
              QWidget& owner);
 

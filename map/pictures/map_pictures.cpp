@@ -29,7 +29,7 @@ void MapPictures::Stop() {
 }
 
 void MapPictures::End(const QString& error) {
-  // It is the cutter that calls, so it may go only afterwards.
+  // The cutter is the caller, so it is destroyed at the end.
   const std::unique_ptr<PictureCutter> cutter = std::move(myCutter);
   if (Progressed) Progressed(100);
   if (!error.isEmpty()) {

@@ -12,8 +12,8 @@
 
 namespace corvane::map {
 
-// Finds the tiles of pictures, and has an image cut where that was not done yet. Keeps the tiles of
-// the images used last, so that the cache does not grow for good.
+// Finds the tiles of pictures, and cuts images that are not in the cache. Cuts one image at a time.
+// The cache keeps the tiles of the last kMaxCachedImages images.
 class MapPictures {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MapPictures)
 
@@ -22,16 +22,16 @@ class MapPictures {
 
   explicit MapPictures(QString cacheFolder);
 
-  // The tiles of a picture that was asked for are there now.
+  // The image is cut: FolderFor returns its folder now.
   std::function<void()> Completed;
-  // How far the cutting is, in percent; 100 when nothing is cut any more.
+  // The progress of cutting; 100 also when it fails or is stopped. Set before FolderFor.
   std::function<void(int percent)> Progressed;
   std::function<void(const QString& text)> Failed;
 
-  // The folder with the picture's tiles. None where the image is being cut, in place of one that
-  // was cut before: Ready or Fails follows.
+  // The folder with the picture's tiles. None if the image has to be cut first, which stops the
+  // cutting of another; Completed or Failed follows.
   std::optional<QString> FolderFor(const MapPicture& picture);
-  // Nobody waits for what is being cut.
+  // Stops cutting, without Completed or Failed.
   void Stop();
 
  private:
@@ -39,7 +39,7 @@ class MapPictures {
   void RemoveOldest() const;
 
   QString myCache;
-  QString myImage;  // that is being cut
+  QString myImage;  // being cut
   std::unique_ptr<PictureCutter> myCutter;
 };
 

@@ -20,9 +20,9 @@ namespace corvane::map {
 namespace {
 
 constexpr int kTileSide = 256;
-// In pixels: a row of tiles takes 128 MiB then.
+// In pixels. A row of tiles takes 128 MiB at this width.
 constexpr int kMaxWidth = 1 << 17;
-// A little larger on the disk than the best, in a third of the time.
+// Little larger on disk than the best compression, in a third of the time.
 constexpr int kQuality = 90;
 
 struct CutterTexts {
@@ -33,8 +33,8 @@ int TilesFor(int pixels) {
   return (pixels + kTileSide - 1) / kTileSide;
 }
 
-// One cutting: its levels from the finest, which comes from the image, to the one of one tile, each
-// made of the one before.
+// Cuts the finest level from the image, then makes each coarser level from the one before, down to
+// a level of one tile.
 class Cutting {
  public:
   Cutting(PictureRows& rows, QString folder, const std::atomic<bool>& stops,
@@ -44,7 +44,7 @@ class Cutting {
     myTileRows = TilesFor(rows.Size().height());
     while ((1 << myFinest) < std::max(myColumns, myTileRows))
       ++myFinest;
-    // A third as many again at the coarser levels together.
+    // The coarser levels together have a third as many tiles.
     myTotal = std::max(1, myColumns * myTileRows * 4 / 3);
   }
 
@@ -65,7 +65,7 @@ class Cutting {
         myError = CutterTexts::tr("the file is damaged");
         return false;
       }
-      // So that what a tile has beyond the edge is transparent.
+      // Makes the parts of tiles beyond the edge transparent.
       strip.convertTo(QImage::Format_ARGB32);
       for (int top = 0; top < strip.height(); top += kTileSide, ++row) {
         for (int column = 0; column < myColumns; ++column) {
@@ -156,14 +156,14 @@ QString TileFolderOf(const QString& image, const QString& cache) {
 QString CutPicture(const QString& image, const QString& folder, const std::atomic<bool>& stops,
                    const std::function<void(int percent)>& progress) {
   if (QFileInfo(image).isDir()) return CutterTexts::tr("it is a folder");
-  // Opening a pipe would wait until somebody writes into it.
+  // Opening a pipe would block until it has a writer.
   if (!QFileInfo(image).isFile()) return CutterTexts::tr("there is no such file");
   QString error;
   const std::unique_ptr<PictureRows> rows = PictureRows::Open(image, error);
   if (!rows) return error;
   if (rows->Size().width() > kMaxWidth)
     return CutterTexts::tr("it is wider than %1 pixels").arg(kMaxWidth);
-  // Made beside its place and moved there when it is complete.
+  // Written next to its final place, and renamed when complete.
   QDir().mkpath(QFileInfo(folder).path());
   QTemporaryDir unfinished(folder + QStringLiteral("-XXXXXX"));
   if (!unfinished.isValid()) return unfinished.errorString();

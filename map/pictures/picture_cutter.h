@@ -9,18 +9,20 @@
 
 namespace corvane::map {
 
-// The folder in which the tiles of that image lie, or will; another one once the file has changed.
+// The cache folder for the image's tiles. It depends on the file's path, size and time, so a
+// changed image has another one.
 QString TileFolderOf(const QString& image, const QString& cache);
 
-// Cuts the image into tiles in the folder, which is complete where it exists. Returns what went
-// wrong; empty where all went well. Ends early, with no folder, once `stops` is set.
+// Cuts the image into tiles and returns an error text, which is empty on success. Creates `folder`
+// only when all tiles are written. Returns early, without a folder, once `stops` is set.
 QString CutPicture(const QString& image, const QString& folder, const std::atomic<bool>& stops,
                    const std::function<void(int percent)>& progress);
 
-// Cuts one image beside the window's thread.
+// Cuts an image on its own thread. The destructor stops it and waits for it.
 class PictureCutter {
  public:
-  // The events come from the window's loop; neither comes after this object has gone.
+  // Raised from Qt's loop, on the thread that made this object. Both must be set before Start. An
+  // empty error means success.
   std::function<void(int percent)> Progressed;
   std::function<void(const QString& error)> Ended;
 

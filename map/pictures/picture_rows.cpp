@@ -12,9 +12,9 @@ namespace {
 
 constexpr png_uint_32 kMaxSide = 1 << 20;
 
-// A PNG file (RFC 2083) that is not interlaced, read with libpng a row at a time. Qt decodes such a
-// file as a whole and refuses one that takes more than 128 MB: a map of 16,384 x 16,384 pixels, of
-// which 30 MB are held here at a time, could not be shown.
+// Reads a non-interlaced PNG file (RFC 2083) with libpng, a row at a time. Qt decodes such a file
+// as a whole and refuses one of more than 128 MB, so it could not show a map of 16,384 x 16,384
+// pixels. This holds 30 MB of such a map at a time.
 class PngRows : public PictureRows {
  public:
   explicit PngRows(const QString& file) : myFile(file) {
@@ -51,7 +51,7 @@ class PngRows : public PictureRows {
     }
   }
 
-  // libpng reports an error by a jump back to here; nothing in between has a destructor.
+  // libpng reports errors by a jump to here, so no frame in between may have destructors.
   bool ReadHeader() {
     if (setjmp(png_jmpbuf(myPng)) != 0) return false;  // NOLINT: the library's way
     png_read_info(myPng, myInfo);
@@ -59,7 +59,7 @@ class PngRows : public PictureRows {
     png_set_expand(myPng);
     png_set_strip_16(myPng);
     png_set_gray_to_rgb(myPng);
-    // As Qt keeps a pixel on a machine that has its least byte first.
+    // Qt's byte order on a little-endian machine.
     png_set_bgr(myPng);
     png_set_filler(myPng, 0xFF, PNG_FILLER_AFTER);
     png_read_update_info(myPng, myInfo);
@@ -77,7 +77,7 @@ class PngRows : public PictureRows {
   }
 
   QFile myFile;
-  // Without the library's own words on standard error.
+  // With handlers, because libpng's own write to standard error.
   png_structp myPng = png_create_read_struct(
       PNG_LIBPNG_VER_STRING, nullptr,
       [](png_structp failed, png_const_charp) { png_longjmp(failed, 1); },
@@ -87,8 +87,9 @@ class PngRows : public PictureRows {
   int myNextRow = 0;
 };
 
-// What Qt reads. A format that can be read in part (JPEG) is decoded again from its top for each
-// strip, so the strips are large; any other at once, within Qt's own bound of memory.
+// Reads other formats with Qt. A format that can be read in part (JPEG) is decoded from its top
+// again for each strip, so the strips are large. Any other is read as a whole, within Qt's memory
+// limit.
 class QtRows : public PictureRows {
  public:
   explicit QtRows(const QString& file) : myFile(file) {

@@ -8,18 +8,17 @@
 
 namespace corvane::map {
 
-// A picture read from its top to its bottom in strips, so that one that is far larger than memory
-// can be cut.
+// Reads a picture in strips from top to bottom, so that it can be larger than memory.
 class PictureRows {
  public:
   virtual ~PictureRows() = default;
 
-  // What is wrong with the file goes into `error`; null then.
+  // Null, with a text in `error`, if the file cannot be read.
   static std::unique_ptr<PictureRows> Open(const QString& file, QString& error);
 
   virtual QSize Size() const = 0;
-  // The next rows, `multiple` of them or several times as many; fewer only at the end. Null where
-  // the file is damaged.
+  // The next `multiple` rows or several times as many; fewer only at the end. A null image if the
+  // file is damaged.
   virtual QImage Next(int multiple) = 0;
 };
 

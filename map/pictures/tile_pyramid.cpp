@@ -9,12 +9,12 @@
 namespace corvane::map {
 namespace {
 
-// Deeper pyramids than any picture needs; their tiles' numbers stay within an int.
+// More than any picture needs, and small enough for tile numbers to fit an int.
 constexpr int kMaxLevel = 24;
-// More tiles than any window shows at a fitting level: the folder has no level as coarse as this.
+// More than a window shows at a fitting level. Exceeded only if the folder lacks the coarse levels.
 constexpr double kMaxTiles = 2000;
 
-// The numbers among the names of what the folder holds, ascending.
+// The numbers among the folder's entries, ascending.
 std::vector<int> Numbers(const QString& folder, QDir::Filters kind) {
   std::vector<int> numbers;
   for (const QString& name : QDir(folder).entryList(kind | QDir::NoDotAndDotDot)) {

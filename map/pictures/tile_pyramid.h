@@ -10,7 +10,7 @@
 
 namespace corvane::map {
 
-// A tile: column and row at a level.
+// The number of a tile. Higher levels are finer.
 struct TileId {
   int level = 0;
   int column = 0;
@@ -23,23 +23,24 @@ inline std::size_t qHash(const TileId& id, std::size_t seed = 0) {
   return qHashMulti(seed, id.level, id.column, id.row);
 }
 
-// A folder z/x/y.png of square tiles, each level twice as fine as the one before. Places are in
-// pixels of the finest level.
+// A folder level/column/row.png of square tiles, of which each level is twice as fine as the one
+// before. Rectangles are in pixels of the finest level. Reads the names only when it is opened.
 class TilePyramid {
  public:
-  // None where the folder holds no tiles.
+  // None if the folder has no tiles, or tiles that are not square.
   static std::optional<TilePyramid> Open(const QString& folder);
 
   int FinestLevel() const { return myFinest; }
   int CoarsestLevel() const { return myCoarsest; }
-  // What the tiles of a level cover may be more than the picture, by less than a tile.
+  // The area of the finest tiles, which exceeds the picture's by less than a tile.
   QRectF Bounds() const { return myBounds; }
   QString FileOf(const TileId& id) const;
 
-  // The level whose tiles come nearest to one pixel of theirs on one of the screen, where that many
-  // pixels of the screen show one of the finest level.
+  // The level whose pixels are nearest in size to the screen's. `screenPixels` is the size of a
+  // pixel of the finest level on the screen.
   int LevelFor(double screenPixels) const;
-  // The tiles of the level that touch the rectangle.
+  // The tiles of the level that touch the rectangle. Empty if they are far more than a window
+  // shows.
   std::vector<TileId> TilesAt(int level, const QRectF& rectangle) const;
   QRectF PlaceOf(const TileId& id) const;
 

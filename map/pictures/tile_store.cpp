@@ -29,7 +29,7 @@ const QPixmap* TileStore::Find(const TileId& id) {
   myAwaited.push_back(id);
   myReaders.start([this, id, file = myPyramid.FileOf(id)] {
     QImage image;
-    // Opening a pipe would wait until somebody writes into it.
+    // Opening a pipe would block until it has a writer.
     if (QFileInfo(file).isFile() && image.load(file))
       image.convertTo(image.hasAlphaChannel() ? QImage::Format_ARGB32_Premultiplied
                                               : QImage::Format_RGB32);

@@ -12,8 +12,8 @@
 
 namespace corvane::map {
 
-// The tiles of one folder as far as they are in memory; reads the others beside the window's
-// thread. Holds kMaxKib of them at most.
+// A cache of a folder's tiles in memory, of at most kMaxKib. Two threads read missing tiles. All
+// methods and events belong to the thread that made it; the destructor waits for the readers.
 class TileStore {
  public:
   static constexpr int kMaxKib = 96 << 10;
@@ -23,17 +23,17 @@ class TileStore {
   TileStore(const TileStore&) = delete;
   TileStore& operator=(const TileStore&) = delete;
 
-  // A tile that was looked for has come.
+  // A tile that Find requested is loaded.
   std::function<void(const TileId&)> TileLoaded;
 
   const TilePyramid& Pyramid() const { return myPyramid; }
 
-  // The tile, if it is here; an empty picture where there is no such file. Where it is not here it
-  // is fetched: null.
+  // The tile; an empty pixmap if there is no readable file. Returns null and requests the tile if
+  // it is not in memory. Valid until the next turn of Qt's loop.
   const QPixmap* Find(const TileId& id);
-  // The tile if it is here; nothing is fetched.
+  // As Find, but requests nothing.
   const QPixmap* Peek(const TileId& id) const { return myTiles.object(id); }
-  // Gives up what was asked for and not begun: the window shows another part by now.
+  // Drops the requests that no reader has begun.
   void ForgetRequests();
 
  private:
@@ -42,7 +42,7 @@ class TileStore {
   TilePyramid myPyramid;
   QCache<TileId, QPixmap> myTiles;
   std::vector<TileId> myAwaited;
-  QObject myReceiver;  // of the readers' results, in the window's thread
+  QObject myReceiver;  // takes the readers' results to the owner's thread
   QThreadPool myReaders;
 };
 

@@ -10,7 +10,7 @@ using State = client::Connection::State;
 
 class HostileServerTest : public WindowTest {
  protected:
-  // Logged in to a server that says what the test tells it to say.
+  // Logs in to a server that sends what the test wants.
   void LogInToFalseServer() {
     LogIn(server.Port());
     ASSERT_TRUE(server.Accept());
@@ -34,7 +34,7 @@ TEST_F(HostileServerTest, NonsenseEndsTheConnectionWithAClearMessage) {
   }
 }
 
-TEST_F(HostileServerTest, MoreMembersThanCanBeAreBoundedAndTheWindowStaysAlive) {
+TEST_F(HostileServerTest, TooManyMembersAreDroppedAndTheWindowGoesOn) {
   LogInToFalseServer();
   std::string list;
   for (int i = 0; i < 200'000; ++i)

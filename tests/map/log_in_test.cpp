@@ -10,7 +10,7 @@ using State = client::Connection::State;
 
 class LogInTest : public WindowTest {
  protected:
-  // What the dialog says once the attempt has failed.
+  // The dialog's text after a failed attempt.
   std::string Refusal() {
     auto* dialog = Opened<ConnectDialog>("ConnectDialog");
     EXPECT_TRUE(PumpUntil([&] { return dialog->btnConnect->isEnabled(); }));
@@ -18,7 +18,7 @@ class LogInTest : public WindowTest {
   }
 };
 
-TEST_F(LogInTest, SaysPlainlyWhatIsRefused) {
+TEST_F(LogInTest, ShowsWhatIsRefused) {
   TestServer server;
   server.AddNetwork("North");
   TestClient bob(server.Port());
@@ -33,7 +33,7 @@ TEST_F(LogInTest, SaysPlainlyWhatIsRefused) {
   LogIn(server.Port(), "Cy");
   ASSERT_TRUE(Reaches(State::Online));
   EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
-  // The dialog is still there for another attempt, and goes when that succeeds.
+  // The next dialog closes after a success, too.
   LogIn(server.Port());
   ASSERT_TRUE(Reaches(State::Online));
   EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
@@ -42,7 +42,7 @@ TEST_F(LogInTest, SaysPlainlyWhatIsRefused) {
   EXPECT_FALSE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
 }
 
-TEST_F(LogInTest, TakesWhatIsGivenForTyped) {
+TEST_F(LogInTest, FillsTheDialogWithGivenValues) {
   TestServer server;
   server.AddNetwork("North");
   RecentServer given;
@@ -60,7 +60,7 @@ TEST_F(LogInTest, TakesWhatIsGivenForTyped) {
   EXPECT_TRUE(Reaches(State::Online));
 }
 
-TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
+TEST_F(LogInTest, CancellingEndsTheAttempt) {
   FalseServer silent;
   LogIn(silent.Port());
   ASSERT_TRUE(silent.Accept());
@@ -68,7 +68,7 @@ TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
   Click(Opened<ConnectDialog>("ConnectDialog")->btnCancel);
   EXPECT_EQ(State(), State::Offline);
   EXPECT_TRUE(PumpUntil([&] { return !silent.HasClient(); }));
-  // What was typed is still there.
+  // The input is still there.
   myWindow->AskWhere();
   auto* dialog = Opened<ConnectDialog>("ConnectDialog");
   EXPECT_EQ(dialog->lblMessage->text(), "");
@@ -82,7 +82,7 @@ TEST_F(LogInTest, GivesUpWhereTheUserDoes) {
   EXPECT_EQ(where.account.passwordDigest, PasswordDigest("secret"));
 }
 
-TEST_F(LogInTest, RemembersServersAndTheDigestOnlyWhereWanted) {
+TEST_F(LogInTest, RemembersServersAndTheDigestOnlyIfWanted) {
   TestServer server;
   server.AddNetwork("North");
   const auto fileHolds = [&](const QByteArray& text) {
@@ -121,10 +121,10 @@ TEST_F(LogInTest, RemembersServersAndTheDigestOnlyWhereWanted) {
   EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
   dialog->txtPassword->clear();
   QTest::keyClick(dialog, Qt::Key_Return);
-  EXPECT_TRUE(Reaches(State::Online)) << "with what is remembered";
+  EXPECT_TRUE(Reaches(State::Online)) << "with the remembered digest";
 }
 
-TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
+TEST_F(LogInTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
   auto server = std::make_unique<TestServer>();
   server->AddNetwork("North");
   const std::int32_t port = server->Port();
@@ -154,7 +154,7 @@ TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
   EXPECT_EQ(State(), State::Connecting);
   EXPECT_TRUE(Reaches(State::Online));
   EXPECT_FALSE(myWindow->stsLine->btnRetry->isVisible());
-  // It sends its place anew and goes on following.
+  // It sends its position again and goes on following.
   EXPECT_EQ(again.Receive(),
             (WireMessage{5, "Ann|" + std::to_string(OwnPosition::kStride) + ",0,0,100,0,0"}));
   again.Send(4, "1,2,3,4,0,0");
@@ -162,7 +162,7 @@ TEST_F(LogInTest, ComesBackToAServerStartedAnewAndCanBeHurried) {
   EXPECT_TRUE(myWindow->map->IsFollowing());
 }
 
-TEST_F(LogInTest, StaysAwayAfterABan) {
+TEST_F(LogInTest, DoesNotReconnectAfterABan) {
   TestServer server;
   server.AddNetwork("North");
   LogIn(server.Port());
@@ -171,7 +171,7 @@ TEST_F(LogInTest, StaysAwayAfterABan) {
   ASSERT_TRUE(Reaches(State::Offline));
   EXPECT_TRUE(Says("You were banned: spam\\n\\x1b[31m"));
   EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
-  PumpFor(std::chrono::milliseconds(500));  // longer than the pause
+  PumpFor(std::chrono::milliseconds(500));  // longer than the delay
   EXPECT_EQ(State(), State::Offline);
   EXPECT_EQ(server.ActiveCount(), 0U);
 }

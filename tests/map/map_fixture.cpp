@@ -95,7 +95,7 @@ MapTest::MapTest() {
   LogIn(myServer.Port());
   EXPECT_TRUE(Reaches(Connection::State::Online));
   EXPECT_TRUE(PumpUntil([&] { return myWindow->Wire().IsAdministrator(); }));
-  // The offscreen platform does not give it back what the dialog took.
+  // The offscreen platform does not activate it again after the dialog.
   myWindow->activateWindow();
   EXPECT_TRUE(QTest::qWaitForWindowActive(&*myWindow));
   myWindow->map->setFocus();

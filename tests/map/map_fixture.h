@@ -17,12 +17,12 @@
 
 namespace corvane::map {
 
-// Types the text in place of what the field holds.
+// Replaces the field's text by typing.
 void Type(QWidget* field, const QString& text);
 
 void Click(QWidget* button);
 
-// The program's window, which has not logged in.
+// The program's window, not logged in.
 class WindowTest : public testing::Test {
  protected:
   WindowTest();
@@ -43,17 +43,17 @@ class WindowTest : public testing::Test {
   }
   bool IsOpen(const char* name) { return FindDialog(name) != nullptr; }
 
-  // Whether the pane of messages comes to hold the text.
+  // Whether the text appears in the messages.
   bool Says(const QString& text);
 
-  // The list's rows as they are shown, "|" between cells, without the last news.
+  // The rows of the list, with "|" between cells, without the column of the last news.
   std::vector<std::string> Rows();
   bool RowsAre(const std::vector<std::string>& rows);
   // Where the list shows the cell.
   QPoint CellAt(int row, int column = 0);
   // Where the map shows the place.
   QPoint OnMap(QPointF place) { return myWindow->map->mapFromScene(place); }
-  // What the map shows in the window, painted now.
+  // The map, painted now.
   QImage Painted() { return myWindow->map->viewport()->grab().toImage(); }
 
   QTemporaryDir myFolder;
@@ -63,12 +63,12 @@ class WindowTest : public testing::Test {
   QDialog* FindDialog(const char* name);
 };
 
-// A server with the network "North", whose administrator Ann is, and the window logged in as Ann.
+// A server with the network "North" and its administrator Ann, and the window logged in as Ann.
 class MapTest : public WindowTest {
  protected:
   MapTest();
 
-  // Somebody else in the network, who has reported.
+  // Another member of the network, which has reported.
   std::unique_ptr<TestClient> Member(const std::string& name, const std::string& report);
   const client::Member* Find(const std::string& name) {
     return myWindow->Wire().Others().Find(name);

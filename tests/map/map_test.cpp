@@ -17,14 +17,14 @@ constexpr QRgb kTrail = 0xff5b2a86;
 class MapViewTest : public MapTest {
  protected:
   MapView& Map() { return *myWindow->map; }
-  // What is painted where the member is said to be, once he has walked there.
+  // The colour at the place, after the markers have arrived.
   QRgb ColourAt(QPointF place) {
     Map().Advance(Clock::now() + seconds(5));
     Map().Refresh();
     return Painted().pixel(OnMap(place));
   }
-  // Whether a level trail goes through the place. Its line is two pixels high and need not begin
-  // where one does: it covers the place's pixel or the one above.
+  // Whether a horizontal trail goes through the place. Its line is two pixels high and covers the
+  // place's pixel or the one above.
   bool IsInATrail(QPointF place) {
     return ColourAt(place) == kTrail || Painted().pixel(OnMap(place) - QPoint(0, 1)) == kTrail;
   }
@@ -75,7 +75,7 @@ TEST_F(MapViewTest, AMemberWithoutNewsTurnsGreyAndStays) {
   EXPECT_TRUE(RowsAre({"Bob|100|200|0|50|Alive"}));
 }
 
-TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
+TEST_F(MapViewTest, IsPannedAndZoomedByMouseAndKeys) {
   const auto bob = Member("Bob", "1000,1000,0,50,0,0");
   const auto cy = Member("Cy", "3000,2000,0,50,0,0");
   const auto shows = [&](QPointF place) { return Map().viewport()->rect().contains(OnMap(place)); };
@@ -83,7 +83,7 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   EXPECT_TRUE(shows({1000, 1000}));
   EXPECT_TRUE(shows({3000, 2000}));
 
-  // The wheel keeps what is under the pointer where it is.
+  // The wheel keeps the place under the pointer.
   const double scale = Scale();
   const QPoint pointer = OnMap({1000, 1000});
   TurnWheel(pointer);
@@ -105,7 +105,7 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   Drag({200, 200}, {100, 100}, Qt::RightButton);
   EXPECT_LE((OnMap(held) - QPoint(260, 240)).manhattanLength(), 2);
 
-  // Left of 0 the coordinates go on downwards, and outside of the map there are none.
+  // Coordinates are rounded down, and empty without a pointer.
   Map().PointerMoved(QPointF(-0.5, 7.5));
   EXPECT_EQ(myWindow->stsLine->lblPlace->text(), "-1, 7");
   QEvent leave(QEvent::Leave);
@@ -119,7 +119,7 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
     Map().ZoomOut();
   EXPECT_GE(Scale(), 0.9e-5);
 
-  // A box drawn with Shift fills the window, and one of no size is a slip.
+  // A box drawn with Shift fills the window; a tiny one is ignored.
   Map().ShowAll();
   Drag({100, 100}, {130, 101}, Qt::LeftButton, Qt::ShiftModifier);
   EXPECT_NEAR(Scale(), scale, scale * 0.01);
@@ -130,9 +130,9 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   EXPECT_NEAR(Middle().y(), 1550, 20);
   EXPECT_FALSE(shows({3000, 2000}));
 
-  // By way of the window: of a widget it would be the system's own pointer, and that may be there.
+  // Sent to the window: for a widget, Qt moves the system's pointer, which may be there already.
   QTest::mouseMove(myWindow->windowHandle(), Map().viewport()->mapTo(&*myWindow, QPoint(50, 60)));
-  // Also where it is the map that moves below it.
+  // Also when the map moves below the pointer.
   for (const Qt::Key key : {Qt::Key_unknown, Qt::Key_Right}) {
     if (key != Qt::Key_unknown) QTest::keyClick(&Map(), key);
     const QPointF place = Map().mapToScene(50, 60);
@@ -142,7 +142,7 @@ TEST_F(MapViewTest, IsMovedAndScaledByMouseAndKeys) {
   }
 }
 
-TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
+TEST_F(MapViewTest, FollowsAMemberToAnotherFacetAndAfterItsReturn) {
   auto bob = Member("Bob", "1000,1000,0,50,0,0");
   Map().ShowAll();
   QTest::mouseClick(Map().viewport(), Qt::LeftButton, {}, OnMap({1000, 1000}));
@@ -194,7 +194,7 @@ TEST_F(MapViewTest, FollowsAMemberAlsoToAnotherFacetAndAfterAReturn) {
   EXPECT_EQ(myWindow->Shown().selected, nullptr);
 }
 
-TEST_F(MapViewTest, NamesDoNotPileUpAndTheSelectedOneIsShown) {
+TEST_F(MapViewTest, LabelsDoNotOverlapAndTheSelectedOneIsShown) {
   constexpr int kMembers = 10;
   for (int i = 0; i < kMembers; ++i) {
     myWindow->Wire().Others().TakeRelay({"member " + std::to_string(i), {7, 7, 0, 50}},
@@ -219,7 +219,7 @@ TEST_F(MapViewTest, NamesDoNotPileUpAndTheSelectedOneIsShown) {
   EXPECT_GT(names.size(), 1U);
 }
 
-TEST_F(MapViewTest, LeavesATrailForWhomItIsWanted) {
+TEST_F(MapViewTest, DrawsATrailForTheChosenMember) {
   const auto bob = Member("Bob", "100,100,0,50,0,0");
   const auto cy = Member("Cy", "100,300,0,50,0,0");
   Map().ShowAll();
@@ -227,7 +227,8 @@ TEST_F(MapViewTest, LeavesATrailForWhomItIsWanted) {
   QMenu* const menu = myWindow->actions->mnuMember;
   menu->popup(myWindow->pos());
   QTest::keyClick(menu, Qt::Key_T);
-  EXPECT_FALSE(menu->isVisible()) << "a letter chooses its item, though it is a key of the map too";
+  EXPECT_FALSE(menu->isVisible())
+      << "a letter chooses its item, even if it is a shortcut of the map";
   bob->Send(4, "200,100,0,50,0,0");
   cy->Send(4, "200,300,0,50,0,0");
   ASSERT_TRUE(Knows("Bob", {200, 100, 0, 50, false, false}));

@@ -56,31 +56,31 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   }
   QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_TRUE(myWindow->map->IsFollowing());
-  // The same by keys.
+  // Now by keys.
   List()->setFocus();
   QTest::keyClick(List(), Qt::Key_Up);
   EXPECT_FALSE(myWindow->map->IsFollowing());
   EXPECT_LT((middle() - QPointF(1000, 1000)).manhattanLength(), 5);
   QTest::keyClick(List(), Qt::Key_Return);
   EXPECT_EQ(myWindow->Shown().followed, Find("Bob"));
-  // A click on the map does not keep the list from telling of the next.
+  // After a click on the map the list reports the next selection.
   QTest::mouseClick(myWindow->map->viewport(), Qt::LeftButton, {}, OnMap({1000, 1000}));
   QTest::keyClick(List(), Qt::Key_Down);
   EXPECT_EQ(myWindow->Shown().selected, Find("Cy"));
   QTest::keyClick(List(), Qt::Key_Up);
-  // Where he leaves, no action falls on whoever is listed beside him.
+  // When the member leaves, no neighbour is selected.
   bob.reset();
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 1; }));
   EXPECT_FALSE(List()->currentIndex().isValid());
   EXPECT_FALSE(myWindow->actions->actKick->isEnabled());
 }
 
-TEST_F(MembersTest, AnAdministratorKicksBansAndSaysWhat) {
+TEST_F(MembersTest, AnAdministratorKicksBansAndSendsMessages) {
   const auto bob = Member("Bob", "10,20,0,50,0,0");
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 1; }));
   bob->Drain();
   EXPECT_TRUE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
-  // The answer finds no dialog any more.
+  // The answer arrives after the dialog has closed.
   myWindow->actions->actBans->trigger();
   myWindow->findChild<QDialog*>("BansDialog")->reject();
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(0));
@@ -114,8 +114,8 @@ TEST_F(MembersTest, AnAdministratorKicksBansAndSaysWhat) {
   EXPECT_EQ(myServer.Query("SELECT count(*) FROM bans"), "0;");
 }
 
-// The commands have no way to name such a user; a wrong one would be hit.
-TEST_F(MembersTest, WhoeverHasABarInHisNameIsNotKickedOrBanned) {
+// The commands cannot name such a user: they would hit another.
+TEST_F(MembersTest, AUserWithABarInItsNameIsNotKickedOrBanned) {
   const auto bob = Member("Bob", "10,20,0,50,0,0");
   const auto odd = Member("Bob|x", "10,20,0,50,0,0");
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 2; }));

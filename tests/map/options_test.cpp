@@ -18,7 +18,7 @@ TEST(MapOptions, NameAServerAndAPicture) {
   EXPECT_EQ(parsed.options->picture->unitsPerPixel, 4);
 }
 
-TEST(MapOptions, OthersAreRefusedWithAText) {
+TEST(MapOptions, InvalidOnesAreRefusedWithAText) {
   const QList<QStringList> cases{
       {"--server", "example.org"},
       {"--server", "h", "--network", "n", "--user", "u", "--port", "70000"},

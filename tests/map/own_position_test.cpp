@@ -10,7 +10,7 @@ class OwnPositionTest : public MapTest {
   std::unique_ptr<TestClient> bob = Member("Bob", "-1000,-1000,2,50,0,0");
 };
 
-TEST_F(OwnPositionTest, IsSentOnlyWhereWanted) {
+TEST_F(OwnPositionTest, IsSentOnlyIfWanted) {
   MapView& map = *myWindow->map;
   myWindow->ShowFacet(2);
   map.ShowAll();
@@ -25,10 +25,10 @@ TEST_F(OwnPositionTest, IsSentOnlyWhereWanted) {
   EXPECT_EQ(bob->Receive(), (WireMessage{5, "Ann|" + at + ",2,100,0,0"}));
   myWindow->barOwn->spnHp->setValue(70);
   EXPECT_EQ(bob->Receive(), (WireMessage{5, "Ann|" + at + ",2,70,0,0"}));
-  // The flags alone are not relayed; they go with the next step.
+  // A change of flags alone is not relayed; the next step carries it.
   Click(myWindow->barOwn->chkBattle);
   map.setFocus();
-  QTest::keyClick(&map, Qt::Key_Up, Qt::ControlModifier);  // moves the map only
+  QTest::keyClick(&map, Qt::Key_Up, Qt::ControlModifier);  // pans only
   QTest::keyClick(&map, Qt::Key_Right);
   const auto heard = bob->Receive();
   ASSERT_TRUE(heard);
@@ -61,7 +61,7 @@ TEST_F(OwnPositionTest, IsSentFiveTimesASecondAtMost) {
   const auto end = std::to_string(40 * OwnPosition::kStride);
   while (!last.starts_with("Ann|0," + end + ",")) {
     const auto message = bob->Receive();
-    ASSERT_TRUE(message) << "the last place never came";
+    ASSERT_TRUE(message) << "the last position never came";
     last = message->payload;
     ++heard;
   }

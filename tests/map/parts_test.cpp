@@ -14,23 +14,25 @@ using client::Clock;
 using client::Report;
 using std::chrono::milliseconds;
 
-TEST(Motion, WalksEvenlyToWhereItIsSaidToBeAndLeapsFarWays) {
+TEST(Motion, MovesEvenlyToTheReportedPlaceAndJumpsFarAway) {
   const Clock::time_point start = Clock::now();
   Motion motion({0, 0});
   motion.GoTo({10, 0}, start);
   motion.JumpTo({10, 0});
   motion.GoTo({20, 0}, start + milliseconds(500));
   EXPECT_EQ(motion.At(start + milliseconds(500)), QPointF(10, 0));
-  EXPECT_EQ(motion.At(start + milliseconds(750)), QPointF(15, 0)) << "as long as the report took";
+  EXPECT_EQ(motion.At(start + milliseconds(750)), QPointF(15, 0))
+      << "as long as the reports were apart";
   EXPECT_TRUE(motion.IsUnderway(start + milliseconds(999)));
-  // A report in the middle leads on from where it is shown.
+  // A report on the way starts from the shown position.
   motion.GoTo({15, 8}, start + milliseconds(750));
   EXPECT_EQ(motion.At(start + milliseconds(750)), QPointF(15, 0));
   EXPECT_EQ(motion.At(start + milliseconds(5000)), QPointF(15, 8));
   motion.GoTo({5000, 8}, start + milliseconds(6000));
   EXPECT_EQ(motion.At(start + milliseconds(6000)), QPointF(5000, 8));
   motion.GoTo({5010, 8}, start + milliseconds(6500));
-  EXPECT_EQ(motion.At(start + milliseconds(6750)), QPointF(5005, 8)) << "a leap was a report, too";
+  EXPECT_EQ(motion.At(start + milliseconds(6750)), QPointF(5005, 8))
+      << "the jump counts as a report";
 }
 
 class BoardTest : public testing::Test {
@@ -44,7 +46,7 @@ class BoardTest : public testing::Test {
   MarkerBoard board{members};
 };
 
-TEST_F(BoardTest, EachFacetHasItsOwnPicture) {
+TEST_F(BoardTest, ReportsChangesOfTheAskedFacetOnly) {
   Tell("Ann", {-30'000'000, -5, 0});
   Tell("Bob", {10, 20, 1});
   EXPECT_EQ(board.Extent(0).center(), QPointF(-kMaxCoordinate, -5));
@@ -72,7 +74,7 @@ TEST_F(BoardTest, ATrailIsBoundedAndStaysOnItsFacet) {
   EXPECT_EQ(trail.size(), 1U);
 }
 
-TEST(MembersModel, RowsKeepStepWithWhoComesAndGoes) {
+TEST(MembersModel, RowsFollowMembersThatComeAndGo) {
   client::Members members;
   MembersModel model(members);
   members.TakeRelay({"here and gone", {}}, Clock::now());
@@ -104,7 +106,7 @@ TEST(Settings, KeepTheLastTenServersTheNewestFirst) {
   EXPECT_EQ(ports, (std::vector<std::uint16_t>{5, 11, 10, 9, 8, 7, 6, 4, 3, 2}));
 }
 
-TEST(LabelPlacement, GivesNoPlaceTwiceNorAtAMarkerNorAtTheEdge) {
+TEST(LabelPlacement, GivesNoPlaceTwiceNorOnAMarkerNorAcrossTheEdge) {
   LabelPlacement placement({-400, -100, 800, 200});
   placement.Avoid({300, 0, 10, 10});
   EXPECT_TRUE(placement.Take({-300, -10, 500, 20}));

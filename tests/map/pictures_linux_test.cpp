@@ -14,7 +14,7 @@
 namespace corvane::map {
 namespace {
 
-TEST(Pictures, PipesAreNotWaitedFor) {
+TEST(Pictures, PipesDoNotBlock) {
   const QTemporaryDir folder;
   QDir(folder.path()).mkpath("0/0");
   QImage tile(256, 256, QImage::Format_RGB32);

@@ -16,8 +16,7 @@ namespace {
 const QColor kLeft(200, 30, 40);
 const QColor kRight(20, 90, 180);
 
-// A colour on the left and one on the right, and the other way round in the lower half; neither
-// side a multiple of a tile's.
+// Two colours, left and right, exchanged in the lower half.
 QImage FourQuarters(QSize size) {
   QImage image(size, QImage::Format_RGB32);
   image.fill(kLeft);
@@ -29,7 +28,7 @@ QImage FourQuarters(QSize size) {
   return image;
 }
 
-TEST(PictureCutter, CutsEveryFormatIntoAWholePyramid) {
+TEST(PictureCutter, CutsEachFormatIntoACompletePyramid) {
   const QTemporaryDir folder;
   const std::atomic<bool> stops = false;
   // A JPEG of that height is read in two strips.
@@ -51,7 +50,7 @@ TEST(PictureCutter, CutsEveryFormatIntoAWholePyramid) {
     ASSERT_TRUE(pyramid) << name;
     EXPECT_EQ(pyramid->FinestLevel(), 3);
     EXPECT_EQ(pyramid->Bounds(), QRectF(0, 0, 512, 1280));
-    // The colours are where they were, at the finest and at the coarsest level.
+    // The colours are in place at the finest and the coarsest level.
     const auto isLike = [](QRgb one, QRgb other) {
       return std::abs(qRed(one) - qRed(other)) + std::abs(qGreen(one) - qGreen(other)) +
                  std::abs(qBlue(one) - qBlue(other)) <
@@ -67,7 +66,7 @@ TEST(PictureCutter, CutsEveryFormatIntoAWholePyramid) {
     EXPECT_EQ(qAlpha(last.pixel(60, 60)), 0) << name;
     EXPECT_TRUE(isLike(whole.pixel(9, 30), image.pixel(72, 240))) << name;
     EXPECT_TRUE(isLike(whole.pixel(28, 120), image.pixel(224, 960))) << name;
-    // A file that was changed is another picture.
+    // A changed file has another folder.
     QFile changed(file);
     ASSERT_TRUE(changed.open(QFile::ReadWrite));
     const QDateTime before = changed.fileTime(QFile::FileModificationTime).addDays(-1);
@@ -76,7 +75,7 @@ TEST(PictureCutter, CutsEveryFormatIntoAWholePyramid) {
   }
 }
 
-TEST(PictureCutter, LeavesNothingBehindWhereItFails) {
+TEST(PictureCutter, LeavesNothingBehindAfterAFailure) {
   const QTemporaryDir folder;
   const QString cache = folder.filePath("cache");
   std::atomic<bool> stops = false;
@@ -101,7 +100,7 @@ TEST(PictureCutter, LeavesNothingBehindWhereItFails) {
   EXPECT_TRUE(QDir(cache).isEmpty());
 }
 
-TEST(TilePyramid, FindsTheTilesOfAPartAndRefusesWhatIsNone) {
+TEST(TilePyramid, FindsTheTilesOfAPartAndRefusesOtherFolders) {
   const QTemporaryDir folder;
   EXPECT_FALSE(TilePyramid::Open(folder.path()));
   EXPECT_FALSE(TilePyramid::Open(folder.filePath("nowhere")));
@@ -126,7 +125,7 @@ TEST(TilePyramid, FindsTheTilesOfAPartAndRefusesWhatIsNone) {
     EXPECT_EQ(pyramid->LevelFor(screenPixels), level) << screenPixels;
 }
 
-TEST(TileStore, HoldsSoMuchAndFetchesWhatItGaveUpAgain) {
+TEST(TileStore, IsBoundedAndLoadsDroppedTilesAgain) {
   const QTemporaryDir folder;
   QDir(folder.path()).mkpath("0/0");
   QImage tile(3000, 3000, QImage::Format_RGB32);
@@ -139,7 +138,7 @@ TEST(TileStore, HoldsSoMuchAndFetchesWhatItGaveUpAgain) {
   const auto comes = [&](int row) {
     return PumpUntil([&] { return store.Find({0, 0, row}) != nullptr; });
   };
-  // More than are read at the same time.
+  // More tiles than readers.
   for (int row = 0; row < kTiles; ++row)
     EXPECT_EQ(store.Find({0, 0, row}), nullptr);
   store.ForgetRequests();
@@ -158,7 +157,7 @@ class PicturesTest : public WindowTest {
   QRgb ColourAt(QPointF place) { return Painted().pixel(OnMap(place)); }
 };
 
-TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
+TEST_F(PicturesTest, AreCutShownInPlaceAndKept) {
   const QString file = myFolder.filePath("map.png");
   ASSERT_TRUE(FourQuarters({700, 300}).save(file));
   for (int i = 0; i < 8; ++i)
@@ -167,7 +166,7 @@ TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
   myWindow->actions->actPicture->trigger();
   auto* dialog = Opened<PictureDialog>("PictureDialog");
   EXPECT_FALSE(dialog->txtPath->isEnabled());
-  // Its middle is beside its text.
+  // The middle of the button is beside its text.
   QTest::mouseClick(dialog->rdoImage, Qt::LeftButton, {},
                     QPoint(8, dialog->rdoImage->height() / 2));
   EXPECT_FALSE(dialog->btnOK->isEnabled());
@@ -176,7 +175,7 @@ TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
   dialog->spnTop->setValue(50);
   dialog->spnScale->setValue(4);
   Click(dialog->btnOK);
-  // 700 x 300 pixels of four units each, from -9100, 50 on.
+  // 700 x 300 pixels of 4 units each, with the corner at -9100, 50.
   const auto isShown = [&] {
     return PumpUntil([&] {
       return ColourAt({-9090, 60}) == kLeft.rgb() && ColourAt({-6310, 1240}) == kLeft.rgb() &&
@@ -197,7 +196,7 @@ TEST_F(PicturesTest, AreCutShownWhereTheyBelongAndKept) {
   EXPECT_NE(ColourAt({-9090, 60}), kLeft.rgb());
 }
 
-TEST_F(PicturesTest, WhatIsNoneIsSaid) {
+TEST_F(PicturesTest, FailuresAreReported) {
   const QString file = myFolder.filePath("map.png");
   QFile out(file);
   ASSERT_TRUE(out.open(QFile::WriteOnly));

@@ -7,7 +7,7 @@
 namespace corvane::map {
 namespace {
 
-TEST(Settings, AreReadByTheirUserOnlyWhoeverCouldReadThemBefore) {
+TEST(Settings, AreMadeReadableByTheirUserOnly) {
   const QTemporaryDir folder;
   const QString path = folder.filePath("map.ini");
   ASSERT_TRUE(
