@@ -57,11 +57,7 @@ void Connection::Open(Destination destination) {
 
 void Connection::Close() {
   if (const auto session = mySession) {
-    if (session->IsLoggedIn()) {
-      session->Leave();
-    } else {
-      session->End({Ending::Cause::Left, {}});
-    }
+    session->Leave();
   } else if (myState == State::Waiting) {
     myRetry.stop();
     Change(State::Offline);

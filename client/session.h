@@ -56,9 +56,9 @@ class Session {
   void AskForMembers();
   void Send(const Report& report);
   void Send(std::int32_t command, std::string_view payload);
-  // Sends the farewell and ends the session.
-  void Leave();
 
+  // Sends the farewell, if logged in, and ends the session.
+  void Leave();
   // Ends the session for an outside cause. Does nothing if it is over.
   void End(const Ending& ending);
 

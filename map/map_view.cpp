@@ -78,8 +78,7 @@ void MapView::Pan(QPoint by) {
 void MapView::ViewMoved() {
   if (Scene() == nullptr) return;
   Scene()->ForgetTileRequests();
-  Scene()->Markers().PlaceLabels();
-  viewport()->update();
+  Refresh();
   ReportPointer();
 }
 

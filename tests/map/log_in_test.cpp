@@ -40,6 +40,9 @@ TEST_F(LogInTest, ShowsWhatIsRefused) {
   EXPECT_TRUE(PumpUntil(
       [&] { return myWindow->stsLine->lblState->text() == "Ann in North on 127.0.0.1, 1 other"; }));
   EXPECT_FALSE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
+  server.Query("INSERT INTO bans (address) VALUES ('127.0.0.1')");
+  LogIn(server.Port());
+  EXPECT_THAT(Refusal(), testing::HasSubstr("refuses this address"));
 }
 
 TEST_F(LogInTest, FillsTheDialogWithGivenValues) {
@@ -160,20 +163,6 @@ TEST_F(LogInTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
   again.Send(4, "1,2,3,4,0,0");
   EXPECT_TRUE(PumpUntil([&] { return myWindow->Facet() == 3; }));
   EXPECT_TRUE(myWindow->map->IsFollowing());
-}
-
-TEST_F(LogInTest, DoesNotReconnectAfterABan) {
-  TestServer server;
-  server.AddNetwork("North");
-  LogIn(server.Port());
-  ASSERT_TRUE(Reaches(State::Online));
-  server.listener->BanUser(*server.SessionOf("Ann"), "Ann", "spam\n\x1b[31m");
-  ASSERT_TRUE(Reaches(State::Offline));
-  EXPECT_TRUE(Says("You were banned: spam\\n\\x1b[31m"));
-  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
-  PumpFor(std::chrono::milliseconds(500));  // longer than the delay
-  EXPECT_EQ(State(), State::Offline);
-  EXPECT_EQ(server.ActiveCount(), 0U);
 }
 
 }  // namespace
