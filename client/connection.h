@@ -29,7 +29,7 @@ struct Destination {
 // delays; it does not if it never was online, nor after a kick, a ban or "BYE".
 //
 // Owns the socket, the session and the members. Reads a bounded piece per turn of Qt's loop, so no
-// server can block the loop. Raises its events on that thread; a handler may call any method.
+// server can block the loop. Raises its events from that loop; a handler may call any method.
 class Connection : private SessionEvents {
  public:
   enum class State {

@@ -13,7 +13,8 @@
 
 namespace corvane::client {
 
-// Receives the events of a Session. A handler may call any of its methods except Receive.
+// Receives the events of a Session. A handler may call any of its methods except Receive, and must
+// not destroy it.
 class SessionEvents {
  public:
   virtual ~SessionEvents() = default;

@@ -19,7 +19,7 @@ class BansDialog : public QDialog {
  public:
   explicit BansDialog(QWidget& owner);
 
-  // Raised for each selected ban when the user chooses to lift them.
+  // Raised for each selected ban when the user lifts them.
   std::function<void(const std::string& id)> Lifted;
 
   // Replaces the rows.

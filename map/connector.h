@@ -16,7 +16,7 @@ namespace corvane::map {
 // server in the settings after a success.
 class Connector {
  public:
-  // Borrows all four.
+  // Borrows all four. `window` owns the dialog.
   Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
             QWidget& window);
 

@@ -9,7 +9,7 @@
 
 namespace corvane::map {
 
-// A member's condition. Each has a shape of its own, so the colours are not needed.
+// What a marker shows by its shape. Its colour only repeats it.
 enum class MarkerShape {
   Alive,     // a disc
   Fighting,  // a star

@@ -24,7 +24,7 @@ inline std::size_t qHash(const TileId& id, std::size_t seed = 0) {
 }
 
 // A folder level/column/row.png of square tiles, of which each level is twice as fine as the one
-// before. Rectangles are in pixels of the finest level. Reads the names only when it is opened.
+// before. Rectangles are in pixels of the finest level. Lists the folder in Open only.
 class TilePyramid {
  public:
   // None if the folder has no tiles, or tiles that are not square.

@@ -28,7 +28,7 @@ TEST_F(HostileServerTest, NonsenseEndsTheConnectionWithAClearMessage) {
     LogInToFalseServer();
     server.Send(bytes);
     EXPECT_TRUE(Reaches(State::Offline));
-    EXPECT_TRUE(Says("not a server of ours"));
+    EXPECT_TRUE(Shows("not a server of ours"));
     EXPECT_TRUE(PumpUntil([&] { return !server.HasClient(); }));
     myWindow->txtMessages->clear();
   }
@@ -41,7 +41,7 @@ TEST_F(HostileServerTest, TooManyMembersAreDroppedAndTheWindowGoesOn) {
     list += WireBytes(
         5, "\x01\xE2\x80\xAE" + std::to_string(i) + "|" + std::to_string(i * 2000) + ",-7,1,41,0");
   server.Send(list + WireBytes(9, "0"));
-  EXPECT_TRUE(Says("Not all members are shown"));
+  EXPECT_TRUE(Shows("Not all members are shown"));
   EXPECT_LE(Rows().size(), client::Members::kMaxMembers);
   ASSERT_TRUE(PumpUntil([&] { return server.Unsent() == 0; }));
   myWindow->ShowFacet(1);
@@ -58,7 +58,7 @@ TEST_F(HostileServerTest, AFloodOfMessagesKeepsTheLastThousand) {
   for (int i = 1; i <= 10'000; ++i)
     flood += WireBytes(998, "line " + std::to_string(i) + "\n" + std::string(50, '\a'));
   server.Send(flood);
-  ASSERT_TRUE(Says("line 10000\\n\\x07"));
+  ASSERT_TRUE(Shows("line 10000\\n\\x07"));
   EXPECT_LE(myWindow->txtMessages->blockCount(), MessagesPane::kMaxLines);
 }
 

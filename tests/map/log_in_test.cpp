@@ -147,7 +147,7 @@ TEST_F(LogInTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
   EXPECT_THAT(myWindow->stsLine->lblState->text().toStdString(),
               testing::HasSubstr("trying again in 1 s"));
   EXPECT_TRUE(RowsAre({}));
-  EXPECT_TRUE(Says("The connection was lost"));
+  EXPECT_TRUE(Shows("The connection was lost"));
   server = std::make_unique<TestServer>(port);
   server->AddNetwork("North");
   TestClient again(port);

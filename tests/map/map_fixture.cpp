@@ -58,7 +58,7 @@ QDialog* WindowTest::FindDialog(const char* name) {
   return nullptr;
 }
 
-bool WindowTest::Says(const QString& text) {
+bool WindowTest::Shows(const QString& text) {
   return PumpUntil([&] { return myWindow->txtMessages->toPlainText().contains(text); });
 }
 

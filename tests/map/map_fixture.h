@@ -44,7 +44,7 @@ class WindowTest : public testing::Test {
   bool IsOpen(const char* name) { return FindDialog(name) != nullptr; }
 
   // Whether the text appears in the messages.
-  bool Says(const QString& text);
+  bool Shows(const QString& text);
 
   // The rows of the list, with "|" between cells, without the column of the last news.
   std::vector<std::string> Rows();

@@ -56,7 +56,7 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   }
   QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_TRUE(myWindow->map->IsFollowing());
-  // Now by keys.
+  // The same with keys.
   List()->setFocus();
   QTest::keyClick(List(), Qt::Key_Up);
   EXPECT_FALSE(myWindow->map->IsFollowing());
@@ -93,7 +93,7 @@ TEST_F(MembersTest, AnAdministratorKicksBansAndSendsMessages) {
   Type(message->txtText, "Hello");
   Click(message->btnOK);
   EXPECT_EQ(bob->Receive(), (WireMessage{998, "Hello"}));
-  EXPECT_TRUE(Says("Message: Hello"));
+  EXPECT_TRUE(Shows("Message: Hello"));
 
   myWindow->actions->actBan->trigger();
   auto* ban = Opened<TextDialog>("TextDialog");
@@ -122,7 +122,7 @@ TEST_F(MembersTest, AUserWithABarInItsNameIsNotKickedOrBanned) {
   bob->Drain();
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   myWindow->actions->actKick->trigger();
-  EXPECT_TRUE(Says("Bob|x cannot be named"));
+  EXPECT_TRUE(Shows("Bob|x cannot be named"));
   myWindow->actions->actBan->trigger();
   EXPECT_FALSE(IsOpen("TextDialog"));
   EXPECT_TRUE(bob->HearsNothing());

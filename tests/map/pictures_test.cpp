@@ -207,13 +207,13 @@ TEST_F(PicturesTest, FailuresAreReported) {
   picture.path = file;
   for (int attempt = 0; attempt < 2; ++attempt) {
     myWindow->SetPicture(0, picture);
-    EXPECT_TRUE(Says("cannot be shown"));
+    EXPECT_TRUE(Shows("cannot be shown"));
     myWindow->txtMessages->clear();
   }
   picture.kind = MapPicture::Kind::Tiles;
   picture.path = myFolder.path();
   myWindow->SetPicture(0, picture);
-  EXPECT_TRUE(Says("There are no tiles in"));
+  EXPECT_TRUE(Shows("There are no tiles in"));
 }
 
 }  // namespace
