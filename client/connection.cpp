@@ -117,7 +117,7 @@ void Connection::EndSession(Ending::Cause cause, const QString& text) {
 
 void Connection::Change(State state) {
   myState = state;
-  if (StateChanged) StateChanged();
+  StateChanged();
 }
 
 void Connection::LoggedIn() {
@@ -130,8 +130,7 @@ void Connection::LoggedIn() {
 }
 
 void Connection::Listed(bool isAdministrator) {
-  if (std::exchange(myIsAdministrator, isAdministrator) != isAdministrator && StateChanged)
-    StateChanged();
+  if (std::exchange(myIsAdministrator, isAdministrator) != isAdministrator) StateChanged();
 }
 
 void Connection::Said(std::string_view text) {
@@ -139,7 +138,7 @@ void Connection::Said(std::string_view text) {
 }
 
 void Connection::BansListed(const BanList& bans) {
-  if (BansReceived) BansReceived(bans);
+  BansReceived(bans);
 }
 
 void Connection::Ended(const Ending& ending) {
@@ -161,8 +160,8 @@ void Connection::Ended(const Ending& ending) {
     myRetry.start(std::min(pause, myTiming.maxDelay));
   }
   myState = reconnects ? State::Waiting : State::Offline;
-  if (SessionEnded) SessionEnded(ending);
-  if (StateChanged) StateChanged();
+  SessionEnded(ending);
+  StateChanged();
 }
 
 }  // namespace corvane::client

@@ -14,6 +14,7 @@
 #include "client/members.h"
 #include "client/session.h"
 #include "client/wire.h"
+#include "framework/signal.h"
 
 namespace corvane::client {
 
@@ -56,13 +57,13 @@ class Connection : private SessionEvents {
   Connection& operator=(const Connection&) = delete;
 
   // CurrentState() or IsAdministrator() has changed.
-  std::function<void()> StateChanged;
+  Signal<> StateChanged;
   // A connection has ended, or an attempt to connect has failed. The state is already Waiting or
   // Offline; StateChanged follows.
-  std::function<void(const Ending&)> SessionEnded;
+  Signal<const Ending&> SessionEnded;
   // A message of the operator or an administrator.
   std::function<void(std::string_view text)> MessageReceived;
-  std::function<void(const BanList&)> BansReceived;
+  Signal<const BanList&> BansReceived;
 
   // Ends the current connection, if there is one, and connects.
   void Open(Destination destination);

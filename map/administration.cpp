@@ -9,9 +9,9 @@ namespace corvane::map {
 Administration::Administration(client::Connection& connection, MessagesPane& messages,
                                QWidget& window)
     : myConnection(connection), myMessages(messages), myWindow(window) {
-  myConnection.BansReceived = [this](const client::BanList& list) {
+  myBansReceived = myConnection.BansReceived.Connect([this](const client::BanList& list) {
     if (myBans) myBans->Show(list);
-  };
+  });
 }
 
 // False, with a message, if the name holds the bar that separates a command's fields.

@@ -7,6 +7,7 @@
 #include <QWidget>
 
 #include "client/connection.h"
+#include "framework/signal.h"
 #include "map/bans_dialog.h"
 #include "map/messages_pane.h"
 
@@ -33,6 +34,7 @@ class Administration {
   MessagesPane& myMessages;
   QWidget& myWindow;
   QPointer<BansDialog> myBans;
+  SignalConnection myBansReceived;
 };
 
 }  // namespace corvane::map

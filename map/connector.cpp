@@ -12,7 +12,11 @@ using State = client::Connection::State;
 
 Connector::Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
                      QWidget& window)
-    : myConnection(connection), mySettings(settings), myMessages(messages), myWindow(window) {}
+    : myConnection(connection), mySettings(settings), myMessages(messages), myWindow(window) {
+  myStateChanged = connection.StateChanged.Connect([this] { FinishIfOnline(); });
+  mySessionEnded =
+      connection.SessionEnded.Connect([this](const client::Ending& ending) { ShowEnding(ending); });
+}
 
 void Connector::Ask() {
   if (myDialog == nullptr) {
@@ -43,7 +47,7 @@ void Connector::Try(const RecentServer& server, bool keepsDigest) {
   myConnection.Open(std::move(destination));
 }
 
-void Connector::StateChanged() {
+void Connector::FinishIfOnline() {
   if (myConnection.CurrentState() != State::Online) return;
   const auto server = std::exchange(myUnproven, std::nullopt);
   // An automatic reconnect leaves a dialog open that the user is typing into.
@@ -53,7 +57,7 @@ void Connector::StateChanged() {
   std::exchange(myDialog, nullptr)->deleteLater();
 }
 
-void Connector::SessionEnded(const client::Ending& ending) {
+void Connector::ShowEnding(const client::Ending& ending) {
   const QString text = ending.Explanation();
   myMessages.Add(text);
   if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)

@@ -6,6 +6,7 @@
 #include <QWidget>
 
 #include "client/connection.h"
+#include "framework/signal.h"
 #include "map/connect_dialog.h"
 #include "map/messages_pane.h"
 #include "map/settings.h"
@@ -25,11 +26,9 @@ class Connector {
   // Opens the dialog and connects with the command line's values.
   void TryGiven(const RecentServer& server);
 
-  // The window forwards the connection's events to these.
-  void StateChanged();
-  void SessionEnded(const client::Ending& ending);
-
  private:
+  void FinishIfOnline();
+  void ShowEnding(const client::Ending& ending);
   void Try(const RecentServer& server, bool keepsDigest);
 
   client::Connection& myConnection;
@@ -38,6 +37,8 @@ class Connector {
   QWidget& myWindow;
   ConnectDialog* myDialog = nullptr;       // the window owns it
   std::optional<RecentServer> myUnproven;  // of the current attempt; stored on success
+  SignalConnection myStateChanged;
+  SignalConnection mySessionEnded;
 };
 
 }  // namespace corvane::map

@@ -92,10 +92,7 @@ void MapWindow::LayOut() {
 }
 
 void MapWindow::WireConnection() {
-  myConnection.StateChanged = [this] { ShowState(); };
-  myConnection.SessionEnded = [this](const client::Ending& ending) {
-    myConnector.SessionEnded(ending);
-  };
+  myStateChanged = myConnection.StateChanged.Connect([this] { ShowState(); });
   myConnection.MessageReceived = [this](std::string_view text) {
     txtMessages->Add(tr("Message: %1").arg(DisplayText(text)));
   };
@@ -214,8 +211,6 @@ void MapWindow::ShowState() {
     myReportedIncomplete = false;
     myIsOnline = false;
   }
-  myConnector.StateChanged();
-  stsLine->Update();
   EnableActions();
 }
 

@@ -10,6 +10,7 @@
 #include <QSplitter>
 
 #include "client/connection.h"
+#include "framework/signal.h"
 #include "map/administration.h"
 #include "map/connector.h"
 #include "map/map_actions.h"
@@ -87,6 +88,7 @@ class MapWindow : public QMainWindow {
   std::unique_ptr<MapScene> myScene;
   QSplitter* myColumns;
   QTimer myFacetTimer;
+  SignalConnection myStateChanged;
   std::set<int> myFacets;      // in cmbFacet
   bool myShowsAllNext = true;  // as soon as the facet has a marker
   bool myIsOnline = false;

@@ -33,8 +33,9 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   addPermanentWidget(prgCutting);
   addPermanentWidget(lblPlace);
   connect(btnRetry, &QPushButton::clicked, this, [this] { myConnection.RetryNow(); });
-  connect(&mySecond, &QTimer::timeout, this, [this] { Update(); });
-  mySecond.start(std::chrono::milliseconds(500));
+  connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
+  myTimer.start(std::chrono::milliseconds(500));
+  myStateChanged = myConnection.StateChanged.Connect([this] { Update(); });
   Update();
 }
 

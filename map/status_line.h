@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include "client/connection.h"
+#include "framework/signal.h"
 
 namespace corvane::map {
 
@@ -22,8 +23,6 @@ class StatusLine : public QStatusBar {
   // Borrows the connection.
   StatusLine(client::Connection& connection, QWidget* parent);
 
-  // Called when the connection's state has changed; a timer calls it too.
-  void Update();
   void ShowPlace(std::optional<QPointF> place) const;
   void ShowProgress(int percent) const;
 
@@ -34,10 +33,12 @@ class StatusLine : public QStatusBar {
   QLabel* lblPlace;
 
  private:
+  void Update();
   QString StateText();
 
   client::Connection& myConnection;
-  QTimer mySecond;
+  QTimer myTimer;
+  SignalConnection myStateChanged;
 };
 
 }  // namespace corvane::map

@@ -24,9 +24,10 @@ class ConnectionTest : public testing::Test {
   explicit ConnectionTest(Connection::Timing timing = {milliseconds(20), milliseconds(50),
                                                        seconds(30), seconds(30)})
       : connection(timing) {
-    connection.SessionEnded = [this](const Ending& ending) { endings.push_back(ending.cause); };
+    ended = connection.SessionEnded.Connect(
+        [this](const Ending& ending) { endings.push_back(ending.cause); });
     connection.MessageReceived = [this](std::string_view text) { told.emplace_back(text); };
-    connection.BansReceived = [this](const BanList& list) { bans = list.bans; };
+    received = connection.BansReceived.Connect([this](const BanList& list) { bans = list.bans; });
   }
 
   void Open(std::int32_t port) {
@@ -53,6 +54,8 @@ class ConnectionTest : public testing::Test {
   std::vector<Ban> bans;
   bool isAdministrator = false;
   Connection connection;
+  SignalConnection ended;
+  SignalConnection received;
 };
 
 class AskingConnectionTest : public ConnectionTest {
@@ -198,9 +201,9 @@ TEST_F(ConnectionTest, CanBeReopenedByAHandler) {
   EXPECT_EQ(connection.Others().Count(), 0U);
 
   for (const State at : {State::Connecting, State::LoggingIn, State::Online}) {
-    connection.StateChanged = [&] {
+    const SignalConnection changed = connection.StateChanged.Connect([&] {
       if (connection.CurrentState() == at) connection.Close();
-    };
+    });
     Open(second.Port());
     if (at != State::Connecting) {
       ASSERT_TRUE(second.Accept());
