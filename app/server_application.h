@@ -10,21 +10,23 @@
 
 namespace corvane {
 
+// What a ServerApplication calls, once set. LastResort is called inside the catch block.
+struct ApplicationHooks {
+  std::function<void()> LastResort;
+  std::function<void()> Quit;
+};
+
 // Qt's application, with a window or without, taught two things: an error that an event handler
 // lets out ends in LastResort, and a request to quit (also the desktop's at the end of the session)
-// is carried out by Quit without asking the windows. Both do nothing until they are set.
+// is carried out by Quit without asking the windows.
 template <typename QtApplication>
-class ServerApplication : public QtApplication {
+class ServerApplication : public QtApplication, public ApplicationHooks {
  public:
   ServerApplication(int& argc, char** argv) : QtApplication(argc, argv) {
     QCoreApplication::setOrganizationName(QStringLiteral("Corvane"));
     QCoreApplication::setApplicationName(QStringLiteral("Corvane Server"));
     QCoreApplication::setApplicationVersion(DisplayText(RunningVersion().FullVersion()));
   }
-
-  // Called inside the catch block.
-  std::function<void()> LastResort;
-  std::function<void()> Quit;
 
   bool notify(QObject* receiver, QEvent* event) override {
     try {
