@@ -23,12 +23,6 @@ constexpr std::int32_t kUsualLogLines = 20;
 const std::string kActor = "corvanectl";
 const std::string kSignal = "SIGHUP";
 
-// What carries out a command.
-template <typename Room>
-auto By(Room& room, QByteArray (Room::*method)(const Request&)) {
-  return [&room, method](const Request& request) { return (room.*method)(request); };
-}
-
 }  // namespace
 
 Commands::Commands(Operator& actions)
@@ -37,29 +31,29 @@ Commands::Commands(Operator& actions)
       myQuestions(actions),
       myActions(actions),
       myEntries{
-          {"status", By(myQuestions, &Questions::Status)},
-          {"users", By(myQuestions, &Questions::Users)},
-          {"networks", By(myQuestions, &Questions::Networks)},
-          {"bans", By(myQuestions, &Questions::Bans)},
-          {"admins", By(myQuestions, &Questions::Admins)},
-          {"settings", By(myQuestions, &Questions::Settings)},
-          {"network add", By(myActions, &Actions::AddNetwork)},
-          {"network edit", By(myActions, &Actions::EditNetwork)},
-          {"network delete", By(myActions, &Actions::DeleteNetwork)},
-          {"network disconnect", By(myActions, &Actions::DisconnectNetwork)},
-          {"kick", By(myActions, &Actions::Kick)},
-          {"ban", By(myActions, &Actions::Ban)},
-          {"ban-address", By(myActions, &Actions::BanAddress)},
-          {"unban", By(myActions, &Actions::Unban)},
-          {"disconnect", By(myActions, &Actions::Disconnect)},
-          {"grant", By(myActions, &Actions::Grant)},
-          {"revoke", By(myActions, &Actions::Revoke)},
-          {"message", By(myActions, &Actions::Message)},
-          {"set", By(myActions, &Actions::Set)},
-          {"reload", By(*this, &Commands::Reload)},
-          {"backup", By(*this, &Commands::MakeBackup)},
-          {"log", By(*this, &Commands::Log)},
-          {"quit", By(*this, &Commands::Quit)},
+          {"status", std::bind_front(&Questions::Status, &myQuestions)},
+          {"users", std::bind_front(&Questions::Users, &myQuestions)},
+          {"networks", std::bind_front(&Questions::Networks, &myQuestions)},
+          {"bans", std::bind_front(&Questions::Bans, &myQuestions)},
+          {"admins", std::bind_front(&Questions::Admins, &myQuestions)},
+          {"settings", std::bind_front(&Questions::Settings, &myQuestions)},
+          {"network add", std::bind_front(&Actions::AddNetwork, &myActions)},
+          {"network edit", std::bind_front(&Actions::EditNetwork, &myActions)},
+          {"network delete", std::bind_front(&Actions::DeleteNetwork, &myActions)},
+          {"network disconnect", std::bind_front(&Actions::DisconnectNetwork, &myActions)},
+          {"kick", std::bind_front(&Actions::Kick, &myActions)},
+          {"ban", std::bind_front(&Actions::Ban, &myActions)},
+          {"ban-address", std::bind_front(&Actions::BanAddress, &myActions)},
+          {"unban", std::bind_front(&Actions::Unban, &myActions)},
+          {"disconnect", std::bind_front(&Actions::Disconnect, &myActions)},
+          {"grant", std::bind_front(&Actions::Grant, &myActions)},
+          {"revoke", std::bind_front(&Actions::Revoke, &myActions)},
+          {"message", std::bind_front(&Actions::Message, &myActions)},
+          {"set", std::bind_front(&Actions::Set, &myActions)},
+          {"reload", std::bind_front(&Commands::Reload, this)},
+          {"backup", std::bind_front(&Commands::MakeBackup, this)},
+          {"log", std::bind_front(&Commands::Log, this)},
+          {"quit", std::bind_front(&Commands::Quit, this)},
       },
       myLines(myLog.Written.Connect([this](const std::string& line) { Tell(line); })) {}
 

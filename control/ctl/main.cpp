@@ -51,12 +51,12 @@ void AddPassword(CommandLine& line) {
 }
 
 // Shows one line of the server's, and tells what it says.
-ExitCode Show(const CommandLine& line, const QByteArray& received) {
+ExitCode Show(const CommandLine& line, const QByteArray& received, Printer& printer) {
   const QJsonObject answer = QJsonDocument::fromJson(received).object();
   if (line.json) {
-    PrintJson(received);
+    printer.PrintJson(received);
   } else {
-    Print(*line.command, answer);
+    printer.Print(*line.command, answer);
   }
   if (answer["ok"].toBool()) return kDone;
   return answer["misused"].toBool() ? kUsage : kRefused;
@@ -72,7 +72,7 @@ QStringList Folders(const CommandLine& line) {
   return folders;
 }
 
-int Ask(const CommandLine& line) {
+int Ask(const CommandLine& line, Printer& printer) {
   const QStringList folders = Folders(line);
   ServerLink server;
   if (std::ranges::none_of(folders, [&](const QString& folder) { return server.Open(folder); })) {
@@ -82,22 +82,22 @@ int Ask(const CommandLine& line) {
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
   std::optional<QByteArray> received = server.Receive(line.command->takesItsTime ? -1 : kPatience);
   if (received) {
-    const ExitCode code = Show(line, *received);
+    const ExitCode code = Show(line, *received, printer);
     if (code != kDone || !line.request["follow"].toBool()) return code;
-    while (PrintingError() == 0 && (received = server.Receive(-1)))
-      Show(line, *received);
+    while (printer.Error() == 0 && (received = server.Receive(-1)))
+      Show(line, *received, printer);
     if (received) return kDone;
   }
   return Complain(kNoServer, "the server ended, or does not answer");
 }
 
-int Carry(CommandLine line) {
+int Carry(CommandLine line, Printer& printer) {
   if (line.text) {
-    PrintText(line.text->toUtf8());
+    printer.PrintText(line.text->toUtf8());
     return kDone;
   }
   AddPassword(line);
-  return Ask(line);
+  return Ask(line, printer);
 }
 
 }  // namespace
@@ -107,8 +107,9 @@ int main(int argc, char** argv) {
   PrintUtf8();
   const QCoreApplication application(argc, argv);
   try {
-    const int code = Carry(ParseCommandLine(QCoreApplication::arguments()));
-    const int error = PrintingError();
+    Printer printer;
+    const int code = Carry(ParseCommandLine(QCoreApplication::arguments()), printer);
+    const int error = printer.Error();
     if (code != kDone || error == 0) return code;
     // Somebody who reads no more, such as "head", misses nothing.
     if (error == EPIPE) return kNotShown;

@@ -18,12 +18,10 @@ using Row = std::vector<QString>;
 // Longer than any of the server's lines: something else may answer.
 constexpr std::size_t kLongestLine = 8192;  // bytes
 
-int thePrintingError = 0;
-
-std::string LineText(const QJsonValue& value) {
+QByteArray LineText(const QJsonValue& value) {
   std::string line;
   const bool isWhole = AppendEscaped(line, TextFromDisplay(value.toString()), kLongestLine);
-  return isWhole ? line : line + "...";
+  return QByteArray::fromStdString(line) + (isWhole ? "\n" : "...\n");
 }
 
 QString CellText(const QJsonValue& value) {
@@ -32,22 +30,24 @@ QString CellText(const QJsonValue& value) {
   return VisibleText(TextFromDisplay(value.toString()));
 }
 
-void PrintTable(const std::vector<Row>& rows) {
+QByteArray TableText(const std::vector<Row>& rows) {
   std::vector<qsizetype> widths;
   for (const Row& row : rows) {
     widths.resize(std::max(widths.size(), row.size()));
     for (std::size_t i = 0; i < row.size(); ++i)
       widths[i] = std::max(widths[i], row[i].size());
   }
+  QString text;
   for (const Row& row : rows) {
     QString line;
     for (std::size_t i = 0; i < row.size(); ++i)
       line += row[i].leftJustified(widths[i] + 2);
-    PrintLine(line.trimmed().toUtf8());
+    text += line.trimmed() + '\n';
   }
+  return text.toUtf8();
 }
 
-void PrintRows(const std::vector<const char*>& columns, const QJsonArray& objects) {
+QByteArray RowsText(const std::vector<const char*>& columns, const QJsonArray& objects) {
   std::vector<Row> rows{{columns.begin(), columns.end()}};
   for (QString& heading : rows.front())
     heading = heading.toUpper();
@@ -56,67 +56,52 @@ void PrintRows(const std::vector<const char*>& columns, const QJsonArray& object
     for (const char* column : columns)
       row.push_back(CellText(object[QLatin1String(column)]));
   }
-  PrintTable(rows);
+  return TableText(rows);
 }
 
-void PrintStatus(const QJsonObject& answer) {
+QByteArray StatusText(const QJsonObject& answer) {
   std::vector<Row> rows;
   for (const char* field : {"version", "up-since", "rules", "listening", "address", "port",
                             "connections", "memory", "output-held", "input-held",
                             "messages-per-second", "received-per-second", "sent-per-second"}) {
     rows.push_back({QLatin1String(field), CellText(answer[QLatin1String(field)])});
   }
-  PrintTable(rows);
-  PrintLine("");
-  PrintRows({"name", "users", "max-users", "enabled"}, answer["networks"].toArray());
+  return TableText(rows) + '\n' +
+         RowsText({"name", "users", "max-users", "enabled"}, answer["networks"].toArray());
 }
 
 void PrintError(const QString& text) {
-  std::fprintf(stderr, "corvanectl: %s\n", LineText(text).c_str());
-}
-
-void PrintText(const QJsonValue& text) {
-  PrintLine(QByteArray::fromStdString(LineText(text)));
+  std::fprintf(stderr, "corvanectl: %s", LineText(text).constData());
 }
 
 }  // namespace
 
-void PrintText(const QByteArray& text) {
+void Printer::PrintText(const QByteArray& text) {
   const auto size = static_cast<std::size_t>(text.size());
   const bool isTaken =
       std::fwrite(text.constData(), 1, size, stdout) == size && std::fflush(stdout) == 0;
-  if (!isTaken && thePrintingError == 0) thePrintingError = errno;
+  if (!isTaken && myError == 0) myError = errno;
 }
 
-void PrintLine(const QByteArray& line) {
-  PrintText(line + '\n');
+void Printer::PrintJson(const QByteArray& received) {
+  PrintText(QByteArray::fromStdString(EscapedJson(received.toStdString())) + '\n');
 }
 
-int PrintingError() {
-  return thePrintingError;
-}
-
-void PrintJson(const QByteArray& received) {
-  PrintLine(QByteArray::fromStdString(EscapedJson(received.toStdString())));
-}
-
-void Print(const Command& command, const QJsonObject& answer) {
+void Printer::Print(const Command& command, const QJsonObject& answer) {
   if (answer.contains("error")) {
     PrintError(answer["error"].toString());
     for (const auto& address : answer["addresses"].toArray())
       PrintError("  " + address.toString());
   } else if (answer.contains("rows")) {
-    PrintRows(command.columns, answer["rows"].toArray());
+    PrintText(RowsText(command.columns, answer["rows"].toArray()));
     if (!answer["complete"].toBool()) PrintError("there are more than fit into an answer");
-  } else if (answer.contains("line")) {
-    PrintText(answer["line"]);
   } else if (answer.contains("lines")) {
     for (const auto& line : answer["lines"].toArray())
-      PrintText(line);
+      PrintText(LineText(line));
   } else if (answer.contains("networks")) {
-    PrintStatus(answer);
+    PrintText(StatusText(answer));
   } else {
-    PrintText(answer["text"]);
+    PrintText(LineText(answer[answer.contains("line") ? "line" : "text"]));
   }
 }
 

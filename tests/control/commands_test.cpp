@@ -1,0 +1,219 @@
+#include <fstream>
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QTimer>
+
+#include "app/server_application.h"
+#include "tests/control/control_fixture.h"
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+using CommandsTest = ControlTest;
+
+TEST_F(CommandsTest, ReloadDoesWhatWasDoneToTheDatabase) {
+  const auto rows = [this](const QStringList& arguments = {}) {
+    const Outcome outcome = Run(QStringList{"reload"} + arguments);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.text;
+    return outcome.text.substr(outcome.text.find('\n') + 1);
+  };
+  EXPECT_EQ(rows(), "") << "nothing is different";
+  // A second North, which is nobody's yet, and a name that differs in its case are others.
+  Query(
+      "UPDATE networks SET pass='new', users=1 WHERE name='North'; INSERT INTO networks VALUES"
+      "('North','x',2,0),('SO\nUTH','secret',9,1); DELETE FROM networks WHERE name='So\nuth'");
+  const auto carl = LoggedIn("Carl", "So\nuth");
+  EXPECT_EQ(rows(),
+            "removed  So\\nuth  1      5          yes\n"
+            "changed  North    2      1          yes\n"
+            "added    North    0      2          no\n"
+            "added    SO\\nUTH  0      9          yes\n");
+  EXPECT_EQ(carl->Receive(), (WireMessage{998, "This network has been removed from the server."}));
+  EXPECT_EQ(carl->Receive(), (WireMessage{999, "BYE"}));
+  EXPECT_TRUE(ann->HearsNothing()) << "its network only changed";
+  EXPECT_EQ(myApp.Actions().Networks().size(), 3U);
+  EXPECT_FALSE(TestClient(myApp.Listener().Port()).LogIn("So\nuth", "new", "Eve"));
+  Query("UPDATE networks SET users=3 WHERE name='North' AND enabled");
+  commands.ReloadForSignal();
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "new", "Eve"));
+  EXPECT_THAT(Run({"log", "--lines", "20"}).text,
+              HasSubstr("SIGHUP: reload: changed network North"));
+  Query("UPDATE networks SET pass='newest' WHERE name='North' AND enabled");
+  commands.ReloadForSignal();
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "newest", "Eve"));
+
+  Query("ALTER TABLE networks RENAME TO n");
+  const Outcome failed = Run({"reload"});
+  EXPECT_EQ(failed.exitCode, 1);
+  EXPECT_THAT(failed.text, HasSubstr("database: no such table: networks"));
+  // Windows lets nobody do that to a file that is open.
+  if (QFile::rename(myFolder.filePath("serverdb.rsd"), myFolder.filePath("old.rsd"))) {
+    EXPECT_THAT(Run({"reload"}).text, HasSubstr("database: the file was replaced"));
+  }
+  EXPECT_EQ(myApp.Actions().Networks().size(), 3U) << "a fault changes nothing";
+}
+
+TEST_F(CommandsTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
+  TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
+  ASSERT_TRUE(stranger.Receive());
+  Query("DELETE FROM networks WHERE name='North'");
+  for (const QStringList& command :
+       {QStringList{"message", "x"}, {"network", "delete", "North"}, {"reload"}}) {
+    const Outcome outcome = Run(command);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.text, HasSubstr("  127.0.0.7:"));
+  }
+  commands.ReloadForSignal();
+  EXPECT_THAT(Run({"log", "--lines", "1"}).text,
+              HasSubstr("or use --force with corvanectl reload: 127.0.0.7:"));
+  EXPECT_TRUE(ann->HearsNothing());
+  EXPECT_TRUE(myBoxes.empty());
+  // With force it is as from the window.
+  auto& application = dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
+  application.LastResort = [this] { myApp.LastResort(); };
+  QLocalSocket client;
+  client.connectToServer(ControlName(myFolder.path()));
+  client.write("{\"command\":\"message\",\"text\":\"x\",\"force\":true}\n");
+  EXPECT_TRUE(PumpUntil([this] { return !myBoxes.empty(); }));
+  application.LastResort = nullptr;
+  EXPECT_THAT(myBoxes, ElementsAre(HasSubstr("NilObjectException")));
+}
+
+class HardenedCommandsTest : public ControlTest {
+ protected:
+  HardenedCommandsTest() : ControlTest(true) {}
+};
+
+TEST_F(HardenedCommandsTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
+  TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
+  ASSERT_TRUE(stranger.Receive());
+  EXPECT_EQ(Run({"message", "x"}).exitCode, 0);
+  EXPECT_EQ(ann->Receive(), (WireMessage{998, "x"}));
+  EXPECT_THAT(Run({"users"}).text, testing::Not(HasSubstr("127.0.0.7"))) << "who has not logged in";
+  EXPECT_EQ(Run({"message", QString(50'000, 'x')}).exitCode, 0);
+  const auto status = QJsonDocument::fromJson(Run({"status", "--json"}).text.c_str());
+  EXPECT_GT(status["sent-per-second"].toInt(), 10 * status["received-per-second"].toInt());
+  ann->Receive();
+  EXPECT_EQ(Run({"kick", "Ann", "y"}).exitCode, 0);
+  EXPECT_EQ(ann->Receive(), (WireMessage{996, "y"}));
+  EXPECT_TRUE(ann->WasClosedByServer());
+}
+
+TEST_F(CommandsTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
+  ServerLog& log = myApp.Log();
+  std::string followed;
+  QProcess follower;
+  follower.start(QStringLiteral(CORVANECTL),
+                 {"--data-folder", myFolder.path(), "log", "--lines", "0", "--follow"},
+                 QIODevice::ReadWrite | QIODevice::Text);
+  const auto tells = [&](const std::string& line) {
+    return PumpUntil([&] {
+      followed += follower.readAll().toStdString();
+      return followed.find("] " + line + "\n") != std::string::npos;
+    });
+  };
+  // However long it takes to start.
+  EXPECT_TRUE(PumpUntil([&] {
+    QTimer::singleShot(0, &control, [&log] { log.Write("are you there?"); });
+    followed += follower.readAll().toStdString();
+    return !followed.empty();
+  })) << follower.readAllStandardError().toStdString();
+  QLocalSocket deaf;  // follows, too, and reads nothing
+  Ask(deaf, R"({"command":"log","follow":true})"
+            "\n");
+  deaf.setReadBufferSize(1);
+  EXPECT_TRUE(myApp.Actions().MakeAdmin(*myApp.Actions().FindUser("Ann", true)));
+  ann->Send(10, "Bob|go\nnow");
+  EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
+  Run({"set", "AttachedPort", "1"});
+  EXPECT_TRUE(tells("corvanectl: set AttachedPort to 1"));
+  OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE admins RENAME TO a");
+  Run({"grant", "Bob"});
+  EXPECT_TRUE(tells("database: no such table: admins"));
+  EXPECT_THAT(Run({"log", "--lines", "2"}).text, testing::EndsWith("no such table: admins\n"));
+  QFile audit(myFolder.filePath("logs/corvane-audit.log"));
+  EXPECT_TRUE(audit.open(QIODevice::ReadOnly));
+  std::string audited;
+  EXPECT_TRUE(PumpUntil([&] {
+    audited += audit.readAll().toStdString();
+    return audited.find("corvanectl: make ") != std::string::npos;
+  }));
+  EXPECT_THAT(audited, testing::MatchesRegex(
+                           ".*window: make administrator Ann[^\n]*\n[^\n]*: kick Bob[^\n]*\n"
+                           "[^\n]*corvanectl: set [^\n]*\n[^\n]*corvanectl: make [^\n]*\n"));
+  // One who does not read is dropped; the follower, which keeps up, is not.
+  const auto connections = [this] { return control.children().size(); };
+  EXPECT_EQ(connections(), 2);
+  for (int i = 0; i < 100 && connections() == 2; ++i) {
+    const std::string end = "end " + std::to_string(i);
+    // From the loop, as in the server: what goes is deleted there.
+    QTimer::singleShot(0, &control, [&] {
+      for (int line = 0; line < 40; ++line)
+        log.Write(std::string(4'000, 'x'));
+      log.Write(end);
+    });
+    ASSERT_TRUE(tells(end));
+  }
+  EXPECT_EQ(connections(), 1);
+  log.Write("the last");
+  EXPECT_TRUE(tells("the last"));
+  follower.kill();
+  follower.waitForFinished();
+}
+
+TEST_F(CommandsTest, BackupIsWholeWhileTheDatabaseIsUsed) {
+  // Some megabytes, so that it takes many steps.
+  Query(
+      "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<2000)"
+      "INSERT INTO bans (address,reason) SELECT 'old', hex(zeroblob(2000)) FROM n");
+  const QString file = myFolder.filePath("copy.rsd");
+  std::ofstream((file + ".part").toStdString()) << "somebody's";
+  QFile::link(myFolder.filePath("Corvane Server.xml"), myFolder.filePath("link.lnk"));
+  QDir(myFolder.path()).mkpath("folder");
+  QDir(myFolder.path()).mkpath("logs");
+  int banned = 0;
+  QTimer bans;
+  QObject::connect(&bans, &QTimer::timeout, [&] {
+    myApp.Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
+  });
+  bans.start(std::chrono::milliseconds(5));
+  Outcome made = Run({"backup", file});
+  bans.stop();
+  EXPECT_EQ(made.exitCode, 0) << made.text;
+  EXPECT_GT(banned, 3);
+  EXPECT_EQ(OtherProgram(file).Run("PRAGMA integrity_check; SELECT count(*) FROM bans WHERE "
+                                   "address='old'; SELECT name FROM networks LIMIT 1"),
+            "ok;2000;North;");
+  QFile settings(file + ".xml");
+  EXPECT_TRUE(settings.open(QIODevice::ReadOnly) && settings.readAll().contains("AttachedNIC"));
+  settings.close();
+  const struct {
+    const char* name;
+    bool overwrites;
+    const char* text;
+  } rows[] = {
+      {"copy.rsd", false, "already"},          {"copy.rsd", true, "Made"},
+      {"serverdb.rsd", true, "itself uses"},   {"./serverdb.rsd-journal", false, "itself uses"},
+      {"Corvane Server", true, "itself uses"}, {"corvane-bans.waiting", false, "itself uses"},
+      {"logs/x", true, "itself uses"},         {"link.lnk", true, "not a regular file"},
+      {"folder", true, "not a regular file"},  {"none/copy", false, "none/copy: "},
+  };
+  for (const auto& row : rows) {
+    made = Run(
+        {"backup", myFolder.path() + '/' + row.name, row.overwrites ? "--overwrite" : "--json"});
+    EXPECT_EQ(made.exitCode, row.text == std::string("Made") ? 0 : 1) << row.name;
+    EXPECT_THAT(made.text, HasSubstr(row.text));
+  }
+  EXPECT_THAT(QDir(myFolder.path()).entryList({"copy.rsd*"}),
+              ElementsAre("copy.rsd", "copy.rsd.part", "copy.rsd.xml"));
+  QFile part(file + ".part");
+  EXPECT_TRUE(part.open(QIODevice::ReadOnly) && part.readAll() == "somebody's");
+}
+
+}  // namespace
+}  // namespace corvane

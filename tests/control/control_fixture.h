@@ -1,0 +1,63 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <QLocalSocket>
+#include <QProcess>
+
+#include "control/commands.h"
+#include "control/control_name.h"
+#include "control/control_server.h"
+#include "tests/app/app_fixture.h"
+
+namespace corvane {
+
+struct Outcome {
+  int exitCode = -1;
+  std::string text;  // of both streams
+};
+
+// Ann and Bob are on the network North of a server that listens on its folder's local socket.
+class ControlTest : public AppFixture {
+ protected:
+  explicit ControlTest(bool isHardened = false) : AppFixture(isHardened) {
+    myApp.LoadServerSocket();
+    EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
+    control.Serve(commands);
+    ann = LoggedIn("Ann");
+    bob = LoggedIn("Bob", "North", "127.0.0.2");
+  }
+
+  // Runs corvanectl.
+  Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
+    QProcess program;
+    program.setProcessChannelMode(QProcess::MergedChannels);
+    program.start(QStringLiteral(CORVANECTL),
+                  QStringList{"--data-folder", myFolder.path()} + arguments);
+    program.write(input);
+    program.closeWriteChannel();
+    EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
+    return {program.exitCode(), program.readAll().replace("\r\n", "\n").toStdString()};
+  }
+  // The same with arguments that stand in one line, each behind a blank.
+  Outcome Type(const QString& line, const QByteArray& input = {}) {
+    return Run(line.split(' '), input);
+  }
+
+  // What the server answers to bytes; nothing where it drops the client.
+  QByteArray Ask(QLocalSocket& client, const QByteArray& bytes) {
+    client.connectToServer(ControlName(myFolder.path()));
+    client.write(bytes);
+    EXPECT_TRUE(PumpUntil(
+        [&] { return client.canReadLine() || client.state() == QLocalSocket::UnconnectedState; }));
+    return client.isOpen() ? client.readLine() : QByteArray();
+  }
+
+  ControlServer control;
+  Commands commands{myApp.Actions()};
+  std::unique_ptr<TestClient> ann;
+  std::unique_ptr<TestClient> bob;
+};
+
+}  // namespace corvane
