@@ -5,7 +5,6 @@
 #include "app/app.h"
 #include "app/program_start.h"
 #include "console/application.h"
-#include "console/has_display.h"
 #include "console/message_boxes.h"
 #include "console/my_tray_item.h"
 #include "console/wnd_main.h"

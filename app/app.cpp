@@ -101,9 +101,7 @@ void App::OpenLocations() {
 }
 
 void App::Tell(const std::string& text) {
-  MessageBox box;
-  box.text = text;
-  myShowMessage(box);
+  myShowMessage({MessageBox::Kind::Message, {}, text});
 }
 
 void App::TellFaults(const std::vector<std::string>& faults) {

@@ -9,9 +9,9 @@
 
 #include <QString>
 
+#include "app/line_writer.h"
 #include "app/operator.h"
 #include "app/server_log.h"
-#include "app/standard_output.h"
 #include "app/status_clock.h"
 #include "framework/http_client.h"
 #include "framework/message_box.h"

@@ -41,4 +41,13 @@ class LineWriter {
   Gathering myWriting;
 };
 
+// Standard output as a log.
+class StandardOutput : public LineWriter {
+ public:
+  StandardOutput()
+      : LineWriter([](std::string_view bytes) {
+          return WriteWithoutWaiting(StandardStream::Output, bytes);
+        }) {}
+};
+
 }  // namespace corvane

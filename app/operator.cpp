@@ -179,10 +179,6 @@ void Operator::ForceDisconnect(ClientSocket& user) {
   user.Close();
 }
 
-bool Operator::MakeAdmin(const ClientSocket& user) {
-  return MakeAdmin(user.Username(), user.RemoteAddress(), user.NetworkName());
-}
-
 bool Operator::MakeAdmin(const std::string& name, const std::string& address,
                          const std::string& networkName) {
   Note({"make administrator ", Quoted(name), " of ", Quoted(networkName), ", ", address});

@@ -115,7 +115,6 @@ class Operator {
   // Ends the connection. Harmless where it has ended.
   void ForceDisconnect(ClientSocket& user);
   // Gives a user of this name and address an administrator's rights in the network, at once.
-  bool MakeAdmin(const ClientSocket& user);
   bool MakeAdmin(const std::string& name, const std::string& address,
                  const std::string& networkName);
 

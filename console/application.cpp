@@ -2,14 +2,19 @@
 
 #include <QIcon>
 
-#include "console/program_icon.h"
-
 namespace corvane {
 
 Application::Application(int& argc, char** argv) : ServerApplication(argc, argv) {
   setDesktopFileName(QStringLiteral("corvane-server"));
-  setWindowIcon(ProgramIcon());
+  QIcon icon;
+  for (const int size : {16, 24, 32, 48, 64, 128, 256})
+    icon.addFile(QStringLiteral(":/icons/corvane-server-%1.png").arg(size), QSize(size, size));
+  setWindowIcon(icon);
   setQuitOnLastWindowClosed(false);
+}
+
+bool HasDisplay() {
+  return QGuiApplication::platformName() != QLatin1String("offscreen");
 }
 
 }  // namespace corvane

@@ -12,4 +12,7 @@ class Application : public ServerApplication<QApplication> {
   Application(int& argc, char** argv);
 };
 
+// Whether somebody may be looking. Needs an Application.
+bool HasDisplay();
+
 }  // namespace corvane

@@ -7,7 +7,7 @@
 namespace corvane {
 namespace {
 
-constexpr int kButtonPadding = 32;
+constexpr int kButtonPadding = 32;  // beside a button's text
 
 }  // namespace
 
@@ -39,12 +39,15 @@ void Dialog::keyPressEvent(QKeyEvent* event) {
   }
 }
 
+int WidthOfText(const QPushButton& button) {
+  return button.fontMetrics().horizontalAdvance(button.text()) + kButtonPadding;
+}
+
 QBoxLayout* ButtonRow(std::initializer_list<QPushButton*> buttons) {
   auto* row = new QHBoxLayout;
   row->addStretch();
   for (QPushButton* button : buttons) {
-    const int textWidth = button->fontMetrics().horizontalAdvance(button->text());
-    button->setMinimumWidth(std::max(button->sizeHint().width(), textWidth + kButtonPadding));
+    button->setMinimumWidth(std::max(button->sizeHint().width(), WidthOfText(*button)));
     row->addWidget(button);
   }
   return row;

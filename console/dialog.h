@@ -26,6 +26,9 @@ class Dialog : public QDialog {
   void keyPressEvent(QKeyEvent* event) override;
 };
 
+// What a button needs to show its text, in pixels.
+int WidthOfText(const QPushButton& button);
+
 // A row of buttons at the right-hand side.
 QBoxLayout* ButtonRow(std::initializer_list<QPushButton*> buttons);
 

@@ -173,16 +173,27 @@ QModelIndex ListBox::moveCursor(CursorAction action, Qt::KeyboardModifiers modif
 void ListBox::contextMenuEvent(QContextMenuEvent* event) {
   if (event->reason() == QContextMenuEvent::Keyboard) {
     OpenMenuByKey();
-  } else if (MenuRequested) {
-    MenuRequested(event->globalPos());
+  } else {
+    OpenMenu(event->globalPos());
+  }
+}
+
+void ListBox::OpenMenu(QPoint globalPosition) {
+  if (!ConstructContextualMenu) return;
+  auto* menu = new QMenu(this);
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  ConstructContextualMenu(*menu);
+  if (menu->isEmpty()) {
+    delete menu;
+  } else {
+    menu->popup(globalPosition);
   }
 }
 
 void ListBox::OpenMenuByKey() {
-  if (!MenuRequested) return;
   const QRect row = visualRect(model()->index(SelectedRow(), 0));
   const QRect shown = row.intersected(viewport()->rect());
-  MenuRequested(viewport()->mapToGlobal(shown.isEmpty() ? QPoint() : shown.bottomLeft()));
+  OpenMenu(viewport()->mapToGlobal(shown.isEmpty() ? QPoint() : shown.bottomLeft()));
 }
 
 void ListBox::keyPressEvent(QKeyEvent* event) {
@@ -204,7 +215,7 @@ bool ListBox::TakeKey(const QKeyEvent& key) {
   const bool hasSelection = selectionModel()->hasSelection();
   if (key.matches(QKeySequence::Copy)) {
     CopySelectedRows();
-  } else if (key.key() == Qt::Key_F10 && key.modifiers() == Qt::ShiftModifier && MenuRequested) {
+  } else if (key.key() == Qt::Key_F10 && key.modifiers() == Qt::ShiftModifier) {
     // Not every system makes a menu event of it.
     OpenMenuByKey();
   } else if (IsEnter(key) && RowOpened && hasSelection) {

@@ -3,6 +3,7 @@
 #include <functional>
 #include <vector>
 
+#include <QMenu>
 #include <QTableView>
 
 #include "framework/gathering.h"
@@ -22,8 +23,9 @@ class ListBox : public QTableView {
   // `name` is what assistive technology calls the list.
   ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent);
 
-  // Called where the operator asks for a context menu: by mouse, the menu key or Shift+F10.
-  std::function<void(QPoint globalPosition)> MenuRequested;
+  // Fills the context menu that the operator asks for: by mouse, the menu key or Shift+F10. One
+  // without items stays closed.
+  std::function<void(QMenu& base)> ConstructContextualMenu;
   // Called for a double click on a row, and for Enter while a row is selected.
   std::function<void()> RowOpened;
   // Called for the Delete key while a row is selected.
@@ -56,6 +58,7 @@ class ListBox : public QTableView {
  private:
   // Does what the list has for the key; whether there is anything.
   bool TakeKey(const QKeyEvent& key);
+  void OpenMenu(QPoint globalPosition);
   void OpenMenuByKey();
   void CopySelectedRows() const;
   // Of so many characters, since measuring all texts takes too long; invalid where all are empty.

@@ -4,7 +4,7 @@
 #include <QEventLoop>
 #include <QMessageBox>
 
-#include "console/has_display.h"
+#include "console/application.h"
 #include "framework/text.h"
 
 namespace corvane {

@@ -15,9 +15,10 @@ constexpr int kReasonFieldWidth = 320;
 }  // namespace
 
 ReasonDialog::ReasonDialog(const QString& name, const QString& title,
-                           std::shared_ptr<ClientSocket> user, QWidget& owner)
+                           std::shared_ptr<ClientSocket> user, Act act, QWidget& owner)
     : Dialog(name, title + " [" + VisibleText(user->Username()) + "]", owner),
-      currUser(std::move(user)) {
+      currUser(std::move(user)),
+      myAct(std::move(act)) {
   txtReason = new QLineEdit(this);
   btnOK = new QPushButton(QStringLiteral("OK"), this);
   btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
@@ -36,7 +37,7 @@ ReasonDialog::ReasonDialog(const QString& name, const QString& title,
 void ReasonDialog::btnOK_Action() {
   const std::string reason = TextFromDisplay(txtReason->text());
   if (reason.empty()) return;
-  Act(reason);
+  myAct(*currUser, reason);
   accept();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -14,23 +15,23 @@ namespace corvane {
 // end meanwhile: what is sent to it then goes nowhere.
 class ReasonDialog : public Dialog {
  public:
+  // Acts on the user with a reason that is not empty, before the dialog closes.
+  using Act = std::function<void(ClientSocket& user, const std::string& reason)>;
+
   // The title is `title` with the user's name behind it in brackets.
   ReasonDialog(const QString& name, const QString& title, std::shared_ptr<ClientSocket> user,
-               QWidget& owner);
+               Act act, QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
   QLineEdit* txtReason;
   QPushButton* btnOK;
   QPushButton* btnCancel;
 
- protected:
-  // Acts on currUser; called with a reason that is not empty, before the dialog closes.
-  virtual void Act(const std::string& reason) = 0;
-
-  std::shared_ptr<ClientSocket> currUser;
-
  private:
   void btnOK_Action();
+
+  std::shared_ptr<ClientSocket> currUser;
+  Act myAct;
 };
 
 }  // namespace corvane

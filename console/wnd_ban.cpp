@@ -6,12 +6,9 @@
 
 namespace corvane {
 
-wndBan::wndBan(Operator& actions, std::shared_ptr<ClientSocket> user, QWidget& owner)
-    : ReasonDialog(QStringLiteral("wndBan"), QStringLiteral("Ban User"), std::move(user), owner),
-      myActions(actions) {}
-
-void wndBan::Act(const std::string& reason) {
-  myActions.Ban(*currUser, reason);
-}
+wndBan::wndBan(Operator& op, std::shared_ptr<ClientSocket> user, QWidget& owner)
+    : ReasonDialog(
+          QStringLiteral("wndBan"), QStringLiteral("Ban User"), std::move(user),
+          [&op](ClientSocket& who, const std::string& reason) { op.Ban(who, reason); }, owner) {}
 
 }  // namespace corvane

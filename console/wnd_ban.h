@@ -10,13 +10,7 @@ class Operator;
 // stays.
 class wndBan : public ReasonDialog {
  public:
-  wndBan(Operator& actions, std::shared_ptr<ClientSocket> user, QWidget& owner);
-
- protected:
-  void Act(const std::string& reason) override;
-
- private:
-  Operator& myActions;
+  wndBan(Operator& op, std::shared_ptr<ClientSocket> user, QWidget& owner);
 };
 
 }  // namespace corvane

@@ -23,9 +23,7 @@ void wndEditNetwork::btnOK_Action() {
   const std::string password =
       txtPass->isModified() ? TextFromDisplay(txtPass->text()) : myNetwork->Password;
   if (!myActions.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {
-    MessageBox box;
-    box.text = myActions.StoreError();
-    myActions.ShowMessage(box);
+    myActions.ShowMessage({MessageBox::Kind::Message, {}, myActions.StoreError()});
   }
   accept();
 }

@@ -6,14 +6,11 @@
 
 namespace corvane {
 
-wndKick::wndKick(Operator& actions, std::shared_ptr<ClientSocket> user, QWidget& owner)
-    : ReasonDialog(QStringLiteral("wndKick"), QStringLiteral("Kick User"), std::move(user), owner),
-      myActions(actions) {
+wndKick::wndKick(Operator& op, std::shared_ptr<ClientSocket> user, QWidget& owner)
+    : ReasonDialog(
+          QStringLiteral("wndKick"), QStringLiteral("Kick User"), std::move(user),
+          [&op](ClientSocket& who, const std::string& reason) { op.Kick(who, reason); }, owner) {
   btnOK->setDefault(true);
-}
-
-void wndKick::Act(const std::string& reason) {
-  myActions.Kick(*currUser, reason);
 }
 
 }  // namespace corvane

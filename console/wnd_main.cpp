@@ -1,6 +1,7 @@
 #include "console/wnd_main.h"
 
 #include <algorithm>
+#include <functional>
 #include <tuple>
 #include <utility>
 
@@ -32,7 +33,6 @@ namespace {
 
 constexpr QSize kContentSize{533, 565};  // below the menu bar
 constexpr QSize kMinimumSize{64, 64};
-constexpr int kButtonPadding = 24;  // beside a button's text
 
 constexpr QLatin1String kAddNetwork("Add Network");
 constexpr QLatin1String kEditNetwork("Edit Network");
@@ -44,29 +44,11 @@ constexpr QLatin1String kBanUser("Ban User");
 constexpr QLatin1String kForceDisconnect("Force Disconnect");
 constexpr QLatin1String kMakeAdmin("Make Admin");
 
-// Opens a fresh menu at the position; one without items stays closed.
-template <typename Construct>
-void OpenMenu(QWidget* parent, QPoint position, Construct construct) {
-  auto* menu = new QMenu(parent);
-  menu->setAttribute(Qt::WA_DeleteOnClose);
-  construct(*menu);
-  if (menu->isEmpty()) {
-    delete menu;
-  } else {
-    menu->popup(position);
-  }
-}
-
 // The caption goes along as data, since a desktop may put mnemonics into the shown one.
 QAction* AddItem(QMenu& menu, QLatin1String caption) {
   QAction* item = menu.addAction(caption);
   item->setData(QString(caption));
   return item;
-}
-
-QAction* Named(QAction* action, const char* name) {
-  action->setObjectName(QLatin1String(name));
-  return action;
 }
 
 }  // namespace
@@ -120,19 +102,20 @@ void wndMain::closeEvent(QCloseEvent* event) {
 
 void wndMain::BuildMenus() {
   QMenu* file = menuBar()->addMenu(QStringLiteral("&File"));
-  const auto add = [file](const char* name, const QString& caption) {
-    return Named(file->addAction(caption), name);
+  const auto add = [&](const char* name, const char* caption, auto act) {
+    QAction* item = file->addAction(QString(caption));
+    item->setObjectName(QLatin1String(name));
+    connect(item, &QAction::triggered, this, act);
   };
-  connect(add("FileSettings", QStringLiteral("Settings...")), &QAction::triggered, this,
-          &wndMain::FileSettings);
-  connect(add("FileSendMessage", QStringLiteral("Send Message")), &QAction::triggered, this,
-          &wndMain::FileSendMessage);
-  Named(file->addSeparator(), "UntitledSeparator0");
-  connect(add("FileCheckForUpdates", QStringLiteral("Check For Updates...")), &QAction::triggered,
-          this, &wndMain::FileCheckForUpdates);
-  Named(file->addSeparator(), "UntitledSeparator");
-  connect(add("FileQuit", QStringLiteral("E&xit")), &QAction::triggered, this,
-          [this] { myActions.Quit(); });
+  const auto addSeparator = [file](const char* name) {
+    file->addSeparator()->setObjectName(QLatin1String(name));
+  };
+  add("FileSettings", "Settings...", &wndMain::FileSettings);
+  add("FileSendMessage", "Send Message", &wndMain::FileSendMessage);
+  addSeparator("UntitledSeparator0");
+  add("FileCheckForUpdates", "Check For Updates...", &wndMain::FileCheckForUpdates);
+  addSeparator("UntitledSeparator");
+  add("FileQuit", "E&xit", [this] { myActions.Quit(); });
   FillEditMenu(*menuBar()->addMenu(QStringLiteral("&Edit")));
 }
 
@@ -168,8 +151,7 @@ void wndMain::PlaceButtons() {
   constexpr int kRight = 513;
   const int height = std::max(20, fontMetrics().height());
   const auto width = [](const QPushButton& button, int design) {
-    const int text = button.fontMetrics().horizontalAdvance(button.text());
-    return std::max(design, text + kButtonPadding);
+    return std::max(design, WidthOfText(button));
   };
   const int bansWidth = width(*btnBans, 129);
   const int bansLeft = kRight - bansWidth;
@@ -190,33 +172,20 @@ void wndMain::changeEvent(QEvent* event) {
 
 void wndMain::ConnectEvents() {
   myConnections = {
-      sSocket.StatusMessage.Connect([this](MapSocket& sender, const std::string& text) {
-        sSocket_StatusMessage(sender, text);
-      }),
-      sSocket.UserLoggedIn.Connect(
-          [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
-            sSocket_UserLoggedIn(sender, client);
-          }),
-      sSocket.UserLoggedOut.Connect(
-          [this](MapSocket& sender, const std::shared_ptr<ClientSocket>& client) {
-            sSocket_UserLoggedOut(sender, client);
-          }),
-      myActions.NetworkAdded.Connect(
-          [this](const NetworkRef& network) { myNetworks.Add(network); }),
-      myActions.NetworkRemoved.Connect(
-          [this](const NetworkRef& network) { myNetworks.Remove(network); }),
-      myApp.Updates().UpdateFound.Connect([this](const Update& update) { ShowUpdate(update); }),
+      sSocket.StatusMessage.Connect(std::bind_front(&wndMain::sSocket_StatusMessage, this)),
+      sSocket.UserLoggedIn.Connect(std::bind_front(&wndMain::sSocket_UserLoggedIn, this)),
+      sSocket.UserLoggedOut.Connect(std::bind_front(&wndMain::sSocket_UserLoggedOut, this)),
+      myActions.NetworkAdded.Connect(std::bind_front(&NetworksModel::Add, &myNetworks)),
+      myActions.NetworkRemoved.Connect(std::bind_front(&NetworksModel::Remove, &myNetworks)),
+      myApp.Updates().UpdateFound.Connect(std::bind_front(&wndMain::ShowUpdate, this)),
   };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
   connect(btnAdmins, &QPushButton::clicked, this, &wndMain::btnAdmins_Action);
   connect(btnBans, &QPushButton::clicked, this, &wndMain::btnBans_Action);
-  lstNetworks->MenuRequested = [this](QPoint position) {
-    OpenMenu(lstNetworks, position,
-             [this](QMenu& menu) { lstNetworks_ConstructContextualMenu(menu); });
-  };
-  lstUsers->MenuRequested = [this](QPoint position) {
-    OpenMenu(lstUsers, position, [this](QMenu& menu) { lstUsers_ConstructContextualMenu(menu); });
-  };
+  lstNetworks->ConstructContextualMenu =
+      std::bind_front(&wndMain::lstNetworks_ConstructContextualMenu, this);
+  lstUsers->ConstructContextualMenu =
+      std::bind_front(&wndMain::lstUsers_ConstructContextualMenu, this);
   lstNetworks->RowOpened = [this] { ActOnNetwork(kEditNetwork); };
   lstNetworks->DeleteRequested = [this] { ActOnNetwork(kDeleteNetwork); };
   lstUsers->RowOpened = [this] { ShowConnectionInfo(); };
@@ -224,13 +193,11 @@ void wndMain::ConnectEvents() {
 }
 
 void wndMain::FileSettings() {
-  auto* dialog = new wndSettings(myActions, NetworkInterfaces(), *this);
-  dialog->open();
+  (new wndSettings(myActions, NetworkInterfaces(), *this))->open();
 }
 
 void wndMain::FileSendMessage() {
-  auto* dialog = new wndMessage(myActions, *this);
-  dialog->open();
+  (new wndMessage(myActions, *this))->open();
 }
 
 void wndMain::FileCheckForUpdates() {
@@ -259,13 +226,11 @@ void wndMain::btnClear_Action() {
 }
 
 void wndMain::btnAdmins_Action() {
-  auto* dialog = new wndViewAdmins(myActions, *this);
-  dialog->open();
+  (new wndViewAdmins(myActions, *this))->open();
 }
 
 void wndMain::btnBans_Action() {
-  auto* dialog = new wndViewBans(myActions, *this);
-  dialog->open();
+  (new wndViewBans(myActions, *this))->open();
 }
 
 void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
@@ -283,11 +248,9 @@ void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
 
 void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network) {
   if (caption == kAddNetwork) {
-    auto* dialog = new wndAddNetwork(myActions, *this);
-    dialog->open();
+    (new wndAddNetwork(myActions, *this))->open();
   } else if (caption == kEditNetwork) {
-    auto* dialog = new wndEditNetwork(myActions, network, *this);
-    dialog->open();
+    (new wndEditNetwork(myActions, network, *this))->open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);
   } else if (caption == kDisconnectAll) {
@@ -331,18 +294,15 @@ void wndMain::lstUsers_ConstructContextualMenu(QMenu& base) {
 void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
                                             const std::shared_ptr<ClientSocket>& user) {
   if (caption == kConnectionInfo) {
-    auto* dialog = new wndConnInfo(*user, *this);
-    dialog->open();
+    (new wndConnInfo(*user, *this))->open();
   } else if (caption == kKickUser) {
-    auto* dialog = new wndKick(myActions, user, *this);
-    dialog->open();
+    (new wndKick(myActions, user, *this))->open();
   } else if (caption == kBanUser) {
-    auto* dialog = new wndBan(myActions, user, *this);
-    dialog->open();
+    (new wndBan(myActions, user, *this))->open();
   } else if (caption == kForceDisconnect) {
     myActions.ForceDisconnect(*user);
   } else if (caption == kMakeAdmin) {
-    std::ignore = myActions.MakeAdmin(*user);
+    std::ignore = myActions.MakeAdmin(user->Username(), user->RemoteAddress(), user->NetworkName());
   }
 }
 

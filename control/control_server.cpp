@@ -38,9 +38,9 @@ bool ControlServer::TakeOrTell(const QString& dataFolder, const MessageBoxFuncti
   const Claim claim = Take(dataFolder);
   const QString shown = QDir::toNativeSeparators(dataFolder);
   if (claim == Claim::Taken) {
-    MessageBox box;
-    box.text = "Another server is running on the data folder\n" + shown.toStdString();
-    showMessage(box);
+    showMessage({MessageBox::Kind::Message,
+                 {},
+                 "Another server is running on the data folder\n" + shown.toStdString()});
   } else if (claim == Claim::Failed) {
     WriteErrorLine("corvanectl cannot reach this server: " +
                    (QFileInfo(dataFolder).isWritable()

@@ -3,7 +3,6 @@
 #include <chrono>
 #include <functional>
 #include <optional>
-#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -15,8 +14,10 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <gmock/gmock.h>
 
+#include "app/server_application.h"
 #include "tests/support/mmdb_bytes.h"
 #include "tests/support/socket_errors.h"
 #include "tests/support/test_server.h"
@@ -185,30 +186,38 @@ TEST_F(LoadTest, ClientsAreServedWhileManyNetworksAreLoaded) {
   EXPECT_NE(connectedAt, 0U);
 }
 
-TEST_F(LoadTest, LastResortEndsAllConnectionsBeforeAnybodyReadsItsMessage) {
+TEST_F(LoadTest, ErrorOfAHandlerEndsAllConnectionsBeforeItsMessageIsRead) {
   MakeDatabase(file);
   OtherProgram(file).Run("INSERT INTO networks VALUES('Demo', 'secret', 5, 1)");
   Settings("none", "0");
   Load([this](MapSocket& listener) {
-    TestClient client(listener.Port());
-    EXPECT_TRUE(client.LogIn("demo", "secret", "Ann"));
     const std::int32_t port = listener.Port();
+    TestClient ann(port);
+    EXPECT_TRUE(ann.LogIn("demo", "secret", "Ann"));
+    TestClient newcomer(port);
+    EXPECT_EQ(newcomer.Receive(), (WireMessage{1, "Network"}));
+    TestClient ben(port);
+    EXPECT_TRUE(ben.LogIn("demo", "secret", "Ben"));
     onMessage = [&] {
       // As long as the operator does not click.
-      EXPECT_EQ(client.Receive(), (WireMessage{998, "before the end"}));
-      EXPECT_TRUE(client.WasClosedByServer());
+      EXPECT_EQ(ann.Receive(), (WireMessage{998, "hello"}));
+      EXPECT_TRUE(ann.WasClosedByServer());
       EXPECT_TRUE(TestClient(port).IsClosed());
     };
-    for (int i = 0; i < 2; ++i) {
-      try {
-        listener.BroadcastMessage("before the end", "Demo");
-        throw std::runtime_error("nobody catches it");
-      } catch (const std::runtime_error&) {
-        app.LastResort();
-      }
-    }
+    auto& application = dynamic_cast<ApplicationHooks&>(*qApp);
+    application.LastResort = [this] {
+      app.LastResort();
+      app.LastResort();  // speaks once
+    };
+    QTimer::singleShot(0, [this] { app.Actions().Send("hello", "(All Networks)"); });
+    EXPECT_EQ(QCoreApplication::exec(), 1);
+    application.LastResort = nullptr;
+    EXPECT_TRUE(newcomer.HearsNothing());
+    EXPECT_TRUE(ben.HearsNothing());
   });
-  EXPECT_EQ(boxes.size(), 1U);
+  EXPECT_TRUE(app.IsQuitting());
+  EXPECT_THAT(boxes, ElementsAre("An exception of class NilObjectException was not handled.  "
+                                 "The application must shut down."));
 }
 
 TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {

@@ -5,7 +5,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/standard_output.h"
+#include "app/line_writer.h"
 #include "tests/support/test_client.h"
 
 namespace corvane {

@@ -127,7 +127,7 @@ TEST_F(CommandsTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
-  EXPECT_TRUE(myApp.Actions().MakeAdmin(*myApp.Actions().FindUser("Ann", true)));
+  EXPECT_TRUE(myApp.Actions().MakeAdmin("Ann", "127.0.0.1", "North"));
   ann->Send(10, "Bob|go\nnow");
   EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
   Run({"set", "AttachedPort", "1"});
