@@ -23,7 +23,7 @@
 namespace corvane {
 namespace {
 
-constexpr std::int32_t kMaximumConnections = 100'000;
+constexpr std::int32_t kMaxConnections = 100'000;
 const std::string kAppName = "CorvaneServer";
 
 std::string UserAgent() {
@@ -36,11 +36,11 @@ std::int32_t Clamped(std::int64_t number) {
 }
 
 std::string WhyNotListening(const MapSocket& listener) {
-  constexpr int kHighestPort = 65535;
+  constexpr int kMaxPort = 65535;
   const int port = listener.Port();
   const std::string reason =
-      port < 0 || port > kHighestPort
-          ? "there is no such port, they go from 0 to " + std::to_string(kHighestPort)
+      port < 0 || port > kMaxPort
+          ? "there is no such port, they go from 0 to " + std::to_string(kMaxPort)
           : std::system_category().message(listener.LastErrorCode());
   return "Cannot listen on port " + std::to_string(port) + ": " + reason;
 }
@@ -67,7 +67,7 @@ App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
 App::~App() = default;
 
 bool App::Open() {
-  if (myDataFolder) TellFaults(WriteFaults(*myDataFolder));
+  if (myDataFolder) ReportFaults(WriteFaults(*myDataFolder));
   mySettings.Load();
   myRules = Rules::FromSettings(mySettings);
   myNetworkRecords.emplace(myDatabase, myRules->statementValues);
@@ -75,7 +75,7 @@ bool App::Open() {
   myUpdates.emplace(mySettings.GetValue("UpdateAddress", ""), kAppName, myHttp, myShowMessage);
   if (!OpenDatabase()) return false;
   OpenListener();
-  TellFaults(FaultsOf(mySettings));
+  ReportFaults(FaultsOf(mySettings));
   const std::string rules = "Rules in force: " + std::string(myRules->name);
   WriteErrorLine(rules);
   myLog.WriteAudit("Started, version " + RunningVersion().FullVersion());
@@ -85,7 +85,7 @@ bool App::Open() {
 
 void App::OpenListener() {
   myListener = std::make_shared<MapSocket>(myLoop, myDatabase, myLocations, *myRules);
-  myActions.emplace(*this, *myListener);
+  myOperator.emplace(*this, *myListener);
   myListener->Logged = [this](const std::string& line) { myLog.Write(line); };
   myListener->Audited = [this](const std::string& line) { myLog.WriteAudit(line); };
   myStatusLines = myListener->StatusMessage.Connect(
@@ -100,11 +100,11 @@ void App::OpenLocations() {
   myLocations.SetDatabase(QDir(*myDataFolder).absoluteFilePath(DisplayText(database)));
 }
 
-void App::Tell(const std::string& text) {
+void App::Show(const std::string& text) {
   myShowMessage({MessageBox::Kind::Message, {}, text});
 }
 
-void App::TellFaults(const std::vector<std::string>& faults) {
+void App::ReportFaults(const std::vector<std::string>& faults) {
   for (const std::string& fault : faults) {
     WriteErrorLine(fault);
     myLog.Write(StatusLine({fault}));
@@ -113,17 +113,17 @@ void App::TellFaults(const std::vector<std::string>& faults) {
 
 bool App::OpenDatabase() {
   if (!myDataFolder) {
-    Tell("Unable to locate database.  You may need to uninstall and reinstall.");
+    Show("Unable to locate database.  You may need to uninstall and reinstall.");
     return false;
   }
   const QString file = QFileInfo(*myDataFolder + "/serverdb.rsd").absoluteFilePath();
   if (!QFileInfo::exists(file)) {
-    Tell("Unable to locate database at:\n" + QDir::toNativeSeparators(file).toStdString() +
+    Show("Unable to locate database at:\n" + QDir::toNativeSeparators(file).toStdString() +
          "\n\nYou may need to uninstall and reinstall.");
     return false;
   }
   if (!myDatabase.Connect(file)) {
-    Tell("An error occured while connecting to the database.");
+    Show("An error occured while connecting to the database.");
     return false;
   }
   const std::string missing = MissingFromSchema(myDatabase);
@@ -145,13 +145,13 @@ void App::LoadServerSocket() {
   }
   listener.SetPort(Int32FromText(mySettings.GetValue("AttachedPort", "12000")));
   // Whatever the setting "MaxConns" says: deliberate.
-  listener.SetMaximumSocketsConnected(kMaximumConnections);
+  listener.SetMaximumSocketsConnected(kMaxConnections);
   listener.Listen();
   if (!myDatabase.IsConnected()) return Quit();
   // Who connects during this loop finds the networks that are in the list so far.
   for (const NetworkRef& network : ReadNetworks().value_or(std::vector<NetworkRef>())) {
     listener.Networks.push_back(network);
-    myActions->NetworkAdded(network);
+    myOperator->NetworkAdded(network);
     myLoop.GiveWay();
   }
   listener.CallStatusMessage({"Listening..."});
@@ -186,7 +186,7 @@ int App::Run(int (*exec)(), std::function<void()> open) {
 }
 
 void App::QuitFor(const std::string& actor) {
-  myActions ? myActions->QuitFor(actor) : Quit();
+  myOperator ? myOperator->QuitFor(actor) : Quit();
 }
 
 void App::Quit(int code) {
@@ -199,7 +199,7 @@ void App::LastResort() {
   if (std::exchange(myLastResortReached, true)) return;
   myLoop.Finish();
   try {
-    Tell("An exception of class " + ClassNameOf(std::current_exception()) +
+    Show("An exception of class " + ClassNameOf(std::current_exception()) +
          " was not handled.  The application must shut down.");
   } catch (const std::bad_alloc&) {
     // Without memory it ends without a word.

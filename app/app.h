@@ -80,14 +80,14 @@ class App {
   MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
   // These are there once it is open.
   MapSocket& Listener() { return *myListener; }
-  Operator& Actions() { return *myActions; }
+  Operator& Actions() { return *myOperator; }
 
  private:
   bool OpenDatabase();
   void OpenLocations();
   void OpenListener();
-  void Tell(const std::string& text);
-  void TellFaults(const std::vector<std::string>& faults);
+  void Show(const std::string& text);
+  void ReportFaults(const std::vector<std::string>& faults);
 
   std::optional<QString> myDataFolder;
   ServerLog myLog;  // outlives all that writes into it
@@ -103,7 +103,7 @@ class App {
   std::optional<VersionChecker> myUpdates;
   PollLoop myLoop;  // may hold sockets that borrow the others
   std::shared_ptr<MapSocket> myListener;
-  std::optional<Operator> myActions;
+  std::optional<Operator> myOperator;
   SignalConnection myStatusLines;
   bool myIsQuitting = false;
   bool myLastResortReached = false;

@@ -26,7 +26,7 @@ void LineWriter::WriteLine(std::string_view line) {
     ++myDropped;
     return;
   }
-  TellDropped();
+  ReportDropped();
   myKept += line;
   myKept += '\n';
   myWriting.Note();
@@ -39,10 +39,10 @@ void LineWriter::WriteKept() {
   myIsTaken = writing.written > 0;
   myClosed = writing.isClosed;
   if (myClosed) myKept = {};
-  if (myKept.empty()) TellDropped();
+  if (myKept.empty()) ReportDropped();
 }
 
-void LineWriter::TellDropped() {
+void LineWriter::ReportDropped() {
   if (myDropped > 0)
     myKept += "(" + std::to_string(std::exchange(myDropped, 0)) + " lines dropped)\n";
 }

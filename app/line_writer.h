@@ -31,7 +31,7 @@ class LineWriter {
 
  private:
   void WriteInTime();
-  void TellDropped();
+  void ReportDropped();
 
   Sink mySink;
   std::string myKept;

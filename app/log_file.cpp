@@ -12,8 +12,8 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr qint64 kMostBytes = qint64{10} << 20;
-constexpr qint64 kMostRead = qint64{1} << 20;
+constexpr qint64 kMaxBytes = qint64{10} << 20;
+constexpr qint64 kMaxRead = qint64{1} << 20;
 constexpr int kOlderFiles = 5;
 constexpr std::chrono::seconds kPause(1);
 
@@ -21,9 +21,9 @@ constexpr std::chrono::seconds kPause(1);
 std::vector<std::string> LinesAtEnd(const QString& name) {
   QFile file(name);
   if (!QFileInfo(name).isFile() || !file.open(QIODevice::ReadOnly)) return {};
-  const bool isCut = file.size() > kMostRead;
-  if (isCut) file.seek(file.size() - kMostRead);
-  const std::string bytes = file.read(kMostRead).toStdString();
+  const bool isCut = file.size() > kMaxRead;
+  if (isCut) file.seek(file.size() - kMaxRead);
+  const std::string bytes = file.read(kMaxRead).toStdString();
   std::vector<std::string> lines;
   std::size_t begin = isCut ? bytes.find('\n') + 1 : 0;
   for (std::size_t end = 0; (end = bytes.find('\n', begin)) != std::string::npos; begin = end + 1) {
@@ -55,7 +55,7 @@ bool LogFile::MakeRoom(std::size_t bytes) {
   // Somebody may have taken it away, or given it another name.
   if (myFile.isOpen() && !QFile::exists(myFile.fileName())) myFile.close();
   if (!myFile.isOpen() && !Open()) return false;
-  const auto isFull = [&] { return mySize + static_cast<qint64>(bytes) > kMostBytes; };
+  const auto isFull = [&] { return mySize + static_cast<qint64>(bytes) > kMaxBytes; };
   if (myEndsInLine || !isFull()) return true;
   Rotate();
   return Open() && !isFull();

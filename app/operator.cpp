@@ -70,7 +70,7 @@ const std::vector<NetworkRef>& Operator::Networks() const {
   return myListener.Networks;
 }
 
-void Operator::Enter(const NetworkRef& network) {
+void Operator::AddToList(const NetworkRef& network) {
   myListener.Networks.push_back(network);
   NetworkAdded(network);
 }
@@ -78,7 +78,7 @@ void Operator::Enter(const NetworkRef& network) {
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
                           std::int32_t maxUsers, bool enabled) {
   Note({"add network ", Quoted(name)});
-  Enter(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));
+  AddToList(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));
   return myApp.NetworkRecords().Add(name, password, maxUsers, enabled);
 }
 
@@ -117,7 +117,7 @@ std::optional<Operator::NetworkChanges> Operator::CompareNetworks() {
   return changes;
 }
 
-void Operator::Follow(const NetworkChanges& changes) {
+void Operator::ApplyChanges(const NetworkChanges& changes) {
   Note({"reload networks"});
   for (const NetworkRef& network : changes.removed) {
     Note({"reload: removed network ", Quoted(network->NetworkName)});
@@ -130,7 +130,7 @@ void Operator::Follow(const NetworkChanges& changes) {
   }
   for (const NetworkRef& network : changes.added) {
     Note({"reload: added network ", Quoted(network->NetworkName)});
-    Enter(network);
+    AddToList(network);
   }
 }
 

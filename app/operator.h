@@ -49,14 +49,14 @@ class Operator {
   // in the reverse order.
   class Acting {
    public:
-    Acting(Operator& actions, std::string actor)
-        : myActions(actions), myBefore(std::exchange(actions.myActor, std::move(actor))) {}
-    ~Acting() { myActions.myActor = std::move(myBefore); }
+    Acting(Operator& op, std::string actor)
+        : myOperator(op), myBefore(std::exchange(op.myActor, std::move(actor))) {}
+    ~Acting() { myOperator.myActor = std::move(myBefore); }
     Acting(const Acting&) = delete;
     Acting& operator=(const Acting&) = delete;
 
    private:
-    Operator& myActions;
+    Operator& myOperator;
     std::string myBefore;
   };
 
@@ -95,9 +95,9 @@ class Operator {
   };
   // None when the query fails.
   std::optional<NetworkChanges> CompareNetworks();
-  // Changes the list as compared, in the way of the actions above, and leaves the database alone.
+  // Changes the list as compared, as the methods above do, and leaves the database alone.
   // Throws as Send does where a network was removed.
-  void Follow(const NetworkChanges& changes);
+  void ApplyChanges(const NetworkChanges& changes);
 
   // Who is connected as "ADDRESS:PORT", or is logged in under the name; none if nobody is. A text
   // that is an address and a port counts as a name only where `isName`: users choose their names.
@@ -145,7 +145,7 @@ class Operator {
   void QuitFor(const std::string& actor);
 
  private:
-  void Enter(const NetworkRef& network);
+  void AddToList(const NetworkRef& network);
 
   App& myApp;
   MapSocket& myListener;

@@ -30,23 +30,23 @@ bool CanBeWritten(const QString& file) {
 
 std::vector<std::string> WriteFaults(const QString& dataFolder) {
   std::vector<std::string> faults;
-  const auto tell = [&](const char* what, const QString& file, const char* outcome) {
+  const auto add = [&](const char* what, const QString& file, const char* outcome) {
     faults.push_back(what + (": " + TextFromDisplay(QDir::toNativeSeparators(file))) +
                      " cannot be written to. " + outcome);
   };
   const QDir folder(dataFolder);
   const QString log = folder.absoluteFilePath(QStringLiteral("logs/corvane-server.log"));
   if (!CanBeWritten(log)) {
-    tell("There is no log", log, "Standard output has the status lines.");
+    add("There is no log", log, "Standard output has the status lines.");
   }
   const QString settings = *AppSettings(dataFolder).File();
-  if (!CanBeWritten(settings)) tell("Settings are not kept", settings, "What is set is lost.");
+  if (!CanBeWritten(settings)) add("Settings are not kept", settings, "What is set is lost.");
   const QString database = folder.absoluteFilePath(QStringLiteral("serverdb.rsd"));
   const QString where = TakesNewFiles(dataFolder) ? database : folder.absolutePath();
   if (QFileInfo::exists(database) && (where != database || !CanBeWritten(database))) {
-    tell("The database cannot be changed", where,
-         "Networks and bans count until the server ends; administrators cannot be changed, nor "
-         "bans lifted.");
+    add("The database cannot be changed", where,
+        "Networks and bans count until the server ends; administrators cannot be changed, nor "
+        "bans lifted.");
   }
   return faults;
 }

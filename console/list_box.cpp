@@ -19,7 +19,7 @@ namespace corvane {
 namespace {
 
 constexpr int kRowPadding = 4;
-constexpr int kNarrowestColumn = 40;
+constexpr int kMinColumnWidth = 40;
 constexpr int kRowsMeasured = 500;
 constexpr std::chrono::milliseconds kBetweenPaints{100};
 
@@ -93,7 +93,7 @@ ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWid
   header->setHighlightSections(false);
   header->setSectionsClickable(false);
   header->setResizeContentsPrecision(kRowsMeasured);
-  header->setMinimumSectionSize(kNarrowestColumn);
+  header->setMinimumSectionSize(kMinColumnWidth);
   header->setStretchLastSection(true);
 }
 

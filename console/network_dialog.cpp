@@ -11,10 +11,10 @@
 namespace corvane {
 namespace {
 
-constexpr std::int32_t kFewestUsers = 1;
-constexpr std::int32_t kMostUsers = 1000;
+constexpr std::int32_t kMinUsers = 1;
+constexpr std::int32_t kMaxUsers = 1000;
 constexpr int kNameFieldWidth = 220;
-constexpr int kMostDigits = 4;
+constexpr int kMaxDigits = 4;
 
 }  // namespace
 
@@ -28,7 +28,7 @@ NetworkDialog::NetworkDialog(const QString& name, const QString& title, QWidget&
   btnOK = new QPushButton(QStringLiteral("OK"), this);
   btnCancel = new QPushButton(QStringLiteral("Cancel"), this);
   txtName->setMinimumWidth(kNameFieldWidth);
-  FitDigits(*txtUsers, kMostDigits);
+  FitDigits(*txtUsers, kMaxDigits);
 
   auto* form = new QFormLayout;
   form->addRow(QString(), chkEnable);
@@ -53,7 +53,7 @@ std::int32_t NetworkDialog::MaxUsers() const {
 
 void NetworkDialog::txtUsers_TextChange() {
   const std::int32_t typed = MaxUsers();
-  const std::int32_t allowed = std::clamp(typed, kFewestUsers, kMostUsers);
+  const std::int32_t allowed = std::clamp(typed, kMinUsers, kMaxUsers);
   if (allowed == typed) return;
   txtUsers->setText(QString::number(allowed));
   // What is typed next takes its place.

@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-StatusLogModel::StatusLogModel(std::size_t mostBytes)
-    : myMostBytes(mostBytes), myAddRows([this] { AddRows(); }, Gathering::First::Now) {}
+StatusLogModel::StatusLogModel(std::size_t maxBytes)
+    : myMaxBytes(maxBytes), myAddRows([this] { AddRows(); }, Gathering::First::Now) {}
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
   myLines.emplace_back(prefix).append(text);
@@ -41,10 +41,10 @@ void StatusLogModel::AddRows() {
 
 // A 64th more than has to go, so that few layouts pay for many lines.
 void StatusLogModel::DropOldest() {
-  if (myBytes <= myMostBytes) return;
+  if (myBytes <= myMaxBytes) return;
   std::size_t left = myBytes;
   int lines = 0;
-  while (left > myMostBytes / 64 * 63)
+  while (left > myMaxBytes / 64 * 63)
     left -= myLines[static_cast<std::size_t>(lines++)].size();
   beginRemoveRows({}, 0, lines - 1);
   myLines.erase(myLines.begin(), myLines.begin() + lines);

@@ -16,7 +16,7 @@ namespace corvane {
 // many bytes at most; the oldest lines go.
 class StatusLogModel : public QAbstractListModel {
  public:
-  explicit StatusLogModel(std::size_t mostBytes = std::size_t{64} << 20);
+  explicit StatusLogModel(std::size_t maxBytes = std::size_t{64} << 20);
 
   void Append(std::string_view prefix, std::string_view text);
   void Clear();
@@ -28,7 +28,7 @@ class StatusLogModel : public QAbstractListModel {
   void AddRows();
   void DropOldest();
 
-  const std::size_t myMostBytes;
+  const std::size_t myMaxBytes;
   std::deque<std::string> myLines;
   std::size_t myBytes = 0;
   int myRows = 0;  // lines that are rows already

@@ -7,17 +7,17 @@
 
 namespace corvane {
 
-wndAddNetwork::wndAddNetwork(Operator& actions, QWidget& owner)
+wndAddNetwork::wndAddNetwork(Operator& op, QWidget& owner)
     : NetworkDialog(QStringLiteral("wndAddNetwork"), QStringLiteral("Add Network"), owner),
-      myActions(actions) {
+      myOperator(op) {
   connect(btnOK, &QPushButton::clicked, this, &wndAddNetwork::btnOK_Action);
 }
 
 void wndAddNetwork::btnOK_Action() {
   // The window stays silent where it was not stored.
   std::ignore =
-      myActions.AddNetwork(TextFromDisplay(txtName->text()), TextFromDisplay(txtPass->text()),
-                           MaxUsers(), chkEnable->isChecked());
+      myOperator.AddNetwork(TextFromDisplay(txtName->text()), TextFromDisplay(txtPass->text()),
+                            MaxUsers(), chkEnable->isChecked());
   accept();
 }
 

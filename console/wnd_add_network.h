@@ -9,12 +9,12 @@ class Operator;
 // The dialog that adds a network. A name may be empty or in use already.
 class wndAddNetwork : public NetworkDialog {
  public:
-  wndAddNetwork(Operator& actions, QWidget& owner);
+  wndAddNetwork(Operator& op, QWidget& owner);
 
  private:
   void btnOK_Action();
 
-  Operator& myActions;
+  Operator& myOperator;
 };
 
 }  // namespace corvane

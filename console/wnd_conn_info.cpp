@@ -8,12 +8,12 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kLongestPart = 60;
+constexpr std::size_t kMaxPart = 60;
 constexpr int kLinesOfRoom = 4;
 constexpr int kWidth = 260;
 
 QString Shown(const std::string& part) {
-  return VisibleText(part, kLongestPart);
+  return VisibleText(part, kMaxPart);
 }
 
 }  // namespace

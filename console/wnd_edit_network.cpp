@@ -7,9 +7,9 @@
 
 namespace corvane {
 
-wndEditNetwork::wndEditNetwork(Operator& actions, NetworkRef network, QWidget& owner)
+wndEditNetwork::wndEditNetwork(Operator& op, NetworkRef network, QWidget& owner)
     : NetworkDialog(QStringLiteral("wndEditNetwork"), QStringLiteral("Edit Network"), owner),
-      myActions(actions),
+      myOperator(op),
       myNetwork(std::move(network)) {
   chkEnable->setChecked(myNetwork->Enabled);
   txtName->setText(DisplayText(myNetwork->NetworkName));
@@ -22,8 +22,8 @@ void wndEditNetwork::btnOK_Action() {
   // A password that a field cannot hold is kept as it is unless another one was typed.
   const std::string password =
       txtPass->isModified() ? TextFromDisplay(txtPass->text()) : myNetwork->Password;
-  if (!myActions.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {
-    myActions.ShowMessage({MessageBox::Kind::Message, {}, myActions.StoreError()});
+  if (!myOperator.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {
+    myOperator.ShowMessage({MessageBox::Kind::Message, {}, myOperator.StoreError()});
   }
   accept();
 }

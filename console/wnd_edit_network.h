@@ -11,12 +11,12 @@ class Operator;
 // in the database. The name stays whatever is typed: it is the record's key.
 class wndEditNetwork : public NetworkDialog {
  public:
-  wndEditNetwork(Operator& actions, NetworkRef network, QWidget& owner);
+  wndEditNetwork(Operator& op, NetworkRef network, QWidget& owner);
 
  private:
   void btnOK_Action();
 
-  Operator& myActions;
+  Operator& myOperator;
   NetworkRef myNetwork;
 };
 

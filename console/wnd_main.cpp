@@ -32,7 +32,7 @@ namespace corvane {
 namespace {
 
 constexpr QSize kContentSize{533, 565};  // below the menu bar
-constexpr QSize kMinimumSize{64, 64};
+constexpr QSize kMinSize{64, 64};
 
 constexpr QLatin1String kAddNetwork("Add Network");
 constexpr QLatin1String kEditNetwork("Edit Network");
@@ -54,14 +54,17 @@ QAction* AddItem(QMenu& menu, QLatin1String caption) {
 }  // namespace
 
 wndMain::wndMain(App& app, std::function<bool()> hasTray)
-    : sSocket(app.Listener()), myApp(app), myActions(app.Actions()), myHasTray(std::move(hasTray)) {
+    : sSocket(app.Listener()),
+      myApp(app),
+      myOperator(app.Actions()),
+      myHasTray(std::move(hasTray)) {
   setWindowTitle(QStringLiteral("Corvane Server"));
   setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                  Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
                  Qt::WindowCloseButtonHint);
   BuildMenus();
   PlaceControls();
-  setMinimumSize(kMinimumSize);
+  setMinimumSize(kMinSize);
   resize(sizeHint());
   ConnectEvents();
 }
@@ -89,7 +92,7 @@ void wndMain::closeEvent(QCloseEvent* event) {
   }
   if (qApp->isSavingSession()) {
     event->accept();
-    myActions.QuitFor("end of the session");
+    myOperator.QuitFor("end of the session");
     return;
   }
   event->ignore();
@@ -115,7 +118,7 @@ void wndMain::BuildMenus() {
   addSeparator("UntitledSeparator0");
   add("FileCheckForUpdates", "Check For Updates...", &wndMain::FileCheckForUpdates);
   addSeparator("UntitledSeparator");
-  add("FileQuit", "E&xit", [this] { myActions.Quit(); });
+  add("FileQuit", "E&xit", [this] { myOperator.Quit(); });
   FillEditMenu(*menuBar()->addMenu(QStringLiteral("&Edit")));
 }
 
@@ -175,8 +178,8 @@ void wndMain::ConnectEvents() {
       sSocket.StatusMessage.Connect(std::bind_front(&wndMain::sSocket_StatusMessage, this)),
       sSocket.UserLoggedIn.Connect(std::bind_front(&wndMain::sSocket_UserLoggedIn, this)),
       sSocket.UserLoggedOut.Connect(std::bind_front(&wndMain::sSocket_UserLoggedOut, this)),
-      myActions.NetworkAdded.Connect(std::bind_front(&NetworksModel::Add, &myNetworks)),
-      myActions.NetworkRemoved.Connect(std::bind_front(&NetworksModel::Remove, &myNetworks)),
+      myOperator.NetworkAdded.Connect(std::bind_front(&NetworksModel::Add, &myNetworks)),
+      myOperator.NetworkRemoved.Connect(std::bind_front(&NetworksModel::Remove, &myNetworks)),
       myApp.Updates().UpdateFound.Connect(std::bind_front(&wndMain::ShowUpdate, this)),
   };
   connect(btnClear, &QPushButton::clicked, this, &wndMain::btnClear_Action);
@@ -193,11 +196,11 @@ void wndMain::ConnectEvents() {
 }
 
 void wndMain::FileSettings() {
-  (new wndSettings(myActions, NetworkInterfaces(), *this))->open();
+  (new wndSettings(myOperator, NetworkInterfaces(), *this))->open();
 }
 
 void wndMain::FileSendMessage() {
-  (new wndMessage(myActions, *this))->open();
+  (new wndMessage(myOperator, *this))->open();
 }
 
 void wndMain::FileCheckForUpdates() {
@@ -213,7 +216,7 @@ void wndMain::FileCheckForUpdates() {
 
 void wndMain::ShowUpdate(const Update& update) {
   myUpdaterWindow = new UpdaterWindow(update, myApp.Http(), LaunchInstaller,
-                                      [this] { myActions.QuitFor("updater"); });
+                                      [this] { myOperator.QuitFor("updater"); });
   // Whoever is at work in a dialog goes on there, and sees it.
   QWidget* const dialog = QApplication::activeModalWidget();
   myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating, dialog != nullptr);
@@ -226,11 +229,11 @@ void wndMain::btnClear_Action() {
 }
 
 void wndMain::btnAdmins_Action() {
-  (new wndViewAdmins(myActions, *this))->open();
+  (new wndViewAdmins(myOperator, *this))->open();
 }
 
 void wndMain::btnBans_Action() {
-  (new wndViewBans(myActions, *this))->open();
+  (new wndViewBans(myOperator, *this))->open();
 }
 
 void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
@@ -248,13 +251,13 @@ void wndMain::lstNetworks_ConstructContextualMenu(QMenu& base) {
 
 void wndMain::lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network) {
   if (caption == kAddNetwork) {
-    (new wndAddNetwork(myActions, *this))->open();
+    (new wndAddNetwork(myOperator, *this))->open();
   } else if (caption == kEditNetwork) {
-    (new wndEditNetwork(myActions, network, *this))->open();
+    (new wndEditNetwork(myOperator, network, *this))->open();
   } else if (caption == kDeleteNetwork) {
     DeleteNetwork(network);
   } else if (caption == kDisconnectAll) {
-    myActions.DisconnectAll(network);
+    myOperator.DisconnectAll(network);
   }
 }
 
@@ -272,7 +275,7 @@ void wndMain::DeleteNetwork(const NetworkRef& network) {
   const MessageBox question{MessageBox::Kind::Question, "Delete Network",
                             "Are you sure you wish to delete this network?"};
   if (myApp.ShowMessage(question) != MessageBox::Answer::Yes) return;
-  std::ignore = myActions.DeleteNetwork(network);
+  std::ignore = myOperator.DeleteNetwork(network);
 }
 
 void wndMain::lstUsers_ConstructContextualMenu(QMenu& base) {
@@ -296,13 +299,14 @@ void wndMain::lstUsers_ContextualMenuAction(const QString& caption,
   if (caption == kConnectionInfo) {
     (new wndConnInfo(*user, *this))->open();
   } else if (caption == kKickUser) {
-    (new wndKick(myActions, user, *this))->open();
+    (new wndKick(myOperator, user, *this))->open();
   } else if (caption == kBanUser) {
-    (new wndBan(myActions, user, *this))->open();
+    (new wndBan(myOperator, user, *this))->open();
   } else if (caption == kForceDisconnect) {
-    myActions.ForceDisconnect(*user);
+    myOperator.ForceDisconnect(*user);
   } else if (caption == kMakeAdmin) {
-    std::ignore = myActions.MakeAdmin(user->Username(), user->RemoteAddress(), user->NetworkName());
+    std::ignore =
+        myOperator.MakeAdmin(user->Username(), user->RemoteAddress(), user->NetworkName());
   }
 }
 

@@ -96,7 +96,7 @@ class wndMain : public QMainWindow {
   void sSocket_UserLoggedOut(MapSocket& sender, const std::shared_ptr<ClientSocket>& client);
 
   App& myApp;
-  Operator& myActions;
+  Operator& myOperator;
   std::function<bool()> myHasTray;
   StatusClock myClock;
   StatusLogModel myStatus;

@@ -12,7 +12,7 @@ namespace corvane {
 namespace {
 
 constexpr QSize kInitialSize{400, 240};
-constexpr int kShortestName = 20;
+constexpr int kMinNameLength = 20;
 
 // A row shows a name as far as it can be shown and carries its bytes.
 void AddRow(QComboBox& box, const std::string& name) {
@@ -21,15 +21,15 @@ void AddRow(QComboBox& box, const std::string& name) {
 
 }  // namespace
 
-wndMessage::wndMessage(Operator& actions, QWidget& owner)
+wndMessage::wndMessage(Operator& op, QWidget& owner)
     : Dialog(QStringLiteral("wndMessage"), QStringLiteral("Send Message to Network(s)"), owner),
-      myActions(actions) {
+      myOperator(op) {
   pmNetwork = new QComboBox(this);
   fldText = new QPlainTextEdit(this);
   btnSend = new QPushButton(QStringLiteral("Send"), this);
   pmNetwork->setAccessibleName(QStringLiteral("Network"));
   pmNetwork->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
-  pmNetwork->setMinimumContentsLength(kShortestName);
+  pmNetwork->setMinimumContentsLength(kMinNameLength);
   fldText->setAccessibleName(QStringLiteral("Message"));
   fldText->setPlaceholderText(QStringLiteral("Message"));
   fldText->setTabChangesFocus(true);
@@ -41,14 +41,14 @@ wndMessage::wndMessage(Operator& actions, QWidget& owner)
   resize(kInitialSize);
 
   AddRow(*pmNetwork, "(All Networks)");
-  for (const NetworkRef& network : actions.Networks())
+  for (const NetworkRef& network : op.Networks())
     AddRow(*pmNetwork, network->NetworkName);
   connect(btnSend, &QPushButton::clicked, this, &wndMessage::btnSend_Action);
 }
 
 void wndMessage::btnSend_Action() {
-  myActions.Send(TextFromDisplay(fldText->toPlainText()),
-                 pmNetwork->currentData().toByteArray().toStdString());
+  myOperator.Send(TextFromDisplay(fldText->toPlainText()),
+                  pmNetwork->currentData().toByteArray().toStdString());
   accept();
 }
 

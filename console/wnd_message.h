@@ -13,7 +13,7 @@ class Operator;
 // not chosen a network, sending throws NilObjectException, as Operator::Send does.
 class wndMessage : public Dialog {
  public:
-  wndMessage(Operator& actions, QWidget& owner);
+  wndMessage(Operator& op, QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
   QComboBox* pmNetwork;
@@ -23,7 +23,7 @@ class wndMessage : public Dialog {
  private:
   void btnSend_Action();
 
-  Operator& myActions;
+  Operator& myOperator;
 };
 
 }  // namespace corvane

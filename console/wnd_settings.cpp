@@ -15,9 +15,9 @@
 namespace corvane {
 namespace {
 
-constexpr double kLowestPort = 10000;
-constexpr double kHighestPort = 65535;
-constexpr double kFewestConnections = 2;
+constexpr double kMinPort = 10000;
+constexpr double kMaxPort = 65535;
+constexpr double kMinConnections = 2;
 constexpr int kFieldWidth = 180;
 
 QLineEdit* NumberField(int digits, QWidget* parent) {
@@ -41,13 +41,12 @@ void SetValue(QLineEdit& field, double value) {
 
 }  // namespace
 
-wndSettings::wndSettings(Operator& actions, std::vector<NetworkInterface> interfaces,
-                         QWidget& owner)
+wndSettings::wndSettings(Operator& op, std::vector<NetworkInterface> interfaces, QWidget& owner)
     : Dialog(QStringLiteral("wndSettings"), QStringLiteral("Settings"), owner),
-      myActions(actions),
+      myOperator(op),
       myInterfaces(std::move(interfaces)) {
   LayOut();
-  AppSettings& settings = myActions.Settings();
+  AppSettings& settings = myOperator.Settings();
   fldConns->setText(DisplayText(settings.GetValue("MaxConns", "100")));
   fldPort->setText(DisplayText(settings.GetValue("AttachedPort", "12000")));
   SelectInterface(settings.GetValue("AttachedNIC", ""));
@@ -100,18 +99,18 @@ void wndSettings::udConns_Down() const {
 }
 
 void wndSettings::fldPort_TextChange() const {
-  if (ValueOf(*fldPort) <= kHighestPort) return;
-  SetValue(*fldPort, kHighestPort);
+  if (ValueOf(*fldPort) <= kMaxPort) return;
+  SetValue(*fldPort, kMaxPort);
   // What is typed next takes its place.
   fldPort->selectAll();
 }
 
 std::string wndSettings::Fault() const {
   if (pmNIC->currentIndex() < 0) return "You must select a valid network interface.";
-  if (fldPort->text().isEmpty() || ValueOf(*fldPort) < kLowestPort) {
+  if (fldPort->text().isEmpty() || ValueOf(*fldPort) < kMinPort) {
     return "You must select a valid port number greater than or equal to 10000.";
   }
-  if (fldConns->text().isEmpty() || ValueOf(*fldConns) < kFewestConnections) {
+  if (fldConns->text().isEmpty() || ValueOf(*fldConns) < kMinConnections) {
     return "You must select no fewer than 2 maximum connections.";
   }
   return {};
@@ -121,17 +120,17 @@ void wndSettings::btnOK_Action() {
   MessageBox box;
   box.text = Fault();
   if (!box.text.empty()) {
-    myActions.ShowMessage(box);
+    myOperator.ShowMessage(box);
     return;
   }
   const auto selected = static_cast<std::size_t>(pmNIC->currentIndex());
-  if (myActions.ChangeSetting("AttachedNIC", myInterfaces[selected].MACAddress) &&
-      myActions.ChangeSetting("AttachedPort", TextFromDisplay(fldPort->text())) &&
-      myActions.ChangeSetting("MaxConns", TextFromDisplay(fldConns->text()))) {
+  if (myOperator.ChangeSetting("AttachedNIC", myInterfaces[selected].MACAddress) &&
+      myOperator.ChangeSetting("AttachedPort", TextFromDisplay(fldPort->text())) &&
+      myOperator.ChangeSetting("MaxConns", TextFromDisplay(fldConns->text()))) {
     return accept();
   }
-  box.text = "The settings were not saved:\n" + myActions.Settings().SaveError();
-  myActions.ShowMessage(box);
+  box.text = "The settings were not saved:\n" + myOperator.Settings().SaveError();
+  myOperator.ShowMessage(box);
 }
 
 }  // namespace corvane

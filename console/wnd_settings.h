@@ -19,7 +19,7 @@ class Operator;
 class wndSettings : public Dialog {
  public:
   // `interfaces` are the machine's, in the system's order.
-  wndSettings(Operator& actions, std::vector<NetworkInterface> interfaces, QWidget& owner);
+  wndSettings(Operator& op, std::vector<NetworkInterface> interfaces, QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
   QComboBox* pmNIC;
@@ -39,7 +39,7 @@ class wndSettings : public Dialog {
   // What is wrong with the values; empty when nothing is.
   std::string Fault() const;
 
-  Operator& myActions;
+  Operator& myOperator;
   std::vector<NetworkInterface> myInterfaces;
 };
 

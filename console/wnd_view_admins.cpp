@@ -8,9 +8,9 @@
 namespace corvane {
 namespace {
 
-std::vector<RecordsModel::Record> AdminRecords(Operator& actions) {
+std::vector<RecordsModel::Record> AdminRecords(Operator& op) {
   std::vector<RecordsModel::Record> records;
-  const auto all = actions.Admins();
+  const auto all = op.Admins();
   if (!all) return records;
   records.reserve(all->size());
   for (const AdminsTable::Admin& admin : *all) {
@@ -23,14 +23,12 @@ std::vector<RecordsModel::Record> AdminRecords(Operator& actions) {
 
 }  // namespace
 
-wndViewAdmins::wndViewAdmins(Operator& actions, QWidget& owner)
+wndViewAdmins::wndViewAdmins(Operator& op, QWidget& owner)
     : RecordsDialog(
           QStringLiteral("wndViewAdmins"), QStringLiteral("View Admins"),
           {QStringLiteral("Name"), QStringLiteral("Network"), QStringLiteral("Address")},
-          AdminRecords(actions),
-          [&actions](const std::vector<std::int64_t>& ids) {
-            std::ignore = actions.DeleteAdmins(ids);
-          },
+          AdminRecords(op),
+          [&op](const std::vector<std::int64_t>& ids) { std::ignore = op.DeleteAdmins(ids); },
           owner),
       lstAdmins(myList) {}
 

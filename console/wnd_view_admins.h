@@ -9,7 +9,7 @@ class Operator;
 // The list of all administrators, from which the operator takes some back.
 class wndViewAdmins : public RecordsDialog {
  public:
-  wndViewAdmins(Operator& actions, QWidget& owner);
+  wndViewAdmins(Operator& op, QWidget& owner);
 
   ListBox* lstAdmins;
 };

@@ -9,9 +9,9 @@
 namespace corvane {
 namespace {
 
-std::vector<RecordsModel::Record> BanRecords(Operator& actions) {
+std::vector<RecordsModel::Record> BanRecords(Operator& op) {
   std::vector<RecordsModel::Record> records;
-  const bool areAll = actions.ForEachBan([&records](const Ban& ban) {
+  const bool areAll = op.ForEachBan([&records](const Ban& ban) {
     records.push_back({ban.id,
                        {VisibleText(ban.address), VisibleText(ban.by), VisibleText(ban.reason),
                         VisibleText(ShortDateAndTime(ban.bandate))}});
@@ -22,14 +22,13 @@ std::vector<RecordsModel::Record> BanRecords(Operator& actions) {
 
 }  // namespace
 
-wndViewBans::wndViewBans(Operator& actions, QWidget& owner)
+wndViewBans::wndViewBans(Operator& op, QWidget& owner)
     : RecordsDialog(
           QStringLiteral("wndViewBans"), QStringLiteral("View Bans"),
           {QStringLiteral("Address"), QStringLiteral("By"), QStringLiteral("Reason"),
            QStringLiteral("Date")},
-          BanRecords(actions),
-          [&actions](const std::vector<std::int64_t>& ids) { std::ignore = actions.LiftBans(ids); },
-          owner),
+          BanRecords(op),
+          [&op](const std::vector<std::int64_t>& ids) { std::ignore = op.LiftBans(ids); }, owner),
       lstBans(myList) {}
 
 }  // namespace corvane

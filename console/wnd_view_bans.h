@@ -9,7 +9,7 @@ class Operator;
 // The list of all bans, from which the operator lifts some.
 class wndViewBans : public RecordsDialog {
  public:
-  wndViewBans(Operator& actions, QWidget& owner);
+  wndViewBans(Operator& op, QWidget& owner);
 
   ListBox* lstBans;
 };

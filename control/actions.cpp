@@ -24,9 +24,9 @@
 namespace corvane {
 namespace {
 
-constexpr std::int32_t kFewestSeats = 1;
-constexpr std::int32_t kMostSeats = 1000;
-constexpr std::int32_t kUsualSeats = 5;
+constexpr std::int32_t kMinSeats = 1;
+constexpr std::int32_t kMaxSeats = 1000;
+constexpr std::int32_t kDefaultSeats = 5;
 
 // Bans and grants are looked up by the text, so it has to be the one that addresses have.
 void ExpectAddress(const std::string& address) {
@@ -38,7 +38,7 @@ void ExpectAddress(const std::string& address) {
 
 std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
   const std::string name = request.Text("user");
-  std::shared_ptr<ClientSocket> user = myActions.FindUser(name, request.Flag("name"));
+  std::shared_ptr<ClientSocket> user = myOperator.FindUser(name, request.Flag("name"));
   if (user == nullptr) {
     throw Refused("there is nobody \"" + name + "\"; expected is a user's name or ADDRESS:PORT");
   }
@@ -47,17 +47,17 @@ std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
 
 void Actions::ExpectStored(bool isStored) const {
   if (isStored) return;
-  throw Refused("done until the server ends, but not stored: database: " + myActions.StoreError());
+  throw Refused("done until the server ends, but not stored: database: " + myOperator.StoreError());
 }
 
 QByteArray Actions::BannedLine(const std::string& text, bool isStored) const {
   if (isStored) return DoneLine(text);
-  return DoneLine(text + " The ban counts but is not stored (database: " + myActions.StoreError() +
+  return DoneLine(text + " The ban counts but is not stored (database: " + myOperator.StoreError() +
                   "); the server tries again until it is.");
 }
 
 void Actions::ExpectAllHaveNetworks(const Request& request) const {
-  const std::vector<std::string> without = myActions.WithoutNetwork();
+  const std::vector<std::string> without = myOperator.WithoutNetwork();
   if (without.empty() || request.Flag("force")) return;
   QJsonArray addresses;
   for (const std::string& address : without)
@@ -72,50 +72,50 @@ QByteArray Actions::AddNetwork(const Request& request) {
   const std::string name = request.Text("name");
   const std::string password = request.OptionalText("password").value_or("");
   const std::int32_t maxUsers =
-      request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(kUsualSeats);
-  if (myActions.Listener().FindNetwork(name))
+      request.OptionalNumber("max-users", kMinSeats, kMaxSeats).value_or(kDefaultSeats);
+  if (myOperator.Listener().FindNetwork(name))
     throw Refused("there is a network \"" + name + "\" already");
-  ExpectStored(myActions.AddNetwork(name, password, maxUsers, !request.Flag("disabled")));
+  ExpectStored(myOperator.AddNetwork(name, password, maxUsers, !request.Flag("disabled")));
   return DoneLine("Added the network " + name + '.');
 }
 
 QByteArray Actions::EditNetwork(const Request& request) {
-  const NetworkRef network = NetworkNamed(myActions, request.Text("name"));
+  const NetworkRef network = NetworkNamed(myOperator, request.Text("name"));
   const std::string password = request.OptionalText("password").value_or(network->Password);
   const std::int32_t maxUsers =
-      request.OptionalNumber("max-users", kFewestSeats, kMostSeats).value_or(network->MaxUsers);
+      request.OptionalNumber("max-users", kMinSeats, kMaxSeats).value_or(network->MaxUsers);
   const bool enables = request.Flag("enable");
   const bool disables = request.Flag("disable");
   if (enables && disables) throw Misused("expected is \"enable\" or \"disable\", not both");
-  ExpectStored(myActions.ChangeNetwork(*network, password, maxUsers,
-                                       (network->Enabled || enables) && !disables));
+  ExpectStored(myOperator.ChangeNetwork(*network, password, maxUsers,
+                                        (network->Enabled || enables) && !disables));
   return DoneLine("Changed the network " + network->NetworkName + '.');
 }
 
 QByteArray Actions::DeleteNetwork(const Request& request) {
-  const NetworkRef network = NetworkNamed(myActions, request.Text("name"));
+  const NetworkRef network = NetworkNamed(myOperator, request.Text("name"));
   ExpectAllHaveNetworks(request);
-  ExpectStored(myActions.DeleteNetwork(network));
+  ExpectStored(myOperator.DeleteNetwork(network));
   return DoneLine("Deleted the network " + network->NetworkName + '.');
 }
 
 QByteArray Actions::DisconnectNetwork(const Request& request) {
-  const NetworkRef network = NetworkNamed(myActions, request.Text("name"));
-  myActions.DisconnectAll(network);
+  const NetworkRef network = NetworkNamed(myOperator, request.Text("name"));
+  myOperator.DisconnectAll(network);
   return DoneLine("Sent away the users of " + network->NetworkName + '.');
 }
 
 QByteArray Actions::Kick(const Request& request) {
   const std::string reason = request.Text("reason");
   const std::shared_ptr<ClientSocket> user = UserOf(request);
-  myActions.Kick(*user, reason);
+  myOperator.Kick(*user, reason);
   return DoneLine(StatusLine({"Kicked ", user->Username(), "."}));
 }
 
 QByteArray Actions::Ban(const Request& request) {
   const std::string reason = request.Text("reason");
   const std::shared_ptr<ClientSocket> user = UserOf(request);
-  const bool isStored = myActions.Ban(*user, reason);
+  const bool isStored = myOperator.Ban(*user, reason);
   return BannedLine(StatusLine({"Banned ", user->RemoteAddress(), ", ", user->Username(), "."}),
                     isStored);
 }
@@ -125,8 +125,8 @@ QByteArray Actions::BanAddress(const Request& request) {
   const std::string reason = request.Text("reason");
   const std::optional<std::string> network = request.OptionalText("network");
   ExpectAddress(address);
-  const bool isStored = myActions.BanAddress(
-      address, reason, network ? NetworkNamed(myActions, *network)->NetworkName : "");
+  const bool isStored = myOperator.BanAddress(
+      address, reason, network ? NetworkNamed(myOperator, *network)->NetworkName : "");
   return BannedLine("Banned " + address + '.', isStored);
 }
 
@@ -135,20 +135,20 @@ QByteArray Actions::Unban(const Request& request) {
   std::vector<std::int64_t> ids;
   bool isNumber = false;
   const std::int64_t number = DisplayText(wanted).toLongLong(&isNumber);
-  if (isNumber && myActions.FindBan(number)) ids.push_back(number);
+  if (isNumber && myOperator.FindBan(number)) ids.push_back(number);
   const auto take = [&](const corvane::Ban& ban) {
     if (ban.address == wanted) ids.push_back(ban.id);
   };
-  if (!myActions.ForEachBan(take)) RefuseForDatabase(myActions);
+  if (!myOperator.ForEachBan(take)) RefuseForDatabase(myOperator);
   if (ids.empty()) throw Refused("no ban is stored of " + wanted);
-  if (!myActions.LiftBans(ids)) RefuseForDatabase(myActions);
+  if (!myOperator.LiftBans(ids)) RefuseForDatabase(myOperator);
   return DoneLine("Lifted " + std::to_string(ids.size()) + " ban(s).");
 }
 
 QByteArray Actions::Disconnect(const Request& request) {
   const std::shared_ptr<ClientSocket> user = UserOf(request);
   const std::string peer = user->PeerName();
-  myActions.ForceDisconnect(*user);
+  myOperator.ForceDisconnect(*user);
   return DoneLine("Disconnected " + peer + '.');
 }
 
@@ -161,13 +161,13 @@ QByteArray Actions::Grant(const Request& request) {
   AdminsTable::Admin wanted;
   if (network) {
     ExpectAddress(*address);
-    wanted = {0, request.Text("user"), NetworkNamed(myActions, *network)->NetworkName, *address};
+    wanted = {0, request.Text("user"), NetworkNamed(myOperator, *network)->NetworkName, *address};
   } else {
     const std::shared_ptr<ClientSocket> user = UserOf(request);
     if (user->Username().empty()) throw Refused(user->PeerName() + " has not logged in");
     wanted = {0, user->Username(), user->NetworkName(), user->RemoteAddress()};
   }
-  const auto admins = myActions.Admins();
+  const auto admins = myOperator.Admins();
   const auto isTheSame = [&wanted](const AdminsTable::Admin& other) {
     return other.name == wanted.name && other.network == wanted.network &&
            other.address == wanted.address;
@@ -176,8 +176,8 @@ QByteArray Actions::Grant(const Request& request) {
     throw Refused(StatusLine({wanted.name, " of ", wanted.network, ", ", wanted.address,
                               ", is an administrator already"}));
   }
-  if (!myActions.MakeAdmin(wanted.name, wanted.address, wanted.network)) {
-    RefuseForDatabase(myActions);
+  if (!myOperator.MakeAdmin(wanted.name, wanted.address, wanted.network)) {
+    RefuseForDatabase(myOperator);
   }
   return DoneLine(StatusLine({wanted.name, " is an administrator."}));
 }
@@ -186,12 +186,12 @@ QByteArray Actions::Revoke(const Request& request) {
   const std::string wanted = request.Text("admin");
   const std::optional<std::string> network = request.OptionalText("network");
   std::vector<std::int64_t> ids;
-  for (const AdminsTable::Admin& one : Given(myActions.Admins(), myActions)) {
+  for (const AdminsTable::Admin& one : RowsOrRefuse(myOperator.Admins(), myOperator)) {
     const bool isWanted = SameText(one.name, wanted) || std::to_string(one.id) == wanted;
     if (isWanted && (!network || SameText(one.network, *network))) ids.push_back(one.id);
   }
   if (ids.empty()) throw Refused("nobody \"" + wanted + "\" is an administrator there");
-  if (!myActions.DeleteAdmins(ids)) RefuseForDatabase(myActions);
+  if (!myOperator.DeleteAdmins(ids)) RefuseForDatabase(myOperator);
   return DoneLine("Took back " + std::to_string(ids.size()) + " grant(s).");
 }
 
@@ -199,9 +199,9 @@ QByteArray Actions::Message(const Request& request) {
   const std::string text = request.Text("text");
   const std::optional<std::string> network = request.OptionalText("network");
   const std::string to =
-      network ? NetworkNamed(myActions, *network)->NetworkName : "(All Networks)";
+      network ? NetworkNamed(myOperator, *network)->NetworkName : "(All Networks)";
   ExpectAllHaveNetworks(request);
-  myActions.Send(text, to);
+  myOperator.Send(text, to);
   return DoneLine("Sent.");
 }
 
@@ -216,22 +216,22 @@ QByteArray Actions::Set(const Request& request) {
     throw Refused("no setting is called " + name + "; expected is one of: " + known);
   }
   if (setting != nullptr && !setting->takes(value)) throw Misused(setting->Refusal(value));
-  if (!myActions.ChangeSetting(name, value)) {
-    throw Refused("not saved: " + myActions.Settings().SaveError());
+  if (!myOperator.ChangeSetting(name, value)) {
+    throw Refused("not saved: " + myOperator.Settings().SaveError());
   }
   return DoneLine("Set, for the next start.");
 }
 
 QByteArray Actions::Reload(const Request& request) {
-  std::optional<ServiceReload> told;
+  std::optional<ServiceReload> reload;
   // A server that does not listen never was ready.
-  if (myActions.Listener().IsListening()) told.emplace();
-  if (myActions.Database().HasMoved()) {
+  if (myOperator.Listener().IsListening()) reload.emplace();
+  if (myOperator.Database().HasMoved()) {
     throw Refused("database: the file was replaced or deleted; a restart opens what is there now");
   }
-  const auto changes = Given(myActions.CompareNetworks(), myActions);
+  const auto changes = RowsOrRefuse(myOperator.CompareNetworks(), myOperator);
   if (!changes.removed.empty()) ExpectAllHaveNetworks(request);
-  myActions.Follow(changes);
+  myOperator.ApplyChanges(changes);
   RowsAnswer answer;
   const auto add = [&](const char* change, const ServerNetworks& network) {
     QJsonObject row = NetworkRow(network);

@@ -16,7 +16,7 @@ class Operator;
 // would, throws. Borrows what acts on the server.
 class Actions {
  public:
-  explicit Actions(Operator& actions) : myActions(actions) {}
+  explicit Actions(Operator& op) : myOperator(op) {}
 
   QByteArray AddNetwork(const Request& request);
   QByteArray EditNetwork(const Request& request);
@@ -43,7 +43,7 @@ class Actions {
   void ExpectStored(bool isStored) const;
   void ExpectAllHaveNetworks(const Request& request) const;
 
-  Operator& myActions;
+  Operator& myOperator;
 };
 
 }  // namespace corvane

@@ -9,8 +9,8 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kLongestText = 1024;
-constexpr qsizetype kLargestTable = qsizetype{16} << 20;
+constexpr std::size_t kMaxText = 1024;
+constexpr qsizetype kMaxTable = qsizetype{16} << 20;
 
 }  // namespace
 
@@ -34,12 +34,12 @@ QByteArray RefusalLine(const std::string& error, QJsonObject fields) {
 }
 
 QString AnswerText(std::string_view text) {
-  const QString shown = DisplayText(Beginning(text, kLongestText));
-  return text.size() > kLongestText ? shown + QChar(0x2026) : shown;
+  const QString shown = DisplayText(Beginning(text, kMaxText));
+  return text.size() > kMaxText ? shown + QChar(0x2026) : shown;
 }
 
 void RowsAnswer::Add(const QJsonObject& row) {
-  if (myRows.size() > kLargestTable) {
+  if (myRows.size() > kMaxTable) {
     myIsComplete = false;
     return;
   }

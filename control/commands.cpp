@@ -17,19 +17,19 @@
 namespace corvane {
 namespace {
 
-constexpr std::int32_t kMostLogLines = 10'000;
-constexpr std::int32_t kUsualLogLines = 20;
+constexpr std::int32_t kMaxLogLines = 10'000;
+constexpr std::int32_t kDefaultLogLines = 20;
 // By whom what is done here is noted.
 const std::string kActor = "corvanectl";
 const std::string kSignal = "SIGHUP";
 
 }  // namespace
 
-Commands::Commands(Operator& actions)
-    : myOperator(actions),
-      myLog(actions.Log()),
-      myQuestions(actions),
-      myActions(actions),
+Commands::Commands(Operator& op)
+    : myOperator(op),
+      myLog(op.Log()),
+      myQuestions(op),
+      myActions(op),
       myEntries{
           {"status", std::bind_front(&Questions::Status, &myQuestions)},
           {"users", std::bind_front(&Questions::Users, &myQuestions)},
@@ -55,14 +55,14 @@ Commands::Commands(Operator& actions)
           {"log", std::bind_front(&Commands::Log, this)},
           {"quit", std::bind_front(&Commands::Quit, this)},
       },
-      myLines(myLog.Written.Connect([this](const std::string& line) { Tell(line); })) {}
+      myLines(myLog.Written.Connect([this](const std::string& line) { SendToFollowers(line); })) {}
 
 void Commands::Run(ControlConnection& client, const QByteArray& line) {
   const Operator::Acting acting(myOperator, kActor);
   try {
     const Request request(line);
     myClient = &client;
-    const QByteArray answer = Carry(request);
+    const QByteArray answer = Execute(request);
     if (!answer.isEmpty()) client.Answer(answer);
     if (request.Flag("follow")) {
       client.StartFollowing();
@@ -88,7 +88,7 @@ void Commands::ReloadForSignal() {
   }
 }
 
-void Commands::Tell(const std::string& text) {
+void Commands::SendToFollowers(const std::string& text) {
   std::erase(myFollowers, nullptr);
   if (myFollowers.empty()) return;
   const QByteArray line = Line({{"line", DisplayText(text)}});
@@ -96,7 +96,7 @@ void Commands::Tell(const std::string& text) {
     follower->SendFollowed(line);
 }
 
-QByteArray Commands::Carry(const Request& request) {
+QByteArray Commands::Execute(const Request& request) {
   const std::string command = request.Text("command");
   std::string known;
   for (const Entry& entry : myEntries) {
@@ -129,7 +129,7 @@ QByteArray Commands::MakeBackup(const Request& request) {
 
 QByteArray Commands::Log(const Request& request) {
   const std::int32_t count =
-      request.OptionalNumber("lines", 0, kMostLogLines).value_or(kUsualLogLines);
+      request.OptionalNumber("lines", 0, kMaxLogLines).value_or(kDefaultLogLines);
   QJsonArray lines;
   for (const std::string& line : myLog.Last(static_cast<std::size_t>(count)))
     lines.append(DisplayText(line));

@@ -24,7 +24,7 @@ class ServerLog;
 // and the program as a whole is carried out here. Borrows what acts on the server.
 class Commands {
  public:
-  explicit Commands(Operator& actions);
+  explicit Commands(Operator& op);
   Commands(const Commands&) = delete;
   Commands& operator=(const Commands&) = delete;
 
@@ -42,9 +42,9 @@ class Commands {
     std::function<QByteArray(const Request&)> run;
   };
   // A line of the log, to all who follow it.
-  void Tell(const std::string& text);
+  void SendToFollowers(const std::string& text);
 
-  QByteArray Carry(const Request& request);
+  QByteArray Execute(const Request& request);
   QByteArray MakeBackup(const Request& request);
   QByteArray Log(const Request& request);
   QByteArray Reload(const Request& request);

@@ -8,20 +8,20 @@
 namespace corvane {
 namespace {
 
-constexpr qint64 kMostRequest = qint64{1} << 20;  // bytes, without the line end
-constexpr qint64 kMostUnread = qint64{1} << 20;
-constexpr std::chrono::seconds kMostReading(1);  // of a last answer
+constexpr qint64 kMaxRequest = qint64{1} << 20;  // bytes, without the line end
+constexpr qint64 kMaxUnread = qint64{1} << 20;
+constexpr std::chrono::seconds kLastAnswerTimeout(1);  // of a last answer
 
 }  // namespace
 
 ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent,
-                                     std::chrono::milliseconds mostIdle)
+                                     std::chrono::milliseconds idleTimeout)
     : QObject(parent),
       mySocket(*socket),
-      myMostIdle(mostIdle),
+      myIdleTimeout(idleTimeout),
       myGathering([this] { SendGathered(); }, Gathering::First::Waits) {
   socket->setParent(this);
-  socket->setReadBufferSize(kMostRequest + 1);
+  socket->setReadBufferSize(kMaxRequest + 1);
   connect(socket, &QLocalSocket::readyRead, this, &ControlConnection::ScheduleRequest);
   connect(socket, &QLocalSocket::bytesWritten, this, &ControlConnection::ScheduleRequest);
   connect(socket, &QLocalSocket::disconnected, this, &QObject::deleteLater);
@@ -29,7 +29,7 @@ ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent,
   connect(&myIdle, &QTimer::timeout, this, [this] {
     if (!myAwaitsAnswer && !myFollows) mySocket.abort();
   });
-  myIdle.start(myMostIdle);
+  myIdle.start(myIdleTimeout);
   // Some may have come already.
   ScheduleRequest();
 }
@@ -51,22 +51,22 @@ void ControlConnection::ScheduleRequest() {
 
 void ControlConnection::TakeRequest() {
   if (myAwaitsAnswer || IsBehind() || mySocket.state() != QLocalSocket::ConnectedState) return;
-  if (!mySocket.canReadLine() && mySocket.bytesAvailable() <= kMostRequest) return;
+  if (!mySocket.canReadLine() && mySocket.bytesAvailable() <= kMaxRequest) return;
   // A pipe may have brought more than was to be kept, and the line's end in it.
-  const QByteArray line = mySocket.readLine(kMostRequest + 1);
+  const QByteArray line = mySocket.readLine(kMaxRequest + 1);
   if (!line.endsWith('\n')) {
     return AnswerAndClose(
         RefusalLine("a request of more than 1 MiB; expected is one JSON object "
                     "in a line"));
   }
-  myIdle.start(myMostIdle);
+  myIdle.start(myIdleTimeout);
   myAwaitsAnswer = true;
   Requested(*this, line.trimmed());
   ScheduleRequest();
 }
 
 bool ControlConnection::IsBehind() const {
-  return mySocket.bytesToWrite() + myGathered.size() > kMostUnread;
+  return mySocket.bytesToWrite() + myGathered.size() > kMaxUnread;
 }
 
 void ControlConnection::Send(const QByteArray& line) {
@@ -84,7 +84,7 @@ void ControlConnection::SendGathered() {
 
 void ControlConnection::Answer(const QByteArray& line) {
   myAwaitsAnswer = false;
-  myIdle.start(myMostIdle);
+  myIdle.start(myIdleTimeout);
   Send(line);
   ScheduleRequest();
 }
@@ -93,7 +93,7 @@ void ControlConnection::AnswerAndClose(const QByteArray& line) {
   Send(line);
   // Nothing more is taken. Ended at once, the client might not get to read the answer.
   myAwaitsAnswer = true;
-  QTimer::singleShot(kMostReading, this, [this] { mySocket.abort(); });
+  QTimer::singleShot(kLastAnswerTimeout, this, [this] { mySocket.abort(); });
 }
 
 void ControlConnection::StartFollowing() {

@@ -21,7 +21,7 @@ class ControlConnection : public QObject {
  public:
   // Takes over the socket.
   ControlConnection(QLocalSocket* socket, QObject* parent,
-                    std::chrono::milliseconds mostIdle = std::chrono::seconds(30));
+                    std::chrono::milliseconds idleTimeout = std::chrono::seconds(30));
   ~ControlConnection() override;
 
   // Event: a request, which is to be answered once, now or later. No other is taken until then.
@@ -42,7 +42,7 @@ class ControlConnection : public QObject {
   void SendGathered();
 
   QLocalSocket& mySocket;
-  const std::chrono::milliseconds myMostIdle;
+  const std::chrono::milliseconds myIdleTimeout;
   QTimer myIdle;
   bool myIsScheduled = false;
   bool myAwaitsAnswer = false;

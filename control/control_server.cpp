@@ -13,13 +13,13 @@
 namespace corvane {
 namespace {
 
-constexpr int kMostConnections = 16;
-constexpr int kPatience = 1000;  // ms
+constexpr int kMaxConnections = 16;
+constexpr int kProbeTimeout = 1000;  // ms
 
 bool IsAnswered(const QString& name) {
   QLocalSocket probe;
   probe.connectToServer(name);
-  return probe.waitForConnected(kPatience);
+  return probe.waitForConnected(kProbeTimeout);
 }
 
 }  // namespace
@@ -32,7 +32,7 @@ ControlServer::Claim ControlServer::Take(const QString& dataFolder) {
   return myIsListening ? Claim::Made : Claim::Failed;
 }
 
-bool ControlServer::TakeOrTell(const QString& dataFolder, const MessageBoxFunction& showMessage) {
+bool ControlServer::TakeOrReport(const QString& dataFolder, const MessageBoxFunction& showMessage) {
   // The application reports one that is not there.
   if (!QDir(dataFolder).exists()) return true;
   const Claim claim = Take(dataFolder);
@@ -61,7 +61,7 @@ void ControlServer::Accept(Commands& commands, QLocalSocket* socket) {
   client->Requested = [&commands](ControlConnection& from, const QByteArray& line) {
     commands.Run(from, line);
   };
-  if (++myConnections > kMostConnections) {
+  if (++myConnections > kMaxConnections) {
     client->AnswerAndClose(RefusalLine("too many connections; expected are 16 at most"));
   }
 }

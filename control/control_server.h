@@ -30,7 +30,7 @@ class ControlServer : public QObject {
   const std::string& Error() const { return myListener.Error(); }
   // The same where there is a folder, and tells what goes wrong. Whether this is the one server of
   // the folder, as far as is known.
-  bool TakeOrTell(const QString& dataFolder, const MessageBoxFunction& showMessage);
+  bool TakeOrReport(const QString& dataFolder, const MessageBoxFunction& showMessage);
 
   // Has clients served, once the socket was taken. Borrows the commands.
   void Serve(Commands& commands);

@@ -17,7 +17,7 @@
 namespace corvane {
 namespace {
 
-constexpr int kMostWaiting = 50;
+constexpr int kAcceptBacklog = 50;
 constexpr std::chrono::seconds kPause(1);
 
 void CloseDescriptor(int& descriptor) {
@@ -68,7 +68,7 @@ bool LocalListener::Socket::Bind(const QByteArray& file) {
       fchmod(listening, S_IRUSR | S_IWUSR) == 0 &&
       bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   if (isBound) bound = file;
-  return isBound && listen(listening, kMostWaiting) == 0;
+  return isBound && listen(listening, kAcceptBacklog) == 0;
 }
 
 void LocalListener::Socket::Serve() {

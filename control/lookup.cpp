@@ -14,14 +14,14 @@ QJsonObject NetworkRow(const ServerNetworks& network) {
           {"enabled", network.Enabled}};
 }
 
-NetworkRef NetworkNamed(const Operator& actions, const std::string& name) {
-  NetworkRef network = actions.Listener().FindNetwork(name);
+NetworkRef NetworkNamed(const Operator& op, const std::string& name) {
+  NetworkRef network = op.Listener().FindNetwork(name);
   if (network == nullptr) throw Refused("there is no network \"" + name + '"');
   return network;
 }
 
-void RefuseForDatabase(const Operator& actions) {
-  throw Refused("database: " + actions.StoreError());
+void RefuseForDatabase(const Operator& op) {
+  throw Refused("database: " + op.StoreError());
 }
 
 }  // namespace corvane

@@ -12,20 +12,20 @@ namespace corvane {
 
 class Operator;
 
-// What questions and actions share.
+// What Questions and Actions share.
 
 QJsonObject NetworkRow(const ServerNetworks& network);
 
 // The network of that name. Refuses where there is none.
-NetworkRef NetworkNamed(const Operator& actions, const std::string& name);
+NetworkRef NetworkNamed(const Operator& op, const std::string& name);
 
 // Refuses with what is wrong with the database.
-[[noreturn]] void RefuseForDatabase(const Operator& actions);
+[[noreturn]] void RefuseForDatabase(const Operator& op);
 
 // What the database gave. Refuses where its query failed.
 template <typename Rows>
-Rows Given(std::optional<Rows> rows, const Operator& actions) {
-  if (!rows) RefuseForDatabase(actions);
+Rows RowsOrRefuse(std::optional<Rows> rows, const Operator& op) {
+  if (!rows) RefuseForDatabase(op);
   return *std::move(rows);
 }
 

@@ -18,13 +18,13 @@
 
 namespace corvane {
 
-Questions::Questions(Operator& actions) : myActions(actions), myRates(actions.Loop().Counted()) {}
+Questions::Questions(Operator& op) : myOperator(op), myRates(op.Loop().Counted()) {}
 
 QByteArray Questions::Status(const Request&) {
   QJsonArray networks;
-  for (const NetworkRef& network : myActions.Networks())
+  for (const NetworkRef& network : myOperator.Networks())
     networks.append(NetworkRow(*network));
-  const MapSocket& listener = myActions.Listener();
+  const MapSocket& listener = myOperator.Listener();
   const auto& nic = listener.NetworkInterface;
   const Rates::Rate rate = myRates.Now();
   const auto bytes = [](std::uint64_t count) { return static_cast<qint64>(count); };
@@ -37,8 +37,8 @@ QByteArray Questions::Status(const Request&) {
       {"port", listener.Port()},
       {"connections", static_cast<qint64>(listener.ActiveConnections()->size())},
       {"memory", bytes(ProcessMemory())},
-      {"output-held", bytes(myActions.Loop().Memory().output.InUse())},
-      {"input-held", bytes(myActions.Loop().Memory().input.InUse())},
+      {"output-held", bytes(myOperator.Loop().Memory().output.InUse())},
+      {"input-held", bytes(myOperator.Loop().Memory().input.InUse())},
       {"messages-per-second", qRound64(rate.messages)},
       {"received-per-second", qRound64(rate.received)},
       {"sent-per-second", qRound64(rate.sent)},
@@ -48,9 +48,9 @@ QByteArray Questions::Status(const Request&) {
 
 QByteArray Questions::Users(const Request& request) {
   const std::optional<std::string> wanted = request.OptionalText("network");
-  const NetworkRef network = wanted ? NetworkNamed(myActions, *wanted) : nullptr;
+  const NetworkRef network = wanted ? NetworkNamed(myOperator, *wanted) : nullptr;
   RowsAnswer answer;
-  const auto connections = myActions.Listener().ActiveConnections();
+  const auto connections = myOperator.Listener().ActiveConnections();
   for (const auto& connection : *connections) {
     const auto& user = static_cast<const ClientSocket&>(*connection);
     if (user.LoginState() == ClientSocket::State::LoggedIn &&
@@ -59,14 +59,14 @@ QByteArray Questions::Users(const Request& request) {
                   {"network", AnswerText(user.NetworkName())},
                   {"address", DisplayText(user.PeerName())}});
     }
-    myActions.Loop().GiveWay();
+    myOperator.Loop().GiveWay();
   }
   return answer.Line();
 }
 
 QByteArray Questions::Networks(const Request&) {
   RowsAnswer answer;
-  for (const NetworkRef& network : myActions.Networks())
+  for (const NetworkRef& network : myOperator.Networks())
     answer.Add(NetworkRow(*network));
   return answer.Line();
 }
@@ -81,25 +81,25 @@ QByteArray Questions::Bans(const Request&) {
                 {"date", DisplayText(StoredDate(ban.bandate))},
                 {"network", AnswerText(ban.network)}});
   };
-  if (!myActions.ForEachBan(add)) RefuseForDatabase(myActions);
+  if (!myOperator.ForEachBan(add)) RefuseForDatabase(myOperator);
   return answer.Line();
 }
 
 QByteArray Questions::Admins(const Request&) {
   RowsAnswer answer;
-  for (const AdminsTable::Admin& admin : Given(myActions.Admins(), myActions)) {
+  for (const AdminsTable::Admin& admin : RowsOrRefuse(myOperator.Admins(), myOperator)) {
     answer.Add({{"id", static_cast<qint64>(admin.id)},
                 {"name", AnswerText(admin.name)},
                 {"network", AnswerText(admin.network)},
                 {"address", AnswerText(admin.address)}});
-    myActions.Loop().GiveWay();
+    myOperator.Loop().GiveWay();
   }
   return answer.Line();
 }
 
 QByteArray Questions::Settings(const Request&) {
   RowsAnswer answer;
-  for (const auto& [name, value] : myActions.Settings().Values())
+  for (const auto& [name, value] : myOperator.Settings().Values())
     answer.Add({{"name", AnswerText(name)}, {"value", AnswerText(value)}});
   return answer.Line();
 }

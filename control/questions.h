@@ -14,7 +14,7 @@ class Operator;
 // the answer. Borrows what knows the server.
 class Questions {
  public:
-  explicit Questions(Operator& actions);
+  explicit Questions(Operator& op);
 
   QByteArray Status(const Request& request);
   QByteArray Users(const Request& request);
@@ -24,7 +24,7 @@ class Questions {
   QByteArray Settings(const Request& request);
 
  private:
-  Operator& myActions;
+  Operator& myOperator;
   Rates myRates;
   const QDateTime myStart = QDateTime::currentDateTimeUtc();
 };

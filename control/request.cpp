@@ -32,13 +32,13 @@ std::optional<std::string> Request::OptionalText(const char* name) const {
   return TextFromDisplay(value.toString());
 }
 
-std::optional<std::int32_t> Request::OptionalNumber(const char* name, std::int32_t least,
-                                                    std::int32_t most) const {
+std::optional<std::int32_t> Request::OptionalNumber(const char* name, std::int32_t min,
+                                                    std::int32_t max) const {
   const QJsonValue value = myFields[QLatin1String(name)];
   if (value.isUndefined()) return std::nullopt;
-  const int number = value.toInt(least - 1);
-  if (number < least || number > most) {
-    RefuseField(name, "a number from " + std::to_string(least) + " to " + std::to_string(most));
+  const int number = value.toInt(min - 1);
+  if (number < min || number > max) {
+    RefuseField(name, "a number from " + std::to_string(min) + " to " + std::to_string(max));
   }
   return number;
 }

@@ -34,8 +34,8 @@ class Request {
 
   std::string Text(const char* name) const;
   std::optional<std::string> OptionalText(const char* name) const;
-  std::optional<std::int32_t> OptionalNumber(const char* name, std::int32_t least,
-                                             std::int32_t most) const;
+  std::optional<std::int32_t> OptionalNumber(const char* name, std::int32_t min,
+                                             std::int32_t max) const;
   bool Flag(const char* name) const;
 
  private:

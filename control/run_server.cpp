@@ -15,7 +15,7 @@ int RunServer(ApplicationHooks& application, const MessageBoxFunction& showMessa
               const std::function<int(App&)>& run) {
   const std::optional<QString> folder = ApplicationDataFolder();
   ControlServer control;
-  if (folder && !control.TakeOrTell(*folder, showMessage)) return 1;
+  if (folder && !control.TakeOrReport(*folder, showMessage)) return 1;
   App app(folder, showMessage);
   application.LastResort = [&app] { app.LastResort(); };
   application.Quit = [&app] { app.QuitFor("desktop"); };

@@ -12,8 +12,8 @@
 namespace corvane::ctl {
 namespace {
 
-void AddOptions(QCommandLineParser& parser, std::span<const OptionOf> options) {
-  for (const OptionOf& option : options) {
+void AddOptions(QCommandLineParser& parser, std::span<const Option> options) {
+  for (const Option& option : options) {
     QStringList names{option.name};
     if (option.shortName != nullptr) names.push_front(option.shortName);
     parser.addOption({names, option.description, option.valueName});
@@ -37,8 +37,7 @@ const Command* CommandOf(const QStringList& words) {
   throw UsageError(QStringLiteral("%1: %2\nUsage: %3").arg(command.words, fault, UsageOf(command)));
 }
 
-QJsonValue ValueOf(const Command& command, const QCommandLineParser& parser,
-                   const OptionOf& option) {
+QJsonValue ValueOf(const Command& command, const QCommandLineParser& parser, const Option& option) {
   if (option.valueName == nullptr) return true;
   const QString text = parser.value(option.name);
   const QString name = QStringLiteral("--") + option.name;
@@ -73,13 +72,13 @@ QJsonObject RequestOf(const Command& command, const QCommandLineParser& parser) 
     QJsonValueRef file = request[command.arguments.front().name];
     file = QFileInfo(file.toString()).absoluteFilePath();
   }
-  const auto isSet = [&parser](const OptionOf& option) { return parser.isSet(option.name); };
-  for (const OptionOf& option : command.options) {
+  const auto isSet = [&parser](const Option& option) { return parser.isSet(option.name); };
+  for (const Option& option : command.options) {
     if (isSet(option)) request[option.name] = ValueOf(command, parser, option);
   }
   if (command.needsOption && std::ranges::none_of(OptionsOf(command), isSet)) {
     QStringList names;
-    for (const OptionOf& option : OptionsOf(command))
+    for (const Option& option : OptionsOf(command))
       names.push_back(QStringLiteral("--") + option.name);
     ThrowUsage(command, "nothing to change; expected is one of " + names.join(", "));
   }

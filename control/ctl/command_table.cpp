@@ -6,12 +6,12 @@ namespace {
 constexpr Argument kNetwork{"name", "The network."};
 constexpr Argument kUser{"user", "The user's name, or ADDRESS:PORT as \"users\" shows it."};
 constexpr Argument kReason{"reason", "What the user is told."};
-constexpr OptionOf kIsName{"name", nullptr, "USER is a name, even if it looks like ADDRESS:PORT."};
-constexpr OptionOf kOneNetwork{"network", "NAME", "Only this network."};
-constexpr OptionOf kForce{"force", nullptr, "Also where that ends the server."};
-constexpr OptionOf kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
+constexpr Option kIsName{"name", nullptr, "USER is a name, even if it looks like ADDRESS:PORT."};
+constexpr Option kOneNetwork{"network", "NAME", "Only this network."};
+constexpr Option kForce{"force", nullptr, "Also where that ends the server."};
+constexpr Option kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
 
-constexpr OptionOf kCommonOptions[] = {
+constexpr Option kCommonOptions[] = {
     {"data-folder", "FOLDER",
      "Data folder of the server. If none is given: the user's own; where no server runs there, "
      "that of the machine's service."},
@@ -94,7 +94,7 @@ const std::vector<Command> kCommands = {
      .arguments = {{"file", "The file to make."}},
      .options = {{"overwrite", nullptr, "Also in the place of files that are there."}},
      .takesFile = true,
-     .takesItsTime = true},
+     .isSlow = true},
     {"log",
      "The newest lines of the log.",
      {},
@@ -113,8 +113,8 @@ std::span<const Command> AllCommands() {
   return kCommands;
 }
 
-std::vector<OptionOf> OptionsOf(const Command& command) {
-  std::vector<OptionOf> options = command.options;
+std::vector<Option> OptionsOf(const Command& command) {
+  std::vector<Option> options = command.options;
   if (command.password != Password::None) {
     options.push_back({"password-file", "FILE",
                        "Read the password, a line, from this file; - is standard input."});
@@ -125,7 +125,7 @@ std::vector<OptionOf> OptionsOf(const Command& command) {
   return options;
 }
 
-std::span<const OptionOf> CommonOptions() {
+std::span<const Option> CommonOptions() {
   return kCommonOptions;
 }
 

@@ -12,7 +12,7 @@ struct Argument {
   bool isOptional = false;
 };
 
-struct OptionOf {
+struct Option {
   const char* name;       // the request's field
   const char* valueName;  // none: a switch; "NUMBER", "FILE", "FOLDER": one of these
   const char* description;
@@ -27,21 +27,21 @@ struct Command {
   const char* words;  // the request's "command"
   const char* description;
   std::vector<Argument> arguments;  // the last takes all further words where `joinsWords`
-  std::vector<OptionOf> options = {};
+  std::vector<Option> options = {};
   std::vector<const char*> columns = {};  // of the answer's rows
   bool joinsWords = false;
   Password password = Password::None;
-  bool needsOption = false;   // does nothing without one
-  bool takesFile = false;     // the first argument: the server is told its whole path
-  bool takesItsTime = false;  // the answer may be long in coming
+  bool needsOption = false;  // does nothing without one
+  bool takesFile = false;    // the first argument: the server is told its whole path
+  bool isSlow = false;       // the answer may be long in coming
 };
 
 std::span<const Command> AllCommands();
 
 // The command's own options, with those for its password.
-std::vector<OptionOf> OptionsOf(const Command& command);
+std::vector<Option> OptionsOf(const Command& command);
 
 // Those that every command takes.
-std::span<const OptionOf> CommonOptions();
+std::span<const Option> CommonOptions();
 
 }  // namespace corvane::ctl

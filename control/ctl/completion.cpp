@@ -11,9 +11,9 @@ namespace corvane::ctl {
 namespace {
 
 // None where no command has such an option.
-const OptionOf* OptionNamed(const QString& word) {
+const Option* OptionNamed(const QString& word) {
   static const auto options = [] {
-    std::vector<OptionOf> all(CommonOptions().begin(), CommonOptions().end());
+    std::vector<Option> all(CommonOptions().begin(), CommonOptions().end());
     for (const Command& command : AllCommands()) {
       const auto own = OptionsOf(command);
       all.insert(all.end(), own.begin(), own.end());
@@ -21,11 +21,11 @@ const OptionOf* OptionNamed(const QString& word) {
     return all;
   }();
   const auto found = std::ranges::find_if(
-      options, [&word](const OptionOf& option) { return word.mid(2) == option.name; });
+      options, [&word](const Option& option) { return word.mid(2) == option.name; });
   return word.startsWith("--") && found != options.end() ? &*found : nullptr;
 }
 
-QString ValuesOf(const OptionOf& option) {
+QString ValuesOf(const Option& option) {
   if (QLatin1String(option.valueName) == QLatin1String("FILE")) return ":files\n";
   return QLatin1String(option.valueName) == QLatin1String("FOLDER") ? ":folders\n" : "";
 }
@@ -37,8 +37,8 @@ class Candidates {
     const QString line = word + '\t' + description + '\n';
     if (word.startsWith(myBeginning) && !text.contains('\n' + word + '\t')) text += line;
   }
-  void Add(std::span<const OptionOf> options) {
-    for (const OptionOf& option : options)
+  void Add(std::span<const Option> options) {
+    for (const Option& option : options)
       Add(QStringLiteral("--") + option.name, option.description);
   }
 
@@ -53,7 +53,7 @@ class Candidates {
 QString Completions(const QStringList& words) {
   if (words.isEmpty()) return {};
   QStringList given;
-  const OptionOf* open = nullptr;  // whose value is next
+  const Option* open = nullptr;  // whose value is next
   for (const QString& word : words.first(words.size() - 1)) {
     if (word == "=") continue;  // bash: between an option and its value
     const bool isValue = open != nullptr;

@@ -30,15 +30,15 @@ QString Item(const QString& title, const QString& description) {
   return Wrapped(("  " + title).leftJustified(kColumn), description, kColumn);
 }
 
-QString OptionTitle(const OptionOf& option) {
+QString OptionTitle(const Option& option) {
   QString title = option.shortName != nullptr ? QStringLiteral("-%1, ").arg(option.shortName) : "";
   title += QStringLiteral("--") + option.name;
   return option.valueName != nullptr ? title + " " + option.valueName : title;
 }
 
-QString Options(const char* heading, std::span<const OptionOf> options) {
+QString Options(const char* heading, std::span<const Option> options) {
   QString text = options.empty() ? "" : QStringLiteral("\n%1:\n").arg(heading);
-  for (const OptionOf& option : options)
+  for (const Option& option : options)
     text += Item(OptionTitle(option), option.description);
   return text;
 }

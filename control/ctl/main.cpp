@@ -22,7 +22,7 @@ namespace {
 
 enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kNoServer = 3, kNotShown = 4 };
 
-constexpr int kPatience = 30'000;  // ms
+constexpr int kAnswerTimeout = 30'000;  // ms
 
 int Complain(ExitCode code, const QString& text) {
   std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text.trimmed()));
@@ -80,7 +80,7 @@ int Ask(const CommandLine& line, Printer& printer) {
                                    folders.join(" or ") + "; --data-folder names another folder");
   }
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-  std::optional<QByteArray> received = server.Receive(line.command->takesItsTime ? -1 : kPatience);
+  std::optional<QByteArray> received = server.Receive(line.command->isSlow ? -1 : kAnswerTimeout);
   if (received) {
     const ExitCode code = Show(line, *received, printer);
     if (code != kDone || !line.request["follow"].toBool()) return code;
@@ -91,7 +91,7 @@ int Ask(const CommandLine& line, Printer& printer) {
   return Complain(kNoServer, "the server ended, or does not answer");
 }
 
-int Carry(CommandLine line, Printer& printer) {
+int Execute(CommandLine line, Printer& printer) {
   if (line.text) {
     printer.PrintText(line.text->toUtf8());
     return kDone;
@@ -108,7 +108,7 @@ int main(int argc, char** argv) {
   const QCoreApplication application(argc, argv);
   try {
     Printer printer;
-    const int code = Carry(ParseCommandLine(QCoreApplication::arguments()), printer);
+    const int code = Execute(ParseCommandLine(QCoreApplication::arguments()), printer);
     const int error = printer.Error();
     if (code != kDone || error == 0) return code;
     // Somebody who reads no more, such as "head", misses nothing.

@@ -16,11 +16,11 @@ namespace {
 using Row = std::vector<QString>;
 
 // Longer than any of the server's lines: something else may answer.
-constexpr std::size_t kLongestLine = 8192;  // bytes
+constexpr std::size_t kMaxLine = 8192;  // bytes
 
 QByteArray LineText(const QJsonValue& value) {
   std::string line;
-  const bool isWhole = AppendEscaped(line, TextFromDisplay(value.toString()), kLongestLine);
+  const bool isWhole = AppendEscaped(line, TextFromDisplay(value.toString()), kMaxLine);
   return QByteArray::fromStdString(line) + (isWhole ? "\n" : "...\n");
 }
 

@@ -7,7 +7,7 @@ namespace corvane::ctl {
 namespace {
 
 // Several times the server's largest answer: something else may answer.
-constexpr qint64 kLongestAnswer = qint64{64} << 20;
+constexpr qint64 kMaxAnswer = qint64{64} << 20;
 
 }  // namespace
 
@@ -21,10 +21,10 @@ void ServerLink::Send(const QByteArray& line) {
   mySocket.flush();
 }
 
-std::optional<QByteArray> ServerLink::Receive(int patience) {
+std::optional<QByteArray> ServerLink::Receive(int timeout) {
   while (!mySocket.canReadLine()) {
-    if (mySocket.bytesAvailable() > kLongestAnswer) return std::nullopt;
-    if (!mySocket.waitForReadyRead(patience)) return std::nullopt;
+    if (mySocket.bytesAvailable() > kMaxAnswer) return std::nullopt;
+    if (!mySocket.waitForReadyRead(timeout)) return std::nullopt;
   }
   return mySocket.readLine().trimmed();
 }

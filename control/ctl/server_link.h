@@ -16,7 +16,7 @@ class ServerLink {
   void Send(const QByteArray& line);
   // The next line; none when the server has gone, says nothing for so long (ms; -1: ever), or
   // does not come to the line's end.
-  std::optional<QByteArray> Receive(int patience);
+  std::optional<QByteArray> Receive(int timeout);
 
  private:
   QLocalSocket mySocket;

@@ -77,11 +77,11 @@ TEST_F(AppTest, WhatTheDatabaseLacksIsToldAtTheStart) {
     QFile::remove(file);
     ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));
     if (!statements.empty()) OtherProgram(file).Run(statements);
-    std::vector<std::string> told;
+    std::vector<std::string> complaints;
     App app(folder.path(), show);
-    app.serverdb().Complained = [&told](const std::string& line) { told.push_back(line); };
+    app.serverdb().Complained = [&complaints](const std::string& line) { complaints.push_back(line); };
     EXPECT_TRUE(app.Open());
-    EXPECT_THAT(told, ElementsAre("database: " + QDir::toNativeSeparators(file).toStdString() +
+    EXPECT_THAT(complaints, ElementsAre("database: " + QDir::toNativeSeparators(file).toStdString() +
                                   " lacks " + lacks));
   }
   QFile::remove(file);
@@ -103,10 +103,10 @@ TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsAsked) {
   for (const auto& [locator, city] : {std::pair{"", "Oslo"}, {"http://127.0.0.1:1", ""}}) {
     settings.SetValue("LocatorAddress", locator);
     App app(folder.path(), show);
-    int told = 0;
-    app.Locations().Told = [&told](const std::string&) { ++told; };
+    int complaints = 0;
+    app.Locations().Told = [&complaints](const std::string&) { ++complaints; };
     ASSERT_TRUE(app.Open());
-    EXPECT_EQ(told, *locator == '\0' ? 1 : 0);
+    EXPECT_EQ(complaints, *locator == '\0' ? 1 : 0);
     std::optional<std::string> found;
     const auto transfer = app.Locations().Find(
         "127.0.0.1", {}, [&](const ClientLocation& location) { found = location.city; });
@@ -120,7 +120,7 @@ class LoadTest : public AppTest {
   // Starts a server on the folder's files and calls back with what it loaded.
   void Load(const std::function<void(MapSocket&)>& look) {
     ASSERT_TRUE(app.Open());
-    app.Settings().Complained = [this](const std::string& line) { told.push_back(line); };
+    app.Settings().Complained = [this](const std::string& line) { complaints.push_back(line); };
     added = 0;
     MapSocket& listener = app.Listener();
     const auto lines = listener.StatusMessage.Connect(
@@ -144,7 +144,7 @@ class LoadTest : public AppTest {
   App app{folder.path(), show};
   std::function<void(MapSocket&)> networkAdded;
   std::vector<std::string> status;
-  std::vector<std::string> told;
+  std::vector<std::string> complaints;
   int added = 0;
 };
 
@@ -244,7 +244,7 @@ TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
     EXPECT_TRUE(client.LogIn("demo", "secret", "Ann"));
   });
   EXPECT_THAT(boxes, IsEmpty());
-  EXPECT_THAT(told, IsEmpty()) << "all interfaces are what was asked for";
+  EXPECT_THAT(complaints, IsEmpty()) << "all interfaces are what was asked for";
 }
 
 TEST_F(LoadTest, WhyItDoesNotListenIsSaidAndTheRestIsLoaded) {
@@ -273,9 +273,9 @@ TEST_F(LoadTest, WhyItDoesNotListenIsSaidAndTheRestIsLoaded) {
     EXPECT_THAT(status, ElementsAre("Server Error: " + std::to_string(row.code), "Listening..."));
   }
   EXPECT_THAT(
-      told, testing::Each(testing::EndsWith(
+      complaints, testing::Each(testing::EndsWith(
                 "no interface has the address \"00:00:5E:00:53:01\"; the server listens on all")));
-  EXPECT_EQ(told.size(), 2U);
+  EXPECT_EQ(complaints.size(), 2U);
 }
 
 TEST(NICByMac, FindsTheFirstOfThatAddress) {

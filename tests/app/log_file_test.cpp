@@ -7,7 +7,7 @@ namespace corvane {
 namespace {
 
 TEST_F(LogFileTest, OldLinesGo) {
-  constexpr qint64 kMost = qint64{10} << 20;
+  constexpr qint64 kMaxBytes = qint64{10} << 20;
   LogFile log(path);
   log.WriteLine("one");
   EXPECT_TRUE(EndsIn("one\n"));
@@ -22,7 +22,7 @@ TEST_F(LogFileTest, OldLinesGo) {
   const QFileInfoList files = QDir(folder.filePath("logs")).entryInfoList(QDir::Files, QDir::Name);
   ASSERT_EQ(files.size(), 6);
   for (const QFileInfo& file : files) {
-    EXPECT_LE(file.size(), kMost);
+    EXPECT_LE(file.size(), kMaxBytes);
   }
   EXPECT_EQ(files.last().fileName(), "test.log.5");
 }

@@ -8,9 +8,9 @@ namespace corvane {
 namespace {
 
 TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
-  constexpr qsizetype kMost = 200'000;
+  constexpr qsizetype kMaxBytes = 200'000;
   qsizetype bytes = 0;
-  StatusLogModel model(kMost);
+  StatusLogModel model(kMaxBytes);
   int written = 0;
   for (const int next : {10'000, 20'000, 30'000}) {
     for (; written < next; ++written)
@@ -26,9 +26,9 @@ TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
       ASSERT_TRUE(isNumber(row, next - model.rowCount() + row));
       bytes += model.index(row).data().toString().size();
     }
-    EXPECT_LE(bytes, kMost);
+    EXPECT_LE(bytes, kMaxBytes);
   }
-  EXPECT_GT(bytes, kMost * 9 / 10);
+  EXPECT_GT(bytes, kMaxBytes * 9 / 10);
 }
 
 TEST(StatusLogModel, FirstLineBecomesARowAtOnceAndTheNextOnesTogether) {
