@@ -1,5 +1,4 @@
-// The server without a window, administered by corvanectl. What would be a message box goes to
-// standard error.
+// The server without a window, administered by corvanectl. Message boxes go to standard error.
 
 #include "app/app.h"
 #include "app/program_start.h"

@@ -40,7 +40,7 @@ std::string WhyNotListening(const MapSocket& listener) {
   const int port = listener.Port();
   const std::string reason =
       port < 0 || port > kMaxPort
-          ? "there is no such port, they go from 0 to " + std::to_string(kMaxPort)
+          ? "there is no such port; ports go from 0 to " + std::to_string(kMaxPort)
           : std::system_category().message(listener.LastErrorCode());
   return "Cannot listen on port " + std::to_string(port) + ": " + reason;
 }
@@ -144,11 +144,11 @@ void App::LoadServerSocket() {
                         "\"; the server listens on all");
   }
   listener.SetPort(Int32FromText(mySettings.GetValue("AttachedPort", "12000")));
-  // Whatever the setting "MaxConns" says: deliberate.
+  // The setting "MaxConns" is ignored: deliberate.
   listener.SetMaximumSocketsConnected(kMaxConnections);
   listener.Listen();
   if (!myDatabase.IsConnected()) return Quit();
-  // Who connects during this loop finds the networks that are in the list so far.
+  // A client that connects during this loop finds only the networks listed so far.
   for (const NetworkRef& network : ReadNetworks().value_or(std::vector<NetworkRef>())) {
     listener.Networks.push_back(network);
     myOperator->NetworkAdded(network);
@@ -202,7 +202,7 @@ void App::LastResort() {
     Show("An exception of class " + ClassNameOf(std::current_exception()) +
          " was not handled.  The application must shut down.");
   } catch (const std::bad_alloc&) {
-    // Without memory it ends without a word.
+    // No memory for the message: end without it.
   }
   Quit(1);
 }

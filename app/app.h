@@ -28,42 +28,44 @@
 
 namespace corvane {
 
-// The application object: owns the pieces of which the process has one, the listener and the log
-// among them, and starts and ends it. Has status lines written to standard output, and all that the
-// operator is told to the log. Made by main, outlives what an operator works with.
+// The application object: owns everything of which the process has one (settings, database, event
+// loop, listener, log), opens it in order, and ends the program. Writes status lines to standard
+// output, and messages to the operator to the log. RunServer makes it before the front ends that
+// borrow it.
 class App {
  public:
-  // `dataFolder` holds the database and the settings file; none when the system knows no such
-  // folder. `showMessage` puts a box before the operator.
+  // `dataFolder` holds the database and the settings file; none if the system has no such folder.
+  // `showMessage` shows the operator a message box.
   App(std::optional<QString> dataFolder, MessageBoxFunction showMessage);
   ~App();
 
-  // Loads the settings, which say what rules are in force, makes the update checker, opens the
-  // database and makes the listener. What goes wrong is shown in a message box; then the result is
-  // false and the program has to end. What cannot be written, what the database lacks and what is
-  // not understood of the settings is told on standard error and in the log.
+  // Loads the settings, which choose the rules, makes the update checker, opens the database and
+  // makes the listener. Returns false if the program cannot start; a message box has said why.
+  // Reports files that cannot be written, missing tables and columns, and values of settings that
+  // are not understood on standard error and in the log.
   bool Open();
 
-  // Runs Qt's loop by `exec`, and `open` first in it, where quitting and errors are provided for.
-  // The service manager is told when the server listens and when it ends. Returns the exit code.
+  // Runs Qt's loop by `exec`, and `open` as the first thing in it, so that quitting and the last
+  // resort work there. Tells the service manager when the server listens and when it ends. Returns
+  // the exit code.
   int Run(int (*exec)(), std::function<void()> open);
 
   // Configures the listener from the settings, starts it and fills its Networks from the database.
-  // Ends with the status line "Listening..."; what keeps it from listening is told on standard
-  // error, and an interface that is not there as faults of the settings are.
+  // Ends with the status line "Listening...", even if the server cannot listen; standard error then
+  // has the reason. Reports an unknown interface like any other fault in the settings.
   void LoadServerSocket();
 
-  // The networks as the database has them, in its order; none when the query fails.
+  // The networks in the database, in its order; none if the query fails.
   std::optional<std::vector<NetworkRef>> ReadNetworks();
 
-  // Ends the program with this exit code: nothing can veto it.
+  // Ends the program with this exit code. No window can veto it.
   void Quit(int code = 0);
-  // The same on behalf of somebody, who is noted.
+  // The same, with the actor in the audit log.
   void QuitFor(const std::string& actor);
   bool IsQuitting() const { return myIsQuitting; }
 
-  // Where an error ends that nobody caught: sends what was written, closes all connections and the
-  // listener, so that nobody waits for the operator, then shows the last-resort message once and
+  // Ends the program after an uncaught error: flushes and closes all connections and the listener
+  // first, as the operator may take long to answer, then shows the last-resort message once and
   // quits with code 1. Call it from a catch block.
   void LastResort();
 
@@ -72,13 +74,13 @@ class App {
   AppSettings& Settings() { return mySettings; }
   DatabaseConnection& serverdb() { return myDatabase; }
   LocationLookup& Locations() { return myLocations; }
-  // There once the settings are loaded.
+  // Valid once the settings are loaded.
   const Rules& RulesInForce() const { return *myRules; }
   NetworksTable& NetworkRecords() { return *myNetworkRecords; }
   VersionChecker& Updates() { return *myUpdates; }
   HttpClient& Http() { return myHttp; }
   MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
-  // These are there once it is open.
+  // Valid after Open().
   MapSocket& Listener() { return *myListener; }
   Operator& Actions() { return *myOperator; }
 
@@ -90,7 +92,7 @@ class App {
   void ReportFaults(const std::vector<std::string>& faults);
 
   std::optional<QString> myDataFolder;
-  ServerLog myLog;  // outlives all that writes into it
+  ServerLog myLog;  // outlives everything that writes to it
   StatusClock myClock;
   StandardOutput myOutput;
   MessageBoxFunction myShowMessage;
@@ -101,7 +103,7 @@ class App {
   LocationLookup myLocations;
   HttpClient myHttp;
   std::optional<VersionChecker> myUpdates;
-  PollLoop myLoop;  // may hold sockets that borrow the others
+  PollLoop myLoop;  // its sockets may borrow the members above
   std::shared_ptr<MapSocket> myListener;
   std::optional<Operator> myOperator;
   SignalConnection myStatusLines;
@@ -109,7 +111,7 @@ class App {
   bool myLastResortReached = false;
 };
 
-// The first interface whose MAC address is the text (letter case ignored); none if none is.
+// The first interface with this MAC address, letter case ignored.
 std::optional<NetworkInterface> NICByMac(const std::vector<NetworkInterface>& interfaces,
                                          const std::string& macAddress);
 

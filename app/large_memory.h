@@ -2,8 +2,8 @@
 
 namespace corvane {
 
-// From now on memory that was had in one large piece goes back to the system as soon as it is
-// freed, and grows without being copied.
+// From now on, allocations of 1 MiB and more return to the system as soon as they are freed, and
+// grow without a copy.
 void ReturnLargeMemory();
 
 }  // namespace corvane

@@ -10,8 +10,8 @@ constexpr int kLarge = 1 << 20;
 }  // namespace
 
 void ReturnLargeMemory() {
-  // The library's own threshold grows with the pieces that are freed, up to 32 MiB, and what is
-  // below it may stay in a heap that somebody else's piece keeps from shrinking.
+  // The C library's own threshold rises to the largest block freed, up to 32 MiB. Blocks below it
+  // come from the heap, which one small block at its end keeps from shrinking.
   mallopt(M_MMAP_THRESHOLD, kLarge);
 }
 

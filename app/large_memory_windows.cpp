@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// As it is here anyway.
+// Windows does so by itself.
 void ReturnLargeMemory() {}
 
 }  // namespace corvane

@@ -15,12 +15,12 @@ LineWriter::LineWriter(Sink sink)
 
 LineWriter::~LineWriter() {
   WriteKept();
-  WriteKept();  // that lines were dropped
+  WriteKept();  // the line that reports dropped ones
 }
 
 void LineWriter::WriteLine(std::string_view line) {
   if (myClosed) return;
-  // A burst may be longer than what is kept, and be taken all the same.
+  // The sink may take a burst that is longer than the buffer.
   if (myKept.size() + line.size() >= kMaxKept && myIsTaken) WriteKept();
   if (myKept.size() + line.size() >= kMaxKept) {
     ++myDropped;

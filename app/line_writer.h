@@ -9,24 +9,23 @@
 
 namespace corvane {
 
-// A log, a line at a time, to where it may not be taken. Lines leave together, a moment later, so
-// that a burst of them costs one write. Who takes none, or not as fast, never blocks the program:
-// what does not fit is kept back, up to 1 MiB, and lines past that are dropped and counted in a
-// line of their own. Needs a QCoreApplication.
+// Writes a log line by line to a sink that may be slow or stuck. Coalesces lines for 20 ms, so a
+// burst costs one write. A sink that takes nothing never blocks the program: up to 1 MiB waits for
+// it, further lines are dropped, and one line reports how many. Needs a QCoreApplication.
 class LineWriter {
  public:
-  // Writes as much of the bytes as is taken at once.
+  // Writes as many of the bytes as it can without waiting.
   using Sink = std::function<StreamWriting(std::string_view bytes)>;
 
   explicit LineWriter(Sink sink);
-  // Writes what is taken of the rest.
+  // Writes what the sink takes of the rest.
   ~LineWriter();
   LineWriter(const LineWriter&) = delete;
   LineWriter& operator=(const LineWriter&) = delete;
 
-  // Writes the line, in which what misleads is written out (status_line.h), and a line end.
+  // Writes the line, whose text is already escaped (status_line.h), and a line end.
   void WriteLine(std::string_view line);
-  // Writes as much of what is kept as does not block, now.
+  // Writes now as much as the sink takes.
   void WriteKept();
 
  private:
@@ -36,12 +35,12 @@ class LineWriter {
   Sink mySink;
   std::string myKept;
   std::size_t myDropped = 0;
-  bool myIsTaken = true;  // some of it was, the last time
+  bool myIsTaken = true;  // the last write took something
   bool myClosed = false;
   Gathering myWriting;
 };
 
-// Standard output as a log.
+// A log on standard output.
 class StandardOutput : public LineWriter {
  public:
   StandardOutput()

@@ -17,7 +17,7 @@ constexpr qint64 kMaxRead = qint64{1} << 20;
 constexpr int kOlderFiles = 5;
 constexpr std::chrono::seconds kPause(1);
 
-// The lines at the end of a file, whole ones.
+// The complete lines in the last 1 MiB of a file.
 std::vector<std::string> LinesAtEnd(const QString& name) {
   QFile file(name);
   if (!QFileInfo(name).isFile() || !file.open(QIODevice::ReadOnly)) return {};
@@ -50,9 +50,9 @@ StreamWriting LogFile::Write(std::string_view bytes) {
   return {.written = static_cast<std::size_t>(written)};
 }
 
-// Whether the file is open and may take so many bytes.
+// Returns whether the file is open and has room for so many bytes.
 bool LogFile::MakeRoom(std::size_t bytes) {
-  // Somebody may have taken it away, or given it another name.
+  // It may have been deleted or renamed.
   if (myFile.isOpen() && !QFile::exists(myFile.fileName())) myFile.close();
   if (!myFile.isOpen() && !Open()) return false;
   const auto isFull = [&] { return mySize + static_cast<qint64>(bytes) > kMaxBytes; };
@@ -64,7 +64,7 @@ bool LogFile::MakeRoom(std::size_t bytes) {
 bool LogFile::Open() {
   const QFileInfo place(myFile.fileName());
   QDir().mkdir(place.absolutePath());
-  // Anything but a plain file (a pipe, say) might never take a byte.
+  // Anything but a regular file (a pipe, say) might never take a byte.
   if (place.exists() && !place.isFile()) return false;
   if (!myFile.open(QIODevice::Append | QIODevice::Unbuffered,
                    QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {

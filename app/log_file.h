@@ -13,21 +13,21 @@
 
 namespace corvane {
 
-// A log in a file, of 10 MiB at most, with the five before it beside it as FILE.1 to FILE.5. Its
-// folder is made, though not what that is in, and the file is for its owner only. A full disk, or a
-// folder or file that is not there, costs lines and nothing else; it is tried again every second.
-// Needs a QCoreApplication.
+// A log file of at most 10 MiB, with the five before it as FILE.1 to FILE.5. Only its owner can
+// read it. Makes its folder, but not that folder's parents. A full disk or a missing folder costs
+// lines and nothing else; the file is tried again every second. Needs a QCoreApplication.
 class LogFile {
  public:
   explicit LogFile(const QString& file);
 
-  // Writes the line as LineWriter does.
+  // As LineWriter::WriteLine.
   void WriteLine(std::string_view line) { myLines.WriteLine(line); }
 
-  // Writes what it can to the file that is open, and opens the one of the name again.
+  // Flushes to the open file, then opens the file of this name again: after a rotation by another
+  // program that is a new one.
   void Reopen();
 
-  // The newest lines, the last at the end; from 1 MiB of the file and as much of the one before.
+  // The newest lines, oldest first, from the last 1 MiB of this file and of the one before.
   std::vector<std::string> Last(std::size_t count);
 
  private:
@@ -39,9 +39,9 @@ class LogFile {
 
   QFile myFile;
   qint64 mySize = 0;
-  bool myEndsInLine = false;  // what is written is not whole
+  bool myEndsInLine = false;  // the last line written is incomplete
   std::chrono::steady_clock::time_point myNextTry;
-  LineWriter myLines;  // writes at its end, too
+  LineWriter myLines;  // its destructor writes, so the file must still be there
 };
 
 }  // namespace corvane

@@ -12,7 +12,7 @@
 namespace corvane {
 namespace {
 
-// Whom bans are noted as issued by.
+// The issuer of bans.
 const std::string kName = "Server Admin";
 
 std::string Numbers(const std::vector<std::int64_t>& ids) {

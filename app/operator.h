@@ -25,28 +25,28 @@ class MapSocket;
 class PollLoop;
 class ServerLog;
 
-// Everything that an operator can do, one method an action, and what he is shown: all that windows
-// and the local socket know of the server. Nothing else changes networks, bans, administrators and
-// settings on an operator's behalf. Borrows the application object and the listener.
+// Everything an operator can do and see, one method an action. Windows and the local socket reach
+// the server only through it, and nothing else changes networks, bans, administrators or settings
+// on an operator's behalf. Borrows the application object and the listener.
 //
-// An action is noted in the log, with its actor, before it is carried out. Methods that return bool
-// return whether it was stored. Where the database refuses that, standard error says so: a network
-// is then as changed until the server ends, a ban counts for good (Bans), and administrators and
-// bans to be lifted stay.
+// Each action is logged with its actor before it is carried out. Methods that return bool return
+// whether the change was stored. If the database refuses it, standard error has the reason: a
+// changed network stays changed until the server ends, a ban stays in force (see Bans), and
+// administrators to be removed and bans to be lifted stay.
 //
 // Re-entrancy: methods that walk over connections, networks or bans give way to the connections, so
-// sessions may come, act and go before these return. No method waits for a client, and none but
+// sessions may begin, act and end before they return. No method waits for a client, and only
 // ShowMessage runs Qt's event loop or opens a window.
 class Operator {
  public:
   Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
 
-  // Events: a network was added to the list, or taken off it.
+  // Events: a network was added to the list, or removed from it.
   Signal<const NetworkRef&> NetworkAdded;
   Signal<const NetworkRef&> NetworkRemoved;
 
-  // While one exists, what is done is noted as done by this actor; otherwise by "window". They end
-  // in the reverse order.
+  // Names the actor that the log shows for actions as long as it exists; without one it is
+  // "window". Several must end in reverse order.
   class Acting {
    public:
     Acting(Operator& op, std::string actor)
@@ -60,10 +60,10 @@ class Operator {
     std::string myBefore;
   };
 
-  // Notes what is being done, and by whom.
+  // Writes an action to the audit log, with the actor.
   void Note(StatusParts what);
 
-  // For those who show what there is; changes go by the methods below.
+  // For reading only; changes go through the methods below.
   const MapSocket& Listener() const { return myListener; }
   const DatabaseConnection& Database() const;
   AppSettings& Settings() const;
@@ -76,72 +76,74 @@ class Operator {
   // The name may be empty or in use already.
   bool AddNetwork(const std::string& name, const std::string& password, std::int32_t maxUsers,
                   bool enabled);
-  // Counts for who logs in next; users who are in stay. The name stays: it is the record's key.
+  // Applies to later logins; users who are logged in stay. The name cannot change: it is the
+  // record's key.
   bool ChangeNetwork(ServerNetworks& network, const std::string& password, std::int32_t maxUsers,
                      bool enabled);
-  // Tells the network's users, sends them away and forgets the network. Throws as Send does.
+  // Sends the network's users a notice and "BYE", and removes the network. Throws as Send does.
   bool DeleteNetwork(const NetworkRef& network);
-  // Why the last change was not stored; to be asked right behind it.
+  // Why the last change was not stored. Valid until the next use of the database.
   std::string StoreError() const;
   // Sends "BYE" to the network's users, who end their connections.
   void DisconnectAll(const NetworkRef& network);
 
-  // How the networks in the database differ from those in the list, for which the name tells which
-  // is which, and of several that have it their order.
+  // How the networks in the database differ from those in the list. Networks match by name;
+  // several of one name match in their order.
   struct NetworkChanges {
     std::vector<NetworkRef> removed;
     std::vector<std::pair<NetworkRef, NetworkRef>> changed;  // the listed one, the stored one
     std::vector<NetworkRef> added;
   };
-  // None when the query fails.
+  // None if the query fails.
   std::optional<NetworkChanges> CompareNetworks();
-  // Changes the list as compared, as the methods above do, and leaves the database alone.
-  // Throws as Send does where a network was removed.
+  // Applies these changes to the list, as the methods above do, but not to the database. Throws as
+  // Send does if a network is removed.
   void ApplyChanges(const NetworkChanges& changes);
 
-  // Who is connected as "ADDRESS:PORT", or is logged in under the name; none if nobody is. A text
-  // that is an address and a port counts as a name only where `isName`: users choose their names.
+  // The session at "ADDRESS:PORT", or the one logged in under that name; null if there is none.
+  // A text that looks like an address and port is taken as a name only if `isName`, since users
+  // choose their names.
   std::shared_ptr<ClientSocket> FindUser(const std::string& user, bool isName) const;
 
-  // Sends the user a notice upon which clients leave; the connection stays as long as the rules let
-  // it. A user who has left is sent nothing.
+  // Sends the user a notice, at which clients disconnect. The rules say how long one that does not
+  // may stay. Does nothing to a user who has left.
   void Kick(ClientSocket& user, const std::string& reason);
-  // The same, with a ban of the address, also of a user who has left. Of a reason as much counts as
-  // the rules allow.
+  // The same, and bans the address, even if the user has left. The rules may shorten the reason.
   bool Ban(ClientSocket& user, const std::string& reason);
-  // Bans an address, noted for a network, which may be empty.
+  // Bans an address. The network is only recorded with it and may be empty.
   bool BanAddress(const std::string& address, const std::string& reason,
                   const std::string& networkName);
-  // Ends the connection. Harmless where it has ended.
+  // Ends the connection; does nothing if it has ended.
   void ForceDisconnect(ClientSocket& user);
-  // Gives a user of this name and address an administrator's rights in the network, at once.
+  // Makes the user of this name and address an administrator of the network, at once.
   bool MakeAdmin(const std::string& name, const std::string& address,
                  const std::string& networkName);
 
-  // Sends a message to one network, or to all for the name "(All Networks)". Unless the rules have
-  // it skipped, while a client is connected that has not chosen a network it throws
-  // NilObjectException, as MapSocket::BroadcastMessage does.
+  // Sends a message to one network, or to all for the name "(All Networks)". Throws
+  // NilObjectException, as MapSocket::BroadcastMessage does, if it reaches a client that has not
+  // chosen a network and the rules do not skip it.
   void Send(const std::string& text, const std::string& networkName);
-  // The connections at which it would throw, "ADDRESS:PORT" each.
+  // The connections at which Send would throw, each as "ADDRESS:PORT".
   std::vector<std::string> WithoutNetwork() const;
 
-  // Calls `act` for each ban, those that wait for the database last, and gives way to the
-  // connections in between. Returns false where a query fails.
+  // Calls `act` for each ban, those not yet stored last, and gives way to the connections in
+  // between. Returns false if a query fails.
   bool ForEachBan(const std::function<void(const corvane::Ban&)>& act);
-  // The ban that was listed under this number. None also when the query fails.
+  // The ban listed under this number; none also if the query fails.
   std::optional<corvane::Ban> FindBan(std::int64_t number);
-  // By their numbers; one that is no longer there is no failure. A lifted ban lets its address in
-  // from the next connection on, an administrator's rights end at once.
+  // Both take the records' numbers and skip those that are gone. A lifted ban admits its address
+  // from the next connection on; an administrator's rights end at once.
   bool LiftBans(const std::vector<std::int64_t>& ids);
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
-  // None when the query fails.
+  // None if the query fails.
   std::optional<std::vector<AdminsTable::Admin>> Admins();
 
-  // For the next start. Returns whether the settings file was saved; if not, the old value stays.
+  // Takes effect at the next start. Returns false, and keeps the old value, if the settings file
+  // could not be saved.
   bool ChangeSetting(const std::string& name, const std::string& value);
-  // Ends the program once its event loop runs again; harmless when it is ending.
+  // Ends the program when control returns to its event loop. Safe to call twice.
   void Quit();
-  // The same on behalf of this actor.
+  // The same, with this actor in the audit log.
   void QuitFor(const std::string& actor);
 
  private:

@@ -18,7 +18,7 @@ void SetUpProcess() {
   RaiseDescriptorLimit();
   ReturnLargeMemory();
   DropQtNoise();
-  // Each report may take a turn of Qt's loop, and GLib's turns cost more than Qt's own.
+  // Each report may take a turn of the event loop, and GLib's loop costs more than Qt's own.
   if (!qEnvironmentVariableIsSet("QT_NO_GLIB")) qputenv("QT_NO_GLIB", "1");
 }
 

@@ -4,11 +4,11 @@
 
 namespace corvane {
 
-// What has to be done before there is an application object of Qt's.
+// Prepares the process; call it before Qt's application object is made.
 void SetUpProcess();
 
-// Answers a caller who asked for help or the version, or whose words are not understood: the exit
-// code then. Needs a QCoreApplication.
+// Handles the command line. Returns an exit code if it asked for help or the version, or was wrong.
+// Needs a QCoreApplication.
 std::optional<int> AnswerCaller();
 
 }  // namespace corvane

@@ -10,15 +10,15 @@
 
 namespace corvane {
 
-// What a ServerApplication calls, once set. LastResort is called inside the catch block.
+// What a ServerApplication calls, once set.
 struct ApplicationHooks {
-  std::function<void()> LastResort;
+  std::function<void()> LastResort;  // called inside the catch block
   std::function<void()> Quit;
 };
 
-// Qt's application, with a window or without, taught two things: an error that an event handler
-// lets out ends in LastResort, and a request to quit (also the desktop's at the end of the session)
-// is carried out by Quit without asking the windows.
+// Qt's application, with a window or without. Passes exceptions that leave an event handler to
+// LastResort, and requests to quit (including the desktop's at the end of the session) to Quit,
+// without asking the windows.
 template <typename QtApplication>
 class ServerApplication : public QtApplication, public ApplicationHooks {
  public:

@@ -13,23 +13,23 @@
 
 namespace corvane {
 
-// What the operator may want to read later: the status lines, who did what, and what the database
-// refused, each with its time, in logs/corvane-server.log of the data folder. What operator and
-// administrators did stands in logs/corvane-audit.log, too, which nobody else can fill.
+// The server's log, logs/corvane-server.log in the data folder: status lines, actions with their
+// actors, and errors of the database, each with its time. Actions of the operator and the
+// administrators also go to logs/corvane-audit.log, which clients cannot flood.
 class ServerLog {
  public:
-  // Without a folder nothing is kept.
+  // Without a folder nothing is written.
   explicit ServerLog(const std::optional<QString>& dataFolder);
 
-  // Event: a line was added, as it is in the file.
+  // Event: a line was added. The text is the line in the file.
   Signal<const std::string&> Written;
 
-  // A line as LogLine makes it.
+  // Writes a line as LogLine makes it.
   void Write(std::string_view line);
-  // The same, for the audit, too.
+  // The same, and to the audit log.
   void WriteAudit(std::string_view line);
 
-  // Opens the files again, as another program may have put others in their places.
+  // Opens the files again, for programs that rotate logs.
   void Reopen();
   std::vector<std::string> Last(std::size_t count) { return myFile.Last(count); }
 

@@ -7,11 +7,11 @@
 
 namespace corvane {
 
-// What stands before the text of a status line: "[3/7/2011 9:05:02] ".
+// The prefix of a status line: "[3/7/2011 9:05:02] ".
 std::string StatusPrefix(const QDateTime& time);
 
-// The prefix of a time, in local time, for one time after another. Asking the system for its time
-// zone costs more than the rest of a line, so the text is made once a second.
+// Makes the prefix of status lines, in local time. Converting to local time costs more than the
+// rest of a line, so it does so once a second.
 class StatusClock {
  public:
   using Time = std::chrono::system_clock::time_point;

@@ -11,13 +11,13 @@
 namespace corvane {
 namespace {
 
-// By trying, since a right on paper may be none: the whole disk may be read-only.
+// Tries it, since permissions are not enough: the file system may be read-only.
 bool TakesNewFiles(const QString& folder) {
   QTemporaryFile probe(QDir(folder).absoluteFilePath(QStringLiteral("corvane-XXXXXX")));
   return probe.open();
 }
 
-// Whether the file can be changed, or made with the folders that it is in.
+// Whether the file can be changed, or can be made together with its folders.
 bool CanBeWritten(const QString& file) {
   const QFileInfo place(file);
   if (place.isFile()) return QFile(file).open(QIODevice::ReadWrite);
@@ -40,7 +40,8 @@ std::vector<std::string> WriteFaults(const QString& dataFolder) {
     add("There is no log", log, "Standard output has the status lines.");
   }
   const QString settings = *AppSettings(dataFolder).File();
-  if (!CanBeWritten(settings)) add("Settings are not kept", settings, "What is set is lost.");
+  if (!CanBeWritten(settings))
+    add("Settings are not kept", settings, "Changes to settings are lost.");
   const QString database = folder.absoluteFilePath(QStringLiteral("serverdb.rsd"));
   const QString where = TakesNewFiles(dataFolder) ? database : folder.absolutePath();
   if (QFileInfo::exists(database) && (where != database || !CanBeWritten(database))) {

@@ -7,8 +7,9 @@
 
 namespace corvane {
 
-// What of the data folder cannot be written to, a sentence for each thing that will not work. To be
-// asked before the database is opened: closing a second descriptor of its file drops its locks.
+// Checks that the server can write to its data folder. Returns a sentence for each thing that will
+// not work. Call it before opening the database: it opens and closes the file, and closing any
+// descriptor of a file drops all of the process's locks on it.
 std::vector<std::string> WriteFaults(const QString& dataFolder);
 
 }  // namespace corvane

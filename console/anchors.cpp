@@ -10,7 +10,7 @@ struct Span {
   int length;
 };
 
-// One direction of a control: `growth` is by how much the pane is longer than in its design.
+// One dimension of a control; `growth` is how much the pane has grown since its design size.
 Span Stretched(Span span, bool keepsNear, bool keepsFar, int growth) {
   if (keepsNear && keepsFar) return {span.start, span.length + growth};
   if (keepsFar) return {span.start + growth, span.length};

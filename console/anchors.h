@@ -7,18 +7,18 @@
 
 namespace corvane {
 
-// A pane that lays its controls out by position: each keeps its distance from the edges that it is
-// anchored to while the pane is resized, and its size where only one of two opposite edges is.
-// Borrows the controls, which are its children. A control that is squeezed stops at size 0.
+// A pane that lays out its controls by anchors. When the pane is resized, a control keeps its
+// distance from each edge that it is anchored to, and stretches between two opposite edges. A
+// control never gets a negative size. The controls are the pane's children.
 class Anchors : public QWidget {
  public:
   enum Edge { Left = 1, Top = 2, Right = 4, Bottom = 8 };
   Q_DECLARE_FLAGS(Edges, Edge)
 
-  // `designSize` is the size of the pane for which the controls' positions are given.
+  // The controls' positions are given for a pane of `designSize`.
   Anchors(QSize designSize, QWidget* parent);
 
-  // Adds the control, or gives it another place.
+  // Adds the control, or changes its place.
   void Add(QWidget* control, QRect position, Edges edges);
 
   QSize sizeHint() const override { return myDesignSize; }

@@ -6,13 +6,13 @@
 
 namespace corvane {
 
-// The application of a server that may have a window.
+// The application object of a server that may have a window.
 class Application : public ServerApplication<QApplication> {
  public:
   Application(int& argc, char** argv);
 };
 
-// Whether somebody may be looking. Needs an Application.
+// Whether windows can be seen. Needs an Application.
 bool HasDisplay();
 
 }  // namespace corvane

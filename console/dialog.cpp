@@ -17,12 +17,12 @@ Dialog::Dialog(const QString& name, const QString& title, QWidget& owner) : QDia
   setWindowModality(Qt::WindowModal);
   setWindowFlags(Qt::Dialog | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                  Qt::WindowSystemMenuHint | Qt::WindowCloseButtonHint);
-  // Qt takes a single "[*]", which a user's name may be, for a mark of its own.
+  // Qt replaces "[*]", which a user's name may contain, by a mark for unsaved changes.
   setWindowTitle(QString(title).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]")));
 }
 
 void Dialog::open() {
-  // Qt would make the first button the default by itself.
+  // Otherwise Qt makes the first button the default.
   for (QPushButton* button : findChildren<QPushButton*>())
     button->setAutoDefault(false);
   focusNextChild();

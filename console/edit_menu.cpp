@@ -35,14 +35,14 @@ bool IsTextField(const QWidget* widget) {
          qobject_cast<const QPlainTextEdit*>(widget) != nullptr;
 }
 
-// Whether the key does anything to what has the focus.
+// Whether the key does anything to the focused widget.
 bool HasUse(QKeyCombination key) {
   QWidget* target = QApplication::focusWidget();
   if (const auto* list = dynamic_cast<ListBox*>(target)) {
     if (key.key() == Qt::Key_C) return list->selectionModel()->hasSelection();
     return key.key() == Qt::Key_A && list->selectionMode() == ListBox::ExtendedSelection;
   }
-  // By key the menu is reached through the bar, which has the focus until the menu closes.
+  // Opened by keyboard, the menu leaves the focus on the bar until it closes.
   return IsTextField(target) || qobject_cast<QMenuBar*>(target) != nullptr;
 }
 
@@ -50,7 +50,7 @@ void Press(QKeyCombination key) {
   QWidget* target = QApplication::focusWidget();
   if (target == nullptr) return;
   QKeyEvent press(QEvent::KeyPress, key.key(), key.keyboardModifiers());
-  // Not by way of the application, which would take it for the item's own shortcut first.
+  // Not through the application, which would first match the item's own shortcut.
   static_cast<QObject*>(target)->event(&press);
 }
 
@@ -67,7 +67,7 @@ void FillEditMenu(QMenu& menu) {
     QObject::connect(action, &QAction::triggered, &menu, [key] { Press(key); });
     QObject::connect(&menu, &QMenu::aboutToShow, action,
                      [action, key] { action->setEnabled(HasUse(key)); });
-    // The shortcuts work whatever the menu showed last.
+    // The shortcuts work even if the menu last showed its items disabled.
     QObject::connect(&menu, &QMenu::aboutToHide, action, [action] { action->setEnabled(true); });
   }
 }

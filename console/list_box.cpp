@@ -23,8 +23,8 @@ constexpr int kMinColumnWidth = 40;
 constexpr int kRowsMeasured = 500;
 constexpr std::chrono::milliseconds kBetweenPaints{100};
 
-// Rows are marked as a whole: the selected ones by their ground, the one that has the keyboard by a
-// frame around all of its cells.
+// Marks rows rather than cells: selected rows by their background, the current row by a frame
+// around all of its cells.
 class RowDelegate : public QStyledItemDelegate {
  public:
   explicit RowDelegate(QTableView& list) : QStyledItemDelegate(&list), myList(list) {}
@@ -55,7 +55,7 @@ class RowDelegate : public QStyledItemDelegate {
   const QTableView& myList;
 };
 
-// Up and Down without Ctrl, which moves the frame alone.
+// Up or Down without Ctrl. (With Ctrl, only the frame moves.)
 bool IsStep(const QKeyEvent& key) {
   return (key.key() == Qt::Key_Up || key.key() == Qt::Key_Down) &&
          !key.modifiers().testFlag(Qt::ControlModifier);
@@ -130,7 +130,7 @@ QModelIndex ListBox::LongestText(int column) const {
   return longest;
 }
 
-// Painting for each row that comes or goes would cost more than serving the client that it shows.
+// Painting at each change of rows would cost more than serving the client that a row shows.
 void ListBox::PaintRows() {
   viewport()->setUpdatesEnabled(false);
   myPainting.Note();
@@ -163,7 +163,7 @@ void ListBox::CopySelectedRows() const {
   if (!text.isEmpty()) QGuiApplication::clipboard()->setText(text);
 }
 
-// By rows, of which a table's cursor knows nothing.
+// By row; a table's cursor moves by cell.
 QModelIndex ListBox::moveCursor(CursorAction action, Qt::KeyboardModifiers modifiers) {
   if (action == MoveHome) return model()->index(0, 0);
   if (action == MoveEnd) return model()->index(model()->rowCount() - 1, 0);
@@ -201,13 +201,13 @@ void ListBox::keyPressEvent(QKeyEvent* event) {
   const QModelIndex current = currentIndex();
   const bool hadSelection = selectionModel()->hasSelection();
   if (IsStep(*event) && !hadSelection && current.isValid()) {
-    // The row that has the frame comes first, not the one beside it.
+    // Selects the row with the frame, not its neighbour.
     selectRow(current.row());
   } else {
     QTableView::keyPressEvent(event);
   }
   if (currentIndex() == current && selectionModel()->hasSelection() == hadSelection) return;
-  // Below the list, where it hides none of the rows.
+  // Below the list, so that it covers no row.
   ShowTip(currentIndex().row(), mapToGlobal(rect().bottomLeft()));
 }
 
@@ -216,10 +216,10 @@ bool ListBox::TakeKey(const QKeyEvent& key) {
   if (key.matches(QKeySequence::Copy)) {
     CopySelectedRows();
   } else if (key.key() == Qt::Key_F10 && key.modifiers() == Qt::ShiftModifier) {
-    // Not every system makes a menu event of it.
+    // Some systems send no menu event for it.
     OpenMenuByKey();
   } else if (IsEnter(key) && RowOpened && hasSelection) {
-    // Held down, it may come from the dialog that it has just closed.
+    // A repeated Enter may still belong to the dialog that it has just closed.
     if (!key.isAutoRepeat()) RowOpened();
   } else if (key.key() == Qt::Key_Delete && DeleteRequested && hasSelection) {
     if (!key.isAutoRepeat()) DeleteRequested();
@@ -230,7 +230,7 @@ bool ListBox::TakeKey(const QKeyEvent& key) {
 }
 
 void ListBox::mousePressEvent(QMouseEvent* event) {
-  // A click beside the rows takes the selection back.
+  // A click beside the rows clears the selection.
   if (!indexAt(event->pos()).isValid()) clearSelection();
   QTableView::mousePressEvent(event);
 }
@@ -243,7 +243,7 @@ void ListBox::mouseDoubleClickEvent(QMouseEvent* event) {
 }
 
 void ListBox::focusInEvent(QFocusEvent* event) {
-  // Qt would put the frame on the first row, which may be far out of sight.
+  // Qt would put the frame on the first row, which may be out of view.
   if (!currentIndex().isValid()) {
     selectionModel()->setCurrentIndex(indexAt(QPoint()), QItemSelectionModel::NoUpdate);
   }
@@ -252,14 +252,14 @@ void ListBox::focusInEvent(QFocusEvent* event) {
 
 void ListBox::currentChanged(const QModelIndex& current, const QModelIndex& previous) {
   QTableView::currentChanged(current, previous);
-  // Qt paints the two cells anew, and the frame is around the row.
+  // Qt repaints only the two cells, but the frame surrounds the row.
   viewport()->update();
 }
 
 void ListBox::rowsAboutToBeRemoved(const QModelIndex& parent, int first, int last) {
   const int current = currentIndex().row();
   QTableView::rowsAboutToBeRemoved(parent, first, last);
-  // Qt has selected a neighbour, on which the operator's next action would fall.
+  // Qt has selected a neighbour, which the operator's next action would hit.
   if (current >= first && current <= last) clearSelection();
 }
 
@@ -289,7 +289,7 @@ QString ListBox::Tip(int row) const {
   }
   const QString more = model()->index(row, 0).data(Qt::ToolTipRole).toString();
   if (!more.isEmpty()) paragraphs += more;
-  // Marked up and escaped, so that it wraps and nothing in it is taken for markup.
+  // Rich text wraps; escaping keeps the texts from being read as markup.
   QString tip;
   for (const QString& paragraph : paragraphs)
     tip += QStringLiteral("<p>%1</p>").arg(paragraph.toHtmlEscaped());
@@ -297,7 +297,7 @@ QString ListBox::Tip(int row) const {
 }
 
 void ListBox::ShowTip(int row, QPoint globalPosition) {
-  // Without a text it hides what is shown.
+  // An empty text hides the tip.
   const QRect rows = visualRect(model()->index(row, 0)) |
                      visualRect(model()->index(row, model()->columnCount() - 1));
   QToolTip::showText(globalPosition, Tip(row), viewport(), rows);

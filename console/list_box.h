@@ -10,11 +10,10 @@
 
 namespace corvane {
 
-// A list of rows for reading and choosing from; nothing can be edited. The selected rows can be
-// copied as text. The row that has the keyboard has a frame, selected or not. Where a text is cut
-// off, or the model has more to say of a row, a tool tip shows it, also when the row is reached by
-// key. Rows have one height, so any number of them costs no layout. Rows that come or go are
-// painted at once, and at most ten times a second.
+// A read-only list of rows. Selected rows can be copied as text. A frame marks the current row,
+// selected or not. A tool tip shows texts that are cut off, and the model's own tip for the row; it
+// also opens when the row is reached by keyboard. All rows have one height, so the number of rows
+// costs no layout. The list repaints for added and removed rows at most ten times a second.
 class ListBox : public QTableView {
  public:
   enum class Heading { None, Shown };
@@ -23,22 +22,21 @@ class ListBox : public QTableView {
   // `name` is what assistive technology calls the list.
   ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent);
 
-  // Fills the context menu that the operator asks for: by mouse, the menu key or Shift+F10. One
-  // without items stays closed.
+  // Fills the context menu, which opens by mouse, the menu key or Shift+F10 unless it has no items.
   std::function<void(QMenu& base)> ConstructContextualMenu;
-  // Called for a double click on a row, and for Enter while a row is selected.
+  // Event: a double click on a row, or Enter while a row is selected.
   std::function<void()> RowOpened;
-  // Called for the Delete key while a row is selected.
+  // Event: the Delete key while a row is selected.
   std::function<void()> DeleteRequested;
 
   void setModel(QAbstractItemModel* model) override;
 
-  // Gives each column the width of its texts (those of the first rows and its longest one), up to
-  // an even share; the one with the widest texts gets what is left. At first that is the last
-  // column.
+  // Fits each column to its texts (those of the first 500 rows and the longest), up to an equal
+  // share of the width; the column with the widest texts gets the rest. Before the first call the
+  // last column does.
   void FitColumns();
 
-  // The first selected row; -1 when none is.
+  // The first selected row; -1 if there is none.
   int SelectedRow() const;
   // In ascending order.
   std::vector<int> SelectedRows() const;
@@ -56,16 +54,16 @@ class ListBox : public QTableView {
   bool viewportEvent(QEvent* event) override;
 
  private:
-  // Does what the list has for the key; whether there is anything.
+  // Handles the keys of the list. Returns whether it did.
   bool TakeKey(const QKeyEvent& key);
   void OpenMenu(QPoint globalPosition);
   void OpenMenuByKey();
   void CopySelectedRows() const;
-  // Of so many characters, since measuring all texts takes too long; invalid where all are empty.
+  // By number of characters, as measuring all texts would take too long; invalid if all are empty.
   QModelIndex LongestText(int column) const;
   void FitRowHeight();
   void PaintRows();
-  // What a tool tip says of the row, marked up; empty when the row shows everything.
+  // The row's tool tip as rich text; empty if the row shows everything.
   QString Tip(int row) const;
   void ShowTip(int row, QPoint globalPosition);
 

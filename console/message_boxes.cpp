@@ -20,11 +20,11 @@ MessageBox::Answer ShowMessageBox(const MessageBox& box) {
   if (isQuestion) window.setIcon(QMessageBox::Question);
   window.setStandardButtons(isQuestion ? QMessageBox::Yes | QMessageBox::No : QMessageBox::Ok);
   if (isQuestion) {
-    // What a stray key presses changes nothing.
+    // A stray key press answers No.
     window.setDefaultButton(QMessageBox::No);
     window.setEscapeButton(QMessageBox::No);
   }
-  // Not by its own loop, which would take it for answered when it is hidden with its owner.
+  // Not QDialog::exec(), which returns when the box is hidden together with its owner.
   QEventLoop loop;
   QObject::connect(&window, &QDialog::finished, &loop, &QEventLoop::quit);
   window.setWindowModality(owner == nullptr ? Qt::ApplicationModal : Qt::WindowModal);

@@ -4,13 +4,12 @@
 
 namespace corvane {
 
-// Shows the box on the screen, modal to the active window, its text as plain text, and waits for
-// the answer; the end of the program reads as no. Runs a nested event loop: never call it from a
-// pass over the sockets.
+// Shows the box, modal to the active window, with its text as plain text, and waits for the answer;
+// when the program quits, the answer is No. Runs a nested event loop, so never call it from a pass
+// over the sockets.
 MessageBox::Answer ShowMessageBox(const MessageBox& box);
 
-// The function to install: boxes on the screen, or lines on standard error where the program runs
-// without a display. Needs a QApplication.
+// Boxes on the screen, or lines on standard error if there is no display. Needs a QApplication.
 MessageBoxFunction MessageBoxesOfThePlatform();
 
 }  // namespace corvane

@@ -23,14 +23,14 @@ MyTrayItem::MyTrayItem(wndMain& window, std::function<void()> quit)
   connect(myToggle, &QAction::triggered, this, &MyTrayItem::ToggleWindow);
   connect(exit, &QAction::triggered, this, std::move(quit));
 
-  // A desktop that draws the menu itself may not say when it opens it, so the text also follows
-  // the window.
+  // A desktop that draws the menu itself may not report that it opens, so the text also follows the
+  // window.
   connect(&myMenu, &QMenu::aboutToShow, this, &MyTrayItem::NameFirstItem);
   myWindow.installEventFilter(this);
 
   setContextMenu(&myMenu);
   connect(this, &QSystemTrayIcon::activated, this, [this](ActivationReason reason) {
-    // For a click with the other button the menu opens by itself.
+    // A right click opens the menu by itself.
     if (reason == Trigger) OpenMenu();
   });
 }

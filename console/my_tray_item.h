@@ -9,8 +9,8 @@ namespace corvane {
 
 class wndMain;
 
-// The icon in the notification area. A click on it opens a menu to hide or show the main window,
-// whichever its visibility allows when the menu opens, and to quit. Borrows the window.
+// The icon in the notification area. A click on it opens a menu that hides or shows the main window
+// and quits the program. Borrows the window.
 class MyTrayItem : public QSystemTrayIcon {
  public:
   MyTrayItem(wndMain& window, std::function<void()> quit);

@@ -56,7 +56,7 @@ void NetworkDialog::txtUsers_TextChange() {
   const std::int32_t allowed = std::clamp(typed, kMinUsers, kMaxUsers);
   if (allowed == typed) return;
   txtUsers->setText(QString::number(allowed));
-  // What is typed next takes its place.
+  // So that typing replaces it.
   txtUsers->selectAll();
 }
 

@@ -11,8 +11,8 @@
 
 namespace corvane {
 
-// The form of a network, shared by the dialogs that add and edit one. The number of users is kept
-// from 1 to 1000 at every change of its field.
+// The form of a network, shared by the dialogs that add and edit one. Each change of the field for
+// the number of users is clamped to 1 to 1000.
 class NetworkDialog : public Dialog {
  public:
   NetworkDialog(const QString& name, const QString& title, QWidget& owner);

@@ -8,16 +8,17 @@
 
 namespace corvane {
 
-// The configured networks as rows of a list, in the order in which they were added. A row holds
-// its network's registry entry; its tool tip says how many users are on, and what keeps others out.
+// The networks as rows of a list, in the order in which they were added. A row shares ownership of
+// its network. Its tool tip shows how many users are logged in, and whether the network is full or
+// disabled.
 class NetworksModel : public QAbstractListModel {
  public:
   void Add(const NetworkRef& network);
-  // Takes the network's row out, if there is one.
+  // Removes the network's row, if there is one.
   void Remove(const NetworkRef& network);
   void Clear();
 
-  // The row's network; none for a row that does not exist.
+  // The row's network; null if there is no such row.
   NetworkRef NetworkAt(int row) const;
 
   int rowCount(const QModelIndex& parent = {}) const override;

@@ -11,14 +11,14 @@
 
 namespace corvane {
 
-// The form of the dialogs that act on a user with a reason. It holds the user's session, which may
-// end meanwhile: what is sent to it then goes nowhere.
+// The form of the dialogs that act on a user and need a reason. Shares ownership of the user's
+// session, which may end while the dialog is open; messages to it are then dropped.
 class ReasonDialog : public Dialog {
  public:
-  // Acts on the user with a reason that is not empty, before the dialog closes.
+  // Called when OK is pressed and the reason is not empty, before the dialog closes.
   using Act = std::function<void(ClientSocket& user, const std::string& reason)>;
 
-  // The title is `title` with the user's name behind it in brackets.
+  // The window's title is `title`, followed by the user's name in brackets.
   ReasonDialog(const QString& name, const QString& title, std::shared_ptr<ClientSocket> user,
                Act act, QWidget& owner);
 

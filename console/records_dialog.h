@@ -10,11 +10,11 @@
 
 namespace corvane {
 
-// A list of database records with a button, and the Delete key, to delete the selected ones
-// without asking. Shows what the database held when it was opened.
+// A list of database records. A button and the Delete key delete the selected records without
+// asking. Shows the records as they were when the dialog opened.
 class RecordsDialog : public Dialog {
  public:
-  // What deletes records in the database and commits.
+  // Deletes records in the database and commits.
   using DeleteRecords = std::function<void(const std::vector<std::int64_t>& ids)>;
 
   RecordsDialog(const QString& name, const QString& title, QStringList headings,

@@ -13,7 +13,7 @@ std::int64_t RecordsModel::IdAt(int row) const {
 }
 
 void RecordsModel::Remove(const std::vector<int>& rows) {
-  // From the bottom, neighbours together.
+  // From the bottom up, adjacent rows together.
   for (std::size_t end = rows.size(); end > 0;) {
     std::size_t first = end - 1;
     while (first > 0 && rows[first - 1] == rows[first] - 1)

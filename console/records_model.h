@@ -8,7 +8,7 @@
 
 namespace corvane {
 
-// Records of the database as rows of a list, each with the record's "id".
+// Database records as rows of a list, each with the record's "id".
 class RecordsModel : public QAbstractTableModel {
  public:
   struct Record {
@@ -19,7 +19,7 @@ class RecordsModel : public QAbstractTableModel {
   RecordsModel(QStringList headings, std::vector<Record> records);
 
   std::int64_t IdAt(int row) const;
-  // `rows` in ascending order.
+  // `rows` must be in ascending order.
   void Remove(const std::vector<int>& rows);
 
   int rowCount(const QModelIndex& parent = {}) const override;

@@ -39,7 +39,7 @@ void StatusLogModel::AddRows() {
   DropOldest();
 }
 
-// A 64th more than has to go, so that few layouts pay for many lines.
+// Drops a 64th more than necessary, so that one layout serves many lines.
 void StatusLogModel::DropOldest() {
   if (myBytes <= myMaxBytes) return;
   std::size_t left = myBytes;

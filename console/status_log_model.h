@@ -11,9 +11,8 @@
 
 namespace corvane {
 
-// The status log as rows of a list. A line becomes a row at once; those of the next 20 ms do
-// together, so that a burst of thousands costs the view few layouts and not thousands. Keeps so
-// many bytes at most; the oldest lines go.
+// The status log as rows of a list. Adds the first line at once and coalesces those of the next
+// 20 ms, so that a burst costs the view few layouts. Past `maxBytes` it drops the oldest lines.
 class StatusLogModel : public QAbstractListModel {
  public:
   explicit StatusLogModel(std::size_t maxBytes = std::size_t{64} << 20);
@@ -31,7 +30,7 @@ class StatusLogModel : public QAbstractListModel {
   const std::size_t myMaxBytes;
   std::deque<std::string> myLines;
   std::size_t myBytes = 0;
-  int myRows = 0;  // lines that are rows already
+  int myRows = 0;  // lines that the view knows
   Gathering myAddRows;
 };
 

@@ -8,8 +8,8 @@
 
 namespace corvane {
 
-// Two small arrows beside a field that holds a number. What a step does is up to the owner: the
-// arrows, and the up and down keys in the field, only call for it. Borrows the field.
+// Two small arrows beside a number field. The arrows, and the up and down keys in the field, call
+// Up and Down, which the owner sets. Borrows the field.
 class UpDownArrows : public QWidget {
  public:
   UpDownArrows(QLineEdit& field, QWidget* parent);
@@ -24,10 +24,10 @@ class UpDownArrows : public QWidget {
   QToolButton* AddArrow(Qt::ArrowType type, const QString& name, const std::function<void()>& step);
 };
 
-// Makes the field as wide as that many digits need.
+// Makes the field as wide as that many digits.
 void FitDigits(QLineEdit& field, int digits);
 
-// The field with its arrows at its right.
+// The field with its arrows to the right.
 QBoxLayout* FieldWithArrows(QLineEdit* field, UpDownArrows* arrows);
 
 }  // namespace corvane

@@ -57,7 +57,7 @@ void UsersModel::Update() {
 
 void UsersModel::RemoveThoseWhoLeft() {
   const auto hasLeft = [this](int row) { return myRows[static_cast<std::size_t>(row)]->hasLeft; };
-  // From the end, so that fewer pointers move.
+  // From the bottom up, so that fewer pointers move.
   for (int last = myShown - 1; myLeft > 0; --last) {
     if (!hasLeft(last)) continue;
     int first = last;

@@ -16,12 +16,11 @@ namespace corvane {
 
 class ClientSocket;
 
-// The logged-in users as rows of a list: user name, name of the network, and the session, held
-// weakly. A log-in adds a row unless there is one of that user name, whatever its network; a
-// log-out removes the row of that name and that network only. This asymmetry is deliberate. No
-// case makes a second row of one name, so an index by name finds the row of either. A row comes and
-// goes at once; the changes of the next 20 ms are shown together, so that thousands cost the view
-// few layouts, and a user who comes and goes within that time costs it nothing.
+// The logged-in users as rows of a list: user name, network name and session, held weakly. LogIn
+// adds a row unless any network already has one of that user name; LogOut removes the row only if
+// both name and network match. This asymmetry is deliberate. User names are therefore unique, and
+// an index by name finds the row. The first change is shown at once, and those of the next 20 ms
+// together: thousands cost the view few layouts, and a user who comes and goes in that time none.
 class UsersModel : public QAbstractTableModel {
  public:
   UsersModel();
@@ -30,10 +29,10 @@ class UsersModel : public QAbstractTableModel {
              std::weak_ptr<ClientSocket> client);
   void LogOut(std::string_view userName, std::string_view networkName);
   void Clear();
-  // Has the rows tell all that was noted.
+  // Shows pending changes now.
   void Update();
 
-  // The row's session; none for a row that does not exist and for a session that is gone.
+  // The row's session; null if there is no such row or the session has ended.
   std::shared_ptr<ClientSocket> ClientAt(int row) const;
 
   int rowCount(const QModelIndex& parent = {}) const override;
@@ -43,7 +42,7 @@ class UsersModel : public QAbstractTableModel {
 
  private:
   struct Row {
-    std::uint64_t number;  // grows from row to row, so a row is found by bisection
+    std::uint64_t number;  // ascending, so a row is found by binary search
     std::string userName;
     std::string networkName;
     std::weak_ptr<ClientSocket> client;
@@ -52,10 +51,10 @@ class UsersModel : public QAbstractTableModel {
 
   void RemoveThoseWhoLeft();
 
-  // Rows are pointed to, so that closing a gap moves one pointer a row.
+  // Pointers, so that closing a gap moves little memory.
   std::vector<std::unique_ptr<Row>> myRows;
-  int myShown = 0;  // the view knows so many; the others are to come
-  int myLeft = 0;   // of those, so many are to go
+  int myShown = 0;  // rows that the view knows; the rest is pending
+  int myLeft = 0;   // shown rows that are to be removed
   std::unordered_map<std::string, std::uint64_t> myNumbers;  // by folded user name
   std::uint64_t myNextNumber = 0;
   Gathering myUpdating;

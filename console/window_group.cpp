@@ -26,8 +26,8 @@ void WindowGroup::Show() {
     if (place.window == nullptr) continue;
     uppermost = place.window;
     uppermost->setWindowState(uppermost->windowState() & ~Qt::WindowMinimized);
-    // Otherwise the desktop would look for a place. Not by the widget's own move, which passes on
-    // only what is new to it.
+    // Otherwise the desktop chooses a place. QWidget::move() does nothing if the widget believes
+    // that it is already there.
     uppermost->windowHandle()->setPosition(place.position);
     uppermost->show();
   }

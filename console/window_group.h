@@ -8,25 +8,25 @@
 
 namespace corvane {
 
-// A window and the dialogs that it opened, which the operator hides and shows together. Shown
-// again, each stands where it stood, and the uppermost has the keyboard. Borrows the window.
+// Hides and shows a window together with the dialogs that it opened. Each returns to its place, and
+// the topmost gets the focus. Borrows the window.
 class WindowGroup {
  public:
   explicit WindowGroup(QWidget& window) : myWindow(window) {}
 
-  // The window has been shown before.
+  // Requires that the window has been shown.
   void Hide();
-  // Shows what Hide has hidden, none of it minimised.
+  // Shows what Hide() hid, none of it minimised. The first time shows the window alone.
   void Show();
 
  private:
   struct Place {
     QPointer<QWidget> window;
-    QPoint position;  // without the frame, of which desktops have their own ideas
+    QPoint position;  // without the frame, which desktops handle differently
   };
 
   QWidget& myWindow;
-  std::vector<Place> myPlaces;  // owners before what they own
+  std::vector<Place> myPlaces;  // owners before their dialogs
 };
 
 }  // namespace corvane

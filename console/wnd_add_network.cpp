@@ -14,7 +14,7 @@ wndAddNetwork::wndAddNetwork(Operator& op, QWidget& owner)
 }
 
 void wndAddNetwork::btnOK_Action() {
-  // The window stays silent where it was not stored.
+  // The window shows no error if it was not stored: deliberate.
   std::ignore =
       myOperator.AddNetwork(TextFromDisplay(txtName->text()), TextFromDisplay(txtPass->text()),
                             MaxUsers(), chkEnable->isChecked());

@@ -8,7 +8,7 @@ namespace corvane {
 
 class ClientSocket;
 
-// The box that shows where a client is, as far as the location lookup found out.
+// The box that shows a client's location, as found by the lookup.
 class wndConnInfo : public Dialog {
  public:
   wndConnInfo(const ClientSocket& user, QWidget& owner);

@@ -19,7 +19,7 @@ wndEditNetwork::wndEditNetwork(Operator& op, NetworkRef network, QWidget& owner)
 }
 
 void wndEditNetwork::btnOK_Action() {
-  // A password that a field cannot hold is kept as it is unless another one was typed.
+  // Without an edit keeps the bytes of a password that the field cannot represent.
   const std::string password =
       txtPass->isModified() ? TextFromDisplay(txtPass->text()) : myNetwork->Password;
   if (!myOperator.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {

@@ -7,8 +7,8 @@ namespace corvane {
 
 class Operator;
 
-// The dialog that changes a network's password, number of users and enabling, in the listener and
-// in the database. The name stays whatever is typed: it is the record's key.
+// The dialog that changes a network's password, number of users and whether it is enabled. Ignores
+// changes of the name, which is the record's key.
 class wndEditNetwork : public NetworkDialog {
  public:
   wndEditNetwork(Operator& op, NetworkRef network, QWidget& owner);

@@ -6,7 +6,7 @@ namespace corvane {
 
 class Operator;
 
-// The dialog that sends a user the kick notice. The connection stays.
+// The dialog that sends a user the kick notice. It does not close the connection.
 class wndKick : public ReasonDialog {
  public:
   wndKick(Operator& op, std::shared_ptr<ClientSocket> user, QWidget& owner);

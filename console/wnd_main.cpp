@@ -44,7 +44,7 @@ constexpr QLatin1String kBanUser("Ban User");
 constexpr QLatin1String kForceDisconnect("Force Disconnect");
 constexpr QLatin1String kMakeAdmin("Make Admin");
 
-// The caption goes along as data, since a desktop may put mnemonics into the shown one.
+// Keeps the caption as data, since a desktop may insert mnemonics into the text.
 QAction* AddItem(QMenu& menu, QLatin1String caption) {
   QAction* item = menu.addAction(caption);
   item->setData(QString(caption));
@@ -147,7 +147,7 @@ void wndMain::PlaceControls() {
   setCentralWidget(content);
 }
 
-// A button whose text needs more room than it was designed with grows away from its window edge.
+// A button whose text needs more room than its design width grows away from the window edge.
 void wndMain::PlaceButtons() {
   constexpr int kTop = 525;
   constexpr int kGap = 12;
@@ -163,7 +163,7 @@ void wndMain::PlaceButtons() {
 
   using A = Anchors;
   myContent->Add(btnClear, {20, kTop, width(*btnClear, 80), height}, A::Left | A::Bottom);
-  // Not to the bottom edge: deliberate, they stay where they are when the window grows.
+  // Not anchored to the bottom edge: deliberate.
   myContent->Add(btnAdmins, {adminsLeft, kTop, adminsWidth, height}, A::Left | A::Top);
   myContent->Add(btnBans, {bansLeft, kTop, bansWidth, height}, A::Left | A::Top);
 }
@@ -205,7 +205,7 @@ void wndMain::FileSendMessage() {
 
 void wndMain::FileCheckForUpdates() {
   if (myUpdaterWindow == nullptr) {
-    // Nothing is shown where there is no update: deliberate.
+    // Shows nothing if there is no update: deliberate.
     myApp.Updates().CheckForNewVersion(true);
   } else {
     myUpdaterWindow->showNormal();
@@ -217,7 +217,7 @@ void wndMain::FileCheckForUpdates() {
 void wndMain::ShowUpdate(const Update& update) {
   myUpdaterWindow = new UpdaterWindow(update, myApp.Http(), LaunchInstaller,
                                       [this] { myOperator.QuitFor("updater"); });
-  // Whoever is at work in a dialog goes on there, and sees it.
+  // An open dialog keeps the focus and stays in front.
   QWidget* const dialog = QApplication::activeModalWidget();
   myUpdaterWindow->setAttribute(Qt::WA_ShowWithoutActivating, dialog != nullptr);
   myUpdaterWindow->show();

@@ -27,20 +27,22 @@ class App;
 class UpdaterWindow;
 struct Update;
 
-// The operator's window: the status log, the networks, the logged-in users. Receives the listener's
-// events; borrows the application object, which outlives it. Closing it does not stop the server.
+// The operator's window: the status log, the networks and the logged-in users. Shows the listener's
+// events, and acts through the Operator. Borrows the application object. Closing the window does
+// not stop the server.
 class wndMain : public QMainWindow {
  public:
-  // `hasTray` says whether the desktop has a notification area to bring a hidden window back from.
+  // `hasTray` returns whether the desktop has a notification area, from which a hidden window can
+  // be shown again.
   wndMain(App& app, std::function<bool()> hasTray);
   ~wndMain() override;
 
-  // The open handler: shows the window, or with the setting "StartHidden" leaves it to the tray,
-  // where there is none minimised; empties its lists and starts the listener, which fills the list
-  // of networks.
+  // The open handler: shows the window, empties its lists and starts the listener, which fills the
+  // list of networks. With the setting "StartHidden" the window starts hidden, or minimised if
+  // there is no tray.
   void Open();
 
-  // Both with the dialogs that are open.
+  // Both include the open dialogs.
   void HideWindow() { myGroup.Hide(); }
   void ShowWindow() { myGroup.Show(); }
 
@@ -60,8 +62,8 @@ class wndMain : public QMainWindow {
   UsersModel& Users() { return myUsers; }
 
  protected:
-  // Hides the window and refuses, or, on a desktop that could not bring it back, minimises it;
-  // accepts when the program or the desktop session ends.
+  // Refuses, and hides the window, or minimises it if there is no tray. Accepts if the program or
+  // the desktop session ends.
   void closeEvent(QCloseEvent* event) override;
   void changeEvent(QEvent* event) override;
 
@@ -79,14 +81,14 @@ class wndMain : public QMainWindow {
   void btnAdmins_Action();
   void btnBans_Action();
 
-  // Each context menu holds the network or user that was selected when it opened: what happens to
-  // the rows while it is open changes nothing for it.
+  // A context menu acts on the network or user that was selected when it opened, whatever happens
+  // to the rows meanwhile.
   void lstNetworks_ConstructContextualMenu(QMenu& base);
   void lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network);
   void lstUsers_ConstructContextualMenu(QMenu& base);
   void lstUsers_ContextualMenuAction(const QString& caption,
                                      const std::shared_ptr<ClientSocket>& user);
-  // What the menus have for the selected row, by the keys and clicks that stand for it.
+  // The keyboard and double-click equivalents of the menus, for the selected row.
   void ActOnNetwork(QLatin1String caption);
   void ShowConnectionInfo();
   void DeleteNetwork(const NetworkRef& network);
@@ -104,7 +106,7 @@ class wndMain : public QMainWindow {
   UsersModel myUsers;
   WindowGroup myGroup{*this};
   Anchors* myContent = nullptr;
-  // A window of its own, so that neither it nor a dialog keeps the other from being used.
+  // A top-level window, so that neither it nor a dialog blocks the other.
   QPointer<UpdaterWindow> myUpdaterWindow;
   std::vector<SignalConnection> myConnections;
 };

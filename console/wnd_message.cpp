@@ -14,7 +14,7 @@ namespace {
 constexpr QSize kInitialSize{400, 240};
 constexpr int kMinNameLength = 20;
 
-// A row shows a name as far as it can be shown and carries its bytes.
+// A row shows the name's visible form and carries its bytes.
 void AddRow(QComboBox& box, const std::string& name) {
   box.addItem(VisibleText(name), QByteArray::fromStdString(name));
 }

@@ -9,8 +9,7 @@ namespace corvane {
 
 class Operator;
 
-// The dialog that sends a message to one network or to all. While a client is connected that has
-// not chosen a network, sending throws NilObjectException, as Operator::Send does.
+// The dialog that sends a message to one network or to all. Throws as Operator::Send does.
 class wndMessage : public Dialog {
  public:
   wndMessage(Operator& op, QWidget& owner);

@@ -32,7 +32,7 @@ double ValueOf(const QLineEdit& field) {
   return NumberFromText(TextFromDisplay(field.text()));
 }
 
-// A number that the field's mask does not take leaves it as it is.
+// Leaves the field unchanged if its mask does not accept the number.
 void SetValue(QLineEdit& field, double value) {
   QString text = QString::number(value);
   int position = 0;
@@ -94,14 +94,14 @@ void wndSettings::udConns_Up() const {
 
 void wndSettings::udConns_Down() const {
   SetValue(*fldConns, ValueOf(*fldConns) - 1);
-  // From 2 it goes to 1, which OK refuses, and from there back to 2: deliberate.
+  // Steps from 2 to 1, which OK refuses, and from 1 back to 2: deliberate.
   if (fldConns->text() == QStringLiteral("0")) fldConns->setText(QStringLiteral("2"));
 }
 
 void wndSettings::fldPort_TextChange() const {
   if (ValueOf(*fldPort) <= kMaxPort) return;
   SetValue(*fldPort, kMaxPort);
-  // What is typed next takes its place.
+  // So that typing replaces it.
   fldPort->selectAll();
 }
 

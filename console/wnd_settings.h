@@ -13,12 +13,11 @@ namespace corvane {
 
 class Operator;
 
-// The dialog for the listening interface, the port and the number of connections. The port is kept
-// to 65535 at every change of its field. What the dialog stores is used by the next start of the
-// server.
+// The dialog for the listening interface, the port and the number of connections. Each change of
+// the port field is limited to 65535. The values take effect at the next start of the server.
 class wndSettings : public Dialog {
  public:
-  // `interfaces` are the machine's, in the system's order.
+  // `interfaces` are those of the machine, in the system's order.
   wndSettings(Operator& op, std::vector<NetworkInterface> interfaces, QWidget& owner);
 
   // The controls, in tab order. The dialog owns them.
@@ -36,7 +35,7 @@ class wndSettings : public Dialog {
   void udConns_Up() const;
   void udConns_Down() const;
   void btnOK_Action();
-  // What is wrong with the values; empty when nothing is.
+  // The first error in the values; empty if there is none.
   std::string Fault() const;
 
   Operator& myOperator;

@@ -6,7 +6,7 @@ namespace corvane {
 
 class Operator;
 
-// The list of all administrators, from which the operator takes some back.
+// The list of all administrators, from which the operator can remove some.
 class wndViewAdmins : public RecordsDialog {
  public:
   wndViewAdmins(Operator& op, QWidget& owner);

@@ -6,7 +6,7 @@ namespace corvane {
 
 class Operator;
 
-// The list of all bans, from which the operator lifts some.
+// The list of all bans, from which the operator can lift some.
 class wndViewBans : public RecordsDialog {
  public:
   wndViewBans(Operator& op, QWidget& owner);

@@ -28,7 +28,7 @@ constexpr std::int32_t kMinSeats = 1;
 constexpr std::int32_t kMaxSeats = 1000;
 constexpr std::int32_t kDefaultSeats = 5;
 
-// Bans and grants are looked up by the text, so it has to be the one that addresses have.
+// Bans and grants are looked up by text, so an address must have its usual spelling.
 void ExpectAddress(const std::string& address) {
   if (IPv4FromText(address)) return;
   throw Misused("\"address\" takes an IPv4 address such as 192.0.2.17, not \"" + address + '"');
@@ -40,7 +40,7 @@ std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
   const std::string name = request.Text("user");
   std::shared_ptr<ClientSocket> user = myOperator.FindUser(name, request.Flag("name"));
   if (user == nullptr) {
-    throw Refused("there is nobody \"" + name + "\"; expected is a user's name or ADDRESS:PORT");
+    throw Refused("there is nobody \"" + name + "\"; expected a user's name or ADDRESS:PORT");
   }
   return user;
 }
@@ -52,8 +52,8 @@ void Actions::ExpectStored(bool isStored) const {
 
 QByteArray Actions::BannedLine(const std::string& text, bool isStored) const {
   if (isStored) return DoneLine(text);
-  return DoneLine(text + " The ban counts but is not stored (database: " + myOperator.StoreError() +
-                  "); the server tries again until it is.");
+  return DoneLine(text + " The ban is in force but not stored (database: " +
+                  myOperator.StoreError() + "); the server keeps trying.");
 }
 
 void Actions::ExpectAllHaveNetworks(const Request& request) const {
@@ -63,8 +63,8 @@ void Actions::ExpectAllHaveNetworks(const Request& request) const {
   for (const std::string& address : without)
     addresses.append(DisplayText(address));
   throw Refused(
-      "a message would end the server while somebody is connected who has not chosen a network; "
-      "disconnect these, or wait, or use --force",
+      "a message would end the server while a client is connected that has not chosen a network; "
+      "disconnect these clients, wait, or use --force",
       {{"addresses", addresses}});
 }
 
@@ -74,7 +74,7 @@ QByteArray Actions::AddNetwork(const Request& request) {
   const std::int32_t maxUsers =
       request.OptionalNumber("max-users", kMinSeats, kMaxSeats).value_or(kDefaultSeats);
   if (myOperator.Listener().FindNetwork(name))
-    throw Refused("there is a network \"" + name + "\" already");
+    throw Refused("there is already a network \"" + name + '"');
   ExpectStored(myOperator.AddNetwork(name, password, maxUsers, !request.Flag("disabled")));
   return DoneLine("Added the network " + name + '.');
 }
@@ -86,7 +86,7 @@ QByteArray Actions::EditNetwork(const Request& request) {
       request.OptionalNumber("max-users", kMinSeats, kMaxSeats).value_or(network->MaxUsers);
   const bool enables = request.Flag("enable");
   const bool disables = request.Flag("disable");
-  if (enables && disables) throw Misused("expected is \"enable\" or \"disable\", not both");
+  if (enables && disables) throw Misused("expected \"enable\" or \"disable\", not both");
   ExpectStored(myOperator.ChangeNetwork(*network, password, maxUsers,
                                         (network->Enabled || enables) && !disables));
   return DoneLine("Changed the network " + network->NetworkName + '.');
@@ -102,7 +102,7 @@ QByteArray Actions::DeleteNetwork(const Request& request) {
 QByteArray Actions::DisconnectNetwork(const Request& request) {
   const NetworkRef network = NetworkNamed(myOperator, request.Text("name"));
   myOperator.DisconnectAll(network);
-  return DoneLine("Sent away the users of " + network->NetworkName + '.');
+  return DoneLine("Disconnected the users of " + network->NetworkName + '.');
 }
 
 QByteArray Actions::Kick(const Request& request) {
@@ -140,7 +140,7 @@ QByteArray Actions::Unban(const Request& request) {
     if (ban.address == wanted) ids.push_back(ban.id);
   };
   if (!myOperator.ForEachBan(take)) RefuseForDatabase(myOperator);
-  if (ids.empty()) throw Refused("no ban is stored of " + wanted);
+  if (ids.empty()) throw Refused("there is no ban of " + wanted);
   if (!myOperator.LiftBans(ids)) RefuseForDatabase(myOperator);
   return DoneLine("Lifted " + std::to_string(ids.size()) + " ban(s).");
 }
@@ -156,7 +156,7 @@ QByteArray Actions::Grant(const Request& request) {
   const std::optional<std::string> network = request.OptionalText("network");
   const std::optional<std::string> address = request.OptionalText("address");
   if (network.has_value() != address.has_value()) {
-    throw Misused("expected are both a network and an address, or neither for a user who is on");
+    throw Misused("expected both a network and an address, or neither for a user who is logged in");
   }
   AdminsTable::Admin wanted;
   if (network) {
@@ -174,7 +174,7 @@ QByteArray Actions::Grant(const Request& request) {
   };
   if (admins && std::ranges::any_of(*admins, isTheSame)) {
     throw Refused(StatusLine({wanted.name, " of ", wanted.network, ", ", wanted.address,
-                              ", is an administrator already"}));
+                              ", is already an administrator"}));
   }
   if (!myOperator.MakeAdmin(wanted.name, wanted.address, wanted.network)) {
     RefuseForDatabase(myOperator);
@@ -190,9 +190,9 @@ QByteArray Actions::Revoke(const Request& request) {
     const bool isWanted = SameText(one.name, wanted) || std::to_string(one.id) == wanted;
     if (isWanted && (!network || SameText(one.network, *network))) ids.push_back(one.id);
   }
-  if (ids.empty()) throw Refused("nobody \"" + wanted + "\" is an administrator there");
+  if (ids.empty()) throw Refused("there is no administrator \"" + wanted + '"');
   if (!myOperator.DeleteAdmins(ids)) RefuseForDatabase(myOperator);
-  return DoneLine("Took back " + std::to_string(ids.size()) + " grant(s).");
+  return DoneLine("Revoked " + std::to_string(ids.size()) + " grant(s).");
 }
 
 QByteArray Actions::Message(const Request& request) {
@@ -213,21 +213,22 @@ QByteArray Actions::Set(const Request& request) {
     std::string known;
     for (const Setting& other : KnownSettings())
       known.append(known.empty() ? "" : ", ").append(other.name);
-    throw Refused("no setting is called " + name + "; expected is one of: " + known);
+    throw Refused("there is no setting " + name + "; expected one of: " + known);
   }
   if (setting != nullptr && !setting->takes(value)) throw Misused(setting->Refusal(value));
   if (!myOperator.ChangeSetting(name, value)) {
     throw Refused("not saved: " + myOperator.Settings().SaveError());
   }
-  return DoneLine("Set, for the next start.");
+  return DoneLine("Set; takes effect at the next start.");
 }
 
 QByteArray Actions::Reload(const Request& request) {
   std::optional<ServiceReload> reload;
-  // A server that does not listen never was ready.
+  // A server that does not listen has never reported that it is ready.
   if (myOperator.Listener().IsListening()) reload.emplace();
   if (myOperator.Database().HasMoved()) {
-    throw Refused("database: the file was replaced or deleted; a restart opens what is there now");
+    throw Refused(
+        "database: the file was replaced or deleted; restart the server to open the new one");
   }
   const auto changes = RowsOrRefuse(myOperator.CompareNetworks(), myOperator);
   if (!changes.removed.empty()) ExpectAllHaveNetworks(request);

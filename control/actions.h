@@ -11,9 +11,11 @@ namespace corvane {
 class ClientSocket;
 class Operator;
 
-// What clients of the local socket may have done to networks, users, bans, administrators and
-// settings, one method a command, which returns the answer. What ends the server, as the windows
-// would, throws. Borrows what acts on the server.
+// The commands of the local socket that change something: networks, users, bans, administrators
+// and settings. (Questions has those that only ask, Commands those about the log and the program.)
+// Each method carries out one command through the Operator, which it borrows, and returns the
+// answer. Throws Refused if the command is not carried out, and NilObjectException where a message
+// that was forced ends the server.
 class Actions {
  public:
   explicit Actions(Operator& op) : myOperator(op) {}
@@ -31,15 +33,15 @@ class Actions {
   QByteArray Revoke(const Request& request);
   QByteArray Message(const Request& request);
   QByteArray Set(const Request& request);
-  // Has the networks be as the database says; the service manager is told meanwhile.
+  // Makes the networks match the database. The service manager sees a reload.
   QByteArray Reload(const Request& request);
 
  private:
-  // Refuses what names nobody.
+  // The user that the request names. Refuses if there is none.
   std::shared_ptr<ClientSocket> UserOf(const Request& request) const;
-  // Says what was banned, and what holds if that is not stored.
+  // The answer to a ban, with a warning if it is not stored yet.
   QByteArray BannedLine(const std::string& text, bool isStored) const;
-  // Refuse what was not stored, and a message that would end the server.
+  // Refuse a change that was not stored, and a message that would end the server.
   void ExpectStored(bool isStored) const;
   void ExpectAllHaveNetworks(const Request& request) const;
 

@@ -10,22 +10,22 @@
 
 namespace corvane {
 
-// What the clients of the local socket are answered: one JSON object in a line, whose "ok" tells
-// whether the request was carried out.
+// The answers of the local socket: one JSON object a line. Its field "ok" is true if the request
+// was carried out.
 
 QByteArray Line(const QJsonObject& object);
 
-// Done: with these fields, or with a sentence for a person.
+// Success, with these fields or with a sentence for people.
 QByteArray DoneLine(QJsonObject fields = {});
 QByteArray DoneLine(const std::string& text);
 
-// Not done, and why.
+// A refusal, with its reason.
 QByteArray RefusalLine(const std::string& error, QJsonObject fields = {});
 
-// A text of anybody's, which may be of any length; past 1 KiB it is cut.
+// A text from a client, which may be of any length: cut after 1 KiB.
 QString AnswerText(std::string_view text);
 
-// A table. Rows past 16 MiB are left out, which "complete" tells.
+// A table. Leaves out rows past 16 MiB; "complete" is false then.
 class RowsAnswer {
  public:
   void Add(const QJsonObject& row);

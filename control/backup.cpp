@@ -29,13 +29,13 @@ std::string ErrorOf(const QFileDevice& file) {
   return TextFromDisplay(file.fileName() + ": " + file.errorString());
 }
 
-// A new file beside that one, for its owner only.
+// Opens a new file beside that one, readable by its owner only.
 void OpenBeside(QTemporaryFile& beside, const QString& file) {
   beside.setFileTemplate(file + QStringLiteral(".XXXXXX"));
   beside.open();
 }
 
-// Brings a whole copy onto the disk and gives it its name; what went wrong, or nothing.
+// Syncs a finished copy to disk and gives it its name. Returns the error, or nothing.
 std::string Publish(const QString& copy, const QString& file, bool overwrites) {
   QFile written(copy);
   if (!written.open(QIODevice::ReadWrite) || !SyncToDisk(written)) return ErrorOf(written);
@@ -59,7 +59,7 @@ std::string CopySettings(const QString& from, const QString& to, bool overwrites
   return Publish(name, to, overwrites);
 }
 
-// Folders may have several names, so these are not compared.
+// Compares canonical paths, as a folder may have several names.
 bool IsUsedByServer(const QFileInfo& place, const QFileInfo& database,
                     const Backup::Places& places) {
   const QDir data = database.dir();
@@ -92,7 +92,7 @@ std::string Backup::WhyNot(const DatabaseConnection& source, const Places& place
     }
     if (!place.exists() && !place.isSymLink()) continue;
     if (place.isSymLink() || !place.isFile()) return "not a regular file: " + name;
-    if (!places.overwrites) return "there is a file " + name + " already";
+    if (!places.overwrites) return "there is already a file " + name;
   }
   return {};
 }
@@ -115,7 +115,7 @@ Backup::Backup(const DatabaseConnection& source, Places places,
 }
 
 Backup::~Backup() {
-  // Windows deletes no file that is open.
+  // Windows cannot delete an open file.
   myCopy.reset();
   QFile::remove(myUnfinished);
 }
@@ -138,7 +138,7 @@ void Backup::Store() {
         if (error.empty()) {
           error = CopySettings(places.settings, SettingsPlace(places.file), places.overwrites);
         }
-        // In the thread of the loop, where the object is not deleted between look and call.
+        // On the loop's thread, so the object cannot go between the check and the call.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [self, error] {

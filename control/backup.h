@@ -11,25 +11,25 @@
 
 namespace corvane {
 
-// Makes a copy of the database, and of the settings beside it as FILE.xml, a step a turn of Qt's
-// loop, and has a thread bring both onto the disk: nobody waits for it. Neither file is there until
-// it is whole; what is not yet lies beside it under a name that nobody else has. A copy in one read
-// (VACUUM INTO) would hold up the server's writes as long as it takes, 230 ms for 50 MB. Borrows
-// the connection.
+// Copies the database to a file, and the settings to FILE.xml beside it. Copies in small steps, one
+// each turn of Qt's loop, and syncs to disk on a thread, so the server never waits. Each file
+// appears under its name only when it is complete; until then it has a temporary name beside it. A
+// copy in one read (VACUUM INTO) would block the server's writes throughout, 230 ms for 50 MB.
+// Destroyed early, it leaves no file. Borrows the connection.
 class Backup : public QObject {
  public:
   struct Places {
-    QString settings;   // the settings' file
-    QString locations;  // the locations' file, as the setting has it; empty where there is none
+    QString settings;   // the settings file
+    QString locations;  // the value of the setting "LocationDatabase"; may be empty
     QString file;
     bool overwrites = false;
   };
 
-  // Why none may be made there; empty when it may. Only regular files are replaced, and none that
-  // the server of this database uses.
+  // Why the backup may not go there; empty if it may. It replaces only regular files, and none that
+  // this database's server uses.
   static std::string WhyNot(const DatabaseConnection& source, const Places& places);
 
-  // Calls `done` in the end with what went wrong, empty when all is well.
+  // Calls `done` at the end, from Qt's loop; the error is empty on success.
   Backup(const DatabaseConnection& source, Places places,
          std::function<void(const std::string& error)> done);
   ~Backup() override;

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::int32_t kMaxLogLines = 10'000;
 constexpr std::int32_t kDefaultLogLines = 20;
-// By whom what is done here is noted.
+// Actors in the log.
 const std::string kActor = "corvanectl";
 const std::string kSignal = "SIGHUP";
 
@@ -104,13 +104,13 @@ QByteArray Commands::Execute(const Request& request) {
     known += known.empty() ? "" : ", ";
     known += entry.name;
   }
-  throw Misused("no such command; expected is one of: " + known);
+  throw Misused("no such command; expected one of: " + known);
 }
 
 QByteArray Commands::MakeBackup(const Request& request) {
   const QString file = DisplayText(request.Text("file"));
   if (myBackup) throw Refused("another backup is being made");
-  if (!QFileInfo(file).isAbsolute()) throw Misused("\"file\" takes a whole path");
+  if (!QFileInfo(file).isAbsolute()) throw Misused("\"file\" takes an absolute path");
   const Backup::Places places{myOperator.Settings().File().value_or(QString()),
                               DisplayText(myOperator.Settings().GetValue("LocationDatabase", "")),
                               file, request.Flag("overwrite")};
@@ -137,15 +137,15 @@ QByteArray Commands::Log(const Request& request) {
 }
 
 QByteArray Commands::Reload(const Request& request) {
-  // First, so that what is done next stands in the new files.
+  // First, so that the new files have the lines about the reload.
   myLog.Reopen();
   return myActions.Reload(request);
 }
 
 QByteArray Commands::Quit(const Request&) {
-  // The answer goes first.
+  // Sends the answer first.
   QTimer::singleShot(0, qApp, [this] { myOperator.QuitFor(kActor); });
-  return DoneLine("The server ends.");
+  return DoneLine("The server is shutting down.");
 }
 
 }  // namespace corvane

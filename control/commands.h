@@ -20,28 +20,30 @@ namespace corvane {
 class Operator;
 class ServerLog;
 
-// What the clients of the local socket can ask for, each by its "command"; what concerns the log
-// and the program as a whole is carried out here. Borrows what acts on the server.
+// Carries out the requests of the local socket, each by its "command": Questions answers those that
+// only ask, Actions those that change something, and this class those about the log and the
+// program. Sends new lines of the log to clients that follow it. Borrows the Operator. One request
+// at a time; a backup is answered later.
 class Commands {
  public:
   explicit Commands(Operator& op);
   Commands(const Commands&) = delete;
   Commands& operator=(const Commands&) = delete;
 
-  // Carries out a request and answers it. What ends the server, as the windows would, throws.
+  // Carries out a request and answers it. Passes on the exception of a message that
+  // ends the server.
   void Run(ControlConnection& client, const QByteArray& line);
 
-  // What "reload" does, for whoever cannot be answered: what is refused is told on standard error
-  // and in the log.
+  // "reload" for a caller that gets no answer: a refusal goes to standard error and the log.
   void ReloadForSignal();
 
  private:
   struct Entry {
     const char* name;
-    // Returns the answer; nothing where that comes later.
+    // Returns the answer, or nothing if it comes later.
     std::function<QByteArray(const Request&)> run;
   };
-  // A line of the log, to all who follow it.
+  // Sends a line of the log.
   void SendToFollowers(const std::string& text);
 
   QByteArray Execute(const Request& request);
@@ -56,8 +58,8 @@ class Commands {
   Actions myActions;
   const std::vector<Entry> myEntries;
   std::vector<QPointer<ControlConnection>> myFollowers;
-  ControlConnection* myClient = nullptr;  // whose request is carried out
-  std::unique_ptr<Backup> myBackup;       // while one is made
+  ControlConnection* myClient = nullptr;  // sent the current request
+  std::unique_ptr<Backup> myBackup;       // null if none is being made
   const SignalConnection myLines;
 };
 

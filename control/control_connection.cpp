@@ -10,7 +10,7 @@ namespace {
 
 constexpr qint64 kMaxRequest = qint64{1} << 20;  // bytes, without the line end
 constexpr qint64 kMaxUnread = qint64{1} << 20;
-constexpr std::chrono::seconds kLastAnswerTimeout(1);  // of a last answer
+constexpr std::chrono::seconds kLastAnswerTimeout(1);
 
 }  // namespace
 
@@ -30,7 +30,7 @@ ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent,
     if (!myAwaitsAnswer && !myFollows) mySocket.abort();
   });
   myIdle.start(myIdleTimeout);
-  // Some may have come already.
+  // Requests may have arrived already.
   ScheduleRequest();
 }
 
@@ -52,12 +52,11 @@ void ControlConnection::ScheduleRequest() {
 void ControlConnection::TakeRequest() {
   if (myAwaitsAnswer || IsBehind() || mySocket.state() != QLocalSocket::ConnectedState) return;
   if (!mySocket.canReadLine() && mySocket.bytesAvailable() <= kMaxRequest) return;
-  // A pipe may have brought more than was to be kept, and the line's end in it.
+  // A pipe may deliver more than the read buffer's size, including the line's end.
   const QByteArray line = mySocket.readLine(kMaxRequest + 1);
   if (!line.endsWith('\n')) {
     return AnswerAndClose(
-        RefusalLine("a request of more than 1 MiB; expected is one JSON object "
-                    "in a line"));
+        RefusalLine("a request of more than 1 MiB; expected one JSON object a line"));
   }
   myIdle.start(myIdleTimeout);
   myAwaitsAnswer = true;
@@ -79,7 +78,7 @@ void ControlConnection::SendGathered() {
   const QByteArray lines = std::exchange(myGathered, {});
   if (lines.isEmpty() || mySocket.state() != QLocalSocket::ConnectedState) return;
   mySocket.write(lines);
-  mySocket.flush();  // as far as it goes without waiting
+  mySocket.flush();  // does not wait
 }
 
 void ControlConnection::Answer(const QByteArray& line) {
@@ -91,7 +90,7 @@ void ControlConnection::Answer(const QByteArray& line) {
 
 void ControlConnection::AnswerAndClose(const QByteArray& line) {
   Send(line);
-  // Nothing more is taken. Ended at once, the client might not get to read the answer.
+  // No more requests. Closed at once, the client might lose the answer.
   myAwaitsAnswer = true;
   QTimer::singleShot(kLastAnswerTimeout, this, [this] { mySocket.abort(); });
 }

@@ -11,12 +11,12 @@
 
 namespace corvane {
 
-// One client of the local socket: takes its requests, a line each, one a turn of Qt's loop, so that
-// the server goes on between them. Deletes itself when the client has gone.
+// One client of the local socket. Takes one request, a line, each turn of Qt's loop, so that the
+// server goes on in between. Owns the socket; deletes itself when the client disconnects.
 //
-// Limits: a request of 1 MiB; a client that leaves more than 1 MiB unread has no further request
-// taken, and none of the lines that it follows is kept for it: it is dropped. So is one that does
-// nothing for half a minute, unless it follows.
+// Limits: a request has at most 1 MiB. While a client leaves more than 1 MiB unread, no further
+// request is taken; if it follows the log, it is dropped. So is a client that sends nothing for
+// 30 s, unless it follows.
 class ControlConnection : public QObject {
  public:
   // Takes over the socket.
@@ -24,13 +24,13 @@ class ControlConnection : public QObject {
                     std::chrono::milliseconds idleTimeout = std::chrono::seconds(30));
   ~ControlConnection() override;
 
-  // Event: a request, which is to be answered once, now or later. No other is taken until then.
+  // Event: a request. Answer it once, now or later; the next one waits for that.
   std::function<void(ControlConnection&, const QByteArray& line)> Requested;
 
   void Answer(const QByteArray& line);
-  // The same for the last answer: a second later the client is let go.
+  // The same, and closes the connection a second later.
   void AnswerAndClose(const QByteArray& line);
-  // From now on the client is sent lines without asking.
+  // From now on the client gets lines without asking.
   void StartFollowing();
   void SendFollowed(const QByteArray& line);
 
@@ -47,8 +47,8 @@ class ControlConnection : public QObject {
   bool myIsScheduled = false;
   bool myAwaitsAnswer = false;
   bool myFollows = false;
-  // Lines that are followed go together a moment later: a log may have thousands a second, and each
-  // by itself costs a system call and wakes its reader.
+  // Coalesces followed lines: a log may have thousands a second, and each sent by itself costs a
+  // system call and wakes its reader.
   QByteArray myGathered;
   Gathering myGathering;
 };

@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-// Where the server that works in a data folder is reached by this machine's own programs: a socket
-// in the folder, or on Windows a named pipe that the folder gives its name.
+// The name of the local socket by which a data folder's server is administered: a file in the
+// folder, or on Windows a named pipe named after the folder.
 QString ControlName(const QString& dataFolder);
 
 }  // namespace corvane

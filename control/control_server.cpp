@@ -26,14 +26,14 @@ bool IsAnswered(const QString& name) {
 
 ControlServer::Claim ControlServer::Take(const QString& dataFolder) {
   const QString name = ControlName(dataFolder);
-  // A folder that takes no lock may still have a server that answers.
+  // The file system may not support locks; a server that answers is enough.
   if (!myLock.Take(dataFolder) || IsAnswered(name)) return Claim::Taken;
   myIsListening = myListener.Listen(name);
   return myIsListening ? Claim::Made : Claim::Failed;
 }
 
 bool ControlServer::TakeOrReport(const QString& dataFolder, const MessageBoxFunction& showMessage) {
-  // The application reports one that is not there.
+  // App::Open reports a missing folder.
   if (!QDir(dataFolder).exists()) return true;
   const Claim claim = Take(dataFolder);
   const QString shown = QDir::toNativeSeparators(dataFolder);
@@ -62,7 +62,7 @@ void ControlServer::Accept(Commands& commands, QLocalSocket* socket) {
     commands.Run(from, line);
   };
   if (++myConnections > kMaxConnections) {
-    client->AnswerAndClose(RefusalLine("too many connections; expected are 16 at most"));
+    client->AnswerAndClose(RefusalLine("too many connections; at most 16 are allowed"));
   }
 }
 

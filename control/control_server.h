@@ -14,25 +14,25 @@ namespace corvane {
 
 class Commands;
 
-// The server's end of the local socket, by which this machine's programs administer it: nobody but
-// the user whom the server runs as gets in, 16 at a time. Holds the lock of the data folder, which
-// has one server. The relay never waits for its clients.
+// The server's end of the local socket, by which local programs administer it. Admits only the user
+// that the server runs as, and at most 16 clients at a time; the relay never waits for them. Holds
+// the lock that keeps a second server from the data folder.
 class ControlServer : public QObject {
  public:
   enum class Claim {
-    Made,    // clients wait until they are served
-    Taken,   // another server works there
-    Failed,  // the server can do without
+    Made,    // clients wait for Serve()
+    Taken,   // another server has the folder
+    Failed,  // the server works without the socket
   };
-  // Takes the folder's socket; replaces one that nobody answers on.
+  // Takes the folder's lock and socket; replaces a socket left by a dead server.
   Claim Take(const QString& dataFolder);
-  // Why it could not be taken.
+  // Why Take() returned Failed.
   const std::string& Error() const { return myListener.Error(); }
-  // The same where there is a folder, and tells what goes wrong. Whether this is the one server of
-  // the folder, as far as is known.
+  // Take(), if the folder exists, and reports failures to the operator. Returns false if another
+  // server has the folder.
   bool TakeOrReport(const QString& dataFolder, const MessageBoxFunction& showMessage);
 
-  // Has clients served, once the socket was taken. Borrows the commands.
+  // Serves clients from now on, if the socket was taken. Borrows the commands.
   void Serve(Commands& commands);
 
  private:

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-// The right to be the one server of a data folder. It lasts as long as the object, and no longer
-// than the process.
+// The right to be the only server of a data folder. Lasts as long as the object, and ends with the
+// process even if that crashes.
 class FolderLock {
  public:
   FolderLock();
@@ -15,8 +15,7 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  // False where another server has it. True, too, where the folder takes no lock: nothing is known
-  // of others then.
+  // Returns false if another server has it. Returns true also if the folder does not support locks.
   bool Take(const QString& dataFolder);
 
  private:

@@ -10,9 +10,9 @@
 
 namespace corvane {
 
-// A lock of the kernel's, which ends with the process. (A process number in a file may fit another
-// process after a restart.) The file stays: removing it might remove one that another server has
-// just locked.
+// A kernel lock, which ends with the process. (A process ID in a file could match another process
+// after a restart.) The file stays: removing it could remove the one that another server has just
+// locked.
 struct FolderLock::Lock {
   explicit Lock(const QString& file)
       : descriptor(open(QFile::encodeName(file).constData(), O_RDWR | O_CREAT | O_CLOEXEC,

@@ -5,7 +5,7 @@
 
 namespace corvane {
 
-// Windows deletes no file that a process has open.
+// Windows cannot delete a file that a process has open, so one that can be replaced is stale.
 struct FolderLock::Lock {
   explicit Lock(const QString& name) : file(name) { file.setStaleLockTime(0); }
 

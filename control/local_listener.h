@@ -8,9 +8,8 @@
 
 namespace corvane {
 
-// Listens on a local socket where nobody but the server's own user gets in. One descriptor is kept
-// back, so that one more client is served when the process has no other left; the rest wait until
-// there are some again.
+// Listens on a local socket that only the server's own user can connect to. Reserves one
+// descriptor, so that when the process runs out of them one more client is served; the others wait.
 class LocalListener {
  public:
   LocalListener();
@@ -18,12 +17,12 @@ class LocalListener {
   LocalListener(const LocalListener&) = delete;
   LocalListener& operator=(const LocalListener&) = delete;
 
-  // Takes the name; replaces a socket that lies there. Clients wait until they are served.
+  // Takes the name and replaces an existing socket. Clients wait for Serve().
   bool Listen(const QString& name);
-  // Why that failed.
+  // Why Listen() failed.
   const std::string& Error() const { return myError; }
 
-  // Calls `accepted` for each client, which it owns.
+  // Calls `accepted` for each client; the callee owns it.
   void Serve(std::function<void(QLocalSocket*)> accepted);
 
  private:

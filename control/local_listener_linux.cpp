@@ -26,7 +26,7 @@ void CloseDescriptor(int& descriptor) {
 
 }  // namespace
 
-// Qt's own server closes itself for good when it cannot accept.
+// Not QLocalServer, which stops listening for good when accept fails.
 struct LocalListener::Socket {
   Socket() : listening(socket(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {}
   ~Socket();
@@ -63,7 +63,7 @@ bool LocalListener::Socket::Bind(const QByteArray& file) {
   }
   std::memcpy(address.sun_path, file.constData(), static_cast<std::size_t>(file.size()));
   unlink(file.constData());
-  // The file gets the permissions that the socket has when it is bound.
+  // The socket's permissions become the file's at bind().
   const bool isBound =
       fchmod(listening, S_IRUSR | S_IWUSR) == 0 &&
       bind(listening, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;

@@ -7,7 +7,7 @@
 
 namespace corvane {
 
-// A pipe takes no descriptor of a table that runs out.
+// Pipes do not use a limited table of descriptors, so none is reserved.
 struct LocalListener::Socket {
   QLocalServer server;
 };

@@ -12,17 +12,17 @@ namespace corvane {
 
 class Operator;
 
-// What Questions and Actions share.
+// Shared by Questions and Actions.
 
 QJsonObject NetworkRow(const ServerNetworks& network);
 
-// The network of that name. Refuses where there is none.
+// The network of that name. Refuses if there is none.
 NetworkRef NetworkNamed(const Operator& op, const std::string& name);
 
-// Refuses with what is wrong with the database.
+// Refuses with the error of the database.
 [[noreturn]] void RefuseForDatabase(const Operator& op);
 
-// What the database gave. Refuses where its query failed.
+// The rows of a query. Refuses if it failed.
 template <typename Rows>
 Rows RowsOrRefuse(std::optional<Rows> rows, const Operator& op) {
   if (!rows) RefuseForDatabase(op);

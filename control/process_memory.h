@@ -4,7 +4,7 @@
 
 namespace corvane {
 
-// The memory of this process that is in the machine's, in bytes; 0 where the system does not tell.
+// The resident memory of this process, in bytes; 0 if unknown.
 std::uint64_t ProcessMemory();
 
 }  // namespace corvane

@@ -1,6 +1,6 @@
 #include <windows.h>
 
-// Needs the types of the above.
+// Must follow windows.h.
 #include <psapi.h>
 
 #include "control/process_memory.h"

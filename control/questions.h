@@ -10,8 +10,9 @@ namespace corvane {
 
 class Operator;
 
-// What clients of the local socket may ask about the server, one method a command, which returns
-// the answer. Borrows what knows the server.
+// The commands of the local socket that only ask. Each method answers one command from the
+// Operator, which it borrows, and gives way to the connections while it walks over users, bans or
+// administrators. Throws Refused if there is no answer.
 class Questions {
  public:
   explicit Questions(Operator& op);

@@ -9,9 +9,9 @@
 
 namespace corvane {
 
-// How much goes over the connections a second, over the last ten seconds: what
-// `corvanectl status` shows of how busy the server is, in place of totals since its start. Borrows
-// the counts.
+// Messages and bytes a second over the last ten seconds, for `corvanectl status`: they show how
+// busy the server is now, which totals since its start do not. Samples the counts, which it
+// borrows, once a second.
 class Rates {
  public:
   explicit Rates(const Traffic& counted);

@@ -15,7 +15,7 @@ namespace {
 
 Request::Request(const QByteArray& line) {
   const QJsonDocument document = QJsonDocument::fromJson(line);
-  if (!document.isObject()) throw Misused("no request; expected is one JSON object in a line");
+  if (!document.isObject()) throw Misused("not a request; expected one JSON object a line");
   myFields = document.object();
 }
 

@@ -9,8 +9,7 @@
 
 namespace corvane {
 
-// Why a request is not carried out; the client is told, with these fields, of which "misused" says
-// that no server would carry it out.
+// Why a request is not carried out. The text and the fields become the answer.
 class Refused : public std::runtime_error {
  public:
   explicit Refused(const std::string& why, QJsonObject more = {})
@@ -19,17 +18,17 @@ class Refused : public std::runtime_error {
   const QJsonObject fields;
 };
 
-// A request that no server would carry out.
+// A request that no server would carry out; the field "misused" says so.
 class Misused : public Refused {
  public:
   explicit Misused(const std::string& why) : Refused(why, {{"misused", true}}) {}
 };
 
-// What a request says. A field that is needed and not there, or of the wrong kind, is refused with
-// what was expected.
+// The fields of a request. Throws Misused, naming what was expected, if a required field is missing
+// or has the wrong type.
 class Request {
  public:
-  // One JSON object.
+  // `line` is one JSON object.
   explicit Request(const QByteArray& line);
 
   std::string Text(const char* name) const;

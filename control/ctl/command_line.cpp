@@ -20,7 +20,7 @@ void AddOptions(QCommandLineParser& parser, std::span<const Option> options) {
   }
 }
 
-// The command that the words begin with; none where they only name a group, such as "network".
+// The command that the words begin with; null if they only name a group, such as "network".
 const Command* CommandOf(const QStringList& words) {
   for (const Command& command : AllCommands()) {
     const QStringList own = QString(command.words).split(' ');
@@ -80,7 +80,7 @@ QJsonObject RequestOf(const Command& command, const QCommandLineParser& parser) 
     QStringList names;
     for (const Option& option : OptionsOf(command))
       names.push_back(QStringLiteral("--") + option.name);
-    ThrowUsage(command, "nothing to change; expected is one of " + names.join(", "));
+    ThrowUsage(command, "nothing to change; expected one of " + names.join(", "));
   }
   return request;
 }
@@ -101,7 +101,7 @@ void TakeCommonOptions(const QCommandLineParser& parser, CommandLine& line) {
   line.json = line.json || parser.isSet("json");
 }
 
-// Of a command, whose own words are `words`' first.
+// `words` begins with the words of the command.
 void TakeCommand(const Command& command, const QStringList& words, CommandLine& line) {
   QCommandLineParser parser;
   AddOptions(parser, CommonOptions());
@@ -151,7 +151,7 @@ CommandLine ParseCommandLine(const QStringList& arguments) {
   if (command == nullptr) {
     const QString list = ListOf(CommandsBelow(words.first(1)));
     if (!asksHelp && words.size() == 1) {
-      throw UsageError(words[0] + " is not a whole command\n\n" + list);
+      throw UsageError(words[0] + " is not a complete command\n\n" + list);
     }
     line.text = list;
   } else if (asksHelp) {

@@ -11,15 +11,15 @@
 
 namespace corvane::ctl {
 
-// A command line that cannot be carried out; the text says what is wrong.
+// A wrong command line; the text says what is wrong.
 class UsageError : public std::runtime_error {
  public:
   explicit UsageError(const QString& text) : std::runtime_error(text.toStdString()) {}
 };
 
-// What was asked for on the command line.
+// A parsed command line.
 struct CommandLine {
-  // Help, completions or version, to be shown instead of doing anything.
+  // Help, completions or version: print this and do nothing else.
   std::optional<QString> text;
   const Command* command = nullptr;
   QJsonObject request;

@@ -14,34 +14,34 @@ struct Argument {
 
 struct Option {
   const char* name;       // the request's field
-  const char* valueName;  // none: a switch; "NUMBER", "FILE", "FOLDER": one of these
+  const char* valueName;  // null: a switch; "NUMBER", "FILE" and "FOLDER" are checked or completed
   const char* description;
   const char* shortName = nullptr;
 };
 
 enum class Password { None, Always, IfAsked };
 
-// One command of corvanectl: what it takes, and what it shows of the answer. Help, completion and
-// the manual page are made from these.
+// One command of corvanectl: its arguments and options, and the columns that it shows of the
+// answer. Help, completion and the manual page are made from these.
 struct Command {
   const char* words;  // the request's "command"
   const char* description;
-  std::vector<Argument> arguments;  // the last takes all further words where `joinsWords`
+  std::vector<Argument> arguments;  // if `joinsWords`, the last takes all further words
   std::vector<Option> options = {};
-  std::vector<const char*> columns = {};  // of the answer's rows
+  std::vector<const char*> columns = {};  // of the answer's rows, in order
   bool joinsWords = false;
   Password password = Password::None;
-  bool needsOption = false;  // does nothing without one
-  bool takesFile = false;    // the first argument: the server is told its whole path
-  bool isSlow = false;       // the answer may be long in coming
+  bool needsOption = false;  // does nothing without an option
+  bool takesFile = false;    // the first argument is a file; sent as an absolute path
+  bool isSlow = false;       // the answer may take minutes
 };
 
 std::span<const Command> AllCommands();
 
-// The command's own options, with those for its password.
+// The command's own options, including those for its password.
 std::vector<Option> OptionsOf(const Command& command);
 
-// Those that every command takes.
+// The options of every command.
 std::span<const Option> CommonOptions();
 
 }  // namespace corvane::ctl

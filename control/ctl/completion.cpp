@@ -10,7 +10,7 @@
 namespace corvane::ctl {
 namespace {
 
-// None where no command has such an option.
+// Null if no command has such an option.
 const Option* OptionNamed(const QString& word) {
   static const auto options = [] {
     std::vector<Option> all(CommonOptions().begin(), CommonOptions().end());
@@ -53,9 +53,9 @@ class Candidates {
 QString Completions(const QStringList& words) {
   if (words.isEmpty()) return {};
   QStringList given;
-  const Option* open = nullptr;  // whose value is next
+  const Option* open = nullptr;  // takes the next word as its value
   for (const QString& word : words.first(words.size() - 1)) {
-    if (word == "=") continue;  // bash: between an option and its value
+    if (word == "=") continue;  // bash makes it a word between an option and its value
     const bool isValue = open != nullptr;
     open = isValue ? nullptr : OptionNamed(word);
     if (open != nullptr && open->valueName == nullptr) open = nullptr;

@@ -5,9 +5,9 @@
 
 namespace corvane::ctl {
 
-// For the shells' completion: what may replace the last word, a line each,
-// with a description behind a tab where there is one. The other words are those before it, without
-// the program's name. ":files" and ":folders" stand for the names of such.
+// Completes the last of these words, which follow the program's name, for the shells. Returns one
+// candidate a line, with a tab and a description if there is one. The lines ":files" and ":folders"
+// stand for all names of files or folders.
 QString Completions(const QStringList& words);
 
 }  // namespace corvane::ctl

@@ -2,8 +2,7 @@
 
 namespace corvane::ctl {
 
-// From here to the program's end a console shows the bytes that are printed as the UTF-8 that they
-// are.
+// Makes the console take printed bytes as UTF-8 until the program ends.
 void PrintUtf8();
 
 }  // namespace corvane::ctl

@@ -2,7 +2,7 @@
 
 namespace corvane::ctl {
 
-// Terminals do so by themselves.
+// Terminals expect UTF-8 anyway.
 void PrintUtf8() {}
 
 }  // namespace corvane::ctl

@@ -6,7 +6,7 @@
 namespace corvane::ctl {
 
 void PrintUtf8() {
-  // The console's own setting, which outlives the program; 0 without a console.
+  // The setting belongs to the console and outlives the program; 0 without a console.
   static const UINT before = GetConsoleOutputCP();
   if (before == 0 || !SetConsoleOutputCP(CP_UTF8)) return;
   std::atexit([] { SetConsoleOutputCP(before); });

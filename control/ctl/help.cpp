@@ -9,7 +9,7 @@ namespace {
 constexpr qsizetype kWidth = 79;
 constexpr int kColumn = 24;  // where descriptions begin
 
-// The words in lines, the first of which goes on behind `begin`; the others are indented.
+// Appends the words to `begin`, broken into lines; all but the first line are indented.
 QString Wrapped(QString begin, const QString& words, int indent) {
   qsizetype length = begin.size();
   for (const QString& word : words.split(' ')) {
@@ -73,7 +73,7 @@ std::vector<const Command*> CommandsBelow(const QStringList& words) {
 }
 
 QString ListOf(const std::vector<const Command*>& commands) {
-  QString text = "Commands (\"corvanectl help COMMAND\" tells more):\n";
+  QString text = "Commands (\"corvanectl help COMMAND\" shows more):\n";
   for (const Command* command : commands)
     text += Item(command->words, command->description);
   return text;
@@ -81,9 +81,9 @@ QString ListOf(const std::vector<const Command*>& commands) {
 
 QString Overview() {
   return "Usage: corvanectl [OPTION...] COMMAND [ARGUMENT...]\n\n"
-         "Administers the Corvane server that runs on this machine.\n\n" +
+         "Administers the Corvane server on this machine.\n\n" +
          ListOf(CommandsBelow({})) + Options("Options", CommonOptions()) +
-         "\nExit code: 0 done, 1 refused, 2 wrong use, 3 no server, 4 done but not shown.\n";
+         "\nExit code: 0 done, 1 refused, 2 wrong usage, 3 no server, 4 output lost.\n";
 }
 
 }  // namespace corvane::ctl

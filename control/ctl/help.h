@@ -13,10 +13,10 @@ namespace corvane::ctl {
 QString UsageOf(const Command& command);
 QString HelpOf(const Command& command);
 
-// The commands that begin with these words, all if there are none.
+// The commands that begin with these words; all commands for no words.
 std::vector<const Command*> CommandsBelow(const QStringList& words);
 QString ListOf(const std::vector<const Command*>& commands);
-// What corvanectl is, its commands, options and exit codes.
+// The text of `corvanectl --help`.
 QString Overview();
 
 }  // namespace corvane::ctl

@@ -29,7 +29,7 @@ int Complain(ExitCode code, const QString& text) {
   return code;
 }
 
-// The first line of the file, without its end.
+// The first line of the file, without its line end.
 QString PasswordFrom(const QString& name) {
   QFile file(name);
   if (!file.open(QIODevice::ReadOnly)) throw UsageError(name + ": " + file.errorString());
@@ -45,12 +45,12 @@ void AddPassword(CommandLine& line) {
     line.request["password"] = PasswordFrom(*line.passwordFile);
   } else if (line.passwordFile || line.asksPassword) {
     const std::optional<QString> password = AskPassword();
-    if (!password) throw UsageError("there is no password on standard input");
+    if (!password) throw UsageError("no password on standard input");
     line.request["password"] = *password;
   }
 }
 
-// Shows one line of the server's, and tells what it says.
+// Shows one answer of the server; returns its exit code.
 ExitCode Show(const CommandLine& line, const QByteArray& received, Printer& printer) {
   const QJsonObject answer = QJsonDocument::fromJson(received).object();
   if (line.json) {
@@ -62,7 +62,7 @@ ExitCode Show(const CommandLine& line, const QByteArray& received, Printer& prin
   return answer["misused"].toBool() ? kUsage : kRefused;
 }
 
-// Where the server may work that is meant.
+// The data folders to look for a server in.
 QStringList Folders(const CommandLine& line) {
   if (line.dataFolder) return {*line.dataFolder};
   QStringList folders;
@@ -76,8 +76,8 @@ int Ask(const CommandLine& line, Printer& printer) {
   const QStringList folders = Folders(line);
   ServerLink server;
   if (std::ranges::none_of(folders, [&](const QString& folder) { return server.Open(folder); })) {
-    return Complain(kNoServer, "no server that you may administer works in " +
-                                   folders.join(" or ") + "; --data-folder names another folder");
+    return Complain(kNoServer, "there is no server that you may administer in " +
+                                   folders.join(" or ") + "; use --data-folder for another folder");
   }
   server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
   std::optional<QByteArray> received = server.Receive(line.command->isSlow ? -1 : kAnswerTimeout);
@@ -88,7 +88,7 @@ int Ask(const CommandLine& line, Printer& printer) {
       Show(line, *received, printer);
     if (received) return kDone;
   }
-  return Complain(kNoServer, "the server ended, or does not answer");
+  return Complain(kNoServer, "the server has ended or does not answer");
 }
 
 int Execute(CommandLine line, Printer& printer) {
@@ -111,7 +111,7 @@ int main(int argc, char** argv) {
     const int code = Execute(ParseCommandLine(QCoreApplication::arguments()), printer);
     const int error = printer.Error();
     if (code != kDone || error == 0) return code;
-    // Somebody who reads no more, such as "head", misses nothing.
+    // A reader that has stopped, such as "head", wants no message.
     if (error == EPIPE) return kNotShown;
     return Complain(kNotShown, QString("standard output: ") + std::strerror(error));
   } catch (const UsageError& error) {

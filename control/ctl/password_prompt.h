@@ -6,8 +6,8 @@
 
 namespace corvane::ctl {
 
-// Asks whoever sits at the terminal for a password, which is not shown while it is typed. Without
-// a terminal reads a line of standard input. None where there is none.
+// Asks for a password at the terminal, without echo; without a terminal reads a line from standard
+// input. None if there is no line.
 std::optional<QString> AskPassword();
 
 }  // namespace corvane::ctl

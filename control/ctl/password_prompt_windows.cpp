@@ -9,7 +9,7 @@
 namespace corvane::ctl {
 namespace {
 
-// A line that is typed, whatever code page the console has.
+// Reads a typed line as Unicode, independent of the console's code page.
 std::optional<QString> ReadTyped(HANDLE console) {
   QString line;
   while (!line.endsWith('\n')) {

@@ -15,7 +15,7 @@ namespace {
 
 using Row = std::vector<QString>;
 
-// Longer than any of the server's lines: something else may answer.
+// Longer than any line of the server. Another program may answer in its place.
 constexpr std::size_t kMaxLine = 8192;  // bytes
 
 QByteArray LineText(const QJsonValue& value) {
@@ -94,7 +94,7 @@ void Printer::Print(const Command& command, const QJsonObject& answer) {
       PrintError("  " + address.toString());
   } else if (answer.contains("rows")) {
     PrintText(RowsText(command.columns, answer["rows"].toArray()));
-    if (!answer["complete"].toBool()) PrintError("there are more than fit into an answer");
+    if (!answer["complete"].toBool()) PrintError("there are more rows than fit into an answer");
   } else if (answer.contains("lines")) {
     for (const auto& line : answer["lines"].toArray())
       PrintText(LineText(line));

@@ -7,19 +7,21 @@
 
 namespace corvane::ctl {
 
-// Writes to standard output, and refusals to standard error.
+// Prints answers to standard output and refusals to standard error. Remembers the first error of
+// standard output.
 class Printer {
  public:
-  // Shows a person what the server answered: tables, lines, or why not.
+  // Prints an answer for people: as a table, as lines, or the reason of a refusal.
   void Print(const Command& command, const QJsonObject& answer);
 
-  // The same for a program: the line that was received, with what misleads escaped as JSON does.
+  // Prints an answer for programs: the line as received, with characters that could mislead a
+  // terminal escaped as JSON does.
   void PrintJson(const QByteArray& received);
 
-  // A text as it is.
+  // Prints a text unchanged.
   void PrintText(const QByteArray& text);
 
-  // Why standard output did not take all that was printed, as errno has it; 0 if it did.
+  // The error of standard output, an errno; 0 if it took everything.
   int Error() const { return myError; }
 
  private:

@@ -6,7 +6,7 @@
 namespace corvane::ctl {
 namespace {
 
-// Several times the server's largest answer: something else may answer.
+// Several times the server's largest answer. Another program may answer in its place.
 constexpr qint64 kMaxAnswer = qint64{64} << 20;
 
 }  // namespace

@@ -8,14 +8,14 @@
 
 namespace corvane::ctl {
 
-// The way to the server: a line there, lines back. Waits for them.
+// A blocking connection to the server: sends lines and receives lines.
 class ServerLink {
  public:
-  // Whether there is a server of this user's that works in the folder.
+  // Connects to the folder's server. Returns false if there is none, or it is another user's.
   bool Open(const QString& dataFolder);
   void Send(const QByteArray& line);
-  // The next line; none when the server has gone, says nothing for so long (ms; -1: ever), or
-  // does not come to the line's end.
+  // The next line. None if the server disconnects, is silent for `timeout` ms (-1: no limit), or
+  // sends a line of over 64 MiB.
   std::optional<QByteArray> Receive(int timeout);
 
  private:

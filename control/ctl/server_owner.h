@@ -4,8 +4,9 @@
 
 namespace corvane::ctl {
 
-// Whether the server at the other end is this user's, who may tell it passwords. Where the socket
-// lies in a folder the folder answers that; elsewhere anybody may have taken its name.
+// Whether the server at the other end belongs to this user, so that it is safe to send it
+// passwords. The folder that holds a socket's file guarantees that; the name of a pipe can be
+// anybody's.
 bool IsServerOfThisUser(const QLocalSocket& socket);
 
 }  // namespace corvane::ctl

@@ -12,7 +12,7 @@ struct HandleEnd {
 };
 using Handle = std::unique_ptr<void, HandleEnd>;
 
-// Begins with a TOKEN_USER; empty where it is not told.
+// A buffer that begins with a TOKEN_USER; empty if the system refuses it.
 std::vector<char> UserOf(HANDLE process) {
   HANDLE opened = nullptr;
   if (!OpenProcessToken(process, TOKEN_QUERY, &opened)) return {};
@@ -35,7 +35,7 @@ bool IsServerOfThisUser(const QLocalSocket& socket) {
   const auto pipe = reinterpret_cast<HANDLE>(socket.socketDescriptor());
   if (!GetNamedPipeServerProcessId(pipe, &number)) return false;
   const Handle process(OpenProcess(PROCESS_QUERY_LIMITED_INFORMATION, FALSE, number));
-  // Another user's process does not let itself be looked at.
+  // Refused for a process of another user.
   if (!process) return false;
   const std::vector<char> theirs = UserOf(process.get());
   const std::vector<char> ours = UserOf(GetCurrentProcess());

@@ -15,8 +15,8 @@
 
 namespace corvane {
 
-// The application object of a server, opened, on the networks "North" and "So\nuth", both with the
-// password "secret" and five seats.
+// An open application object with the networks "North" and "So\nuth", both with the password
+// "secret" and five seats.
 class AppFixture : public testing::Test {
  protected:
   explicit AppFixture(bool isHardened = false);
@@ -29,7 +29,7 @@ class AppFixture : public testing::Test {
 
   QTemporaryDir myFolder;
   WebServer myWebServer;
-  // What the operator was told, "title? text" where it was a question, and what he answers.
+  // The message boxes so far, questions as "title? text", and the answer to all of them.
   std::vector<std::string> myBoxes;
   MessageBox::Answer myAnswer = MessageBox::Answer::OK;
   App myApp{myFolder.path(), [this](const MessageBox& box) {

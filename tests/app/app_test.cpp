@@ -64,7 +64,7 @@ TEST_F(AppTest, EachStartUpFailureHasItsMessage) {
                   connecting, connecting));
 }
 
-TEST_F(AppTest, WhatTheDatabaseLacksIsToldAtTheStart) {
+TEST_F(AppTest, MissingTablesAndColumnsAreReportedAtTheStart) {
   const std::string all = "the table networks, the table bans, the table admins";
   const std::string script =
       "BEGIN; CREATE TABLE Networks(name, pass, users, Enabled);"
@@ -79,10 +79,13 @@ TEST_F(AppTest, WhatTheDatabaseLacksIsToldAtTheStart) {
     if (!statements.empty()) OtherProgram(file).Run(statements);
     std::vector<std::string> complaints;
     App app(folder.path(), show);
-    app.serverdb().Complained = [&complaints](const std::string& line) { complaints.push_back(line); };
+    app.serverdb().Complained = [&complaints](const std::string& line) {
+      complaints.push_back(line);
+    };
     EXPECT_TRUE(app.Open());
-    EXPECT_THAT(complaints, ElementsAre("database: " + QDir::toNativeSeparators(file).toStdString() +
-                                  " lacks " + lacks));
+    EXPECT_THAT(complaints,
+                ElementsAre("database: " + QDir::toNativeSeparators(file).toStdString() +
+                            " lacks " + lacks));
   }
   QFile::remove(file);
   MakeDatabase(file);
@@ -91,7 +94,7 @@ TEST_F(AppTest, WhatTheDatabaseLacksIsToldAtTheStart) {
   EXPECT_TRUE(app.Open());
 }
 
-TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsAsked) {
+TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsSet) {
   MakeDatabase(file);
   QFile places(folder.filePath(QStringLiteral("places.mmdb")));
   ASSERT_TRUE(places.open(QIODevice::WriteOnly));
@@ -117,7 +120,7 @@ TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsAsked) {
 
 class LoadTest : public AppTest {
  protected:
-  // Starts a server on the folder's files and calls back with what it loaded.
+  // Starts a server in the folder and passes its listener to `look`.
   void Load(const std::function<void(MapSocket&)>& look) {
     ASSERT_TRUE(app.Open());
     app.Settings().Complained = [this](const std::string& line) { complaints.push_back(line); };
@@ -186,7 +189,7 @@ TEST_F(LoadTest, ClientsAreServedWhileManyNetworksAreLoaded) {
   EXPECT_NE(connectedAt, 0U);
 }
 
-TEST_F(LoadTest, ErrorOfAHandlerEndsAllConnectionsBeforeItsMessageIsRead) {
+TEST_F(LoadTest, ErrorInAHandlerClosesAllConnectionsBeforeItsMessageIsAnswered) {
   MakeDatabase(file);
   OtherProgram(file).Run("INSERT INTO networks VALUES('Demo', 'secret', 5, 1)");
   Settings("none", "0");
@@ -199,7 +202,7 @@ TEST_F(LoadTest, ErrorOfAHandlerEndsAllConnectionsBeforeItsMessageIsRead) {
     TestClient ben(port);
     EXPECT_TRUE(ben.LogIn("demo", "secret", "Ben"));
     onMessage = [&] {
-      // As long as the operator does not click.
+      // The operator has not answered the message yet.
       EXPECT_EQ(ann.Receive(), (WireMessage{998, "hello"}));
       EXPECT_TRUE(ann.WasClosedByServer());
       EXPECT_TRUE(TestClient(port).IsClosed());
@@ -207,7 +210,7 @@ TEST_F(LoadTest, ErrorOfAHandlerEndsAllConnectionsBeforeItsMessageIsRead) {
     auto& application = dynamic_cast<ApplicationHooks&>(*qApp);
     application.LastResort = [this] {
       app.LastResort();
-      app.LastResort();  // speaks once
+      app.LastResort();  // shows one message
     };
     QTimer::singleShot(0, [this] { app.Actions().Send("hello", "(All Networks)"); });
     EXPECT_EQ(QCoreApplication::exec(), 1);
@@ -220,7 +223,7 @@ TEST_F(LoadTest, ErrorOfAHandlerEndsAllConnectionsBeforeItsMessageIsRead) {
                                  "The application must shut down."));
 }
 
-TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
+TEST_F(LoadTest, NetworksWithOddValuesAreRead) {
   MakeDatabase(file);
   OtherProgram(file).Run(
       "ALTER TABLE networks ADD COLUMN remark;"
@@ -247,7 +250,7 @@ TEST_F(LoadTest, NetworksAreReadAsFarAsTheirValuesMakeSense) {
   EXPECT_THAT(complaints, IsEmpty()) << "all interfaces are what was asked for";
 }
 
-TEST_F(LoadTest, WhyItDoesNotListenIsSaidAndTheRestIsLoaded) {
+TEST_F(LoadTest, FailureToListenIsReportedAndTheRestIsLoaded) {
   MakeDatabase(file);
   QTcpServer other;
   ASSERT_TRUE(other.listen());
@@ -273,12 +276,13 @@ TEST_F(LoadTest, WhyItDoesNotListenIsSaidAndTheRestIsLoaded) {
     EXPECT_THAT(status, ElementsAre("Server Error: " + std::to_string(row.code), "Listening..."));
   }
   EXPECT_THAT(
-      complaints, testing::Each(testing::EndsWith(
-                "no interface has the address \"00:00:5E:00:53:01\"; the server listens on all")));
+      complaints,
+      testing::Each(testing::EndsWith(
+          "no interface has the address \"00:00:5E:00:53:01\"; the server listens on all")));
   EXPECT_EQ(complaints.size(), 2U);
 }
 
-TEST(NICByMac, FindsTheFirstOfThatAddress) {
+TEST(NICByMac, FindsTheFirstInterfaceOfTheAddress) {
   const std::vector<NetworkInterface> interfaces = {{"00:1A:2B:3C:4D:5E", "10.0.0.1"},
                                                     {"AA:00:00:00:00:01", "10.0.0.2"},
                                                     {"aa:00:00:00:00:01", "10.0.0.3"}};

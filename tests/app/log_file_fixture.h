@@ -12,7 +12,7 @@ namespace corvane {
 
 class LogFileTest : public testing::Test {
  protected:
-  // Whether the file comes to end in the text.
+  // Waits until the file ends in the text; returns whether it does.
   bool EndsIn(const QByteArray& text) {
     return PumpUntil([&] {
       QFile file(path);

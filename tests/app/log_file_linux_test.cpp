@@ -5,13 +5,13 @@
 namespace corvane {
 namespace {
 
-TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
+TEST_F(LogFileTest, MissingOrBlockedFileCostsLinesOnly) {
   LogFile log(path);
   log.WriteLine("before");
   EXPECT_TRUE(EndsIn("before\n"));
   EXPECT_EQ(QFile::permissions(path) & (QFile::ReadGroup | QFile::ReadOther), 0);
   ASSERT_TRUE(QDir(folder.filePath("logs")).removeRecursively());
-  // A folder where the file belongs.
+  // A folder in place of the file.
   ASSERT_TRUE(QDir().mkpath(path));
   log.Reopen();
   for (int line = 0; line < 2000; ++line)
@@ -23,12 +23,12 @@ TEST_F(LogFileTest, WhatIsTakenAwayOrInTheWayCostsLinesAndNoMore) {
   EXPECT_TRUE(EndsIn(" lines dropped)\nafter\n"));
 }
 
-TEST_F(LogFileTest, GoesOnInTheFileOfItsNameWhenOpenedAgain) {
+TEST_F(LogFileTest, ReopenContinuesInTheNewFile) {
   LogFile log(path);
   log.WriteLine("one");
   EXPECT_TRUE(EndsIn("one\n"));
   ASSERT_TRUE(QFile::rename(path, path + ".old"));
-  log.WriteLine("two");  // no file is in its place: a new one is made
+  log.WriteLine("two");  // makes a new file
   EXPECT_TRUE(EndsIn("two\n"));
   ASSERT_TRUE(QFile::rename(path, path + ".older"));
   ASSERT_TRUE(QFile(path).open(QIODevice::WriteOnly));

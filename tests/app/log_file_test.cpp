@@ -6,14 +6,14 @@
 namespace corvane {
 namespace {
 
-TEST_F(LogFileTest, OldLinesGo) {
+TEST_F(LogFileTest, RotatesAtItsLimitAndKeepsFiveOlderFiles) {
   constexpr qint64 kMaxBytes = qint64{10} << 20;
   LogFile log(path);
   log.WriteLine("one");
   EXPECT_TRUE(EndsIn("one\n"));
   for (int line = 0; line < 7 * 110; ++line) {
     log.WriteLine(std::to_string(line) + std::string(100'000, '.'));
-    // Faster than lines are kept back for.
+    // Writes now, before the buffer is full.
     if (line % 8 == 0) log.Last(0);
   }
   const std::vector<std::string> last = log.Last(3);

@@ -11,7 +11,7 @@
 namespace corvane {
 namespace {
 
-// Standard output turned into a pipe while the object lives.
+// Replaces standard output by a pipe as long as it exists.
 class PipeForOutput {
  public:
   PipeForOutput() {
@@ -28,7 +28,7 @@ class PipeForOutput {
   PipeForOutput(const PipeForOutput&) = delete;
   PipeForOutput& operator=(const PipeForOutput&) = delete;
 
-  // What is in the pipe now.
+  // Reads what the pipe holds now.
   std::string Read() {
     fcntl(myEnds[0], F_SETFL, O_NONBLOCK);
     std::array<char, 65536> bytes{};
@@ -45,8 +45,8 @@ class PipeForOutput {
   std::array<int, 2> myEnds{};
 };
 
-TEST(StandardOutput, ReaderThatDoesNotKeepUpLosesLinesAndIsTold) {
-  constexpr int kLines = 3000;  // with the text below, more than the pipe and the reserve hold
+TEST(StandardOutput, SlowReaderLosesLinesAndGetsTheirNumber) {
+  constexpr int kLines = 3000;  // with the text below, more than the pipe and the buffer hold
   const std::string filling(1000, '.');
   std::string received;
   {
@@ -74,7 +74,7 @@ TEST(StandardOutput, ReaderThatDoesNotKeepUpLosesLinesAndIsTold) {
   EXPECT_TRUE(received == expected);
 }
 
-TEST(StandardOutput, LastLinesLeaveWithTheProgram) {
+TEST(StandardOutput, LastLinesAreWrittenAtTheEnd) {
   PipeForOutput pipe;
   {
     StandardOutput output;
@@ -83,7 +83,7 @@ TEST(StandardOutput, LastLinesLeaveWithTheProgram) {
   EXPECT_EQ(pipe.Read(), "one\n");
 }
 
-TEST(StandardOutput, ReaderThatIsGoneEndsTheLog) {
+TEST(StandardOutput, ClosedPipeEndsTheLog) {
   PipeForOutput pipe;
   auto output = std::make_optional<StandardOutput>();
   output->WriteLine("one");

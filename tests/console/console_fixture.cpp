@@ -39,7 +39,7 @@ void Type(QWidget* field, const QString& text) {
 }
 
 void Click(QWidget* button) {
-  // By way of the window, which a dialog of another may keep from being used.
+  // Through the window, which a modal dialog may block.
   QTest::mouseClick(button->window()->windowHandle(), Qt::LeftButton, {},
                     button->mapTo(button->window(), button->rect().center()));
 }
@@ -80,7 +80,7 @@ std::vector<QDialog*> Dialogs() {
 
 ConsoleTest::ConsoleTest() {
   myWindow.emplace(myApp, [this] { return myHasTray; });
-  // Who is logged in has a row.
+  // Shows the rows of users at once.
   myRows = myApp.Listener().UserLoggedIn.Connect([this](auto&&...) { myWindow->Users().Update(); });
   myWindow->Open();
   EXPECT_TRUE(QTest::qWaitForWindowActive(&*myWindow));
@@ -100,7 +100,7 @@ std::vector<std::string> ConsoleTest::Users() {
 }
 
 void ConsoleTest::OpenContextMenu(ListBox& list, int row) {
-  // What an earlier menu left to do would close this one.
+  // Pending events of an earlier menu would close this one.
   QTest::qWait(0);
   if (row >= 0) {
     const QPoint place = list.visualRect(list.model()->index(row, 0)).center();
@@ -134,7 +134,7 @@ QDialog* ConsoleTest::FindDialog(const char* name) {
   QTest::qWait(0);
   for (QDialog* dialog : Dialogs()) {
     if (dialog->objectName() != QLatin1String(name) || !dialog->isVisible()) continue;
-    // The offscreen platform activates in the order of its events, not of the windows.
+    // The offscreen platform may activate another window last.
     dialog->activateWindow();
     EXPECT_TRUE(QTest::qWaitForWindowActive(dialog));
     return dialog;

@@ -22,19 +22,19 @@ std::vector<std::string> RowTexts(const QAbstractItemModel& model);
 // Clicks on the row of the list.
 void ClickRow(const ListBox& list, int row, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
 
-// Types the text in place of what the field holds.
+// Replaces the field's text by typing.
 void Type(QWidget* field, const QString& text);
 
 void Click(QWidget* button);
 
-// The menu that is open; none if none is.
+// The open menu, or null.
 QMenu* OpenedMenu();
-// Its captions in order, "-" for a separator, with a question mark behind what is disabled.
+// Its captions in order, "-" for a separator; a question mark follows disabled items.
 std::vector<std::string> Captions();
-// Clicks on the item of the menu that is open.
+// Clicks on the item of the open menu.
 void Choose(const QString& caption);
 
-// All that there are, shown or not.
+// All dialogs, shown or not.
 std::vector<QDialog*> Dialogs();
 
 // A server with the operator's window.
@@ -44,16 +44,16 @@ class ConsoleTest : public AppFixture {
 
   // The rows of the users' list, "name|network".
   std::vector<std::string> Users();
-  // Whether the status log comes to hold the line, its time aside.
+  // Waits until the status log has the line, ignoring its time; returns whether it does.
   bool Shows(const std::string& line);
-  // Opens the list's context menu with a right click on the row, or by key where it is -1.
+  // Opens the list's context menu with a right click on the row, or by keyboard if it is -1.
   static void OpenContextMenu(ListBox& list, int row);
   // The same, and clicks on an item.
   static void ChooseOn(ListBox& list, int row, const QString& caption);
   // Clicks on an item of the menu bar's menu.
   void ChooseInMenuBar(const QString& menu, const QString& caption);
 
-  // The open dialog of that name, which is its class's; throws if none is open.
+  // The open dialog of that name, the name of its class; throws if it is not open.
   template <typename DialogType>
   DialogType* Opened(const char* name) {
     QDialog* dialog = FindDialog(name);
@@ -61,7 +61,7 @@ class ConsoleTest : public AppFixture {
     return static_cast<DialogType*>(dialog);
   }
   bool IsOpen(const char* name) { return FindDialog(name) != nullptr; }
-  // Whether no dialog is open; lets a closed one destroy itself.
+  // Waits until all dialogs are closed; returns whether they are.
   bool NoneIsOpen();
 
   bool myHasTray = true;

@@ -13,7 +13,7 @@ using testing::IsEmpty;
 
 using ContextMenusTest = ConsoleTest;
 
-TEST_F(ContextMenusTest, HoldWhatCanBeDoneToTheSelection) {
+TEST_F(ContextMenusTest, OfferTheActionsOfTheSelection) {
   OpenContextMenu(*myWindow->lstNetworks, -1);
   EXPECT_THAT(Captions(), ElementsAre("Add Network", "-", "Edit Network?", "Delete Network?", "-",
                                       "Disconnect All?"));
@@ -34,7 +34,7 @@ TEST_F(ContextMenusTest, HoldWhatCanBeDoneToTheSelection) {
                                       "Force Disconnect", "-", "Make Admin"));
 }
 
-TEST_F(ContextMenusTest, DeletedNetworkSendsItsUsersAwayOnceConfirmed) {
+TEST_F(ContextMenusTest, DeletingANetworkDisconnectsItsUsersOnceConfirmed) {
   const auto ann = LoggedIn("Ann");
   const auto ben = LoggedIn("Ben", "So\nuth");
   myAnswer = MessageBox::Answer::No;
@@ -65,7 +65,7 @@ TEST_F(ContextMenusTest, DisconnectedNetworkStays) {
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth"));
 }
 
-TEST_F(ContextMenusTest, MnemonicsThatADesktopPutsIntoAnOpenMenuChangeNothing) {
+TEST_F(ContextMenusTest, MnemonicsInsertedByTheDesktopChangeNothing) {
   const auto ann = LoggedIn("Ann");
   OpenContextMenu(*myWindow->lstUsers, 0);
   for (QAction* item : OpenedMenu()->actions())
@@ -95,7 +95,7 @@ TEST_F(ContextMenusTest, KickAndBanNeedAReason) {
       ASSERT_TRUE(NoneIsOpen());
     }
     EXPECT_THAT(user->Drain(), IsEmpty());
-    // Enter kicks, and bans nobody.
+    // Enter kicks, but does not ban.
     ReasonDialog* ban = open("Ban");
     Type(ban->txtReason, "too loud");
     QTest::keyClick(ban->txtReason, Qt::Key_Return);
@@ -134,9 +134,8 @@ TEST_F(ContextMenusTest, ConnectionInfoShowsWhereTheUserIs) {
   }
 }
 
-// The operator's choice is made for the user that was selected when the menu opened, whether he is
-// still there or not.
-TEST_F(ContextMenusTest, ChoiceIsCarriedOutOnTheUserItWasMadeFor) {
+// The user may have left since the menu opened.
+TEST_F(ContextMenusTest, ChoiceAppliesToTheUserSelectedWhenTheMenuOpened) {
   const auto ben = LoggedIn("Ben");
   const struct {
     QString choice;

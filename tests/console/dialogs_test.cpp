@@ -30,10 +30,10 @@ struct ExpectedStep {
   const char* then;
 };
 
-// Steps from what is typed by the arrow and again by the key.
+// Types each number and steps by the arrow, then again by the key.
 void ExpectSteps(QLineEdit& field, const UpDownArrows& arrows,
                  const std::vector<ExpectedStep>& steps) {
-  // Never empty in between, which the field would not bear.
+  // Keeps the field from being empty, at which it would put a number in itself.
   const auto retype = [&field](const char* text) {
     field.setFocus();
     field.selectAll();
@@ -49,7 +49,7 @@ void ExpectSteps(QLineEdit& field, const UpDownArrows& arrows,
   }
 }
 
-TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersInWhateverItsName) {
+TEST_F(DialogsTest, AddedNetworkIsStoredAndAdmitsUsersUnderAnyName) {
   ChooseOn(*myWindow->lstNetworks, -1, "Add Network");
   auto* add = Opened<wndAddNetwork>("wndAddNetwork");
   EXPECT_FALSE(add->chkEnable->isChecked());
@@ -71,7 +71,7 @@ TEST_F(DialogsTest, AddedNetworkIsStoredAndLetsUsersInWhateverItsName) {
   TestClient ann(myApp.Listener().Port());
   EXPECT_TRUE(ann.LogIn("O'Brien", "s3", "Ann"));
 
-  // Only its row cannot be changed.
+  // The edit changes the network; only storing it fails.
   ChooseOn(*myWindow->lstNetworks, 3, "Edit Network");
   auto* edit = Opened<wndEditNetwork>("wndEditNetwork");
   Step(*edit->UpDownArrows1, true);
@@ -87,7 +87,7 @@ TEST_F(DialogsTest, MaxUsersStayFromOneToAThousand) {
   auto* add = Opened<wndAddNetwork>("wndAddNetwork");
   ExpectSteps(*add->txtUsers, *add->UpDownArrows1,
               {{"5", true, "6"}, {"5", false, "4"}, {"0", false, "1"}, {"5000", true, "1000"}});
-  // What replaced an empty field is replaced by what is typed next.
+  // The number that replaces an empty field is selected, so typing replaces it.
   Type(add->txtUsers, "20");
   EXPECT_EQ(add->txtUsers->text(), "20");
   Type(add->txtUsers, "9999");
@@ -113,7 +113,7 @@ TEST_F(DialogsTest, EditedNetworkKeepsItsName) {
   EXPECT_EQ(south->Password, "other");
   EXPECT_EQ(south->MaxUsers, 6);
   EXPECT_FALSE(south->Enabled);
-  // Shown, it is other bytes.
+  // The field shows other bytes.
   south->Password = "\xFF";
   ChooseOn(*myWindow->lstNetworks, 1, "Edit Network");
   Click(Opened<wndEditNetwork>("wndEditNetwork")->btnOK);
@@ -215,7 +215,7 @@ TEST_F(DialogsTest, ConnectionsStepDownFromOneToTwo) {
       {{"2", false, "1"}, {"1", false, "2"}, {"9998", true, "9999"}, {"9999", true, "9999"}});
 }
 
-TEST_F(DialogsTest, TabReachesTheControlsInTheirOrder) {
+TEST_F(DialogsTest, TabVisitsTheControlsInOrder) {
   const auto expectOrder = [](QDialog* dialog, const std::vector<QWidget*>& controls) {
     for (QWidget* control : controls) {
       EXPECT_EQ(dialog->focusWidget(), control) << dialog->objectName().toStdString();
@@ -252,7 +252,7 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   EXPECT_THAT(RowTexts(*bans->lstBans->model()),
               ElementsAre("192.0.2.1|Ann|a|07.03.11 09:05", "192.0.2.2|Ann|b|",
                           "192.0.2.3|Ann|" + std::string(600, '0') + "|"));
-  // The one long text is what is cut.
+  // Only the one long text is cut off.
   for (const int column : {0, 1, 3}) {
     const QModelIndex cell = bans->lstBans->model()->index(0, column);
     EXPECT_GE(bans->lstBans->columnWidth(column), bans->lstBans->sizeHintForIndex(cell).width());
@@ -268,7 +268,7 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
 
   Click(myWindow->btnAdmins);
   auto* admins = Opened<wndViewAdmins>("wndViewAdmins");
-  // Nothing is selected after a deletion, and the step goes to the row with the frame.
+  // After a deletion nothing is selected, and a step selects the row with the frame.
   for (const Qt::Key key : {Qt::Key_Down, Qt::Key_Delete, Qt::Key_Down, Qt::Key_End, Qt::Key_Home,
                             Qt::Key_End, Qt::Key_Delete})
     QTest::keyClick(admins->lstAdmins, key);
@@ -276,7 +276,7 @@ TEST_F(DialogsTest, SelectedRecordsAreDeleted) {
   EXPECT_EQ(Query("SELECT name FROM admins"), "Ben;");
 }
 
-TEST_F(DialogsTest, LongReasonsCutNoAddressHoweverManyThereAre) {
+TEST_F(DialogsTest, LongReasonsCutOffNoAddressInALongList) {
   Query(
       "WITH RECURSIVE numbers (i) AS (SELECT 1 UNION ALL SELECT i + 1 FROM numbers WHERE i < 3000) "
       "INSERT INTO bans (address, \"by\", reason, network) SELECT '10.0.' || (i / 256) "

@@ -53,7 +53,7 @@ TEST_F(EditMenuTest, CopiesTheSelectedRowsOfAList) {
             RowText(status, 0) + "\n" + RowText(status, 1) + "\n" + RowText(status, 2) + "\n" +
                 RowText(status, 3));
 
-  // A list has nothing else to offer, and nothing is left when no row is selected.
+  // In a list without a selection no item is enabled.
   myWindow->lstNetworks->setFocus();
   ChooseInMenuBar("&Edit", "&Copy");
   for (QAction* item : OpenedMenu()->actions())

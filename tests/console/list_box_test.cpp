@@ -13,9 +13,9 @@ using testing::ElementsAre;
 
 using ListBoxTest = ConsoleTest;
 
-TEST_F(ListBoxTest, RowOfTheKeyboardIsSeenSelectedOrNot) {
+TEST_F(ListBoxTest, CurrentRowIsMarkedWhetherSelectedOrNot) {
   ListBox& list = *myWindow->lstNetworks;
-  // For a moment after rows have come nothing is painted.
+  // Painting pauses for a moment after rows were added.
   ASSERT_TRUE(PumpUntil([&list] { return list.viewport()->updatesEnabled(); }));
   const auto picture = [&list](QWidget* focused) {
     focused->setFocus();
@@ -27,7 +27,7 @@ TEST_F(ListBoxTest, RowOfTheKeyboardIsSeenSelectedOrNot) {
   EXPECT_NE(picture(&list), picture(myWindow->btnClear));
 }
 
-TEST_F(ListBoxTest, KeysAndDoubleClicksDoWhatTheMenusHave) {
+TEST_F(ListBoxTest, KeysAndDoubleClicksActLikeTheMenus) {
   const auto ann = LoggedIn("Ann");
   EXPECT_TRUE(myWindow->lstUsers->viewport()->updatesEnabled())
       << "the first row is painted at once";

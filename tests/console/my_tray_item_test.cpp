@@ -13,7 +13,7 @@ namespace {
 
 using MyTrayItemTest = ConsoleTest;
 
-TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
+TEST_F(MyTrayItemTest, OffersToHideOrShowTheWindow) {
   int quits = 0;
   MyTrayItem item(*myWindow, [&quits] { ++quits; });
   EXPECT_EQ(item.toolTip(), QStringLiteral("Corvane Server (classic rules)"));
@@ -50,10 +50,10 @@ TEST_F(MyTrayItemTest, OffersWhatTheWindowsVisibilityAllows) {
   EXPECT_EQ(quits, 1);
 }
 
-TEST_F(MyTrayItemTest, QuestionThatIsHiddenIsStillAsked) {
+TEST_F(MyTrayItemTest, HiddenQuestionIsStillAsked) {
   QTimer::singleShot(0, [this] {
     myWindow->HideWindow();
-    // In a later turn of the loop.
+    // In a later turn of the event loop.
     QTimer::singleShot(0, [this] {
       myWindow->ShowWindow();
       const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());

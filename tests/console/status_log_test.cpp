@@ -7,7 +7,7 @@
 namespace corvane {
 namespace {
 
-TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
+TEST(StatusLogModel, DropsTheOldestLinesPastItsLimit) {
   constexpr qsizetype kMaxBytes = 200'000;
   qsizetype bytes = 0;
   StatusLogModel model(kMaxBytes);
@@ -15,7 +15,7 @@ TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
   for (const int next : {10'000, 20'000, 30'000}) {
     for (; written < next; ++written)
       model.Append("[now] ", std::to_string(written));
-    // What is left is the end, without a gap.
+    // The rows are the newest lines, without a gap.
     const auto isNumber = [&](int row, int number) {
       return model.index(row).data().toString() == QStringLiteral("[now] %1").arg(number);
     };
@@ -31,7 +31,7 @@ TEST(StatusLogModel, OldestLinesGoWhereThereAreTooMany) {
   EXPECT_GT(bytes, kMaxBytes * 9 / 10);
 }
 
-TEST(StatusLogModel, FirstLineBecomesARowAtOnceAndTheNextOnesTogether) {
+TEST(StatusLogModel, AddsTheFirstLineAtOnceAndTheNextOnesTogether) {
   StatusLogModel model;
   const QSignalSpy added(&model, &QAbstractItemModel::rowsInserted);
   model.Append("[1] ", "line");

@@ -24,7 +24,7 @@ TEST_F(UpdatesTest, MenuItemShowsANewerVersionOnceAndNothingElse) {
   EXPECT_EQ(window->NewVersionText->text(), "3.0.0.999999");
   EXPECT_THAT(myWebServer.requests.back(), testing::HasSubstr("User-Agent: CorvaneServer/"));
 
-  // The one that is open comes to the front again.
+  // The open window comes to the front again.
   window->showMinimized();
   check();
   EXPECT_FALSE(window->isMinimized());
@@ -33,7 +33,7 @@ TEST_F(UpdatesTest, MenuItemShowsANewerVersionOnceAndNothingElse) {
   QTest::keyClick(window, Qt::Key_Escape);
   EXPECT_TRUE(NoneIsOpen());
 
-  // One that comes late leaves the dialog that is open to the operator, and is no less alive.
+  // One that opens over a dialog leaves it the focus, and both can be used.
   ChooseInMenuBar("&File", "Settings...");
   auto* settings = Opened<wndSettings>("wndSettings");
   myApp.Updates().CheckForNewVersion(true);

@@ -47,7 +47,7 @@ TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
   EXPECT_THAT(RowsNow(model), ElementsAre("user26|North"));
 }
 
-TEST(UsersModel, FirstRowComesAndGoesAtOnceAndTheNextOnesTogether) {
+TEST(UsersModel, ShowsTheFirstChangeAtOnceAndTheNextOnesTogether) {
   UsersModel model;
   const QAbstractItemModelTester tester(&model,
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);

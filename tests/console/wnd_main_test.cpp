@@ -63,7 +63,7 @@ TEST_F(WndMainTest, LaysItsControlsOutByTheirAnchors) {
   EXPECT_EQ(myWindow->btnBans->geometry().right(), 512);
 }
 
-TEST_F(WndMainTest, StartsInTheTrayOrMinimisedWhereThatIsSet) {
+TEST_F(WndMainTest, StartsInTheTrayOrMinimisedIfSet) {
   myApp.Settings().SetValue("StartHidden", "1");
   for (const bool hasTray : {true, false}) {
     wndMain window(myApp, [hasTray] { return hasTray; });

@@ -16,14 +16,14 @@ using testing::HasSubstr;
 
 using CommandsTest = ControlTest;
 
-TEST_F(CommandsTest, ReloadDoesWhatWasDoneToTheDatabase) {
+TEST_F(CommandsTest, ReloadAppliesChangesInTheDatabase) {
   const auto rows = [this](const QStringList& arguments = {}) {
     const Outcome outcome = Run(QStringList{"reload"} + arguments);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.text;
     return outcome.text.substr(outcome.text.find('\n') + 1);
   };
   EXPECT_EQ(rows(), "") << "nothing is different";
-  // A second North, which is nobody's yet, and a name that differs in its case are others.
+  // A second North without users, and a name in other letter case, are different networks.
   Query(
       "UPDATE networks SET pass='new', users=1 WHERE name='North'; INSERT INTO networks VALUES"
       "('North','x',2,0),('SO\nUTH','secret',9,1); DELETE FROM networks WHERE name='So\nuth'");
@@ -51,7 +51,7 @@ TEST_F(CommandsTest, ReloadDoesWhatWasDoneToTheDatabase) {
   const Outcome failed = Run({"reload"});
   EXPECT_EQ(failed.exitCode, 1);
   EXPECT_THAT(failed.text, HasSubstr("database: no such table: networks"));
-  // Windows lets nobody do that to a file that is open.
+  // Windows refuses to rename an open file.
   if (QFile::rename(myFolder.filePath("serverdb.rsd"), myFolder.filePath("old.rsd"))) {
     EXPECT_THAT(Run({"reload"}).text, HasSubstr("database: the file was replaced"));
   }
@@ -73,7 +73,7 @@ TEST_F(CommandsTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
               HasSubstr("or use --force with corvanectl reload: 127.0.0.7:"));
   EXPECT_TRUE(ann->HearsNothing());
   EXPECT_TRUE(myBoxes.empty());
-  // With force it is as from the window.
+  // With force the message is sent, and ends the server.
   auto& application = dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
   application.LastResort = [this] { myApp.LastResort(); };
   QLocalSocket client;
@@ -89,7 +89,7 @@ class HardenedCommandsTest : public ControlTest {
   HardenedCommandsTest() : ControlTest(true) {}
 };
 
-TEST_F(HardenedCommandsTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
+TEST_F(HardenedCommandsTest, MessageEndsNothingAndKickedUserIsClosed) {
   TestClient stranger(myApp.Listener().Port(), "127.0.0.7");
   ASSERT_TRUE(stranger.Receive());
   EXPECT_EQ(Run({"message", "x"}).exitCode, 0);
@@ -104,37 +104,37 @@ TEST_F(HardenedCommandsTest, MessageEndsNothingAndWhoIsKickedIsClosed) {
   EXPECT_TRUE(ann->WasClosedByServer());
 }
 
-TEST_F(CommandsTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
+TEST_F(CommandsTest, LogNamesActorsAndReachesFollowers) {
   ServerLog& log = myApp.Log();
   std::string followed;
   QProcess follower;
   follower.start(QStringLiteral(CORVANECTL),
                  {"--data-folder", myFolder.path(), "log", "--lines", "0", "--follow"},
                  QIODevice::ReadWrite | QIODevice::Text);
-  const auto tells = [&](const std::string& line) {
+  const auto shows = [&](const std::string& line) {
     return PumpUntil([&] {
       followed += follower.readAll().toStdString();
       return followed.find("] " + line + "\n") != std::string::npos;
     });
   };
-  // However long it takes to start.
+  // Until the follower has started.
   EXPECT_TRUE(PumpUntil([&] {
     QTimer::singleShot(0, &control, [&log] { log.Write("are you there?"); });
     followed += follower.readAll().toStdString();
     return !followed.empty();
   })) << follower.readAllStandardError().toStdString();
-  QLocalSocket deaf;  // follows, too, and reads nothing
+  QLocalSocket deaf;  // follows and reads nothing
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
   EXPECT_TRUE(myApp.Actions().MakeAdmin("Ann", "127.0.0.1", "North"));
   ann->Send(10, "Bob|go\nnow");
-  EXPECT_TRUE(tells("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
+  EXPECT_TRUE(shows("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
   Run({"set", "AttachedPort", "1"});
-  EXPECT_TRUE(tells("corvanectl: set AttachedPort to 1"));
+  EXPECT_TRUE(shows("corvanectl: set AttachedPort to 1"));
   OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE admins RENAME TO a");
   Run({"grant", "Bob"});
-  EXPECT_TRUE(tells("database: no such table: admins"));
+  EXPECT_TRUE(shows("database: no such table: admins"));
   EXPECT_THAT(Run({"log", "--lines", "2"}).text, testing::EndsWith("no such table: admins\n"));
   QFile audit(myFolder.filePath("logs/corvane-audit.log"));
   EXPECT_TRUE(audit.open(QIODevice::ReadOnly));
@@ -146,28 +146,28 @@ TEST_F(CommandsTest, LogTellsWhoDidWhatAndGoesOnForWhoFollows) {
   EXPECT_THAT(audited, testing::MatchesRegex(
                            ".*window: make administrator Ann[^\n]*\n[^\n]*: kick Bob[^\n]*\n"
                            "[^\n]*corvanectl: set [^\n]*\n[^\n]*corvanectl: make [^\n]*\n"));
-  // One who does not read is dropped; the follower, which keeps up, is not.
+  // The client that does not read is dropped; the follower that keeps up is not.
   const auto connections = [this] { return control.children().size(); };
   EXPECT_EQ(connections(), 2);
   for (int i = 0; i < 100 && connections() == 2; ++i) {
     const std::string end = "end " + std::to_string(i);
-    // From the loop, as in the server: what goes is deleted there.
+    // From the event loop, as in the server, which deletes dropped clients there.
     QTimer::singleShot(0, &control, [&] {
       for (int line = 0; line < 40; ++line)
         log.Write(std::string(4'000, 'x'));
       log.Write(end);
     });
-    ASSERT_TRUE(tells(end));
+    ASSERT_TRUE(shows(end));
   }
   EXPECT_EQ(connections(), 1);
   log.Write("the last");
-  EXPECT_TRUE(tells("the last"));
+  EXPECT_TRUE(shows("the last"));
   follower.kill();
   follower.waitForFinished();
 }
 
-TEST_F(CommandsTest, BackupIsWholeWhileTheDatabaseIsUsed) {
-  // Some megabytes, so that it takes many steps.
+TEST_F(CommandsTest, BackupIsConsistentWhileTheDatabaseChanges) {
+  // Some megabytes, for many steps.
   Query(
       "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<2000)"
       "INSERT INTO bans (address,reason) SELECT 'old', hex(zeroblob(2000)) FROM n");

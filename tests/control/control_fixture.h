@@ -18,7 +18,7 @@ struct Outcome {
   std::string text;  // of both streams
 };
 
-// Ann and Bob are on the network North of a server that listens on its folder's local socket.
+// A server with its local socket, and Ann and Bob logged into its network North.
 class ControlTest : public AppFixture {
  protected:
   explicit ControlTest(bool isHardened = false) : AppFixture(isHardened) {
@@ -40,12 +40,12 @@ class ControlTest : public AppFixture {
     EXPECT_TRUE(PumpUntil([&] { return program.state() == QProcess::NotRunning; }));
     return {program.exitCode(), program.readAll().replace("\r\n", "\n").toStdString()};
   }
-  // The same with arguments that stand in one line, each behind a blank.
+  // The same; each blank of the line begins an argument, which may be empty.
   Outcome Type(const QString& line, const QByteArray& input = {}) {
     return Run(line.split(' '), input);
   }
 
-  // What the server answers to bytes; nothing where it drops the client.
+  // Sends bytes to the local socket. Returns the answer, or nothing if the server disconnects.
   QByteArray Ask(QLocalSocket& client, const QByteArray& bytes) {
     client.connectToServer(ControlName(myFolder.path()));
     client.write(bytes);

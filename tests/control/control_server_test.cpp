@@ -17,12 +17,12 @@ TEST_F(ControlServerTest, BadInputIsRefusedOrDropped) {
     bool stays;
   };
   for (const Row& row : std::vector<Row>{
-           {"\n", "expected is one JSON object", true},
-           {QByteArray("\xFF\0\x01{[\n", 6), "expected is one JSON object", true},
-           {"[1]\n", "expected is one JSON object", true},
+           {"\n", "expected one JSON object", true},
+           {QByteArray("\xFF\0\x01{[\n", 6), "expected one JSON object", true},
+           {"[1]\n", "expected one JSON object", true},
            {"{}\n", R"(\"command\" takes a text)", true},
            {"{\"command\":7}\n", R"(\"command\" takes a text)", true},
-           {"{\"command\":\"\\u0000\"}\n", "expected is one of: status", true},
+           {"{\"command\":\"\\u0000\"}\n", "expected one of: status", true},
            {"{\"command\":\"users\",\"network\":{}}\n", R"(\"network\" takes a text)", true},
            {QByteArray(100 << 20, 'x'), "", false},
            {QByteArray((1 << 20) + 1, 'x') + '\n', "more than 1 MiB", false},
@@ -41,7 +41,7 @@ TEST_F(ControlServerTest, BadInputIsRefusedOrDropped) {
   EXPECT_TRUE(ann->HearsNothing()) << "and the relay is as it was";
 }
 
-TEST_F(ControlServerTest, SixteenGetInAndWhoGoesAwayMakesRoom) {
+TEST_F(ControlServerTest, SixteenClientsAreAdmittedAndOneThatLeavesMakesRoom) {
   std::vector<std::unique_ptr<QLocalSocket>> clients;
   for (int i = 0; i < 16; ++i) {
     clients.push_back(std::make_unique<QLocalSocket>());
@@ -54,7 +54,7 @@ TEST_F(ControlServerTest, SixteenGetInAndWhoGoesAwayMakesRoom) {
   EXPECT_TRUE(PumpUntil([this] { return Run({"status"}).exitCode == 0; }));
 }
 
-TEST_F(ControlServerTest, OneServerAFolderAndWhatNobodyAnswersOnIsReplaced) {
+TEST_F(ControlServerTest, FolderHasOneServerAndADeadSocketIsReplaced) {
   EXPECT_EQ(ControlServer().Take(myFolder.path()), ControlServer::Claim::Taken);
   EXPECT_EQ(Run({"status"}).exitCode, 0);
   QTemporaryDir other;

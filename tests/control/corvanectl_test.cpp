@@ -24,7 +24,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   struct Row {
     const char* line;
     int exitCode;
-    std::string text;        // part of what is shown
+    std::string text;        // part of the output
     std::string query = {};  // if any
     std::string found = {};
     const char* input = "";
@@ -62,22 +62,22 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"unban 127.0.0.2", 0, "Lifted 1", bans, tensBan},
            {"unban 2", 0, "Lifted 1", bans, ""},
            {"grant ann", 0, "Ann is", admins, annsGrant},
-           {"grant ann", 1, "is an administrator already", admins, annsGrant},
-           {"grant Eve --network north", 2, "expected are both"},
+           {"grant ann", 1, "is already an administrator", admins, annsGrant},
+           {"grant Eve --network north", 2, "expected both"},
            {"grant Eve --network north --address 1.2.3", 2, "not \"1.2.3\""},
            {"grant Eve --network north --address 10.0.0.9", 0, "", admins, annsGrant + evesGrant},
            {"admins", 0, "2   Eve   North    10.0.0.9"},
-           {"revoke ANN", 0, "Took back 1", admins, evesGrant},
+           {"revoke ANN", 0, "Revoked 1", admins, evesGrant},
            {"set AtachedPort 1", 1, "AttachedNIC, AttachedPort"},
            {"set AttachedPort 70000", 2, "a port from 0 to 65535"},
            {"set hardened maybe", 2, "Hardened takes 1, yes"},
            {"set AttachedPort 12345", 0, "Set"},
            {"settings --json", 0, R"({"name":"AttachedPort","value":"12345"})"},
-           {"network disconnect north", 0, "Sent away"},
+           {"network disconnect north", 0, "Disconnected the users"},
            {"frob", 2, "no command"},
            {"status --data-folder ", 2, "--data-folder is empty"},
            {"--json", 2, "no command\n\nUsage"},
-           {"network", 2, "\n  network disconnect    Sends"},
+           {"network", 2, "\n  network disconnect    Disconnects"},
            {"network x", 2, "no command \"network x\""},
            {"network --help", 0, "\n  network add           Adds"},
            {"help", 0, "\n  kick "},
@@ -86,7 +86,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"help kick", 0, "\n  --name                USER is"},
            {"complete -- --json network e", 0, "\nedit\tChanges"},
            {"complete -- network edit --e", 0, "\n--enable\tLet users in.\n"},
-           {"complete -- --data-folder /x st", 0, "\nstatus\tHow"},
+           {"complete -- --data-folder /x st", 0, "\nstatus\tShows"},
            {"complete -- --data-folder ", 0, ":folders\n"},
            {"complete -- kick x", 0, ""},
            {"complete -- backup --overwrite x", 0, ":files\n"},
@@ -102,7 +102,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   EXPECT_EQ(bob->Receive(), (WireMessage{998, "good day"}));
   EXPECT_EQ(bob->Receive(), (WireMessage{997, "so there"}));
 }
-TEST_F(CorvanectlTest, AddressAndPortAreNoNameUnlessSaid) {
+TEST_F(CorvanectlTest, AddressAndPortIsANameOnlyWithTheOption) {
   const QString peer = DisplayText(myApp.Actions().FindUser("Bob", true)->PeerName());
   const auto eve = LoggedIn(TextFromDisplay(peer), "North", "127.0.0.3");
   EXPECT_THAT(Run({"kick", peer, "x"}).text, HasSubstr("Kicked Bob."));
@@ -115,19 +115,19 @@ TEST_F(CorvanectlTest, AddressAndPortAreNoNameUnlessSaid) {
   EXPECT_EQ(Query("SELECT address FROM bans"), "127.0.0.3;");
 }
 
-TEST_F(CorvanectlTest, WhatDidNotWorkIsTold) {
+TEST_F(CorvanectlTest, FailuresAreReported) {
   OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE bans RENAME TO b");
   for (const QStringList& ban :
        {QStringList{"ban", "Bob", "x"}, {"ban-address", "10.0.0.1", "x"}}) {
     const Outcome banned = Run(ban);
     EXPECT_EQ(banned.exitCode, 0) << "it counts";
-    EXPECT_THAT(banned.text, HasSubstr("counts but is not stored (database: no such table: bans)"));
+    EXPECT_THAT(banned.text, HasSubstr("in force but not stored (database: no such table: bans)"));
   }
   OtherProgram(myFolder.filePath("serverdb.rsd")).Run("ALTER TABLE b RENAME TO bans");
   EXPECT_TRUE(PumpUntil([&] { return Query("SELECT count(*) FROM bans") == "2;"; }));
   EXPECT_EQ(Run({"unban", "2000000001"}).text, "Lifted 1 ban(s).\n") << "as it was listed before";
 
-  // A folder in its place, since a full disk is hard to have.
+  // A folder in place of the file, which fails like a full disk.
   QDir data(myFolder.path());
   EXPECT_TRUE(data.remove("Corvane Server.xml") && data.mkdir("Corvane Server.xml"));
   const Outcome set = Run({"set", "AttachedPort", "12345"});
@@ -149,7 +149,7 @@ TEST_F(CorvanectlTest, WhatDidNotWorkIsTold) {
   }
 }
 
-TEST_F(CorvanectlTest, WhateverAnswersCannotMisleadOrFloodTheTerminal) {
+TEST_F(CorvanectlTest, AnswersCannotMisleadOrFloodTheTerminal) {
   QTemporaryDir other;
   QLocalServer impostor;
   ASSERT_TRUE(impostor.listen(ControlName(other.path())));

@@ -16,7 +16,7 @@
 namespace corvane {
 namespace {
 
-// Takes all descriptors that the process may still have.
+// Uses up all descriptors of the process.
 class NoDescriptors {
  public:
   NoDescriptors() {
@@ -42,7 +42,7 @@ class NoDescriptors {
   std::vector<int> myTaken;
 };
 
-TEST(LocalListener, OneIsServedWithoutDescriptorsAndTheOthersLater) {
+TEST(LocalListener, WithoutDescriptorsOneClientIsServedAndTheOthersLater) {
   const QTemporaryDir folder;
   const QString name = folder.filePath("socket");
   std::vector<std::unique_ptr<QLocalSocket>> accepted;
