@@ -43,7 +43,7 @@ bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
 }  // namespace
 
 void Operator::Note(StatusParts what) {
-  myListener.Note(myActor + ": " + LogLine(what));
+  Log().WriteAudit(myActor + ": " + LogLine(what));
 }
 
 const DatabaseConnection& Operator::Database() const {
@@ -182,7 +182,7 @@ void Operator::ForceDisconnect(ClientSocket& user) {
 bool Operator::MakeAdmin(const std::string& name, const std::string& address,
                          const std::string& networkName) {
   Note({"make administrator ", Quoted(name), " of ", Quoted(networkName), ", ", address});
-  return myListener.Admins().Add(name, address, networkName);
+  return myListener.Context.admins.Add(name, address, networkName);
 }
 
 void Operator::Send(const std::string& text, const std::string& networkName) {
@@ -193,7 +193,7 @@ void Operator::Send(const std::string& text, const std::string& networkName) {
 
 std::vector<std::string> Operator::WithoutNetwork() const {
   std::vector<std::string> found;
-  if (!myListener.RulesInForce().isMessageFatalWithoutNetwork) return found;
+  if (!myListener.Context.rules.isMessageFatalWithoutNetwork) return found;
   const auto connections = myListener.ActiveConnections();
   for (const auto& connection : *connections) {
     const auto& session = static_cast<const ClientSocket&>(*connection);
@@ -204,7 +204,7 @@ std::vector<std::string> Operator::WithoutNetwork() const {
 
 bool Operator::ForEachBan(const std::function<void(const corvane::Ban&)>& act) {
   for (std::int64_t place = Bans::kBegin; place != Bans::kEnd;) {
-    const auto portion = myListener.BansInForce().Portion(place);
+    const auto portion = myListener.Context.bans.Portion(place);
     if (!portion) return false;
     for (const auto& ban : *portion) {
       act(ban);
@@ -215,21 +215,21 @@ bool Operator::ForEachBan(const std::function<void(const corvane::Ban&)>& act) {
 }
 
 std::optional<corvane::Ban> Operator::FindBan(std::int64_t number) {
-  return myListener.BansInForce().Find(number);
+  return myListener.Context.bans.Find(number);
 }
 
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
   Note({"lift bans ", Numbers(ids)});
-  return myListener.BansInForce().Lift(ids);
+  return myListener.Context.bans.Lift(ids);
 }
 
 std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {
-  return myListener.Admins().All();
+  return myListener.Context.admins.All();
 }
 
 bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
   Note({"delete administrators ", Numbers(ids)});
-  return myListener.Admins().Delete(ids);
+  return myListener.Context.admins.Delete(ids);
 }
 
 bool Operator::ChangeSetting(const std::string& name, const std::string& value) {

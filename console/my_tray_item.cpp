@@ -14,7 +14,7 @@ namespace corvane {
 
 MyTrayItem::MyTrayItem(wndMain& window, std::function<void()> quit)
     : QSystemTrayIcon(QApplication::windowIcon()), myWindow(window) {
-  const std::string_view rules = window.sSocket.RulesInForce().name;
+  const std::string_view rules = window.sSocket.Context.rules.name;
   setToolTip(QStringLiteral("%1 (%2 rules)").arg(window.windowTitle(), DisplayText(rules)));
   myToggle = myMenu.addAction(QString());
   NameFirstItem();

@@ -31,7 +31,7 @@ QByteArray Questions::Status(const Request&) {
   return DoneLine(QJsonObject{
       {"version", DisplayText(RunningVersion().FullVersion())},
       {"up-since", myStart.toLocalTime().toString(Qt::ISODate)},
-      {"rules", DisplayText(std::string(listener.RulesInForce().name))},
+      {"rules", DisplayText(std::string(listener.Context.rules.name))},
       {"listening", listener.IsListening()},
       {"address", DisplayText(nic ? nic->IPAddress : "0.0.0.0")},
       {"port", listener.Port()},

@@ -1,6 +1,7 @@
 #include "server/client_socket.h"
 
 #include <algorithm>
+#include <ratio>
 #include <tuple>
 #include <utility>
 
@@ -15,7 +16,6 @@
 #include "platform/processor_time.h"
 #include "server/ban_list.h"
 #include "server/map_socket.h"
-#include "server/ticks.h"
 #include "server/wire.h"
 
 namespace corvane {
@@ -42,31 +42,40 @@ constexpr std::size_t kNameBytesPerMillisecond = 4096;
 // What a member takes in a list of members.
 constexpr std::chrono::nanoseconds kListMember{400};
 
+const auto programStart = PollLoop::Clock::now();
+
+// Sixtieths of a second since the program started. Wraps around after about 414 days.
+std::int32_t Ticks() {
+  using TickCount = std::chrono::duration<std::int64_t, std::ratio<1, 60>>;
+  const auto elapsed = std::chrono::floor<TickCount>(PollLoop::Clock::now() - programStart);
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(elapsed.count()));
+}
+
 }  // namespace
 
 ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
-    : EasyTCPSocket(loop), myParent(parent) {
-  LimitMessages(parent.RulesInForce().longestBeforeLogIn);
+    : EasyTCPSocket(loop), myParent(parent), myContext(parent.Context) {
+  LimitMessages(myContext.rules.longestBeforeLogIn);
 }
 
 ClientSocket::~ClientSocket() = default;
 
 void ClientSocket::Connected() {
   myState = State::Greeting;
-  myPlace = myParent.Addresses().Enter(RemoteAddress());
-  LimitRateUnlessTrusted(myParent.RulesInForce().rateBeforeLogIn);
-  ReportStatus(": Client Connection Initiated...");
+  myPlace = myContext.addresses.Enter(RemoteAddress());
+  LimitRateUnlessTrusted(myContext.rules.rateBeforeLogIn);
+  ReportStatus({RemoteAddress(), ": Client Connection Initiated..."});
   HoldMessages(true);
   GetClientInfo();
 }
 
 void ClientSocket::LimitRateUnlessTrusted(const MessageRate& rate) {
-  if (!myParent.Addresses().IsTrusted(RemoteAddress())) LimitRate(rate);
+  if (!myContext.addresses.IsTrusted(RemoteAddress())) LimitRate(rate);
 }
 
 void ClientSocket::GetClientInfo() {
   // Leaving cancels it.
-  myLookup = myParent.Locations().Find(
+  myLookup = myContext.locations.Find(
       RemoteAddress(),
       {ClientCountry, ClientState, ClientCity, ClientZip, ClientTimeZone, ClientFlag},
       [this](const ClientLocation& location) { Greet(location); });
@@ -83,18 +92,17 @@ void ClientSocket::Greet(const ClientLocation& location) {
   if (isBanned()) {
     myState = State::Refused;
     SendNotice(wire::kBan, "Please contact an administrator formore information.");
-    ReportStatus(": Client Previously Banned.");
+    ReportStatus({RemoteAddress(), ": Client Previously Banned."});
   } else {
     myState = State::WaitingNetwork;
     SendMessage(wire::kNetwork, "Network");
-    myDeadline = myParent.Deadlines().Begin(*this);
+    myDeadline = myContext.deadlines.Begin(*this);
   }
   HoldMessages(false);
 }
 
 void ClientSocket::Error(std::int32_t code) {
-  myParent.CallStatusMessageFor(
-      RemoteAddress(), {"Client Disconnect: (", std::to_string(code), ") ", Quoted(myUsername)});
+  ReportStatus({"Client Disconnect: (", std::to_string(code), ") ", Quoted(myUsername)});
   Close();
 }
 
@@ -110,7 +118,7 @@ void ClientSocket::Close() {
 
 void ClientSocket::SendNotice(std::int32_t command, std::string_view text) {
   SendMessage(command, text);
-  const auto time = myParent.RulesInForce().timeToLeave;
+  const auto time = myContext.rules.timeToLeave;
   if (!time || std::exchange(myIsExpectedToLeave, true)) return;
   myLoop.CallLater(*time, weak_from_this(), [this] {
     // One that has left may still send what it holds.
@@ -120,7 +128,7 @@ void ClientSocket::SendNotice(std::int32_t command, std::string_view text) {
 
 bool ClientSocket::HearsItsNetwork() const {
   if (myNetwork == nullptr) return false;
-  return myState == State::LoggedIn || myParent.RulesInForce().isHeardBeforeLogIn;
+  return myState == State::LoggedIn || myContext.rules.isHeardBeforeLogIn;
 }
 
 void ClientSocket::Abandon() {
@@ -132,7 +140,7 @@ void ClientSocket::Abandon() {
 void ClientSocket::Leave() {
   if (myState == State::Idle || myState == State::Gone) return;
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
-  myParent.Deadlines().End(myDeadline);
+  myContext.deadlines.End(myDeadline);
   myLookup.reset();
   if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
   myParent.ClientDisconnect(*this);
@@ -178,7 +186,7 @@ PollLoop::Clock::duration ClientSocket::QuestionWait() {
   if (!myIsQuestionCostly) {
     myIsQuestionCostly = Charged([this] { AskWhetherAdmin(kCheapQuestion); }) >= kCheapQuestion;
   }
-  return myIsQuestionCostly ? myParent.CostlyQuestions().Wait() : PollLoop::Clock::duration::zero();
+  return myIsQuestionCostly ? myContext.costlyQuestions.Wait() : PollLoop::Clock::duration::zero();
 }
 
 PollLoop::Clock::duration ClientSocket::ListWait() {
@@ -197,7 +205,7 @@ std::chrono::nanoseconds ClientSocket::Charged(const Work& work) {
   work();
   const auto cost = ProcessorTime() - begin;
   myQuestions.Charge(cost);
-  myParent.CostlyQuestions().Charge(cost);
+  myContext.costlyQuestions.Charge(cost);
   return cost;
 }
 
@@ -205,19 +213,19 @@ PollLoop::Clock::duration ClientSocket::ReportWait() {
   const auto now = PollLoop::Clock::now();
   if (!myMessageTime) myMessageTime = now + kLongestReadersDelay;
   myAwaitsReaders =
-      now < *myMessageTime && myNetwork != nullptr && myParent.Sessions().AreMostBehind(*myNetwork);
+      now < *myMessageTime && myNetwork != nullptr && myContext.roster.AreMostBehind(*myNetwork);
   if (myAwaitsReaders) return kReadersDelay;
   myMessageTime.reset();
   return {};
 }
 
 PollLoop::Clock::duration ClientSocket::MembersWait() {
-  if (!myMessageTime) myMessageTime = myParent.MemberLists().Take(ExpectedListCost());
+  if (!myMessageTime) myMessageTime = myContext.memberLists.Take(ExpectedListCost());
   return UntilMessageTime();
 }
 
 PollLoop::Clock::duration ClientSocket::ExpectedListCost() const {
-  return kListMember * myParent.Sessions().MembersOf(*myNetwork)->size();
+  return kListMember * myContext.roster.MembersOf(*myNetwork)->size();
 }
 
 PollLoop::Clock::duration ClientSocket::UntilMessageTime() {
@@ -231,7 +239,7 @@ PollLoop::Clock::duration ClientSocket::PasswordWait() {
   if (myState != State::WaitingPassword && myState != State::WaitingUserName) return {};
   // Whether it is right shows only then, so that who does not wait for an answer learns nothing.
   if (!myMessageTime) {
-    myMessageTime = PollLoop::Clock::now() + myParent.Addresses().PasswordDelay(RemoteAddress());
+    myMessageTime = PollLoop::Clock::now() + myContext.addresses.PasswordDelay(RemoteAddress());
   }
   return UntilMessageTime();
 }
@@ -259,7 +267,8 @@ void ClientSocket::NoteAdminCommand(std::int32_t command, std::string_view data)
   if (command == wire::kAdminListBans) return;  // nothing was done
   constexpr std::string_view kNames[] = {"kick ", "ban ", "message ", "", "lift ban "};
   const std::string_view name = kNames[command - wire::kAdminKick];
-  myParent.Note(
+  if (!myParent.Audited) return;
+  myParent.Audited(
       LogLine({"administrator ", Quoted(myUsername), " of ", Quoted(myNetwork->NetworkName), " (",
                RemoteAddress(), "): ", name, data}));
 }
@@ -287,7 +296,7 @@ void ClientSocket::ChooseNetwork(std::string_view name) {
   if (myState == State::LoggedIn) return RefuseNetwork(name);
   SetNetwork(myParent.FindNetwork(name));
   const bool hasSeat = mySeat.Take(myNetwork);
-  if (!myParent.RulesInForce().isSeatTakenBeforePassword) mySeat.Release();
+  if (!myContext.rules.isSeatTakenBeforePassword) mySeat.Release();
   if (hasSeat) {
     myState = State::WaitingPassword;
     SendMessage(wire::kPassword, wire::kOk);
@@ -302,7 +311,7 @@ void ClientSocket::CheckPassword(std::string_view digest) {
     return RefusePassword();
   }
   const bool isRight = IsPasswordDigest(digest);
-  if (!isRight) myParent.Addresses().NoteWrongPassword(RemoteAddress());
+  if (!isRight) myContext.addresses.NoteWrongPassword(RemoteAddress());
   // One that has no seat yet, or lost it to an earlier failure, needs one now.
   if (isRight && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::WaitingUserName;
@@ -320,11 +329,11 @@ void ClientSocket::TakeName(std::string_view userName) {
   if (MayBeTaken(userName)) folded = FoldText(userName);
   if (folded && CanLogin(*folded) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myFailedSteps = 0;
-    LimitMessages(myParent.RulesInForce().longestAfterLogIn);
-    LimitRateUnlessTrusted(myParent.RulesInForce().rateAfterLogIn);
-    myParent.Deadlines().End(myDeadline);
+    LimitMessages(myContext.rules.longestAfterLogIn);
+    LimitRateUnlessTrusted(myContext.rules.rateAfterLogIn);
+    myContext.deadlines.End(myDeadline);
     if (myPlace) myPlace->LogIn();
-    ReportStatus(": User Logged In (", userName, ")");
+    ReportStatus({RemoteAddress(), ": User Logged In (", Quoted(userName), ")"});
     EnterAs(userName, std::move(*folded));
     myParent.CallUserLoggedIn(*this);
     SendMessage(wire::kReport, wire::kOk);
@@ -335,7 +344,7 @@ void ClientSocket::TakeName(std::string_view userName) {
 }
 
 bool ClientSocket::MayBeTaken(std::string_view userName) const {
-  const Rules& rules = myParent.RulesInForce();
+  const Rules& rules = myContext.rules;
   if (userName.size() > rules.longestUserName) return false;
   return rules.mayUserNameMislead || (userName.find('|') == std::string_view::npos &&
                                       VisibleText(userName) == DisplayText(userName));
@@ -343,19 +352,19 @@ bool ClientSocket::MayBeTaken(std::string_view userName) const {
 
 void ClientSocket::RefuseNetwork(std::string_view name) {
   SendMessage(wire::kPassword, wire::kFail);
-  ReportStatus(": Network Fail (", name, ")");
+  ReportStatus({RemoteAddress(), ": Network Fail (", Quoted(name), ")"});
   SlowDown();
 }
 
 void ClientSocket::RefusePassword() {
   SendMessage(wire::kUserName, wire::kFail);
-  ReportStatus(": Login Failed.");
+  ReportStatus({RemoteAddress(), ": Login Failed."});
   SlowDown();
 }
 
 void ClientSocket::RefuseName(std::string_view userName) {
   SendMessage(wire::kReport, wire::kFail);
-  ReportStatus(": Bad Username (", userName, ")");
+  ReportStatus({RemoteAddress(), ": Bad Username (", Quoted(userName), ")"});
   SlowDown();
 }
 
@@ -377,11 +386,11 @@ bool ClientSocket::IsPasswordDigest(std::string_view digest) const {
 }
 
 bool ClientSocket::isBanned() const {
-  return myParent.BansInForce().IsBanned(RemoteAddress());
+  return myContext.bans.IsBanned(RemoteAddress());
 }
 
 bool ClientSocket::CanLogin(const std::string& foldedName) const {
-  return myParent.Sessions().IsNameFree(foldedName, *this);
+  return myContext.roster.IsNameFree(foldedName, *this);
 }
 
 bool ClientSocket::isAdmin() {
@@ -397,7 +406,7 @@ bool ClientSocket::isAdmin() {
 }
 
 bool ClientSocket::AskWhetherAdmin(std::chrono::nanoseconds time) {
-  return myParent.Admins().IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress(), time);
+  return myContext.admins.IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress(), time);
 }
 
 void ClientSocket::TakeReport(std::string_view data) {
@@ -426,20 +435,19 @@ void ClientSocket::TakeReport(std::string_view data) {
 
 void ClientSocket::SendMembers() {
   const auto begin = ProcessorTime();
-  const auto members = myParent.Sessions().MembersOf(*myNetwork);
+  const auto members = myContext.roster.MembersOf(*myNetwork);
   for (const std::shared_ptr<ClientSocket>& member : *members) {
     if (member.get() != this && !member->Username().empty()) {
       SendMessage(wire::kMember, wire::MemberRecord(*member));
     }
     myLoop.GiveWay();
   }
-  myParent.MemberLists().Charge(ProcessorTime() - begin - ExpectedListCost());
+  myContext.memberLists.Charge(ProcessorTime() - begin - ExpectedListCost());
 }
 
 void ClientSocket::BeginBanList() {
-  myBanList =
-      std::make_unique<BanList>(myParent.BansInForce(), myLoop.Memory(),
-                                myParent.RulesInForce().areAllBansShown ? nullptr : myNetwork);
+  myBanList = std::make_unique<BanList>(myContext.bans, myLoop.Memory(),
+                                        myContext.rules.areAllBansShown ? nullptr : myNetwork);
 }
 
 void ClientSocket::SendBans() {
@@ -458,33 +466,32 @@ void ClientSocket::LiftBan(std::string_view id) {
   const double number = NumberFromText(id);
   const auto whole = static_cast<std::int64_t>(std::clamp(number, -kMostExact, kMostExact));
   if (static_cast<double>(whole) != number) return;
-  if (!myParent.RulesInForce().areAllBansShown) {
-    const auto ban = myParent.BansInForce().Find(whole);
+  if (!myContext.rules.areAllBansShown) {
+    const auto ban = myContext.bans.Find(whole);
     if (!ban || !SameText(ban->network, myNetwork->NetworkName)) return;
   }
   // Whether it worked is not answered.
-  std::ignore = myParent.BansInForce().Lift({whole});
+  std::ignore = myContext.bans.Lift({whole});
 }
 
 void ClientSocket::SetNetwork(NetworkRef network) {
   if (network == myNetwork) return;
-  const Roster::Change change(myParent.Sessions(), *this);
+  const Roster::Change change(myContext.roster, *this);
   myNetwork = std::move(network);
 }
 
 void ClientSocket::EnterAs(std::string_view userName, std::string folded) {
-  const Roster::Change change(myParent.Sessions(), *this);
+  const Roster::Change change(myContext.roster, *this);
   myState = State::LoggedIn;
   SetGonePatience(kMemberGonePatience);
   myUsername = userName;
   myFoldedUsername = std::move(folded);
-  myNameIsCode = myParent.RulesInForce().statementValues == StatementValues::Pasted &&
+  myNameIsCode = myContext.rules.statementValues == StatementValues::Pasted &&
                  userName.find('\'') != std::string_view::npos;
 }
 
-void ClientSocket::ReportStatus(std::string_view text, std::string_view quoted,
-                                std::string_view end) {
-  myParent.CallStatusMessageFor(RemoteAddress(), {RemoteAddress(), text, Quoted(quoted), end});
+void ClientSocket::ReportStatus(StatusParts parts) {
+  if (myContext.addresses.AdmitLine(RemoteAddress())) myParent.CallStatusMessage(parts);
 }
 
 }  // namespace corvane

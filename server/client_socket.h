@@ -10,6 +10,7 @@
 
 #include <QDateTime>
 
+#include "framework/status_line.h"
 #include "net/easy_tcp_socket.h"
 #include "server/address_table.h"
 #include "server/cost_gate.h"
@@ -22,6 +23,7 @@ class BanList;
 class HttpTransfer;
 class MapSocket;
 struct ClientLocation;
+struct SessionContext;
 
 // One connected client: greets it, refuses a banned address, walks it through the three steps of
 // the login, keeps its last report and has its listener relay what changed. Borrows the listener.
@@ -44,6 +46,9 @@ class ClientSocket : public EasyTCPSocket {
   ClientSocket(PollLoop& loop, MapSocket& parent);
   ~ClientSocket() override;
 
+  std::shared_ptr<ClientSocket> Self() {
+    return std::static_pointer_cast<ClientSocket>(shared_from_this());
+  }
   State LoginState() const { return myState; }
   bool HoldsSeat() const { return mySeat.IsHeld(); }
 
@@ -58,7 +63,7 @@ class ClientSocket : public EasyTCPSocket {
   MapSocket& myParent;
   std::int32_t HP = 0;
   bool InBattle = false;
-  std::int32_t LastUpdate = 0;  // Ticks() at the last report
+  std::int32_t LastUpdate = 0;  // in sixtieths of a second since the program started
   bool IsDead = false;
 
   // What login step 1 last looked up, with a seat there or without; none before and for an unknown
@@ -158,10 +163,11 @@ class ClientSocket : public EasyTCPSocket {
   void SetNetwork(NetworkRef network);
   // Logs in under the name.
   void EnterAs(std::string_view userName, std::string folded);
-  // A status line that begins with the client's address.
-  void ReportStatus(std::string_view text, std::string_view quoted = {}, std::string_view end = {});
+  // Adds a status line, if the rules allow its address one more.
+  void ReportStatus(StatusParts parts);
   void Leave();
 
+  SessionContext& myContext;
   State myState = State::Idle;
   int myFailedSteps = 0;                                     // before the log-in, then since
   std::optional<PollLoop::Clock::time_point> myMessageTime;  // until when its next message waits

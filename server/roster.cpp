@@ -42,8 +42,7 @@ void Roster::Enter(ClientSocket& session) {
   auto& members = myGroups.try_emplace(session.myNetwork.get(), myLoop.Memory().output)
                       .first->second.members.Edit();
   // Nearly always the end: who connects last chooses its network last.
-  members.insert(PlaceOf(session, members),
-                 std::static_pointer_cast<ClientSocket>(session.shared_from_this()));
+  members.insert(PlaceOf(session, members), session.Self());
 }
 
 void Roster::Leave(ClientSocket& session) {

@@ -136,13 +136,12 @@ TEST_F(DialogsTest, MessageReachesTheChosenNetworks) {
     EXPECT_TRUE(NoneIsOpen());
   };
   int notes = 0;
-  const auto audited =
-      std::exchange(myWindow->sSocket.Audited, [&](const std::string&) { ++notes; });
+  auto noted = myApp.Log().Written.Connect([&](const std::string&) { ++notes; });
   send(0, "");
   send(0, "to all");
   send(2, "to the south");
   send(1, "to the north");
-  myWindow->sSocket.Audited = audited;
+  noted = {};
   EXPECT_EQ(notes, 3);
   EXPECT_THAT(ann->Drain(),
               ElementsAre(WireMessage{998, "to all"}, WireMessage{998, "to the north"}));

@@ -147,7 +147,7 @@ TEST_F(ClientSocketTest, CostlyQuestionsTogetherTakeASmallPartOfTheTime) {
 TEST_F(ClientSocketTest, ListsOfMembersTakeTurns) {
   const auto large = LoggedIn(std::string(300'000, 'n'));
   const auto ann = LoggedIn("Ann");
-  Turns& turns = server.listener->MemberLists();
+  Turns& turns = server.listener->Context.memberLists;
   const auto begin = PollLoop::Clock::now();
   turns.Take(std::chrono::milliseconds(100));
   ann->SendBytes(WireBytes(5, "") + WireBytes(999, ""));

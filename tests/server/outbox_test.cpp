@@ -112,7 +112,7 @@ TEST_F(OutboxTest, MuchIsDeliveredAtOnce) {
     others.push_back(LoggedIn(name));
   const auto isGathered = [this](std::size_t reporter) {
     Report(*server.Active(reporter), ++server.Active(reporter)->X);
-    return server.listener->Sessions().HasGathered();
+    return server.listener->Context.roster.HasGathered();
   };
   EXPECT_TRUE(isGathered(1));
   EXPECT_FALSE(isGathered(0));

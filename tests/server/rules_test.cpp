@@ -120,7 +120,7 @@ std::string ManyWhoDoNotLogIn(TestServer& server) {
   EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 1; }));
   EXPECT_EQ(TestClient(server.Port()).Receive(), (WireMessage{1, "Network"}));
   // What was refused after the first is told together, and then the address is forgotten.
-  EXPECT_TRUE(PumpUntil([&] { return server.listener->Addresses().Size() <= 1; }));
+  EXPECT_TRUE(PumpUntil([&] { return server.listener->Context.addresses.Size() <= 1; }));
   std::string told;
   for (const std::string& line : server.status)
     if (line.find("Refused") != std::string::npos) told += line + " ";
@@ -182,7 +182,7 @@ std::string WrongPasswords(TestServer& server) {
     if (wrong <= 4 && waits) kept += "too early ";
     if (isRight && waits) kept += timer.elapsed() >= 390 ? "400 ms " : "too short ";
   }
-  EXPECT_TRUE(PumpUntil([&] { return server.listener->Addresses().Size() <= 1; }));
+  EXPECT_TRUE(PumpUntil([&] { return server.listener->Context.addresses.Size() <= 1; }));
   return kept + (IsKeptWaiting(server, *other, *InFrontOfPassword(server), "x") ? "still" : "");
 }
 
@@ -261,7 +261,7 @@ std::string ManyLines(TestServer& server) {
     TestClient(server.Port()).Receive();
   EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
   const auto told = static_cast<int>(server.status.size());
-  EXPECT_TRUE(PumpUntil([&] { return server.listener->Addresses().Size() == 0; }));
+  EXPECT_TRUE(PumpUntil([&] { return server.listener->Context.addresses.Size() == 0; }));
   const std::string left = "127.0.0.1: Lines Left Out (" + std::to_string(120 - told) + ")";
   if (told == 120) return "all";
   return told >= 100 && told < 115 && server.status.back() == left ? "bounded"
@@ -342,7 +342,7 @@ TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
 
 TEST(Rules, AddressesAreNotRememberedWithoutBound) {
   TestServer server(0, Rules::Hardened());
-  AddressTable& addresses = server.listener->Addresses();
+  AddressTable& addresses = server.listener->Context.addresses;
   for (int i = 0; i < 5 * 10'001; ++i)
     addresses.NoteWrongPassword(std::to_string(i / 5));
   EXPECT_EQ(addresses.Size(), 10'000U);
@@ -355,8 +355,8 @@ TEST(Rules, AddressesAreNotRememberedWithoutBound) {
 
 TEST(Rules, WrongPasswordsOfAnEarlierPeriodCountNoMore) {
   TestServer server(0, HardenedInAHurry());
-  AddressTable& addresses = server.listener->Addresses();
-  const auto period = server.listener->RulesInForce().period;
+  AddressTable& addresses = server.listener->Context.addresses;
+  const auto period = server.listener->Context.rules.period;
   for (const auto& [wrong, pause] : {std::pair{3, period * 7 / 10}, {1, period / 2}, {1, 0ms}}) {
     for (int i = 0; i < wrong; ++i)
       addresses.NoteWrongPassword(kHome);

@@ -88,7 +88,7 @@ std::string TestServer::Fault() const {
     if (session->CanLogin(session->FoldedUsername()) != isNameFree) return "names";
     if (session->myNetwork == nullptr) continue;
     Count& count = counts[session->myNetwork.get()];
-    if (listener->RulesInForce().isHeardBeforeLogIn ||
+    if (listener->Context.rules.isHeardBeforeLogIn ||
         session->LoginState() == ClientSocket::State::LoggedIn) {
       count.members.push_back(session.get());
     }
@@ -96,7 +96,7 @@ std::string TestServer::Fault() const {
   }
   for (const auto& [network, count] : counts) {
     std::vector<const ClientSocket*> indexed;
-    for (const auto& member : *listener->Sessions().MembersOf(*network)) {
+    for (const auto& member : *listener->Context.roster.MembersOf(*network)) {
       indexed.push_back(member.get());
     }
     if (indexed != count.members) return "members of " + network->NetworkName;

@@ -1,0 +1,129 @@
+#include "server/network_host.h"
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "framework/exceptions.h"
+#include "framework/text.h"
+#include "net/poll_loop.h"
+#include "server/client_socket.h"
+#include "server/wire.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::string_view kAllNetworks = "(All Networks)";
+
+}  // namespace
+
+NetworkHost::NetworkHost(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations,
+                         Rules rules)
+    : ServerSocket(loop, 2, 10), Context(loop, *this, serverdb, locations, std::move(rules)) {}
+
+NetworkRef NetworkHost::FindNetwork(std::string_view name) const {
+  // Folded once, and only where it may be a network's name: anybody may ask for anything.
+  std::optional<std::string> folded;
+  for (const NetworkRef& network : Networks) {
+    if (!MayFoldTo(name.size(), network->FoldedName.size())) continue;
+    if (!folded) folded = FoldText(name);
+    if (network->FoldedName == *folded) return network;
+  }
+  return nullptr;
+}
+
+void NetworkHost::RemoveNetwork(const NetworkRef& entry) {
+  if (std::ranges::find(Networks, entry) == Networks.end()) return;
+  BroadcastMessage("This network has been removed from the server.", entry->NetworkName);
+  DisconnectAllClientsOnNetwork(entry);
+  // Its place may have changed: the walks give way to other events.
+  std::erase(Networks, entry);
+}
+
+void NetworkHost::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
+  SendToMembers(*entry, wire::kBye, wire::kByeText);
+}
+
+void NetworkHost::BroadcastMessage(const std::string& text, const std::string& networkName) {
+  if (text.empty()) return;
+  const Slice packet = MakePacket(wire::kMessage, text);
+  const bool toAll = networkName == kAllNetworks;
+  const std::string foldedName = FoldText(networkName);
+  const auto connections = ActiveConnections();
+  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
+    auto& recipient = static_cast<ClientSocket&>(*connection);
+    if (recipient.myNetwork == nullptr && Context.rules.isMessageFatalWithoutNetwork) {
+      throw NilObjectException();
+    }
+    if (recipient.HearsItsNetwork() && (recipient.myNetwork->FoldedName == foldedName || toAll)) {
+      recipient.SendPackets(packet);
+    }
+    myLoop.GiveWay();
+  }
+}
+
+void NetworkHost::SendToMembers(const ServerNetworks& network, std::int32_t command,
+                                std::string_view data, const ClientSocket* except) {
+  const Slice packet = MakePacket(command, data);
+  const auto members = Context.roster.MembersOf(network);
+  for (const std::shared_ptr<ClientSocket>& member : *members) {
+    if (member.get() != except) member->SendPackets(packet);
+    myLoop.GiveWay();
+  }
+}
+
+Slice NetworkHost::MakePacket(std::int32_t command, std::string_view data) const {
+  return CopyToBlock(myLoop.Memory().output, CreatePacket(command, data));
+}
+
+std::string NetworkHost::ForEachUser(const std::string& userName, const std::string& networkName,
+                                     const std::function<void(ClientSocket&)>& act) {
+  const std::string foldedName = FoldText(userName);
+  const std::string foldedNetwork = FoldText(networkName);
+  std::string lastExamined;
+  const auto connections = ActiveConnections();
+  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
+    auto& session = static_cast<ClientSocket&>(*connection);
+    lastExamined = session.Username();
+    const bool isThere = session.myNetwork && session.myNetwork->FoldedName == foldedNetwork;
+    if (isThere && session.FoldedUsername() == foldedName) act(session);
+    myLoop.GiveWay();
+  }
+  return lastExamined;
+}
+
+void NetworkHost::Kick(ClientSocket& target, const std::string& reason) {
+  target.SendNotice(wire::kKick, reason);
+  ReportKick(target.Username(), reason);
+}
+
+void NetworkHost::KickUser(const std::string& userName, const std::string& networkName,
+                           const std::string& reason) {
+  const auto notify = [&reason](ClientSocket& user) { user.SendNotice(wire::kKick, reason); };
+  ReportKick(ForEachUser(userName, networkName, notify), reason);
+}
+
+void NetworkHost::ReportKick(std::string_view userName, const std::string& reason) {
+  CallStatusMessage({Quoted(userName), " Kicked: ", reason});
+}
+
+bool NetworkHost::Ban(const std::string& address, const std::string& by,
+                      std::string_view givenReason, const std::string& networkName,
+                      ClientSocket* target) {
+  const std::string reason(Beginning(givenReason, Context.rules.longestReason));
+  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
+  const bool isStored = Context.bans.Add(address, by, reason, networkName);
+  if (target != nullptr) target->SendNotice(wire::kBan, reason);
+  CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
+  return isStored;
+}
+
+void NetworkHost::BanUser(ClientSocket& banningClient, const std::string& userName,
+                          const std::string& reason) {
+  const NetworkRef network = banningClient.myNetwork;
+  ForEachUser(userName, network->NetworkName, [&](ClientSocket& user) {
+    Ban(user.RemoteAddress(), banningClient.Username(), reason, network->NetworkName, &user);
+  });
+}
+
+}  // namespace corvane

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "framework/status_line.h"
+#include "net/server_socket.h"
+#include "server/server_networks.h"
+#include "server/session_context.h"
+
+namespace corvane {
+
+class ClientSocket;
+
+// A listener that hosts networks: keeps them, and does to them and their users what the operator
+// and the administrators ask for. Its connections are sessions. Borrows the database and the
+// location lookup.
+//
+// Re-entrancy: each walk over the sessions gives way to the connections and visits those that were
+// there when it began, so sessions may come, act and leave before a method returns.
+class NetworkHost : public ServerSocket {
+ public:
+  NetworkHost(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations, Rules rules);
+
+  // In the order in which they were added.
+  std::vector<NetworkRef> Networks;
+
+  SessionContext Context;
+
+  // The first network of that name; none if there is none.
+  NetworkRef FindNetwork(std::string_view name) const;
+
+  // Notifies and disconnects the network's users and drops the network. Does nothing for an entry
+  // that is not in Networks. Throws as BroadcastMessage does.
+  void RemoveNetwork(const NetworkRef& entry);
+
+  // Sends "BYE" (command 999) to the network's members, whose clients end the connections.
+  void DisconnectAllClientsOnNetwork(const NetworkRef& entry);
+
+  // Sends an operator's message (command 998) to one network, or to all of them for the name
+  // "(All Networks)". Sends nothing if the text is empty. Unless the rules skip them, throws
+  // NilObjectException at the first connection without a network: deliberate, and the connections
+  // after it receive nothing.
+  void BroadcastMessage(const std::string& text, const std::string& networkName);
+
+  // Sends one session the kick notice (command 996).
+  void Kick(ClientSocket& target, const std::string& reason);
+  // The same for the users of that name in the network. The status line names the session that was
+  // examined last, not the one that was kicked: deliberate.
+  void KickUser(const std::string& userName, const std::string& networkName,
+                const std::string& reason);
+
+  // Bans an address, with as much of the reason as the rules allow, and then sends the ban notice
+  // (command 997) to the session that the ban is meant for, if any. Returns whether the ban is in
+  // the database already.
+  bool Ban(const std::string& address, const std::string& by, std::string_view givenReason,
+           const std::string& networkName, ClientSocket* target = nullptr);
+  // Bans the address of each user of that name in the banning client's network.
+  void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
+
+  virtual void CallStatusMessage(StatusParts parts) = 0;
+
+ protected:
+  // Sends the same message to all members of a network but one.
+  void SendToMembers(const ServerNetworks& network, std::int32_t command, std::string_view data,
+                     const ClientSocket* except = nullptr);
+
+ private:
+  Slice MakePacket(std::int32_t command, std::string_view data) const;
+  // Calls `act` for each user of that name in the network. Returns the name of the session that was
+  // examined last, of all there are.
+  std::string ForEachUser(const std::string& userName, const std::string& networkName,
+                          const std::function<void(ClientSocket&)>& act);
+  void ReportKick(std::string_view userName, const std::string& reason);
+};
+
+}  // namespace corvane

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <utility>
+
+#include "server/address_table.h"
+#include "server/cost_gate.h"
+#include "server/log_in_deadlines.h"
+#include "server/roster.h"
+#include "server/rules.h"
+#include "server/turns.h"
+#include "storage/admins_table.h"
+#include "storage/bans.h"
+
+namespace corvane {
+
+class LocationLookup;
+
+// What all sessions of a listener share. Owned by the listener; borrows the loop, the database and
+// the location lookup.
+struct SessionContext {
+  SessionContext(PollLoop& loop, SocketCore& listener, DatabaseConnection& serverdb,
+                 LocationLookup& lookup, Rules rulesInForce)
+      : rules(std::move(rulesInForce)),
+        locations(lookup),
+        bans(serverdb),
+        admins(serverdb, rules.statementValues),
+        addresses(loop, listener, rules),
+        deadlines(loop, listener, rules.timeToLogIn),
+        roster(loop) {}
+
+  const Rules rules;
+  LocationLookup& locations;
+  Bans bans;
+  AdminsTable admins;
+  CostGate costlyQuestions;  // to the database, by users whose names may make them costly
+  Turns memberLists;
+  AddressTable addresses;
+  LogInDeadlines deadlines;
+  Roster roster;
+};
+
+}  // namespace corvane
