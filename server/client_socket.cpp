@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <ratio>
-#include <tuple>
 #include <utility>
 
 #include <QByteArray>
@@ -14,7 +13,6 @@
 #include "geo/location_lookup.h"
 #include "net/poll_loop.h"
 #include "platform/processor_time.h"
-#include "server/ban_list.h"
 #include "server/map_socket.h"
 #include "server/wire.h"
 
@@ -26,15 +24,12 @@ constexpr int kFreeFailures = 10;
 constexpr int kDoublings = 6;
 constexpr std::chrono::milliseconds kFirstDelay{4};
 constexpr std::chrono::milliseconds kLongestDelay{250};
-// A question to the database that takes no more is paid for by its session alone.
-constexpr std::chrono::microseconds kCheapQuestion{250};
-constexpr std::chrono::nanoseconds kUntilOthersWereServed{1};
+constexpr PollLoop::Clock::duration kNoWait{0};
 constexpr std::chrono::milliseconds kReadersDelay{20};
 constexpr std::chrono::seconds kLongestReadersDelay{1};
 // What an administrator or a member has asked for before it hung up is still done, within limits.
 constexpr std::chrono::seconds kMemberGonePatience{60};
 constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
-constexpr double kMostExact = 9'007'199'254'740'992;
 
 // Reports repeat the name. With one of this length they pay for their bytes.
 constexpr std::size_t kLongName = 64 * 1024;
@@ -54,7 +49,10 @@ std::int32_t Ticks() {
 }  // namespace
 
 ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
-    : EasyTCPSocket(loop), myParent(parent), myContext(parent.Context) {
+    : EasyTCPSocket(loop),
+      myParent(parent),
+      myContext(parent.Context),
+      myAdminCommands(*this, parent.Context, loop.Memory()) {
   LimitMessages(myContext.rules.longestBeforeLogIn);
 }
 
@@ -74,7 +72,6 @@ void ClientSocket::LimitRateUnlessTrusted(const MessageRate& rate) {
 }
 
 void ClientSocket::GetClientInfo() {
-  // Leaving cancels it.
   myLookup = myContext.locations.Find(
       RemoteAddress(),
       {ClientCountry, ClientState, ClientCity, ClientZip, ClientTimeZone, ClientFlag},
@@ -161,52 +158,20 @@ void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) 
     case wire::kBye:
       return SendMessage(wire::kBye, wire::kByeText);
     default:
-      if (myState == State::LoggedIn) HandleMemberCommand(command, data);
+      break;
   }
+  if (myState != State::LoggedIn) return;
+  if (command == wire::kReport) return TakeReport(data);
+  if (command == wire::kMember) return SendMembers();
+  // Ignores a command that nobody knows: it is nobody's error.
+  myAdminCommands.Handle(command, data);
 }
 
 PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
-  if (command == wire::kReport && myAwaitsReaders) return ReportWait();
-  if (command == wire::kMember && myState == State::LoggedIn) return MembersWait();
+  if (command == wire::kReport) return myAwaitsReaders ? ReportWait() : kNoWait;
   if (command == wire::kPassword) return PasswordWait();
-  const bool asks =
-      command == wire::kIsAdmin || (command >= wire::kAdminKick && command <= wire::kAdminLiftBan);
-  if (!asks || myState != State::LoggedIn) return {};
-  if (myBanList == nullptr) {
-    const auto wait = QuestionWait();
-    if (wait > PollLoop::Clock::duration::zero() || command != wire::kAdminListBans) return wait;
-  }
-  return ListWait();
-}
-
-PollLoop::Clock::duration ClientSocket::QuestionWait() {
-  const auto own = myQuestions.Wait();
-  if (own > PollLoop::Clock::duration::zero() || !myNameIsCode) return own;
-  // Most names with a quote are only names. Those that cost much share a gate.
-  if (!myIsQuestionCostly) {
-    myIsQuestionCostly = Charged([this] { AskWhetherAdmin(kCheapQuestion); }) >= kCheapQuestion;
-  }
-  return myIsQuestionCostly ? myContext.costlyQuestions.Wait() : PollLoop::Clock::duration::zero();
-}
-
-PollLoop::Clock::duration ClientSocket::ListWait() {
-  if (myBanList == nullptr) {
-    if (!isAdmin()) return {};
-    BeginBanList();
-  }
-  bool hasMore = false;
-  Charged([&] { hasMore = myBanList->ReadOn(); });
-  return hasMore ? kUntilOthersWereServed : PollLoop::Clock::duration::zero();
-}
-
-template <typename Work>
-std::chrono::nanoseconds ClientSocket::Charged(const Work& work) {
-  const auto begin = ProcessorTime();
-  work();
-  const auto cost = ProcessorTime() - begin;
-  myQuestions.Charge(cost);
-  myContext.costlyQuestions.Charge(cost);
-  return cost;
+  if (myState != State::LoggedIn) return kNoWait;
+  return command == wire::kMember ? MembersWait() : myAdminCommands.MustWait(command);
 }
 
 PollLoop::Clock::duration ClientSocket::ReportWait() {
@@ -230,9 +195,9 @@ PollLoop::Clock::duration ClientSocket::ExpectedListCost() const {
 
 PollLoop::Clock::duration ClientSocket::UntilMessageTime() {
   const auto wait = *myMessageTime - PollLoop::Clock::now();
-  if (wait > PollLoop::Clock::duration::zero()) return wait;
+  if (wait > kNoWait) return wait;
   myMessageTime.reset();
-  return {};
+  return kNoWait;
 }
 
 PollLoop::Clock::duration ClientSocket::PasswordWait() {
@@ -242,54 +207,6 @@ PollLoop::Clock::duration ClientSocket::PasswordWait() {
     myMessageTime = PollLoop::Clock::now() + myContext.addresses.PasswordDelay(RemoteAddress());
   }
   return UntilMessageTime();
-}
-
-void ClientSocket::HandleMemberCommand(std::int32_t command, std::string_view data) {
-  switch (command) {
-    case wire::kReport:
-      return TakeReport(data);
-    case wire::kMember:
-      return SendMembers();
-    case wire::kAdminKick:
-    case wire::kAdminBan:
-    case wire::kAdminMessage:
-    case wire::kAdminListBans:
-    case wire::kAdminLiftBan:
-      if (isAdmin()) HandleAdminCommand(command, data);
-      myBanList.reset();
-      return;
-    default:
-      return;  // a command that nobody knows is nobody's error
-  }
-}
-
-void ClientSocket::NoteAdminCommand(std::int32_t command, std::string_view data) {
-  if (command == wire::kAdminListBans) return;  // nothing was done
-  constexpr std::string_view kNames[] = {"kick ", "ban ", "message ", "", "lift ban "};
-  const std::string_view name = kNames[command - wire::kAdminKick];
-  if (!myParent.Audited) return;
-  myParent.Audited(
-      LogLine({"administrator ", Quoted(myUsername), " of ", Quoted(myNetwork->NetworkName), " (",
-               RemoteAddress(), "): ", name, data}));
-}
-
-void ClientSocket::HandleAdminCommand(std::int32_t command, std::string_view data) {
-  NoteAdminCommand(command, data);
-  const auto field = [data](std::size_t number) {
-    return std::string(NthField(data, '|', number));
-  };
-  switch (command) {
-    case wire::kAdminKick:
-      return myParent.KickUser(field(1), field(2), myNetwork->NetworkName);
-    case wire::kAdminBan:
-      return myParent.BanUser(*this, field(1), field(2));
-    case wire::kAdminMessage:
-      return myParent.BroadcastMessage(std::string(data), myNetwork->NetworkName);
-    case wire::kAdminListBans:
-      return SendBans();
-    default:
-      Charged([&] { LiftBan(data); });
-  }
 }
 
 void ClientSocket::ChooseNetwork(std::string_view name) {
@@ -394,19 +311,7 @@ bool ClientSocket::CanLogin(const std::string& foldedName) const {
 }
 
 bool ClientSocket::isAdmin() {
-  if (myState != State::LoggedIn) return false;
-  bool answer = false;
-  const auto ask = [&] { answer = AskWhetherAdmin(AdminsTable::kMostTime); };
-  if (myNameIsCode) {
-    Charged(ask);
-  } else {
-    ask();
-  }
-  return answer;
-}
-
-bool ClientSocket::AskWhetherAdmin(std::chrono::nanoseconds time) {
-  return myContext.admins.IsAdmin(myUsername, myNetwork->NetworkName, RemoteAddress(), time);
+  return myState == State::LoggedIn && myAdminCommands.IsAdmin();
 }
 
 void ClientSocket::TakeReport(std::string_view data) {
@@ -445,35 +350,6 @@ void ClientSocket::SendMembers() {
   myContext.memberLists.Charge(ProcessorTime() - begin - ExpectedListCost());
 }
 
-void ClientSocket::BeginBanList() {
-  myBanList = std::make_unique<BanList>(myContext.bans, myLoop.Memory(),
-                                        myContext.rules.areAllBansShown ? nullptr : myNetwork);
-}
-
-void ClientSocket::SendBans() {
-  if (myBanList == nullptr) BeginBanList();
-  // All is read already where the message had to wait for it.
-  while (myBanList->ReadOn()) {
-  }
-  const auto payload = std::exchange(myBanList, nullptr)->Take();
-  if (!payload) return FailForMemory();
-  SendMessage(wire::kAdminListBans, *payload);
-}
-
-void ClientSocket::LiftBan(std::string_view id) {
-  if (!IsNumeric(id)) return;
-  // No ban has a number with a fraction, or one that is not exact in a double.
-  const double number = NumberFromText(id);
-  const auto whole = static_cast<std::int64_t>(std::clamp(number, -kMostExact, kMostExact));
-  if (static_cast<double>(whole) != number) return;
-  if (!myContext.rules.areAllBansShown) {
-    const auto ban = myContext.bans.Find(whole);
-    if (!ban || !SameText(ban->network, myNetwork->NetworkName)) return;
-  }
-  // Whether it worked is not answered.
-  std::ignore = myContext.bans.Lift({whole});
-}
-
 void ClientSocket::SetNetwork(NetworkRef network) {
   if (network == myNetwork) return;
   const Roster::Change change(myContext.roster, *this);
@@ -486,8 +362,6 @@ void ClientSocket::EnterAs(std::string_view userName, std::string folded) {
   SetGonePatience(kMemberGonePatience);
   myUsername = userName;
   myFoldedUsername = std::move(folded);
-  myNameIsCode = myContext.rules.statementValues == StatementValues::Pasted &&
-                 userName.find('\'') != std::string_view::npos;
 }
 
 void ClientSocket::ReportStatus(StatusParts parts) {

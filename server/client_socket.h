@@ -13,23 +13,34 @@
 #include "framework/status_line.h"
 #include "net/easy_tcp_socket.h"
 #include "server/address_table.h"
-#include "server/cost_gate.h"
+#include "server/admin_commands.h"
 #include "server/seat.h"
 #include "server/server_networks.h"
 
 namespace corvane {
 
-class BanList;
 class HttpTransfer;
 class MapSocket;
 struct ClientLocation;
-struct SessionContext;
 
-// One connected client: greets it, refuses a banned address, walks it through the three steps of
-// the login, keeps its last report and has its listener relay what changed. Borrows the listener.
+// The server's session with one client: looks up its location, refuses a banned address, walks it
+// through the three steps of the login, keeps its last report and passes what changed to its
+// listener, which relays it. Owns its seat in the network. Borrows its listener, which ends it by
+// Abandon before going away.
 //
-// A session leaves exactly once, however its connection ends: its network is told, its seat given
-// back, its log-out raised. Messages wait while the client's location is looked up.
+// States: see State. Messages wait in Greeting, which ends in WaitingNetwork or, for a banned
+// address, in Refused. Until the login is complete a step may be tried again and decides again; one
+// out of turn is answered "FAIL" and changes nothing. Other commands count only when LoggedIn.
+//
+// A session leaves exactly once, however its connection ends: its logout is raised, its network is
+// notified, its seat is given back.
+//
+// Re-entrancy: no event of a session is raised while one of its handlers runs. What walks over
+// members (relay of a leave, list of members) gives way to the other sessions.
+//
+// Limits: those of the rules. Besides, failed login steps delay the next message, a report waits up
+// to a second for most of its recipients to read, lists of members take turns (Turns), and
+// administrators' commands are paid for (AdminCommands).
 class ClientSocket : public EasyTCPSocket {
  public:
   enum class State {
@@ -52,11 +63,12 @@ class ClientSocket : public EasyTCPSocket {
   State LoginState() const { return myState; }
   bool HoldsSeat() const { return mySeat.IsHeld(); }
 
-  // The name that it logged in with, empty until then; and the same folded, for comparing.
+  // The name that it logged in with, kept when it is gone; empty until then. And the same folded,
+  // for comparing.
   const std::string& Username() const { return myUsername; }
   const std::string& FoldedUsername() const { return myFoldedUsername; }
 
-  // The last report.
+  // The last report; zeros before the first.
   std::int32_t X = 0;
   std::int32_t Y = 0;
   std::int32_t Facet = 0;
@@ -66,20 +78,20 @@ class ClientSocket : public EasyTCPSocket {
   std::int32_t LastUpdate = 0;  // in sixtieths of a second since the program started
   bool IsDead = false;
 
-  // What login step 1 last looked up, with a seat there or without; none before and for an unknown
-  // name. Only the session itself changes it.
+  // The network that login step 1 last looked up, with a seat there or without; none before and for
+  // an unknown name. Only the session itself changes it.
   NetworkRef myNetwork;
 
   // Whether it is sent what the network's members are sent.
   bool HearsItsNetwork() const;
 
-  // Its name; empty where there is none.
+  // The network's name; empty if there is none.
   std::string NetworkName() const { return myNetwork ? myNetwork->NetworkName : std::string(); }
 
   // Kept with the session; nothing sets it.
   QDateTime LastMessage;
 
-  // What the location lookup found.
+  // The result of the location lookup; empty until then.
   std::string ClientCountry;
   std::string ClientState;
   std::string ClientCity;
@@ -87,29 +99,29 @@ class ClientSocket : public EasyTCPSocket {
   std::string ClientTimeZone;
   QByteArray ClientFlag;
 
-  // Whether the client's address is banned now.
+  // Whether the client's address is banned now. False when the query fails.
   bool isBanned() const;
-  // Whether no other session on the server, in whatever network, holds the folded name.
+  // Whether no other session on the server, in any network, holds the folded name.
   bool CanLogin(const std::string& foldedName) const;
-  // Whether the database names this user, network and address as an administrator's.
+  // Whether it is logged in and the database names its user, network and address as an
+  // administrator's. False when the query fails.
   bool isAdmin();
-  // Looks up the client's location and greets it then.
+  // Starts the location lookup, whose end greets the client. Leaving cancels it.
   void GetClientInfo();
 
-  // Sends a notice upon which clients leave, and closes the connection a while later, where the
-  // rules say so.
+  // Sends a notice after which clients leave. Closes the connection some time later, if the rules
+  // say so.
   void SendNotice(std::int32_t command, std::string_view text);
 
-  // To be called when its reports pile up with most of its recipients: its next one waits until
-  // they have read.
+  // Delays its next report until most of its recipients have read, for at most a second.
   void AwaitReaders() { myAwaitsReaders = true; }
-  // Bytes that were relayed for it since it last had to wait for its recipients.
+  // Bytes relayed for it since it last had to wait for its recipients.
   std::size_t Relayed = 0;
 
   // Ends the connection from our side. The client is sent nothing, no Error is raised. Harmless on
   // a session that is gone.
   void Close() override;
-  // The same without telling anybody, for a listener that goes away.
+  // The same without notifying anybody, for a listener that goes away.
   void Abandon();
 
  protected:
@@ -121,9 +133,6 @@ class ClientSocket : public EasyTCPSocket {
  private:
   void LimitRateUnlessTrusted(const MessageRate& rate);
   void Greet(const ClientLocation& location);
-  void HandleMemberCommand(std::int32_t command, std::string_view data);
-  void NoteAdminCommand(std::int32_t command, std::string_view data);
-  void HandleAdminCommand(std::int32_t command, std::string_view data);
 
   void ChooseNetwork(std::string_view name);
   void CheckPassword(std::string_view digest);
@@ -138,25 +147,14 @@ class ClientSocket : public EasyTCPSocket {
 
   void TakeReport(std::string_view data);
   void SendMembers();
-  void SendBans();
-  void LiftBan(std::string_view id);
 
-  // How long a password has to wait before it is looked at; an administrator's command, until
-  // earlier ones are paid for; and the list of bans, of which some is read at each call.
+  // How long a password has to wait before it is looked at, a report for its recipients, and the
+  // question for the members for its turn.
   PollLoop::Clock::duration PasswordWait();
-  PollLoop::Clock::duration QuestionWait();
-  PollLoop::Clock::duration ListWait();
-  // How long a report has to wait for its recipients, and the question for the members for its
-  // turn.
   PollLoop::Clock::duration ReportWait();
   PollLoop::Clock::duration MembersWait();
   PollLoop::Clock::duration ExpectedListCost() const;
   PollLoop::Clock::duration UntilMessageTime();
-  void BeginBanList();
-  bool AskWhetherAdmin(std::chrono::nanoseconds time);
-  // Does the work and has the session pay for it. Returns what it cost.
-  template <typename Work>
-  std::chrono::nanoseconds Charged(const Work& work);
   // Whether the rules let anybody take the user name.
   bool MayBeTaken(std::string_view userName) const;
 
@@ -176,10 +174,7 @@ class ClientSocket : public EasyTCPSocket {
   bool myAwaitsReaders = false;
   std::string myUsername;
   std::string myFoldedUsername;
-  bool myNameIsCode = false;  // it may be more than a value in the administrator question
-  bool myIsQuestionCostly = false;
-  CostGate myQuestions;                // what its own cost
-  std::unique_ptr<BanList> myBanList;  // while it is read
+  AdminCommands myAdminCommands;
   Seat mySeat;
   std::unique_ptr<AddressTable::Place> myPlace;  // none while not connected, or not counted
   std::unique_ptr<HttpTransfer> myLookup;        // while it is under way
