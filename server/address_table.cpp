@@ -20,7 +20,7 @@ bool AddressTable::Admit(const std::string& address) {
   if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
   Memory& memory = Remember(address);
   ++memory.refused;
-  if (!std::exchange(memory.isRefusalTold, true)) Tell(address, memory);
+  if (!std::exchange(memory.isRefusalReported, true)) Report(address, memory);
   return false;
 }
 
@@ -75,18 +75,20 @@ AddressTable::Memory& AddressTable::Remember(const std::string& address) {
   if (myMemories.size() >= kMostMemories) {
     const std::string oldest = std::move(myVisits.front().address);
     myVisits.pop_front();
-    Tell(oldest, myMemories[oldest]);
+    Report(oldest, myMemories[oldest]);
     myMemories.erase(oldest);
   }
   VisitLater(address);
   return myMemories[address];
 }
 
-void AddressTable::Tell(const std::string& address, Memory& memory) const {
+void AddressTable::Report(const std::string& address, Memory& memory) const {
   const std::uint64_t refused = std::exchange(memory.refused, 0);
-  if (refused > 0) Refused(address, refused);
+  if (refused > 0) {
+    Reported({address, ": Connections Refused (", std::to_string(refused), ")"});
+  }
   const std::uint64_t leftOut = std::exchange(memory.leftOut, 0);
-  if (leftOut > 0) LeftOut(address, leftOut);
+  if (leftOut > 0) Reported({address, ": Lines Left Out (", std::to_string(leftOut), ")"});
 }
 
 void AddressTable::VisitLater(const std::string& address) {
@@ -112,9 +114,9 @@ void AddressTable::VisitDue() {
     if (memory.refused == 0 && memory.leftOut == 0 && AreWrongPasswordsOver(memory)) {
       myMemories.erase(address);
     } else {
-      memory.isRefusalTold = memory.refused > 0;
+      memory.isRefusalReported = memory.refused > 0;
       VisitLater(address);
-      Tell(address, memory);
+      Report(address, memory);
     }
   }
   CallAtFirst();

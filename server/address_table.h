@@ -10,6 +10,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "framework/status_line.h"
 #include "net/poll_loop.h"
 #include "server/rules.h"
 
@@ -30,10 +31,10 @@ class AddressTable {
   AddressTable(PollLoop& loop, SocketCore& owner, const Rules& rules)
       : myLoop(loop), myOwner(owner), myRules(rules) {}
 
-  // Events: so many connections of the address were refused, or lines left out, since it was last
-  // raised for it. Once a period, and for the first refused connection at once. Have to be set.
-  std::function<void(const std::string& address, std::uint64_t count)> Refused;
-  std::function<void(const std::string& address, std::uint64_t count)> LeftOut;
+  // Event: a status line with the number of connections of an address that were refused, or of
+  // lines that were left out, since the last such line. Raised once a period, and at once for the
+  // first refused connection. Must be set.
+  std::function<void(StatusParts)> Reported;
 
   // Whether one more connection of the address may come in; one that may not is counted.
   bool Admit(const std::string& address);
@@ -66,9 +67,9 @@ class AddressTable {
   using Counts = std::unordered_map<std::string, Count>;
   // What is remembered of an address when its connections have left.
   struct Memory {
-    std::uint64_t refused = 0;                      // and not told yet
-    bool isRefusalTold = false;                     // in this period
-    std::uint64_t leftOut = 0;                      // lines, not told yet
+    std::uint64_t refused = 0;                      // and not reported yet
+    bool isRefusalReported = false;                 // in this period
+    std::uint64_t leftOut = 0;                      // lines, not reported yet
     Clock::time_point lines;                        // when its lines are all within the rate
     std::vector<Clock::time_point> wrongPasswords;  // of the last period, as many as are free
     std::chrono::milliseconds delay{0};
@@ -84,8 +85,8 @@ class AddressTable {
   bool AreWrongPasswordsOver(const Memory& memory) const;
   // Its memory, a new one if there is none.
   Memory& Remember(const std::string& address);
-  // What was not told yet.
-  void Tell(const std::string& address, Memory& memory) const;
+  // What was not reported yet.
+  void Report(const std::string& address, Memory& memory) const;
   // After a period.
   void VisitLater(const std::string& address);
   void VisitDue();

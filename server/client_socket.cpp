@@ -19,7 +19,7 @@
 namespace corvane {
 namespace {
 
-// The first failed steps cost nothing; then the delay doubles from the first to the longest.
+// The delay after a failed step doubles from the first to the longest.
 constexpr int kFreeFailures = 10;
 constexpr int kDoublings = 6;
 constexpr std::chrono::milliseconds kFirstDelay{4};
@@ -268,24 +268,21 @@ bool ClientSocket::MayBeTaken(std::string_view userName) const {
 }
 
 void ClientSocket::RefuseNetwork(std::string_view name) {
-  SendMessage(wire::kPassword, wire::kFail);
-  ReportStatus({RemoteAddress(), ": Network Fail (", Quoted(name), ")"});
-  SlowDown();
+  Refuse(wire::kPassword, {RemoteAddress(), ": Network Fail (", Quoted(name), ")"});
 }
 
 void ClientSocket::RefusePassword() {
-  SendMessage(wire::kUserName, wire::kFail);
-  ReportStatus({RemoteAddress(), ": Login Failed."});
-  SlowDown();
+  Refuse(wire::kUserName, {RemoteAddress(), ": Login Failed."});
 }
 
 void ClientSocket::RefuseName(std::string_view userName) {
-  SendMessage(wire::kReport, wire::kFail);
-  ReportStatus({RemoteAddress(), ": Bad Username (", Quoted(userName), ")"});
-  SlowDown();
+  Refuse(wire::kReport, {RemoteAddress(), ": Bad Username (", Quoted(userName), ")"});
 }
 
-void ClientSocket::SlowDown() {
+void ClientSocket::Refuse(std::int32_t answer, StatusParts line) {
+  SendMessage(answer, wire::kFail);
+  ReportStatus(line);
+  // The first failed steps cost nothing, so a client that is merely wrong notices nothing.
   const int delays = ++myFailedSteps - kFreeFailures;
   if (delays <= 0) return;
   DelayMessages(delays > kDoublings ? kLongestDelay : kFirstDelay * (1 << (delays - 1)));

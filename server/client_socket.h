@@ -141,9 +141,9 @@ class ClientSocket : public EasyTCPSocket {
   void RefuseNetwork(std::string_view name);
   void RefusePassword();
   void RefuseName(std::string_view userName);
-  // Counts a failed step. From the eleventh on the next message waits for a moment, longer each
-  // time: a client that is merely wrong notices nothing.
-  void SlowDown();
+  // Answers "FAIL" to a step. From the eleventh failed step on the next message waits, longer each
+  // time.
+  void Refuse(std::int32_t answer, StatusParts line);
 
   void TakeReport(std::string_view data);
   void SendMembers();

@@ -11,12 +11,7 @@ namespace corvane {
 MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations,
                      Rules rules)
     : NetworkHost(loop, serverdb, locations, std::move(rules)) {
-  Context.addresses.Refused = [this](const std::string& address, std::uint64_t count) {
-    CallStatusMessage({address, ": Connections Refused (", std::to_string(count), ")"});
-  };
-  Context.addresses.LeftOut = [this](const std::string& address, std::uint64_t count) {
-    CallStatusMessage({address, ": Lines Left Out (", std::to_string(count), ")"});
-  };
+  Context.addresses.Reported = [this](StatusParts parts) { CallStatusMessage(parts); };
 }
 
 MapSocket::~MapSocket() {

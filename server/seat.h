@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include "server/server_networks.h"
 
 namespace corvane {
@@ -15,8 +17,16 @@ class Seat {
 
   // Takes a seat after giving back the one held. Returns whether there was one: the network is
   // Enabled and not full.
-  bool Take(const NetworkRef& network);
-  void Release();
+  bool Take(const NetworkRef& network) {
+    Release();
+    if (!network || !network->Enabled || network->CurrentUsers >= network->MaxUsers) return false;
+    ++network->CurrentUsers;
+    myNetwork = network;
+    return true;
+  }
+  void Release() {
+    if (const NetworkRef network = std::exchange(myNetwork, nullptr)) --network->CurrentUsers;
+  }
   bool IsHeld() const { return myNetwork != nullptr; }
 
  private:

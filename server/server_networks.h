@@ -3,6 +3,9 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <utility>
+
+#include "framework/text.h"
 
 namespace corvane {
 
@@ -12,8 +15,12 @@ namespace corvane {
 // while sessions point to it.
 class ServerNetworks {
  public:
-  ServerNetworks(std::string networkName, std::string password, std::int32_t maxUsers,
-                 bool enabled);
+  ServerNetworks(std::string networkName, std::string password, std::int32_t maxUsers, bool enabled)
+      : NetworkName(std::move(networkName)),
+        FoldedName(FoldText(NetworkName)),
+        MaxUsers(maxUsers),
+        Enabled(enabled),
+        Password(std::move(password)) {}
 
   const std::string NetworkName;
   // The same folded, for comparing.
