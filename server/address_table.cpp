@@ -8,7 +8,7 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kMostMemories = 10'000;
+constexpr std::size_t kMaxMemories = 10'000;
 
 }  // namespace
 
@@ -16,7 +16,7 @@ bool AddressTable::Admit(const std::string& address) {
   if (!IsCounted(address)) return true;
   const auto count = myConnections->find(address);
   if (count == myConnections->end()) return true;
-  const ConnectionCounts& most = *myRules.mostConnections;
+  const ConnectionCounts& most = *myRules.maxConnections;
   if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
   Memory& memory = Remember(address);
   ++memory.refused;
@@ -72,7 +72,7 @@ bool AddressTable::AreWrongPasswordsOver(const Memory& memory) const {
 AddressTable::Memory& AddressTable::Remember(const std::string& address) {
   const auto known = myMemories.find(address);
   if (known != myMemories.end()) return known->second;
-  if (myMemories.size() >= kMostMemories) {
+  if (myMemories.size() >= kMaxMemories) {
     const std::string oldest = std::move(myVisits.front().address);
     myVisits.pop_front();
     Report(oldest, myMemories[oldest]);

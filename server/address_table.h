@@ -16,41 +16,39 @@
 
 namespace corvane {
 
-// What the server knows of the addresses that clients come from: how many connections each has now,
-// how many it was refused, which wrong passwords came from it lately, and how many lines of the
-// status log it caused. Knows nothing where the rules ask for nothing, or trust the address.
-// Borrows the rules, and the loop for one call at a time.
+// Keeps count for each client address: its connections now, its refused connections, its recent
+// wrong passwords, and the lines that it caused in the status log. Keeps nothing about addresses
+// that the rules trust, and nothing that no rule needs. Borrows the rules and the loop.
 //
-// Limits: an address without connections is forgotten when the rules' period has passed twice
-// without anything new, the oldest at once where ten thousand are remembered.
+// Limits: remembers at most ten thousand addresses and then forgets the oldest. An address without
+// connections is forgotten once two of the rules' periods pass without anything new.
 class AddressTable {
  public:
   using Clock = PollLoop::Clock;
 
-  // `owner` owns the table: no call of the loop's comes when it is gone.
+  // `owner` owns the table; the loop's timer does nothing once it is gone.
   AddressTable(PollLoop& loop, SocketCore& owner, const Rules& rules)
       : myLoop(loop), myOwner(owner), myRules(rules) {}
 
-  // Event: a status line with the number of connections of an address that were refused, or of
-  // lines that were left out, since the last such line. Raised once a period, and at once for the
-  // first refused connection. Must be set.
+  // Event: a status line with the number of an address's connections that were refused, or of its
+  // lines that were left out, since the last one. Raised at most once per period and address, and
+  // at once for the first refused connection. Must be set.
   std::function<void(StatusParts)> Reported;
 
-  // Whether one more connection of the address may come in; one that may not is counted.
+  // Whether the address may have one more connection. Counts a refusal.
   bool Admit(const std::string& address);
 
-  // One connection that is counted for its address, until this is destroyed; which may be after the
-  // table is.
+  // Counts one connection for its address until it is destroyed. May outlive the table.
   class Place;
 
-  // A connection came in. None for an address that is not counted.
+  // Counts a new connection. Null for an address that is not counted.
   std::unique_ptr<Place> Enter(const std::string& address);
 
-  // How long the answer to the address's next password has to wait.
+  // How long the answer to the address's next password is delayed.
   Clock::duration PasswordDelay(const std::string& address) const;
   void NoteWrongPassword(const std::string& address);
 
-  // Whether the address may cause one more line of the status log; one that it may not is counted.
+  // Whether the address may add a line to the status log. Counts a line that is left out.
   bool AdmitLine(const std::string& address);
 
   bool IsTrusted(const std::string& address) const {
@@ -65,13 +63,14 @@ class AddressTable {
     std::int32_t notLoggedIn = 0;
   };
   using Counts = std::unordered_map<std::string, Count>;
-  // What is remembered of an address when its connections have left.
+  // Outlives the connections of its address.
   struct Memory {
-    std::uint64_t refused = 0;                      // and not reported yet
-    bool isRefusalReported = false;                 // in this period
-    std::uint64_t leftOut = 0;                      // lines, not reported yet
-    Clock::time_point lines;                        // when its lines are all within the rate
-    std::vector<Clock::time_point> wrongPasswords;  // of the last period, as many as are free
+    std::uint64_t refused = 0;       // not reported yet
+    bool isRefusalReported = false;  // in this period
+    std::uint64_t leftOut = 0;       // lines, not reported yet
+    Clock::time_point lines;         // when all its lines are within the rate
+    std::vector<Clock::time_point>
+        wrongPasswords;  // in the last period, at most as many as are free
     std::chrono::milliseconds delay{0};
   };
   struct Visit {
@@ -80,14 +79,12 @@ class AddressTable {
   };
 
   bool IsCounted(const std::string& address) const {
-    return myRules.mostConnections.has_value() && !IsTrusted(address);
+    return myRules.maxConnections.has_value() && !IsTrusted(address);
   }
   bool AreWrongPasswordsOver(const Memory& memory) const;
-  // Its memory, a new one if there is none.
+  // Creates the memory if there is none.
   Memory& Remember(const std::string& address);
-  // What was not reported yet.
   void Report(const std::string& address, Memory& memory) const;
-  // After a period.
   void VisitLater(const std::string& address);
   void VisitDue();
   void CallAtFirst();
@@ -97,8 +94,8 @@ class AddressTable {
   const Rules& myRules;
   std::shared_ptr<Counts> myConnections = std::make_shared<Counts>();
   std::unordered_map<std::string, Memory> myMemories;
-  std::deque<Visit> myVisits;  // one for each memory, in the order of their times
-  bool myIsCalled = false;     // at the first of them
+  std::deque<Visit> myVisits;  // one for each memory, in order of time
+  bool myIsCalled = false;     // the timer for the first one runs
 };
 
 class AddressTable::Place {

@@ -16,7 +16,7 @@ namespace {
 
 using Duration = PollLoop::Clock::duration;
 
-// A question that takes no more is paid for by its session alone.
+// A question that costs less delays only the questions of its session.
 constexpr std::chrono::microseconds kCheapQuestion{250};
 constexpr std::chrono::nanoseconds kUntilOthersWereServed{1};
 constexpr double kMaxExact = 9'007'199'254'740'992;
@@ -66,7 +66,7 @@ Duration AdminCommands::MustWait(std::int32_t command) {
 Duration AdminCommands::QuestionWait() {
   const Duration own = myGate.Wait();
   if (own > Duration::zero() || !IsNameCode()) return own;
-  // Most names with a quote are only names. Those that cost much share a gate.
+  // Most names with a quote are harmless. Those that make the question costly share a gate.
   if (!myIsQuestionCostly) {
     myIsQuestionCostly = Charged([this] { Ask(kCheapQuestion); }) >= kCheapQuestion;
   }
@@ -147,7 +147,7 @@ void AdminCommands::SendBans() {
 
 void AdminCommands::LiftBan(std::string_view id) {
   if (!IsNumeric(id)) return;
-  // No ban has a number with a fraction, or one that is not exact in a double.
+  // Ban numbers are whole and exact in a double.
   const double number = NumberFromText(id);
   const auto whole = static_cast<std::int64_t>(std::clamp(number, -kMaxExact, kMaxExact));
   if (static_cast<double>(whole) != number) return;
@@ -155,7 +155,7 @@ void AdminCommands::LiftBan(std::string_view id) {
     const auto ban = myContext.bans.Find(whole);
     if (!ban || !SameText(ban->network, mySession.NetworkName())) return;
   }
-  // Whether it worked is not answered.
+  // The command has no answer, whether it worked or not.
   std::ignore = myContext.bans.Lift({whole});
 }
 

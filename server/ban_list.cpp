@@ -31,7 +31,7 @@ void BanList::ReadPortion() {
     for (const Ban& ban : *bans)
       Add(ban);
   }
-  // Pieces of this size do not count as a backlog of the connection.
+  // Pieces of this size do not count towards the connection's backlog.
   if (myRecords.size() >= OutputQueue::kLarge) StorePiece();
   if (myHasFailed) myPlace = Bans::kEnd;
 }
@@ -44,7 +44,7 @@ void BanList::Add(const Ban& ban) {
 }
 
 void BanList::StorePiece() {
-  // The other half stays free for those who wait for less.
+  // The other half stays free for smaller output.
   const bool hasRoom = myMemory.output.InUse() + myRecords.size() <= myMemory.bounds.output / 2;
   const Slice piece = hasRoom ? CopyToBlock(myMemory.output, myRecords) : Slice();
   myHasFailed = piece.Size() == 0;

@@ -12,21 +12,20 @@
 
 namespace corvane {
 
-// The list of bans that an administrator asks for (command 13), read and formatted in portions so
-// that others are served in between. Borrows the bans and the memory.
+// The list of bans that an administrator asks for (command 13). Reads and formats it in portions,
+// between which other sessions are served. Borrows the bans and the memory.
 //
-// Limits: fails when all output together would take more than half of its bound.
+// Limits: fails if all output together would take more than half of its bound.
 class BanList {
  public:
-  // With a network, only the bans of its users.
+  // Lists only the bans of the network, if one is given.
   BanList(Bans& bans, ConnectionMemory& memory, NetworkRef network = nullptr)
       : myBans(bans), myMemory(memory), myNetwork(std::move(network)) {}
 
   // Reads on for about a millisecond. Returns whether there is more to read.
   bool ReadOn();
 
-  // The payload of the answer; none when there was no memory for it. It is empty when the query
-  // failed.
+  // The payload of the answer: empty if the query failed, none if there was no memory for it.
   std::optional<std::vector<Slice>> Take();
 
  private:
@@ -39,7 +38,7 @@ class BanList {
   NetworkRef myNetwork;
   std::int64_t myPlace = Bans::kBegin;
   std::vector<Slice> myPieces;
-  std::string myRecords;  // that are in no piece yet
+  std::string myRecords;  // not in a piece yet
   bool myHasFailed = false;
 };
 

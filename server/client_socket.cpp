@@ -23,23 +23,23 @@ namespace {
 constexpr int kFreeFailures = 10;
 constexpr int kDoublings = 6;
 constexpr std::chrono::milliseconds kFirstDelay{4};
-constexpr std::chrono::milliseconds kLongestDelay{250};
+constexpr std::chrono::milliseconds kMaxDelay{250};
 constexpr PollLoop::Clock::duration kNoWait{0};
 constexpr std::chrono::milliseconds kReadersDelay{20};
-constexpr std::chrono::seconds kLongestReadersDelay{1};
-// What an administrator or a member has asked for before it hung up is still done, within limits.
+constexpr std::chrono::seconds kMaxReadersDelay{1};
+// Commands that a member sent before it hung up are still carried out for this long.
 constexpr std::chrono::seconds kMemberGonePatience{60};
-constexpr std::size_t kLongestDigest = 32;  // hexadecimal digits
+constexpr std::size_t kMaxDigestDigits = 32;
 
-// Reports repeat the name. With one of this length they pay for their bytes.
+// Each report repeats the name, so reports under a long one are delayed by its length.
 constexpr std::size_t kLongName = 64 * 1024;
 constexpr std::size_t kNameBytesPerMillisecond = 4096;
-// What a member takes in a list of members.
+// The expected cost of one member in a list of members.
 constexpr std::chrono::nanoseconds kListMember{400};
 
 const auto programStart = PollLoop::Clock::now();
 
-// Sixtieths of a second since the program started. Wraps around after about 414 days.
+// Sixtieths of a second since the program started. Wraps after about 414 days.
 std::int32_t Ticks() {
   using TickCount = std::chrono::duration<std::int64_t, std::ratio<1, 60>>;
   const auto elapsed = std::chrono::floor<TickCount>(PollLoop::Clock::now() - programStart);
@@ -53,7 +53,7 @@ ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
       myParent(parent),
       myContext(parent.Context),
       myAdminCommands(*this, parent.Context, loop.Memory()) {
-  LimitMessages(myContext.rules.longestBeforeLogIn);
+  LimitMessages(myContext.rules.maxMessageBeforeLogIn);
 }
 
 ClientSocket::~ClientSocket() = default;
@@ -88,11 +88,11 @@ void ClientSocket::Greet(const ClientLocation& location) {
   ClientFlag = location.flag;
   if (isBanned()) {
     myState = State::Refused;
-    SendNotice(wire::kBan, "Please contact an administrator formore information.");
+    SendNotice(wire::kBanned, "Please contact an administrator formore information.");
     ReportStatus({RemoteAddress(), ": Client Previously Banned."});
   } else {
     myState = State::WaitingNetwork;
-    SendMessage(wire::kNetwork, "Network");
+    SendMessage(wire::kNetworkName, "Network");
     myDeadline = myContext.deadlines.Begin(*this);
   }
   HoldMessages(false);
@@ -104,12 +104,12 @@ void ClientSocket::Error(std::int32_t code) {
 }
 
 void ClientSocket::Close() {
-  // Telling the network gives way to others, but nothing of this session comes in between.
+  // Notifying the network gives way to other sessions, but not to events of this one.
   const auto keep = shared_from_this();
   const ScopedFlag leaving = BeginHandler();
   Leave();
   EasyTCPSocket::Close();
-  // One that still sends what it holds is counted until it goes.
+  // A session that is still sending its backlog counts until it ends.
   if (Handle() == os::kNoSocket) myPlace.reset();
 }
 
@@ -118,7 +118,7 @@ void ClientSocket::SendNotice(std::int32_t command, std::string_view text) {
   const auto time = myContext.rules.timeToLeave;
   if (!time || std::exchange(myIsExpectedToLeave, true)) return;
   myLoop.CallLater(*time, weak_from_this(), [this] {
-    // One that has left may still send what it holds.
+    // A session that has left may still be sending its backlog.
     if (IsConnected()) Close();
   });
 }
@@ -147,7 +147,7 @@ void ClientSocket::Leave() {
 void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) {
   if (myState == State::Refused) return;
   switch (command) {
-    case wire::kNetwork:
+    case wire::kNetworkName:
       return ChooseNetwork(data);
     case wire::kPassword:
       return CheckPassword(data);
@@ -163,7 +163,7 @@ void ClientSocket::ReceivedMessage(std::int32_t command, std::string_view data) 
   if (myState != State::LoggedIn) return;
   if (command == wire::kReport) return TakeReport(data);
   if (command == wire::kMember) return SendMembers();
-  // Ignores a command that nobody knows: it is nobody's error.
+  // Ignores unknown commands: deliberate.
   myAdminCommands.Handle(command, data);
 }
 
@@ -176,7 +176,7 @@ PollLoop::Clock::duration ClientSocket::MustWait(std::int32_t command) {
 
 PollLoop::Clock::duration ClientSocket::ReportWait() {
   const auto now = PollLoop::Clock::now();
-  if (!myMessageTime) myMessageTime = now + kLongestReadersDelay;
+  if (!myMessageTime) myMessageTime = now + kMaxReadersDelay;
   myAwaitsReaders =
       now < *myMessageTime && myNetwork != nullptr && myContext.roster.AreMostBehind(*myNetwork);
   if (myAwaitsReaders) return kReadersDelay;
@@ -202,7 +202,7 @@ PollLoop::Clock::duration ClientSocket::UntilMessageTime() {
 
 PollLoop::Clock::duration ClientSocket::PasswordWait() {
   if (myState != State::WaitingPassword && myState != State::WaitingUserName) return {};
-  // Whether it is right shows only then, so that who does not wait for an answer learns nothing.
+  // The password is checked only after the delay: a client that does not wait learns nothing.
   if (!myMessageTime) {
     myMessageTime = PollLoop::Clock::now() + myContext.addresses.PasswordDelay(RemoteAddress());
   }
@@ -229,7 +229,7 @@ void ClientSocket::CheckPassword(std::string_view digest) {
   }
   const bool isRight = IsPasswordDigest(digest);
   if (!isRight) myContext.addresses.NoteWrongPassword(RemoteAddress());
-  // One that has no seat yet, or lost it to an earlier failure, needs one now.
+  // A session that has no seat yet, or lost it in an earlier failure, needs one now.
   if (isRight && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myState = State::WaitingUserName;
     SendMessage(wire::kUserName, wire::kOk);
@@ -246,7 +246,7 @@ void ClientSocket::TakeName(std::string_view userName) {
   if (MayBeTaken(userName)) folded = FoldText(userName);
   if (folded && CanLogin(*folded) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myFailedSteps = 0;
-    LimitMessages(myContext.rules.longestAfterLogIn);
+    LimitMessages(myContext.rules.maxMessageAfterLogIn);
     LimitRateUnlessTrusted(myContext.rules.rateAfterLogIn);
     myContext.deadlines.End(myDeadline);
     if (myPlace) myPlace->LogIn();
@@ -262,7 +262,7 @@ void ClientSocket::TakeName(std::string_view userName) {
 
 bool ClientSocket::MayBeTaken(std::string_view userName) const {
   const Rules& rules = myContext.rules;
-  if (userName.size() > rules.longestUserName) return false;
+  if (userName.size() > rules.maxUserName) return false;
   return rules.mayUserNameMislead || (userName.find('|') == std::string_view::npos &&
                                       VisibleText(userName) == DisplayText(userName));
 }
@@ -285,16 +285,16 @@ void ClientSocket::Refuse(std::int32_t answer, StatusParts line) {
   // The first failed steps cost nothing, so a client that is merely wrong notices nothing.
   const int delays = ++myFailedSteps - kFreeFailures;
   if (delays <= 0) return;
-  DelayMessages(delays > kDoublings ? kLongestDelay : kFirstDelay * (1 << (delays - 1)));
+  DelayMessages(delays > kDoublings ? kMaxDelay : kFirstDelay * (1 << (delays - 1)));
 }
 
 bool ClientSocket::IsPasswordDigest(std::string_view digest) const {
-  if (digest.size() > kLongestDigest * kFoldingFactor) return false;
+  if (digest.size() > kMaxDigestDigits * kFoldingFactor) return false;
   const std::string& password = myNetwork->Password;
   const QByteArray expected = QCryptographicHash::hash(
       QByteArrayView(password.data(), static_cast<qsizetype>(password.size())),
       QCryptographicHash::Md5);
-  // Raw or in hexadecimal digits; compared as all texts are, without regard to letter case.
+  // Raw or in hexadecimal digits, compared without regard to letter case as all texts are.
   return SameText(digest, expected.toStdString()) ||
          SameText(digest, expected.toHex().toStdString());
 }
@@ -326,7 +326,7 @@ void ClientSocket::TakeReport(std::string_view data) {
   const std::int32_t hp = std::exchange(HP, Int32FromText(nextField()));
   InBattle = NumberFromText(nextField()) != 0;
   IsDead = NumberFromText(nextField()) != 0;
-  // A change of the two flags alone is not relayed; it goes with the next movement: deliberate.
+  // A change of only the two flags is not relayed until the next movement: deliberate.
   if (x != X || y != Y || facet != Facet || hp != HP) {
     myParent.BroadcastPosition(*this);
     if (myUsername.size() > kLongName) {

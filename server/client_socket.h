@@ -148,14 +148,14 @@ class ClientSocket : public EasyTCPSocket {
   void TakeReport(std::string_view data);
   void SendMembers();
 
-  // How long a password has to wait before it is looked at, a report for its recipients, and the
-  // question for the members for its turn.
+  // How long a password waits before it is checked, a report for its recipients, and the request
+  // for the list of members for its turn.
   PollLoop::Clock::duration PasswordWait();
   PollLoop::Clock::duration ReportWait();
   PollLoop::Clock::duration MembersWait();
   PollLoop::Clock::duration ExpectedListCost() const;
   PollLoop::Clock::duration UntilMessageTime();
-  // Whether the rules let anybody take the user name.
+  // Whether the rules allow the user name.
   bool MayBeTaken(std::string_view userName) const;
 
   void SetNetwork(NetworkRef network);
@@ -167,7 +167,7 @@ class ClientSocket : public EasyTCPSocket {
 
   SessionContext& myContext;
   State myState = State::Idle;
-  int myFailedSteps = 0;                                     // before the log-in, then since
+  int myFailedSteps = 0;                                     // before the login, then since
   std::optional<PollLoop::Clock::time_point> myMessageTime;  // until when its next message waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;

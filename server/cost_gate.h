@@ -5,15 +5,15 @@
 
 namespace corvane {
 
-// Lets costly work in only as often as it takes a tenth of the time: all work of one session, or of
-// all sessions together.
+// Limits costly work to a tenth of the time, for one session or for all sessions together: after
+// each piece the gate stays closed for nine times its cost.
 class CostGate {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // How long the next has to wait, from now; zero when it may begin.
+  // How long the next piece of work has to wait; zero if it may begin.
   Clock::duration Wait() const { return std::max(myOpens - Clock::now(), Clock::duration::zero()); }
-  // Closes the gate for as long as work that took so much processor time has to be made up for.
+  // Closes the gate after work that took this much processor time.
   void Charge(Clock::duration cost) {
     myOpens = std::max(myOpens, Clock::now()) + kTimesCost * cost;
   }

@@ -11,16 +11,16 @@ namespace corvane {
 
 class ClientSocket;
 
-// Closes sessions that do not log in within the time that the rules give them. All have the same
-// time, so there is one list in the order in which it ends, and one call of the loop's at the first
-// of them.
+// Closes sessions that do not log in within the time that the rules allow. All have the same time,
+// so the list is in order of its end, and one timer, for the first session, is enough.
 class LogInDeadlines {
  public:
-  // `owner` owns the list. No time means for ever: then nothing is kept.
+  // `owner` owns the list; the timer does nothing once it is gone. Without a time there is no
+  // deadline.
   LogInDeadlines(PollLoop& loop, SocketCore& owner, std::optional<std::chrono::milliseconds> time)
       : myLoop(loop), myOwner(owner), myTime(time) {}
 
-  // The session's time begins. The result is what to end it with, before the session goes.
+  // Starts the session's time. Returns the number to end it with, before the session is destroyed.
   std::uint64_t Begin(ClientSocket& session);
   void End(std::uint64_t number) { myWaiting.erase(number); }
 
@@ -36,7 +36,7 @@ class LogInDeadlines {
   PollLoop& myLoop;
   SocketCore& myOwner;
   std::optional<std::chrono::milliseconds> myTime;
-  std::map<std::uint64_t, Waiting> myWaiting;  // by numbers that grow
+  std::map<std::uint64_t, Waiting> myWaiting;  // by number, which grows
   std::uint64_t myLastNumber = 0;
   bool myIsCalled = false;
 };

@@ -15,7 +15,7 @@ MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLooku
 }
 
 MapSocket::~MapSocket() {
-  // Sessions borrow their listener, so none goes on without it.
+  // Sessions borrow their listener and must not outlive it connected.
   for (const auto& connection : *ActiveConnections())
     static_cast<ClientSocket&>(*connection).Abandon();
   for (const std::weak_ptr<ClientSocket>& session : myUnlinked) {
@@ -43,7 +43,7 @@ void MapSocket::Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) {
   auto& session = static_cast<ClientSocket&>(*socket);
   Context.roster.Leave(session);
   if (socket->Handle() == os::kNoSocket) return;
-  // The listener was closed, the session goes on.
+  // The listener was closed; the session stays connected.
   std::erase_if(myUnlinked, [](const auto& unlinked) { return unlinked.expired(); });
   myUnlinked.push_back(session.Self());
 }

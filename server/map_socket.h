@@ -38,7 +38,7 @@ class MapSocket : public NetworkHost {
   // memory that is left.
   void BroadcastPosition(ClientSocket& sender);
 
-  // Tells the rest of the network that a user left (command 6).
+  // Notifies the rest of the network that a user left (command 6).
   void ClientDisconnect(ClientSocket& leaving);
 
  protected:
@@ -49,7 +49,7 @@ class MapSocket : public NetworkHost {
   void Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) override;
 
  private:
-  // Connected still, though the listener they came from was closed.
+  // Still connected after the listener was closed.
   std::vector<std::weak_ptr<ClientSocket>> myUnlinked;
 };
 

@@ -22,7 +22,8 @@ NetworkHost::NetworkHost(PollLoop& loop, DatabaseConnection& serverdb, LocationL
     : ServerSocket(loop, 2, 10), Context(loop, *this, serverdb, locations, std::move(rules)) {}
 
 NetworkRef NetworkHost::FindNetwork(std::string_view name) const {
-  // Folded once, and only where it may be a network's name: anybody may ask for anything.
+  // Folded at most once, and only if its length fits a network's name: a stranger may send a
+  // long one.
   std::optional<std::string> folded;
   for (const NetworkRef& network : Networks) {
     if (!MayFoldTo(name.size(), network->FoldedName.size())) continue;
@@ -36,7 +37,7 @@ void NetworkHost::RemoveNetwork(const NetworkRef& entry) {
   if (std::ranges::find(Networks, entry) == Networks.end()) return;
   BroadcastMessage("This network has been removed from the server.", entry->NetworkName);
   DisconnectAllClientsOnNetwork(entry);
-  // Its place may have changed: the walks give way to other events.
+  // Searched again: the walks give way to other events, which may change the list.
   std::erase(Networks, entry);
 }
 
@@ -93,13 +94,13 @@ std::string NetworkHost::ForEachUser(const std::string& userName, const std::str
 }
 
 void NetworkHost::Kick(ClientSocket& target, const std::string& reason) {
-  target.SendNotice(wire::kKick, reason);
+  target.SendNotice(wire::kKicked, reason);
   ReportKick(target.Username(), reason);
 }
 
 void NetworkHost::KickUser(const std::string& userName, const std::string& networkName,
                            const std::string& reason) {
-  const auto notify = [&reason](ClientSocket& user) { user.SendNotice(wire::kKick, reason); };
+  const auto notify = [&reason](ClientSocket& user) { user.SendNotice(wire::kKicked, reason); };
   ReportKick(ForEachUser(userName, networkName, notify), reason);
 }
 
@@ -110,10 +111,10 @@ void NetworkHost::ReportKick(std::string_view userName, const std::string& reaso
 bool NetworkHost::Ban(const std::string& address, const std::string& by,
                       std::string_view givenReason, const std::string& networkName,
                       ClientSocket* target) {
-  const std::string reason(Beginning(givenReason, Context.rules.longestReason));
-  // First, since what is sent may leave at once: nobody hears of a ban that is not stored.
+  const std::string reason(Beginning(givenReason, Context.rules.maxReason));
+  // Before the notice, which may leave at once: nobody hears of a ban before it counts.
   const bool isStored = Context.bans.Add(address, by, reason, networkName);
-  if (target != nullptr) target->SendNotice(wire::kBan, reason);
+  if (target != nullptr) target->SendNotice(wire::kBanned, reason);
   CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
   return isStored;
 }

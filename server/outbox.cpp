@@ -8,8 +8,8 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kMostKept = std::size_t{256} << 10;  // bytes, for the next reports
-// Nobody falls behind by more between two looks at how the members read.
+constexpr std::size_t kMaxKept = std::size_t{256} << 10;  // bytes of capacity, for the next reports
+// A member falls behind by at most this much between two looks at how the members read.
 constexpr std::size_t kBytesBetweenLooks = std::size_t{256} << 10;
 constexpr std::chrono::milliseconds kTimeBetweenLooks{10};
 
@@ -19,7 +19,7 @@ void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view p
   myBytes += packet;
   myPackets.push_back({sender, myBytes.size()});
   sender->Relayed += packet.size();
-  // Only the empty name, and that of a session which has lost its listener, can be had twice.
+  // Only the empty name and the names of sessions without a listener may be held twice.
   if (sender->Username().empty() || sender->HandOffNumber() == 0) myIsNameShared = true;
 }
 
@@ -28,7 +28,7 @@ void Outbox::Deliver(const Members& members) {
     mySinceLook += myBytes.size();
     if (mySinceLook >= kBytesBetweenLooks && AreMostBehind(members)) HoldSenders();
   } else {
-    // They are lost, and their senders fail.
+    // The packets are lost, and their senders fail.
     for (const Packet& packet : myPackets)
       packet.sender->FailForMemory();
   }
@@ -52,13 +52,13 @@ bool Outbox::AreMostBehind(const Members& members) {
   std::size_t behind = 0;
   std::size_t keepUp = 0;
   for (const std::shared_ptr<ClientSocket>& member : members) {
-    // A stranger who named the network only must not hold anybody up.
+    // A stranger that only named the network must not hold anybody up.
     if (member->LoginState() != ClientSocket::State::LoggedIn) continue;
     const auto reading = member->HowPeerReads(now);
     if (reading == TCPSocket::Reading::IsBehind) ++behind;
     if (reading == TCPSocket::Reading::KeepsUp) ++keepUp;
   }
-  // The sender is one of them, and mostly of those who keep up.
+  // The sender is one of the members and usually keeps up.
   myAreMostBehind = behind > 0 && behind >= keepUp;
   mySinceLook = 0;
   myNextLook = now + kTimeBetweenLooks;
@@ -100,18 +100,18 @@ std::vector<const ClientSocket*> Outbox::Senders() const {
 }
 
 void Outbox::Clear() {
-  if (myBytes.capacity() > kMostKept) myBytes = {};
-  if (myPackets.capacity() * sizeof(Packet) > kMostKept) myPackets = {};
+  if (myBytes.capacity() > kMaxKept) myBytes = {};
+  if (myPackets.capacity() * sizeof(Packet) > kMaxKept) myPackets = {};
   myBytes.clear();
   myPackets.clear();
   myIsNameShared = false;
 }
 
 void Outbox::SendOthers(ClientSocket& member, const Slice& all) const {
-  std::size_t begin = 0;  // of what was not written yet
-  std::size_t end = 0;    // of the packet before
+  std::size_t begin = 0;  // of the bytes not written yet
+  std::size_t end = 0;    // of the previous packet
   for (const Packet& packet : myPackets) {
-    // By name, not by session: two of one name never see each other, on purpose.
+    // By name, not by session: two sessions of one name never see each other, on purpose.
     const bool isOwn =
         packet.sender.get() == &member ||
         (myIsNameShared && packet.sender->FoldedUsername() == member.FoldedUsername());

@@ -13,11 +13,11 @@ namespace corvane {
 
 class ClientSocket;
 
-// Reports on their way to the members of one network. They are gathered while passes over the
-// sockets run and delivered to each member in one piece before the flush, so that a member is
-// visited once and not once per report: every member gets the same bytes in the same order as if
-// each report had been sent by itself, as long as nothing else is sent to a member, and nobody
-// becomes or ceases to be one, before what was gathered is delivered.
+// Reports on their way to the members of one network: gathered while passes over the sockets run,
+// and delivered to each member in one piece before the flush, so a member is visited once and not
+// once per report. Each member gets the same bytes in the same order as if each report were sent by
+// itself. The owner sees to that: it delivers before anything else is sent to a member and before
+// the members change.
 class Outbox {
  public:
   using Members = std::vector<std::shared_ptr<ClientSocket>>;
@@ -27,41 +27,42 @@ class Outbox {
   bool IsEmpty() const { return myPackets.empty(); }
   std::size_t Size() const { return myBytes.size(); }
 
-  // One more packet, for every member who has another name than the sender.
+  // Adds a packet for every member whose name differs from the sender's.
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
 
-  // Writes the packets to the members, who are in hand-off order; empty afterwards. Where most of
-  // those who read are behind, senders of much wait for them (ClientSocket::AwaitReaders).
+  // Writes the packets to the members, which are in hand-off order; empty afterwards. If most of
+  // the members that read are behind, the senders of many bytes wait for them
+  // (ClientSocket::AwaitReaders). If memory runs out, the senders fail.
   void Deliver(const Members& members);
 
-  // Whether most of a member's recipients read and are behind. Looks at them once in a while.
+  // Whether most of the members that read are behind. Examines them at most every 10 ms or 256 KiB.
   bool AreMostBehind(const Members& members);
 
  private:
   struct Packet {
     std::shared_ptr<ClientSocket> sender;
-    std::size_t end = 0;  // in the bytes
+    std::size_t end = 0;  // its offset in myBytes
   };
 
-  // False where there is no memory for it.
+  // False if there is no memory.
   bool DeliverTo(const Members& members);
   // `all` are the bytes of all packets.
   void DeliverTo(const Members& members, const Slice& all) const;
-  // Those who sent some of the packets, in hand-off order; some may be there twice.
+  // The senders of the packets in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
-  // Holds the senders of much, counted since their last hold.
+  // Makes the senders of many bytes since their last wait, wait.
   void HoldSenders() const;
   void SendOthers(ClientSocket& member, const Slice& all) const;
   void Clear();
 
   std::string myBytes;
   std::vector<Packet> myPackets;
-  // Whether others may have a sender's name: then names are compared and not sessions.
+  // Whether a member may have the name of another's sender: then names are compared, not sessions.
   bool myIsNameShared = false;
-  std::size_t mySinceLook = 0;  // bytes delivered since somebody looked at how members read
+  std::size_t mySinceLook = 0;  // bytes delivered since the last look at the members
   std::chrono::steady_clock::time_point myNextLook;
   bool myAreMostBehind = false;  // at the last look
-  BlockWriter myWriter;          // of what the members are given: one copy for all
+  BlockWriter myWriter;          // of the bytes that all members share
 };
 
 }  // namespace corvane

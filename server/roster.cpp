@@ -10,12 +10,12 @@
 namespace corvane {
 namespace {
 
-// What a delivery may write; it lets nobody else in meanwhile.
-constexpr std::size_t kMostDelivered = std::size_t{4} << 20;
-// What is gathered does not become a large message by itself.
-constexpr std::size_t kMostInOne = OutputQueue::kLarge / 2;
+// Bytes that a delivery may write: it serves nobody else in between.
+constexpr std::size_t kMaxDelivery = std::size_t{4} << 20;
+// Gathered reports must not become a large message, to which other bounds apply.
+constexpr std::size_t kMaxPiece = OutputQueue::kLarge / 2;
 
-// Where the session is among others in hand-off order, or belongs.
+// The place of the session among the members, or where it belongs, in hand-off order.
 auto PlaceOf(const ClientSocket& session, Outbox::Members& members) {
   return std::ranges::lower_bound(members, session.HandOffNumber(), {},
                                   [](const auto& member) { return member->HandOffNumber(); });
@@ -41,7 +41,7 @@ void Roster::Enter(ClientSocket& session) {
   if (!session.HearsItsNetwork()) return;
   auto& members = myGroups.try_emplace(session.myNetwork.get(), myLoop.Memory().output)
                       .first->second.members.Edit();
-  // Nearly always the end: who connects last chooses its network last.
+  // Nearly always at the end: the session that connected last chooses its network last.
   members.insert(PlaceOf(session, members), session.Self());
 }
 
@@ -68,12 +68,12 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
   const auto found = myGroups.find(sender->myNetwork.get());
   if (found == myGroups.end()) return;
   Group& group = found->second;
-  if (group.outbox.Size() + packet.size() > kMostInOne) myLoop.RunBeforeFlush();
+  if (group.outbox.Size() + packet.size() > kMaxPiece) myLoop.RunBeforeFlush();
   if (!HasGathered()) myLoop.CallBeforeFlush([this] { Deliver(); });
   if (group.outbox.IsEmpty()) myGathered.push_back(&group);
   group.outbox.Add(sender, packet);
   myGatheredBytes += packet.size() * group.members.Get()->size();
-  if (myGatheredBytes >= kMostDelivered) myLoop.RunBeforeFlush();
+  if (myGatheredBytes >= kMaxDelivery) myLoop.RunBeforeFlush();
 }
 
 void Roster::Deliver() {

@@ -16,11 +16,11 @@ namespace corvane {
 class ClientSocket;
 class PollLoop;
 
-// Indexes over the listener's active connections, so that a report costs what it delivers and a
-// log-in does not look at everybody: the members of each network who hear it, in hand-off order,
-// and how many sessions hold each user name. They always say what a walk over the active
-// connections would. Each network's reports are gathered here too, and delivered before its members
-// change. Borrows the loop.
+// Indexes over the listener's active connections: the members of each network that hear it, in
+// hand-off order, and the number of sessions that hold each user name. They give the same answers
+// as a walk over the active connections, but a report costs only its deliveries and a log-in does
+// not examine every session. Also gathers the reports of each network and delivers them before the
+// loop flushes or the network's members change. Borrows the loop.
 class Roster {
  public:
   using Members = SnapshotList<std::shared_ptr<ClientSocket>>;
@@ -34,8 +34,8 @@ class Roster {
   void Enter(ClientSocket& session);
   void Leave(ClientSocket& session);
 
-  // While one exists, the session, which may have entered, may change its network, its name, and
-  // whether it is logged in. One that has gone stays a member until it leaves the roster.
+  // While it exists, the session, entered or not, may change its network, its name, and whether it
+  // is logged in. A session that is Gone stays a member until it leaves the roster.
   class Change {
    public:
     Change(Roster& roster, ClientSocket& session) : myRoster(roster), mySession(session) {
@@ -50,18 +50,18 @@ class Roster {
     ClientSocket& mySession;
   };
 
-  // Everybody who hears what this network's members hear, in hand-off order.
+  // The sessions that hear this network, in hand-off order.
   Members::Snapshot MembersOf(const ServerNetworks& network) const;
 
-  // Takes a report, which the members of the sender's network are sent before the loop flushes.
+  // Takes a report for the members of the sender's network, which get it before the loop flushes.
   void Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
   bool HasGathered() const { return !myGathered.empty(); }
 
-  // Whether most of the network's members who read are behind with what was relayed to them.
+  // Whether most of the network's members that read are behind with what was relayed to them.
   bool AreMostBehind(const ServerNetworks& network);
 
-  // Whether no other session than this one holds the folded name. Sessions that have not logged in
-  // hold the empty one.
+  // Whether no session but this one holds the folded name. Sessions that are not logged in hold the
+  // empty one.
   bool IsNameFree(const std::string& foldedName, const ClientSocket& session) const;
 
  private:
@@ -72,13 +72,12 @@ class Roster {
     Outbox outbox;
   };
 
-  // Sends to all members what was gathered.
   void Deliver();
 
   PollLoop& myLoop;
   std::unordered_map<const ServerNetworks*, Group> myGroups;
-  std::vector<Group*> myGathered;   // those whose outbox is not empty
-  std::size_t myGatheredBytes = 0;  // what their delivery writes
+  std::vector<Group*> myGathered;   // the groups with an outbox that is not empty
+  std::size_t myGatheredBytes = 0;  // that their delivery writes
   std::unordered_map<std::string, std::size_t> myNames;
 };
 

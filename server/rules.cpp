@@ -22,13 +22,13 @@ Rules Rules::Hardened() {
   rules.isSeatTakenBeforePassword = false;
   rules.timeToLogIn = 15s;
   rules.timeToLeave = 2s;
-  rules.longestBeforeLogIn = std::size_t{4} << 10;
-  rules.longestAfterLogIn = std::size_t{64} << 10;
-  rules.longestUserName = 64;
-  rules.longestReason = 1024;
+  rules.maxMessageBeforeLogIn = std::size_t{4} << 10;
+  rules.maxMessageAfterLogIn = std::size_t{64} << 10;
+  rules.maxUserName = 64;
+  rules.maxReason = 1024;
   rules.rateBeforeLogIn = MessageRate::Of(10, 20);
   rules.rateAfterLogIn = MessageRate::Of(50, 500);
-  rules.mostConnections.emplace();
+  rules.maxConnections.emplace();
   rules.passwordDelays.emplace();
   rules.statusLines.emplace();
   return rules;

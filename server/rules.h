@@ -21,70 +21,72 @@ struct ConnectionCounts {
   std::int32_t notLoggedIn = 8;
 };
 
-// After so many wrong passwords within the rules' period each answer waits, twice as long after
-// each further one, until a period has passed without one.
+// After `free` wrong passwords within the rules' period each answer is delayed, twice as long after
+// each further one, until a period passes without one.
 struct PasswordDelays {
   std::size_t free = 5;
   std::chrono::milliseconds first{1'000};
   std::chrono::milliseconds longest{30'000};
 };
 
-// How many lines one address may cause at once, and then one in each interval.
+// An address may cause `burst` lines at once and then one in each interval.
 struct LineRate {
   int burst = 100;
   std::chrono::milliseconds interval{50};
 };
 
-// What strangers, members and administrators may do. Made when the server starts and given to
-// whatever has to ask; nothing asks for more than the rule that it needs. docs/security.md tells
-// what they are good for.
+// What strangers, members and administrators may do. Made when the server starts; each part of the
+// server asks only for the rule that it needs. docs/security.md explains what each is for.
 struct Rules {
-  // For a circle of friends, who are trusted: the default.
+  // For a circle of friends, whom the operator trusts: the default.
   static Rules Classic();
-  // For an operator who does not trust the network.
+  // For users whom the operator does not trust.
   static Rules Hardened();
-  // What the settings "Hardened" and "TrustedAddresses" say.
+  // Those that the settings "Hardened" and "TrustedAddresses" choose.
   static Rules FromSettings(AppSettings& settings);
 
   std::string_view name = "classic";
 
-  // Whether a message that meets a connection without a network ends the program, or skips it.
+  // Whether a message ends the program when it meets a connection without a network, or skips it.
   bool isMessageFatalWithoutNetwork = true;
-  // Whether commands 5, 6, 998 and 999 reach whoever has chosen a network, or its users only.
+  // Whether commands 5, 6, 998 and 999 reach every client that has chosen the network, or only
+  // those that are logged in.
   bool isHeardBeforeLogIn = true;
   StatementValues statementValues = StatementValues::Pasted;
-  // Whether administrators see and lift all bans, or those of their own network.
+  // Whether administrators see and lift all bans, or only those of their network.
   bool areAllBansShown = true;
-  // Whether user names may hold "|", at which records are cut, and what is not shown as it is.
+  // Whether user names may contain "|", which separates the fields of records, and characters that
+  // are not shown as they are.
   bool mayUserNameMislead = true;
-  // Whether a seat is taken with the network's name already, or with the right password.
+  // Whether the network's name takes a seat, or only the right password does.
   bool isSeatTakenBeforePassword = true;
 
-  // How long a client may take to log in, from its greeting; and to leave, from the notice that it
-  // is kicked or banned. None: for ever.
+  // How long a client may take to log in after its greeting, and to leave after the notice that it
+  // is kicked or banned. None: forever.
   std::optional<std::chrono::milliseconds> timeToLogIn;
   std::optional<std::chrono::milliseconds> timeToLeave;
 
-  // Of a whole message, in bytes.
-  std::size_t longestBeforeLogIn = std::numeric_limits<std::size_t>::max();
-  std::size_t longestAfterLogIn = std::numeric_limits<std::size_t>::max();
+  // Bytes of a whole message. A longer one closes the connection.
+  std::size_t maxMessageBeforeLogIn = std::numeric_limits<std::size_t>::max();
+  std::size_t maxMessageAfterLogIn = std::numeric_limits<std::size_t>::max();
 
-  // In bytes. A longer user name is refused; a longer reason of a ban is cut.
-  std::size_t longestUserName = std::size_t{1} << 20;
-  std::size_t longestReason = std::numeric_limits<std::size_t>::max();
+  // Bytes. A longer user name is refused; a longer reason for a ban is cut.
+  std::size_t maxUserName = std::size_t{1} << 20;
+  std::size_t maxReason = std::numeric_limits<std::size_t>::max();
 
-  // Of the messages of one connection, unless its address is trusted.
+  // For the messages of one connection, unless its address is trusted. Faster ones wait.
   MessageRate rateBeforeLogIn;
   MessageRate rateAfterLogIn;
 
-  // Of one address; none: no bound, and no delay.
-  std::optional<ConnectionCounts> mostConnections;
+  // For one address. None: no bound, and no delay.
+  std::optional<ConnectionCounts> maxConnections;
   std::optional<PasswordDelays> passwordDelays;
-  // Of the status log, by what sessions of one address do; none: no bound.
+  // For the status lines about sessions of one address. None: no bound.
   std::optional<LineRate> statusLines;
-  // In which wrong passwords count, and refused connections and lines left out are told together.
+  // For this long a wrong password counts, and refused connections and lines left out are added up
+  // before they are reported.
   std::chrono::milliseconds period{60'000};
-  // These are not counted and not delayed.
+  // Not counted and not delayed.
   AddressRanges trustedAddresses;
 };
 

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-// A place in a network, counted in its CurrentUsers while the seat exists: given back exactly
-// once, whatever happens to its owner.
+// A place in a network, counted in its CurrentUsers while it is held. Given back exactly once, by
+// Release or by the destructor.
 class Seat {
  public:
   Seat() = default;
@@ -15,8 +15,8 @@ class Seat {
   Seat(const Seat&) = delete;
   Seat& operator=(const Seat&) = delete;
 
-  // Takes a seat after giving back the one held. Returns whether there was one: the network is
-  // Enabled and not full.
+  // Gives back the seat that is held and takes one in this network. Returns whether it got one:
+  // there is a network, Enabled and not full.
   bool Take(const NetworkRef& network) {
     Release();
     if (!network || !network->Enabled || network->CurrentUsers >= network->MaxUsers) return false;

@@ -9,10 +9,9 @@
 
 namespace corvane {
 
-// One network: a named, password-protected group of clients that see each other's positions. It
-// enforces nothing itself; sessions apply MaxUsers and Enabled and keep CurrentUsers through their
-// seats. Networks are compared by identity, and one that was removed from the listener stays valid
-// while sessions point to it.
+// One network: a named, password-protected group of clients that see each other's positions.
+// Enforces nothing itself: seats apply MaxUsers and Enabled and keep CurrentUsers. Networks are
+// compared by identity. A removed network stays valid while sessions refer to it.
 class ServerNetworks {
  public:
   ServerNetworks(std::string networkName, std::string password, std::int32_t maxUsers, bool enabled)
@@ -23,7 +22,7 @@ class ServerNetworks {
         Password(std::move(password)) {}
 
   const std::string NetworkName;
-  // The same folded, for comparing.
+  // The name folded, for comparing.
   const std::string FoldedName;
   std::int32_t MaxUsers;
   bool Enabled;

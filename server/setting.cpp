@@ -30,21 +30,21 @@ bool IsSwitch(std::string_view value) {
   return IsOff(value) || IsOneOf({"1", "yes", "true", "on"}, Trimmed(value));
 }
 
-template <int least, int most>
+template <int min, int max>
 bool IsWholeNumber(std::string_view value) {
   const double number = NumberFromText(value);
-  return IsNumeric(value) && number >= least && number <= most && number == Int32FromText(value);
+  return IsNumeric(value) && number >= min && number <= max && number == Int32FromText(value);
 }
 
-// What `ip link` shows, "none" for all interfaces, or nothing: tunnels have no such address.
+// A MAC address, "none" for all interfaces, or nothing: tunnels have no MAC address.
 bool IsInterface(std::string_view value) {
   if (value.empty() || SameText(value, "none")) return true;
   for (std::size_t i = 0; i < value.size(); ++i) {
     const auto unit = static_cast<unsigned char>(value[i]);
     if (i % 3 == 2 ? unit != ':' : std::isxdigit(unit) == 0) return false;
   }
-  constexpr std::size_t kShortest = 17;  // 00:1A:2B:3C:4D:5E
-  return value.size() >= kShortest && value.size() % 3 == 2;
+  constexpr std::size_t kMinLength = 17;  // 00:1A:2B:3C:4D:5E
+  return value.size() >= kMinLength && value.size() % 3 == 2;
 }
 
 bool IsWebAddress(std::string_view value) {
@@ -77,7 +77,7 @@ constexpr std::array kSettings = {
     Setting{"Hardened", kSwitch, IsSwitch, kCountsAsOn},
     Setting{"TrustedAddresses",
             "IPv4 addresses and prefixes such as 192.0.2.17, 10.0.0.0/8, or nothing", AreAddresses,
-            "only those of its entries count that are such"},
+            "its other entries do not count"},
     Setting{"LocationDatabase", "a file, or nothing", IsText},
     Setting{"LocatorAddress", kWebAddress, IsWebAddress},
     Setting{"FlagAddress", kWebAddress, IsWebAddress},

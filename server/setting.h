@@ -9,26 +9,26 @@ namespace corvane {
 
 class AppSettings;
 
-// One setting that the server knows.
+// A setting that the server knows.
 struct Setting {
   std::string_view name;
-  std::string_view expected;  // what it takes, for a sentence
+  std::string_view expected;  // completes the sentence "NAME takes ..."
   bool (*takes)(std::string_view value);
-  std::string_view otherwise = {};  // what the server does with another value, if it says
+  std::string_view otherwise = {};  // what the server does with any other value
 
-  // Why the setting does not take the value.
+  // The sentence that refuses the value.
   std::string Refusal(std::string_view value) const;
 };
 
 std::span<const Setting> KnownSettings();
-// None if the server knows no setting of the name. Letter case does not matter.
+// Null if there is no setting of that name. Letter case does not matter.
 const Setting* FindSetting(std::string_view name);
 
-// What the server does not understand of the settings, a sentence each.
+// A sentence for each setting that is unknown or has a value that it does not take.
 std::vector<std::string> FaultsOf(const AppSettings& settings);
 
-// A switch is off for 0, no, false, off and an empty text, in any letter case. Anything else counts
-// as on, so that no slip weakens the rules.
+// Whether a switch is on. It is off for 0, no, false, off and an empty text, in any letter case.
+// Any other value counts as on: a slip must not weaken the rules.
 bool IsOn(std::string_view value);
 
 }  // namespace corvane

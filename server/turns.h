@@ -5,8 +5,8 @@
 
 namespace corvane {
 
-// Spreads work that many sessions ask for over a third of the time: each piece begins at its turn,
-// and others are served in between.
+// Limits work that many sessions request to a third of the time: each piece begins at its turn, and
+// other sessions are served in between.
 class Turns {
  public:
   using Clock = std::chrono::steady_clock;

@@ -8,17 +8,17 @@
 namespace corvane::wire {
 namespace {
 
-constexpr std::size_t kLongestNumber = 11;  // "-2147483648"
+constexpr std::size_t kMaxDigits = 11;  // "-2147483648"
 
 void AppendNumber(std::string& text, std::int32_t number) {
-  std::array<char, kLongestNumber> digits;
+  std::array<char, kMaxDigits> digits;
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
   text.append(digits.data(), end);
 }
 
 std::string Record(const ClientSocket& member, std::string_view behindHP) {
   std::string record;
-  record.reserve(member.Username().size() + 4 * (kLongestNumber + 1) + 4);
+  record.reserve(member.Username().size() + 4 * (kMaxDigits + 1) + 4);
   record += member.Username();
   record += '|';
   AppendNumber(record, member.X);

@@ -4,16 +4,15 @@
 #include <string>
 #include <string_view>
 
-// The commands of the client protocol and the payloads that both ends agree on; docs/protocol.md
-// describes them all.
+// The commands of the client protocol and their fixed payloads; docs/protocol.md describes them.
 namespace corvane {
 
 class ClientSocket;
 
 namespace wire {
 
-// Login: each step's answer carries the number of the next.
-inline constexpr std::int32_t kNetwork = 1;
+// The answer to a login step has the number of the next step.
+inline constexpr std::int32_t kNetworkName = 1;
 inline constexpr std::int32_t kPassword = 2;
 inline constexpr std::int32_t kUserName = 3;
 inline constexpr std::int32_t kReport = 4;
@@ -26,8 +25,8 @@ inline constexpr std::int32_t kAdminBan = 11;
 inline constexpr std::int32_t kAdminMessage = 12;
 inline constexpr std::int32_t kAdminListBans = 13;
 inline constexpr std::int32_t kAdminLiftBan = 14;
-inline constexpr std::int32_t kKick = 996;
-inline constexpr std::int32_t kBan = 997;
+inline constexpr std::int32_t kKicked = 996;
+inline constexpr std::int32_t kBanned = 997;
 inline constexpr std::int32_t kMessage = 998;
 inline constexpr std::int32_t kBye = 999;
 
@@ -35,10 +34,10 @@ inline constexpr std::string_view kOk = "OK";
 inline constexpr std::string_view kFail = "FAIL";
 inline constexpr std::string_view kByeText = "BYE";
 
-// "name|X,Y,Facet,HP,InBattle,IsDead", as it is relayed when it changes.
+// "name|X,Y,Facet,HP,InBattle,IsDead", as a changed report is relayed.
 std::string PositionRecord(const ClientSocket& member);
 
-// The same as the member list gives it: without the comma behind HP, which is deliberate.
+// The same for the list of members, which deliberately has no comma after HP.
 std::string MemberRecord(const ClientSocket& member);
 
 }  // namespace wire

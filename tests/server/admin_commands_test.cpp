@@ -15,7 +15,7 @@ class AdminTest : public UsersTest {
   AdminTest() { EXPECT_TRUE(AdminsTable(server.database).Add("Ann", "127.0.0.1", "A")); }
 };
 
-TEST_F(AdminTest, CommandsOfNobodysAdministratorAreIgnored) {
+TEST_F(AdminTest, OnlyAdministratorsOfTheNetworkAreHeeded) {
   EXPECT_TRUE(AdminsTable(server.database).Add("Eve", "127.0.0.1", "A")) << "where she is not";
   EXPECT_TRUE(AdminsTable(server.database).Add("Bob", "127.0.0.1", "A")) << "where he is not";
   for (TestClient* client : {eve.get(), bob.get()}) {
@@ -99,7 +99,7 @@ TEST_F(AdminTest, BanCountsWhileTheDatabaseIsLockedAndIsStoredAfterwards) {
       [this] { return server.Query("SELECT address, reason FROM bans") == "127.0.0.2|spam;"; }));
 }
 
-TEST_F(AdminTest, LongListOfBansIsReadWhileOthersAreServedAndPaidFor) {
+TEST_F(AdminTest, LongListOfBansIsReadInPortionsAndPaidFor) {
   constexpr int kCount = 3000;
   server.Query("WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<" +
                std::to_string(kCount) +
@@ -113,7 +113,7 @@ TEST_F(AdminTest, LongListOfBansIsReadWhileOthersAreServedAndPaidFor) {
   const auto before = written();
   TakeIn(*session);
   session->_Poll();
-  EXPECT_EQ(written(), before) << "it goes on when others had their turn";
+  EXPECT_EQ(written(), before) << "the rest is read after others were served";
   const std::optional<WireMessage> answer = ann->Receive();
   const auto worked = ProcessorTime() - workedBefore;
   EXPECT_EQ(ann->Receive(), (WireMessage{9, "1"}));

@@ -15,7 +15,7 @@ using testing::IsEmpty;
 
 using ClientSocketTest = SessionTest;
 
-TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
+TEST_F(ClientSocketTest, AnswersEachLoginStep) {
   struct Step {
     std::int32_t command;
     std::string payload;
@@ -48,7 +48,7 @@ TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
        {2, PasswordDigest("secret"), "OK", 1, ""},
        {2, "wrong", "FAIL", 0, "Login Failed."},
        {3, "Ann", "FAIL", 0, "Bad Username (Ann)"}},
-      // After the log-in no step changes anything.
+      // After the login no step changes anything.
       {{1, "a", "OK", 1, ""},
        {2, "5EBE2294ecd0e0f08eab7690d2a6ee69", "OK", 1, ""},
        {3, "Ann", "OK", 1, "User Logged In (Ann)"},
@@ -74,7 +74,7 @@ TEST_F(ClientSocketTest, AnswersEachStepOfLoggingInInItsTurn) {
   }
 }
 
-TEST_F(ClientSocketTest, ManyFailedStepsHaveTheNextOneWaitLongerEachTime) {
+TEST_F(ClientSocketTest, EachFailedStepAfterTheTenthDelaysTheNextLonger) {
   const auto guesser = Greeted();
   const auto other = Greeted();
   guesser->Send(1, "A");
@@ -94,7 +94,7 @@ TEST_F(ClientSocketTest, ManyFailedStepsHaveTheNextOneWaitLongerEachTime) {
   Receive(session, 1, "A");
   Receive(session, 2, PasswordDigest("secret"));
   Receive(session, 3, "Ann");
-  EXPECT_EQ(freeSteps(), 10) << "a log-in starts the count over";
+  EXPECT_EQ(freeSteps(), 10) << "a login resets the count";
   EXPECT_TRUE(server.Active(1)->IsDue()) << "nobody else waits";
 
   std::string guesses = WireBytes(1, "B");
@@ -111,7 +111,7 @@ TEST_F(ClientSocketTest, ManyFailedStepsHaveTheNextOneWaitLongerEachTime) {
             std::chrono::milliseconds(4 + 8 + 16 + 32 + 64 + 128 + 13 * 250));
 }
 
-TEST_F(ClientSocketTest, CostlyQuestionsTogetherTakeASmallPartOfTheTime) {
+TEST_F(ClientSocketTest, CostlyQuestionsShareATenthOfTheTime) {
   std::string rows;
   for (int i = 0; i < 200; ++i)
     rows += "INSERT INTO admins (name, network, address) VALUES ('x', 'y', 'z');";
@@ -126,7 +126,7 @@ TEST_F(ClientSocketTest, CostlyQuestionsTogetherTakeASmallPartOfTheTime) {
   const auto begin = std::chrono::steady_clock::now();
   for (TestClient* const asking : {first.get(), second.get()})
     asking->SendBytes(WireBytes(9, "") + WireBytes(9, ""));
-  // Each is given up after 20 ms, and the next one waits; a name that is only a name does not.
+  // Each is cancelled after 20 ms and delays the next; a harmless name with a quote is not delayed.
   EXPECT_EQ(first->Receive(), (WireMessage{9, "0"}));
   for (TestClient* const asking : {ann.get(), oneil.get(), oneil.get()}) {
     asking->Send(9, "");
@@ -173,7 +173,7 @@ TEST_F(ClientSocketTest, FullNetworkHasNoSeatAtAnyStep) {
   EXPECT_EQ(Ask(*first, 2, PasswordDigest("secret")), "OK");
 }
 
-TEST_F(ClientSocketTest, NameIsHeldServerWideWhateverItsCase) {
+TEST_F(ClientSocketTest, NameIsHeldServerWideInAnyLetterCase) {
   const auto ann = LoggedIn("\xC3\x84nn", "A");
   const auto other = Greeted();
   EXPECT_EQ(Ask(*other, 1, "B"), "OK");
@@ -198,7 +198,7 @@ TEST_F(ClientSocketTest, NameIsHeldServerWideWhateverItsCase) {
   EXPECT_EQ(b->CurrentUsers, 0);
 }
 
-TEST_F(ClientSocketTest, BannedAddressHearsTheNoticeAndNothingMore) {
+TEST_F(ClientSocketTest, BannedAddressGetsTheNoticeAndNothingElse) {
   server.Query("INSERT INTO bans(address, network) VALUES('127.0.0.1', 'another network')");
   TestClient client(server.Port());
   EXPECT_EQ(client.Receive(),
@@ -229,10 +229,10 @@ TEST_F(UsersTest, RelaysWhatChangedToTheOthersOfTheNetwork) {
   EXPECT_EQ(Ask(*nameless, 1, "A"), "OK");
   bob->Send(5, "");
   EXPECT_THAT(bob->Drain(), ElementsAre(WireMessage{5, "Ann|1200,845,2,890,1"}))
-      << "no comma behind the hit points, and neither the asker nor who has no name yet";
+      << "no comma after the hit points; neither the asker nor a session without a name";
 }
 
-TEST_F(UsersTest, ReportFieldsReadAsFarAsTheyAreNumbers) {
+TEST_F(UsersTest, ReportFieldsAreReadUpToTheEndOfTheirNumbers) {
   const struct {
     std::string report;
     std::string relayed;
@@ -257,7 +257,7 @@ TEST_F(UsersTest, ReportFieldsReadAsFarAsTheyAreNumbers) {
   }
 }
 
-TEST_F(UsersTest, NothingCountsBeforeTheLogIn) {
+TEST_F(UsersTest, MemberCommandsAreIgnoredBeforeTheLogin) {
   const auto client = Greeted();
   EXPECT_EQ(Ask(*client, 1, "A"), "OK");
   for (const std::int32_t command : {4, 5, 10, 11, 12, 13, 14, 0, -1, 6, 77, 998, INT32_MIN}) {
@@ -313,7 +313,7 @@ TEST_F(ClientSocketTest, LeavesOnceHoweverItsConnectionEnds) {
   }
 }
 
-TEST_F(ClientSocketTest, HasItsRowBeforeItIsToldSo) {
+TEST_F(ClientSocketTest, IsReportedAsLoggedInBeforeItsAnswerIsSent) {
   const auto connection = server.listener->UserLoggedIn.Connect(
       [](MapSocket&, const auto& user) { user->SendMessage(998, user->Username()); });
   const auto ann = Greeted();
@@ -334,7 +334,7 @@ class CrowdTest : public SessionTest {
     server.status.clear();
   }
 
-  // As if this handler had run for a while: the next walk over connections gives way.
+  // Makes the current handler old: the next walk over connections gives way.
   void GrowOld() {
     for (int i = 0; i < 64; ++i)
       server.loop.GiveWay();
@@ -344,7 +344,7 @@ class CrowdTest : public SessionTest {
   std::vector<std::unique_ptr<TestClient>> clients;
 };
 
-TEST_F(CrowdTest, NothingOfALeavingSessionIsHandledWhileItsNetworkIsTold) {
+TEST_F(CrowdTest, NoEventOfALeavingSessionIsHandledWhileItsNetworkIsNotified) {
   clients[0]->Send(1, "nowhere");
   TakeIn(*server.SessionOf("u0"));
   GrowOld();
@@ -354,7 +354,7 @@ TEST_F(CrowdTest, NothingOfALeavingSessionIsHandledWhileItsNetworkIsTold) {
   EXPECT_THAT(clients[1]->Drain(), ElementsAre(WireMessage{6, "u0"}));
 }
 
-TEST_F(CrowdTest, LongWalksLetTheOthersBeServed) {
+TEST_F(CrowdTest, LongWalksGiveWay) {
   MapSocket& listener = *server.listener;
   const std::pair<const char*, std::function<void()>> walks[] = {
       {"message", [&] { listener.BroadcastMessage("text", "A"); }},

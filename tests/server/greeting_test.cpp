@@ -15,8 +15,8 @@ class GreetingTest : public SessionTest {
   WebServer web;
 };
 
-TEST_F(GreetingTest, WaitsForAHangingLocatorWhileEverybodyElseGoesOn) {
-  // More than are asked about at once.
+TEST_F(GreetingTest, WaitsForAHangingLocatorWhileOthersAreServed) {
+  // More than the number of simultaneous lookups.
   constexpr int kCount = 60;
   a->MaxUsers = 100;
   const auto ann = LoggedIn("Ann");
@@ -40,7 +40,7 @@ TEST_F(GreetingTest, WaitsForAHangingLocatorWhileEverybodyElseGoesOn) {
   }
 }
 
-TEST_F(GreetingTest, WhoeverLeavesDuringTheLookupIsNotGreeted) {
+TEST_F(GreetingTest, ClientThatLeavesDuringTheLookupIsNotGreeted) {
   web.answers[kPage] = {OkReply(""), true, true};
   server.locations.SetServices(web.Address(), "");
   const auto left = Connected();

@@ -27,8 +27,8 @@ TEST_F(MapSocketTest, MessageEndsAtAConnectionWithoutANetwork) {
   EXPECT_TRUE(PumpUntil([this] { return !server.uncaught.empty(); }));
   EXPECT_THAT(server.uncaught, ElementsAre("NilObjectException"));
 
-  server.listener->KickUser("Ann", "A", "skips who has no network");
-  EXPECT_EQ(server.status.back(), "Zoe Kicked: skips who has no network");
+  server.listener->KickUser("Ann", "A", "skips sessions without a network");
+  EXPECT_EQ(server.status.back(), "Zoe Kicked: skips sessions without a network");
 }
 
 TEST_F(MapSocketTest, RemovedNetworkSaysGoodbyeAndIsFoundNoMore) {
@@ -44,14 +44,14 @@ TEST_F(MapSocketTest, RemovedNetworkSaysGoodbyeAndIsFoundNoMore) {
   EXPECT_THAT(eve->Drain(), IsEmpty());
   EXPECT_EQ(server.ActiveCount(), 3U);
 
-  // Who stays keeps the entry and goes on being relayed in it.
+  // Members that stay keep the entry, and their reports are still relayed.
   ann->Send(4, "1,1,1,1,0,0");
   EXPECT_EQ(bob->Receive(), (WireMessage{5, "Ann|1,1,1,1,0,0"}));
   ann->Close();
   EXPECT_TRUE(PumpUntil([this] { return a->CurrentUsers == 1; }));
 }
 
-TEST_F(MapSocketTest, MembersAreWalkedInTheOrderInWhichTheyConnected) {
+TEST_F(MapSocketTest, MembersAreListedInTheOrderOfTheirConnections) {
   TestClient earlier(server.Port());
   TestClient later(server.Port());
   EXPECT_TRUE(later.LogIn("A", "secret", "Later"));
@@ -63,7 +63,7 @@ TEST_F(MapSocketTest, MembersAreWalkedInTheOrderInWhichTheyConnected) {
                           WireMessage{5, "Later|0,0,0,00,0"}));
 }
 
-TEST_F(MapSocketTest, ClosedListenerKeepsItsSessionsUntilItIsGone) {
+TEST_F(MapSocketTest, ClosedListenerKeepsItsSessionsUntilItIsDestroyed) {
   server.listener->Close();
   ann->Send(9, "");
   EXPECT_EQ(ann->Receive(), (WireMessage{9, "0"}));

@@ -15,7 +15,7 @@ using testing::ElementsAre;
 
 class OutboxTest : public SessionTest {
  protected:
-  // A report of the user, as if it had come in the pass that is under way.
+  // A report of the user, as if it had arrived in the current pass.
   void Report(const std::string& user, std::int32_t x) { Report(*server.SessionOf(user), x); }
   void Report(ClientSocket& session, std::int32_t x) {
     session.X = x;
@@ -50,7 +50,7 @@ TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
   EXPECT_THAT(bob->Drain(),
               ElementsAre(Position("Ann", 1), Position("Ann", 4), hello, WireMessage{6, "Ann"},
                           Position("Cat", 7), WireMessage{6, "Cat"}));
-  // Those who were sent away still get what came before.
+  // Closed sessions still get earlier reports.
   for (const WireMessage& message :
        {Position("Bob", 2), hello, Position("Bob", 5), Position("Bob", 6)}) {
     EXPECT_EQ(ann->Receive(), message);
@@ -67,7 +67,7 @@ TEST_F(OutboxTest, ReportsAndEverythingElseReachEachMemberInTheirOrder) {
               ElementsAre(Position("Dan", 3), Position("Dan", 9), WireMessage{9, "0"}));
 }
 
-TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
+TEST_F(OutboxTest, NewMemberMissesEarlierReports) {
   const auto ann = LoggedIn("Ann");
   const auto bob = Greeted();
   Report("Ann", 1);
@@ -75,7 +75,7 @@ TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
   Report("Ann", 2);
   EXPECT_EQ(bob->Receive(), Position("Ann", 2));
 
-  // In one pass, too; and whoever goes elsewhere misses nothing.
+  // Also within one pass; and a member that changes its network misses nothing.
   const auto cat = Greeted();
   Report("Ann", 3);
   Receive(*server.Active(2), 1, "A");
@@ -86,13 +86,13 @@ TEST_F(OutboxTest, WhoeverJoinsMissesWhatWasReportedBefore) {
               ElementsAre(Position("Ann", 3), Position("Ann", 4), WireMessage{2, "OK"}));
 }
 
-TEST_F(OutboxTest, WhoeverTakesANameOrLeavesChangesNothingOfWhatWasReportedBefore) {
+TEST_F(OutboxTest, LoginAndLeaveDoNotChangeEarlierReports) {
   const auto nameless = LoggedIn("");
   const auto bob = Greeted();
   EXPECT_EQ(Ask(*bob, 1, "A"), "OK");
   EXPECT_EQ(Ask(*bob, 2, PasswordDigest("secret")), "OK");
   const auto ann = LoggedIn("Ann");
-  // All in one pass, as the pool of connections has them: nameless, Bob, Ann.
+  // All in one pass. In the pool: nameless, Bob, Ann.
   Report(*server.Active(0), 1);
   Report("Ann", 2);
   Receive(*server.Active(1), 3, "Bob");
@@ -105,7 +105,7 @@ TEST_F(OutboxTest, WhoeverTakesANameOrLeavesChangesNothingOfWhatWasReportedBefor
   EXPECT_EQ(ann->Receive(), std::nullopt);
 }
 
-TEST_F(OutboxTest, MuchIsDeliveredAtOnce) {
+TEST_F(OutboxTest, ManyBytesAreDeliveredAtOnce) {
   const auto ann = LoggedIn(std::string(900'000, 'a'));
   std::vector<std::unique_ptr<TestClient>> others;
   for (const char* name : {"Bob", "Cat", "Dan", "Eve"})
@@ -116,10 +116,10 @@ TEST_F(OutboxTest, MuchIsDeliveredAtOnce) {
   };
   EXPECT_TRUE(isGathered(1));
   EXPECT_FALSE(isGathered(0));
-  EXPECT_TRUE(isGathered(1)) << "what is delivered counts no more";
+  EXPECT_TRUE(isGathered(1)) << "delivered bytes no longer count";
 }
 
-TEST_F(OutboxTest, WhatWasReportedIsOutBeforeTheLoopWaitsOrEnds) {
+TEST_F(OutboxTest, ReportsAreSentBeforeTheLoopWaitsOrEnds) {
   const auto ann = LoggedIn("Ann");
   const auto bob = LoggedIn("Bob");
   const std::pair<const char*, std::function<void()>> ways[] = {
@@ -133,7 +133,7 @@ TEST_F(OutboxTest, WhatWasReportedIsOutBeforeTheLoopWaitsOrEnds) {
   }
 }
 
-TEST_F(OutboxTest, WhoeverEndsItsSideStillGetsWhatWasReportedBefore) {
+TEST_F(OutboxTest, HalfClosedMemberStillGetsEarlierReports) {
   const auto ann = LoggedIn("Ann");
   const auto bob = LoggedIn("Bob");
   bob->EndSending();
@@ -144,7 +144,7 @@ TEST_F(OutboxTest, WhoeverEndsItsSideStillGetsWhatWasReportedBefore) {
   EXPECT_EQ(bob->Receive(), std::nullopt);
 }
 
-TEST_F(OutboxTest, ListenerThatGoesSendsWhatWasReported) {
+TEST_F(OutboxTest, DestroyedListenerSendsReportsFirst) {
   const auto ann = LoggedIn("Ann");
   const auto bob = LoggedIn("Bob");
   Report("Ann", 1);
@@ -155,7 +155,7 @@ TEST_F(OutboxTest, ListenerThatGoesSendsWhatWasReported) {
   EXPECT_EQ(bob->Receive(), std::nullopt);
 }
 
-TEST_F(OutboxTest, ListenerThatGoesLeavesTheLoopNothingToCall) {
+TEST_F(OutboxTest, DestroyedListenerLeavesTheLoopNothingToCall) {
   const auto ann = LoggedIn("Ann");
   Report("Ann", 1);
   server.SessionOf("Ann")->FailForMemory();
@@ -163,10 +163,10 @@ TEST_F(OutboxTest, ListenerThatGoesLeavesTheLoopNothingToCall) {
   FlushNow(server.loop);
 }
 
-TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
+TEST_F(OutboxTest, OnlyMemberGetsEarlierReportsBeforeItIsClosed) {
   auto ann = LoggedIn("Ann");
   const auto session = server.SessionOf("Ann");
-  // Reports of a session that has lost its listener still go to its network.
+  // Reports of a session without a listener still reach its network.
   server.listener->Close();
   server.listener->Listen();
   const auto bob = LoggedIn("Bob");
@@ -175,7 +175,7 @@ TEST_F(OutboxTest, OnlyMemberGetsWhatWasReportedBeforeItIsSentAway) {
   EXPECT_EQ(bob->Receive(), Position("Ann", 1));
 }
 
-// A server whose clients read only when the test has them do so.
+// A server whose clients read only when the test tells them to.
 struct PileUp {
   explicit PileUp(const ConnectionMemory::Limits& limits) : server(0, Rules::Classic(), limits) {
     server.AddNetwork("A");
@@ -196,7 +196,7 @@ struct PileUp {
   std::vector<os::SocketHandle> peers;
 };
 
-TEST(PileUp, HoarderIsCutOffAndNotTheNextToReport) {
+TEST(PileUp, MemberThatDoesNotReadIsCutOffAndNotTheNextSender) {
   constexpr std::size_t kBound = 8'000'000;
   PileUp pileUp({.output = kBound});
   const auto hoarder = pileUp.LogIn("Hoarder");
@@ -208,8 +208,8 @@ TEST(PileUp, HoarderIsCutOffAndNotTheNextToReport) {
   EXPECT_FALSE(hoarder->IsConnected());
 }
 
-// One member reports more than may wait for any of three others.
-TEST(PileUp, SenderWaitsWhileMostWhoReadAreBehind) {
+// One member reports more than the backlog of each of the three others may hold.
+TEST(PileUp, SenderWaitsWhileMostReadersAreBehind) {
   const struct {
     const char* name;
     std::size_t slow, fast, stay;

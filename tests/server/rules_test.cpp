@@ -34,7 +34,7 @@ std::unique_ptr<TestClient> LoggedIn(TestServer& server, const std::string& user
 }
 
 // A client whose password is next.
-std::unique_ptr<TestClient> InFrontOfPassword(TestServer& server) {
+std::unique_ptr<TestClient> BeforePassword(TestServer& server) {
   auto client = std::make_unique<TestClient>(server.Port());
   client->Receive();
   client->Send(1, "A");
@@ -42,14 +42,14 @@ std::unique_ptr<TestClient> InFrontOfPassword(TestServer& server) {
   return client;
 }
 
-// A busy machine does not make it take a connection that is due for one that stays.
+// Waits for the end rather than looking once, since a busy machine may be late.
 std::string ClosedOrNot(const TestClient& client, std::chrono::milliseconds patience = 400ms) {
   for (auto waited = 0ms; waited < patience && !client.IsClosed(); waited += 20ms)
     PumpFor(20ms);
   return client.IsClosed() ? "closed " : "stays ";
 }
 
-// The commands that come until the answer to a question of its own.
+// The commands that arrive before the answer to a question.
 std::string Heard(TestClient& client) {
   client.Send(9, "");
   std::string commands;
@@ -59,7 +59,7 @@ std::string Heard(TestClient& client) {
   return commands;
 }
 
-// Each of these says in a few words what happens under the server's rules.
+// Each of these returns, in a few words, what happens under the server's rules.
 
 std::string MessageWhileSomebodyHasNoNetwork(TestServer& server) {
   TestClient stranger(server.Port());
@@ -73,7 +73,7 @@ std::string MessageWhileSomebodyHasNoNetwork(TestServer& server) {
 }
 
 std::string NewsOfTheNetwork(TestServer& server) {
-  const auto stranger = InFrontOfPassword(server);
+  const auto stranger = BeforePassword(server);
   const auto ann = LoggedIn(server, "Ann");
   const auto bob = LoggedIn(server, "Bob");
   bob->Send(4, "1,2,3,4,0,0");
@@ -96,7 +96,7 @@ std::string NameThatIsMoreThanAName(TestServer& server) {
 std::string NoLogIn(TestServer& server) {
   const auto ann = LoggedIn(server, "Ann");
   const TestClient silent(server.Port());
-  const auto seated = InFrontOfPassword(server);
+  const auto seated = BeforePassword(server);
   std::string outcome = ClosedOrNot(silent, 1500ms);
   outcome += ClosedOrNot(*seated);
   return outcome + ClosedOrNot(*ann) +
@@ -104,7 +104,7 @@ std::string NoLogIn(TestServer& server) {
 }
 
 std::string ManyWhoDoNotLogIn(TestServer& server) {
-  // All at once, so that none is known yet when the last is accepted.
+  // All at once: none is counted yet when the last is accepted.
   std::vector<os::SocketHandle> strangers;
   for (int i = 0; i < 11; ++i) {
     strangers.push_back(os::OpenSocket().handle);
@@ -116,12 +116,12 @@ std::string ManyWhoDoNotLogIn(TestServer& server) {
     os::CloseSocket(stranger);
   EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 1; }));
   EXPECT_EQ(TestClient(server.Port()).Receive(), (WireMessage{1, "Network"}));
-  // What was refused after the first is told together, and then the address is forgotten.
+  // Refusals after the first are reported together; then the address is forgotten.
   EXPECT_TRUE(PumpUntil([&] { return server.listener->Context.addresses.Size() <= 1; }));
-  std::string told;
+  std::string reported;
   for (const std::string& line : server.status)
-    if (line.find("Refused") != std::string::npos) told += line + " ";
-  return std::to_string(stay) + " stay " + told;
+    if (line.find("Refused") != std::string::npos) reported += line + " ";
+  return std::to_string(stay) + " stay " + reported;
 }
 
 std::string ManyWhoLogIn(TestServer& server) {
@@ -133,7 +133,7 @@ std::string ManyWhoLogIn(TestServer& server) {
   return std::to_string(count);
 }
 
-// Their peers read nothing, and so they go on sending when the server has closed them.
+// Their peers read nothing, so the connections are still draining after the server closed them.
 std::string ManyWhoAreClosed(TestServer& server) {
   std::vector<os::SocketHandle> peers;
   for (int i = 0; i < 8; ++i) {
@@ -151,7 +151,7 @@ std::string ManyWhoAreClosed(TestServer& server) {
   return isRefused ? "refused" : "greeted";
 }
 
-// Whether the answer comes later than to somebody who asks later.
+// Whether another client that asks later is answered earlier.
 bool IsKeptWaiting(TestServer& server, TestClient& other, TestClient& guesser,
                    const std::string& password) {
   const std::size_t before = server.status.size();
@@ -165,13 +165,13 @@ std::string WrongPasswords(TestServer& server) {
   const auto other = LoggedIn(server, "Ann", "127.0.0.2");
   std::string kept;
   for (int wrong = 0; wrong <= 8; ++wrong) {
-    // A connection each, so that nothing but the address is remembered.
-    const auto guesser = InFrontOfPassword(server);
+    // A new connection for each guess: only the address can be remembered.
+    const auto guesser = BeforePassword(server);
     const auto begin = std::chrono::steady_clock::now();
     const bool isRight = wrong == 8;
     const bool waits = IsKeptWaiting(server, *other, *guesser, isRight ? "secret" : "guess");
     auto answer = guesser->Receive();
-    while (answer == WireMessage{6, ""})  // the one before has left
+    while (answer == WireMessage{6, ""})  // the previous guesser left
       answer = guesser->Receive();
     EXPECT_EQ(answer, (WireMessage{3, isRight ? "OK" : "FAIL"}));
     if (wrong <= 4 && waits) kept += "too early ";
@@ -179,7 +179,7 @@ std::string WrongPasswords(TestServer& server) {
       kept += std::chrono::steady_clock::now() - begin >= 390ms ? "400 ms " : "too short ";
   }
   EXPECT_TRUE(PumpUntil([&] { return server.listener->Context.addresses.Size() <= 1; }));
-  return kept + (IsKeptWaiting(server, *other, *InFrontOfPassword(server), "x") ? "still" : "");
+  return kept + (IsKeptWaiting(server, *other, *BeforePassword(server), "x") ? "still" : "");
 }
 
 std::string LongMessages(TestServer& server) {
@@ -199,7 +199,7 @@ std::string LongMessages(TestServer& server) {
   return outcome;
 }
 
-// Questions at once, 23 before the log-in and 537 after it: whether the answers are kept back.
+// Whether answers are delayed if 23 questions come at once before the login, and 537 after it.
 std::string FastMessages(TestServer& server) {
   const auto ann = LoggedIn(server, "Ann");
   TestClient stranger(server.Port());
@@ -255,17 +255,17 @@ std::string ManyLines(TestServer& server) {
   for (int i = 0; i < 60; ++i)
     TestClient(server.Port()).Receive();
   EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
-  const auto told = static_cast<int>(server.status.size());
+  const auto lines = static_cast<int>(server.status.size());
   EXPECT_TRUE(PumpUntil([&] { return server.listener->Context.addresses.Size() == 0; }));
-  const std::string left = "127.0.0.1: Lines Left Out (" + std::to_string(120 - told) + ")";
-  if (told == 120) return "all";
-  return told >= 100 && told < 115 && server.status.back() == left ? "bounded"
-                                                                   : server.status.back();
+  const std::string left = "127.0.0.1: Lines Left Out (" + std::to_string(120 - lines) + ")";
+  if (lines == 120) return "all";
+  return lines >= 100 && lines < 115 && server.status.back() == left ? "bounded"
+                                                                     : server.status.back();
 }
 
 std::string SeatsOfStrangers(TestServer& server) {
   server.listener->FindNetwork("A")->MaxUsers = 1;
-  const auto stranger = InFrontOfPassword(server);
+  const auto stranger = BeforePassword(server);
   TestClient ann(server.Port());
   if (!ann.LogIn("A", "secret", "Ann")) return "kept";
   stranger->Send(2, PasswordDigest("secret"));
@@ -273,7 +273,7 @@ std::string SeatsOfStrangers(TestServer& server) {
   return "free";
 }
 
-// One character of a byte, and six hundred of two.
+// A character of one byte, then six hundred of two bytes.
 std::string LongReasons(TestServer& server) {
   const std::string reason = "x" + QString(600, QChar(0xE4)).toStdString();
   const auto ann = LoggedIn(server, "Ann");
@@ -291,7 +291,7 @@ struct RuleRow {
 
 class RulesTest : public testing::TestWithParam<RuleRow> {};
 
-TEST_P(RulesTest, ColumnsDifferInEachRow) {
+TEST_P(RulesTest, EachRuleDiffersBetweenClassicAndHardened) {
   for (const bool isHardened : {false, true}) {
     TestServer server(0, isHardened ? HardenedInAHurry() : Rules::Classic());
     server.AddNetwork("A", "secret", 100);
@@ -333,7 +333,7 @@ TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   EXPECT_EQ(FastMessages(server), "soon soon ");
 }
 
-TEST(Rules, AddressesAreNotRememberedWithoutBound) {
+TEST(Rules, NumberOfRememberedAddressesIsBounded) {
   TestServer server(0, Rules::Hardened());
   AddressTable& addresses = server.listener->Context.addresses;
   for (int i = 0; i < 5 * 10'001; ++i)
@@ -346,7 +346,7 @@ TEST(Rules, AddressesAreNotRememberedWithoutBound) {
   EXPECT_EQ(addresses.PasswordDelay("1"), 30s) << "the longest";
 }
 
-TEST(Rules, WrongPasswordsOfAnEarlierPeriodCountNoMore) {
+TEST(Rules, WrongPasswordsOfAnEarlierPeriodNoLongerCount) {
   TestServer server(0, HardenedInAHurry());
   AddressTable& addresses = server.listener->Context.addresses;
   const auto period = server.listener->Context.rules.period;

@@ -11,7 +11,7 @@
 
 namespace corvane {
 
-// A server with the networks A and B, and clients as far as they got.
+// A server with the networks A and B, and clients at each stage of the login.
 class SessionTest : public testing::Test {
  protected:
   std::unique_ptr<TestClient> Greeted() {
@@ -26,20 +26,20 @@ class SessionTest : public testing::Test {
     return client;
   }
 
-  // Sends a step of logging in; its answer, "OK" or "FAIL".
+  // Sends a login step. Returns its answer, "OK" or "FAIL".
   static std::string Ask(TestClient& client, std::int32_t step, const std::string& payload) {
     client.Send(step, payload);
     const auto answer = client.Receive();
     return answer && answer->command == step + 1 ? answer->payload : "no answer";
   }
 
-  // Has the session queue what its client has sent, and handle nothing of it yet.
+  // Makes the session queue what its client has sent, without handling any of it.
   static void TakeIn(ClientSocket& session) {
     while (!session.IsDue())
       session.Poll();
   }
 
-  // Has the session handle a message inside what is going on.
+  // Makes the session handle a message at once.
   static void Receive(ClientSocket& session, std::int32_t command, std::string_view payload) {
     struct Opened : ClientSocket {
       using ClientSocket::ReceivedMessage;
@@ -52,7 +52,7 @@ class SessionTest : public testing::Test {
   NetworkRef b = server.AddNetwork("B");
 };
 
-// Ann and Bob are logged in to A, Eve to B; Bob has an address of his own.
+// Ann and Bob are logged in to A, Eve to B; Bob has another address.
 class UsersTest : public SessionTest {
  protected:
   UsersTest() { server.status.clear(); }
