@@ -99,13 +99,12 @@ void AddressTable::VisitLater(const std::string& address) {
 void AddressTable::CallAtFirst() {
   if (myIsCalled || myVisits.empty()) return;
   myIsCalled = true;
-  myLoop.CallLater(myVisits.front().time - Clock::now(), myOwner.weak_from_this(), [this] {
-    myIsCalled = false;
-    VisitDue();
-  });
+  myLoop.CallLater(myVisits.front().time - Clock::now(), myOwner.weak_from_this(),
+                   [this] { VisitDue(); });
 }
 
 void AddressTable::VisitDue() {
+  myIsCalled = false;
   const auto now = Clock::now();
   while (!myVisits.empty() && myVisits.front().time <= now) {
     const std::string address = std::move(myVisits.front().address);

@@ -211,7 +211,10 @@ PollLoop::Clock::duration ClientSocket::PasswordWait() {
 
 void ClientSocket::ChooseNetwork(std::string_view name) {
   if (myState == State::LoggedIn) return RefuseNetwork(name);
-  SetNetwork(myParent.FindNetwork(name));
+  if (NetworkRef network = myParent.FindNetwork(name); network != myNetwork) {
+    const Roster::Change change(myContext.roster, *this);
+    myNetwork = std::move(network);
+  }
   const bool hasSeat = mySeat.Take(myNetwork);
   if (!myContext.rules.isSeatTakenBeforePassword) mySeat.Release();
   if (hasSeat) {
@@ -345,12 +348,6 @@ void ClientSocket::SendMembers() {
     myLoop.GiveWay();
   }
   myContext.memberLists.Charge(ProcessorTime() - begin - ExpectedListCost());
-}
-
-void ClientSocket::SetNetwork(NetworkRef network) {
-  if (network == myNetwork) return;
-  const Roster::Change change(myContext.roster, *this);
-  myNetwork = std::move(network);
 }
 
 void ClientSocket::EnterAs(std::string_view userName, std::string folded) {

@@ -158,7 +158,6 @@ class ClientSocket : public EasyTCPSocket {
   // Whether the rules allow the user name.
   bool MayBeTaken(std::string_view userName) const;
 
-  void SetNetwork(NetworkRef network);
   // Logs in under the name.
   void EnterAs(std::string_view userName, std::string folded);
   // Adds a status line, if the rules allow its address one more.

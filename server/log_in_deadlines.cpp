@@ -15,13 +15,11 @@ void LogInDeadlines::CallAtFirst() {
   if (myIsCalled || myWaiting.empty()) return;
   myIsCalled = true;
   const auto left = myWaiting.begin()->second.end - PollLoop::Clock::now();
-  myLoop.CallLater(left, myOwner.weak_from_this(), [this] {
-    myIsCalled = false;
-    CloseDue();
-  });
+  myLoop.CallLater(left, myOwner.weak_from_this(), [this] { CloseDue(); });
 }
 
 void LogInDeadlines::CloseDue() {
+  myIsCalled = false;
   const auto now = PollLoop::Clock::now();
   while (!myWaiting.empty() && myWaiting.begin()->second.end <= now) {
     ClientSocket* const session = myWaiting.begin()->second.session;

@@ -35,15 +35,24 @@ void Outbox::Deliver(const Members& members) {
   Clear();
 }
 
-bool Outbox::DeliverTo(const Members& members) {
-  try {
-    const Slice all = myWriter.Append(myBytes);
-    if (all.Size() < myBytes.size()) return false;
-    DeliverTo(members, all);
-    return true;
-  } catch (const std::bad_alloc&) {
-    return false;
+bool Outbox::DeliverTo(const Members& members) try {
+  const Slice all = myWriter.Append(myBytes);
+  if (all.Size() < myBytes.size()) return false;
+  const std::vector<const ClientSocket*> senders = Senders();
+  auto next = senders.begin();
+  for (const std::shared_ptr<ClientSocket>& member : members) {
+    while (next != senders.end() && (*next)->HandOffNumber() < member->HandOffNumber())
+      ++next;
+    const bool isSender = next != senders.end() && *next == member.get();
+    if (isSender || myIsNameShared) {
+      SendOthers(*member, all);
+    } else {
+      member->SendPackets(all);
+    }
   }
+  return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 bool Outbox::AreMostBehind(const Members& members) {
@@ -70,21 +79,6 @@ void Outbox::HoldSenders() const {
     if (packet.sender->Relayed < kBytesBetweenLooks) continue;
     packet.sender->Relayed = 0;
     packet.sender->AwaitReaders();
-  }
-}
-
-void Outbox::DeliverTo(const Members& members, const Slice& all) const {
-  const std::vector<const ClientSocket*> senders = Senders();
-  auto next = senders.begin();
-  for (const std::shared_ptr<ClientSocket>& member : members) {
-    while (next != senders.end() && (*next)->HandOffNumber() < member->HandOffNumber())
-      ++next;
-    const bool isSender = next != senders.end() && *next == member.get();
-    if (isSender || myIsNameShared) {
-      SendOthers(*member, all);
-    } else {
-      member->SendPackets(all);
-    }
   }
 }
 

@@ -46,8 +46,6 @@ class Outbox {
 
   // False if there is no memory.
   bool DeliverTo(const Members& members);
-  // `all` are the bytes of all packets.
-  void DeliverTo(const Members& members, const Slice& all) const;
   // The senders of the packets in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
   // Makes the senders of many bytes since their last wait, wait.
