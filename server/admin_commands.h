@@ -14,12 +14,12 @@ class BanList;
 class ClientSocket;
 struct SessionContext;
 
-// What administrators of a network ask and command (9 to 14), for one session, which owns this.
-// Borrows that session and what sessions share. Only a session that is logged in may call it.
+// Administrators' commands (9 to 14) of one session, which owns this: decides whether its user is
+// an administrator of its network, delays what costs much and carries out the rest. Borrows the
+// session, which has to be logged in, and what sessions share.
 //
-// Limits: costly questions and lists take a tenth of the processor's time, for each session and
-// for all sessions together whose names make questions costly; until earlier ones are paid for the
-// next command waits.
+// Limits: costly commands of a session take at most a tenth of the time, and so do those of all
+// sessions together whose names make the question to the database costly (CostGate).
 class AdminCommands {
  public:
   AdminCommands(ClientSocket& session, SessionContext& context, ConnectionMemory& memory);
@@ -29,11 +29,11 @@ class AdminCommands {
   // False when the query fails.
   bool IsAdmin();
 
-  // How long a command has to wait; zero for any but 9 to 14. Waiting for the list of bans reads
-  // some of it at each call.
+  // How long a command has to wait; zero for any but 9 to 14. For the list of bans (13) each call
+  // reads some of it.
   PollLoop::Clock::duration MustWait(std::int32_t command);
 
-  // Carries out a command from 10 to 14 for an administrator; ignores it for anybody else.
+  // Carries out a command from 10 to 14 if the user is an administrator. Ignores all others.
   void Handle(std::int32_t command, std::string_view data);
 
  private:

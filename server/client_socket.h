@@ -30,17 +30,18 @@ struct ClientLocation;
 //
 // States: see State. Messages wait in Greeting, which ends in WaitingNetwork or, for a banned
 // address, in Refused. Until the login is complete a step may be tried again and decides again; one
-// out of turn is answered "FAIL" and changes nothing. Other commands count only when LoggedIn.
+// out of turn is answered "FAIL" and changes nothing. Commands 4, 5 and 10 to 14 count only when
+// LoggedIn.
 //
 // A session leaves exactly once, however its connection ends: its logout is raised, its network is
 // notified, its seat is given back.
 //
-// Re-entrancy: no event of a session is raised while one of its handlers runs. What walks over
-// members (relay of a leave, list of members) gives way to the other sessions.
+// Re-entrancy: no event of a session is raised while one of its handlers runs. Walks over members
+// (to notify them of its leaving, to list them) give way to other sessions.
 //
-// Limits: those of the rules. Besides, failed login steps delay the next message, a report waits up
-// to a second for most of its recipients to read, lists of members take turns (Turns), and
-// administrators' commands are paid for (AdminCommands).
+// Limits: those of the rules. From the eleventh failed login step on the next message waits up to
+// 250 ms, a report waits up to a second for most of its recipients to read, lists of members take
+// turns (Turns), and the cost of administrators' commands delays the next one (AdminCommands).
 class ClientSocket : public EasyTCPSocket {
  public:
   enum class State {
@@ -50,7 +51,7 @@ class ClientSocket : public EasyTCPSocket {
     WaitingPassword,  // command 2 is next
     WaitingUserName,  // command 3 is next
     LoggedIn,
-    Refused,  // a banned address: nothing is answered any more
+    Refused,  // a banned address: its messages are ignored
     Gone
   };
 

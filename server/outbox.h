@@ -48,14 +48,14 @@ class Outbox {
   bool DeliverTo(const Members& members);
   // The senders of the packets in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
-  // Makes the senders of many bytes since their last wait, wait.
+  // Makes senders wait if many of their bytes were relayed since they last had to.
   void HoldSenders() const;
   void SendOthers(ClientSocket& member, const Slice& all) const;
   void Clear();
 
   std::string myBytes;
   std::vector<Packet> myPackets;
-  // Whether a member may have the name of another's sender: then names are compared, not sessions.
+  // Whether a sender may share its name with another member: then names are compared, not sessions.
   bool myIsNameShared = false;
   std::size_t mySinceLook = 0;  // bytes delivered since the last look at the members
   std::chrono::steady_clock::time_point myNextLook;

@@ -15,8 +15,8 @@ namespace corvane {
 
 class LocationLookup;
 
-// What all sessions of a listener share. Owned by the listener; borrows the loop, the database and
-// the location lookup.
+// What all sessions of a listener share: rules, tables, the roster, and the bounds on what sessions
+// cost together. Owned by the listener; borrows the loop, the database and the location lookup.
 struct SessionContext {
   SessionContext(PollLoop& loop, SocketCore& listener, DatabaseConnection& serverdb,
                  LocationLookup& lookup, Rules rulesInForce)

@@ -61,7 +61,7 @@ std::string Heard(TestClient& client) {
 
 // Each of these returns, in a few words, what happens under the server's rules.
 
-std::string MessageWhileSomebodyHasNoNetwork(TestServer& server) {
+std::string MessageWhileAClientHasNoNetwork(TestServer& server) {
   TestClient stranger(server.Port());
   const auto ann = LoggedIn(server, "Ann");
   try {
@@ -300,7 +300,7 @@ TEST_P(RulesTest, EachRuleDiffersBetweenClassicAndHardened) {
 }
 
 constexpr RuleRow kRuleRows[] = {
-    {"message", MessageWhileSomebodyHasNoNetwork, "ends the program", "Ann 998 stranger 1 "},
+    {"message", MessageWhileAClientHasNoNetwork, "ends the program", "Ann 998 stranger 1 "},
     {"news", NewsOfTheNetwork, "Ann 5 998 6 999 stranger 5 998 6 999 ",
      "Ann 5 998 6 999 stranger "},
     {"values", NameThatIsMoreThanAName, "1", "0"},
