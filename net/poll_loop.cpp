@@ -15,7 +15,7 @@ constexpr auto kSlice = 4ms;                              // between two turns o
 constexpr auto kHandlerPatience = 2ms;                    // before a handler's loop gives way
 constexpr unsigned kGiveWayStride = 64;                   // elements between two looks at the clock
 constexpr unsigned kPollStride = 8;                       // messages between two looks at the clock
-constexpr std::chrono::microseconds kLongestWait = 10ms;  // between two looks at a wait's condition
+constexpr std::chrono::milliseconds kLongestWait = 10ms;  // between two looks at a wait's condition
 constexpr std::size_t kScratchBytes = 64 * 1024;
 constexpr auto kFinishPatience = 2s;    // for output, before the end
 constexpr auto kStuckPatience = 500ms;  // the same while none of it moves
@@ -77,14 +77,14 @@ void PollLoop::RunSlice() {
 
 bool PollLoop::RunPass(Clock::time_point end) {
   if (myIsStopped) return false;
-  CollectReady(0us);
+  CollectReady(0ms);
   bool worked = RunEventPasses(myPending, end);
   // Thousands may end at once, and each has a network to tell: the living come first.
   worked = RunEventPasses(myEnding, end) || worked;
   return DispatchMessages(end) || worked;
 }
 
-void PollLoop::CollectReady(std::chrono::microseconds patience) {
+void PollLoop::CollectReady(std::chrono::milliseconds patience) {
   for (const Poller::Ready& ready : myPoller.Wait(patience)) {
     SocketCore* const socket = myWatched.Find(ready.token);
     if (socket == nullptr) continue;  // it was closed after the system noted the readiness
@@ -198,7 +198,7 @@ void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point de
     // Inside a nested step nobody else is served, but readiness is still noted.
     if (!myIsNested && NestedStep()) continue;
     const auto patience = std::min<Clock::duration>(left, kLongestWait);
-    CollectReady(std::chrono::ceil<std::chrono::microseconds>(patience));
+    CollectReady(std::chrono::ceil<std::chrono::milliseconds>(patience));
   }
 }
 

@@ -92,7 +92,7 @@ class PollLoop {
   bool NestedStep();
   // Sends what was written, until the time at the latest.
   void Flush(Clock::time_point end);
-  void CollectReady(std::chrono::microseconds patience);
+  void CollectReady(std::chrono::milliseconds patience);
   bool HasWork() const {
     return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myUnsent.empty() ||
            myBeforeFlush != nullptr;

@@ -36,7 +36,7 @@ class Poller {
   void Quiet();
 
   // What is ready now, waiting so long for the first. Valid until the next call.
-  std::span<const Ready> Wait(std::chrono::microseconds patience);
+  std::span<const Ready> Wait(std::chrono::milliseconds patience);
 
  private:
   struct System;

@@ -30,10 +30,7 @@ struct Poller::System {
   System(const System&) = delete;
   System& operator=(const System&) = delete;
 
-  int Collect(std::chrono::microseconds patience);
-
   int descriptor;
-  bool hasFineTimeouts = true;
   QSocketNotifier notifier;
   std::array<epoll_event, 512> events;
   std::vector<Ready> ready;
@@ -60,31 +57,16 @@ void Poller::Quiet() {
   mySystem->notifier.setEnabled(false);
 }
 
-// How many of `events` were filled. Throws where the system refuses to tell.
-int Poller::System::Collect(std::chrono::microseconds patience) {
-  const int most = static_cast<int>(events.size());
-  int count = -1;
-  if (hasFineTimeouts) {
-    const timespec timeout{static_cast<time_t>(patience / 1s), (patience % 1s) / 1ns};
-    count = epoll_pwait2(descriptor, events.data(), most, &timeout, nullptr);
-    // Kernels before 5.11 do not know the call, containers may forbid it.
-    hasFineTimeouts = count >= 0 || (errno != ENOSYS && errno != EPERM);
-  }
-  if (!hasFineTimeouts) {
-    const auto timeout = std::chrono::ceil<std::chrono::milliseconds>(patience);
-    count = epoll_wait(descriptor, events.data(), most, static_cast<int>(timeout.count()));
-  }
-  if (count >= 0) return count;
-  if (errno == EINTR) return 0;
-  throw std::system_error(errno, std::generic_category(), "epoll_wait");
-}
-
-std::span<const Poller::Ready> Poller::Wait(std::chrono::microseconds patience) {
+std::span<const Poller::Ready> Poller::Wait(std::chrono::milliseconds patience) {
   mySystem->ready.clear();
   const int most = static_cast<int>(mySystem->events.size());
   int count = most;
   while (count == most) {
-    count = mySystem->Collect(std::exchange(patience, 0us));
+    count = epoll_wait(mySystem->descriptor, mySystem->events.data(), most,
+                       static_cast<int>(std::exchange(patience, 0ms).count()));
+    if (count < 0 && errno != EINTR) {
+      throw std::system_error(errno, std::generic_category(), "epoll_wait");
+    }
     for (int i = 0; i < count; ++i) {
       const epoll_event& event = mySystem->events[static_cast<std::size_t>(i)];
       const bool hungUp = (event.events & (EPOLLRDHUP | EPOLLHUP | EPOLLERR)) != 0;

@@ -132,12 +132,11 @@ void Poller::Quiet() {
   mySystem->wake.stop();
 }
 
-std::span<const Poller::Ready> Poller::Wait(std::chrono::microseconds patience) {
+std::span<const Poller::Ready> Poller::Wait(std::chrono::milliseconds patience) {
   mySystem->TakeMessages();
-  // The system counts in milliseconds, so that shorter patience is none.
-  const auto milliseconds = std::chrono::floor<std::chrono::milliseconds>(patience).count();
-  if (mySystem->arrived.empty() && milliseconds > 0) {
-    MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(milliseconds), QS_POSTMESSAGE);
+  if (mySystem->arrived.empty() && patience.count() > 0) {
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(patience.count()),
+                              QS_POSTMESSAGE);
     mySystem->TakeMessages();
   }
   if (mySystem->arrived.size() >= kQueueMayHaveBeenFull) mySystem->NoteAll();
