@@ -6,11 +6,6 @@
 #include <new>
 
 namespace corvane {
-namespace {
-
-constexpr std::size_t kLargestRoom = BufferPool::kLargestKept - sizeof(Block);
-
-}  // namespace
 
 Block::Ref Block::Make(BufferPool& pool, std::size_t room) {
   BufferPool::Buffer buffer = pool.Take(sizeof(Block) + room);
@@ -43,12 +38,12 @@ Slice CopyToBlock(BufferPool& pool, std::string_view bytes) {
 }
 
 Slice BlockWriter::Append(std::string_view bytes) {
-  if (bytes.size() > kLargestRoom) return CopyToBlock(*myPool, bytes);
+  if (bytes.size() > kLargestPooled) return CopyToBlock(*myPool, bytes);
   if (myBlock && myBlock->IsUnshared()) myBlock->Rewind();
   if (!myBlock || myBlock->Room() < bytes.size()) {
     // Larger each time: somebody is behind and will hold many.
     const std::size_t twice = myBlock ? 2 * (myBlock->Used() + myBlock->Room()) : 0;
-    myBlock = Block::Make(*myPool, std::max(bytes.size(), std::min(twice, kLargestRoom)));
+    myBlock = Block::Make(*myPool, std::max(bytes.size(), std::min(twice, kLargestPooled)));
     if (!myBlock) return {};
   }
   const std::size_t begin = myBlock->Used();

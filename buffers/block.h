@@ -88,14 +88,18 @@ struct Slice {
 Slice CopyToBlock(BufferPool& pool, std::string_view bytes);
 
 // Appends to blocks and gives out what was appended. Begins a new block where the last has no room;
-// writes the last one anew when nobody else refers to it. What is larger than a pool keeps gets a
-// block of its own.
+// writes the last one anew when nobody else refers to it.
 class BlockWriter {
  public:
+  // What is larger gets a block of its own.
+  static constexpr std::size_t kLargestPooled = BufferPool::kLargestKept - sizeof(Block);
+
   explicit BlockWriter(BufferPool& pool) : myPool(&pool) {}
 
   // The bytes as one piece; of no bytes when the system has no memory for them.
   Slice Append(std::string_view bytes);
+  // Lets go of the last block.
+  void Reset() { myBlock.Reset(); }
 
  private:
   BufferPool* myPool;

@@ -6,8 +6,6 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kSmallRoom = BufferPool::kSmallest - sizeof(Block);
-constexpr std::size_t kLargeRoom = BufferPool::kLargestKept - sizeof(Block);
 // Behind other bytes, a slice of fewer is copied: that costs less than to send a piece more, and
 // little memory is held by many slices.
 constexpr std::size_t kWorthSharing = 512;
@@ -16,23 +14,12 @@ constexpr std::size_t kMostKeptSlices = 16;  // room for the next ones
 }  // namespace
 
 bool OutputQueue::Append(std::string_view bytes) {
-  if (bytes.size() >= kLarge) {
-    const Slice copy = CopyToBlock(*myPool, bytes);
-    if (copy.Size() != 0) Push(copy);
-    return copy.Size() != 0;
-  }
+  const std::size_t longest = bytes.size() < kLarge ? BlockWriter::kLargestPooled : bytes.size();
   while (!bytes.empty()) {
-    if (!myOwn || myOwn->Room() == 0) {
-      // Whoever is behind already gets large blocks, of which there are few.
-      const std::size_t room = IsEmpty() ? kSmallRoom : kLargeRoom;
-      myOwn = Block::Make(*myPool, std::clamp(bytes.size(), room, kLargeRoom));
-      if (!myOwn) return false;
-    }
-    const std::size_t begin = myOwn->Used();
-    const std::size_t count = std::min(bytes.size(), myOwn->Room());
-    myOwn->Append(bytes.substr(0, count));
-    Push({myOwn, begin, begin + count});
-    bytes.remove_prefix(count);
+    const Slice copy = myWriter.Append(bytes.substr(0, longest));
+    if (copy.Size() == 0) return false;
+    Push(copy);
+    bytes.remove_prefix(copy.Size());
   }
   return true;
 }
@@ -91,7 +78,7 @@ void OutputQueue::Clear() {
   myFirst = 0;
   mySize = 0;
   myLargeSize = 0;
-  myOwn.Reset();
+  myWriter.Reset();
 }
 
 }  // namespace corvane

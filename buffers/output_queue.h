@@ -11,12 +11,12 @@ namespace corvane {
 
 // What a connection was given to send and has not sent yet: slices of blocks, in order. Growing
 // moves nothing, however much there is, and what many connections were given stands in memory once.
-// Borrows its pool and holds memory only while there are bytes.
+// Holds memory of the pool only while there are bytes.
 class OutputQueue {
  public:
   static constexpr std::size_t kLarge = std::size_t{1} << 20;
 
-  explicit OutputQueue(BufferPool& pool) : myPool(&pool) {}
+  explicit OutputQueue(BufferPool& pool) : myWriter(pool) {}
 
   bool IsEmpty() const { return mySize == 0; }
   std::size_t Size() const { return mySize; }
@@ -40,12 +40,11 @@ class OutputQueue {
   bool ContinuesLast(const Slice& slice) const;
   void Push(const Slice& slice);
 
-  BufferPool* myPool;
   std::vector<Slice> mySlices;
   std::size_t myFirst = 0;  // of the slices that are left
   std::size_t mySize = 0;
   std::size_t myLargeSize = 0;  // of it, in large messages
-  Block::Ref myOwn;             // what copies go into
+  BlockWriter myWriter;         // of copies
 };
 
 }  // namespace corvane
