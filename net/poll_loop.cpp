@@ -2,7 +2,8 @@
 
 #include <algorithm>
 
-#include "net/scoped_flag.h"
+#include <QScopedValueRollback>
+
 #include "net/socket_core.h"
 #include "net/tcp_socket.h"
 
@@ -62,7 +63,7 @@ void PollLoop::ScheduleSlice() {
 void PollLoop::RunSlice() {
   if (myIsInSlice || myIsStopped) return;
   try {
-    const ScopedFlag inSlice(myIsInSlice);
+    const QScopedValueRollback inSlice(myIsInSlice, true);
     const auto end = Clock::now() + kSlice;
     while (RunPass(end) && Clock::now() < end) {
     }
@@ -182,7 +183,7 @@ void PollLoop::GiveWay() {
 }
 
 bool PollLoop::NestedStep() {
-  const ScopedFlag nested(myIsNested);
+  const QScopedValueRollback nested(myIsNested, true);
   const bool worked = RunPass(Clock::now() + kSlice);
   RunBeforeFlush();
   Flush(Clock::now() + kSlice);

@@ -5,9 +5,10 @@
 #include <chrono>
 #include <utility>
 
+#include <QScopedValueRollback>
+
 #include "net/descriptor_limit.h"
 #include "net/poll_loop.h"
-#include "net/scoped_flag.h"
 #include "net/tcp_socket.h"
 
 namespace corvane {
@@ -93,7 +94,7 @@ void ServerSocket::Fail(int error) {
 
 void ServerSocket::FillStep() {
   if (myIsFilling) return;
-  const ScopedFlag filling(myIsFilling);
+  const QScopedValueRollback filling(myIsFilling, true);
   if (!myPool.isFilled) {
     AddSockets(myPool.Minimum() + kBatch);
     myPool.isFilled = true;

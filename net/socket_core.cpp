@@ -15,7 +15,7 @@ SocketCore::~SocketCore() {
 void SocketCore::EventPass() {
   const ScopedFlag handler = BeginHandler();
   try {
-    const ScopedFlag inPass(myIsInPass);
+    const ScopedFlag inPass(myIsInPass, true);
     Advance();
     if (Take(kConnected)) Event_Connected();
     if (Take(kDataAvailable)) Event_DataAvailable();

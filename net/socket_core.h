@@ -4,9 +4,10 @@
 #include <memory>
 #include <optional>
 
+#include <QScopedValueRollback>
+
 #include "net/os_socket.h"
 #include "net/poller.h"
-#include "net/scoped_flag.h"
 #include "platform/network_interfaces.h"
 
 namespace corvane {
@@ -44,7 +45,8 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   };
 
   // While the result exists, a handler of the socket is on the stack.
-  [[nodiscard]] ScopedFlag BeginHandler() { return ScopedFlag(myIsBusy); }
+  using ScopedFlag = QScopedValueRollback<bool>;
+  [[nodiscard]] ScopedFlag BeginHandler() { return ScopedFlag(myIsBusy, true); }
 
   explicit SocketCore(PollLoop& loop) : myLoop(loop) {}
 
