@@ -132,13 +132,15 @@ void EasyTCPSocket::EndDelay() {
   EndByPeer();
 }
 
-void EasyTCPSocket::_Poll() {
+bool EasyTCPSocket::_Poll() {
+  if (!IsDue()) return false;
   const ScopedFlag handler = BeginHandler();
   try {
     FireEvents();
   } catch (const std::bad_alloc&) {
     RunOutOfMemory();
   }
+  return true;
 }
 
 void EasyTCPSocket::FireEvents() {

@@ -52,8 +52,8 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   void Write(std::string_view bytes) override;
 
   // Queued messages, each delivered by one poll.
-  void _Poll() override;
-  bool IsDue() const override { return HasQueued() && !IsBusy(); }
+  bool _Poll() override;
+  bool IsDue() const { return HasQueued() && !IsBusy(); }
   bool StaysQueued() override { return myIsQueued = HasQueued(); }
 
  protected:

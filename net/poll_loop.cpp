@@ -121,11 +121,8 @@ bool PollLoop::DispatchMessages(Clock::time_point end) {
   for (std::size_t count = myQueued.size(); count > 0 && !myQueued.empty(); --count) {
     std::shared_ptr<_Pollable> pollable = std::move(myQueued.front());
     myQueued.pop_front();
-    if (pollable->IsDue()) {
-      myHandlerStart.reset();
-      pollable->_Poll();
-      worked = true;
-    }
+    myHandlerStart.reset();
+    worked = pollable->_Poll() || worked;
     if (pollable->StaysQueued()) myQueued.push_back(std::move(pollable));
     const bool looksAtClock = worked && count % kPollStride == 0;
     if (myIsStopped || (looksAtClock && Clock::now() >= end)) break;

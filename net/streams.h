@@ -35,10 +35,9 @@ class _Pollable {
  public:
   virtual ~_Pollable() = default;
 
-  // Delivers one thing that is queued.
-  virtual void _Poll() = 0;
-  // Whether a poll would deliver something now: not while one of its handlers is on the stack.
-  virtual bool IsDue() const = 0;
+  // Delivers one thing that is queued, except while one of its handlers is on the stack; whether
+  // it did.
+  virtual bool _Poll() = 0;
   // Asked after every poll: whether it stays on the loop's list. It is off the list from a no on.
   virtual bool StaysQueued() = 0;
 };
