@@ -167,11 +167,11 @@ void EasyTCPSocket::StopDispatching() {
   myIsDispatching = false;
   myIsHeld = false;
   myEndSeen.reset();
-  DropInput();
+  Purge();
 }
 
-void EasyTCPSocket::DropInput() {
-  TCPSocket::DropInput();
+void EasyTCPSocket::Purge() {
+  TCPSocket::Purge();
   mEvents.Clear();
 }
 

@@ -44,6 +44,8 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   bool WaitForConnection(std::int32_t timeoutSeconds);
 
   void Close() override;
+  // Drops messages that wait for delivery, too.
+  void Purge() override;
   std::size_t InputHeld() const override { return TCPSocket::InputHeld() + mEvents.Capacity(); }
 
   // Refused: each throws RuntimeException.
@@ -82,7 +84,6 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   void Event_Connected() override;
   void Event_DataAvailable() override { ProcessData(); }
   void Event_Error() override;
-  void DropInput() override;
   bool HoldsInput() const override { return !mEvents.IsEmpty(); }
 
  private:

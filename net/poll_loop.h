@@ -24,44 +24,48 @@ namespace corvane {
 class SocketCore;
 class TCPSocket;
 
-// Runs all sockets of the program inside Qt's event loop, one pass at a time: it asks which
-// sockets are ready, runs the event pass of each, lets every connection with queued messages
-// deliver one of them, and, when nothing is left to do or the slice is over, flushes what was
-// written. Passes repeat while there is work, for a slice of a few milliseconds; then Qt gets its
-// turn, and the next slice goes on where this one stopped. Needs a QCoreApplication. Outlives every
-// socket that was made with it.
+// Runs all sockets of the program on one thread, inside Qt's event loop.
 //
-// Re-entrancy: no pass runs inside another, except the single nested step of GiveWay and of
-// WaitUntil. Handlers must not run a nested Qt event loop.
+// A pass asks which sockets are ready, runs the event pass of each, and lets every connection with
+// queued messages deliver one. A slice repeats passes while they find work, for 4 ms, then sends
+// what was written, for as long at most; what is left waits for the next slice, after Qt's turn.
+//
+// Owns the poller, the memory of all connections and the delayed calls; keeps a socket alive only
+// while it has work for it. Needs a QCoreApplication, and outlives every socket that was made with
+// it.
+//
+// Re-entrancy: no pass runs inside another, except for the nested one of GiveWay and WaitUntil,
+// which is one level deep and leaves out sockets whose handlers are on the stack. Handlers must not
+// run a nested Qt event loop.
+// Errors: std::bad_alloc ends the connection whose handler threw it. Anything else that a handler
+// throws ends the slice and goes to `unhandled`.
 class PollLoop {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // `unhandled` is called inside the catch block of an error that no handler caught.
+  // `unhandled` is called inside the catch block.
   explicit PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limits& limits = {});
   ~PollLoop();
   PollLoop(const PollLoop&) = delete;
   PollLoop& operator=(const PollLoop&) = delete;
 
-  // To be called once per element by a loop over connections. Once such a loop has run for 2 ms,
-  // runs what is pending on the other sockets; otherwise, and inside such a step, does nothing.
+  // Call once per element in a loop over connections. After 2 ms in one handler it runs a nested
+  // pass; before, and inside such a pass, it does nothing.
   void GiveWay();
 
-  // Serves all sockets but those whose handlers are on the stack until `done` returns true (asked
-  // after every pass) or the deadline has passed.
+  // Runs nested passes until `done` returns true (asked after each) or the deadline has passed.
+  // Sends what was written first.
   void WaitUntil(const std::function<bool()>& done, Clock::time_point deadline);
 
-  // Ends it all, for good: no pass runs any more, what is written goes on being sent as long as
-  // peers take it, for two seconds at most, and all connections and listeners are closed. No event
-  // tells of it.
+  // Ends it all, for good: no pass runs any more, written bytes are sent while peers take them, for
+  // 2 s at most, and all connections and listeners are closed. Raises no event.
   void Finish();
 
-  // Calls the function once: before the next flush, before the next write to any connection, or
-  // before one takes nothing more, whichever comes first. It writes what was gathered for many
-  // peers, so that each gets the same bytes in the same order as if nothing had been gathered. One
-  // function waits at a time: a second request runs the first.
+  // Calls the function once, before the next flush, the next write to any connection, or the end of
+  // one, whichever comes first. So what was coalesced for many peers reaches each in the order in
+  // which it would if it were written at once. One function waits at a time: another call runs the
+  // first. Call RunBeforeFlush before anything that the function borrows is destroyed.
   void CallBeforeFlush(std::function<void()> function);
-  // Runs the function that waits, if there is one. What it borrows has it run before it goes.
   void RunBeforeFlush() {
     if (myBeforeFlush) std::exchange(myBeforeFlush, nullptr)();
   }
@@ -72,32 +76,37 @@ class PollLoop {
   ConnectionMemory& Memory() { return myMemory; }
   Traffic& Counted() { return myTraffic; }
 
-  // For the sockets.
+  // The rest is for the sockets.
+
+  // Watch makes the poller report the socket's descriptor; it returns the system's error code, 0
+  // for success. Call Unwatch before the descriptor is closed; harmless if it is not watched.
   int Watch(SocketCore& socket);
   void Unwatch(SocketCore& socket);
+  // Each puts the socket on a list, which keeps it alive, and makes sure that a slice comes. A
+  // pollable stays on its list until StaysQueued() returns false; do not request it before.
   void RequestPass(SocketCore& socket);
   void RequestDispatch(std::shared_ptr<_Pollable> pollable);
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
-  // Memory to receive into; its content is anybody's as soon as other code runs.
+  // Memory to receive into, shared by all: valid until other code runs.
   std::span<char> Scratch() { return myScratch; }
 
  private:
-  void Stop();
-  void RunSlice();
   void ScheduleSlice();
-  // These return whether there was anything to do.
+  void RunSlice();
+  // These stop at the time, and return whether there was anything to do.
   bool RunPass(Clock::time_point end);
   bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
   bool DispatchMessages(Clock::time_point end);
   bool NestedStep();
-  // Sends what was written, until the time at the latest.
-  void Flush(Clock::time_point end);
   void CollectReady(std::chrono::milliseconds patience);
+  void Flush(Clock::time_point end);
+  void Stop();
+  // Sends on while any peer takes something.
+  void SendRest();
   bool HasWork() const {
     return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myUnsent.empty() ||
            myBeforeFlush != nullptr;
   }
-  void SendRest();
 
   std::function<void()> myUnhandled;
   Poller myPoller;
@@ -108,9 +117,9 @@ class PollLoop {
   std::vector<char> myScratch;
   Traffic myTraffic;
 
-  std::deque<std::shared_ptr<SocketCore>> myPending;
-  std::deque<std::shared_ptr<SocketCore>> myEnding;  // the same for those whose peer has ended
-  std::deque<std::shared_ptr<_Pollable>> myQueued;
+  std::deque<std::shared_ptr<SocketCore>> myPending;  // whose event pass is due
+  std::deque<std::shared_ptr<SocketCore>> myEnding;   // the same for those whose peer has ended
+  std::deque<std::shared_ptr<_Pollable>> myQueued;    // with messages to dispatch
   std::function<void()> myBeforeFlush;
   std::deque<std::shared_ptr<TCPSocket>> myUnsent;  // written to since their last send
 

@@ -44,6 +44,7 @@ void TCPSocket::Listen() {
 
 void TCPSocket::Begin(State state) {
   Close();
+  EndConnection();
   ForgetLastConnection();
   const int error =
       state == State::Listening ? OpenToListen(LocalInterface, Port, 1) : OpenToConnect();
@@ -158,7 +159,7 @@ void TCPSocket::Fail(int error) {
 }
 
 void TCPSocket::FailForMemory() {
-  DropInput();
+  Purge();
   if (myState == State::Draining) return EndConnection();
   Fail(os::kNoBuffers);
 }
@@ -195,7 +196,7 @@ void TCPSocket::Close() {
 
 void TCPSocket::Drain() {
   myState = State::Draining;
-  DropInput();
+  Purge();
   ClearPending(kConnected | kDataAvailable | kSendComplete | kSendProgress | kError);
   KeepAlive();
   CheckDrain(0);
@@ -232,10 +233,6 @@ void TCPSocket::EndConnection() {
   myToleratesFullPeer = false;
   ClearPending(kConnected | kDataAvailable | kSendComplete | kSendProgress | kError);
   CloseDescriptor();
-}
-
-std::uint16_t TCPSocket::LocalPort() const {
-  return Handle() == os::kNoSocket ? std::uint16_t{0} : os::LocalEndpoint(Handle()).port;
 }
 
 std::string TCPSocket::Read(std::size_t count) {

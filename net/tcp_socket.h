@@ -17,14 +17,21 @@ namespace corvane {
 
 class ServerSocket;
 
-// One TCP connection over IPv4, asynchronous: what is written is sent later, what has arrived is
-// announced by an event. Handed out by a listener, or connected by Connect or Listen.
+// One TCP connection over IPv4: a stream of bytes. A listener hands it an accepted connection, or
+// Connect or Listen opens one. Written bytes leave when the loop flushes; arrived bytes wait to be
+// read. Owns its descriptor, input and output; borrows the loop. Made with std::make_shared.
 //
-// States: closed, connecting or listening for its one peer, connected, ended by the peer or failed
-// (until Error was raised), closed again. A closed one can be used anew; in the background it goes
-// on sending what it holds, until all is out or nothing has moved for some seconds.
-// Limits: PollLoop's bounds on memory; a connection over them fails with the system's "no buffer
-// space" code. An orderly end by the peer is the "connection reset" code.
+// States: closed -> connecting, or listening for one peer -> connected -> ended by the peer, or
+// failed -> closed. Connect and Listen start over from any state. A socket that is closed with
+// output left drains: it keeps itself alive and goes on sending until all is out, nothing has moved
+// for Limits::drain, or Connect, Listen or Close is called again.
+//
+// Events come from the loop's passes, in the order of SocketCore, and never from inside a call but
+// Poll. Error comes once, and the socket is closed when its handler returns; a Close of our own
+// raises no event. LastErrorCode is then the system's code: "connection reset" also for an orderly
+// end by the peer, "no buffer space" for a connection over a limit.
+//
+// Limits: ConnectionMemory::Limits. Output goes on to a peer that has ended its sending.
 class TCPSocket : public SocketCore, public Readable, public Writeable {
  public:
   explicit TCPSocket(PollLoop& loop);
@@ -35,11 +42,11 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   std::int32_t Port = 0;
   std::optional<NetworkInterface> LocalInterface;
 
-  // Both start, Connected or Error tells how it ended. Listen accepts one connection.
+  // Both start an attempt; Connected or Error reports how it ended. Listen accepts one connection.
   virtual void Connect();
   virtual void Listen();
 
-  // Ends the connection when what it holds is sent. No event follows.
+  // Ends the connection; what was written is still sent. Harmless on a closed socket.
   virtual void Close();
   virtual void Disconnect() { Close(); }
 
@@ -49,14 +56,10 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   bool IsConnected() const { return myState == State::Connected; }
   // The peer's address, dotted; kept after the end of the connection.
   const std::string& RemoteAddress() const { return myPeer.address; }
-  std::uint16_t RemotePort() const { return myPeer.port; }
-  // Both, "ADDRESS:PORT": no other connection has the same.
+  // "ADDRESS:PORT" of the peer: unique among connections.
   std::string PeerName() const { return myPeer.address + ':' + std::to_string(myPeer.port); }
-  // The port that is bound while there is a descriptor, else 0.
-  std::uint16_t LocalPort() const;
-
-  // A number that grows with each connection that its listener hands out; 0 while not among the
-  // listener's active ones.
+  // Grows with each connection that its listener hands off; 0 while it is not among the listener's
+  // active ones.
   std::uint64_t HandOffNumber() const { return myHandOffNumber; }
 
   std::string Read(std::size_t count) override;
@@ -67,46 +70,46 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual void Purge();
   bool IsEOF() const override;
   bool ReadError() const override { return LastErrorCode() != 0; }
-  std::size_t BytesAvailable() const { return myInput.Size(); }
+  // Bytes of memory that unread input takes.
+  virtual std::size_t InputHeld() const { return myInput.Capacity(); }
 
-  // Does nothing unless connected. The bytes leave when the loop flushes.
+  // Queues the bytes; a slice is shared, not copied. Does nothing unless connected.
   //
-  // A connection that is over its bound before the write fails, with two exceptions: large messages
-  // do not count, whose memory all receivers share, or a few of them would cut off peers who keep
-  // up; and all that a handler of its own writes counts as one. A slice is not copied.
+  // Fails the connection if there is no memory, or if it held Limits::connectionOutput bytes
+  // before. Not counted are messages of OutputQueue::kLarge and more, whose memory all receivers
+  // share: a few of them would cut off peers that keep up. Nothing is counted inside one of the
+  // socket's own handlers, so all answers to one message are sent.
   void Write(std::string_view bytes) override;
   void Write(const Slice& slice);
+  // Sends what the system takes now; the rest follows when the peer has room. The loop calls it.
   void Flush() final;
   bool WriteError() const override { return LastErrorCode() != 0; }
   std::size_t BytesLeftToSend() const { return myOutput.Size(); }
-  // How its peer keeps up with what it is sent: much may wait for it, and of that some may have
-  // moved lately or nothing for as long as a closed connection may stand still.
+  // KeepsUp: less than a sixteenth of Limits::connectionOutput is left to send. IsBehind: more.
+  // IsStuck: more, and the peer has taken nothing for Limits::drain.
   enum class Reading { KeepsUp, IsBehind, IsStuck };
   Reading HowPeerReads(std::chrono::steady_clock::time_point now) const;
-  // Ends the connection, with Error in the next pass, for want of memory or over its bound.
+
+  // Drops input and output and fails the connection with "no buffer space".
   void FailForMemory();
-  // Bytes of memory that what has arrived takes.
-  virtual std::size_t InputHeld() const { return myInput.Capacity(); }
 
  protected:
   // Events, beside those that every socket has.
   virtual void Event_SendProgress(std::size_t /*sent*/, std::size_t /*left*/) {}
   virtual void Event_Error() {}
 
-  // While true, nothing more is read from the peer.
-  virtual bool HoldsInput() const { return false; }
-  // Asks for a pass if input was held and some is waiting.
-  void ResumeInput();
-
+  // For a class that cuts messages out of the stream.
   ByteQueue& Input() { return myInput; }
-  // The peer has sent its last: Error comes in the next pass, and what is written is sent on.
+  // While true, nothing more is read from the peer; call ResumeInput when it becomes false.
+  virtual bool HoldsInput() const { return false; }
+  void ResumeInput();
+  // Ends the connection as the peer's orderly end does: what was written is still sent.
   void EndByPeer();
+  // Whether the peer has ended its sending, or the connection, with input left to read.
   bool HasHungUp() const { return myIsHungUp; }
-  // Whether it holds as many unsent bytes as a connection may.
+  // Whether it holds Limits::connectionOutput unsent bytes.
   bool IsFull() const;
-  // Lets go of what has arrived.
-  virtual void DropInput() { myInput.Clear(); }
-  // A class that hides the send events from its users saves the loop raising them.
+  // Raises no SendComplete and SendProgress from now on, which saves their passes.
   void SkipSendEvents() { myRaisesSendEvents = false; }
   // Bytes sent since the last SendProgress; without send events, since the connection began.
   std::size_t SentSinceProgress() const { return mySentSinceProgress; }
@@ -114,9 +117,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void Advance() override;
   void RaiseSendProgress() override;
   void RaiseError() override;
-  // Ends this connection, and not the program.
   void RunOutOfMemory() override;
-  // Ends the sending side and closes.
   void Finish() final;
 
  private:
@@ -125,45 +126,52 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
 
   enum class State { Closed, Connecting, Listening, Connected, Ended, Failed, Draining };
 
+  // Opening.
+  void Begin(State state);
+  int OpenToConnect();
+  void FinishConnecting();
+  void AcceptPeer();
   // Takes over an accepted connection and makes Connected pending. False when the loop cannot
   // watch the descriptor, which is closed then.
   bool TakeOver(const os::Accepted& accepted);
-  void Begin(State state);
-  int OpenToConnect();
-  void AcceptPeer();
-  void FinishConnecting();
+  void ForgetLastConnection();
+
   void Receive();
+
+  // Sending.
   bool MaySend() const;
-  // Whether so many bytes may be added to the output now. Fails where it is over its bound.
+  // Whether so many bytes may be written now. Fails a connection over its limit.
   bool MayWrite(std::size_t bytes);
-  // Sees to what was added, which may not all have found room.
   void NoteWritten(bool hadRoom);
-  // A peer that has no room for a long time may be gone, or just not reading.
+  void NoteSent(std::size_t count);
+  // Flushes for the last time, even if the peer had no room a moment ago.
+  void FlushFinally();
+  void FailToSend(int error);
+  // Looks every Limits::lookAtFullPeer at a peer that has no room: it may be gone, or just not
+  // reading.
   void WatchFullPeer();
   void LookAtFullPeer();
-  void FailToSend(int error);
-  void NoteSent(std::size_t count);
-  // The same where no other chance may come, also if the system took no more lately.
-  void FlushFinally();
+
+  // Ending.
   void Fail(int error);
   void Drain();
+  // Every Limits::drain: ends a drain that made no progress.
   void CheckDrain(std::size_t leftBefore);
   void EndConnection();
-  void ForgetLastConnection();
 
   State myState = State::Closed;
   bool myRaisesSendEvents = true;
-  bool myAwaitsFlush = false;
-  bool myAwaitsWritable = false;
-  bool myIsPeerWatched = false;
-  bool myToleratesFullPeer = false;
-  int mySendError = 0;
+  bool myAwaitsFlush = false;        // on the loop's list
+  bool myAwaitsWritable = false;     // the peer has no room
+  bool myIsPeerWatched = false;      // a look at the full peer is due
+  bool myToleratesFullPeer = false;  // the system was asked to
+  int mySendError = 0;               // of a send; reading goes on to find the connection's end
   os::Endpoint myPeer;
   ByteQueue myInput;
   OutputQueue myOutput;
   std::size_t mySentSinceProgress = 0;
   std::chrono::steady_clock::time_point myLastMoved;  // when the system took some, and not all
-  std::weak_ptr<ServerSocket> myListener;
+  std::weak_ptr<ServerSocket> myListener;             // that handed it off, while active
   std::uint64_t myHandOffNumber = 0;
 };
 

@@ -31,7 +31,7 @@ class TCPSocketTest : public testing::Test {
   TCPSocketTest() : loop([] {}) {
     left->Listen();
     right->Address = "127.0.0.1";
-    right->Port = left->LocalPort();
+    right->Port = os::LocalEndpoint(left->Handle()).port;
     right->Connect();
     PumpUntil([this] { return left->IsConnected() && right->IsConnected(); });
   }
@@ -42,11 +42,11 @@ class TCPSocketTest : public testing::Test {
 };
 
 TEST_F(TCPSocketTest, ReadsWhatWasWritten) {
-  EXPECT_EQ(left->RemoteAddress(), "127.0.0.1");
-  EXPECT_EQ(left->RemotePort(), right->LocalPort());
+  const os::Endpoint peer = os::LocalEndpoint(right->Handle());
+  EXPECT_EQ(left->PeerName(), "127.0.0.1:" + std::to_string(peer.port));
   right->Write("hello ");
   right->Write("world");
-  EXPECT_TRUE(PumpUntil([this] { return left->BytesAvailable() == 11; }));
+  EXPECT_TRUE(PumpUntil([this] { return left->Lookahead().size() == 11; }));
   EXPECT_EQ(left->Lookahead(), "hello world");
   EXPECT_EQ(left->Read(6), "hello ");
   EXPECT_EQ(left->ReadAll(), "world");
@@ -64,6 +64,13 @@ TEST_F(TCPSocketTest, TellsHowSendingGoesOn) {
   }));
   EXPECT_EQ(right->completed, 1);
   EXPECT_EQ(right->sent, size);
+}
+
+TEST_F(TCPSocketTest, ConnectDropsWhatTheLastConnectionHeld) {
+  right->Write(std::string(8'000'000, 'x'));
+  EXPECT_GT(right->BytesLeftToSend(), 0U);
+  right->Connect();
+  EXPECT_EQ(right->BytesLeftToSend(), 0U);
 }
 
 TEST_F(TCPSocketTest, EndsOnceWithWhatIsUnreadStillThere) {
