@@ -125,23 +125,13 @@ TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   EXPECT_EQ(loop.Memory().input.InUse(), 0U);
 }
 
-// Far more than the system takes at once is on its way when the connection ends, by our side or by
-// a peer that reads on.
-TEST_F(EasyTCPSocketTest, WhatIsWrittenArrivesThoughTheConnectionHasEnded) {
+// Far more than the system takes at once is on its way when the peer ends its sending. The peer
+// reads by itself: Wine does not report what is left to read once both sides have ended.
+TEST_F(EasyTCPSocketTest, PeerThatEndedItsSendingGetsAllThatIsWritten) {
   const std::string large = Large();
-  socket->SendMessage(1, large);
-  EXPECT_GT(socket->BytesLeftToSend(), 0U);
-  socket->Close();
-  socket->SendMessage(1, "after the end");
-  EXPECT_EQ(server->ActiveCount(), 0U);
-  EXPECT_TRUE(client->Receive() == (WireMessage{1, large}));
-  EXPECT_TRUE(client->WasClosedByServer());
-
-  // One that looks by itself: Wine does not tell of what is left to read once both sides have
-  // ended.
   const os::SocketHandle other = ConnectSilent();
-  server->Active(0)->whenReceived = [&](std::int32_t, std::string_view) {
-    server->Active(0)->SendMessage(2, large);
+  server->Active(1)->whenReceived = [&](std::int32_t, std::string_view) {
+    server->Active(1)->SendMessage(2, large);
   };
   os::Send(other, WireBytes(1, ""));
   os::EndSending(other);
