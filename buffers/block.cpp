@@ -38,12 +38,12 @@ Slice CopyToBlock(BufferPool& pool, std::string_view bytes) {
 }
 
 Slice BlockWriter::Append(std::string_view bytes) {
-  if (bytes.size() > kLargestPooled) return CopyToBlock(*myPool, bytes);
+  if (bytes.size() > kMaxPooled) return CopyToBlock(*myPool, bytes);
   if (myBlock && myBlock->IsUnshared()) myBlock->Rewind();
   if (!myBlock || myBlock->Room() < bytes.size()) {
-    // Larger each time: somebody is behind and will hold many.
+    // Larger each time: a peer is behind and will hold many.
     const std::size_t twice = myBlock ? 2 * (myBlock->Used() + myBlock->Room()) : 0;
-    myBlock = Block::Make(*myPool, std::max(bytes.size(), std::min(twice, kLargestPooled)));
+    myBlock = Block::Make(*myPool, std::max(bytes.size(), std::min(twice, kMaxPooled)));
     if (!myBlock) return {};
   }
   const std::size_t begin = myBlock->Used();

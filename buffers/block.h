@@ -8,11 +8,12 @@
 
 namespace corvane {
 
-// Memory that is filled from front to back and read by several: what was once written to it does
-// not change. Lives as long as somebody refers to it; borrows its pool.
+// Reference-counted memory that is filled from front to back and read by many: written bytes do not
+// change. Lives as long as there is a reference to it; borrows its pool, which outlives it. For one
+// thread.
 class Block {
  public:
-  // A reference; may be to none.
+  // A reference, or none.
   class Ref {
    public:
     Ref() = default;
@@ -41,7 +42,7 @@ class Block {
     Block* myBlock = nullptr;
   };
 
-  // A block with room for at least so many bytes; none when the system has no memory for it.
+  // A block with room for at least so many bytes; none if there is no memory.
   static Ref Make(BufferPool& pool, std::size_t room);
 
   Block(const Block&) = delete;
@@ -53,7 +54,7 @@ class Block {
   void Append(std::string_view bytes);
   std::string_view Bytes() const { return {Memory(), myUsed}; }
 
-  // Whether there is one reference alone, whose holder may then write it anew.
+  // Whether there is only one reference, whose holder may then rewind and fill the block again.
   bool IsUnshared() const { return myReferences == 1; }
   void Rewind() { myUsed = 0; }
 
@@ -71,7 +72,7 @@ class Block {
   std::size_t myReferences = 0;
 };
 
-// Some of the bytes of a block, which they keep alive.
+// A range of the bytes of a block, which it keeps alive.
 struct Slice {
   Block::Ref block;
   std::size_t begin = 0;
@@ -84,21 +85,21 @@ struct Slice {
   }
 };
 
-// A block of its own for these bytes; of no bytes when the system has no memory for it.
+// Copies the bytes to a new block; the slice is empty if there is no memory.
 Slice CopyToBlock(BufferPool& pool, std::string_view bytes);
 
-// Appends to blocks and gives out what was appended. Begins a new block where the last has no room;
-// writes the last one anew when nobody else refers to it.
+// Appends bytes to blocks and returns slices of them. Starts a new, larger block when the last one
+// has no room; fills the last one again when no slice refers to it. Borrows its pool.
 class BlockWriter {
  public:
-  // What is larger gets a block of its own.
-  static constexpr std::size_t kLargestPooled = BufferPool::kLargestKept - sizeof(Block);
+  // Longer bytes get a block to themselves, which the pool does not keep.
+  static constexpr std::size_t kMaxPooled = BufferPool::kMaxKeptCapacity - sizeof(Block);
 
   explicit BlockWriter(BufferPool& pool) : myPool(&pool) {}
 
-  // The bytes as one piece; of no bytes when the system has no memory for them.
+  // A copy of the bytes in one piece; empty if there is no memory.
   Slice Append(std::string_view bytes);
-  // Lets go of the last block.
+  // Releases the last block.
   void Reset() { myBlock.Reset(); }
 
  private:

@@ -9,21 +9,22 @@
 namespace corvane {
 namespace {
 
-// Spares of each size, together.
-constexpr std::size_t kMostKeptBytes = std::size_t{8} << 20;
+// Of the spares of one size.
+constexpr std::size_t kMaxKeptBytes = std::size_t{8} << 20;
 
 std::size_t Rounded(std::size_t capacity) {
-  if (capacity > BufferPool::kLargestKept) return capacity;
-  return std::bit_ceil(std::max(capacity, BufferPool::kSmallest));
+  if (capacity > BufferPool::kMaxKeptCapacity) return capacity;
+  return std::bit_ceil(std::max(capacity, BufferPool::kMinCapacity));
 }
 
 bool IsKept(std::size_t capacity) {
-  return capacity <= BufferPool::kLargestKept;
+  return capacity <= BufferPool::kMaxKeptCapacity;
 }
 
-// Which of the kept sizes a capacity is.
+// The index of a kept capacity.
 std::size_t SizeClass(std::size_t capacity) {
-  return static_cast<std::size_t>(std::bit_width(capacity) - std::bit_width(BufferPool::kSmallest));
+  return static_cast<std::size_t>(std::bit_width(capacity) -
+                                  std::bit_width(BufferPool::kMinCapacity));
 }
 
 }  // namespace
@@ -68,7 +69,7 @@ void BufferPool::Release(Buffer buffer) {
   myInUse -= buffer.capacity;
   if (!IsKept(buffer.capacity)) return;
   auto& spares = mySpares[SizeClass(buffer.capacity)];
-  if (spares.size() < kMostKeptBytes / buffer.capacity) spares.push_back(std::move(buffer));
+  if (spares.size() < kMaxKeptBytes / buffer.capacity) spares.push_back(std::move(buffer));
 }
 
 }  // namespace corvane

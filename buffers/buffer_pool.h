@@ -9,11 +9,11 @@
 
 namespace corvane {
 
-// Memory for bytes on their way. A connection holds a buffer only while bytes wait in it, so an
-// idle one costs nothing; small buffers that are given back serve the next connection. Where 50 are
-// taken, written to and given back at once, one costs 10 to 19 ns of processor time, and 670 to
-// 1,280 ns from the allocator, which returns the pages each time and has them made anew. Counts
-// what is in use, for whoever bounds it.
+// Memory for bytes in transit. A connection holds a buffer only while bytes wait in it, so an idle
+// one costs nothing; released buffers up to kMaxKeptCapacity serve the next connection. Counts the
+// bytes in use, which the owner limits.
+// When 50 buffers at a time are taken, filled and released, one costs 10 to 19 ns of processor
+// time; from the allocator, which returns and faults in the pages each time, 670 to 1,280 ns.
 class BufferPool {
  public:
   struct Free {
@@ -24,23 +24,23 @@ class BufferPool {
     std::size_t capacity = 0;
   };
 
-  static constexpr std::size_t kSmallest = 4096;
-  static constexpr std::size_t kLargestKept = 64 * 1024;
+  static constexpr std::size_t kMinCapacity = 4096;
+  static constexpr std::size_t kMaxKeptCapacity = 64 * 1024;
 
-  // A buffer of at least this capacity: up to kLargestKept rounded up to a power of two, above it
-  // as asked. One of capacity 0 when the system has no memory for it.
+  // A buffer of at least this capacity: rounded up to a power of two up to kMaxKeptCapacity, exact
+  // above it. Its capacity is 0 if there is no memory.
   Buffer Take(std::size_t capacity);
-  // Gives the buffer more capacity; its bytes stay. False, with the buffer as it was, when the
-  // system has no memory for it. A large one is not copied where the system can move its pages.
+  // Enlarges the buffer and keeps its bytes. Returns false and changes nothing if there is no
+  // memory. A large buffer is not copied if the system can move its pages.
   [[nodiscard]] bool Grow(Buffer& buffer, std::size_t capacity);
   void Release(Buffer buffer);
 
-  // Bytes of all buffers that are in use.
+  // The capacity of all buffers that are taken and not released.
   std::size_t InUse() const { return myInUse; }
 
  private:
   static constexpr std::size_t kKeptSizes =
-      std::bit_width(kLargestKept) - std::bit_width(kSmallest) + 1;
+      std::bit_width(kMaxKeptCapacity) - std::bit_width(kMinCapacity) + 1;
 
   std::array<std::vector<Buffer>, kKeptSizes> mySpares;
   std::size_t myInUse = 0;

@@ -8,7 +8,7 @@
 namespace corvane {
 namespace {
 
-// Large buffers grow without a copy, so they need not grow by much.
+// Large buffers grow without a copy, so they grow by less.
 constexpr std::size_t kLarge = std::size_t{1} << 20;
 
 std::size_t NextCapacity(std::size_t capacity) {
@@ -65,10 +65,10 @@ void ByteQueue::Clear() {
   const std::size_t used = std::exchange(myEnd, 0);
   myBegin = 0;
   if (myBuffer.capacity == 0) return;
-  // Growing copies, so the next buffer begins with the size that this one needed.
+  // Growing copies, so the next buffer starts with the size that this one needed.
   const std::size_t needed =
       used > myBuffer.capacity / 2 ? myBuffer.capacity : myBuffer.capacity / 2;
-  myUsualCapacity = std::min(needed, BufferPool::kLargestKept);
+  myUsualCapacity = std::min(needed, BufferPool::kMaxKeptCapacity);
   myPool->Release(std::exchange(myBuffer, {}));
 }
 
@@ -81,8 +81,8 @@ bool ByteQueue::MakeRoom(std::size_t count) {
   myEnd = size;
   const bool fits = needed <= myBuffer.capacity;
   if (fits && isHalfConsumed) return true;
-  // More room also where moving the bytes would do, or a nearly full queue that is consumed in
-  // small steps would be moved at each of them.
+  // Grow even if moving the bytes would do: a nearly full queue that is consumed in small steps
+  // would be moved at each step.
   return myPool->Grow(myBuffer,
                       std::max({needed, NextCapacity(myBuffer.capacity), myUsualCapacity})) ||
          fits || myPool->Grow(myBuffer, needed);

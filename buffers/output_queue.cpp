@@ -6,15 +6,15 @@
 namespace corvane {
 namespace {
 
-// Behind other bytes, a slice of fewer is copied: that costs less than to send a piece more, and
-// little memory is held by many slices.
+// Behind other bytes, a shorter slice is copied: that costs less than sending one more piece, and
+// a long list of slices would keep many blocks alive.
 constexpr std::size_t kWorthSharing = 512;
-constexpr std::size_t kMostKeptSlices = 16;  // room for the next ones
+constexpr std::size_t kMaxKeptSlices = 16;  // room for the next ones
 
 }  // namespace
 
 bool OutputQueue::Append(std::string_view bytes) {
-  const std::size_t longest = bytes.size() < kLarge ? BlockWriter::kLargestPooled : bytes.size();
+  const std::size_t longest = bytes.size() < kLarge ? BlockWriter::kMaxPooled : bytes.size();
   while (!bytes.empty()) {
     const Slice copy = myWriter.Append(bytes.substr(0, longest));
     if (copy.Size() == 0) return false;
@@ -74,7 +74,7 @@ void OutputQueue::Consume(std::size_t count) {
 
 void OutputQueue::Clear() {
   mySlices.clear();
-  if (mySlices.capacity() > kMostKeptSlices) mySlices.shrink_to_fit();
+  if (mySlices.capacity() > kMaxKeptSlices) mySlices.shrink_to_fit();
   myFirst = 0;
   mySize = 0;
   myLargeSize = 0;

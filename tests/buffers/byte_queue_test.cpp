@@ -8,9 +8,9 @@
 namespace corvane {
 namespace {
 
-// Random appends, takes and cuts against a plain string, long enough to meet every way of making
-// room: a fresh buffer, moving to the front, growing.
-TEST(ByteQueue, HoldsWhatAStringWouldHold) {
+// Random operations on a queue and on a string, long enough for every way of making room: a new
+// buffer, a move to the front, growth.
+TEST(ByteQueue, HoldsTheSameAsAString) {
   BufferPool pool;
   ByteQueue queue(pool);
   ByteQueue other(pool);

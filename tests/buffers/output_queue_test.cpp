@@ -24,9 +24,9 @@ std::string Content(const OutputQueue& queue) {
   return content;
 }
 
-// Random copies, shared slices and sends against plain strings: small and large, of one writer that
-// writes its block anew whenever nobody refers to it any more.
-TEST(OutputQueue, HoldsWhatStringsWouldHold) {
+// Random operations on queues and on strings: copies and shared slices, small and large, of one
+// writer that reuses its block when no queue refers to it.
+TEST(OutputQueue, HoldsTheSameAsStrings) {
   BufferPool pool;
   {
     BlockWriter writer(pool);
@@ -73,10 +73,10 @@ TEST(OutputQueue, TakesLittleMemoryForLittle) {
   BufferPool pool;
   OutputQueue queue(pool);
   EXPECT_TRUE(queue.Append("x"));
-  EXPECT_EQ(pool.InUse(), BufferPool::kSmallest);
+  EXPECT_EQ(pool.InUse(), BufferPool::kMinCapacity);
 }
 
-TEST(OutputQueue, WhatManyWereGivenStandsInMemoryOnce) {
+TEST(OutputQueue, BytesForManyQueuesAreInMemoryOnce) {
   BufferPool pool;
   const std::string report(1'000, 'r');
   BlockWriter writer(pool);
@@ -89,7 +89,7 @@ TEST(OutputQueue, WhatManyWereGivenStandsInMemoryOnce) {
   EXPECT_GE(pool.InUse(), 1'000'000U);
   EXPECT_LT(pool.InUse(), 1'500'000U);
   queues.clear();
-  EXPECT_LE(pool.InUse(), BufferPool::kLargestKept) << "more than the writer's last block";
+  EXPECT_LE(pool.InUse(), BufferPool::kMaxKeptCapacity) << "more than the writer's last block";
 }
 
 }  // namespace
