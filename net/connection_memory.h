@@ -10,18 +10,19 @@ namespace corvane {
 class TCPSocket;
 class WatchList;
 
-// The memory that all connections together hold, and the bounds of what peers can make us hold.
-// Borrows the list of the connections.
+// The memory that peers can make the server hold, and its limits. Owns the pools of input and
+// output; borrows the list of connections.
 class ConnectionMemory {
  public:
-  // In bytes. A connection with more unsent output than the first fails. Over the others, which
-  // count all connections together, the one that holds most does, and nobody else. What a closed
-  // connection still holds is dropped when none of it has moved for as long as `drain`.
   struct Limits {
+    // Unsent bytes of one connection, which fails when it is sent more.
     std::size_t connectionOutput = std::size_t{16} << 20;
+    // Bytes of all connections together. Above them only the connection that holds most fails.
     std::size_t output = std::size_t{1} << 30;
     std::size_t input = std::size_t{256} << 20;
+    // How long a closed connection waits for its peer to take anything before it drops its output.
     std::chrono::milliseconds drain{5'000};
+    // How often a peer without room is examined.
     std::chrono::milliseconds lookAtFullPeer{30'000};
   };
 
@@ -32,16 +33,16 @@ class ConnectionMemory {
   BufferPool input;
   BufferPool output;
 
-  // To be called when a connection may hold more than before: has the one that holds most fail
-  // where all together are over the bound.
+  // Call when a connection may hold more than before. Above the limit of all connections together,
+  // the one that holds most fails.
   void BoundInput();
   void BoundOutput();
-  // Whether one message of so many bytes may be written. Where all together would hold too much,
-  // the connection that holds most fails in its favour, unless it holds less than that.
+  // Whether a message of so many bytes may be written. If it would exceed the limit, the connection
+  // that holds most fails to make room, unless it holds less than the message takes.
   bool MakeRoomForOutput(std::size_t bytes);
 
  private:
-  // Whether there is a connection that holds so much.
+  // Fails the connection that holds most; false if it holds less than `least`.
   bool FailLargest(std::size_t (TCPSocket::*held)() const, std::size_t least = 1);
 
   const WatchList& myWatched;

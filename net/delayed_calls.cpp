@@ -29,7 +29,7 @@ void DelayedCalls::RunDue() {
   const auto now = Clock::now();
   while (!myIsStopped && !myCalls.empty() && myCalls.begin()->first <= now) {
     const auto due = myCalls.extract(myCalls.begin());
-    // Kept while it is called, and let go before the next one.
+    // The owner is kept alive during its call only.
     const std::shared_ptr<void> owner = due.mapped().owner.lock();
     if (owner != nullptr) due.mapped().function();
   }

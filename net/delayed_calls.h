@@ -9,7 +9,7 @@
 
 namespace corvane {
 
-// Functions to be called later from Qt's loop, in the order of their times: one timer for all.
+// Calls functions later, from Qt's loop, in the order of their times. One timer serves all.
 class DelayedCalls {
  public:
   using Clock = std::chrono::steady_clock;
@@ -18,7 +18,7 @@ class DelayedCalls {
 
   // Calls the function at that time, unless the owner is gone by then.
   void Add(Clock::time_point time, std::weak_ptr<void> owner, std::function<void()> function);
-  // Calls nothing any more, for good.
+  // Drops all calls, now and later.
   void Stop();
 
  private:

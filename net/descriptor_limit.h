@@ -4,13 +4,13 @@
 
 namespace corvane {
 
-// Raises the number of descriptors that the process may have open to the most that the system
-// allows it, since every connected client takes one, and has the system make room for them. To be
-// called before the process has a second thread.
+// Raises the process's limit of open descriptors, of which every client takes one, to the system's
+// maximum, and makes the system allocate its table for them. Call it before the process has a
+// second thread.
 void RaiseDescriptorLimit();
 
-// Whether one more connection leaves the process some descriptors for its other needs: the
-// database's journal, lookups, files. `last` is the connection that was accepted last, if any.
+// Whether one more connection leaves enough descriptors for the rest of the process: the database's
+// journal, lookups, files. `last` is the connection that was accepted last, if any.
 bool HasSpareDescriptors(os::SocketHandle last);
 
 }  // namespace corvane

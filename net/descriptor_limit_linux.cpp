@@ -8,15 +8,15 @@
 namespace corvane {
 namespace {
 
-constexpr rlim_t kMostDescriptors = 128 * 1024;  // a megabyte of the kernel's memory
-// What is kept back for the rest of the program, and at most which part of a low limit.
+constexpr rlim_t kMaxDescriptors = 128 * 1024;  // a megabyte of the kernel's memory
+// Kept for the rest of the program; of a low limit at most a quarter.
 constexpr rlim_t kSpareDescriptors = 32;
 constexpr rlim_t kSpareShare = 4;
 
-// The kernel's table of descriptors doubles as it fills. In a process with threads each time takes
-// some ten milliseconds, in which nothing would be relayed; now it takes none.
+// The kernel's table of descriptors doubles as it fills. In a process with threads each doubling
+// stops the relay for tens of milliseconds; before there are threads it takes no time.
 void MakeRoomFor(rlim_t descriptors) {
-  const int last = static_cast<int>(std::min(descriptors, kMostDescriptors)) - 1;
+  const int last = static_cast<int>(std::min(descriptors, kMaxDescriptors)) - 1;
   const int highest = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, last);
   if (highest >= 0) close(highest);
 }
@@ -34,7 +34,7 @@ bool HasSpareDescriptors(os::SocketHandle last) {
   rlimit limit = {};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return true;
   const rlim_t spare = std::min(kSpareDescriptors, limit.rlim_cur / kSpareShare);
-  // The system gives out the lowest number that is free, so mostly the last one tells enough.
+  // The system assigns the lowest free number, so the last one usually decides without a call.
   if (static_cast<rlim_t>(last + 1) + 2 * spare < limit.rlim_cur) return true;
   const int next = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
   if (next < 0) return false;

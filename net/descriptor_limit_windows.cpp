@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// There is no such limit here but memory.
+// The only limit here is memory.
 void RaiseDescriptorLimit() {}
 
 bool HasSpareDescriptors(os::SocketHandle) {

@@ -61,13 +61,13 @@ void EasyTCPSocket::Event_Error() {
 }
 
 void EasyTCPSocket::ProcessData() {
-  std::size_t whole = 0;  // bytes of the messages found so far that are to be queued
+  std::size_t whole = 0;  // bytes of the messages to queue
   for (;;) {
-    const Frame frame = ReadFrame(mDataBuffer.Bytes().substr(whole), myLongestMessage);
+    const Frame frame = ReadFrame(mDataBuffer.Bytes().substr(whole), myMaxMessageBytes);
     if (frame.state == Frame::State::Malformed) return Close();
     if (frame.state == Frame::State::Incomplete) break;
     if (AnswerWait(frame)) {
-      mDataBuffer.Consume(frame.length);  // a wait begins with nothing found
+      mDataBuffer.Consume(frame.length);  // `whole` is 0: a wait does not begin in this loop
     } else {
       whole += frame.length;
     }
@@ -91,7 +91,7 @@ bool EasyTCPSocket::WaitingForThisMessage(std::int32_t command) const {
 void EasyTCPSocket::AddEvents(std::size_t bytes) {
   bool hasRoom = true;
   if (mEvents.IsEmpty()) {
-    // The buffer becomes the queue; what is no whole message yet, mostly nothing, is copied back.
+    // The buffer becomes the queue; the beginning of a message, usually nothing, is copied back.
     std::swap(mEvents, mDataBuffer);
     hasRoom = mDataBuffer.Append(mEvents.Bytes().substr(bytes));
     mEvents.Truncate(bytes);
@@ -122,8 +122,8 @@ void EasyTCPSocket::DelayMessages(PollLoop::Clock::duration delay) {
 void EasyTCPSocket::EndDelay() {
   --myDelays;
   if (mEvents.IsEmpty() || !HasHungUp()) return RequestDispatch();
-  // The peer may have ended its sending only. One that has gone takes no bytes, and what it left
-  // behind is not worked at for minutes.
+  // The peer may have ended its sending only. If it is gone, it takes no bytes, and its delayed
+  // messages must not keep the server busy for minutes.
   const auto now = PollLoop::Clock::now();
   const bool tookBytes = std::exchange(mySentBefore, SentSinceProgress()) != SentSinceProgress();
   if (!myEndSeen || tookBytes) myEndSeen = now;
@@ -144,7 +144,7 @@ bool EasyTCPSocket::_Poll() {
 }
 
 void EasyTCPSocket::FireEvents() {
-  // Whoever is sent more than it takes asks no more.
+  // A peer that does not read its answers gets no more of them.
   if (IsFull()) return DelayMessages(kFullDelay);
   constexpr auto kNone = PollLoop::Clock::duration::zero();
   const Frame frame = ReadFrame(mEvents.Bytes());
@@ -153,7 +153,7 @@ void EasyTCPSocket::FireEvents() {
   if (wait > kNone) return DelayMessages(wait);
   myBudget.ChargeMessage();
   ++myLoop.Counted().messages;
-  // The payload stays in place, in a queue that nothing else touches meanwhile.
+  // The payload stays in place, in a queue that the handler cannot reach.
   ByteQueue delivering = std::move(mEvents);
   ReceivedMessage(frame.command, frame.payload);
   if (!myIsDispatching) return;

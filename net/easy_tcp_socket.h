@@ -16,12 +16,14 @@
 
 namespace corvane {
 
-// A connection that carries whole messages, each a command number with a payload of bytes (see
-// frame.h), in place of a stream: raw reading and writing is refused. Messages are cut as their
-// bytes arrive and delivered one a pass, in order; the peer is read again when all are delivered.
-// A length that no message can or may have closes the connection. Nothing is delivered while the
-// peer has yet to take as much as a connection may hold. Delayed messages of a peer that has ended
-// its sending are dropped when it has taken no bytes for two seconds.
+// A connection that carries whole messages, each a command number and a payload (frame.h), instead
+// of a stream: raw reading and writing is refused.
+//
+// Messages are framed as their bytes arrive and delivered in order, one a pass. The peer is read
+// again when all are delivered. Delivery waits while messages are held or delayed, while the peer
+// exceeds its rate, and while the output is full.
+// A length below a header's, or above the limit, closes the connection without an event. Waiting
+// messages of a peer that has ended its sending are dropped when it takes no bytes for two seconds.
 class EasyTCPSocket : public TCPSocket, public _Pollable {
  public:
   explicit EasyTCPSocket(PollLoop& loop);
@@ -29,22 +31,22 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   // Sends one message; does nothing unless connected.
   void SendMessage(std::int32_t command, std::string_view data);
 
-  // The same with a payload that stands in blocks, whose bytes are not copied.
+  // The same; the payload's bytes are shared, not copied.
   void SendMessage(std::int32_t command, std::span<const Slice> payload);
 
-  // Sends whole messages as they are, to many receivers.
+  // Sends bytes that are whole messages already, shared among many receivers.
   void SendPackets(const Slice& packets) { TCPSocket::Write(packets); }
 
-  // Waits for a message with this command and returns its payload; empty when so many seconds have
-  // passed, on an error, and when not connected. Every other message that arrives meanwhile is
-  // dropped: deliberate. Other sockets are served while it waits.
+  // Waits for a message with this command and returns its payload; empty after the timeout, on an
+  // error, and when not connected. Deliberately drops every other message that arrives meanwhile.
+  // Other sockets are served while it waits.
   std::string WaitForMessage(std::int32_t command, std::int32_t timeoutSeconds);
 
-  // Waits for the connection to come up; whether it did.
+  // Waits for the connection to be established; returns whether it was.
   bool WaitForConnection(std::int32_t timeoutSeconds);
 
   void Close() override;
-  // Drops messages that wait for delivery, too.
+  // Drops waiting messages, too.
   void Purge() override;
   std::size_t InputHeld() const override { return TCPSocket::InputHeld() + mEvents.Capacity(); }
 
@@ -53,7 +55,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   std::string ReadAll() override;
   void Write(std::string_view bytes) override;
 
-  // Queued messages, each delivered by one poll.
+  // Each poll delivers one message.
   bool _Poll() override;
   bool IsDue() const { return HasQueued() && !IsBusy(); }
   bool StaysQueued() override { return myIsQueued = HasQueued(); }
@@ -64,21 +66,21 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   virtual void Error(std::int32_t /*code*/) {}
   virtual void ReceivedMessage(std::int32_t /*command*/, std::string_view /*data*/) {}
 
-  // Asked before a message is delivered: how long it has to wait. It is asked again then. The
-  // answer may not end the connection.
+  // Returns how long the next message has to wait, zero for not at all. Called before a delivery,
+  // and again after the wait. Must not end the connection.
   virtual PollLoop::Clock::duration MustWait(std::int32_t /*command*/) { return {}; }
 
-  // The longest whole message, in bytes, that may arrive from now on.
-  void LimitMessages(std::size_t longest) { myLongestMessage = longest; }
-  // How many messages are delivered from now on; those that come faster wait.
+  // Limits the length of a message, in bytes with its header, from now on.
+  void LimitMessages(std::size_t maxBytes) { myMaxMessageBytes = maxBytes; }
+  // Limits the rate of delivery from now on; messages above it wait.
   void LimitRate(const MessageRate& rate) { myBudget.Limit(rate); }
-  // For how long what waits is still delivered, once the peer has ended its sending and takes no
-  // bytes any more.
+  // How long waiting messages are still delivered after the peer has ended its sending and takes no
+  // more bytes.
   void SetGonePatience(std::chrono::seconds patience) { myGonePatience = patience; }
 
-  // While held, messages queue up and none is delivered.
+  // While held, messages are queued and not delivered.
   void HoldMessages(bool held);
-  // Holds them for so long.
+  // Holds them for this time. Several delays run side by side.
   void DelayMessages(PollLoop::Clock::duration delay);
 
   void Event_Connected() override;
@@ -88,7 +90,7 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
 
  private:
   void ProcessData();
-  // Takes what the wait is for; whether a wait is on, in which case the message is not queued.
+  // Returns whether a wait is in progress, which takes or drops the message.
   bool AnswerWait(const Frame& frame);
   bool WaitingForThisMessage(std::int32_t command) const;
   bool HasQueued() const {
@@ -100,18 +102,18 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   void FireEvents();
   void StopDispatching();
 
-  ByteQueue& mDataBuffer = Input();  // what has arrived and is no whole message yet
-  ByteQueue mEvents;                 // whole messages waiting for delivery, as they came
+  ByteQueue& mDataBuffer = Input();  // the beginning of a message
+  ByteQueue mEvents;                 // whole messages, not delivered yet
   std::string mCommandResponse;
   std::int32_t mWaitForThisCommand = -1;
   bool mWaitingForACommand = false;
-  std::size_t myLongestMessage = std::numeric_limits<std::size_t>::max();
+  std::size_t myMaxMessageBytes = std::numeric_limits<std::size_t>::max();
   MessageBudget myBudget;
   bool myIsDispatching = false;
   bool myIsHeld = false;
-  int myDelays = 0;  // that have not passed yet
+  int myDelays = 0;  // still running
   std::chrono::seconds myGonePatience{2};
-  // After the peer ended its sending: when it was last known to be there, and what it had taken.
+  // After the peer ended its sending: when it last took bytes, and how many it had taken then.
   std::optional<PollLoop::Clock::time_point> myEndSeen;
   std::size_t mySentBefore = 0;
   bool myIsQueued = false;  // on the loop's list

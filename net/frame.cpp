@@ -9,12 +9,12 @@ constexpr std::size_t kLengthBytes = 4;
 
 }  // namespace
 
-Frame ReadFrame(std::string_view bytes, std::size_t longest) {
+Frame ReadFrame(std::string_view bytes, std::size_t maxBytes) {
   Frame frame;
   if (bytes.size() < kLengthBytes) return frame;
   const auto length = qFromBigEndian<qint32>(bytes.data());
   const auto total = static_cast<std::size_t>(length);
-  if (length < static_cast<qint32>(kFrameHeaderBytes) || total > longest) {
+  if (length < static_cast<qint32>(kFrameHeaderBytes) || total > maxBytes) {
     frame.state = Frame::State::Malformed;
     return frame;
   }

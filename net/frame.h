@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-// The wire format of one message: a big-endian signed 32-bit length of the whole message, a
-// big-endian signed 32-bit command, and the payload's bytes as they are.
+// The wire format of a message: two big-endian signed 32-bit numbers, the length of the whole
+// message and the command, then the payload's bytes.
 namespace corvane {
 
 inline constexpr std::size_t kFrameHeaderBytes = 8;
@@ -16,18 +16,17 @@ struct Frame {
   enum class State { Whole, Incomplete, Malformed };
 
   State state = State::Incomplete;
-  std::size_t length = 0;  // of the whole message, when it is whole
+  std::size_t length = 0;  // with the header, if whole
   std::int32_t command = 0;
   std::string_view payload;  // points into the bytes that were read
 };
 
-// Reads the message at the start of the bytes. Malformed means a length that no message can have
-// (less than its own header) or may have (more than `longest`); any other length waits for its
-// bytes. Looks at the header only.
+// Reads the message at the start of the bytes, by its header only. A length below the header's or
+// above `maxBytes` is malformed; any other is incomplete until all its bytes are there.
 Frame ReadFrame(std::string_view bytes,
-                std::size_t longest = std::numeric_limits<std::size_t>::max());
+                std::size_t maxBytes = std::numeric_limits<std::size_t>::max());
 
-// The header of a message whose payload has so many bytes.
+// The header of a message with a payload of so many bytes.
 std::string CreateHeader(std::int32_t command, std::size_t payloadBytes);
 
 // The bytes of one message.

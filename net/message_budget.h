@@ -5,29 +5,30 @@
 
 namespace corvane {
 
-// How many messages a peer may send: so many at once, then one per interval.
+// How many messages a peer may send: a burst, then one per interval.
 struct MessageRate {
-  std::chrono::nanoseconds interval{0};  // none: any number
-  std::chrono::nanoseconds credit{0};    // the time that the messages at once would take
+  std::chrono::nanoseconds interval{0};  // 0: no limit
+  std::chrono::nanoseconds credit{0};    // intervals of a whole burst
 
-  static constexpr MessageRate Of(int perSecond, int atOnce) {
+  static constexpr MessageRate Of(int perSecond, int burst) {
     const auto interval = std::chrono::nanoseconds(std::chrono::seconds(1)) / perSecond;
-    return {interval, interval * atOnce};
+    return {interval, interval * burst};
   }
 };
 
-// Says how long a peer's next message has to wait. Looks at the clock only where they are limited.
+// Limits one peer to its rate: returns how long its next message has to wait. Reads the clock only
+// if there is a limit.
 class MessageBudget {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // Begins with the whole credit.
+  // Starts with a whole burst.
   void Limit(const MessageRate& rate) {
     myRate = rate;
     myPaidUntil = {};
   }
 
-  // Zero or less: none. A message that need not wait is to be charged.
+  // Zero or less: the message need not wait, and the caller charges it.
   Clock::duration Wait() const {
     if (IsUnlimited()) return {};
     return myPaidUntil + myRate.interval - myRate.credit - Clock::now();

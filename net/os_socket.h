@@ -16,7 +16,7 @@ using SocketHandle = qintptr;
 inline constexpr SocketHandle kNoSocket = -1;
 
 struct Endpoint {
-  std::string address;  // dotted IPv4; empty for all of the machine's addresses
+  std::string address;  // dotted IPv4; empty: all addresses of the machine
   std::uint16_t port = 0;
 };
 
@@ -36,33 +36,33 @@ struct Opened {
   int error = 0;
 };
 
-// A socket that sends at once what is written (no Nagle delay) and notices a peer that is gone
-// without a word within three minutes at most. Those that it accepts are the same.
+// A socket that sends without delay (TCP_NODELAY) and fails within three minutes when its peer has
+// vanished. So do the connections that it accepts.
 Opened OpenSocket();
 void CloseSocket(SocketHandle handle);
-// Where the system takes a peer that has no room for one that is gone (Linux does), it ends a
-// connection after 90 s of either. With tolerance it ends neither; then ask IsPeerGone.
+// Linux treats a peer without room like one that is gone and ends the connection after 90 s. With
+// tolerance it ends neither; then ask IsPeerGone.
 void TolerateFullPeer(SocketHandle handle, bool tolerates);
-// Whether a peer that has no room has acknowledged nothing for so long that it must be gone.
+// Whether a peer without room has acknowledged nothing for so long that it must be gone.
 bool IsPeerGone(SocketHandle handle);
 
-// Lets nobody else listen on the address that is bound next, but allows it while closed connections
-// of an earlier listener linger.
+// Reserves the address that is bound next for this listener, but does not refuse it while closed
+// connections of an earlier listener linger.
 int UseAddressExclusively(SocketHandle handle);
 int Bind(SocketHandle handle, const Endpoint& endpoint);
-// `queue` is how many new connections the system keeps until they are accepted.
-int Listen(SocketHandle handle, int queue);
+int Listen(SocketHandle handle, int backlog);
 Accepted Accept(SocketHandle listener);
 
-// Starts connecting; 0 also while it is still under way, PendingError tells how it ended.
+// Starts to connect and returns 0 while that is in progress. When the socket is writable,
+// PendingError returns the outcome.
 int Connect(SocketHandle handle, const Endpoint& endpoint);
 int PendingError(SocketHandle handle);
 
 // 0 bytes without an error: the peer will send no more.
 Transfer Receive(SocketHandle handle, std::span<char> buffer);
-// The pieces in their order, at most kMostPieces. Fewer bytes than were given, or WouldBlock: there
-// is no room, and the poller tells when there is.
-inline constexpr std::size_t kMostPieces = 16;
+// Sends the pieces in order, at most kMaxPieces. Fewer bytes than given, or WouldBlock: there is no
+// more room, and the poller reports when there is.
+inline constexpr std::size_t kMaxPieces = 16;
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces);
 inline Transfer Send(SocketHandle handle, std::string_view bytes) {
   return Send(handle, std::span(&bytes, 1));
@@ -71,12 +71,12 @@ void EndSending(SocketHandle handle);
 
 Endpoint LocalEndpoint(SocketHandle handle);
 
-// What an error code means.
+// The meanings of error codes.
 bool WouldBlock(int error);
-bool IsOutOfDescriptors(int error);    // or of memory: it may work again later
+bool IsOutOfDescriptors(int error);    // or of memory: may work again later
 bool IsPassingAcceptError(int error);  // one connection failed, the listener did not
 
-// The system's codes for what is found out here.
+// The system's codes of errors that are found here.
 extern const int kConnectionReset;
 extern const int kTimedOut;
 extern const int kInvalidArgument;

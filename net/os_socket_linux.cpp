@@ -21,29 +21,29 @@ int ErrorOf(int result) {
   return result < 0 ? errno : 0;
 }
 
-constexpr int kLongestUnacknowledged = 90'000;  // ms
-// The system asks a full peer for room every two minutes at least.
-constexpr unsigned kLongestFullSilence = 150'000;  // ms
+constexpr int kMaxUnacknowledged = 90'000;  // ms
+// The system probes a full peer at least every two minutes.
+constexpr unsigned kMaxFullSilence = 150'000;  // ms
 
 int SetOption(SocketHandle handle, int level, int option, int value) {
   return ErrorOf(setsockopt(Descriptor(handle), level, option, &value, sizeof value));
 }
 
-// What is set on a listener counts for its connections: six calls less for each of them.
+// Connections inherit the options of their listener, which saves six calls for each.
 void SetConnectionOptions(SocketHandle handle) {
-  // A minute of silence, then fifteen probes two seconds apart: those of thousands of connections
-  // come at the same moment, and a system that takes in 1000 packets at once drops the others. Data
-  // that is not acknowledged in the same 90 s ends the connection too. What is sent to a silent
-  // peer starts the time over, so both together are the longest that it can take.
+  // A minute of silence, then fifteen probes two seconds apart: thousands of connections may probe
+  // at the same moment, and a system with a queue of 1000 packets drops the others. 90 s without an
+  // acknowledgement end the connection too. Data sent to a silent peer starts that time over, so at
+  // most both add up.
   SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
   SetOption(handle, SOL_SOCKET, SO_KEEPALIVE, 1);
   SetOption(handle, IPPROTO_TCP, TCP_KEEPIDLE, 60);
   SetOption(handle, IPPROTO_TCP, TCP_KEEPINTVL, 2);
   SetOption(handle, IPPROTO_TCP, TCP_KEEPCNT, 15);
-  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, kLongestUnacknowledged);
+  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, kMaxUnacknowledged);
 }
 
-// What a call moved, which is made anew when a signal interrupts it.
+// The result of a call, which is repeated if a signal interrupts it.
 template <typename Call>
 Transfer TransferOf(const Call& call) {
   ssize_t count;
@@ -63,14 +63,14 @@ const int kNoBuffers = ENOBUFS;
 const int kOutOfDescriptors = EMFILE;
 
 void TolerateFullPeer(SocketHandle handle, bool tolerates) {
-  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, tolerates ? 0 : kLongestUnacknowledged);
+  SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, tolerates ? 0 : kMaxUnacknowledged);
 }
 
 bool IsPeerGone(SocketHandle handle) {
   tcp_info info{};
   socklen_t length = sizeof info;
   return getsockopt(Descriptor(handle), IPPROTO_TCP, TCP_INFO, &info, &length) == 0 &&
-         info.tcpi_last_ack_recv > kLongestFullSilence;
+         info.tcpi_last_ack_recv > kMaxFullSilence;
 }
 
 Opened OpenSocket() {
@@ -94,8 +94,8 @@ int Bind(SocketHandle handle, const Endpoint& endpoint) {
   return ErrorOf(bind(Descriptor(handle), Generic(address), sizeof address));
 }
 
-int Listen(SocketHandle handle, int queue) {
-  return ErrorOf(listen(Descriptor(handle), queue));
+int Listen(SocketHandle handle, int backlog) {
+  return ErrorOf(listen(Descriptor(handle), backlog));
 }
 
 Accepted Accept(SocketHandle listener) {
@@ -125,12 +125,12 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
 }
 
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
-  if (pieces.size() == 1) {  // nearly always, and cheaper so
+  if (pieces.size() == 1) {  // the usual case, and cheaper
     const std::string_view only = pieces.front();
     return TransferOf(
         [&] { return send(Descriptor(handle), only.data(), only.size(), MSG_NOSIGNAL); });
   }
-  std::array<iovec, kMostPieces> parts;
+  std::array<iovec, kMaxPieces> parts;
   for (std::size_t i = 0; i < pieces.size(); ++i)
     parts[i] = {const_cast<char*>(pieces[i].data()), pieces[i].size()};
   msghdr message = {};
@@ -159,7 +159,7 @@ bool IsOutOfDescriptors(int error) {
 }
 
 bool IsPassingAcceptError(int error) {
-  // accept(2) also hands on errors that the new connection has met already.
+  // accept(2) also returns pending errors of the new connection.
   switch (error) {
     case EINTR:
     case ECONNABORTED:

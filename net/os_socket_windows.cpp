@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMaximumRetransmission = 5;  // TCP_MAXRT, in seconds; mingw-w64 does not name it
 
-// The sockets of a program work while one of these lives.
+// Sockets work as long as an object of this class exists.
 class Winsock {
  public:
   Winsock() : myError(WSAStartup(MAKEWORD(2, 2), &myData)) {}
@@ -44,13 +44,13 @@ int SetOption(SOCKET socket, int level, int option, DWORD value) {
       setsockopt(socket, level, option, reinterpret_cast<const char*>(&value), sizeof value));
 }
 
-// Set for each connection by itself: not all of it is taken over from a listener.
+// Set for each connection: it does not inherit all of a listener's options.
 void SetConnectionOptions(SOCKET socket) {
   u_long on = 1;
   ioctlsocket(socket, FIONBIO, &on);
   SetOption(socket, IPPROTO_TCP, TCP_NODELAY, 1);
-  // A minute of silence, then the system's ten probes, three seconds apart; data that is not
-  // acknowledged in the same 90 s ends the connection too.
+  // A minute of silence, then the system's ten probes, three seconds apart. 90 s without an
+  // acknowledgement end the connection too.
   tcp_keepalive keepAlive = {1, 60'000, 3'000};
   DWORD unused = 0;
   WSAIoctl(socket, SIO_KEEPALIVE_VALS, &keepAlive, sizeof keepAlive, nullptr, 0, &unused, nullptr,
@@ -63,11 +63,11 @@ Transfer TransferOf(int count) {
   return {static_cast<std::size_t>(count), 0};
 }
 
-// A piece of what is to be received or sent. The system would take a send of any length into memory
-// of its own, or fail for want of that; so it gets no more than it asks for.
+// How much to receive or send with one call. The system would copy a send of any length into its
+// memory, or fail if it has none.
 int Piece(std::size_t bytes) {
-  constexpr std::size_t kLongest = 64 * 1024;
-  return static_cast<int>(std::min(bytes, kLongest));
+  constexpr std::size_t kMaxPiece = 64 * 1024;
+  return static_cast<int>(std::min(bytes, kMaxPiece));
 }
 
 }  // namespace
@@ -78,7 +78,8 @@ const int kInvalidArgument = WSAEINVAL;
 const int kNoBuffers = WSAENOBUFS;
 const int kOutOfDescriptors = WSAEMFILE;
 
-// What is not acknowledged ends a connection here, and a full peer acknowledges what asks for room.
+// This system ends a connection only if nothing is acknowledged, and a full peer acknowledges
+// probes.
 void TolerateFullPeer(SocketHandle /*handle*/, bool /*tolerates*/) {}
 
 bool IsPeerGone(SocketHandle /*handle*/) {
@@ -109,10 +110,10 @@ int Bind(SocketHandle handle, const Endpoint& endpoint) {
   return ErrorOf(bind(Socket(handle), Generic(address), sizeof address));
 }
 
-int Listen(SocketHandle handle, int queue) {
-  // As it is, which a negative number asks for (SOMAXCONN_HINT, which mingw-w64 does not name): a
-  // plain one would be cut to 200.
-  return ErrorOf(listen(Socket(handle), -queue));
+int Listen(SocketHandle handle, int backlog) {
+  // A negative number (SOMAXCONN_HINT, which mingw-w64 does not name) is taken as it is; a positive
+  // one would be cut to 200.
+  return ErrorOf(listen(Socket(handle), -backlog));
 }
 
 Accepted Accept(SocketHandle listener) {
@@ -144,7 +145,7 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
 }
 
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
-  // Only a call that was refused is followed by word of new room, one that took a part is not.
+  // The system reports new room only after a call that would block, not after a partial one.
   std::size_t sent = 0;
   for (std::string_view rest : pieces) {
     while (!rest.empty()) {

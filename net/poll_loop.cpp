@@ -12,14 +12,14 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kSlice = 4ms;                              // between two turns of Qt's loop
-constexpr auto kHandlerPatience = 2ms;                    // before a handler's loop gives way
-constexpr unsigned kGiveWayStride = 64;                   // elements between two looks at the clock
-constexpr unsigned kPollStride = 8;                       // messages between two looks at the clock
-constexpr std::chrono::milliseconds kLongestWait = 10ms;  // between two looks at a wait's condition
+constexpr auto kSlice = 4ms;                          // between two turns of Qt's loop
+constexpr auto kHandlerPatience = 2ms;                // before a handler's loop gives way
+constexpr unsigned kGiveWayStride = 64;               // elements between two looks at the clock
+constexpr unsigned kPollStride = 8;                   // messages between two looks at the clock
+constexpr std::chrono::milliseconds kMaxWait = 10ms;  // between two looks at a wait's condition
 constexpr std::size_t kScratchBytes = 64 * 1024;
-constexpr auto kFinishPatience = 2s;    // for output, before the end
-constexpr auto kStuckPatience = 500ms;  // the same while none of it moves
+constexpr auto kFinishPatience = 2s;    // for output at the end
+constexpr auto kStuckPatience = 500ms;  // the same while peers take nothing
 
 }  // namespace
 
@@ -35,8 +35,8 @@ PollLoop::PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limi
 
 PollLoop::~PollLoop() {
   Stop();
-  // The last references to sockets leave while the loop is whole. Their ends may put others on the
-  // lists again.
+  // Drop the last references to sockets while the loop is whole. The end of one may put others back
+  // on the lists.
   const auto isKept = [](const auto& socket) { return socket->myKeep != nullptr; };
   do {
     for (const std::shared_ptr<SocketCore>& socket : myWatched.All())
@@ -80,7 +80,7 @@ bool PollLoop::RunPass(Clock::time_point end) {
   if (myIsStopped) return false;
   CollectReady(0ms);
   bool worked = RunEventPasses(myPending, end);
-  // Thousands may end at once, and each has a network to tell: the living come first.
+  // Last, since thousands may end at once, each with a network to notify.
   worked = RunEventPasses(myEnding, end) || worked;
   return DispatchMessages(end) || worked;
 }
@@ -88,14 +88,14 @@ bool PollLoop::RunPass(Clock::time_point end) {
 void PollLoop::CollectReady(std::chrono::milliseconds patience) {
   for (const Poller::Ready& ready : myPoller.Wait(patience)) {
     SocketCore* const socket = myWatched.Find(ready.token);
-    if (socket == nullptr) continue;  // it was closed after the system noted the readiness
+    if (socket == nullptr) continue;  // closed since
     socket->NoteReady(ready);
     RequestPass(*socket);
   }
 }
 
-// Both walks take what is on the list when they begin, from the front, and leave the rest where a
-// nested step finds it, or the next slice when this one is over.
+// Both walks take the sockets that are on the list when they begin, one at a time from the front:
+// a nested pass, or the next slice, finds the rest in place.
 
 bool PollLoop::RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending,
                               Clock::time_point end) {
@@ -163,7 +163,7 @@ void PollLoop::SendRest() {
     }
     if (left == 0) return;
     if (left != std::exchange(before, left)) stuck = Clock::now() + kStuckPatience;
-    myPoller.Wait(kLongestWait);
+    myPoller.Wait(kMaxWait);
   }
 }
 
@@ -171,7 +171,7 @@ void PollLoop::GiveWay() {
   if (++myGiveWayCount % kGiveWayStride != 0 || myIsNested || myIsStopped) return;
   const auto now = Clock::now();
   if (!myHandlerStart) {
-    // The clock is read only for handlers that turn out to be long.
+    // The clock is read only in handlers that turn out to be long.
     myHandlerStart = now;
   } else if (now - *myHandlerStart >= kHandlerPatience) {
     NestedStep();
@@ -193,9 +193,9 @@ void PollLoop::WaitUntil(const std::function<bool()>& done, Clock::time_point de
   while (!myIsStopped && !done()) {
     const auto left = deadline - Clock::now();
     if (left <= Clock::duration::zero()) return;
-    // Inside a nested step nobody else is served, but readiness is still noted.
+    // Inside a nested pass no other socket is served, but readiness is still noted.
     if (!myIsNested && NestedStep()) continue;
-    const auto patience = std::min<Clock::duration>(left, kLongestWait);
+    const auto patience = std::min<Clock::duration>(left, kMaxWait);
     CollectReady(std::chrono::ceil<std::chrono::milliseconds>(patience));
   }
 }

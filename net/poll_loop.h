@@ -27,8 +27,8 @@ class TCPSocket;
 // Runs all sockets of the program on one thread, inside Qt's event loop.
 //
 // A pass asks which sockets are ready, runs the event pass of each, and lets every connection with
-// queued messages deliver one. A slice repeats passes while they find work, for 4 ms, then sends
-// what was written, for as long at most; what is left waits for the next slice, after Qt's turn.
+// queued messages deliver one. A slice repeats passes while they find work, for 4 ms, then flushes
+// output for at most as long. The rest waits for the next slice, after Qt's turn.
 //
 // Owns the poller, the memory of all connections and the delayed calls; keeps a socket alive only
 // while it has work for it. Needs a QCoreApplication, and outlives every socket that was made with
@@ -54,17 +54,18 @@ class PollLoop {
   void GiveWay();
 
   // Runs nested passes until `done` returns true (asked after each) or the deadline has passed.
-  // Sends what was written first.
+  // Flushes output first.
   void WaitUntil(const std::function<bool()>& done, Clock::time_point deadline);
 
-  // Ends it all, for good: no pass runs any more, written bytes are sent while peers take them, for
-  // 2 s at most, and all connections and listeners are closed. Raises no event.
+  // Ends the loop for good: no pass runs any more, written bytes are sent while peers take them,
+  // for 2 s at most, and all connections and listeners are closed. Raises no event.
   void Finish();
 
   // Calls the function once, before the next flush, the next write to any connection, or the end of
-  // one, whichever comes first. So what was coalesced for many peers reaches each in the order in
-  // which it would if it were written at once. One function waits at a time: another call runs the
-  // first. Call RunBeforeFlush before anything that the function borrows is destroyed.
+  // one, whichever comes first. A writer that coalesces output for many peers writes it there: each
+  // peer gets its bytes in the order of the single messages. One function waits at a time: another
+  // call runs the first. Call RunBeforeFlush before anything that the function borrows is
+  // destroyed.
   void CallBeforeFlush(std::function<void()> function);
   void RunBeforeFlush() {
     if (myBeforeFlush) std::exchange(myBeforeFlush, nullptr)();
@@ -123,7 +124,7 @@ class PollLoop {
   std::function<void()> myBeforeFlush;
   std::deque<std::shared_ptr<TCPSocket>> myUnsent;  // written to since their last send
 
-  std::optional<Clock::time_point> myHandlerStart;  // once it is known to be long
+  std::optional<Clock::time_point> myHandlerStart;  // of a handler that loops
   unsigned myGiveWayCount = 0;
   bool myIsNested = false;
   bool myIsInSlice = false;

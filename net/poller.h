@@ -10,18 +10,18 @@
 
 namespace corvane {
 
-// Which sockets are ready, asked of the operating system. A socket is reported when it becomes
-// ready; it may be reported again while it stays so. Its token comes back with each report.
+// Asks the operating system which sockets are ready. Edge-triggered: a socket is reported, with its
+// token, when it becomes ready; it may be reported again while it stays ready.
 class Poller {
  public:
   struct Ready {
     std::uint64_t token = 0;
     bool readable = false;
     bool writable = false;
-    bool hungUp = false;  // the peer ended or the connection failed: reading tells
+    bool hungUp = false;  // ended by the peer or failed; reading finds out which
   };
 
-  // `wake` is called from Qt's event loop when sockets are ready that were not asked for yet.
+  // `wake` is called from Qt's event loop when sockets have become ready since the last Wait.
   explicit Poller(std::function<void()> wake);
   ~Poller();
   Poller(const Poller&) = delete;
@@ -32,10 +32,10 @@ class Poller {
   // Call before the handle is closed.
   void Remove(os::SocketHandle handle);
 
-  // Wakes nobody any more.
+  // Stops calling `wake`, for good.
   void Quiet();
 
-  // What is ready now, waiting so long for the first. Valid until the next call.
+  // The sockets that are ready; waits at most this long for the first. Valid until the next call.
   std::span<const Ready> Wait(std::chrono::milliseconds patience);
 
  private:

@@ -14,9 +14,8 @@ namespace corvane {
 
 using namespace std::chrono_literals;
 
-// Edge-triggered, with reading and writing asked for once and for all: no system call changes the
-// interest of a socket afterwards. The epoll descriptor itself is readable while something is
-// ready, which is what wakes Qt.
+// epoll, edge-triggered. A socket's interest in reading and writing is registered once and never
+// changed. The epoll descriptor is readable while a socket is ready, which wakes Qt.
 struct Poller::System {
   explicit System(std::function<void()> wake)
       : descriptor(epoll_create1(EPOLL_CLOEXEC)), notifier(descriptor, QSocketNotifier::Read) {

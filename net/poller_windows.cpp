@@ -2,7 +2,7 @@
 #include <unordered_map>
 #include <vector>
 #include <winsock2.h>
-// It needs winsock2.h before it.
+// Needs winsock2.h before it.
 #include <windows.h>
 
 #include <QTimer>
@@ -15,16 +15,15 @@ namespace {
 constexpr UINT kSocketMessage = WM_USER;
 constexpr long kAllEvents = FD_READ | FD_WRITE | FD_ACCEPT | FD_CONNECT | FD_CLOSE;
 constexpr wchar_t kWindowClass[] = L"CorvanePoller";
-// The queue of a thread's messages holds 10,000 (USERPostMessageLimit), though a machine may be set
-// to 4,000. When so many have come at once, others may have found no place.
+// A thread's message queue holds 10,000 messages (USERPostMessageLimit, which may be set as low as
+// 4,000). When this many have come at once, others may have been lost.
 constexpr std::size_t kQueueMayHaveBeenFull = 3500;
 
 }  // namespace
 
-// The system posts a message to a window of ours, that nobody sees, when a socket becomes ready,
-// and the next when the socket was read or written in vain since: what epoll calls edge-triggered,
-// at a cost that does not grow with the sockets that are silent. Qt's loop, or a dialog's of the
-// system, hands the messages out.
+// The system posts a message to a hidden window when a socket becomes ready, and the next one after
+// a read or write that would block: edge-triggered, at a cost that does not grow with the number of
+// silent sockets. Qt's loop, or that of a system dialog, dispatches the messages.
 struct Poller::System {
   explicit System(std::function<void()> wakeFunction) {
     WNDCLASSEXW windowClass = {};
@@ -32,7 +31,7 @@ struct Poller::System {
     windowClass.lpfnWndProc = HandleMessage;
     windowClass.hInstance = GetModuleHandleW(nullptr);
     windowClass.lpszClassName = kWindowClass;
-    RegisterClassExW(&windowClass);  // fails for all but the first poller, which does no harm
+    RegisterClassExW(&windowClass);  // fails for all pollers but the first: harmless
     window = CreateWindowExW(0, kWindowClass, nullptr, 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
                              windowClass.hInstance, nullptr);
     if (window == nullptr) {
@@ -40,8 +39,8 @@ struct Poller::System {
                               "CreateWindowEx");
     }
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
-    // A timer of no length and not the message itself: the system hands out messages before the
-    // user's input, Qt does not.
+    // A zero timer and not the message itself: the system dispatches messages before the user's
+    // input, Qt does not.
     wake.setSingleShot(true);
     wake.setInterval(0);
     QObject::connect(&wake, &QTimer::timeout, std::move(wakeFunction));
@@ -61,7 +60,7 @@ struct Poller::System {
   }
 
   void Note(WPARAM socket, LPARAM what) {
-    // One that was closed meanwhile may still have messages on their way.
+    // A socket that was closed meanwhile may still have messages in the queue.
     const auto token = tokens.find(static_cast<os::SocketHandle>(socket));
     if (token == tokens.end()) return;
     const long event = WSAGETSELECTEVENT(what);
@@ -72,11 +71,11 @@ struct Poller::System {
 
   void TakeMessages() {
     MSG message;
-    // Messages that are sent, not posted, would run a handler in the middle of a pass.
+    // A sent message, unlike a posted one, would run a handler in the middle of a pass.
     while (PeekMessageW(&message, window, kSocketMessage, kSocketMessage,
                         PM_REMOVE | PM_QS_POSTMESSAGE)) {
       if (message.message == WM_QUIT) {
-        // It comes whatever was asked for, and is Qt's.
+        // Not filtered by the arguments, and meant for Qt.
         PostQuitMessage(static_cast<int>(message.wParam));
         return;
       }
@@ -88,8 +87,8 @@ struct Poller::System {
     if (!isQuiet && !wake.isActive()) wake.start();
   }
 
-  // Whoever takes a socket for ready that is not finds out by itself. Only of one that is
-  // connecting still, being writable would say that it is connected.
+  // Reporting a socket that is not ready does no harm, except that a connecting one would seem to
+  // be connected if it were writable.
   void NoteAll() {
     for (const auto& [socket, token] : tokens) {
       sockaddr_in peer;
@@ -121,7 +120,7 @@ int Poller::Add(os::SocketHandle handle, std::uint64_t token) {
 
 void Poller::Remove(os::SocketHandle handle) {
   WSAAsyncSelect(static_cast<SOCKET>(handle), mySystem->window, 0, 0);
-  // What was posted already must not be taken for news of the next socket of that number.
+  // Messages in the queue must not be taken for those of the next socket with this number.
   mySystem->TakeMessages();
   mySystem->tokens.erase(handle);
   if (!mySystem->arrived.empty()) mySystem->WakeSoon();

@@ -14,17 +14,16 @@
 namespace corvane {
 namespace {
 
-// How many new connections the system keeps for us. Where more come at once than it keeps, it
-// acknowledges and forgets them, and they wait for a greeting for ever; so the pool's number, which
-// says how many objects are made ahead, does not make it small.
-constexpr std::int32_t kLeastQueue = 4096;
-constexpr std::int32_t kMostQueue = 8192;
+// The accept backlog. The system acknowledges and then forgets connections above it, and their
+// clients wait for a greeting for ever; so a small minimum of idle objects does not make it small.
+constexpr std::int32_t kMinBacklog = 4096;
+constexpr std::int32_t kMaxBacklog = 8192;
 constexpr std::int64_t kBatch = 10;
-// Accepting is quick and greeting is not, so that many are accepted before they are greeted: the
-// system's queue drops whom it has no place for, and that client tries again a second later.
-constexpr int kMostAcceptsPerPass = 512;
-constexpr std::size_t kMostArrived = 16'384;
-constexpr std::chrono::milliseconds kLongestPass(2);
+// Accepting is quick and greeting is not, so many connections are accepted before they are greeted:
+// a client that finds the backlog full tries again only a second later.
+constexpr int kMaxAcceptsPerPass = 512;
+constexpr std::size_t kMaxArrived = 16'384;
+constexpr std::chrono::milliseconds kMaxHandOffTime(2);  // in one pass
 constexpr std::chrono::seconds kPause(1);
 
 }  // namespace
@@ -37,7 +36,7 @@ ServerSocket::ServerSocket(PollLoop& loop, std::int32_t minimumSocketsAvailable,
       myPool(myMinimum, myMaximum) {}
 
 ServerSocket::~ServerSocket() {
-  // They stay connected and find no listener when they end.
+  // Active connections stay connected, and find no listener when they end.
   for (const std::shared_ptr<TCPSocket>& socket : *myPool.ActiveSockets())
     socket->KeepAlive();
 }
@@ -54,8 +53,8 @@ void ServerSocket::SetMaximumSocketsConnected(std::int32_t value) {
 void ServerSocket::Listen() {
   Close();
   SetPending(kFill);
-  const int queue = std::clamp(myMinimum, kLeastQueue, kMostQueue);
-  const int error = OpenToListen(NetworkInterface, myPort, queue);
+  const int backlog = std::clamp(myMinimum, kMinBacklog, kMaxBacklog);
+  const int error = OpenToListen(NetworkInterface, myPort, backlog);
   if (error != 0) return Fail(error);
   myIsListening = true;
 }
@@ -122,9 +121,9 @@ bool ServerSocket::AddSockets(std::int64_t count) {
 void ServerSocket::Advance() {
   Accept();
   // A greeting may take long: the database may be locked.
-  const auto end = PollLoop::Clock::now() + kLongestPass;
+  const auto end = PollLoop::Clock::now() + kMaxHandOffTime;
   while (IsListening() && !myArrived.empty()) {
-    // Between hand-offs the pool is kept filled, or a rush would empty it.
+    // The pool is filled between hand-offs, or a rush would empty it.
     if (IsPending(kFill) || myIsStarved) FillStep();
     const os::Accepted next = myArrived.front();
     myArrived.pop_front();
@@ -135,12 +134,12 @@ void ServerSocket::Advance() {
 }
 
 void ServerSocket::Accept() {
-  for (int i = 0; i < kMostAcceptsPerPass && MayAccept(); ++i)
+  for (int i = 0; i < kMaxAcceptsPerPass && MayAccept(); ++i)
     AcceptOne();
 }
 
 bool ServerSocket::MayAccept() const {
-  return myIsReadable && IsListening() && !myIsPaused && myArrived.size() < kMostArrived;
+  return myIsReadable && IsListening() && !myIsPaused && myArrived.size() < kMaxArrived;
 }
 
 void ServerSocket::AcceptOne() {

@@ -15,22 +15,24 @@ namespace corvane {
 
 class TCPSocket;
 
-// A listener with a pool of connection objects that are made before they are needed: an accepted
-// connection is given to an idle one, which then raises Connected. When none is idle, or as many
-// are handed off as may be, the connection is closed without a word.
+// A listener with a pool of connection objects that are made ahead. An accepted connection is
+// handed off to an idle object, which then raises Connected. If none is idle, or the maximum is
+// handed off, the connection is closed without a message. Owns its descriptor, its idle objects and
+// connections that wait for their hand-off; shares the active objects with their users.
 //
 // States: created or closed (no descriptor), listening, stopped (descriptor open, nothing is
-// accepted), failed (Error was raised; Listen starts anew).
-// MinimumSocketsAvailable and MaximumSocketsConnected take effect at the next Listen: deliberate.
+// accepted), failed (Error was raised). Listen starts over from any of them. Without descriptors or
+// memory it stays listening, pauses for a second and tries again; Error is raised once for that.
+// MinimumSocketsAvailable and MaximumSocketsConnected deliberately take effect at the next Listen.
 class ServerSocket : public SocketCore {
  public:
-  // Values below 1 are raised to 1; the setters do not do that.
+  // Raises values below 1 to 1; the setters do not.
   ServerSocket(PollLoop& loop, std::int32_t minimumSocketsAvailable,
                std::int32_t maximumSocketsConnected);
   ~ServerSocket() override;
 
-  // The port that is bound while listening, else the one that was set. One outside 0 to 65535 is
-  // an error of Listen.
+  // The bound port while listening, else the one that was set. Listen fails for a port outside 0 to
+  // 65535.
   std::int32_t Port() const;
   void SetPort(std::int32_t port) { myPort = port; }
 
@@ -42,10 +44,10 @@ class ServerSocket : public SocketCore {
   std::int32_t MaximumSocketsConnected() const { return myMaximum; }
   void SetMaximumSocketsConnected(std::int32_t value);
 
-  // The objects handed off and not given back, in hand-off order: an immutable copy.
+  // The objects that are handed off and not given back, in hand-off order: an immutable snapshot.
   SocketPool::Active::Snapshot ActiveConnections() const { return myPool.ActiveSockets(); }
 
-  // Starts listening with a new pool, which is filled in the next pass. Error tells of a failure.
+  // Starts to listen with a new pool, which is filled in the next pass. Error reports a failure.
   void Listen();
   // Accepts no more; connections and idle objects stay.
   void StopListening();
@@ -54,13 +56,13 @@ class ServerSocket : public SocketCore {
   bool IsListening() const { return myIsListening; }
 
  protected:
-  // Events: a connection was accepted, and whether it may stay: it is asked again before an object
-  // is handed off, and where it may not the connection is closed without a word; one more idle
-  // object is needed (nothing may be returned); the listening descriptor failed; an object entered
-  // or left the active list.
+  // Returns whether an accepted connection may stay; if not, it is closed without a message. Called
+  // at the accept and again before the hand-off.
   virtual bool Event_Accepted(const os::Endpoint& /*peer*/) { return true; }
+  // Returns a new, unconnected object for the pool, or nothing.
   virtual std::shared_ptr<TCPSocket> Event_AddSocket() = 0;
   virtual void Event_Error(std::int32_t /*code*/) {}
+  // An object entered or left the active list.
   virtual void Event_HandedOff(const std::shared_ptr<TCPSocket>& /*socket*/) {}
   virtual void Event_GivenBack(const std::shared_ptr<TCPSocket>& /*socket*/) {}
 
@@ -79,7 +81,7 @@ class ServerSocket : public SocketCore {
   void PauseAccepting(int error);
   void GiveBack(const std::shared_ptr<TCPSocket>& socket);
   void LetGo(const std::shared_ptr<TCPSocket>& socket);
-  // Asks for so many objects; whether AddSocket gave any.
+  // Asks for so many objects; returns whether AddSocket gave any.
   bool AddSockets(std::int64_t count);
 
   inline static bool myIsFilling = false;  // one guard for the fill steps of all listeners
@@ -94,7 +96,7 @@ class ServerSocket : public SocketCore {
   bool myIsListening = false;
   bool myIsStarved = false;    // AddSocket gave nothing when it was needed
   bool myIsPaused = false;     // out of descriptors or memory
-  bool myIsExhausted = false;  // the same, reported already
+  bool myIsExhausted = false;  // the same, already reported
 };
 
 }  // namespace corvane

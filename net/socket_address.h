@@ -2,8 +2,8 @@
 
 #include "net/os_socket.h"
 
-// Addresses as the system wants them. For the platform halves of os_socket.h only, which include
-// the system's own headers before: both systems name these types and functions alike.
+// Converts addresses to and from the system's types. Only for the platform halves of os_socket.h,
+// which include the system's headers first: both systems use the same names.
 namespace corvane::os {
 
 inline bool ToSystem(const Endpoint& endpoint, sockaddr_in& address) {

@@ -31,7 +31,7 @@ void SocketCore::EventPass() {
 
 void SocketCore::SetPending(Event event) {
   myPending |= event;
-  // What becomes pending in the pass is mostly raised in it as well.
+  // Events that become pending inside a pass are usually raised in it.
   if (!myIsInPass) myLoop.RequestPass(*this);
 }
 
@@ -56,12 +56,12 @@ int SocketCore::Open(std::int32_t port) {
 }
 
 int SocketCore::OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port,
-                             int queue) {
+                             int backlog) {
   const std::string address = local ? local->IPAddress : std::string();
   int error = Open(port);
   if (error == 0) error = os::UseAddressExclusively(myHandle);
   if (error == 0) error = os::Bind(myHandle, {address, static_cast<std::uint16_t>(port)});
-  if (error == 0) error = os::Listen(myHandle, queue);
+  if (error == 0) error = os::Listen(myHandle, backlog);
   return error;
 }
 

@@ -14,9 +14,9 @@ namespace corvane {
 
 class PollLoop;
 
-// What a connection and a listener have in common: a descriptor that the loop watches, and events
-// that become pending and are raised, in a fixed order, when the loop runs the socket's event
-// pass. Made with std::make_shared; borrows its loop, which outlives it.
+// The base of connection and listener: a descriptor that the loop watches, and events that become
+// pending and are raised, in a fixed order, when the loop runs the socket's event pass. Made with
+// std::make_shared; owns the descriptor; borrows its loop, which outlives it.
 //
 // Re-entrancy: while one of its handlers is on the stack a socket is busy, and the loop gives it
 // no event pass until that handler has returned.
@@ -26,12 +26,12 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   SocketCore(const SocketCore&) = delete;
   SocketCore& operator=(const SocketCore&) = delete;
 
-  // The code of the last error, 0 while there was none.
+  // The system's code of the last error, 0 for none.
   int LastErrorCode() const { return myLastErrorCode; }
   os::SocketHandle Handle() const { return myHandle; }
 
-  // Raises what is pending: Connected, DataAvailable, SendComplete, the fill step, SendProgress,
-  // Error.
+  // Raises the pending events: Connected, DataAvailable, SendComplete, the fill step, SendProgress,
+  // Error, in this order.
   void EventPass();
 
  protected:
@@ -50,7 +50,7 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
 
   explicit SocketCore(PollLoop& loop) : myLoop(loop) {}
 
-  // Moves the socket on as far as its descriptor allows, which makes events pending.
+  // Accepts, connects, sends and receives as far as the descriptor allows; makes events pending.
   virtual void Advance() = 0;
 
   virtual void Event_Connected() {}
@@ -59,23 +59,24 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   virtual void FillStep() {}
   virtual void RaiseSendProgress() {}
   virtual void RaiseError() {}
-  // A handler did not get the memory that it needed.
+  // Called when a handler threw std::bad_alloc.
   virtual void RunOutOfMemory() = 0;
 
-  // Closes it without an event, when the loop ends.
+  // Closes the socket without an event, at the end of the loop.
   virtual void Finish() { CloseDescriptor(); }
 
-  // Makes the event pending and sees that an event pass comes.
+  // Makes the event pending and makes sure that an event pass comes.
   void SetPending(Event event);
   void ClearPending(unsigned events) { myPending &= ~events; }
   bool IsPending(Event event) const { return (myPending & event) != 0; }
 
-  // These return an error code, 0 for success. Makes the descriptor the socket's own, watched by
-  // the loop; opens a new one, for a port that has to be one; opens one that listens there, on all
-  // addresses where no interface is given.
+  // These return an error code, 0 for success.
+  // Takes the descriptor over and makes the loop watch it.
   int Attach(os::SocketHandle handle);
+  // Opens a new descriptor; fails for a port outside 0 to 65535.
   int Open(std::int32_t port);
-  int OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port, int queue);
+  // The same, and listens: without an interface on all addresses.
+  int OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port, int backlog);
   // Closes the descriptor, if there is one.
   void CloseDescriptor();
   // Keeps the socket alive while it is watched.

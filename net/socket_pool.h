@@ -12,8 +12,8 @@ namespace corvane {
 
 class TCPSocket;
 
-// The connections of one listener: those that wait to be handed off, those that were, and how many
-// more may be. A stack of the idle ones, the active ones in hand-off order.
+// The connection objects of one listener: a stack of idle ones, the active ones in hand-off order,
+// and how many more may be handed off.
 class SocketPool {
  public:
   using Sockets = std::vector<std::shared_ptr<TCPSocket>>;
@@ -27,7 +27,7 @@ class SocketPool {
   bool CanHandOff() const { return myBudget > 0 && !myIdle.empty(); }
   // Moves the idle object that was added last to the active ones and takes 1 off the budget.
   std::shared_ptr<TCPSocket> HandOff();
-  // The reverse for an object that ends: off the active list, 1 more to hand out.
+  // Removes an object that ends from the active ones and adds 1 to the budget.
   void GiveBack(const TCPSocket& socket);
 
   Active::Snapshot ActiveSockets() const { return myActive.Get(); }

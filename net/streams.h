@@ -11,10 +11,10 @@ class Readable {
  public:
   virtual ~Readable() = default;
 
-  // Up to so many bytes, fewer when fewer are there.
+  // Returns at most so many bytes, fewer if fewer are there.
   virtual std::string Read(std::size_t count) = 0;
-  // Whether nothing is left to read and nothing more will come. (The standard library's macro
-  // takes the plain name.)
+  // Whether nothing is left to read and nothing more will come. (EOF is a macro of the standard
+  // library.)
   virtual bool IsEOF() const = 0;
   virtual bool ReadError() const = 0;
 };
@@ -25,20 +25,20 @@ class Writeable {
   virtual ~Writeable() = default;
 
   virtual void Write(std::string_view bytes) = 0;
-  // Passes on what is still kept back.
+  // Sends the bytes that are still buffered.
   virtual void Flush() = 0;
   virtual bool WriteError() const = 0;
 };
 
-// What the loop polls once a pass while something is queued.
+// An object that the loop polls once a pass while it has something queued.
 class _Pollable {
  public:
   virtual ~_Pollable() = default;
 
-  // Delivers one thing that is queued, except while one of its handlers is on the stack; whether
-  // it did.
+  // Delivers one queued item, except while one of its handlers is on the stack. Returns whether it
+  // did.
   virtual bool _Poll() = 0;
-  // Asked after every poll: whether it stays on the loop's list. It is off the list from a no on.
+  // Called after every poll; false takes the object off the loop's list.
   virtual bool StaysQueued() = 0;
 };
 

@@ -13,10 +13,10 @@
 namespace corvane {
 namespace {
 
-// Output above this is sent while it is written, so that a long relay does not pile up memory.
+// Output above this is sent at once, or a long relay would pile up memory.
 constexpr std::size_t kFlushAt = 64 * 1024;
-constexpr int kMostLastReads = 16;
-constexpr std::size_t kMuch = 16;  // much is the bound of one connection's output by this
+constexpr int kMaxLastReads = 16;
+constexpr std::size_t kBehindShare = 16;  // of its output limit, from which on a peer is behind
 
 std::size_t TotalSize(std::span<const std::string_view> pieces) {
   std::size_t size = 0;
@@ -108,7 +108,7 @@ void TCPSocket::Receive() {
   if (os::WouldBlock(received.error)) {
     myIsReadable = false;
     myIsHungUp = false;
-    // Nothing more will come from a peer that our bytes do not reach any more.
+    // Nothing more will come from a peer that our bytes no longer reach.
     if (mySendError != 0) Fail(mySendError);
     return;
   }
@@ -116,7 +116,7 @@ void TCPSocket::Receive() {
   if (received.bytes == 0) return EndByPeer();
   if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();
   myLoop.Counted().received += received.bytes;
-  // A short read has drained the socket, but for the end of the connection that may follow.
+  // A short read has emptied the socket, but the end of the connection may follow.
   myIsReadable = myIsHungUp || mySendError != 0 || received.bytes == scratch.size();
   SetPending(kDataAvailable);
   ResumeInput();
@@ -124,7 +124,7 @@ void TCPSocket::Receive() {
 }
 
 void TCPSocket::EndByPeer() {
-  // It may still read.
+  // The peer may still read.
   myLoop.RunBeforeFlush();
   if (myState != State::Connected) return;
   myLastErrorCode = os::kConnectionReset;
@@ -166,7 +166,7 @@ void TCPSocket::FailForMemory() {
 
 void TCPSocket::RaiseError() {
   Event_Error();
-  // Unless the handler used the socket anew, be it in vain.
+  // The handler may have started another connection, even one that has failed.
   const bool isOver = myState == State::Ended || myState == State::Failed;
   if (isOver && !IsPending(kError)) Close();
 }
@@ -212,8 +212,8 @@ void TCPSocket::CheckDrain(std::size_t leftBefore) {
 
 void TCPSocket::Finish() {
   os::EndSending(Handle());
-  // Closing with bytes unread would reset the connection and may lose what was just sent.
-  for (int i = 0; i < kMostLastReads; ++i) {
+  // Closing with bytes unread would reset the connection, and the peer might lose what was sent.
+  for (int i = 0; i < kMaxLastReads; ++i) {
     if (os::Receive(Handle(), myLoop.Scratch()).bytes == 0) break;
   }
   EndConnection();
@@ -263,7 +263,7 @@ bool TCPSocket::IsFull() const {
 
 TCPSocket::Reading TCPSocket::HowPeerReads(PollLoop::Clock::time_point now) const {
   const ConnectionMemory::Limits& bounds = myLoop.Memory().bounds;
-  if (myOutput.Size() < bounds.connectionOutput / kMuch) return Reading::KeepsUp;
+  if (myOutput.Size() < bounds.connectionOutput / kBehindShare) return Reading::KeepsUp;
   return now - myLastMoved < bounds.drain ? Reading::IsBehind : Reading::IsStuck;
 }
 
@@ -299,7 +299,7 @@ bool TCPSocket::MaySend() const {
 
 void TCPSocket::Flush() {
   myAwaitsFlush = false;
-  std::array<std::string_view, os::kMostPieces> room;
+  std::array<std::string_view, os::kMaxPieces> room;
   while (MaySend() && !myAwaitsWritable && !myOutput.IsEmpty()) {
     const auto pieces = myOutput.First(room);
     const os::Transfer sent = os::Send(Handle(), pieces);
@@ -334,7 +334,7 @@ void TCPSocket::FailToSend(int error) {
   mySendError = error;
   myOutput.Clear();
   if (myState == State::Draining) return EndConnection();
-  // The peer's last messages may still wait to be read, so reading finds out how it ended.
+  // The peer's last messages may still be unread, so reading finds out how the connection ended.
   myIsReadable = true;
   ResumeInput();
 }

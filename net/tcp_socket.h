@@ -37,7 +37,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   explicit TCPSocket(PollLoop& loop);
   ~TCPSocket() override;
 
-  // Where to connect to (dotted IPv4), or what to listen on; set before Connect and Listen.
+  // The peer's address (dotted IPv4) and port, or the port to listen on, and the interface to use.
+  // Set before Connect and Listen.
   std::string Address;
   std::int32_t Port = 0;
   std::optional<NetworkInterface> LocalInterface;
@@ -46,7 +47,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual void Connect();
   virtual void Listen();
 
-  // Ends the connection; what was written is still sent. Harmless on a closed socket.
+  // Ends the connection; written bytes are still sent. Harmless on a closed socket.
   virtual void Close();
   virtual void Disconnect() { Close(); }
 
@@ -64,9 +65,9 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
 
   std::string Read(std::size_t count) override;
   virtual std::string ReadAll();
-  // What has arrived and was not read yet, without reading it.
+  // The unread input, which stays unread.
   virtual std::string Lookahead() const;
-  // Drops what has arrived and was not read yet.
+  // Drops the unread input.
   virtual void Purge();
   bool IsEOF() const override;
   bool ReadError() const override { return LastErrorCode() != 0; }
@@ -81,7 +82,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // socket's own handlers, so all answers to one message are sent.
   void Write(std::string_view bytes) override;
   void Write(const Slice& slice);
-  // Sends what the system takes now; the rest follows when the peer has room. The loop calls it.
+  // Sends as much as the system takes; the rest follows when the peer has room. The loop calls it.
   void Flush() final;
   bool WriteError() const override { return LastErrorCode() != 0; }
   std::size_t BytesLeftToSend() const { return myOutput.Size(); }
@@ -103,7 +104,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // While true, nothing more is read from the peer; call ResumeInput when it becomes false.
   virtual bool HoldsInput() const { return false; }
   void ResumeInput();
-  // Ends the connection as the peer's orderly end does: what was written is still sent.
+  // Ends the connection as the peer's orderly end does: written bytes are still sent.
   void EndByPeer();
   // Whether the peer has ended its sending, or the connection, with input left to read.
   bool HasHungUp() const { return myIsHungUp; }

@@ -9,19 +9,19 @@ namespace corvane {
 class SocketCore;
 class TCPSocket;
 
-// The sockets whose descriptors are watched, by token. The number of a closed descriptor comes
-// back with the next one; a token does not, so readiness that was noted for a socket that is gone
-// finds nobody.
+// The sockets whose descriptors are watched, by token. Owns none of them. The system reuses the
+// number of a closed descriptor at once, but a token is never reused: readiness that was noted for
+// a socket that is gone finds none.
 class WatchList {
  public:
-  // 0 is no socket's token.
+  // Returns the socket's token, never 0.
   std::uint64_t Add(SocketCore& socket);
   void Remove(std::uint64_t token);
-  // None for a token that is no more.
+  // Null for the token of a socket that was removed.
   SocketCore* Find(std::uint64_t token) const;
 
   std::vector<std::shared_ptr<SocketCore>> All() const;
-  // Those that are no listeners.
+  // The same without listeners.
   std::vector<std::shared_ptr<TCPSocket>> Connections() const;
 
  private:

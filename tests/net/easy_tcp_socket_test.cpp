@@ -23,14 +23,14 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 using testing::ElementsAre;
 
-// More than the system takes at once.
+// More than the system's buffers hold.
 std::string Large() {
   std::string text;
   text.resize(12'000'000, 'x');
   return text;
 }
 
-// Takes what there is to read, and whether it was the end.
+// Appends the bytes that can be read; returns whether the end was reached.
 bool ReadsToTheEnd(os::SocketHandle peer, std::string& received) {
   std::vector<char> buffer(100'000);
   os::Transfer part;
@@ -43,7 +43,7 @@ bool ReadsToTheEnd(os::SocketHandle peer, std::string& received) {
 
 using EasyTCPSocketTest = ConnectionTest;
 
-TEST_F(EasyTCPSocketTest, MessagesArriveWholeHoweverTheirBytesDo) {
+TEST_F(EasyTCPSocketTest, MessagesArriveWholeFromAnyPieces) {
   const std::vector<WireMessage> messages = {{4, "a"}, {-7, "\xC3\xA9"}, {0, ""}, {1, "x\0y"s}};
   std::string stream;
   std::vector<std::string> expected;
@@ -84,7 +84,7 @@ TEST_F(EasyTCPSocketTest, ConnectionsTakeTurnsMessageByMessage) {
   std::string burst;
   for (int i = 0; i < 3; ++i)
     burst += WireBytes(1, std::to_string(i));
-  // Held until both bursts are there, so that the turns do not depend on what arrives when.
+  // Held until both bursts are there: the turns must not depend on the times of arrival.
   socket->HoldMessages(true);
   server->Active(1)->HoldMessages(true);
   client->SendBytes(burst);
@@ -98,8 +98,8 @@ TEST_F(EasyTCPSocketTest, ConnectionsTakeTurnsMessageByMessage) {
                                        other + " 1 1", Name() + " 1 2", other + " 1 2"));
 }
 
-// Or may have: by its header alone.
-TEST_F(EasyTCPSocketTest, LengthThatNoMessageHasClosesWithoutAnError) {
+// The header is enough, also for a length above the limit.
+TEST_F(EasyTCPSocketTest, InvalidLengthClosesWithoutAnError) {
   for (const std::int32_t length : {0, 1, 7, -1, INT32_MIN, 101}) {
     const auto hostile = Connect();
     server->Active(1)->LimitMessages(100);
@@ -125,8 +125,8 @@ TEST_F(EasyTCPSocketTest, AnnouncedLengthCostsNothingUntilItsBytesCome) {
   EXPECT_EQ(loop.Memory().input.InUse(), 0U);
 }
 
-// Far more than the system takes at once is on its way when the peer ends its sending. The peer
-// reads by itself: Wine does not report what is left to read once both sides have ended.
+// The message is larger than the system's buffers. The peer polls by itself: Wine does not report
+// unread bytes once both sides have ended.
 TEST_F(EasyTCPSocketTest, PeerThatEndedItsSendingGetsAllThatIsWritten) {
   const std::string large = Large();
   const os::SocketHandle other = ConnectSilent();
@@ -142,7 +142,7 @@ TEST_F(EasyTCPSocketTest, PeerThatEndedItsSendingGetsAllThatIsWritten) {
   os::CloseSocket(other);
 }
 
-TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForThoseWhoRead) {
+TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForPeersThatRead) {
   const std::array peers = {ConnectSilent(), ConnectSilent()};
   for (std::size_t i = 1; i < 3; ++i)
     server->Active(i)->SendMessage(1, Large());
@@ -165,7 +165,7 @@ TEST_F(EasyTCPSocketTest, EndOfTheLoopWaitsForThoseWhoRead) {
   EXPECT_EQ(server->Handle(), os::kNoSocket);
   reading.join();
   EXPECT_EQ(received[0], all);
-  EXPECT_LT(received[1], all) << "waits for one that takes nothing for a second";
+  EXPECT_LT(received[1], all) << "waited for a peer that takes nothing for a second";
   std::ranges::for_each(peers, os::CloseSocket);
 }
 
@@ -175,7 +175,7 @@ TEST_F(EasyTCPSocketTest, FailedSendDoesNotLoseWhatThePeerSentBefore) {
   server->log.clear();
   os::Send(peer, WireBytes(1, "last words"));
   os::CloseSocket(peer);
-  // The first is answered by a reset, the next one fails.
+  // The first send is answered by a reset; the next one fails.
   do {
     FlushNow(loop);
     connection->SendMessage(5, "");

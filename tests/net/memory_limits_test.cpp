@@ -13,13 +13,13 @@ using namespace std::chrono_literals;
 using namespace std::string_literals;
 using testing::ElementsAre;
 
-// 300,000 bytes of input for all.
+// At most 300,000 bytes of input for all connections together.
 class InputLimitTest : public ConnectionTest {
  protected:
   InputLimitTest() : ConnectionTest({.input = 300'000}) {}
 };
 
-TEST_F(InputLimitTest, WhoeverHoldsMostFailsAndNobodyElse) {
+TEST_F(InputLimitTest, OnlyTheConnectionThatHoldsMostFails) {
   const auto second = Connect();
   const auto third = Connect();
   server->log.clear();
@@ -48,7 +48,7 @@ class OutputLimitTest : public ConnectionTest {
 
   static constexpr std::size_t kBound = 1'000'000;
 
-  // Fills the connection until the system takes no more and so many bytes are left unsent.
+  // Writes to the connection until so many bytes are left that the system does not take.
   void Fill(RecordingSocket& connection, std::size_t bytes) {
     const std::string message(10'000, 'x');
     while (connection.IsConnected() && connection.BytesLeftToSend() < bytes) {
@@ -77,7 +77,7 @@ TEST_F(OutputLimitTest, PeerThatNeverReadsFailsInThePassAfter) {
   EXPECT_EQ(server->ActiveCount(), 0U);
 }
 
-TEST_F(OutputLimitTest, ClosedConnectionWhosePeerNeverReadsIsLetGo) {
+TEST_F(OutputLimitTest, ClosedConnectionWhosePeerNeverReadsIsReleased) {
   const os::SocketHandle silent = ConnectSilent();
   Fill(*server->Active(1), kBound);
   server->Active(1)->Close();

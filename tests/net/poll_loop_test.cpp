@@ -20,9 +20,9 @@ class GiveWayTest : public NetTest {
     server->log.clear();
   }
 
-  // A walk over many elements that goes on until `count` events are logged, or for so long.
-  void WalkUntilLogged(std::size_t count, std::chrono::milliseconds longest = 5s) {
-    const auto end = PollLoop::Clock::now() + longest;
+  // Walks over elements until `count` events are logged, or the timeout has passed.
+  void WalkUntilLogged(std::size_t count, std::chrono::milliseconds timeout = 5s) {
+    const auto end = PollLoop::Clock::now() + timeout;
     while (server->log.size() < count && PollLoop::Clock::now() < end)
       loop.GiveWay();
   }
@@ -31,7 +31,7 @@ class GiveWayTest : public NetTest {
   std::unique_ptr<TestClient> second;
 };
 
-TEST_F(GiveWayTest, LongWalkLetsTheOthersInButNotItsOwnSession) {
+TEST_F(GiveWayTest, LongWalkServesTheOthersButNotItsOwnSession) {
   server->Active(0)->whenReceived = [this](std::int32_t command, std::string_view) {
     if (command != 1) return;
     second->SendBytes(WireBytes(5, "meanwhile"));
@@ -46,7 +46,7 @@ TEST_F(GiveWayTest, LongWalkLetsTheOthersInButNotItsOwnSession) {
               ElementsAre(one + " 1 walk", other + " 5 meanwhile", "walked", one + " 2 own"));
 }
 
-TEST_F(GiveWayTest, NestsOneLevelDeepAndLetsAnswersOut) {
+TEST_F(GiveWayTest, NestsOneLevelDeepAndSendsAnswers) {
   const auto third = Connect();
   server->log.clear();
   bool nestedWalkWasServed = false;
@@ -54,7 +54,7 @@ TEST_F(GiveWayTest, NestsOneLevelDeepAndLetsAnswersOut) {
   server->Active(0)->whenReceived = [&](std::int32_t, std::string_view) {
     second->SendBytes(WireBytes(5, ""));
     WalkUntilLogged(2);
-    // The step that let the other in has sent its answer, though this handler has not returned.
+    // The nested pass has sent the other's answer, though this handler has not returned.
     answered = second->DropWhatCame();
   };
   server->Active(1)->whenReceived = [&](std::int32_t, std::string_view) {
@@ -70,7 +70,7 @@ TEST_F(GiveWayTest, NestsOneLevelDeepAndLetsAnswersOut) {
   EXPECT_FALSE(nestedWalkWasServed);
 }
 
-TEST_F(GiveWayTest, SessionThatWalksHearsOfItsOwnEndAfterwards) {
+TEST_F(GiveWayTest, SessionThatWalksGetsItsOwnEndAfterwards) {
   server->Active(0)->whenReceived = [this](std::int32_t, std::string_view) {
     first->Abort();
     second->SendBytes(WireBytes(5, ""));
@@ -106,20 +106,20 @@ TEST_F(GiveWayTest, QtGetsItsTurnWhileManyEndAtOnce) {
   EXPECT_GE(turnsAtEnds.back() - turnsAtEnds.front(), static_cast<int>(kMany) / 2);
 }
 
-TEST_F(GiveWayTest, WhatAFlushHasNoTimeForLeavesWithTheNext) {
+TEST_F(GiveWayTest, OutputThatAFlushHasNoTimeForLeavesWithTheNext) {
   std::shared_ptr<void> slowEnd(nullptr, [](void*) { std::this_thread::sleep_for(20ms); });
   server->Active(1)->whenReceived = [end = std::move(slowEnd)](std::int32_t, std::string_view) {};
   server->Active(0)->whenReceived = [this](std::int32_t, std::string_view) {
     server->Active(1)->SendMessage(6, "");
     server->Active(0)->SendMessage(7, "");
-    // It is destroyed by the flush, which takes all of its time.
+    // The flush destroys it, which takes all of the flush's time.
     server->Active(1)->Close();
   };
   first->Send(1, "");
   EXPECT_EQ(first->Receive(), (WireMessage{7, ""}));
 }
 
-TEST(WatchList, ReadinessOfASocketThatIsGoneFindsNobody) {
+TEST(WatchList, ReadinessOfASocketThatIsGoneFindsNone) {
   PollLoop loop([] {});
   const auto socket = std::make_shared<TCPSocket>(loop);
   WatchList list;
@@ -129,7 +129,7 @@ TEST(WatchList, ReadinessOfASocketThatIsGoneFindsNobody) {
   EXPECT_EQ(list.Find(old), nullptr);
   const std::uint64_t next = list.Add(*socket);
   EXPECT_EQ(list.Find(next), socket.get());
-  EXPECT_EQ(list.Find(old), nullptr) << "its place was taken anew";
+  EXPECT_EQ(list.Find(old), nullptr) << "its place was reused";
   list.Remove(next);
 }
 

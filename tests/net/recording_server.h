@@ -32,9 +32,9 @@ class RecordingSocket : public EasyTCPSocket {
   using EasyTCPSocket::HoldMessages;
   using EasyTCPSocket::LimitMessages;
 
-  // Runs inside ReceivedMessage, behind the note.
+  // Runs inside ReceivedMessage, after the note.
   std::function<void(std::int32_t, std::string_view)> whenReceived;
-  // Runs inside Error, behind the note.
+  // Runs inside Error, after the note.
   std::function<void()> whenEnded;
 
  protected:
@@ -92,20 +92,20 @@ class RecordingServer : public ServerSocket {
   }
 };
 
-// A loop and a server that listens, closed in the right order.
+// A loop and a server, closed in the right order.
 class NetTest : public testing::Test {
  protected:
   explicit NetTest(ConnectionMemory::Limits limits = {})
       : loop([] { std::rethrow_exception(std::current_exception()); }, limits) {}
 
-  // Sends nothing more until the server has connected the client.
+  // Returns when the server has connected the client.
   std::unique_ptr<TestClient> Connect() {
     const std::size_t before = server->ActiveCount();
     auto client = std::make_unique<TestClient>(server->Port());
     PumpUntil([&] { return server->ActiveCount() > before; });
     return client;
   }
-  // The same for a peer that reads only when it is told to.
+  // The same for a peer that reads only when the test does.
   os::SocketHandle ConnectSilent() {
     const std::size_t before = server->ActiveCount();
     const os::SocketHandle peer = SilentPeer(server->Port());
@@ -113,7 +113,7 @@ class NetTest : public testing::Test {
     return peer;
   }
 
-  // So many connect before the first is accepted, and are closed with the test.
+  // Connects so many peers before the first is accepted; they are closed after the test.
   void Rush(std::size_t count, const std::function<void()>& beforeTheyConnect = {}) {
     std::vector<os::SocketHandle> peers(count);
     std::ranges::generate(peers, [] { return os::OpenSocket().handle; });
@@ -129,7 +129,7 @@ class NetTest : public testing::Test {
   std::vector<os::SocketHandle> rush;
 };
 
-// A client whose connection was accepted and is the first.
+// A listening server with one client.
 class ConnectionTest : public NetTest {
  protected:
   explicit ConnectionTest(ConnectionMemory::Limits limits = {}) : NetTest(limits) {

@@ -23,7 +23,7 @@ class DescriptorLimitTest : public NetTest {
  protected:
   DescriptorLimitTest() {
     getrlimit(RLIMIT_NOFILE, &before);
-    // The sanitizers look at a type once, and need descriptors for it.
+    // The sanitizers need descriptors when they meet a type for the first time.
     EXPECT_THAT(server->errors, ElementsAre());
   }
   void TearDown() override {
@@ -31,8 +31,8 @@ class DescriptorLimitTest : public NetTest {
     NetTest::TearDown();
   }
 
-  // So many connect to a process that may open so many descriptors more, until it says that it has
-  // none.
+  // Connects so many peers to a process with so many free descriptors, until it reports that it is
+  // out of them.
   void Exhaust(std::size_t count, rlim_t left) {
     const std::size_t errors = server->errors.size();
     Rush(count, [this, left] {
@@ -44,13 +44,13 @@ class DescriptorLimitTest : public NetTest {
     });
     EXPECT_TRUE(PumpUntil([&] { return server->errors.size() > errors; }));
   }
-  // The same for long enough that it tries several times; how many are served.
+  // The same for several attempts of the server; returns how many peers were served.
   std::size_t ServedOf(std::size_t count, rlim_t left) {
     const std::size_t served = server->ActiveCount();
     Exhaust(count, left);
     PumpFor(std::chrono::milliseconds(2'500));
     const std::size_t more = server->ActiveCount() - served;
-    setrlimit(RLIMIT_NOFILE, &before);  // the sanitizers' own checks need descriptors
+    setrlimit(RLIMIT_NOFILE, &before);  // the sanitizers' checks need descriptors
     return more;
   }
 
@@ -100,7 +100,7 @@ TEST_F(NetTest, AcceptedConnectionHasTheListenersOptions) {
   EXPECT_EQ(option(SOL_SOCKET, SO_KEEPALIVE), 1);
   EXPECT_EQ(option(IPPROTO_TCP, TCP_KEEPIDLE), 60);
   EXPECT_EQ(option(IPPROTO_TCP, TCP_USER_TIMEOUT), 90'000);
-  // A program that is started by this one must not keep the port.
+  // A child process must not keep the port.
   for (const os::SocketHandle handle : {server->Handle(), server->Active(0)->Handle()})
     EXPECT_EQ(fcntl(static_cast<int>(handle), F_GETFD), FD_CLOEXEC);
 }

@@ -16,7 +16,7 @@ class ServerSocketTest : public NetTest {
   bool Asked(int count) {
     return PumpUntil([&] { return server->asked >= count; });
   }
-  // Whether one more client is connected and served, and not closed at once.
+  // Connects one more client; returns whether it is served, and not closed at once.
   bool ServesOneMore() {
     const std::size_t before = server->log.size();
     auto client = std::make_unique<TestClient>(server->Port());
@@ -88,11 +88,11 @@ TEST_F(ServerSocketTest, CloseKeepsConnectionsThatNoLongerCount) {
   EXPECT_FALSE(ServesOneMore()) << "an older listener's connection gave back a place";
 }
 
-TEST_F(ServerSocketTest, ListenerMayGoWhileTheLoopStillHasWorkForIt) {
+TEST_F(ServerSocketTest, ListenerMayBeDestroyedWhileTheLoopHasWorkForIt) {
   server->Listen();
   const auto client = Connect();
   server->SetMaximumSocketsConnected(5);
-  server.reset();  // the loop's list holds the last reference, and the loop ends next
+  server.reset();  // the loop, which ends next, holds the last reference
 }
 
 TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
@@ -101,7 +101,7 @@ TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
   second->SetPort(server->Port());
   second->Listen();
   EXPECT_FALSE(second->IsListening());
-  EXPECT_EQ(second->Port(), server->Port()) << "what was set";
+  EXPECT_EQ(second->Port(), server->Port()) << "the port that was set";
   for (const std::int32_t port : {-1, 65'536}) {
     second->SetPort(port);
     second->Listen();
@@ -113,14 +113,14 @@ TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
               ElementsAre(kAddressInUse, kInvalidArgument, kInvalidArgument, kAddressNotAvailable));
 }
 
-TEST_F(ServerSocketTest, RushIsServedHoweverSmallThePool) {
+TEST_F(ServerSocketTest, RushIsServedFromASmallPool) {
   server->SetMaximumSocketsConnected(1'000);
   server->Listen();
   Rush(300);
   EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 300; }));
 }
 
-TEST_F(ServerSocketTest, SlowGreetingsOfARushLetTheOthersInBetween) {
+TEST_F(ServerSocketTest, OthersAreServedBetweenSlowGreetingsOfARush) {
   server->greetingTakes = std::chrono::milliseconds(10);
   server->Listen();
   const auto early = Connect();
@@ -130,7 +130,7 @@ TEST_F(ServerSocketTest, SlowGreetingsOfARushLetTheOthersInBetween) {
   EXPECT_THAT(server->log.back(), testing::EndsWith(" connected"));
 }
 
-TEST_F(ServerSocketTest, CloseEndsThoseWhoWaitToBeHandedOff) {
+TEST_F(ServerSocketTest, CloseEndsConnectionsThatWaitForTheirHandOff) {
   constexpr std::ptrdiff_t kMany = 8;
   server->greetingTakes = std::chrono::milliseconds(20);
   server->Listen();
@@ -151,7 +151,7 @@ TEST_F(ServerSocketTest, CloseEndsThoseWhoWaitToBeHandedOff) {
 TEST_F(ServerSocketTest, ListensAgainWhileOldConnectionsLinger) {
   server->Listen();
   const auto client = Connect();
-  // Who closes first keeps the address busy for a while.
+  // The side that closes first keeps the address busy for a while.
   server->Active(0)->Close();
   EXPECT_TRUE(client->WasClosedByServer());
   server->SetPort(server->Port());

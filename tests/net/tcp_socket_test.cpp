@@ -53,7 +53,7 @@ TEST_F(TCPSocketTest, ReadsWhatWasWritten) {
   EXPECT_EQ(left->Read(1), "");
 }
 
-TEST_F(TCPSocketTest, TellsHowSendingGoesOn) {
+TEST_F(TCPSocketTest, ReportsTheProgressOfSending) {
   const std::size_t size = 8'000'000;
   right->Write(std::string(size, 'x'));
   EXPECT_EQ(right->completed, 0);
@@ -73,12 +73,12 @@ TEST_F(TCPSocketTest, ConnectDropsWhatTheLastConnectionHeld) {
   EXPECT_EQ(right->BytesLeftToSend(), 0U);
 }
 
-TEST_F(TCPSocketTest, EndsOnceWithWhatIsUnreadStillThere) {
+TEST_F(TCPSocketTest, EndsOnceAndKeepsUnreadInput) {
   right->Write("last");
   right->Disconnect();
   EXPECT_TRUE(PumpUntil([this] { return left->errors > 0; }));
   EXPECT_EQ(left->errors, 1);
-  EXPECT_EQ(right->errors, 0) << "it closed by itself";
+  EXPECT_EQ(right->errors, 0) << "its own side closed";
   EXPECT_TRUE(left->ReadError());
   EXPECT_FALSE(left->IsEOF());
   left->Purge();
