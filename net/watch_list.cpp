@@ -27,19 +27,15 @@ std::uint64_t WatchList::Add(SocketCore& socket) {
 }
 
 void WatchList::Remove(std::uint64_t token) {
-  if (!Holds(token)) return;
+  if (Find(token) == nullptr) return;
   mySlots[IndexOf(token)].socket = nullptr;
   myFree.push_back(IndexOf(token));
 }
 
 SocketCore* WatchList::Find(std::uint64_t token) const {
-  return Holds(token) ? mySlots[IndexOf(token)].socket : nullptr;
-}
-
-bool WatchList::Holds(std::uint64_t token) const {
   const std::uint32_t index = IndexOf(token);
-  return index < mySlots.size() && mySlots[index].socket != nullptr &&
-         mySlots[index].generation == static_cast<std::uint32_t>(token >> 32);
+  const bool isKnown = index < mySlots.size() && mySlots[index].generation == token >> 32;
+  return isKnown ? mySlots[index].socket : nullptr;
 }
 
 std::vector<std::shared_ptr<SocketCore>> WatchList::All() const {

@@ -30,8 +30,6 @@ class WatchList {
     std::uint32_t generation = 0;
   };
 
-  bool Holds(std::uint64_t token) const;
-
   std::vector<Slot> mySlots;
   std::vector<std::uint32_t> myFree;
 };
