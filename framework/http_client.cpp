@@ -124,8 +124,9 @@ bool Transfer::Read() {
 void Transfer::Finish() {
   if (!Read()) return;
   const int status = myReply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-  // A reply that is shorter than announced is such an error, too.
-  if (myReply->error() != QNetworkReply::NoError || status != kOk) return Fail();
+  // When the connection is cut at a bad moment, Qt 6.4 reports no error.
+  const bool isWhole = Announced() < 0 || Announced() == myReceived;
+  if (myReply->error() != QNetworkReply::NoError || status != kOk || !isWhole) return Fail();
   if (IsToFile() && (myReceived == 0 || !PutFileInPlace())) return Fail();
   Tell({true, std::exchange(myBody, {})});
 }

@@ -69,6 +69,14 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
       {"/partial", {"HTTP/1.1 206 Part\r\nContent-Length: 4\r\n\r\npage"}, "failed"},
       {"/too-large", {"HTTP/1.0 200 OK\r\n\r\n" + std::string(5000, 'x')}, "failed"},
       {"/short", {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\npage"}, "failed"},
+      {"/chunks",
+       {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\npage\r\n0\r\n\r\n"},
+       "page"},
+      // Its end comes before its length.
+      {"/short-chunks",
+       {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\nTransfer-Encoding: chunked\r\n\r\n"
+        "4\r\npage\r\n0\r\n\r\n"},
+       "failed"},
       {"/noise", {std::string(300, '\x80')}, "failed"},
       {"/error", {"HTTP/1.1 500 Oops\r\nContent-Length: 4\r\n\r\npage"}, "failed"},
       {"/hangs", {"", false}, "failed", milliseconds(50)},
