@@ -9,7 +9,6 @@
 
 #include "platform/standard_error.h"
 #include "storage/outsider_guard.h"
-#include "storage/quoted_identifier.h"
 
 namespace corvane {
 
@@ -118,7 +117,8 @@ bool DatabaseConnection::Connect(const QString& file) {
     sqlite3_exec(myDatabase, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
     // What an outsider's query sorts stays where it is bounded.
     sqlite3_exec(myDatabase, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
-    if (Run("PRAGMA synchronous=EXTRA", {}) && Run("SELECT count(*) FROM sqlite_master", {})) {
+    if (SQLExecute("PRAGMA synchronous=EXTRA") &&
+        SQLExecute("SELECT count(*) FROM sqlite_master")) {
       myPatience.Watch(myDatabase, kPatience);
       return true;
     }
@@ -166,12 +166,6 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view que
   return cursor;
 }
 
-bool DatabaseConnection::HasRow(std::string_view query) {
-  int result = SQLITE_OK;
-  const Statement statement = Prepare(query, result);
-  return statement ? HasRow(statement.get()) : FailWith(result);
-}
-
 bool DatabaseConnection::HasRowWith(std::string_view query, const Values& values) {
   auto kept = myKept.find(query);
   if (kept == myKept.end()) {
@@ -201,7 +195,10 @@ bool DatabaseConnection::HasRow(sqlite3_stmt* statement) {
 bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_view outsiders,
                                            std::chrono::nanoseconds time) {
   const OutsiderGuard guard(myDatabase, TableOf(query), outsiders, time);
-  return guard.IsRefused() ? FailWith(SQLITE_AUTH) : HasRow(query);
+  if (guard.IsRefused()) return FailWith(SQLITE_AUTH);
+  int result = SQLITE_OK;
+  const Statement statement = Prepare(query, result);
+  return statement ? HasRow(statement.get()) : FailWith(result);
 }
 
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query,
@@ -235,10 +232,6 @@ void DatabaseConnection::TakeIdentities(DatabaseCursor& cursor, std::string_view
   cursor.myTable = TableOf(query);
 }
 
-bool DatabaseConnection::SQLExecute(std::string_view statement, const Values& values) {
-  return Run(statement, values);
-}
-
 bool DatabaseConnection::InsertRecord(std::string_view table, const DatabaseRecord& record) {
   std::string columns;
   std::string places;
@@ -248,9 +241,10 @@ bool DatabaseConnection::InsertRecord(std::string_view table, const DatabaseReco
     places += places.empty() ? "?" : ",?";
     values.push_back(value);
   }
-  return Run("INSERT INTO " + QuotedIdentifier(table) +
-                 (values.empty() ? " DEFAULT VALUES" : "(" + columns + ") VALUES(" + places + ")"),
-             values);
+  return SQLExecute(
+      "INSERT INTO " + QuotedIdentifier(table) +
+          (values.empty() ? " DEFAULT VALUES" : "(" + columns + ") VALUES(" + places + ")"),
+      values);
 }
 
 std::int64_t DatabaseConnection::LastInserted() const {
@@ -259,18 +253,18 @@ std::int64_t DatabaseConnection::LastInserted() const {
 
 bool DatabaseConnection::Begin() {
   // The lock is taken, and waited for, here: once, and not again for each statement of the group.
-  return Run("BEGIN IMMEDIATE", {});
+  return SQLExecute("BEGIN IMMEDIATE");
 }
 
 bool DatabaseConnection::Commit() {
   if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return !myError;
-  if (Run("COMMIT", {})) return true;
+  if (SQLExecute("COMMIT")) return true;
   // A group that could not be committed would otherwise stay open and swallow later changes.
   sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
   return false;
 }
 
-bool DatabaseConnection::Run(std::string_view statement, const Values& values) {
+bool DatabaseConnection::SQLExecute(std::string_view statement, const Values& values) {
   int result = SQLITE_OK;
   const Statement prepared = Prepare(statement, result);
   if (!prepared) return Complain(result);

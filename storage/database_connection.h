@@ -66,20 +66,17 @@ class DatabaseConnection {
   // the side, so that the cursor can change its rows.
   std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query, const Values& values = {});
 
-  // Whether one query, run exactly as given, succeeds and yields a row. All its rows are stepped
-  // through, so that an error in a later one counts.
-  bool HasRow(std::string_view query);
-
-  // The same for a query with values, which is kept prepared: for the few whose texts never change.
+  // Whether one query succeeds and yields a row. All its rows are stepped through, so that an error
+  // in a later one counts. The query is kept prepared: for the few whose texts never change.
   bool HasRowWith(std::string_view query, const Values& values);
 
-  // The same as HasRow for a query that starts with "SELECT * FROM" and holds a text of outsiders',
-  // who could otherwise hold up the server, or end it: fails where OutsiderGuard says so, and when
-  // it has taken so much processor time.
+  // The same for a query that starts with "SELECT * FROM" and holds a text from outsiders, which
+  // could otherwise hold up the server or end it. Run exactly as given and not kept. Fails if
+  // OutsiderGuard refuses it or if it takes more processor time than `time`.
   bool HasRowForOutsider(std::string_view query, std::string_view outsiders,
                          std::chrono::nanoseconds time);
 
-  // Runs one statement that has no result.
+  // Runs one statement and drops its rows.
   [[nodiscard]] bool SQLExecute(std::string_view statement, const Values& values = {});
 
   // Adds a row. Columns that the record does not name have the table's default.
@@ -114,8 +111,6 @@ class DatabaseConnection {
   // Whether running it yields a row.
   bool HasRow(sqlite3_stmt* statement);
   void Close();
-  // Runs a statement of our own with bound values; returns whether it succeeded.
-  bool Run(std::string_view statement, const Values& values);
   // Gives the cursor its rows' identities where the query allows it.
   void TakeIdentities(DatabaseCursor& cursor, std::string_view query, const Values& values);
   // Set or clear the error; they return what the operation that ends there returns.

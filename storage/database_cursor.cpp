@@ -4,7 +4,6 @@
 
 #include "framework/text.h"
 #include "storage/database_connection.h"
-#include "storage/quoted_identifier.h"
 
 namespace corvane {
 
@@ -13,7 +12,6 @@ DatabaseCursor::DatabaseCursor(DatabaseConnection& connection, std::vector<std::
 
 void DatabaseCursor::MoveNext() {
   if (!EndOfRows()) ++myPosition;
-  myEdit = {};
 }
 
 const DatabaseValue& DatabaseCursor::Value(std::string_view column) const {
@@ -24,51 +22,28 @@ const DatabaseValue& DatabaseCursor::Value(std::string_view column) const {
   return myRows[myPosition].values[static_cast<std::size_t>(found - myColumns.begin())];
 }
 
-void DatabaseCursor::Edit() {
-  myEdit = {};
-}
-
-void DatabaseCursor::SetText(std::string column, std::string value) {
-  myEdit.SetText(std::move(column), std::move(value));
-}
-
-void DatabaseCursor::SetInteger(std::string column, std::int64_t value) {
-  myEdit.SetInteger(std::move(column), value);
-}
-
-void DatabaseCursor::SetBoolean(std::string column, bool value) {
-  myEdit.SetBoolean(std::move(column), value);
-}
-
-void DatabaseCursor::SetDate(std::string column, const QDateTime& value) {
-  myEdit.SetDate(std::move(column), value);
-}
-
-bool DatabaseCursor::Update() {
+bool DatabaseCursor::Update(const DatabaseRecord& changes) {
   if (!HasIdentity()) return false;
-  const DatabaseRecord edit = std::exchange(myEdit, {});
-  if (edit.Columns().empty()) return true;
   std::string assignments;
   std::vector<DatabaseValue> values;
-  for (const auto& [column, value] : edit.Columns()) {
+  for (const auto& [column, value] : changes.Columns()) {
     assignments += (assignments.empty() ? "" : ",") + QuotedIdentifier(column) + "=?";
     values.push_back(value);
   }
   values.emplace_back(myRows[myPosition].identity);
-  return myConnection->Run(
+  return myConnection->SQLExecute(
       "UPDATE " + QuotedIdentifier(myTable) + " SET " + assignments + " WHERE _rowid_=?", values);
 }
 
 bool DatabaseCursor::DeleteRecord() {
   return HasIdentity() &&
-         myConnection->Run("DELETE FROM " + QuotedIdentifier(myTable) + " WHERE _rowid_=?",
-                           {myRows[myPosition].identity});
+         myConnection->SQLExecute("DELETE FROM " + QuotedIdentifier(myTable) + " WHERE _rowid_=?",
+                                  {myRows[myPosition].identity});
 }
 
 bool DatabaseCursor::HasIdentity() const {
   if (!EndOfRows() && !myTable.empty()) return true;
-  myConnection->Fail("there is no row that could be changed");
-  return myConnection->Complain();
+  return myConnection->Complain("there is no row that could be changed");
 }
 
 }  // namespace corvane

@@ -29,14 +29,9 @@ class DatabaseCursor {
   bool Boolean(std::string_view column) const { return BooleanOf(Value(column)); }
   QDateTime Date(std::string_view column) const { return DateOf(Value(column)); }
 
-  // Edit starts a change of the current row, the setters collect it, Update writes it. Update and
-  // DeleteRecord return whether it worked; without a current row or its identity it does not.
-  void Edit();
-  void SetText(std::string column, std::string value);
-  void SetInteger(std::string column, std::int64_t value);
-  void SetBoolean(std::string column, bool value);
-  void SetDate(std::string column, const QDateTime& value);
-  [[nodiscard]] bool Update();
+  // These change or delete the current row. They return whether that worked; they fail without a
+  // current row or its identity.
+  [[nodiscard]] bool Update(const DatabaseRecord& changes);
   [[nodiscard]] bool DeleteRecord();
 
  private:
@@ -55,7 +50,6 @@ class DatabaseCursor {
   std::vector<Row> myRows;
   std::string myTable;  // empty: rows carry no identity
   std::size_t myPosition = 0;
-  DatabaseRecord myEdit;
 };
 
 }  // namespace corvane

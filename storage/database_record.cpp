@@ -68,6 +68,13 @@ QDateTime DateOf(const DatabaseValue& value) {
   return text == nullptr ? QDateTime() : DateFromStored(*text);
 }
 
+std::string QuotedIdentifier(std::string_view name) {
+  std::string quoted = "\"";
+  for (const char byte : name)
+    quoted.append(byte == '"' ? 2 : 1, byte);
+  return quoted + '"';
+}
+
 void DatabaseRecord::SetText(std::string column, std::string value) {
   Set(myColumns, std::move(column), std::move(value));
 }

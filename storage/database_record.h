@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -19,7 +20,10 @@ std::int64_t IntegerOf(const DatabaseValue& value);  // a text: its leading numb
 bool BooleanOf(const DatabaseValue& value);          // non-zero, or the text "true" in any case
 QDateTime DateOf(const DatabaseValue& value);        // invalid when it is no date
 
-// The columns of a row to insert, in the order in which they were set.
+// A table's or column's name as an SQL statement spells it, whatever characters it holds.
+std::string QuotedIdentifier(std::string_view name);
+
+// Columns of a row to insert or change, in the order in which they were set.
 class DatabaseRecord {
  public:
   void SetText(std::string column, std::string value);

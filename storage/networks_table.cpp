@@ -26,11 +26,11 @@ bool NetworksTable::Change(const std::string& name, const std::string& password,
                            std::int32_t maxUsers, bool enabled) {
   std::optional<DatabaseCursor> row = SelectByName(name);
   if (!row || row->EndOfRows()) return row.has_value();
-  row->Edit();
-  row->SetText("pass", password);
-  row->SetInteger("users", maxUsers);
-  row->SetBoolean("enabled", enabled);
-  return row->Update() && myConnection.Commit();
+  DatabaseRecord changes;
+  changes.SetText("pass", password);
+  changes.SetInteger("users", maxUsers);
+  changes.SetBoolean("enabled", enabled);
+  return row->Update(changes) && myConnection.Commit();
 }
 
 bool NetworksTable::Delete(const std::string& name) {

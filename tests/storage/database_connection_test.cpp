@@ -30,18 +30,15 @@ TEST_F(DatabaseTest, EachOfSeveralEqualRowsCanBeChanged) {
   ASSERT_TRUE(connection.Connect(file));
   auto rows = connection.SQLSelectForEdit("SELECT * FROM networks WHERE name='n'");
   ASSERT_TRUE(rows);
-  rows->SetText("pass", "of another row");
   rows->MoveNext();
-  rows->Edit();
-  rows->SetInteger("users", 7);
-  rows->SetBoolean("enabled", false);
-  EXPECT_TRUE(rows->Update()) << connection.ErrorMessage();
+  DatabaseRecord changes;
+  changes.SetInteger("users", 7);
+  changes.SetBoolean("enabled", false);
+  EXPECT_TRUE(rows->Update(changes)) << connection.ErrorMessage();
   rows->MoveNext();
   EXPECT_TRUE(rows->DeleteRecord()) << connection.ErrorMessage();
 
-  rows->Edit();
-  rows->SetInteger("users", 9);
-  EXPECT_TRUE(rows->Update()) << "the row is gone: nothing to change, and no failure";
+  EXPECT_TRUE(rows->Update(changes)) << "the row is gone: nothing to change, and no failure";
   EXPECT_EQ(Run("SELECT * FROM networks"), "n|p|5|1;n|p|7|0;m|p|5|1;");
 }
 
