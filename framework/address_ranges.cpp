@@ -9,13 +9,13 @@ namespace {
 
 constexpr int kAddressBits = 32;
 
-// The whole text as a decimal number up to `most`, without a sign or a leading zero.
-std::optional<std::uint32_t> PlainNumber(std::string_view text, std::uint32_t most) {
+// The whole text as a decimal number up to `max`, without a sign or a leading zero.
+std::optional<std::uint32_t> PlainNumber(std::string_view text, std::uint32_t max) {
   std::uint32_t number = 0;
   const char* const end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
   const bool isWhole = error == std::errc() && stop == end && (text.size() == 1 || text[0] != '0');
-  return isWhole && number <= most ? std::optional(number) : std::nullopt;
+  return isWhole && number <= max ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace

@@ -7,19 +7,19 @@
 
 namespace corvane {
 
-// An IPv4 address as a number: 10.0.0.1 is 0x0A000001. None for any other text, also for one that
-// only some programs read as an address (10.1, 010.0.0.1).
+// An IPv4 address as a number: 10.0.0.1 is 0x0A000001. None for any other text, including texts
+// that only some programs read as an address (10.1, 010.0.0.1).
 std::optional<std::uint32_t> IPv4FromText(std::string_view text);
 
-// A set of IPv4 addresses, given as a list of addresses and prefixes such as 10.0.0.0/8.
+// An immutable set of IPv4 addresses, given as a list of addresses and prefixes such as 10.0.0.0/8.
 class AddressRanges {
  public:
   AddressRanges() = default;
-  // Between the entries stand blanks, commas or semicolons. An entry that is not understood is left
-  // out; so is a prefix that has bits set behind its length (10.0.0.1/8).
+  // Entries are separated by blanks, commas or semicolons. Invalid entries are skipped, and so are
+  // prefixes with bits set beyond their length (10.0.0.1/8).
   explicit AddressRanges(std::string_view list);
 
-  // Whether every entry of the list was understood.
+  // Whether every entry of the list was valid.
   bool IsComplete() const { return myIsComplete; }
 
   bool Contains(std::string_view address) const;

@@ -10,11 +10,11 @@ namespace corvane {
 // Local date and time as the database keeps it: "YYYY-MM-DD HH:MM:SS".
 std::string StoredDate(const QDateTime& date);
 
-// The date of such a text, also with a "T" in the middle or without a time of day; an invalid
-// QDateTime when it is none.
+// Parses such a text; the separator may be a "T", and the time may be missing. Returns an invalid
+// QDateTime for anything else.
 QDateTime DateFromStored(std::string_view text);
 
-// Short date, a blank, short time, in the operator's locale; empty for an invalid date.
+// Short date, a blank and short time in the operator's locale; empty for an invalid date.
 std::string ShortDateAndTime(const QDateTime& date);
 
 }  // namespace corvane

@@ -6,7 +6,7 @@
 
 namespace corvane {
 
-// Misuse of a framework class, with the text that says which.
+// Misuse of a framework class; the text names the mistake.
 class RuntimeException : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -15,7 +15,7 @@ class RuntimeException : public std::runtime_error {
   virtual std::string ClassName() const;
 };
 
-// A member of an object that is not there was asked for.
+// A member of a null object was used.
 class NilObjectException : public RuntimeException {
  public:
   NilObjectException();

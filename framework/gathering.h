@@ -13,9 +13,9 @@ namespace corvane {
 class Gathering {
  public:
   enum class First {
-    Now,   // The first note runs `act` at once, those that follow it at the end of the period.
-    Waits  // Each waits for the end of the period: `act` costs a system call, and its caller's
-           // handler does not wait for that.
+    Now,   // The first note runs `act` at once, later ones at the end of the period.
+    Waits  // Each note waits for the end of the period: for an `act` with a system call that would
+           // delay the caller's handler.
   };
 
   Gathering(std::function<void()> act, First first,

@@ -18,12 +18,12 @@
 namespace corvane {
 namespace {
 
-constexpr int kMostRedirects = 5;
+constexpr int kMaxRedirects = 5;
 constexpr int kOk = 200;
-// What may come before it is taken, or a fast host would have the loop write it all at once.
+// Without a bound the loop would write all that a fast host sends in one turn.
 constexpr qint64 kReadAhead = 256 * 1024;
 
-// A name beside the file's that nobody can foresee.
+// An unpredictable name in the same folder.
 QString NameBeside(const QString& file) {
   return file + QLatin1Char('.') + QString::number(QRandomGenerator::system()->generate64(), 36);
 }
@@ -41,23 +41,23 @@ class Transfer : public HttpTransfer {
   void Start(QNetworkAccessManager& manager, const QByteArray& userAgent);
 
  private:
-  // Takes what has come. Whether the request goes on; if not, this object may be gone.
+  // Reads what has arrived. Returns whether the request goes on; if not, this object may be gone.
   bool Read();
   void Finish();
   void Fail();
-  void Tell(const HttpReply& reply);
+  void Report(const HttpReply& reply);
   void Forget();
 
-  // Makes the file with the first bytes; false where that is impossible.
+  // Creates the file if it is not there yet; returns false on failure.
   bool HasFile();
   bool PutFileInPlace();
   bool IsToFile() const { return !myRequest.file.isEmpty(); }
-  // The announced length of the reply; -1 for none.
+  // The Content-Length of the reply; -1 if there is none.
   std::int64_t Announced() const;
 
   const HttpRequest myRequest;
   const HttpClient::Done myDone;
-  QFile myFile;  // under its random name, open as long as it has that
+  QFile myFile;  // under its random name, open until it is renamed
   QByteArray myBody;
   std::int64_t myReceived = 0;
   QNetworkReply* myReply = nullptr;
@@ -70,7 +70,7 @@ void Transfer::Start(QNetworkAccessManager& manager, const QByteArray& userAgent
   get.setRawHeader("Accept-Encoding", "identity");
   get.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
                    QNetworkRequest::NoLessSafeRedirectPolicy);
-  get.setMaximumRedirectsAllowed(kMostRedirects);
+  get.setMaximumRedirectsAllowed(kMaxRedirects);
   get.setTransferTimeout(static_cast<int>(myRequest.silence.count()));
   get.setAttribute(QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::Manual);
   get.setAttribute(QNetworkRequest::CookieSaveControlAttribute, QNetworkRequest::Manual);
@@ -128,7 +128,7 @@ void Transfer::Finish() {
   const bool isWhole = Announced() < 0 || Announced() == myReceived;
   if (myReply->error() != QNetworkReply::NoError || status != kOk || !isWhole) return Fail();
   if (IsToFile() && (myReceived == 0 || !PutFileInPlace())) return Fail();
-  Tell({true, std::exchange(myBody, {})});
+  Report({true, std::exchange(myBody, {})});
 }
 
 bool Transfer::HasFile() {
@@ -138,7 +138,7 @@ bool Transfer::HasFile() {
 bool Transfer::PutFileInPlace() {
   if (!HasFile() || !myFile.flush()) return false;
   myFile.close();
-  // Replaces a link of that name and never writes through it.
+  // Replaces a link of that name instead of writing through it.
   std::error_code error;
   std::filesystem::rename(myFile.fileName().toStdU16String(), myRequest.file.toStdU16String(),
                           error);
@@ -147,17 +147,17 @@ bool Transfer::PutFileInPlace() {
 }
 
 void Transfer::Fail() {
-  Tell({});
+  Report({});
 }
 
-void Transfer::Tell(const HttpReply& reply) {
+void Transfer::Report(const HttpReply& reply) {
   Forget();
   // The callee may destroy this transfer, and the function with it.
   const HttpClient::Done done = myDone;
   done(reply);
 }
 
-// Leaves nothing behind that could still call: neither the reply nor a file.
+// Drops the reply, so that it raises nothing more, and the unfinished file.
 void Transfer::Forget() {
   myTimer.stop();
   if (myFile.isOpen()) myFile.remove();

@@ -13,7 +13,7 @@ MessageBox::Answer MessageToStandardError(const MessageBox& box) {
   for (std::size_t line = 1; line <= lines; ++line) {
     output += Escaped(NthField(box.text, '\n', line)) + '\n';
   }
-  // With nobody in front of it there is nobody to tell that this failed either.
+  // A failure here cannot be reported anywhere.
   static_cast<void>(std::fwrite(output.data(), 1, output.size(), stderr));
   static_cast<void>(std::fflush(stderr));
   return box.kind == MessageBox::Kind::Question ? MessageBox::Answer::No : MessageBox::Answer::OK;

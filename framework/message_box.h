@@ -5,7 +5,7 @@
 
 namespace corvane {
 
-// One modal box to put before the operator.
+// The contents of a modal box.
 struct MessageBox {
   enum class Kind { Message, Question };
   enum class Answer { OK, Yes, No };
@@ -15,12 +15,12 @@ struct MessageBox {
   std::string text;
 };
 
-// Shows the box and returns what the operator chose: OK for a message, Yes or No for a question.
-// Installed by the console; tests answer in its place.
+// Shows the box and returns the operator's answer: OK for a message, Yes or No for a question.
+// Installed by the console; tests install their own.
 using MessageBoxFunction = std::function<MessageBox::Answer(const MessageBox&)>;
 
-// For a program with nobody in front of it: writes the text to standard error and counts a
-// message as acknowledged, a question as answered No.
+// For programs without a window: writes the text to standard error and answers OK to a message and
+// No to a question.
 MessageBox::Answer MessageToStandardError(const MessageBox& box);
 
 }  // namespace corvane

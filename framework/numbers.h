@@ -6,14 +6,14 @@
 namespace corvane {
 
 // The number at the start of the text: the longest decimal prefix (sign, digits, fraction,
-// exponent) after leading blanks, or 0 when there is none. A value beyond double's range is an
-// infinity of its sign. No hexadecimal, infinity or NaN is read.
+// exponent) after leading blanks, or 0 if there is none. A value beyond double's range becomes an
+// infinity of the same sign. Hexadecimal numbers, "inf" and "nan" are not read.
 double NumberFromText(std::string_view text);
 
 // The same number without its fraction, clamped to 32 bits.
 std::int32_t Int32FromText(std::string_view text);
 
-// Whether the whole text, blanks at both ends aside, is one decimal number.
+// Whether the whole text, apart from blanks at both ends, is one decimal number.
 bool IsNumeric(std::string_view text);
 
 }  // namespace corvane

@@ -7,12 +7,14 @@
 
 namespace corvane {
 
-// What a listener keeps as long as it listens: it disconnects when it goes.
+// Keeps a listener connected; disconnects it when destroyed.
 using SignalConnection = std::shared_ptr<const void>;
 
-// An event with any number of listeners, called in the order in which they connected. A listener
-// may connect and disconnect others, itself too, and destroy the signal: those who are connected at
-// that time and still are when their turn comes are called.
+// An event with any number of listeners, called in the order in which they connected.
+//
+// Re-entrancy: a listener may connect and disconnect others and itself, and may destroy the signal.
+// Raising the event calls the listeners connected at that time, except those disconnected before
+// their turn. Not thread-safe.
 template <typename... Arguments>
 class Signal {
  public:

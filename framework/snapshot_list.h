@@ -5,8 +5,8 @@
 
 namespace corvane {
 
-// A list that is walked while it may change: a snapshot is an immutable shared copy, had in
-// constant time. The list is copied only when it changes while somebody holds a snapshot.
+// A list that may change while it is walked. A snapshot is an immutable shared copy, taken in
+// constant time; the list is copied only if it changes while a snapshot exists.
 template <typename T>
 class SnapshotList {
  public:
@@ -14,7 +14,7 @@ class SnapshotList {
 
   Snapshot Get() const { return myItems; }
 
-  // The list itself, to be changed before anything else is called.
+  // The list itself, valid for changes until the next call.
   std::vector<T>& Edit() {
     if (myItems.use_count() > 1) myItems = std::make_shared<std::vector<T>>(*myItems);
     return *myItems;

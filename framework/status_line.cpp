@@ -9,22 +9,22 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kLongestLine = 4096;  // bytes
-constexpr std::size_t kLongestName = 256;   // bytes
+constexpr std::size_t kMaxLineBytes = 4096;  // bytes
+constexpr std::size_t kMaxNameBytes = 256;   // bytes
 
 std::string CutAt(std::size_t length) {
   return "... (" + std::to_string(length) + " bytes)";
 }
 
-std::string Joined(StatusParts parts, std::size_t longestName) {
+std::string Joined(StatusParts parts, std::size_t maxNameBytes) {
   std::string line;
   std::size_t length = 0;
   bool isWhole = true;
   for (const auto& [text, isQuoted] : parts) {
     length += text.size();
-    const bool isLong = isQuoted && text.size() > longestName;
-    isWhole =
-        isWhole && AppendEscaped(line, isLong ? Beginning(text, longestName) : text, kLongestLine);
+    const bool isLong = isQuoted && text.size() > maxNameBytes;
+    isWhole = isWhole &&
+              AppendEscaped(line, isLong ? Beginning(text, maxNameBytes) : text, kMaxLineBytes);
     if (isWhole && isLong) line += CutAt(text.size());
   }
   if (!isWhole) line += CutAt(length);
@@ -38,12 +38,12 @@ std::string StatusLine(StatusParts parts) {
 }
 
 std::string LogLine(StatusParts parts) {
-  return Joined(parts, kLongestName);
+  return Joined(parts, kMaxNameBytes);
 }
 
 bool HasLongName(StatusParts parts) {
   return std::ranges::any_of(parts, [](const StatusPart& part) {
-    return part.isQuoted && part.text.size() > kLongestName;
+    return part.isQuoted && part.text.size() > kMaxNameBytes;
   });
 }
 

@@ -8,14 +8,14 @@
 
 namespace corvane {
 
-// A name in a line that others chose.
+// A name in a line, chosen by a client.
 struct Quoted {
   explicit Quoted(std::string_view text) : name(text) {}
 
   std::string_view name;
 };
 
-// Points to its text.
+// A part of a line. Borrows its text.
 struct StatusPart {
   StatusPart(const std::convertible_to<std::string_view> auto& from) : text(from) {}
   StatusPart(Quoted quoted) : text(quoted.name), isQuoted(true) {}
@@ -26,15 +26,15 @@ struct StatusPart {
 
 using StatusParts = std::initializer_list<StatusPart>;
 
-// The parts joined to one line, what misleads in them written out. Escapes once for all that show
-// or write the line. A line over 4 KiB is cut and ends with the parts' length, so that a
-// client does not choose what a line of its text costs.
+// Joins the parts to one line and escapes misleading characters, once for all displays and files.
+// A line over 4 KiB is cut and ends with the parts' total length; this bounds what a client's text
+// costs.
 std::string StatusLine(StatusParts parts);
 
-// The same for the log file, where quoted names over 256 bytes are cut and end with their length.
+// The same for the log file: also cuts quoted names over 256 bytes and adds their length.
 std::string LogLine(StatusParts parts);
 
-// Whether the two differ.
+// Whether LogLine differs from StatusLine.
 bool HasLongName(StatusParts parts);
 
 }  // namespace corvane

@@ -53,14 +53,14 @@ std::string TextFromDisplay(const QString& text) {
   return text.toStdString();
 }
 
-std::string_view Beginning(std::string_view text, std::size_t most) {
-  if (text.size() <= most) return text;
+std::string_view Beginning(std::string_view text, std::size_t maxBytes) {
+  if (text.size() <= maxBytes) return text;
   const auto continues = [text](std::size_t at) {
     return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80;
   };
-  // A sequence has three bytes behind its first at most.
-  std::size_t end = most;
-  while (end > 0 && most - end < 3 && continues(end))
+  // A sequence has at most three bytes after the first.
+  std::size_t end = maxBytes;
+  while (end > 0 && maxBytes - end < 3 && continues(end))
     --end;
   return text.substr(0, end);
 }

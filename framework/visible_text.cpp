@@ -17,8 +17,8 @@ struct Range {
   char32_t last;
 };
 
-// Characters that draw nothing though they count as letters, marks or symbols, among them those
-// that Unicode sets aside for more of their kind. In ascending order.
+// Invisible characters that Unicode classes as letters, marks or symbols, including code points
+// reserved for more of them. In ascending order.
 constexpr Range kBlankLetters[] = {
     {0x034F, 0x034F}, {0x115F, 0x1160}, {0x17B4, 0x17B5},   {0x180B, 0x180F},  {0x2060, 0x206F},
     {0x2800, 0x2800}, {0x3164, 0x3164}, {0xFDD0, 0xFDEF},   {0xFE00, 0xFE0F},  {0xFFA0, 0xFFA0},
@@ -52,14 +52,14 @@ bool IsSymbol(char32_t character) {
   return category == QChar::Symbol_Other || category == QChar::Symbol_Math;
 }
 
-// What people write between visible characters: joiners in Persian and in emoji, and the blanks of
-// French and Chinese.
+// Characters that people write between visible ones: joiners in Persian and in emoji, and the
+// blanks of French and Chinese.
 bool IsKeptInside(char32_t character) {
   return character == 0x200C || character == 0x200D || character == kEmojiSelector ||
          character == 0x00A0 || character == 0x3000;
 }
 
-// A text whose characters know their neighbours.
+// A text that decides for each character by its neighbours whether it misleads.
 class Characters {
  public:
   explicit Characters(const QString& text) : myCharacters(text.toUcs4()) {}
@@ -67,7 +67,7 @@ class Characters {
   qsizetype Count() const { return myCharacters.size(); }
   char32_t At(qsizetype at) const { return myCharacters[at]; }
 
-  // Whether the character at this place misleads, so that it is written out.
+  // Whether the character at this place misleads and must be escaped.
   bool Misleads(qsizetype at) const {
     const char32_t character = At(at);
     if (character == U' ' || IsVisible(at)) return false;
@@ -75,7 +75,7 @@ class Characters {
     return character == kEmojiSelector && At(at - 1) == kEmojiSelector;
   }
 
-  // Where the text begins and ends without the plain blanks around it; both 0 if it is all blanks.
+  // The range of the text without the plain blanks around it; both 0 if it is all blanks.
   std::pair<qsizetype, qsizetype> Inside() const {
     qsizetype end = Count();
     while (end > 0 && At(end - 1) == U' ')
@@ -89,7 +89,7 @@ class Characters {
  private:
   bool IsVisible(qsizetype at) const {
     if (at < 0 || at >= Count()) return false;
-    // Behind a symbol it chooses its picture, and belongs to it.
+    // After a symbol it selects the symbol's picture and belongs to it.
     if (At(at) == kEmojiSelector) return at > 0 && IsSymbol(At(at - 1));
     return !IsInvisible(At(at));
   }
@@ -145,8 +145,9 @@ void AppendWrittenOut(std::string& text, char32_t character) {
 
 enum class OuterBlanks { Kept, WrittenOut };
 
-// Appends no more of the text than leaves the result at `most` bytes; whether that is all of it.
-bool Append(std::string& result, const QString& text, OuterBlanks outerBlanks, std::size_t most) {
+// Appends the text, up to a result of `maxBytes` bytes. Returns whether all of it fits.
+bool Append(std::string& result, const QString& text, OuterBlanks outerBlanks,
+            std::size_t maxBytes) {
   const Characters characters(text);
   const auto [begin, end] = outerBlanks == OuterBlanks::WrittenOut
                                 ? characters.Inside()
@@ -158,7 +159,7 @@ bool Append(std::string& result, const QString& text, OuterBlanks outerBlanks, s
     } else {
       AppendUtf8(result, characters.At(at));
     }
-    if (result.size() > most) {
+    if (result.size() > maxBytes) {
       result.resize(before);
       return false;
     }
@@ -168,11 +169,11 @@ bool Append(std::string& result, const QString& text, OuterBlanks outerBlanks, s
 
 }  // namespace
 
-bool AppendEscaped(std::string& line, std::string_view text, std::size_t most) {
-  const std::string_view beginning = Beginning(text, most - line.size());
+bool AppendEscaped(std::string& line, std::string_view text, std::size_t maxBytes) {
+  const std::string_view beginning = Beginning(text, maxBytes - line.size());
   const bool isWhole = beginning.size() == text.size();
   if (!IsPlain(beginning)) {
-    return Append(line, DisplayText(beginning), OuterBlanks::Kept, most) && isWhole;
+    return Append(line, DisplayText(beginning), OuterBlanks::Kept, maxBytes) && isWhole;
   }
   line += beginning;
   return isWhole;
@@ -205,9 +206,9 @@ QString VisibleText(std::string_view text, std::size_t maxLength) {
     return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
   }
   // A character takes at most four bytes, and an escape ten, so this much is always enough.
-  const std::size_t most = (maxLength + 4) * 4;
+  const std::size_t maxBytes = (maxLength + 4) * 4;
   std::string shown;
-  Append(shown, DisplayText(Beginning(text, most)), OuterBlanks::WrittenOut, most);
+  Append(shown, DisplayText(Beginning(text, maxBytes)), OuterBlanks::WrittenOut, maxBytes);
   const auto limit = static_cast<qsizetype>(maxLength);
   QString result = DisplayText(shown);
   if (result.size() <= limit) return result;

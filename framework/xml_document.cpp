@@ -18,13 +18,13 @@ int TakePiece(void* text, char* buffer, int size) {
 }  // namespace
 
 XMLDocument ParseXML(std::string_view bytes, const char* encoding) {
-  // Some errors, of encodings for one, are printed in spite of the options.
+  // Some errors, for example about encodings, are printed despite the options.
   xmlSetGenericErrorFunc(nullptr, IgnoreError);
   int options = XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA | XML_PARSE_NOERROR |
                 XML_PARSE_NOWARNING;
-  // Or a document that names an encoding that this build of the library lacks would fail.
+  // Otherwise a document that declares an encoding unknown to this build of the library fails.
   if (encoding != nullptr) options |= XML_PARSE_IGNORE_ENC;
-  // In pieces: the library's limit for a piece of 10 MB would count for the whole otherwise.
+  // In pieces: the library limits one piece to 10 MB.
   return XMLDocument(xmlReadIO(TakePiece, nullptr, &bytes, nullptr, encoding, options));
 }
 

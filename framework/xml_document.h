@@ -12,12 +12,12 @@ struct XMLDocumentEnd {
 };
 using XMLDocument = std::unique_ptr<xmlDoc, XMLDocumentEnd>;
 
-// Parses a document with libxml2, in `encoding` or, where none is given, in the one that it says
-// itself: nothing is fetched from anywhere, entities stay as they stand, the library's own limits
-// on depth and size hold. CDATA sections become text. None when it is not well-formed.
+// Parses a document with libxml2, in `encoding` or else in the encoding that it declares. Fetches
+// nothing, does not expand entities, and keeps the library's limits on depth and size. CDATA
+// sections become text. None if the document is not well-formed.
 XMLDocument ParseXML(std::string_view bytes, const char* encoding = nullptr);
 
-// Text as the library's functions take it.
+// Text in the library's character type.
 inline const xmlChar* AsXML(const char* text) {
   return reinterpret_cast<const xmlChar*>(text);
 }

@@ -29,7 +29,7 @@ RgIhAOJoQseeejZUIH4gNCNG3wYNem2ljDpjIALRezi/1OV4AiEAwWSqaOeY01Np
 G7OBUJjBBy7J9aOrOIGIEL42qn2qQ8k=
 -----END CERTIFICATE-----)";
 
-TEST(HttpClient, IsNotLedFromHttpsToHttp) {
+TEST(HttpClient, FollowsNoRedirectFromHttpsToHttp) {
   const QSslCertificate certificate{QByteArray(kCertificate)};
   QSslConfiguration own = QSslConfiguration::defaultConfiguration();
   QSslConfiguration trusting = own;

@@ -19,7 +19,7 @@ using std::chrono::milliseconds;
 
 class HttpClientTest : public testing::Test {
  protected:
-  // Waits for the reply: the body, "failed" or "no reply".
+  // Waits for the reply. Returns the body, "failed" or "no reply".
   std::string Fetch(HttpRequest request) {
     std::optional<HttpReply> reply;
     const auto transfer = client.Get(std::move(request), [&](const HttpReply& got) {
@@ -72,7 +72,7 @@ TEST_F(HttpClientTest, GivesTheWholeReplyOrFails) {
       {"/chunks",
        {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n4\r\npage\r\n0\r\n\r\n"},
        "page"},
-      // Its end comes before its length.
+      // It ends before the announced length.
       {"/short-chunks",
        {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\nTransfer-Encoding: chunked\r\n\r\n"
         "4\r\npage\r\n0\r\n\r\n"},
@@ -136,8 +136,7 @@ TEST_F(HttpClientTest, FileIsReplacedWholeOrNotAtAll) {
   EXPECT_EQ(Contents("a"), "new");
   EXPECT_EQ(FileCount(), 1);
 
-  // A link of that name is replaced, and what it points to stays as it is. Not every system lets
-  // everybody make links.
+  // A link of that name is replaced and its target is unchanged. Some systems permit no links.
   std::error_code error;
   std::filesystem::create_symlink("a", folder.filePath("link").toStdString(), error);
   server.answers["/new"] = {OkReply("other")};
@@ -159,7 +158,7 @@ TEST_F(HttpClientTest, CancelledTransferCallsNothingAndLeavesNothing) {
   PumpFor(milliseconds(20));
   EXPECT_EQ(FileCount(), 0);
 
-  // From inside its own call, too, and where the end of the reply is what is wrong with it.
+  // From inside its own callbacks, too, also if only the end of the reply is wrong.
   server.answers["/good"] = {OkReply("page")};
   server.answers["/too-large"] = {"HTTP/1.1 200 OK\r\nContent-Length: 99999999\r\n\r\n"};
   for (const char* path : {"/good", "/too-large"}) {

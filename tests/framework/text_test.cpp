@@ -33,7 +33,7 @@ TEST(Text, TwoTextsAreTheSameWhenTheirFoldedFormsAre) {
   }
 }
 
-// By this bound names are ruled out without being folded.
+// This bound excludes names without folding them.
 TEST(Text, FoldingChangesALengthByItsFactorAtMost) {
   for (char32_t code = 0; code < 0x20000; ++code) {
     const std::string text = QString::fromUcs4(&code, 1).toStdString();

@@ -11,7 +11,7 @@ namespace {
 
 using namespace std::string_literals;
 
-// On standard output as in the windows, but for the plain blanks around a name.
+// Standard output and windows differ only in the plain blanks around a name.
 TEST(VisibleText, WritesOutWhatMisleadsAndLeavesWhatPeopleWrite) {
   const struct {
     std::string text;
