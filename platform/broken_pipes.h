@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// From now on a write to a pipe or socket whose reader is gone fails and does not end the program.
+// From now on a write to a pipe or socket without a reader fails instead of ending the program.
 void IgnoreBrokenPipes();
 
 }  // namespace corvane

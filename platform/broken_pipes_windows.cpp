@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// As it is here anyway.
+// Windows behaves like this anyway.
 void IgnoreBrokenPipes() {}
 
 }  // namespace corvane

@@ -6,7 +6,7 @@
 namespace corvane {
 
 std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser) {
-  // Not Qt's own, which lists a --help-all besides, of what only Qt could tell.
+  // Qt's own help option would add --help-all with Qt's options.
   const QCommandLineOption help({"h", "help"}, "Show this help.");
   const QCommandLineOption version({"v", "version"}, "Show the version.");
   parser.addOptions({help, version});

@@ -8,18 +8,19 @@
 
 namespace corvane {
 
-// What a program says instead of starting.
+// A program's answer on the command line, given instead of starting.
 struct CallerAnswer {
   QString text;
   int exitCode = 0;  // 2 for a wrong command line
 };
 
-// Has the parser, which is given --help and --version, read the arguments, of which the first is
-// the program's name. The answer to those two, or to a word that the parser does not know; none if
-// the program is to start.
+// Adds --help and --version to the parser and parses the arguments, the first of which is the
+// program's name. Returns the answer to these two or to an invalid argument; none if the program
+// should start.
 std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser);
 
-// Prints the text, or shows it in a box on Windows, where a program with windows has no console.
+// Prints the text. Windows shows a message box, because a program with windows has no console
+// there.
 void TellCaller(const CallerAnswer& answer);
 
 }  // namespace corvane

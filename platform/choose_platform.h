@@ -2,10 +2,9 @@
 
 namespace corvane {
 
-// Chooses Qt's platform: on Linux Wayland, else X11, as far as the environment names them, else
-// "offscreen", which needs no display and is what --help and --version get. Whether it did: the
-// user may have chosen by QT_QPA_PLATFORM or by an argument -platform. Call it before QApplication
-// is made.
+// Chooses Qt's platform on Linux: Wayland or X11 if the environment names such a display, else
+// "offscreen", which needs none. --help and --version always use "offscreen". Returns false if the
+// user has chosen with QT_QPA_PLATFORM or -platform. Call it before creating the QApplication.
 bool ChoosePlatform(int argc, const char* const* argv);
 
 }  // namespace corvane

@@ -15,8 +15,8 @@ bool ChoosePlatform(int argc, const char* const* argv) {
   if (hasOneOf({"-h", "--help", "-v", "--version"})) return qputenv("QT_QPA_PLATFORM", "offscreen");
   if (qEnvironmentVariableIsSet("QT_QPA_PLATFORM")) return false;
   if (hasOneOf({"-platform", "--platform"})) return false;
-  // Only what the desktop names is tried: looking for the rest would end in warnings, or in the
-  // session of somebody else on the same machine.
+  // Only displays named by the desktop are tried: others would cause warnings or lead to another
+  // user's session on the same machine.
   QByteArray platforms;
   if (!qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) platforms += "wayland;";
   if (!qEnvironmentVariableIsEmpty("DISPLAY")) platforms += "xcb;";

@@ -4,7 +4,7 @@
 
 namespace corvane {
 
-// Has the system bring the open file onto the disk, and on Linux the folder's entry of it too.
+// Flushes the open file to the disk, on Linux with its folder's entry. Returns whether it worked.
 bool SyncToDisk(QFile& file);
 
 }  // namespace corvane

@@ -6,13 +6,13 @@
 
 namespace corvane {
 
-// The current user's application-data folder, absolute, not necessarily existing: CSIDL_APPDATA on
-// Windows; elsewhere what the XDG Base Directory standard says, $XDG_DATA_HOME, else
-// ~/.local/share. None when the system knows no such folder.
+// The absolute path of the current user's application-data folder, which may not exist yet:
+// CSIDL_APPDATA on Windows; elsewhere, by the XDG Base Directory standard, $XDG_DATA_HOME or
+// ~/.local/share. None if the system has no such folder.
 std::optional<QString> ApplicationDataFolder();
 
-// The data folder of the server that runs as a service of the machine, not necessarily existing;
-// none where there is no such service.
+// The data folder of the server that runs as a system service; it may not exist yet. None if the
+// system has no such service.
 std::optional<QString> ServiceDataFolder();
 
 }  // namespace corvane

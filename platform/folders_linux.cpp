@@ -7,7 +7,7 @@ namespace corvane {
 
 namespace {
 
-// A folder named by an environment variable; relative paths there count as unset.
+// A folder named by an environment variable; a relative path counts as unset.
 std::optional<QString> FolderFromEnvironment(const char* variable) {
   const QString path = QFile::decodeName(qgetenv(variable));
   if (!QDir::isAbsolutePath(path)) return std::nullopt;

@@ -12,8 +12,9 @@ struct NetworkInterface {
   bool operator==(const NetworkInterface&) const = default;
 };
 
-// The machine's IPv4 interfaces, in the system's order: GetAdaptersInfo's on Windows; on Linux
-// those that are up and no loopback, by index. An interface with several addresses shows its first.
+// The machine's IPv4 interfaces in the system's order: GetAdaptersInfo's on Windows; on Linux by
+// index, without loopback interfaces and those that are down. Of several addresses of an interface
+// the first is given.
 std::vector<NetworkInterface> NetworkInterfaces();
 
 }  // namespace corvane

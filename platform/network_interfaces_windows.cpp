@@ -13,7 +13,7 @@ std::vector<NetworkInterface> NetworkInterfaces() {
   std::vector<IP_ADAPTER_INFO> adapters;
   ULONG bytes = 0;
   ULONG result = ERROR_BUFFER_OVERFLOW;
-  // Adapters may come between asking how many there are and asking for them.
+  // Adapters may appear between the two calls.
   while ((result = GetAdaptersInfo(adapters.data(), &bytes)) == ERROR_BUFFER_OVERFLOW) {
     adapters.resize(bytes / sizeof(IP_ADAPTER_INFO) + 1);
     bytes = static_cast<ULONG>(adapters.size() * sizeof(IP_ADAPTER_INFO));

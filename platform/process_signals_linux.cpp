@@ -16,14 +16,14 @@ namespace corvane {
 
 namespace {
 
-// The only thing that the handler may touch: it runs between any two instructions.
+// The only state that the handler uses: it may interrupt any instruction.
 std::atomic<int> wakeDescriptor = -1;
 static_assert(std::atomic<int>::is_always_lock_free);
 
 extern "C" void HandleSignal(int signal) {
   const int savedError = errno;
   const char byte = static_cast<char>(signal);
-  // A full pipe means that the loop has been woken already.
+  // If the pipe is full, the loop has been woken already.
   [[maybe_unused]] const ssize_t written = write(wakeDescriptor.load(), &byte, 1);
   errno = savedError;
 }
@@ -88,7 +88,7 @@ struct ProcessSignals::Wiring {
 
 ProcessSignals::ProcessSignals(std::function<void()> quit, std::function<void()> reload) {
   std::array<int, 2> ends{};
-  // Without a pipe the system's own handling stays, which ends the program as well.
+  // Without a pipe the default action remains, which ends the program as well.
   if (pipe2(ends.data(), O_NONBLOCK | O_CLOEXEC) != 0) return;
   myWiring = std::make_unique<Wiring>(ends, std::move(quit), std::move(reload));
 }

@@ -8,7 +8,7 @@
 namespace corvane {
 namespace {
 
-// The system calls the handler on a thread of its own.
+// The system calls the handler on a separate thread.
 std::atomic<QObject*> receiver = nullptr;
 std::function<void()> quitFunction;
 

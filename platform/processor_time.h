@@ -4,8 +4,7 @@
 
 namespace corvane {
 
-// The processor time that this thread has used: work counts, waiting does not. On Windows it grows
-// in steps of about 16 ms.
+// The processor time that the calling thread has used. On Windows it grows in steps of about 16 ms.
 std::chrono::nanoseconds ProcessorTime();
 
 }  // namespace corvane

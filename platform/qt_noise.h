@@ -2,9 +2,8 @@
 
 namespace corvane {
 
-// Keeps from standard error what Qt says about things that we neither chose nor need, such as the
-// runtime folder of a user who has not logged in. To be called before the application object is
-// made.
+// Suppresses irrelevant Qt warnings on standard error, for example about the missing runtime folder
+// of a user who is not logged in. Call it before creating the application object.
 void DropQtNoise();
 
 }  // namespace corvane

@@ -2,12 +2,12 @@
 
 namespace corvane {
 
-// What the service manager that started this process, systemd, is told of it where it asked for
-// that (sd_notify(3), the service type "notify"). Where nobody asked, nothing happens.
+// Reports the service's state to systemd if it started this process as a service of type "notify"
+// (sd_notify(3)). Does nothing otherwise, and nothing on Windows.
 enum class ServiceState { Ready, Reloading, Stopping };
 void TellServiceManager(ServiceState state);
 
-// While one exists, a service that is ready is being reloaded.
+// Reports the service as reloading while it exists, and as ready afterwards.
 class ServiceReload {
  public:
   ServiceReload() { TellServiceManager(ServiceState::Reloading); }

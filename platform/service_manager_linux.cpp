@@ -13,7 +13,7 @@
 namespace corvane {
 namespace {
 
-std::string Told(ServiceState state) {
+std::string MessageFor(ServiceState state) {
   switch (state) {
     case ServiceState::Ready:
       return "READY=1";
@@ -38,14 +38,14 @@ void TellServiceManager(ServiceState state) {
   address.sun_family = AF_UNIX;
   if (path.empty() || path.size() >= sizeof address.sun_path) return;
   std::memcpy(address.sun_path, path.data(), path.size());
-  // In front of a name that is no file's stands a NUL.
+  // An abstract socket's name begins with a NUL.
   if (path.front() == '@') address.sun_path[0] = '\0';
   const int descriptor = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
   if (descriptor < 0) return;
-  const std::string told = Told(state);
+  const std::string message = MessageFor(state);
   const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + path.size());
-  // Nobody waits for a manager that does not listen.
-  sendto(descriptor, told.data(), told.size(), MSG_DONTWAIT | MSG_NOSIGNAL,
+  // Never waits for a manager that does not read.
+  sendto(descriptor, message.data(), message.size(), MSG_DONTWAIT | MSG_NOSIGNAL,
          reinterpret_cast<const sockaddr*>(&address), length);
   close(descriptor);
 }

@@ -2,7 +2,7 @@
 
 namespace corvane {
 
-// The server is no service there.
+// The server is not a service on Windows.
 void TellServiceManager(ServiceState) {}
 
 }  // namespace corvane

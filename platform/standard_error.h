@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-// Writes the line, escaped and with a line end, to standard error. A reader that does not keep up
-// misses it.
+// Writes the line, escaped and with a line end, to standard error. Never waits: a reader that does
+// not keep up misses it.
 void WriteErrorLine(std::string_view line);
 
 }  // namespace corvane

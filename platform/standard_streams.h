@@ -5,20 +5,20 @@
 
 namespace corvane {
 
-// Where the process was started without standard input, output or error, opens the system's null
-// device in their places: the next file or socket would get the number and what we print with it.
-// To be called before anything is opened.
+// Opens the null device in place of standard streams that the process was started without;
+// otherwise the next file or socket would get a stream's number and receive the program's output.
+// Call it before opening anything.
 void OpenStandardStreams();
 
 enum class StandardStream { Output, Error };
 
 struct StreamWriting {
   std::size_t written = 0;  // bytes
-  bool isClosed = false;    // the reader is gone, or there was none
+  bool isClosed = false;    // there is no reader, or no longer one
 };
 
-// Writes as much as the stream's reader takes at once: never waits for it. Of 4096 bytes a reader
-// that has room takes either all or none.
+// Writes as many bytes as the stream accepts without waiting. A pipe accepts 4096 bytes or fewer
+// as a whole or not at all.
 StreamWriting WriteWithoutWaiting(StandardStream stream, std::string_view bytes);
 
 }  // namespace corvane

@@ -23,7 +23,7 @@ bool IsPassing(int error) {
 }  // namespace
 
 void OpenStandardStreams() {
-  // The lowest number that is free is given out first.
+  // The lowest free number is assigned first.
   int opened = -1;
   do {
     opened = open("/dev/null", O_RDWR);
@@ -34,8 +34,8 @@ void OpenStandardStreams() {
 StreamWriting WriteWithoutWaiting(StandardStream stream, std::string_view bytes) {
   const int descriptor = stream == StandardStream::Output ? STDOUT_FILENO : STDERR_FILENO;
   StreamWriting writing;
-  // A pipe that is ready takes PIPE_BUF bytes without blocking, though not a byte more. Its
-  // descriptor stays a blocking one, since that would change it for every program that shares it.
+  // A pipe that is ready takes PIPE_BUF bytes without blocking, but no more. The descriptor stays
+  // in blocking mode, since changing that would affect every program that shares it.
   while (writing.written < bytes.size() && IsReady(descriptor)) {
     const std::size_t count = std::min<std::size_t>(bytes.size() - writing.written, PIPE_BUF);
     const ssize_t result = write(descriptor, bytes.data() + writing.written, count);

@@ -5,7 +5,7 @@
 namespace corvane {
 namespace {
 
-TEST(Folders, DataFolderIsTheOneOfTheEnvironmentWhereThatIsAbsolute) {
+TEST(Folders, DataFolderComesFromTheEnvironmentIfItIsAbsolute) {
   const struct {
     const char* home;
     const char* dataHome;

@@ -15,7 +15,7 @@
 namespace corvane {
 namespace {
 
-TEST(ServiceManager, IsToldWhereItListens) {
+TEST(ServiceManager, GetsTheStateIfItListens) {
   const QTemporaryDir folder;
   for (const std::string& place :
        {folder.filePath("notify").toStdString(), "@corvane-test-" + std::to_string(getpid())}) {
