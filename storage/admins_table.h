@@ -11,7 +11,7 @@
 
 namespace corvane {
 
-// The statements on the table "admins". What changes the table returns whether it worked.
+// The statements on the table "admins". Changes return whether they worked. Borrows the connection.
 class AdminsTable {
  public:
   struct Admin {
@@ -27,19 +27,18 @@ class AdminsTable {
                        StatementValues values = StatementValues::Pasted)
       : myConnection(connection), myValues(values) {}
 
-  // Whether the user of that name, on that network and from that address, was made administrator.
-  // The name is an outsider's text: false when it makes the question take more processor time than
-  // this.
+  // Whether this name, network and address together have a grant. The name comes from a stranger:
+  // the result is false if the query takes more processor time than `time`.
   bool IsAdmin(const std::string& name, const std::string& network, const std::string& address,
                std::chrono::nanoseconds time = kMostTime);
 
   [[nodiscard]] bool Add(const std::string& name, const std::string& address,
                          const std::string& network);
 
-  // All grants in the database's order; none when the query fails.
+  // All grants in the database's order; none if the query fails.
   std::optional<std::vector<Admin>> All();
 
-  // Takes back several grants and commits once.
+  // Deletes several grants in one transaction.
   [[nodiscard]] bool Delete(const std::vector<std::int64_t>& ids);
 
  private:

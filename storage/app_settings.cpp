@@ -27,7 +27,7 @@ struct XMLTextEnd {
   void operator()(xmlChar* text) const { xmlFree(text); }
 };
 
-// What the file can hold of a text: XML has no control characters, not even escaped ones.
+// The text with characters replaced that XML cannot hold, not even escaped: most controls.
 std::string Writable(std::string_view text) {
   QString writable = DisplayText(text);
   for (QChar& unit : writable) {
@@ -43,10 +43,10 @@ std::string Attribute(const xmlNode* element, const char* name) {
   return value ? reinterpret_cast<const char*>(value.get()) : "";
 }
 
-// None, and why, when it cannot be read.
+// None, and the reason in `fault`, if it cannot be read.
 XMLDocument ReadDocument(const QString& fileName, std::string& fault) {
   QFile file(fileName);
-  // Anything but a plain file (a pipe, say) might never give an end.
+  // Other files, such as a pipe, may never end.
   if (!QFileInfo(fileName).isFile()) {
     fault = "not a regular file";
     return nullptr;
@@ -77,14 +77,14 @@ AppSettings::AppSettings(std::optional<QString> folder) {
 void AppSettings::Load() {
   myValues.clear();
   if (!myFile) return;
-  // Nothing ever reads "Port", the listener's port is another entry: this is deliberate.
+  // Nothing reads "Port"; the listener's port is another entry. This is deliberate.
   if (!QFileInfo::exists(*myFile) && !SetValue("Port", "12000")) return;
   std::string fault;
   const XMLDocument document = ReadDocument(*myFile, fault);
   myIsFileBroken = document == nullptr;
   if (myIsFileBroken) {
-    return Complain("cannot be read: " + fault + "; defaults count, and it is kept as " +
-                    TextFromDisplay(*myFile + kBroken) + " before anything is written over it");
+    return Complain("cannot be read: " + fault + "; defaults apply, and the file will be kept as " +
+                    TextFromDisplay(*myFile + kBroken) + " before it is replaced");
   }
   const xmlNode* const root = xmlDocGetRootElement(document.get());
   for (const xmlNode* node = root->children; node != nullptr; node = node->next) {

@@ -14,10 +14,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kPortion = 16;
 constexpr std::chrono::milliseconds kFirstPause(100);
-constexpr std::chrono::milliseconds kLongestPause(10'000);
-constexpr std::chrono::milliseconds kTimeOfARetry(20);
-constexpr std::chrono::milliseconds kTimeAtTheEnd(1000);
-constexpr std::chrono::milliseconds kPauseAtTheEnd(10);
+constexpr std::chrono::milliseconds kMaxPause(10'000);
+constexpr std::chrono::milliseconds kRetryTime(20);
+constexpr std::chrono::milliseconds kEndTime(1000);
+constexpr std::chrono::milliseconds kEndPause(10);
 
 }  // namespace
 
@@ -30,9 +30,9 @@ Bans::Bans(DatabaseConnection& connection)
 
 Bans::~Bans() {
   if (myWaiting.All().empty()) return;
-  const Clock::time_point end = Clock::now() + kTimeAtTheEnd;
-  while (!StoreFor(kTimeAtTheEnd) && Clock::now() < end)
-    std::this_thread::sleep_for(kPauseAtTheEnd);
+  const Clock::time_point end = Clock::now() + kEndTime;
+  while (!StoreFor(kEndTime) && Clock::now() < end)
+    std::this_thread::sleep_for(kEndPause);
   if (myWaiting.Save()) return;
   myConnection.Tell("bans that could not be stored and are lost: " +
                     std::to_string(myWaiting.All().size()));
@@ -53,13 +53,13 @@ bool Bans::Store(const Ban& ban) {
   record.SetText("by", ban.by);
   record.SetText("reason", ban.reason);
   record.SetDate("bandate", ban.bandate);
-  record.SetInteger("banlength", 1);  // which nothing reads: deliberate
+  record.SetInteger("banlength", 1);  // nothing reads it: deliberate
   record.SetText("network", ban.network);
   return myConnection.InsertRecord("bans", record) && myConnection.Commit();
 }
 
 bool Bans::IsBanned(const std::string& address) {
-  // An address is digits and dots, so this is what the text with the address in it would give.
+  // An address is digits and dots: pasted into the text it would give the same.
   return myWaiting.Has(address) ||
          myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address});
 }
@@ -68,7 +68,7 @@ std::optional<std::vector<Ban>> Bans::Portion(std::int64_t& place) {
   auto bans = Select("id>? ORDER BY id LIMIT " + std::to_string(kPortion), place);
   place = bans && bans->size() == kPortion ? bans->back().id : kEnd;
   if (bans && place == kEnd) {
-    // Together with the last stored ones, so that none is missed that is stored meanwhile.
+    // Together with the last stored ones: a ban that is stored meanwhile would be missed otherwise.
     bans->insert(bans->end(), myWaiting.All().begin(), myWaiting.All().end());
   }
   return bans;
@@ -97,7 +97,7 @@ std::optional<std::vector<Ban>> Bans::Select(const std::string& condition, std::
 bool Bans::Lift(const std::vector<std::int64_t>& ids) {
   std::set<std::int64_t> stored(ids.begin(), ids.end());
   if (!myWaiting.Remove(stored)) {
-    return myConnection.Complain("the file of the bans that wait could not be written");
+    return myConnection.Complain("the file of waiting bans could not be written");
   }
   if (stored.empty()) return true;
   const auto lift = [this](std::int64_t id) {
@@ -108,8 +108,8 @@ bool Bans::Lift(const std::vector<std::int64_t>& ids) {
 }
 
 void Bans::Retry() {
-  const bool isRefused = !StoreFor(kTimeOfARetry);
-  myPause = isRefused ? std::min(myPause * 2, kLongestPause) : kFirstPause;
+  const bool isRefused = !StoreFor(kRetryTime);
+  myPause = isRefused ? std::min(myPause * 2, kMaxPause) : kFirstPause;
   myWaiting.TidyFile();
   if (!myWaiting.All().empty()) myRetry.start(myPause);
 }
@@ -118,7 +118,7 @@ bool Bans::StoreFor(std::chrono::milliseconds time) {
   const Clock::time_point end = Clock::now() + time;
   while (!myWaiting.All().empty() && Clock::now() < end) {
     if (!Store(myWaiting.All().front())) {
-      // What is wrong may be wrong with this one only.
+      // The fault may concern this ban only.
       myWaiting.FirstIsRefused();
       return false;
     }

@@ -16,13 +16,13 @@ namespace corvane {
 
 class DatabaseConnection;
 
-// The only door to the bans: the table "bans", and the bans that the database refused. A refused
-// ban counts, is listed and can be lifted like any other, outlives the server (WaitingBans), and is
-// tried again with growing pauses until it is stored. Borrows the connection, whose database is
-// open already. Needs a QCoreApplication.
+// All access to bans: the table "bans" and the bans that the database refused. A refused ban waits:
+// it is enforced, listed and lifted like any other, survives a restart (WaitingBans), and is tried
+// again at growing intervals until it is stored. Borrows the connection, whose database must be
+// open. Needs a QCoreApplication.
 //
-// The destructor tries to store what waits, for a second at most. What the disk takes neither into
-// the database nor into the file is lost, which standard error says.
+// The destructor tries to store waiting bans for up to a second. Bans that can be written neither
+// to the database nor to the file are lost; standard error reports how many.
 class Bans {
  public:
   explicit Bans(DatabaseConnection& connection);
@@ -30,33 +30,33 @@ class Bans {
   Bans(const Bans&) = delete;
   Bans& operator=(const Bans&) = delete;
 
-  // Bans the address from this moment on. Returns whether the ban is in the database; where it is
-  // not, it is in the file, unless the disk refuses that, too.
+  // Bans the address at once. Returns whether the ban is in the database; if not, it is in the file
+  // of waiting bans, unless that cannot be written either.
   bool Add(const std::string& address, const std::string& by, const std::string& reason,
            const std::string& network);
 
-  // Whether a ban names the address, whatever its network and date. False when the query fails.
+  // Whether any ban names the address. False if the query fails.
   bool IsBanned(const std::string& address);
 
-  // Reads the next few bans behind a place in the list, and moves the place behind them. A list
-  // begins at kBegin and is over at kEnd. The stored bans come by their numbers, and with the last
-  // of them all that wait. None when the query fails, which ends the list.
+  // Reads the next few bans of the list, starting at `place`, and advances it. A list begins at
+  // kBegin and is complete at kEnd: stored bans by number, then, with the last of them, all waiting
+  // bans. If the query fails, the result is none and the list ends.
   std::optional<std::vector<Ban>> Portion(std::int64_t& place);
   static constexpr std::int64_t kBegin = std::numeric_limits<std::int64_t>::min();
   static constexpr std::int64_t kEnd = std::numeric_limits<std::int64_t>::max();
 
-  // The ban with this number. None also when the query fails.
+  // The ban with this number. None also if the query fails.
   std::optional<Ban> Find(std::int64_t id);
 
-  // Lifts the bans with these numbers, the stored ones in one transaction. Returns whether none is
-  // left; what is wrong is the connection's error.
+  // Lifts the bans with these numbers, the stored ones in one transaction. Returns whether none of
+  // them is left; on failure the connection has the error.
   [[nodiscard]] bool Lift(const std::vector<std::int64_t>& ids);
 
  private:
   bool Store(const Ban& ban);
   std::optional<std::vector<Ban>> Select(const std::string& condition, std::int64_t value);
   void Retry();
-  // Stores what waits until one is refused or the time is over. Returns whether none was refused.
+  // Stores waiting bans until one is refused or the time is over. Returns whether none was refused.
   bool StoreFor(std::chrono::milliseconds time);
 
   DatabaseConnection& myConnection;

@@ -10,15 +10,15 @@ namespace corvane {
 
 namespace {
 
-constexpr int kPagesAStep = 64;
-constexpr int kMostWaits = 1000;  // for another program's lock, one after the other
+constexpr int kPagesPerStep = 64;
+constexpr int kMaxWaits = 1000;  // in a row, for another program's lock
 
 }  // namespace
 
 DatabaseBackup::DatabaseBackup(const DatabaseConnection& source, const QString& file) {
   if (sqlite3_open_v2(file.toStdString().c_str(), &myCopy, SQLITE_OPEN_READWRITE, nullptr) ==
       SQLITE_OK) {
-    // The disk is not waited for here.
+    // The caller flushes the copy to the disk.
     sqlite3_exec(myCopy, "PRAGMA synchronous=OFF", nullptr, nullptr, nullptr);
     myBackup = sqlite3_backup_init(myCopy, "main", source.myDatabase, "main");
   }
@@ -31,10 +31,10 @@ DatabaseBackup::~DatabaseBackup() {
 
 DatabaseBackup::Progress DatabaseBackup::Step() {
   if (myBackup == nullptr) return Progress::Failed;
-  int result = sqlite3_backup_step(myBackup, kPagesAStep);
+  int result = sqlite3_backup_step(myBackup, kPagesPerStep);
   const bool waits = result == SQLITE_BUSY || result == SQLITE_LOCKED;
   myWaits = waits ? myWaits + 1 : 0;
-  if (result == SQLITE_OK || (waits && myWaits < kMostWaits)) return Progress::More;
+  if (result == SQLITE_OK || (waits && myWaits < kMaxWaits)) return Progress::More;
   if (result == SQLITE_DONE) result = Finish();
   return result == SQLITE_OK ? Progress::Made : Fail(result);
 }

@@ -11,10 +11,9 @@ namespace corvane {
 
 class DatabaseConnection;
 
-// A copy of an open database as it is at one moment, made a few pages at a time while it is used:
-// what the connection changes meanwhile is in it, and what another program changes has it begin
-// anew. Borrows the connection. The file is there and empty; the copy need not be on the disk yet
-// when it is made.
+// Copies an open database a few pages at a time while it is in use. The copy includes what the
+// connection changes meanwhile; a change by another program restarts it. Borrows the connection.
+// The file must exist and be empty; a finished copy is not yet flushed to the disk.
 class DatabaseBackup {
  public:
   DatabaseBackup(const DatabaseConnection& source, const QString& file);
@@ -23,14 +22,14 @@ class DatabaseBackup {
   DatabaseBackup& operator=(const DatabaseBackup&) = delete;
 
   enum class Progress { More, Made, Failed };
-  // Copies up to 256 KiB, as pages usually are.
+  // Copies the next 64 pages, usually 256 KiB.
   Progress Step();
-  // Why it failed.
+  // Why the backup failed.
   const std::string& ErrorMessage() const { return myErrorMessage; }
 
  private:
   Progress Fail(int result);
-  // Ends it; SQLite's code.
+  // Ends the backup. Returns SQLite's code.
   int Finish();
 
   sqlite3* myCopy = nullptr;

@@ -33,7 +33,7 @@ int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
   return sqlite3_bind_null(statement, index);
 }
 
-// The statement only points to the values.
+// The statement borrows the values.
 int Bind(sqlite3_stmt* statement, const DatabaseConnection::Values& values) {
   int result = SQLITE_OK;
   for (std::size_t i = 0; i < values.size() && result == SQLITE_OK; ++i)
@@ -50,7 +50,7 @@ DatabaseValue ColumnValue(sqlite3_stmt* statement, int column) {
     case SQLITE_FLOAT:
       return sqlite3_column_double(statement, column);
     default: {
-      // Asking for the bytes first would give the length before a conversion to UTF-8.
+      // Before the conversion to UTF-8 the length would be another.
       const void* const bytes = sqlite3_column_type(statement, column) == SQLITE_BLOB
                                     ? sqlite3_column_blob(statement, column)
                                     : sqlite3_column_text(statement, column);
@@ -69,7 +69,7 @@ std::vector<std::string> ColumnNames(sqlite3_stmt* statement, int count) {
   return names;
 }
 
-// The word behind "SELECT * FROM".
+// The word after "SELECT * FROM".
 std::string_view TableOf(std::string_view query) {
   query.remove_prefix(kSelectAll.size());
   return query.substr(0, query.find_first_of(" \t\r\n;"));
@@ -105,7 +105,7 @@ void DatabaseConnection::Close() {
 
 bool DatabaseConnection::Connect(const QString& file) {
   Close();
-  // To SQLite some names are no files at all, and an empty one is a new database.
+  // SQLite gives some names another meaning; an empty one is a new database.
   if (!QFileInfo(file).isFile()) return Complain(SQLITE_CANTOPEN);
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
   sqlite3* database = nullptr;
@@ -113,9 +113,9 @@ bool DatabaseConnection::Connect(const QString& file) {
   myDatabase = database;
   if (result == SQLITE_OK) {
     myPatience.Watch(myDatabase, kPatienceWhileOpening);
-    // A file that someone turned to a write-ahead log turns back, as far as nobody else uses it.
+    // Turns a write-ahead log back into a rollback journal, unless another program uses the file.
     sqlite3_exec(myDatabase, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
-    // What an outsider's query sorts stays where it is bounded.
+    // Memory is bounded for strangers' queries, temporary files are not.
     sqlite3_exec(myDatabase, "PRAGMA temp_store=MEMORY", nullptr, nullptr, nullptr);
     if (SQLExecute("PRAGMA synchronous=EXTRA") &&
         SQLExecute("SELECT count(*) FROM sqlite_master")) {
@@ -148,7 +148,7 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelect(std::string_view que
     FailWith(result);
     return std::nullopt;
   }
-  // The first step may find that another program changed the table: columns are known after it.
+  // The columns are known after the first step, which may find a table changed by another program.
   result = sqlite3_step(statement.get());
   const int columnCount = sqlite3_column_count(statement.get());
   DatabaseCursor cursor(*this, ColumnNames(statement.get(), columnCount));
@@ -177,7 +177,7 @@ bool DatabaseConnection::HasRowWith(std::string_view query, const Values& values
   sqlite3_stmt* const statement = kept->second.get();
   const int result = Bind(statement, values);
   const bool hasRow = result == SQLITE_OK ? HasRow(statement) : FailWith(result);
-  sqlite3_reset(statement);  // gives the lock back
+  sqlite3_reset(statement);  // releases the lock
   sqlite3_clear_bindings(statement);
   return hasRow;
 }
@@ -203,7 +203,7 @@ bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_v
 
 std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_view query,
                                                                    const Values& values) {
-  // Both selects see the same rows: they share one read transaction.
+  // One read transaction, so both selects see the same rows.
   const bool isOwnTransaction = myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) != 0;
   if (isOwnTransaction) sqlite3_exec(myDatabase, "BEGIN", nullptr, nullptr, nullptr);
   std::optional<DatabaseCursor> cursor = SQLSelect(query, values);
@@ -215,14 +215,14 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_v
 
 void DatabaseConnection::TakeIdentities(DatabaseCursor& cursor, std::string_view query,
                                         const Values& values) {
-  const std::string behindStar(query.substr(std::string_view("SELECT *").size()));
-  const auto identified = SQLSelect("SELECT _rowid_,*" + behindStar, values);
+  const std::string afterStar(query.substr(std::string_view("SELECT *").size()));
+  const auto identified = SQLSelect("SELECT _rowid_,*" + afterStar, values);
   Succeed();
   if (!identified || identified->myRows.size() != cursor.myRows.size()) return;
   for (std::size_t i = 0; i < cursor.myRows.size(); ++i) {
     DatabaseCursor::Row& row = cursor.myRows[i];
     const std::vector<DatabaseValue>& read = identified->myRows[i].values;
-    // A text that holds more than a plain select may give other rows this way.
+    // Anything but a plain select may return other rows with this change.
     const auto* const identity = std::get_if<std::int64_t>(&read.front());
     if (identity == nullptr ||
         !std::equal(read.begin() + 1, read.end(), row.values.begin(), row.values.end()))
@@ -252,14 +252,14 @@ std::int64_t DatabaseConnection::LastInserted() const {
 }
 
 bool DatabaseConnection::Begin() {
-  // The lock is taken, and waited for, here: once, and not again for each statement of the group.
+  // Takes the lock here: the transaction waits for it only once.
   return SQLExecute("BEGIN IMMEDIATE");
 }
 
 bool DatabaseConnection::Commit() {
   if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return !myError;
   if (SQLExecute("COMMIT")) return true;
-  // A group that could not be committed would otherwise stay open and swallow later changes.
+  // The transaction would otherwise stay open and include later changes.
   sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
   return false;
 }

@@ -20,21 +20,21 @@ struct sqlite3_stmt;
 
 namespace corvane {
 
-// One SQLite database. Owns the connection and the statements that it keeps prepared; its cursors
-// borrow it. Until Connect has worked every operation fails.
+// A connection to an SQLite database. Owns its prepared statements; its cursors borrow it. Until
+// Connect succeeds every operation fails.
 //
-// Each operation runs to its end on the calling thread: it sets the error flag and message when it
-// fails and clears them when it succeeds. What changes data returns whether it worked, and a failed
-// change is told: standard error says "database: " and why, the same at most once a second. Each
-// statement is committed durably (rollback journal, synchronous=EXTRA) as it runs, unless Begin
-// opened a group. A lock held by another process is waited for up to 250 ms, up to 5 s while
-// connecting, and more briefly after waits in vain (LockPatience).
+// Each operation completes on the calling thread. It sets the error flag and message on failure and
+// clears them on success. Changes return whether they worked; a failed change is also reported on
+// standard error with the prefix "database: ", the same fault at most once a second. Each statement
+// is committed durably (rollback journal, synchronous=EXTRA) as it runs, unless Begin has opened a
+// transaction. A lock of another process is waited for up to 250 ms, up to 5 s while connecting,
+// and more briefly after timeouts (LockPatience).
 //
-// Limits: of a text with several statements the first is run, and a text with a byte of 0 is
-// refused. All rows of a query are read into memory at once.
+// Limits: only the first statement of a text is run, and a text with a NUL is refused. All rows of
+// a query are read into memory at once.
 class DatabaseConnection {
  public:
-  // For the "?" of a statement, in their order.
+  // Values for the "?" of a statement, in order.
   using Values = std::vector<DatabaseValue>;
 
   DatabaseConnection() = default;
@@ -42,32 +42,32 @@ class DatabaseConnection {
   DatabaseConnection(const DatabaseConnection&) = delete;
   DatabaseConnection& operator=(const DatabaseConnection&) = delete;
 
-  // Event: this line was told on standard error. Raised inside the operation that failed.
+  // Event: this line was written to standard error. Raised inside the operation that failed.
   std::function<void(const std::string&)> Complained;
-  // Tells a fault, behind "database: ".
+  // Reports a fault, prefixed with "database: ".
   void Tell(const std::string& fault) const;
-  // Sets the error and tells it, for what is kept beside the database. Returns false.
+  // Sets and reports an error of a file beside the database. Returns false.
   bool Complain(std::string fault);
 
-  // Opens an existing database file for reading and writing and reads from it once, so that a file
-  // that is no database fails here. A file that may only be read opens as well, and each change of
-  // it fails. Never creates a file. Returns whether it is open.
+  // Opens an existing database file for reading and writing. Reads from it once, so a file that is
+  // not a database fails here. A read-only file opens, but changes of it fail. Never creates a
+  // file. Returns whether it is open.
   [[nodiscard]] bool Connect(const QString& file);
   bool IsConnected() const { return myDatabase != nullptr; }
-  // The absolute path of the file that is open; empty where none is.
+  // The absolute path of the open file; empty if none is open.
   QString File() const;
-  // Whether its name leads elsewhere by now: the file was replaced or deleted. Must be open.
+  // Whether the file was replaced or deleted since it was opened. Must be open.
   bool HasMoved() const;
 
-  // Runs one query exactly as given. None when it fails.
+  // Runs one query exactly as given. None if it fails.
   std::optional<DatabaseCursor> SQLSelect(std::string_view query, const Values& values = {});
 
-  // The same for a query that starts with "SELECT * FROM", with each row's identity taken along on
-  // the side, so that the cursor can change its rows.
+  // The same for a query that starts with "SELECT * FROM". Also reads each row's identity, so the
+  // cursor can change its rows.
   std::optional<DatabaseCursor> SQLSelectForEdit(std::string_view query, const Values& values = {});
 
-  // Whether one query succeeds and yields a row. All its rows are stepped through, so that an error
-  // in a later one counts. The query is kept prepared: for the few whose texts never change.
+  // Whether one query succeeds and yields a row. Steps through all rows, since a later one may
+  // fail. The query is kept prepared: for the few whose texts never change.
   bool HasRowWith(std::string_view query, const Values& values);
 
   // The same for a query that starts with "SELECT * FROM" and holds a text from outsiders, which
@@ -81,13 +81,12 @@ class DatabaseConnection {
 
   // Adds a row. Columns that the record does not name have the table's default.
   [[nodiscard]] bool InsertRecord(std::string_view table, const DatabaseRecord& record);
-  // The identity of the row that was added last; 0 before. Must be open.
+  // The identity of the last row added; 0 if there is none. Must be open.
   std::int64_t LastInserted() const;
 
-  // Begin takes the lock and groups the statements up to the next Commit into one transaction.
-  // Commit ends such a group, and takes it back where it cannot be committed. Without a group
-  // everything is committed already, neither the data nor the error flag changes, and the result is
-  // the last operation's.
+  // Begin takes the lock and opens a transaction for the statements up to the next Commit. Commit
+  // ends it, by a rollback if committing fails. Without an open transaction Commit changes nothing
+  // and returns whether the last operation worked.
   [[nodiscard]] bool Begin();
   [[nodiscard]] bool Commit();
 
@@ -105,20 +104,19 @@ class DatabaseConnection {
   };
   using Statement = std::unique_ptr<sqlite3_stmt, StatementEnd>;
 
-  // The first statement of the text. None, with SQLite's code in `result`, when there is none: also
-  // for a text with a NUL, which SQLite would take for its end and run what stands before it.
+  // The first statement of the text; none, with SQLite's code in `result`, if there is no valid
+  // one. Also none for a text with a NUL, of which SQLite would run the part before it.
   Statement Prepare(std::string_view text, int& result);
   // Whether running it yields a row.
   bool HasRow(sqlite3_stmt* statement);
   void Close();
-  // Gives the cursor its rows' identities where the query allows it.
+  // Gives the cursor its rows' identities if the query allows it.
   void TakeIdentities(DatabaseCursor& cursor, std::string_view query, const Values& values);
-  // Set or clear the error; they return what the operation that ends there returns.
+  // These set or clear the error. They return whether the operation worked.
   bool Fail(std::string message);
   bool FailWith(int result);
   bool Succeed();
-  // The failure of something that was to change data: sets the error, or takes the one that is set,
-  // and tells it. Returns false.
+  // Report a failed change: SQLite's code, or the error that is set. They return false.
   bool Complain(int result);
   bool Complain();
 

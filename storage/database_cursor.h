@@ -12,17 +12,17 @@ namespace corvane {
 
 class DatabaseConnection;
 
-// The rows of one select, all read when it was made, with a position that starts at the first row.
-// Borrows its connection. A cursor from SQLSelectForEdit knows each row's identity and can change
-// or delete the current row, also where several rows hold the same values.
+// The rows of a select, all read in advance, and a position that starts at the first row. Borrows
+// its connection. A cursor from SQLSelectForEdit knows each row's identity and can change or delete
+// the current row, even among rows with equal values.
 class DatabaseCursor {
  public:
   std::size_t RecordCount() const { return myRows.size(); }
   bool EndOfRows() const { return myPosition >= myRows.size(); }
   void MoveNext();
 
-  // Columns of the current row by name (letter case ignored). A column that is not there, or any
-  // column past the last row, reads as NULL.
+  // Columns of the current row by name, ignoring letter case. A missing column, and any column past
+  // the last row, reads as NULL.
   const DatabaseValue& Value(std::string_view column) const;
   std::string Text(std::string_view column) const { return TextOf(Value(column)); }
   std::int64_t Integer(std::string_view column) const { return IntegerOf(Value(column)); }
@@ -42,7 +42,7 @@ class DatabaseCursor {
   };
 
   DatabaseCursor(DatabaseConnection& connection, std::vector<std::string> columns);
-  // Whether the current row can be changed; an error of the connection when it cannot.
+  // Whether the current row can be changed. If not, sets and reports the connection's error.
   bool HasIdentity() const;
 
   DatabaseConnection* myConnection;

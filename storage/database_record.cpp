@@ -15,7 +15,7 @@ namespace corvane {
 namespace {
 
 std::int64_t WholeNumber(double number) {
-  // 2 to the power of 63: the first double past the range.
+  // 2^63, the first double past the range.
   constexpr double kPastEnd = 9223372036854775808.0;
   if (number >= kPastEnd) return std::numeric_limits<std::int64_t>::max();
   if (number < -kPastEnd) return std::numeric_limits<std::int64_t>::min();

@@ -11,16 +11,16 @@
 
 namespace corvane {
 
-// A value of a column: NULL, integer, floating point or text (also blobs, byte for byte).
+// A column's value: NULL, integer, floating point, or text, which also holds blobs.
 using DatabaseValue = std::variant<std::monostate, std::int64_t, double, std::string>;
 
-// What SQLite's loose typing makes of a value when a column is read as a given type.
+// Convert a value that SQLite stored with another type.
 std::string TextOf(const DatabaseValue& value);      // NULL: empty
 std::int64_t IntegerOf(const DatabaseValue& value);  // a text: its leading number; NULL: 0
-bool BooleanOf(const DatabaseValue& value);          // non-zero, or the text "true" in any case
-QDateTime DateOf(const DatabaseValue& value);        // invalid when it is no date
+bool BooleanOf(const DatabaseValue& value);          // non-zero, or "true" in any letter case
+QDateTime DateOf(const DatabaseValue& value);        // invalid if it is no date
 
-// A table's or column's name as an SQL statement spells it, whatever characters it holds.
+// A table's or column's name, quoted for an SQL statement. It may hold any characters.
 std::string QuotedIdentifier(std::string_view name);
 
 // Columns of a row to insert or change, in the order in which they were set.

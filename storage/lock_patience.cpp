@@ -9,12 +9,12 @@ namespace corvane {
 
 namespace {
 
-// Tries, since a busy machine sleeps longer than it was asked to.
+// Tries instead of a time, because a busy machine sleeps longer than asked.
 constexpr int kBriefTries = 8;
 constexpr std::chrono::milliseconds kBriefSleep(1);
 constexpr std::chrono::seconds kImpatience(1);
-constexpr std::chrono::seconds kLongestImpatience(5);
-constexpr std::chrono::milliseconds kLongestSleep(20);
+constexpr std::chrono::seconds kMaxImpatience(5);
+constexpr std::chrono::milliseconds kMaxSleep(20);
 
 }  // namespace
 
@@ -37,13 +37,13 @@ bool LockPatience::Wait(int tries) {
     if (isBrief) {
       myNoWaitUntil = now + (now - myWaitingSince);
     } else {
-      myLatestEnd = now + kLongestImpatience;
+      myLatestEnd = now + kMaxImpatience;
     }
     myBriefUntil = std::min(now + kImpatience, myLatestEnd);
     return false;
   }
-  std::this_thread::sleep_for(
-      isBrief ? kBriefSleep : std::min(std::chrono::milliseconds(tries + 1), kLongestSleep));
+  std::this_thread::sleep_for(isBrief ? kBriefSleep
+                                      : std::min(std::chrono::milliseconds(tries + 1), kMaxSleep));
   return true;
 }
 

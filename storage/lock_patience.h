@@ -6,20 +6,21 @@ struct sqlite3;
 
 namespace corvane {
 
-// How long statements wait for a lock that another program holds on the database: up to a bound.
-// After a wait in vain they wait for brief locks only, with eight tries a millisecond apart, until
-// none was waited for in vain for a second, or five seconds are over. After such a brief wait in
-// vain nobody waits for as long again, so that many statements take half of the time at most.
+// Bounds how long statements wait for another program's lock on the database.
+//
+// States: normally a statement waits up to the given bound. A timeout starts a period of brief
+// waits of eight tries 1 ms apart. The period ends after a second without a timeout, and after 5 s
+// at most. After a brief wait that times out, statements do not wait at all for as long as it took:
+// waiting takes at most half of the time.
 class LockPatience {
  public:
-  // Sees to the waiting of this database from now on. To be outlived by nothing that runs there.
+  // Installs itself as the database's busy handler. Must outlive all statements that run there.
   void Watch(sqlite3* database, std::chrono::milliseconds bound);
 
  private:
   using Clock = std::chrono::steady_clock;
 
-  // Called by SQLite when a lock is not free, with how often it was for the same statement; whether
-  // to try again.
+  // SQLite's busy handler: `tries` counts the calls for one lock. Returns whether to try again.
   static int OnLocked(void* self, int tries);
   bool Wait(int tries);
 
@@ -27,7 +28,7 @@ class LockPatience {
   Clock::time_point myWaitingSince;
   Clock::time_point myNoWaitUntil;
   Clock::time_point myBriefUntil;
-  Clock::time_point myLatestEnd;  // of the time of brief waits
+  Clock::time_point myLatestEnd;  // of the period of brief waits
 };
 
 }  // namespace corvane

@@ -9,15 +9,15 @@
 
 namespace corvane {
 
-// The statements on the table "networks". The name is the key of every query. What changes the
-// table returns whether it worked; a name that no row has changes nothing and counts as such.
+// The statements on the table "networks", with the name as the key. Changes return whether they
+// worked, also if no row has the name. Borrows the connection.
 class NetworksTable {
  public:
   explicit NetworksTable(DatabaseConnection& connection,
                          StatementValues values = StatementValues::Pasted)
       : myConnection(connection), myValues(values) {}
 
-  // All rows; columns "name", "pass", "users", "enabled". None when the query fails.
+  // All rows; columns "name", "pass", "users", "enabled". None if the query fails.
   std::optional<DatabaseCursor> All();
 
   [[nodiscard]] bool Add(const std::string& name, const std::string& password,

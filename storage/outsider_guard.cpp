@@ -12,18 +12,18 @@ namespace corvane {
 namespace {
 
 constexpr int kInstructionsBetweenLooks = 100;
-constexpr std::int64_t kMemory = std::int64_t{4} << 20;  // bytes beside what is in use
-constexpr int kMostSelects = 8;
-constexpr int kMostReads = 32;
-constexpr std::size_t kMostLength = std::size_t{16} << 10;  // bytes, of the whole query
+constexpr std::int64_t kMaxMemory = std::int64_t{4} << 20;  // bytes beside what is in use
+constexpr int kMaxSelects = 8;
+constexpr int kMaxReads = 32;
+constexpr std::size_t kMaxLength = std::size_t{16} << 10;  // bytes, of the whole query
 
 }  // namespace
 
 const std::array<OutsiderGuard::Limit, 5> OutsiderGuard::kLimits = {{
-    {SQLITE_LIMIT_SQL_LENGTH, kMostLength},
+    {SQLITE_LIMIT_SQL_LENGTH, kMaxLength},
     {SQLITE_LIMIT_LENGTH, 64 * 1024},
     {SQLITE_LIMIT_EXPR_DEPTH, 100},
-    {SQLITE_LIMIT_COMPOUND_SELECT, kMostSelects},
+    {SQLITE_LIMIT_COMPOUND_SELECT, kMaxSelects},
     {SQLITE_LIMIT_VDBE_OP, 25'000},
 }};
 
@@ -34,11 +34,11 @@ OutsiderGuard::OutsiderGuard(sqlite3* database, std::string_view table, std::str
   sqlite3_progress_handler(myDatabase, kInstructionsBetweenLooks, IsOver, this);
   if (outsiders.find('\'') == std::string_view::npos) return;
   Confine();
-  // The authorizer takes a table that WITH defines for a view, and is not asked about the columns
-  // that a JOIN compares. The words are looked for as mere letters, since a text of this kind is
-  // nobody's name.
-  const std::string folded = FoldText(outsiders.substr(0, kMostLength));
-  myIsRefused = outsiders.size() > kMostLength || folded.find("with") != std::string::npos ||
+  // The authorizer takes a table defined by WITH for a view and is not asked about the columns that
+  // a JOIN compares. The words are searched for as mere letters: no real name has a quote and
+  // these.
+  const std::string folded = FoldText(outsiders.substr(0, kMaxLength));
+  myIsRefused = outsiders.size() > kMaxLength || folded.find("with") != std::string::npos ||
                 folded.find("join") != std::string::npos;
 }
 
@@ -49,8 +49,8 @@ OutsiderGuard::~OutsiderGuard() {
   sqlite3_set_authorizer(myDatabase, nullptr, nullptr);
   for (std::size_t i = 0; i < kLimits.size(); ++i)
     sqlite3_limit(myDatabase, kLimits[i].category, myEarlierLimits[i]);
-  // The soft limit follows the hard one, and as long as there is one SQLite may go on believing
-  // that memory is short.
+  // The hard limit has lowered the soft one; while that remains, SQLite may still see memory as
+  // short.
   sqlite3_hard_heap_limit64(myEarlierHardLimit);
   sqlite3_soft_heap_limit64(myEarlierSoftLimit);
 }
@@ -60,20 +60,20 @@ void OutsiderGuard::Confine() {
   sqlite3_set_authorizer(myDatabase, Authorize, this);
   for (std::size_t i = 0; i < kLimits.size(); ++i)
     myEarlierLimits[i] = sqlite3_limit(myDatabase, kLimits[i].category, kLimits[i].value);
-  // The limit counts for the process, so it is put above what is in use, the cache of pages too.
+  // The limit applies to the process, so it is set relative to the memory in use.
   myEarlierSoftLimit = sqlite3_soft_heap_limit64(-1);
-  myEarlierHardLimit = sqlite3_hard_heap_limit64(sqlite3_memory_used() + kMemory);
+  myEarlierHardLimit = sqlite3_hard_heap_limit64(sqlite3_memory_used() + kMaxMemory);
 }
 
-// How many tables may be put together is bounded by the reads: planning that takes long before
-// anything runs, and cannot be interrupted.
+// The number of reads bounds the number of joined tables: planning a join of many takes long and
+// cannot be interrupted.
 int OutsiderGuard::Authorize(void* guard, int action, const char* first, const char* /*second*/,
                              const char* /*database*/, const char* view) {
   if (view != nullptr) return SQLITE_OK;
   auto& self = *static_cast<OutsiderGuard*>(guard);
   const bool isAllowed =
-      (action == SQLITE_SELECT && ++self.mySelects <= kMostSelects) ||
-      (action == SQLITE_READ && SameText(first, self.myTable) && ++self.myReads <= kMostReads);
+      (action == SQLITE_SELECT && ++self.mySelects <= kMaxSelects) ||
+      (action == SQLITE_READ && SameText(first, self.myTable) && ++self.myReads <= kMaxReads);
   return isAllowed ? SQLITE_OK : SQLITE_DENY;
 }
 

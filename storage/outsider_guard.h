@@ -10,21 +10,21 @@ struct sqlite3;
 
 namespace corvane {
 
-// While one exists, what a query may cost that holds a text of outsiders' is bounded: it is
-// interrupted after so much processor time. A text with a quote in it can be more than a value, so
-// it is bounded further: in memory, in length and depth, and to reading the query's own table
-// without functions. What a view calls and reads that the operator made of that table is no
-// outsider's and passes.
+// While it exists, bounds the cost of a query that contains a stranger's text: the query is
+// interrupted after the given processor time. If the text contains a quote, it can be more than a
+// value, so memory, length and depth are bounded too, and the query may only read its own table and
+// call no functions. If the operator made that table a view, the view's own reads and calls are
+// allowed. The memory limit applies to the whole process meanwhile.
 class OutsiderGuard {
  public:
-  // `table` is the query's. The database may be none.
+  // `table` is the query's. The database may be null.
   OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders,
                 std::chrono::nanoseconds time);
   ~OutsiderGuard();
   OutsiderGuard(const OutsiderGuard&) = delete;
   OutsiderGuard& operator=(const OutsiderGuard&) = delete;
 
-  // Whether the query may be prepared at all.
+  // Whether the query must not even be prepared.
   bool IsRefused() const { return myIsRefused; }
 
  private:
@@ -42,10 +42,10 @@ class OutsiderGuard {
 
   sqlite3* myDatabase;
   std::string_view myTable;
-  std::chrono::nanoseconds myEnd;  // of its ProcessorTime
+  std::chrono::nanoseconds myEnd;  // of the thread's ProcessorTime
   bool myIsConfined = false;
   bool myIsRefused = false;
-  int mySelects = 0;  // the outsiders' and the query's own
+  int mySelects = 0;  // including the query's own
   int myReads = 0;
   std::array<int, 5> myEarlierLimits{};
   std::int64_t myEarlierHardLimit = 0;

@@ -8,7 +8,7 @@ namespace corvane {
 
 namespace {
 
-// Until nothing is taken: only that write says why.
+// Writes until nothing is accepted: only that write reports the cause.
 bool WriteWhole(QFileDevice& file, QByteArrayView content) {
   while (!content.isEmpty()) {
     const qint64 written = file.write(content.data(), content.size());
@@ -34,14 +34,14 @@ QString ReplaceFile(const QString& file, QByteArrayView content) {
     }
     if (replacement.commit()) return {};
   }
-  // Only what is there: a file that could not be made beside could not be made here either.
+  // Only an existing file: the folder permits no new one.
   QFile inPlace(file);
   if (!QFileInfo(file).isFile() || !inPlace.open(QIODevice::ReadWrite | QIODevice::Unbuffered))
     return replacement.errorString();
   const QByteArray before = inPlace.readAll();
   if (Overwrite(inPlace, content)) return {};
   QString error = inPlace.errorString();
-  // What it held still has its place.
+  // The previous content still fits.
   Overwrite(inPlace, before);
   return error;
 }

@@ -5,10 +5,9 @@
 
 namespace corvane {
 
-// Gives the file this content, as a whole: written beside, flushed to the disk, renamed. Where the
-// folder allows no new file, or not in the place of this one, it is overwritten as it lies there.
-// What does not fit on the disk changes nothing.
-// Returns why it does not have the content, nothing when it has.
+// Replaces the file's content as a whole: writes a temporary file beside it, flushes that to the
+// disk and renames it. If the folder does not permit that, overwrites the file in place. If the
+// content does not fit on the disk, the file is unchanged. Returns the error, or nothing.
 QString ReplaceFile(const QString& file, QByteArrayView content);
 
 }  // namespace corvane

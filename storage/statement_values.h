@@ -2,10 +2,10 @@
 
 namespace corvane {
 
-// How values come into the statements on the tables.
+// How values are put into statements.
 enum class StatementValues {
-  Pasted,  // into the texts as they stand, unescaped: deliberate, and a quote in one is code
-  Bound    // as parameters, so that nothing in one is more than a value
+  Pasted,  // into the text, unescaped: a value with a quote becomes code; this is deliberate
+  Bound    // as parameters, which are never code
 };
 
 }  // namespace corvane

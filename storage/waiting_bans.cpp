@@ -15,10 +15,9 @@ namespace corvane {
 namespace {
 
 constexpr qsizetype kFields = 5;
-constexpr std::size_t kMostTidied = std::size_t{64} << 10;  // bytes
-// An administrator of a network can issue bans as fast as he likes, with reasons as long as he
-// likes.
-constexpr std::size_t kMostWaiting = std::size_t{16} << 20;  // bytes
+constexpr std::size_t kMaxTidiedBytes = std::size_t{64} << 10;  // bytes
+// An administrator may issue any number of bans, with long reasons.
+constexpr std::size_t kMaxWaitingBytes = std::size_t{16} << 20;  // bytes
 
 std::size_t SizeOf(const Ban& ban) {
   return sizeof(ban) + ban.address.size() + ban.by.size() + ban.reason.size() + ban.network.size();
@@ -42,7 +41,7 @@ WaitingBans::WaitingBans(const QString& databaseFile) {
   if (!QFileInfo(myFile).isFile() || !file.open(QIODevice::ReadOnly)) return;
   while (!file.atEnd()) {
     QList<QByteArray> fields = file.readLine().split('\t');
-    // A line that was cut off has no end.
+    // A truncated line has no line end.
     if (fields.size() != kFields || !fields.back().endsWith('\n')) continue;
     fields.back().chop(1);
     const auto text = [&fields](qsizetype field) {
@@ -57,8 +56,8 @@ bool WaitingBans::Has(const std::string& address) const {
 }
 
 void WaitingBans::Add(Ban ban) {
-  if (Bytes() + SizeOf(ban) > kMostWaiting) {
-    // The address is what counts, and there are no more of them than clients.
+  if (Bytes() + SizeOf(ban) > kMaxWaitingBytes) {
+    // Only the address matters, and there are no more addresses than clients.
     if (Has(ban.address)) return;
     ban.reason.clear();
   }
@@ -102,7 +101,7 @@ bool WaitingBans::Remove(std::set<std::int64_t>& numbers) {
 }
 
 void WaitingBans::TidyFile() {
-  if (Bytes() < kMostTidied) Save();
+  if (Bytes() < kMaxTidiedBytes) Save();
 }
 
 bool WaitingBans::Save() {
@@ -112,7 +111,7 @@ bool WaitingBans::Save() {
 
 bool WaitingBans::Append(const Ban& ban) const {
   QFile file(myFile);
-  // The line before may have been cut off.
+  // The previous line may be truncated.
   const QByteArray lines = '\n' + LineOf(ban);
   return !myFile.isEmpty() &&
          file.open(QIODevice::Append, QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&

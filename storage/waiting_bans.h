@@ -13,57 +13,58 @@
 
 namespace corvane {
 
-// The bans that wait for the database: in memory, and in the file "corvane-bans.waiting" beside the
-// database, which the next start reads. There a ban is a line: address, by, reason, date and
-// network, percent-encoded, with tabs between.
+// The bans that wait for the database, in memory and in the file "corvane-bans.waiting" beside the
+// database, which the next start reads. Each line of the file is a ban: address, by, reason, date
+// and network, percent-encoded and separated by tabs.
 //
-// A ban that waits has a number from kFirstNumber on, by which it is found also when it was stored,
-// until the server ends.
+// Each waiting ban has a number from kFirstNumber on. The number remains valid after the ban is
+// stored, until the server ends.
 //
-// Limits: above 16 MiB a ban waits without its reason, and none of an address that waits already.
-// Of each ban that has waited eight bytes are kept.
+// Limits: above 16 MiB a ban is kept without its reason, and is dropped if its address waits
+// already. Each ban that has waited leaves 8 bytes in memory.
 class WaitingBans {
  public:
   static constexpr std::int64_t kFirstNumber = 2'000'000'000;
 
-  // Reads the file; a line that is no whole ban is left out, since nobody was told of that one.
-  // Where there is no database, there is no file either.
+  // Reads the file. Skips an incomplete line: that ban was not announced yet. Without a database
+  // there is no file.
   explicit WaitingBans(const QString& databaseFile);
 
-  // In the order in which they are to be stored.
+  // In the order of storing.
   const std::deque<Ban>& All() const { return myBans; }
   bool Has(const std::string& address) const;
 
-  // Gives the ban its number. On return it is on the disk, unless the disk refuses it.
+  // Numbers the ban and keeps it. On return it is on the disk, unless writing fails.
   void Add(Ban ban);
 
-  // The first was stored under this number; or was refused, and becomes the last.
+  // The first ban was stored under this number and waits no more; or was refused and becomes the
+  // last.
   void FirstIsStored(std::int64_t id);
   void FirstIsRefused();
-  // The number in the database of the ban that was listed under this one.
+  // The number in the database of the ban with this number; any other number is returned unchanged.
   std::int64_t StoredAs(std::int64_t number) const;
 
-  // Removes those with these numbers, and their numbers from the set. When the disk refuses that it
-  // removes none and returns false.
+  // Removes the bans with these numbers, and their numbers from the set. Returns false if the file
+  // cannot be written; the bans remain then.
   [[nodiscard]] bool Remove(std::set<std::int64_t>& numbers);
 
-  // Has the file hold what waits and nothing else, unless writing so much takes long. A ban that is
-  // in both places when the server is killed is stored twice.
+  // Rewrites the file without stored bans, unless it is too large to write at once. If the server
+  // is killed before, those bans are stored twice.
   void TidyFile();
-  // Writes the file again. Returns whether all that waits is in it.
+  // Rewrites the file. Returns whether it holds all waiting bans.
   bool Save();
 
  private:
   void Enter(Ban ban);
   std::size_t Bytes() const;
-  // These return whether it is on the disk. Without bans there is no file.
+  // These return whether the bans are on the disk. Without bans the file is removed.
   bool Append(const Ban& ban) const;
   bool Write(const std::deque<Ban>& bans) const;
 
   QString myFile;
   bool myIsFileWhole = true;
   std::deque<Ban> myBans;
-  std::vector<std::int64_t> myStoredAs;  // by the numbers given here
+  std::vector<std::int64_t> myStoredAs;  // by number, from kFirstNumber on
 };
 
 }  // namespace corvane

@@ -22,7 +22,7 @@ class AppSettingsTest : public testing::Test {
     QFile input(file);
     return input.open(QIODevice::ReadOnly) ? input.readAll() : QByteArray("no file");
   }
-  // What a later start finds.
+  // The settings that a later start finds.
   std::string Stored(std::string_view name) const {
     AppSettings later(folder.path());
     later.Load();

@@ -36,7 +36,7 @@ TEST_F(AppSettingsTest, EveryElementUnderTheRootIsAnEntryAndTheLastOneWins) {
   EXPECT_EQ(Stored("b"), "<2>");
   EXPECT_EQ(Stored("inner"), "none");
 
-  // Large ones, too.
+  // Large files, too.
   const QByteArray large = "<a namestring='a' valuestring='" + QByteArray(65'536, 'l') + "'/>";
   Write("<s>" + large.repeated(200) + "<a namestring='b' valuestring='2'/></s>");
   EXPECT_EQ(Stored("b"), "2");

@@ -41,7 +41,7 @@ class BansTest : public DatabaseTest {
   std::optional<Bans> bans;
 };
 
-TEST_F(BansTest, BanThatCannotBeStoredCountsUntilItIs) {
+TEST_F(BansTest, BanThatCannotBeStoredIsEnforcedUntilItIs) {
   bans->Add("10.0.0.1", "op", "one", "home");
   EXPECT_EQ(Stored(), "10.0.0.1|one;") << "at once";
   const QDateTime before = QDateTime::currentDateTime();
@@ -59,8 +59,8 @@ TEST_F(BansTest, BanThatCannotBeStoredCountsUntilItIs) {
     EXPECT_TRUE(bans->IsBanned("10.0.0.1")) << "only the database could lift it";
     EXPECT_TRUE(bans->IsBanned("10.0.0.2") && bans->IsBanned("10.0.0.3"));
     EXPECT_FALSE(bans->IsBanned("10.0.0.4") || bans->IsBanned("10.0.0.30"));
-    // Through tries that fail, and to where the date would be another one. A fault that lasts is
-    // told once a second.
+    // Long enough for failed retries and for another date. A lasting fault is reported once a
+    // second.
     EXPECT_TRUE(PumpUntil([&] {
       return told >= 2 && before.secsTo(QDateTime::currentDateTime()) >= 2;
     })) << told;
@@ -82,7 +82,7 @@ TEST_F(BansTest, BanThatCannotBeStoredCountsUntilItIs) {
   EXPECT_EQ(NumberOf("10.0.0.3"), 4) << "no number comes back";
 }
 
-TEST_F(BansTest, OneThatIsAlwaysRefusedHoldsUpNoOther) {
+TEST_F(BansTest, BanThatIsAlwaysRefusedDelaysNoOther) {
   Run("CREATE TRIGGER no BEFORE INSERT ON bans WHEN new.address='10.0.0.1' BEGIN SELECT"
       " RAISE(ABORT, 'no'); END");
   {
@@ -98,7 +98,7 @@ TEST_F(BansTest, OneThatIsAlwaysRefusedHoldsUpNoOther) {
   EXPECT_EQ(Stored(), "10.0.0.1|one;10.0.0.2|two;") << "tried once more at the end";
 }
 
-TEST_F(BansTest, WhatWaitsOutlivesTheServer) {
+TEST_F(BansTest, WaitingBansSurviveARestart) {
   const Ban odd{0, "10.0.0.2", "o\tp", "%09 \n\xff\"", {}, ""};
   {
     OtherProgram other(file);
@@ -120,7 +120,7 @@ TEST_F(BansTest, WhatWaitsOutlivesTheServer) {
     bans->Add(odd.address, odd.by, odd.reason, odd.network);
     bans->Add("10.0.0.4", "op", "lifted", "home");
     EXPECT_TRUE(bans->Lift({NumberOf("10.0.0.4")})) << "without the database";
-    // As a killed server leaves it, its last line cut off.
+    // As left by a killed server: the last line is truncated.
     QFile left(waiting);
     EXPECT_TRUE(left.copy(Path("copy")));
     bans.reset();
@@ -143,7 +143,7 @@ TEST_F(BansTest, WhatWaitsOutlivesTheServer) {
   EXPECT_LE(std::abs(before.secsTo(kept.bandate)), 1) << "the date of the ban";
 }
 
-TEST_F(BansTest, WhatWaitsIsBoundedAndSaidWhenItIsLost) {
+TEST_F(BansTest, WaitingBansAreBoundedAndTheirLossIsReported) {
   const std::string long_reason(1 << 20, 'r');
   Run("ALTER TABLE bans RENAME TO elsewhere");
   for (int i = 0; i < 20; ++i)
@@ -160,7 +160,7 @@ TEST_F(BansTest, WhatWaitsIsBoundedAndSaidWhenItIsLost) {
   QDir().mkdir(waiting);
   bans->Add("10.0.0.3", "op", "", "home");
   EXPECT_FALSE(bans->Lift({NumberOf("10.0.0.3")}));
-  EXPECT_EQ(connection.ErrorMessage(), "the file of the bans that wait could not be written");
+  EXPECT_EQ(connection.ErrorMessage(), "the file of waiting bans could not be written");
   EXPECT_TRUE(bans->IsBanned("10.0.0.3"));
   testing::internal::CaptureStderr();
   bans.reset();

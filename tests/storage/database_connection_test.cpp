@@ -20,7 +20,7 @@ TEST_F(DatabaseTest, OnlyAnExistingDatabaseConnects) {
   EXPECT_FALSE(QFile::exists(Path("missing")));
   EXPECT_TRUE(connection.Connect(file)) << connection.ErrorMessage();
   EXPECT_FALSE(connection.Error());
-  // The removal of the journal, too: a journal that comes back takes the change back.
+  // Covers the journal's removal: a journal that reappears would undo the change.
   const auto durability = connection.SQLSelect("PRAGMA synchronous");
   EXPECT_TRUE(durability && durability->Integer("synchronous") == 3) << "EXTRA";
 }
@@ -48,7 +48,7 @@ TEST_F(DatabaseTest, RowsThatHaveNoIdentityAreReadButNotChanged) {
   for (const char* query :
        {"SELECT * FROM seen", "SELECT name FROM networks",
         "SELECT * FROM networks WHERE name='n' UNION ALL SELECT * FROM networks WHERE name='n'",
-        // The star is one column further on with an identity in front of it.
+        // With the identity in front, the star begins one column later.
         "SELECT * FROM networks WHERE name='n' UNION SELECT 4,3,2,1 ORDER BY 1"}) {
     auto rows = connection.SQLSelectForEdit(query);
     ASSERT_TRUE(rows) << query;
@@ -58,7 +58,7 @@ TEST_F(DatabaseTest, RowsThatHaveNoIdentityAreReadButNotChanged) {
   EXPECT_EQ(Run("SELECT * FROM networks"), "n|p|5|1;");
 }
 
-TEST_F(DatabaseTest, GroupIsCommittedAsAWholeOrNotAtAll) {
+TEST_F(DatabaseTest, TransactionIsCommittedAsAWholeOrNotAtAll) {
   ASSERT_TRUE(connection.Connect(file));
   EXPECT_TRUE(connection.Begin());
   EXPECT_TRUE(connection.SQLExecute("INSERT INTO admins(name) VALUES('a')"));

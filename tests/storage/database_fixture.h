@@ -10,7 +10,7 @@
 
 namespace corvane {
 
-// A database made by the installer's script, in a folder of its own.
+// A database made by the installer's script, in a temporary folder.
 class DatabaseTest : public testing::Test {
  protected:
   DatabaseTest() { MakeDatabase(file); }

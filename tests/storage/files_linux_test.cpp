@@ -11,7 +11,7 @@
 namespace corvane {
 namespace {
 
-// While one exists, files do not grow beyond so many bytes: as if the disk were full.
+// While it exists, files cannot grow beyond a number of bytes, as if the disk were full.
 class FileSizeLimit {
  public:
   explicit FileSizeLimit(rlim_t bytes) : myHandler(std::signal(SIGXFSZ, SIG_IGN)) {
@@ -31,7 +31,7 @@ class FileSizeLimit {
   rlimit myLimit{};
 };
 
-TEST_F(AppSettingsTest, FileIsWrittenInPlaceWhereTheFolderAllowsNoNewOne) {
+TEST_F(AppSettingsTest, FileIsWrittenInPlaceIfTheFolderAllowsNoNewOne) {
   settings.Load();
   std::filesystem::permissions(file.toStdString(), std::filesystem::perms(0666));
   std::filesystem::permissions(folder.path().toStdString(), std::filesystem::perms(0555));

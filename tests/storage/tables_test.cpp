@@ -60,7 +60,7 @@ TEST_F(TablesTest, QuoteInANameChangesTheStatement) {
   EXPECT_EQ(connection.ErrorMessage(), "near \"s\": syntax error");
   EXPECT_FALSE(networks.Delete("it's"));
   EXPECT_TRUE(networks.Delete(
-      "home'; DELETE FROM networks; --"));  // text behind the first statement is not run
+      "home'; DELETE FROM networks; --"));  // text after the first statement is not run
   EXPECT_EQ(Run("SELECT * FROM networks"), "it's|secret|5|1;");
   EXPECT_TRUE(networks.Add("home", "secret", 5, true));
   EXPECT_TRUE(networks.Delete("x' OR name='home"));
@@ -138,7 +138,7 @@ TEST_F(TablesTest, NameThatIsMoreThanANameTakesLittleAndReadsGrantsOnly) {
     EXPECT_TRUE(connection.Error());
     EXPECT_LT(sqlite3_memory_highwater(0) - before, 5 << 20);
   }
-  // The bounds hold for that query only.
+  // The bounds apply to that query only.
   EXPECT_EQ(sqlite3_hard_heap_limit64(-1), 0);
   EXPECT_EQ(sqlite3_soft_heap_limit64(-1), 0);
   const std::string large(200'000, 'n');
@@ -227,10 +227,10 @@ TEST_F(TablesTest, DeletionThatPartlyFailsLeavesNoTransactionOpen) {
   EXPECT_EQ(Run("SELECT id FROM admins"), "2;");
 }
 
-TEST(OutsiderGuardTest, NothingIsInterruptedOnceItHasGone) {
+TEST(OutsiderGuardTest, InterruptsNothingAfterItsEnd) {
   sqlite3* database = nullptr;
   ASSERT_EQ(sqlite3_open(":memory:", &database), SQLITE_OK);
-  // Its place in memory stays, so what SQLite still held of it would say that time is over.
+  // Its memory stays valid: a handler that SQLite kept would report that the time is over.
   std::optional<OutsiderGuard> guard(std::in_place, database, "admins", "o'p",
                                      std::chrono::nanoseconds(0));
   guard.reset();
