@@ -7,17 +7,17 @@
 
 namespace corvane {
 
-// Where a client's address is, as far as it is known. What is empty is unknown.
+// The location of a client's address. Unknown fields are empty.
 struct ClientLocation {
-  // Of a text, in bytes: a session keeps what it was told as long as it lasts.
-  static constexpr std::size_t kLongestText = 256;
+  // A session keeps its location for as long as it lasts, so each text is bounded.
+  static constexpr std::size_t kMaxTextBytes = 256;
 
   std::string country;
   std::string state;
   std::string city;
   std::string zip;
   std::string timeZone;
-  QByteArray flag;  // a picture, as the service sent it
+  QByteArray flag;  // a picture file, as received
 };
 
 }  // namespace corvane

@@ -16,9 +16,9 @@
 namespace corvane {
 namespace {
 
-constexpr std::chrono::seconds kPauseBetweenLooks(5);
+constexpr std::chrono::seconds kCheckInterval(5);
 
-// What went wrong, or nothing.
+// Returns what went wrong, or nothing.
 std::string CopyFile(const QString& from, const QString& to) {
   constexpr qint64 kPiece = qint64{1} << 20;
   QFile source(from);
@@ -44,14 +44,14 @@ struct LocationDatabase::Copy {
   MmdbFile file;
 };
 
-LocationDatabase::LocationDatabase(QString file, QString temporaryFolder, Tell tell)
+LocationDatabase::LocationDatabase(QString file, QString temporaryFolder, Log log)
     : myFile(std::move(file)),
       myTemporaryFolder(std::move(temporaryFolder)),
-      myTell(std::move(tell)),
+      myLog(std::move(log)),
       myState(StateOf(myFile)) {
   Take(Read(myFile, myTemporaryFolder));
-  connect(&myLooks, &QTimer::timeout, this, [this] { Look(); });
-  myLooks.start(kPauseBetweenLooks);
+  connect(&myCheckTimer, &QTimer::timeout, this, [this] { CheckFile(); });
+  myCheckTimer.start(kCheckInterval);
 }
 
 LocationDatabase::~LocationDatabase() = default;
@@ -59,18 +59,18 @@ LocationDatabase::~LocationDatabase() = default;
 void LocationDatabase::Find(const std::string& address, ClientLocation& location) {
   if (!myCopy) return;
   const std::string fault = myCopy->file.Find(address, location);
-  if (fault.empty() || std::exchange(myHasToldOfBadData, true)) return;
-  myTell("Location database: the file is damaged: " + fault);
+  if (fault.empty() || std::exchange(myHasLoggedBadData, true)) return;
+  myLog("Location database: the file is damaged: " + fault);
 }
 
-void LocationDatabase::Look() {
+void LocationDatabase::CheckFile() {
   State state = StateOf(myFile);
   if (myIsReading || state == myState) return;
   myState = std::move(state);
   myIsReading = true;
   QThreadPool::globalInstance()->start(
       [file = myFile, folder = myTemporaryFolder, self = QPointer<LocationDatabase>(this)] {
-        // In the thread of the loop, where the object is not deleted between look and call.
+        // On the loop's thread, so the object cannot be deleted between check and call.
         QMetaObject::invokeMethod(
             QCoreApplication::instance(),
             [self, reading = Read(file, folder)] {
@@ -87,7 +87,7 @@ LocationDatabase::State LocationDatabase::StateOf(const QString& file) {
 
 LocationDatabase::Reading LocationDatabase::Read(const QString& file,
                                                  const QString& temporaryFolder) {
-  // Anything but a plain file (a pipe, say) might never give an end.
+  // Other files, such as a pipe, may never end.
   if (!QFileInfo(file).isFile()) return {nullptr, "there is no such file"};
   QTemporaryDir folder(temporaryFolder + "/corvane-location-XXXXXX");
   if (!folder.isValid()) {
@@ -96,7 +96,7 @@ LocationDatabase::Reading LocationDatabase::Read(const QString& file,
   const QString name = folder.filePath("copy.mmdb");
   if (std::string fault = CopyFile(file, name); !fault.empty()) return {nullptr, std::move(fault)};
   auto copy = std::make_shared<Copy>(std::move(folder), name);
-  // Where the system allows it, so that nothing stays behind whatever ends the program.
+  // If the system allows it: nothing is left behind even if the program is killed.
   QFile::remove(name);
   if (!copy->file.Fault().empty()) return {nullptr, copy->file.Fault()};
   return {std::move(copy), {}};
@@ -107,11 +107,11 @@ void LocationDatabase::Take(Reading reading) {
   const std::string name = TextFromDisplay(myFile);
   if (reading.copy) {
     myCopy = std::move(reading.copy);
-    myHasToldOfBadData = false;
-    myTell("Location database: " + name + " of " + myCopy->file.Date());
+    myHasLoggedBadData = false;
+    myLog("Location database: " + name + " of " + myCopy->file.Date());
   } else {
-    myTell("Location database: " + name + ": " + reading.fault +
-           (myCopy ? "; the one that was read before is used" : "; no location is known"));
+    myLog("Location database: " + name + ": " + reading.fault +
+          (myCopy ? "; the previous one stays in use" : "; no location is known"));
   }
 }
 

@@ -13,27 +13,27 @@
 
 namespace corvane {
 
-// Locations out of an mmdb file that the operator keeps up to date. It looks at the file every five
-// seconds and reads it anew when it has changed, in another thread; a file that cannot be used
-// leaves what was read before. What is looked up in is a copy in the temporary folder: so the
-// file may be written over, cut off, renamed or deleted at any time.
+// Locations from an mmdb file that the operator keeps up to date. Checks the file every five
+// seconds and, if it has changed, reads it again on another thread. If a new file is unusable, the
+// previous one remains in use. Owns a copy of the file in the temporary folder and looks addresses
+// up there, so the file itself may be overwritten, truncated, renamed or deleted at any time.
 class LocationDatabase : public QObject {
  public:
-  using Tell = std::function<void(const std::string&)>;
+  using Log = std::function<void(const std::string&)>;
 
-  // Reads the file at once. `tell` gets a line for the operator: what is in use, and once each
-  // what is wrong.
-  LocationDatabase(QString file, QString temporaryFolder, Tell tell);
+  // Reads the file before returning. `log` gets lines for the operator: which file is in use, and
+  // each fault once.
+  LocationDatabase(QString file, QString temporaryFolder, Log log);
   ~LocationDatabase() override;
 
-  // Sets what is known of the dotted IPv4 address and leaves the rest.
+  // Sets the known fields for the dotted IPv4 address and leaves the others.
   void Find(const std::string& address, ClientLocation& location);
 
-  // Has the file read if it has changed since it was read last.
-  void Look();
+  // Starts reading the file if it has changed since the last time.
+  void CheckFile();
 
  private:
-  // What tells a file from the one that was there before.
+  // Distinguishes a file from an earlier one of the same name.
   struct State {
     bool isThere = false;
     qint64 size = 0;
@@ -53,12 +53,12 @@ class LocationDatabase : public QObject {
 
   const QString myFile;
   const QString myTemporaryFolder;
-  const Tell myTell;
-  QTimer myLooks;
+  const Log myLog;
+  QTimer myCheckTimer;
   State myState;
   bool myIsReading = false;
-  std::shared_ptr<const Copy> myCopy;  // none until the file could be read
-  bool myHasToldOfBadData = false;
+  std::shared_ptr<const Copy> myCopy;  // null until the file was read
+  bool myHasLoggedBadData = false;
 };
 
 }  // namespace corvane

@@ -18,9 +18,9 @@ constexpr std::size_t kPageManagers = 8;
 constexpr auto kPageTimeout = 2s;
 constexpr auto kFlagTimeout = 30s;
 constexpr std::int64_t kMaxBytes = 1024 * 1024;
-constexpr std::size_t kMostFlagDownloads = 64;
+constexpr std::size_t kMaxFlagDownloads = 64;
 
-// A request about the client's address, which ends the query.
+// A request whose query ends with the client's address.
 HttpRequest RequestAbout(const std::string& address, std::string_view service,
                          const std::string& pathAndQuery, std::chrono::milliseconds timeout) {
   const QByteArray encoded = QUrl::toPercentEncoding(QString::fromStdString(address));
@@ -85,8 +85,8 @@ std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address,
 }
 
 void LocationLookup::StartFlagDownload(const std::string& address) {
-  // Clients that come faster than the service answers do without.
-  if (myDownloads.size() >= kMostFlagDownloads) return;
+  // Clients that arrive faster than the service answers get no download.
+  if (myDownloads.size() >= kMaxFlagDownloads) return;
   HttpRequest request = RequestAbout(address, myFlagAddress, "/flag.php?ip=", kFlagTimeout);
   request.file = myFlagFile;
   const std::uint64_t number = ++myDownloadNumber;

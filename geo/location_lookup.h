@@ -15,49 +15,47 @@
 
 namespace corvane {
 
-// Looks up the location of client addresses: asks a locator service for a page of texts, or looks
-// into a file; and asks a flag service for a picture, which goes into the file "cv_flag.gif" in the
-// temporary folder. That file is the same for all clients, and a lookup does not wait for its own
-// picture: it takes the one that is there, as a rule that of an earlier client. What goes wrong
-// with a service is not told, and leaves what was known.
+// Looks up the location of client addresses: the texts from a locator service's page or from a
+// file, the flag's picture from a flag service. The picture goes into the file "cv_flag.gif" in the
+// temporary folder, which all clients share. A lookup does not wait for its own picture but takes
+// the present one, usually an earlier client's. Faults of a service are not reported and leave the
+// known location unchanged.
 //
-// Owns the downloads of flags and the location file's copy. Borrowed by the lookups that are under
-// way, which must not outlive it. No call waits for a service.
+// Owns the flag downloads and the location file's copy. Lookups in progress borrow it and must not
+// outlive it. No call waits for a service.
 //
-// Limits: a page has 2 s, a flag 30 s, each 1 MiB. At most 64 flags are downloaded at once; for
-// clients beyond that none is fetched. A picture is a GIF or BMP of at most 512 pixels each way;
-// anything else is none.
+// Limits: 2 s for a page, 30 s for a flag, 1 MiB for each. At most 64 flags are downloaded at once;
+// further clients get no download. The picture is not decoded here.
 class LocationLookup {
  public:
   using Found = std::function<void(const ClientLocation&)>;
 
-  // `userAgent` is what the services are told; the picture's file lies in `temporaryFolder`.
+  // `userAgent` is sent to the services; the picture's file is in `temporaryFolder`.
   LocationLookup(const std::string& userAgent, const QString& temporaryFolder);
   ~LocationLookup();
 
-  // Where the services are from the next lookup on, as "http://host" or "https://host/folder". One
-  // that is empty, as both are at first, is not asked.
+  // Sets the services' base addresses ("http://host" or "https://host/folder") from the next lookup
+  // on. A service with an empty address, the default, is not asked.
   void SetServices(const std::string& locatorAddress, const std::string& flagAddress);
 
-  // The mmdb file that is looked into where there is no locator service. Reads it before returning,
-  // which takes some hundred milliseconds, and by itself again when it changes. An empty name:
-  // none.
+  // Sets the mmdb file to use without a locator service; an empty name means none. Reads it before
+  // returning, which takes some hundred milliseconds, and again whenever it changes.
   void SetDatabase(const QString& file);
 
-  // Event: a line for the operator about the location file. It goes to standard error in any case.
+  // Event: a line for the operator about the location file, which also goes to standard error.
   std::function<void(const std::string&)> Told;
 
-  // Calls `found` exactly once, with what is `known` about the dotted IPv4 address and in place of
-  // it what was found: from inside Find where there is no locator service, and the result is null;
-  // otherwise from the event loop, within two seconds. Destroying the result cancels that; `found`
-  // may do so.
+  // Calls `found` exactly once with the `known` location of the dotted IPv4 address, updated by
+  // what was found. Without a locator service the call comes from inside Find, which returns null;
+  // otherwise it comes from the event loop within two seconds. Destroying the result cancels the
+  // lookup; `found` may do so.
   [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address,
                                                    const ClientLocation& known, Found found);
 
  private:
   void StartFlagDownload(const std::string& address);
-  // Empty where there is none. What the file holds, as long as that is the same, stands in memory
-  // once for all clients.
+  // The file's content, empty if there is none. As long as it does not change, all clients share
+  // one copy in memory.
   const QByteArray& FlagInFile();
 
   const QString myTemporaryFolder;

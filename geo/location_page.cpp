@@ -5,7 +5,7 @@
 namespace corvane {
 namespace {
 
-// The next line, without its end; takes it and its end off `rest`.
+// Removes the next line and its end from `rest`; returns it without the end.
 std::string_view TakeLine(std::string_view& rest) {
   const std::size_t end = rest.find('\n');
   std::string_view line = rest.substr(0, end);
@@ -15,7 +15,7 @@ std::string_view TakeLine(std::string_view& rest) {
 }
 
 void SetEntry(ClientLocation& location, std::string_view name, std::string_view value) {
-  value = Beginning(value, ClientLocation::kLongestText);
+  value = Beginning(value, ClientLocation::kMaxTextBytes);
   if (SameText(name, "country")) {
     location.country = value;
   } else if (SameText(name, "regioncode")) {

@@ -7,11 +7,11 @@
 namespace corvane {
 
 // Reads a location page into `location`. A line that begins with "<meta" (letter case ignored) and
-// holds two quoted texts is an entry, the first its name and the second its value; lines end in LF
-// or CRLF. "country", "regioncode", "city", "cityid" and "timezone" (letter case ignored) set the
-// country, state, city, zip and time zone; of several entries of one name the last counts, and
-// what the page does not name stays as it is. A "cityid" of four characters gets a "0" in front.
-// Values are kept up to 256 bytes.
+// holds two quoted texts is an entry: a name and a value. Lines end in LF or CRLF. "country",
+// "regioncode", "city", "cityid" and "timezone" (letter case ignored) set the country, state, city,
+// zip and time zone. Of several entries of one name the last counts; fields that the page does not
+// name are unchanged. A "cityid" of four characters gets a "0" in front. Values are cut at 256
+// bytes.
 void ReadLocationPage(std::string_view page, ClientLocation& location);
 
 }  // namespace corvane

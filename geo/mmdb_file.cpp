@@ -15,13 +15,13 @@
 
 #include "framework/text.h"
 
-// On Windows it brings windows.h along, so no other file includes it.
+// It includes windows.h on Windows, so no other file includes it.
 #include <maxminddb.h>
 
 namespace corvane {
 namespace {
 
-// Where a record may have a text: keys one inside the other, up to a null.
+// A path to a text in a record: nested keys, ended by a null.
 using Path = std::array<const char*, 5>;
 constexpr Path kCountryNames[] = {{"country", "names", "en"}, {"country_name"}};
 constexpr Path kCountryCodes[] = {{"country", "iso_code"}, {"country_code"}, {"country"}};
@@ -33,12 +33,12 @@ constexpr Path kCities[] = {{"city", "names", "en"}, {"city"}};
 constexpr Path kZips[] = {{"postal", "code"}, {"postcode"}, {"postal_code"}};
 constexpr Path kTimeZones[] = {{"location", "time_zone"}, {"timezone"}, {"time_zone"}};
 
-// Reads the texts of one record, up to the first thing that is wrong with it.
+// Reads the texts of one record, up to its first fault.
 class Record {
  public:
   explicit Record(const MMDB_entry_s& entry) : myEntry(entry) {}
 
-  // What the first of the paths has that has anything; else empty.
+  // The text at the first path that has one; empty if none has.
   std::string Text(std::span<const Path> paths) {
     for (const Path& path : paths) {
       if (status != MMDB_SUCCESS) break;
@@ -49,7 +49,7 @@ class Record {
       if (found != MMDB_SUCCESS || !data.has_data) continue;
       if (data.type != MMDB_DATA_TYPE_UTF8_STRING || data.data_size == 0) continue;
       return std::string(
-          Beginning({data.utf8_string, data.data_size}, ClientLocation::kLongestText));
+          Beginning({data.utf8_string, data.data_size}, ClientLocation::kMaxTextBytes));
     }
     return {};
   }
@@ -60,14 +60,14 @@ class Record {
   MMDB_entry_s myEntry;
 };
 
-// The country of the code; the text itself where it is no code.
+// The country with this code; the text itself if it is no code.
 std::string CountryOf(const std::string& code) {
   const QLocale::Territory territory = QLocale::codeToTerritory(DisplayText(code));
   if (territory == QLocale::AnyTerritory) return code;
   return TextFromDisplay(QLocale::territoryToString(territory));
 }
 
-// Names that Windows knows by an older one only.
+// Zones that Windows knows only by an older name.
 constexpr std::pair<std::string_view, const char*> kOlderZoneNames[] = {
     {"Africa/Asmara", "Africa/Asmera"},
     {"America/Argentina/Buenos_Aires", "America/Buenos_Aires"},
@@ -101,7 +101,7 @@ QTimeZone ZoneOf(const std::string& name) {
 // Hours and minutes as "+1" or "-3:30", for a name such as "Europe/Oslo" or "+01:00"; empty for
 // anything else.
 std::string OffsetOf(const std::string& name) {
-  // Qt makes a path of it.
+  // Qt uses the name as a path.
   if (name.empty() || name.find('.') != std::string::npos) return {};
   const QTimeZone zone = ZoneOf(name);
   if (!zone.isValid()) return {};
@@ -117,22 +117,22 @@ void SetIfKnown(std::string& field, std::string&& text) {
   if (!text.empty()) field = std::move(text);
 }
 
-// Whether the file's ranges are those of IPv6 alone.
+// Whether the file has IPv6 ranges only.
 bool HasNoIPv4(const MMDB_s& database) {
   return database.metadata.ip_version == 6 &&
          database.ipv4_start_node.node_value == database.metadata.node_count;
 }
 
-// Whether the file is long enough for the nodes that its description counts. libmaxminddb computes
-// their size in 32 bits, and reads far beyond the end of a file whose damaged count overflows them.
+// Whether the file is long enough for the number of nodes in its metadata. libmaxminddb computes
+// their size in 32 bits; if a damaged number overflows, it reads far beyond the end of the file.
 // https://maxmind.github.io/MaxMind-DB/
 bool HoldsItsNodes(const QString& name) {
-  constexpr qint64 kMostDescriptionBytes = 128 << 10;
-  constexpr qint64 kLeastNodeBytes = 6;
+  constexpr qint64 kMaxDescriptionBytes = 128 << 10;
+  constexpr qint64 kMinNodeBytes = 6;
   constexpr QByteArrayView kKey = "node_count";
   QFile file(name);
   if (!file.open(QIODevice::ReadOnly)) return true;
-  file.seek(std::max<qint64>(0, file.size() - kMostDescriptionBytes));
+  file.seek(std::max<qint64>(0, file.size() - kMaxDescriptionBytes));
   const QByteArray end = file.readAll();
   for (qsizetype at = end.indexOf(kKey); at >= 0; at = end.indexOf(kKey, at + 1)) {
     const qsizetype value = at + kKey.size();
@@ -141,7 +141,7 @@ bool HoldsItsNodes(const QString& name) {
     qint64 count = 0;
     for (const char byte : end.mid(value + 1, std::min(end[value] & 31, 4)))
       count = 256 * count + static_cast<unsigned char>(byte);
-    if (count * kLeastNodeBytes > file.size()) return false;
+    if (count * kMinNodeBytes > file.size()) return false;
   }
   return true;
 }
@@ -160,7 +160,7 @@ MmdbFile::MmdbFile(const QString& file) {
                          ? MMDB_open(name.constData(), MMDB_MODE_MMAP, database.get())
                          : MMDB_INVALID_METADATA_ERROR;
   if (status != MMDB_SUCCESS) {
-    myFault = std::string("it is no mmdb file, or not a whole one: ") + MMDB_strerror(status);
+    myFault = std::string("not an mmdb file, or not a complete one: ") + MMDB_strerror(status);
     return;
   }
   myDatabase.reset(database.release());

@@ -11,23 +11,23 @@ struct MMDB_s;
 
 namespace corvane {
 
-// An open mmdb file: a tree of address ranges with what is known of each, as
-// https://maxmind.github.io/MaxMind-DB/ describes it. Files of cities and of countries are
-// understood, whether their records are nested ("country", in it "names", in it "en") or flat
-// ("country_code", "city"). Bytes that make no sense give no location and do no harm; but the file
-// is mapped into memory, so it must neither shrink nor change while it is open.
+// An open mmdb file: a tree of address ranges with a record for each
+// (https://maxmind.github.io/MaxMind-DB/). Reads files of cities and of countries, with nested
+// records ("country", in it "names", in it "en") or flat ones ("country_code", "city"). Invalid
+// data give no location and do no harm. The file is mapped into memory, so it must not shrink or
+// change while it is open.
 class MmdbFile {
  public:
   explicit MmdbFile(const QString& file);
 
-  // Why nothing can be looked up; empty where it can.
+  // Why lookups are impossible; empty if they are possible.
   const std::string& Fault() const { return myFault; }
-  // Of the file's data: "YYYY-MM-DD".
+  // The date of the file's data, "YYYY-MM-DD".
   std::string Date() const;
 
-  // Sets what the file says of the dotted IPv4 address and leaves the rest. Texts are kept up to
-  // 256 bytes; a region is its code where there is one, a time zone the hours that it is ahead of
-  // Greenwich now. The result tells what is wrong with the file, if anything.
+  // Sets the fields that the file has for the dotted IPv4 address and leaves the others. Texts are
+  // cut at 256 bytes. A region is given by its code if it has one, a time zone by its present
+  // offset from UTC in hours. Returns what is wrong with the file, or nothing.
   std::string Find(const std::string& address, ClientLocation& location) const;
 
  private:

@@ -8,9 +8,9 @@
 
 namespace corvane {
 
-// What the file holds, for names that somebody else may have put there: none for a link, a pipe or
-// anything else that is no plain file, for another user's file, for more than `maxBytes`, and for
-// what cannot be read. Never waits.
+// Reads a file whose name another user may have planted. None for a link, a pipe or anything else
+// that is not a regular file, for another user's file, for more than `maxBytes`, and for a file
+// that cannot be read. Never waits.
 std::optional<QByteArray> ReadPlainFile(const QString& file, std::int64_t maxBytes);
 
 }  // namespace corvane

@@ -9,7 +9,7 @@
 namespace corvane {
 
 std::optional<QByteArray> ReadPlainFile(const QString& file, std::int64_t maxBytes) {
-  // Without O_NONBLOCK the opening of a pipe waits for somebody to write into it.
+  // Without O_NONBLOCK, opening a pipe waits for a writer.
   const int descriptor =
       open(QFile::encodeName(file).constData(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
   if (descriptor < 0) return std::nullopt;

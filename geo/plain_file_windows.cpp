@@ -10,7 +10,7 @@
 namespace corvane {
 namespace {
 
-// A file on a disk, itself and not what a link leads to.
+// Whether it is a regular file on a disk and not a link.
 bool IsPlain(HANDLE file) {
   BY_HANDLE_FILE_INFORMATION status;
   constexpr DWORD kOther = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_REPARSE_POINT;
@@ -20,7 +20,7 @@ bool IsPlain(HANDLE file) {
 
 }  // namespace
 
-// Whose file it is does not matter here: a user's temporary folder is closed to others.
+// The owner is not checked here: a user's temporary folder is closed to others.
 std::optional<QByteArray> ReadPlainFile(const QString& file, std::int64_t maxBytes) {
   const std::wstring path = QDir::toNativeSeparators(file).toStdWString();
   const HANDLE handle = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,

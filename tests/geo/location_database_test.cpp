@@ -22,7 +22,7 @@ std::string Flat(const std::string& key, const std::string& text) {
   return MmdbMap({{key, MmdbText(text)}});
 }
 
-// A text inside a map inside a map.
+// A text in two nested maps.
 std::string Nested(const std::string& outer, const std::string& inner, const std::string& text) {
   return MmdbMap({{outer, Flat(inner, text)}});
 }
@@ -43,15 +43,15 @@ class LocationDatabaseTest : public testing::Test {
     database.emplace(name, folder.path(),
                      [this](const std::string& text) { told.push_back(text); });
   }
-  // Has the file looked at until there is news of it.
+  // Checks the file until something is logged.
   bool LooksAgain() {
     const std::size_t before = told.size();
     return PumpUntil([&] {
-      database->Look();
+      database->CheckFile();
       return told.size() > before;
     });
   }
-  // Country, state, city, zip and time zone of a client of whom all was "old".
+  // Country, state, city, zip and time zone for a client whose fields were all "old".
   std::string Found(const std::string& address = kAddress) {
     ClientLocation location{"old", "old", "old", "old", "old", {}};
     database->Find(address, location);
@@ -96,7 +96,7 @@ TEST_F(LocationDatabaseTest, RecordsOfAllLayoutsAreUnderstood) {
       {Flat("timezone", "UTC"), "old|old|old|old|+0"},
       {Flat("timezone", "../zoneinfo/UTC"), "old|old|old|old|old"},
       {Flat("timezone", "Mars/Olympus"), "old|old|old|old|old"},
-      // Nothing that can be understood, and so nothing that counts.
+      // Values of unknown meaning, which are ignored.
       {MmdbMap({}), "old|old|old|old|old"},
       {MmdbText("Oslo"), "old|old|old|old|old"},
       {MmdbArray({Flat("city", "Oslo")}), "old|old|old|old|old"},
@@ -135,9 +135,9 @@ TEST_F(LocationDatabaseTest, EachAddressHasItsRange) {
   }
 }
 
-TEST_F(LocationDatabaseTest, FileThatCannotBeUsedIsToldOnce) {
+TEST_F(LocationDatabaseTest, UnusableFileIsReportedOnce) {
   const std::string whole = CityFile("Oslo");
-  // As many nodes as would make their size overflow 32 bits.
+  // A number of nodes whose size overflows 32 bits.
   std::string countless = whole;
   const std::size_t count = countless.rfind("node_count") + 10;
   countless.replace(count, 1 + (countless[count] & 31), "\xC4\xFF\xFF\xFF\xFF");
@@ -145,13 +145,13 @@ TEST_F(LocationDatabaseTest, FileThatCannotBeUsedIsToldOnce) {
     std::string bytes;
     std::string reason;
   } cases[] = {
-      {"", "it is no mmdb file, or not a whole one"},
-      {"no mmdb file", "it is no mmdb file, or not a whole one"},
-      {whole.substr(0, whole.size() / 2), "it is no mmdb file, or not a whole one"},
-      {whole.substr(0, whole.size() - 40), "it is no mmdb file, or not a whole one"},
-      // The end alone, as where the beginning of a download is missing.
-      {whole.substr(whole.size() / 2), "it is no mmdb file, or not a whole one"},
-      {countless, "it is no mmdb file, or not a whole one"},
+      {"", "not an mmdb file, or not a complete one"},
+      {"no mmdb file", "not an mmdb file, or not a complete one"},
+      {whole.substr(0, whole.size() / 2), "not an mmdb file, or not a complete one"},
+      {whole.substr(0, whole.size() - 40), "not an mmdb file, or not a complete one"},
+      // The end alone, as if the beginning of a download were missing.
+      {whole.substr(whole.size() / 2), "not an mmdb file, or not a complete one"},
+      {countless, "not an mmdb file, or not a complete one"},
       {MmdbBytes(6, {}), "it has IPv6 addresses only, and clients have IPv4 ones"},
   };
   for (const auto& row : cases) {
@@ -171,7 +171,7 @@ TEST_F(LocationDatabaseTest, FileThatCannotBeUsedIsToldOnce) {
   }
 }
 
-TEST_F(LocationDatabaseTest, DamagedRecordIsToldOnceAndTheOthersAreRead) {
+TEST_F(LocationDatabaseTest, DamagedRecordIsReportedOnceAndTheOthersAreRead) {
   // A map that claims more entries than there are bytes.
   Write(MmdbBytes(4, {{0x0A000000, 8, Flat("city", "Home")}, {kTestNet, 24, "\xFF\xFF\xFF\xFF"}}));
   Open();
@@ -181,7 +181,7 @@ TEST_F(LocationDatabaseTest, DamagedRecordIsToldOnceAndTheOthersAreRead) {
   EXPECT_THAT(told, ElementsAre(HasSubstr("of 2026"), HasSubstr("damaged")));
 }
 
-TEST_F(LocationDatabaseTest, FileIsReadAnewWhenItChanges) {
+TEST_F(LocationDatabaseTest, FileIsReadAgainWhenItChanges) {
   Open();
   EXPECT_THAT(told, ElementsAre(HasSubstr("there is no such file")));
   const struct {
@@ -191,8 +191,8 @@ TEST_F(LocationDatabaseTest, FileIsReadAnewWhenItChanges) {
   } steps[] = {
       {CityFile("Oslo"), "Oslo", "of 2026-05-28"},
       {CityFile("Rome", 6), "Rome", "of 2026-05-28"},
-      // Cut off where it lies, while it is in use.
-      {"", "Rome", "it is no mmdb file, or not a whole one"},
+      // Truncated in place while in use.
+      {"", "Rome", "not an mmdb file, or not a complete one"},
       {CityFile("Bern"), "Bern", "of 2026-05-28"},
   };
   for (const auto& step : steps) {
@@ -203,22 +203,21 @@ TEST_F(LocationDatabaseTest, FileIsReadAnewWhenItChanges) {
   }
   ASSERT_TRUE(QFile::remove(name));
   ASSERT_TRUE(LooksAgain());
-  EXPECT_THAT(told.back(),
-              HasSubstr("there is no such file; the one that was read before is used"));
+  EXPECT_THAT(told.back(), HasSubstr("there is no such file; the previous one stays in use"));
   EXPECT_EQ(Found(), "old|old|Bern|old|old");
   const std::size_t before = told.size();
-  database->Look();
+  database->CheckFile();
   PumpFor(std::chrono::milliseconds(20));
   EXPECT_EQ(told.size(), before) << "nothing has changed";
 
-  // Put in its place under its name, as careful programs do.
+  // Renamed into its place, as careful programs do.
   const QString fresh = folder.filePath(QStringLiteral("fresh"));
   Write(CityFile("Oslo"));
   ASSERT_TRUE(QFile::rename(name, fresh) && QFile::rename(fresh, name));
   ASSERT_TRUE(LooksAgain());
   EXPECT_EQ(Found(), "old|old|Oslo|old|old");
   database.reset();
-  // The thread that read it may still be about to let go of it.
+  // The thread that read it may still be releasing it.
   EXPECT_TRUE(PumpUntil([this] {
     return QDir(folder.path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot) ==
            QStringList("places.mmdb");

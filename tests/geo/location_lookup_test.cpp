@@ -47,7 +47,7 @@ class LocationLookupTest : public testing::Test {
   LocationLookup lookup{"Corvane-Test/1.2", folder.path()};
 };
 
-TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientBefore) {
+TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsThePreviousClients) {
   server.answers[kPage + "192.0.2.1"] = {OkReply("<meta name=\"city\" content=\"Oslo\">\r\n")};
   server.answers[kFlag + "192.0.2.1"] = {OkReply("a flag")};
   server.answers[kFlag + "192.0.2.2"] = {OkReply("another")};
@@ -74,7 +74,7 @@ TEST_F(LocationLookupTest, TextsComeFromThePageAndThePictureIsTheOneOfTheClientB
   EXPECT_TRUE(PumpUntil([&] {
     return server.requests.back().starts_with("GET " + kFlag + "a%20b%26c HTTP/1.1\r\n");
   })) << server.requests.back();
-  // One download after the other, more than there may be at a time.
+  // More downloads in sequence than may run at a time.
   lookup.SetServices("", server.Address());
   for (int i = 0; i < 70; ++i) {
     const auto before = server.requests.size();
@@ -105,7 +105,7 @@ TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
   EXPECT_EQ(server.requests.size(), 1);
 }
 
-TEST_F(LocationLookupTest, DatabaseIsLookedIntoWhereNoLocatorIsAsked) {
+TEST_F(LocationLookupTest, DatabaseIsUsedIfNoLocatorIsSet) {
   std::vector<std::string> told;
   lookup.Told = [&told](const std::string& text) { told.push_back(text); };
   QFile file(folder.filePath("places.mmdb"));

@@ -14,7 +14,7 @@ std::string CityOf(std::size_t length, const std::string& end) {
 TEST(LocationPage, TakesTheQuotedEntriesOfMetaLines) {
   const struct {
     std::string page;
-    std::string fields;  // country, state, city, zip, time zone of a location that was all "old"
+    std::string fields;  // country, state, city, zip, time zone; all were "old" before
   } cases[] = {
       {"", "old|old|old|old|old"},
       {"<META NAME=\"Country\" CONTENT=\"Norway\">\r\n<meta name=\"REGIONCODE\" content=\"03\">\r\n"

@@ -11,7 +11,7 @@
 namespace corvane {
 namespace {
 
-TEST(PlainFile, NothingElseThatHasItsNameIsRead) {
+TEST(PlainFile, NothingElseOfItsNameIsRead) {
   const QTemporaryDir folder;
   const QString file = folder.filePath(QStringLiteral("file"));
   const std::string path = file.toStdString();
@@ -23,7 +23,7 @@ TEST(PlainFile, NothingElseThatHasItsNameIsRead) {
   ASSERT_EQ(mkfifo((path + "-pipe").c_str(), 0600), 0);
   EXPECT_FALSE(ReadPlainFile(file + QStringLiteral("-pipe"), 5));
   EXPECT_FALSE(ReadPlainFile(folder.path(), 5));
-  // Only a superuser can give a file away.
+  // Only root can give a file to another user.
   if (chown(path.c_str(), 1, 1) == 0) {
     EXPECT_FALSE(ReadPlainFile(file, 5));
   }
