@@ -9,7 +9,7 @@ OKCancelControl::OKCancelControl(QWidget* parent) : QWidget(parent) {
   LeftButton = new QPushButton(QStringLiteral("&OK"), this);
   RightButton = new QPushButton(QStringLiteral("&Cancel"), this);
   LeftButton->setDefault(true);
-  // A shortcut of the button itself would go with its next caption.
+  // The button's own shortcut would be lost with its next caption.
   auto* escape = new QShortcut(Qt::Key_Escape, this);
 
   auto* row = new QHBoxLayout(this);

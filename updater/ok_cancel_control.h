@@ -8,8 +8,8 @@
 
 namespace corvane {
 
-// A window's pair of buttons: the action button, which Enter presses, and the cancel button, which
-// Escape presses.
+// A window's two buttons: the action button, pressed by Enter, and the cancel button, pressed by
+// Escape.
 class OKCancelControl : public QWidget {
  public:
   explicit OKCancelControl(QWidget* parent);
@@ -21,7 +21,7 @@ class OKCancelControl : public QWidget {
   bool ActionButtonEnabled() const { return LeftButton->isEnabled(); }
   void SetActionButtonEnabled(bool enabled) const { LeftButton->setEnabled(enabled); }
 
-  // The buttons were pressed.
+  // Events: the button was pressed.
   std::function<void()> OKAction;
   std::function<void()> CancelAction;
 

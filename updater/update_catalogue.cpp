@@ -12,18 +12,19 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxDocumentBytes = 1024 * 1024;
-constexpr std::size_t kLongestTag = 4096;  // bytes
+constexpr std::size_t kMaxTagBytes = 4096;  // bytes
 
-// Where the text behind the next `end` begins; behind the document if there is none.
+// The position after the next `end`; the end of the document if there is none.
 std::size_t Behind(std::string_view document, std::string_view end, std::size_t begin) {
   const std::size_t found = document.find(end, begin);
   return found == std::string_view::npos ? document.size() : found + end.size();
 }
 
-// The length of the tag that the text begins with; none if it is too long. A quoted ">" is no end.
+// The length of the tag at the start of the text; none if it is too long. A quoted ">" does not end
+// it.
 std::optional<std::size_t> TagLength(std::string_view text) {
   char quote = 0;
-  for (std::size_t i = 0; i < std::min(text.size(), kLongestTag); ++i) {
+  for (std::size_t i = 0; i < std::min(text.size(), kMaxTagBytes); ++i) {
     const char byte = text[i];
     if (quote != 0) {
       if (byte == quote) quote = 0;
@@ -36,9 +37,8 @@ std::optional<std::size_t> TagLength(std::string_view text) {
   return std::nullopt;
 }
 
-// Whether the parser is done with a document of this kind in no time. Its time grows with the
-// square of the attributes in a tag and of what a DOCTYPE declares between brackets; one without
-// them names a document type and does nothing.
+// Whether parsing the document is fast. The parser's time is quadratic in the number of attributes
+// of a tag and of declarations in a DOCTYPE's brackets; a DOCTYPE without brackets is harmless.
 bool IsQuicklyParsed(std::string_view document) {
   for (std::size_t at = document.find('<'); at < document.size(); at = document.find('<', at)) {
     const std::string_view rest = document.substr(at);
@@ -61,8 +61,8 @@ bool IsQuicklyParsed(std::string_view document) {
   return true;
 }
 
-// The text at the start of the element's child of that name: what follows a comment, an element or
-// an entity in there is not part of it.
+// The text at the start of the element's child of that name, up to the first comment, element or
+// entity in it.
 std::string_view ChildText(const xmlNode& element, const char* name) {
   const xmlNode* child = element.children;
   while (child != nullptr &&
@@ -81,7 +81,7 @@ std::optional<CatalogueEntry> FindInCatalogue(std::string_view document, std::st
   if (document.size() > kMaxDocumentBytes) return std::nullopt;
   const std::optional<std::string> read = XMLInUTF8(document);
   if (!read || !IsQuicklyParsed(*read)) return std::nullopt;
-  // In another encoding a tag could be there that was not seen.
+  // In another encoding the parser could see tags that were not checked.
   const XMLDocument parsed = ParseXML(*read, "UTF-8");
   const xmlNode* const root = xmlDocGetRootElement(parsed.get());
   if (root == nullptr) return std::nullopt;

@@ -7,17 +7,16 @@
 
 namespace corvane {
 
-// What differs between operating systems for an update.
+// The parts of an update that depend on the operating system.
 
-// Name of the catalogue's element with the address of this system's installer.
+// The catalogue's element with the address of this system's installer.
 const char* DownloadElement();
 
-// Whether the installer keeps the file name that it has in its address.
+// Whether the installer is saved under the file name in its address.
 bool DefaultUseActualFilename();
 
-// Hands the installer in that file to the system, which goes on by itself. `done` is told whether
-// it took it, at once or from the event loop a few seconds later at most, unless `asker` is gone
-// by then.
+// Asks the system to open the installer, which then runs independently. Calls `done` with the
+// outcome at once or within a few seconds from the event loop, unless `asker` is destroyed first.
 void LaunchInstaller(const QString& file, QObject& asker, std::function<void(bool started)> done);
 
 }  // namespace corvane

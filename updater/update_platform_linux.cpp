@@ -13,14 +13,14 @@ const char* DownloadElement() {
   return "LinuxDownload";
 }
 
-// The desktop tells by the ending of the name what to do with a file.
+// The desktop chooses a file's program by the name's extension.
 bool DefaultUseActualFilename() {
   return true;
 }
 
-// The desktop's own handler knows the package's format and asks for the rights that it needs. It
-// runs in a session of its own, so that it outlives this program and its terminal. If it is still
-// there after three seconds, it shows the installer itself.
+// The desktop's handler knows the package format and asks for the rights that it needs. It runs in
+// a separate session, so it outlives this program and its terminal. If it still runs after three
+// seconds, it shows the installer itself and counts as started.
 void LaunchInstaller(const QString& file, QObject& asker, std::function<void(bool started)> done) {
   auto* opener = new QProcess(&asker);
   opener->setChildProcessModifier([] { setsid(); });
@@ -38,7 +38,7 @@ void LaunchInstaller(const QString& file, QObject& asker, std::function<void(boo
     if (opener->state() == QProcess::NotRunning) return;
     opener->disconnect();
     QObject::connect(opener, &QProcess::finished, opener, &QObject::deleteLater);
-    // What deletes it ends its process.
+    // Deleting it would end its process.
     opener->setParent(nullptr);
     done(true);
   });

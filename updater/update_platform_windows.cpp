@@ -17,15 +17,15 @@ bool DefaultUseActualFilename() {
   return false;
 }
 
-// Opens an archive; starts any other file with elevated rights, after the user was asked for them.
+// Opens an archive; starts any other file with elevated rights, for which Windows asks the user.
 void LaunchInstaller(const QString& file, QObject& /*asker*/,
                      std::function<void(bool started)> done) {
-  // ShellExecute says so.
+  // ShellExecute returns a greater value on success.
   constexpr INT_PTR kLastError = 32;
   const QString path = QDir::toNativeSeparators(file);
   const bool isArchive = file.endsWith(QLatin1String("zip"), Qt::CaseInsensitive);
   const QString verb = isArchive ? QStringLiteral("open") : QStringLiteral("runas");
-  // Looked up, since not every system has the wide one.
+  // Looked up at run time, since not every system has the wide one.
   const FARPROC found = GetProcAddress(LoadLibraryW(L"Shell32"), "ShellExecuteW");
   const auto executeWide =
       reinterpret_cast<decltype(&ShellExecuteW)>(reinterpret_cast<void*>(found));

@@ -17,15 +17,15 @@ namespace corvane {
 namespace {
 
 constexpr QSize kInitialSize{520, 420};
-constexpr int kLeastColumns = 75;
-constexpr int kLeastLines = 5;
+constexpr int kMinColumns = 75;
+constexpr int kMinLines = 5;
 constexpr int kIconSize = 48;
-constexpr int kWholeBar = 1000;
-constexpr std::size_t kLongestVersion = 100;  // characters
-constexpr qsizetype kLongestChanges = 100'000;
-constexpr qsizetype kLongestLine = 2'000;
-constexpr qsizetype kMostLines = 5'000;
-// A slow line may take its time as long as something comes.
+constexpr int kFullBar = 1000;
+constexpr std::size_t kMaxVersionLength = 100;  // characters
+constexpr qsizetype kMaxChangesLength = 100'000;
+constexpr qsizetype kMaxLineLength = 2'000;
+constexpr qsizetype kMaxLines = 5'000;
+// A slow download may take long as long as data arrive.
 constexpr std::chrono::hours kDownloadTimeout{12};
 constexpr std::chrono::seconds kDownloadSilence{60};
 constexpr std::int64_t kMaxInstallerBytes = std::int64_t{2} << 30;
@@ -42,7 +42,7 @@ class IconArea : public QWidget {
   }
 };
 
-// A label that never claims more width than the window has.
+// A label that never requires more width than the window has.
 QLabel* NewLabel(const QString& text, QWidget* parent) {
   auto* label = new QLabel(parent);
   label->setTextFormat(Qt::PlainText);
@@ -53,8 +53,7 @@ QLabel* NewLabel(const QString& text, QWidget* parent) {
   return label;
 }
 
-// Whether the character draws nothing, rearranges its neighbours or means something to Qt's text
-// documents.
+// Whether the character is invisible, reorders its neighbours or is special in Qt's text documents.
 bool IsOdd(QChar character) {
   const char16_t code = character.unicode();
   const bool isNonCharacter = (code >= 0xFDD0 && code <= 0xFDEF) || code >= 0xFFFE;
@@ -63,8 +62,8 @@ bool IsOdd(QChar character) {
          isNonCharacter;
 }
 
-// The list of changes as it is shown, whoever wrote it. Lines have an end and so has the text,
-// because the time to lay out a line grows with its length and the window's loop is the server's.
+// Makes a list of changes from a stranger safe to show. Bounds the lines and the text: laying out
+// long lines takes long, and the window shares the server's loop.
 QString ShownChanges(const std::string& changes) {
   QString shown;
   qsizetype lineLength = 0;
@@ -72,12 +71,12 @@ QString ShownChanges(const std::string& changes) {
   const QString text = DisplayText(changes).replace(QLatin1String("\r\n"), QLatin1String("\n"));
   for (const QChar character : text) {
     const bool isWhole = !character.isLowSurrogate();
-    const bool isLong = shown.size() >= kLongestChanges || lines >= kMostLines;
+    const bool isLong = shown.size() >= kMaxChangesLength || lines >= kMaxLines;
     if (isLong && isWhole) return shown + QChar(0x2026);
     const char16_t code = character.unicode();
     const bool isLineEnd = code == u'\n' || code == u'\r' || code == QChar::LineSeparator ||
                            code == QChar::ParagraphSeparator;
-    if (!isLineEnd && lineLength >= kLongestLine && isWhole) {
+    if (!isLineEnd && lineLength >= kMaxLineLength && isWhole) {
       shown += u'\n';
       lineLength = 0;
     }
@@ -92,7 +91,7 @@ QString ShownChanges(const std::string& changes) {
   return shown;
 }
 
-// Whether a name that came with an address is one of a file right in the download folder.
+// Whether a name from an address is a file's name directly in the download folder.
 bool IsFileName(const QString& name) {
   return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
          std::none_of(name.cbegin(), name.cend(), [](QChar character) {
@@ -123,7 +122,7 @@ UpdaterWindow::UpdaterWindow(const Update& update, HttpClient& http, Launch laun
   StaticText2 = new QLabel(QString::fromLatin1(kYourVersion), this);
   CurrentVersionText = NewLabel(FullVersion(), this);
   StaticText3 = new QLabel(QString::fromLatin1(kNewVersion), this);
-  NewVersionText = NewLabel(VisibleText(update.newVersion, kLongestVersion), this);
+  NewVersionText = NewLabel(VisibleText(update.newVersion, kMaxVersionLength), this);
   ChangesArea = new QPlainTextEdit(this);
   UpdateLabel = NewLabel(WithAppName(kQuitUpdate, update.appName), this);
   UpdateAgainLabel = NewLabel(WithAppName(kUpdateAgain, update.appName), this);
@@ -136,7 +135,7 @@ UpdaterWindow::UpdaterWindow(const Update& update, HttpClient& http, Launch laun
   ChangesArea->setAccessibleName(QStringLiteral("Changes"));
   ChangesArea->setPlainText(ShownChanges(update.changes));
   DownloadProgress->setAccessibleName(QStringLiteral("Download"));
-  DownloadProgress->setRange(0, kWholeBar);
+  DownloadProgress->setRange(0, kFullBar);
   DownloadProgress->setValue(0);
   DownloadLabel->setTextInteractionFlags(Qt::TextSelectableByMouse);
   OKCancelControl1->SetActionButtonText(QStringLiteral("Download"));
@@ -152,14 +151,14 @@ void UpdaterWindow::LayOut() {
   headline.setPointSizeF(headline.pointSizeF() * 1.15);
   InfoLabel->setFont(headline);
   for (QLabel* caption : {UpdateLabel, UpdateAgainLabel}) {
-    // Nothing moves when they are hidden.
+    // Hiding them moves nothing.
     QSizePolicy policy = caption->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     caption->setSizePolicy(policy);
     caption->setMinimumHeight(2 * fontMetrics().lineSpacing());
   }
-  ChangesArea->setMinimumSize(kLeastColumns * fontMetrics().averageCharWidth(),
-                              kLeastLines * fontMetrics().lineSpacing());
+  ChangesArea->setMinimumSize(kMinColumns * fontMetrics().averageCharWidth(),
+                              kMinLines * fontMetrics().lineSpacing());
   DownloadLabel->setMinimumHeight(fontMetrics().lineSpacing());
 
   auto* grid = new QGridLayout;
@@ -192,7 +191,7 @@ QString UpdaterWindow::WithAppName(const char* text, const std::string& appName)
 }
 
 void UpdaterWindow::done(int result) {
-  // Now, since the window itself goes only when the loop gets to it.
+  // Now: the window itself is deleted later by the event loop.
   DownloadSocket.reset();
   QDialog::done(result);
 }
@@ -206,7 +205,7 @@ QString UpdaterWindow::FileName() const {
 void UpdaterWindow::OKCancelControl1_OKAction() {
   UpdateLabel->hide();
   UpdateAgainLabel->hide();
-  // The next button would take the focus, and a second Enter would cancel.
+  // Otherwise the next button gets the focus, and a second Enter cancels.
   ChangesArea->setFocus();
   OKCancelControl1->SetActionButtonEnabled(false);
   const QString name = FileName();
@@ -233,23 +232,23 @@ void UpdaterWindow::OKCancelControl1_CancelAction() {
 
 void UpdaterWindow::DownloadSocket_ReceiveProgress(std::int64_t received,
                                                    std::int64_t total) const {
-  // Without a total the bar shows only that something is going on.
-  DownloadProgress->setRange(0, total > 0 ? kWholeBar : 0);
+  // Without a total the bar only shows activity.
+  DownloadProgress->setRange(0, total > 0 ? kFullBar : 0);
   if (total <= 0) return;
-  DownloadProgress->setValue(static_cast<int>(std::min(received, total) * kWholeBar / total));
+  DownloadProgress->setValue(static_cast<int>(std::min(received, total) * kFullBar / total));
 }
 
 void UpdaterWindow::DownloadSocket_DownloadComplete(bool succeeded, const QString& file) {
   DownloadSocket.reset();
   if (!succeeded) return ShowDownloadError();
-  DownloadProgress->setRange(0, kWholeBar);
-  DownloadProgress->setValue(kWholeBar);
+  DownloadProgress->setRange(0, kFullBar);
+  DownloadProgress->setValue(kFullBar);
   LaunchInstaller(file, *this, [this, file](bool started) { InstallerLaunched(started, file); });
 }
 
 void UpdaterWindow::InstallerLaunched(bool started, const QString& file) const {
   if (started) return myQuit();
-  // Quitting now would leave the operator with neither a server nor an installer.
+  // Quitting now would leave the operator without server and installer.
   const QString path = QDir::toNativeSeparators(file);
   DownloadLabel->setText(QStringLiteral("The installer could not be started. It is here:\n") +
                          path);
@@ -257,7 +256,7 @@ void UpdaterWindow::InstallerLaunched(bool started, const QString& file) const {
 
 void UpdaterWindow::ShowDownloadError() const {
   OKCancelControl1->SetActionButtonEnabled(false);
-  DownloadProgress->setRange(0, kWholeBar);
+  DownloadProgress->setRange(0, kFullBar);
   DownloadProgress->setValue(0);
   DownloadLabel->setText(QString::fromLatin1(kDownloadError));
 }

@@ -17,10 +17,10 @@
 
 namespace corvane {
 
-// The window that tells the operator of a newer release, downloads its installer when he asks for
-// it, starts it and ends the program. A window of its own, which no dialog of another blocks;
-// destroys itself when it closes, which cancels the download and leaves no file behind. The
-// download is tried once. Borrows the HTTP client.
+// Shows the operator a newer release and, on request, downloads its installer, starts it and quits
+// the program. The download is tried once. An independent window that other windows' dialogs do not
+// block. Destroys itself when it closes, which cancels the download and leaves no file behind.
+// Borrows the HTTP client.
 class UpdaterWindow : public QDialog {
  public:
   // "%AppName%" in these stands for the application's name.
@@ -34,18 +34,18 @@ class UpdaterWindow : public QDialog {
       "Updates.";
   static constexpr const char* kDownloadError = "Error locating download file.";
 
-  // As the function LaunchInstaller.
+  // Has the contract of the function LaunchInstaller.
   using Launch =
       std::function<void(const QString& file, QObject& asker, std::function<void(bool)> done)>;
 
-  // `launchInstaller` starts the downloaded file and tells whether it could; `quit` ends the
-  // program then. With an installer that could not be started the program stays.
+  // `launchInstaller` starts the downloaded file. If that works, `quit` is called to end the
+  // program.
   UpdaterWindow(const Update& update, HttpClient& http, Launch launchInstaller,
                 std::function<void()> quit);
 
   // The running version.
   static QString FullVersion();
-  // The text with the application's name in place.
+  // Replaces "%AppName%" in the text.
   static QString WithAppName(const char* text, const std::string& appName);
 
   void done(int result) override;
@@ -63,12 +63,12 @@ class UpdaterWindow : public QDialog {
   QProgressBar* DownloadProgress;
   QLabel* DownloadLabel;
   OKCancelControl* OKCancelControl1;
-  // The download that is under way.
+  // The download in progress, if any.
   std::unique_ptr<HttpTransfer> DownloadSocket;
 
  private:
   void LayOut();
-  // Name of the file in the download folder; empty where the address gives none.
+  // The name of the file in the download folder; empty if the address gives none.
   QString FileName() const;
 
   void OKCancelControl1_OKAction();

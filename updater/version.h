@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-// The running program's version: the release number for people, the build number (it only grows)
-// for comparing.
+// A program's version: a release number for people and a build number, which only grows, for
+// comparing.
 struct Version {
   int major = 0;
   int minor = 0;

@@ -39,7 +39,7 @@ void VersionChecker::CheckForNewVersion(bool quiet) {
 
 void VersionChecker::Decide(const HttpReply& reply, bool quiet) {
   myCheck.reset();
-  // The body of a request that failed is empty and so no document.
+  // The body of a failed request is empty, so it has no entry.
   const std::optional<CatalogueEntry> entry =
       FindInCatalogue({reply.body.constData(), static_cast<std::size_t>(reply.body.size())},
                       mAppName, DownloadElement());
@@ -47,7 +47,7 @@ void VersionChecker::Decide(const HttpReply& reply, bool quiet) {
     UpdateFound({mAppName, entry->FullVersion(), entry->changes, entry->download, DownloadLocation,
                  UseActualFilename});
   } else if (!quiet) {
-    // A copy, since it may destroy this object.
+    // A copy, because it may destroy this object.
     const MessageBoxFunction showMessage = myShowMessage;
     showMessage(
         {MessageBox::Kind::Message, {}, "You have the most recent version of " + mAppName + "."});

@@ -11,34 +11,35 @@
 
 namespace corvane {
 
-// A newer release, and where its installer is to go.
+// A newer release and the destination of its installer.
 struct Update {
   std::string appName;
-  std::string newVersion;  // as the catalogue has it
+  std::string newVersion;  // as written in the catalogue
   std::string changes;
   std::string downloadURL;  // empty: there is no installer for this system
   QString downloadLocation;
   bool useActualFilename = false;
 };
 
-// Asks the update service whether there is a newer release than the running one. Borrows the HTTP
-// client; destroying the checker ends a check that is under way. An event may destroy the checker.
+// Asks the update service whether there is a newer release than the running one; one check at a
+// time. Borrows the HTTP client. Destroying the checker cancels a check in progress; the event and
+// the message box may do so.
 class VersionChecker {
  public:
-  // `serverAddress` is the service's base address, with slashes at its end or without; an empty
-  // one means that nothing is asked.
+  // `serverAddress` is the service's base address, with or without slashes at its end. If it is
+  // empty, no request is sent.
   VersionChecker(std::string serverAddress, std::string appName, HttpClient& http,
                  MessageBoxFunction showMessage);
 
-  // Looks into the service's catalogue and comes back at once; five seconds later at most there is
-  // an UpdateFound, or, unless `quiet`, a message that this is the most recent release. A check
-  // that failed reads so too: this is deliberate. Does nothing while a check is under way.
+  // Starts a check and returns at once. Within five seconds it raises UpdateFound or, unless
+  // `quiet`, shows a message that this is the most recent release. A failed check shows the same
+  // message; this is deliberate. Does nothing if a check is in progress.
   void CheckForNewVersion(bool quiet);
 
-  // Called from the event loop. Only the build numbers decide what is newer.
+  // Raised from the event loop. Only the build numbers are compared.
   Signal<const Update&> UpdateFound;
 
-  // Where the installer is to be saved, and whether under its name in the download address.
+  // Where to save the installer, and whether under the name in its address.
   QString DownloadLocation;
   bool UseActualFilename;
 

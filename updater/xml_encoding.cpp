@@ -15,12 +15,11 @@ constexpr std::string_view kMarkOfUTF8 = "\xEF\xBB\xBF";
 constexpr std::string_view kMarkOfUTF16BE = "\xFE\xFF";
 constexpr std::string_view kMarkOfUTF16LE = "\xFF\xFE";
 
-// What the names mean that are in use for one byte a letter.
+// Names of the two encodings with one byte per letter.
 constexpr std::string_view kLatinNames[] = {"ISO-8859-1", "ISO_8859-1",   "ISO8859-1",
                                             "latin1",     "windows-1252", "cp1252"};
 
-// windows-1252 from 80 to 9F, as the WHATWG's Encoding Standard has it. Elsewhere a byte is its
-// code.
+// windows-1252 from 80 to 9F (WHATWG Encoding Standard). Any other byte is its code.
 constexpr char16_t kWindows1252[] = {
     0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021, 0x02C6, 0x2030, 0x0160,
     0x2039, 0x0152, 0x008D, 0x017D, 0x008F, 0x0090, 0x2018, 0x2019, 0x201C, 0x201D, 0x2022,
@@ -29,7 +28,7 @@ constexpr char16_t kWindows1252[] = {
 std::optional<std::string> FromUTF16(std::string_view text, QStringDecoder::Encoding encoding) {
   QStringDecoder decode(encoding);
   const QString decoded = decode(QByteArrayView(text.data(), static_cast<qsizetype>(text.size())));
-  // A byte too many is no error to the decoder.
+  // The decoder does not report an odd byte.
   if (decode.hasError() || text.size() % 2 != 0) return std::nullopt;
   return decoded.toStdString();
 }
@@ -43,7 +42,7 @@ std::string FromWindows1252(std::string_view text) {
   return decoded.toStdString();
 }
 
-// The value of "encoding" in the declaration that the document begins with; empty without one.
+// The value of "encoding" in the document's declaration; empty if there is none.
 std::string_view DeclaredEncoding(std::string_view document) {
   if (!document.starts_with("<?xml")) return {};
   const std::string_view declaration = document.substr(0, document.find("?>"));

@@ -6,10 +6,10 @@
 
 namespace corvane {
 
-// The XML document in UTF-8, by the mark at its start (UTF-8, UTF-16) or by the encoding that it
-// declares: ISO-8859-1 or windows-1252, which are read alike, as browsers do. Any other is taken
-// for UTF-8. None where the bytes are no UTF-16 though the mark says so. The result may still
-// declare what the document was in.
+// Converts an XML document to UTF-8 by its byte order mark (UTF-8, UTF-16) or its declared encoding
+// (ISO-8859-1 and windows-1252, both read as the latter, as browsers do). Any other document is
+// taken for UTF-8. None if the mark announces UTF-16 and the bytes are invalid. The result may
+// still declare the old encoding.
 std::optional<std::string> XMLInUTF8(std::string_view document);
 
 }  // namespace corvane

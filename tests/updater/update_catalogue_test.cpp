@@ -7,12 +7,12 @@
 namespace corvane {
 namespace {
 
-// A catalogue with one entry for "Test" between the others.
+// A catalogue with one entry for "Test" among others.
 std::string Catalogue(const std::string& values, const std::string& others = {}) {
   return "<r>" + others + "<App><AppName>tEST</AppName>" + values + "</App></r>";
 }
 
-// ASCII as UTF-16, the high byte first or last.
+// ASCII as UTF-16, with the high byte first or last.
 std::string AsUTF16(const std::string& text, bool highFirst) {
   std::string result;
   for (const char byte : text)

@@ -13,7 +13,7 @@
 namespace corvane {
 namespace {
 
-// What the desktop's opener comes to decides, and one that is still busy has the installer open.
+// The outcome of the desktop's opener decides; an opener that is still running shows the installer.
 TEST(LaunchInstaller, IsStartedUnlessTheDesktopsOpenerFails) {
   const QByteArray path = qgetenv("PATH");
   const struct {

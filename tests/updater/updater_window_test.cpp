@@ -25,7 +25,7 @@ class UpdaterWindowTest : public testing::Test {
  protected:
   void TearDown() override { delete window; }
 
-  // Opens the window for an installer at that path of the web server.
+  // Opens the window for an installer at this path of the web server.
   void Open(const std::string& path) {
     delete window;
     update.downloadURL = path.empty() ? "" : server.Address(path);
@@ -44,8 +44,8 @@ class UpdaterWindowTest : public testing::Test {
   }
   void PressDownload() { QTest::mouseClick(window->OKCancelControl1->LeftButton, Qt::LeftButton); }
   void PressEnter() { QTest::keyClick(window->focusWidget(), Qt::Key_Return); }
-  // Waits until the window says something; what it is.
-  std::string Said() {
+  // Waits until the window shows a message, and returns it.
+  std::string Message() {
     PumpUntil([&] { return !window->DownloadLabel->text().isEmpty(); });
     return window->DownloadLabel->text().toStdString();
   }
@@ -92,11 +92,11 @@ TEST_F(UpdaterWindowTest, DownloadedInstallerIsStartedAndTheProgramQuits) {
   Open("/a/setup%20a.deb");
   PressEnter();
   const QString path = QDir::toNativeSeparators(folder.filePath("WindowsInstaller.exe"));
-  EXPECT_THAT(Said(), testing::EndsWith(path.toStdString()));
+  EXPECT_THAT(Message(), testing::EndsWith(path.toStdString()));
   EXPECT_THAT(events, ElementsAre("launch WindowsInstaller.exe installer"));
 }
 
-TEST_F(UpdaterWindowTest, FailedDownloadIsToldAndLeavesNothingBehind) {
+TEST_F(UpdaterWindowTest, FailedDownloadIsReportedAndLeavesNothingBehind) {
   server.answers["/short.deb"] = {"HTTP/1.1 200 OK\r\nContent-Length: 400000\r\n\r\n" +
                                   std::string(200'000, 'x')};
   const std::vector<std::string> paths = {
@@ -105,7 +105,7 @@ TEST_F(UpdaterWindowTest, FailedDownloadIsToldAndLeavesNothingBehind) {
     server.requests.clear();
     Open(path);
     PressDownload();
-    EXPECT_EQ(Said(), "Error locating download file.") << path;
+    EXPECT_EQ(Message(), "Error locating download file.") << path;
     EXPECT_EQ(server.requests.empty(), !path.ends_with(".deb")) << path;
     EXPECT_EQ(window->DownloadProgress->value(), 0);
     EXPECT_FALSE(window->OKCancelControl1->ActionButtonEnabled());
@@ -134,7 +134,7 @@ TEST_F(UpdaterWindowTest, DownloadShowsItsProgressUntilTheWindowIsClosed) {
     Open("/known");
     window->OKCancelControl1->LeftButton->setFocus();
     PressEnter();
-    // Presses nothing more: not the button next to it, either.
+    // A second Enter presses nothing, not even the next button.
     PressEnter();
     EXPECT_TRUE(PumpUntil([&] { return window->DownloadProgress->value() == 250; }));
     EXPECT_FALSE(folder.isEmpty());

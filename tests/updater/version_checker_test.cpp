@@ -18,7 +18,7 @@ using testing::IsEmpty;
 
 const std::string kRecent = "You have the most recent version of CorvaneServer.";
 
-// A catalogue whose build is so much higher than the running one.
+// A catalogue whose build is higher than the running one by this number.
 std::string Catalogue(int step) {
   const std::string build = std::to_string(RunningVersion().build + step);
   const std::string get = DownloadElement();
@@ -41,7 +41,7 @@ class VersionCheckerTest : public testing::Test {
       said = update.appName + " " + update.newVersion + " " + update.downloadURL;
     });
   }
-  // Waits for what comes of a check, after which the checker is gone.
+  // Waits for the outcome of a check, which destroys the checker.
   std::string Said() {
     PumpUntil([&] { return !checker; });
     return std::exchange(said, {});
@@ -54,7 +54,7 @@ class VersionCheckerTest : public testing::Test {
   SignalConnection connection;
 };
 
-TEST_F(VersionCheckerTest, TellsOfANewerBuildOrUnlessQuietThatThereIsNone) {
+TEST_F(VersionCheckerTest, ReportsANewerBuildOrUnlessQuietThatThereIsNone) {
   const std::string newer =
       "CorvaneServer 9.0.0." + std::to_string(RunningVersion().build + 1) + " http://h/x";
   const struct {
@@ -71,7 +71,7 @@ TEST_F(VersionCheckerTest, TellsOfANewerBuildOrUnlessQuietThatThereIsNone) {
     Make(server.Address("/base//"));
     checker->CheckForNewVersion(true);
     if (row.result == kRecent) {
-      // Not taken before the first check is over, which says nothing.
+      // Ignored until the first check, which is quiet, has ended.
       EXPECT_TRUE(PumpUntil([&] {
         if (checker) checker->CheckForNewVersion(false);
         return server.requests.size() >= 2 && !checker;  // more if Qt asks again
