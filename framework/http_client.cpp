@@ -124,7 +124,7 @@ bool Transfer::Read() {
 void Transfer::Finish() {
   if (!Read()) return;
   const int status = myReply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-  // When the connection is cut at a bad moment, Qt 6.4 reports no error.
+  // Qt 6.4 reports no error if the end of the connection has arrived before it first reads.
   const bool isWhole = Announced() < 0 || Announced() == myReceived;
   if (myReply->error() != QNetworkReply::NoError || status != kOk || !isWhole) return Fail();
   if (IsToFile() && (myReceived == 0 || !PutFileInPlace())) return Fail();

@@ -55,7 +55,7 @@ class HttpTransfer {
 //
 // Limits: each of Qt's managers serves six transfers to one host at once. The others wait, and
 // their timeout runs meanwhile. A reply without an announced length cannot be checked: if the
-// connection is cut, Qt may report it as complete.
+// connection is cut, the reply may count as complete.
 class HttpClient {
  public:
   using Done = std::function<void(const HttpReply&)>;
