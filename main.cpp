@@ -20,7 +20,7 @@ int main(int argc, char** argv) {
   return RunServer(application, MessageBoxesOfThePlatform(), [](App& app) {
     if (!HasDisplay()) return app.Run(Application::exec, [&app] { app.LoadServerSocket(); });
     wndMain window(app, QSystemTrayIcon::isSystemTrayAvailable);
-    MyTrayItem trayItem(window, [&app] { app.Actions().Quit(); });
+    MyTrayItem trayItem(window, [&app] { app.Op().Quit(); });
     trayItem.show();
     return app.Run(Application::exec, [&window] { window.Open(); });
   });

@@ -59,9 +59,9 @@ App::App(std::optional<QString> dataFolder, MessageBoxFunction showMessage)
       myHttp(UserAgent()),
       myLoop([this] { LastResort(); }) {
   const auto writeLine = [this](const std::string& text) { myLog.Write(StatusLine({text})); };
-  mySettings.Complained = writeLine;
-  myDatabase.Complained = writeLine;
-  myLocations.Told = writeLine;
+  mySettings.FaultReported = writeLine;
+  myDatabase.FaultReported = writeLine;
+  myLocations.Logged = writeLine;
 }
 
 App::~App() = default;
@@ -128,7 +128,7 @@ bool App::OpenDatabase() {
   }
   const std::string missing = MissingFromSchema(myDatabase);
   if (!missing.empty()) {
-    myDatabase.Tell(QDir::toNativeSeparators(file).toStdString() + " lacks " + missing);
+    myDatabase.Report(QDir::toNativeSeparators(file).toStdString() + " lacks " + missing);
   }
   return true;
 }
@@ -140,8 +140,8 @@ void App::LoadServerSocket() {
   const std::string wantedMac = mySettings.GetValue("AttachedNIC", firstMac);
   listener.NetworkInterface = NICByMac(interfaces, wantedMac);
   if (!listener.NetworkInterface && !SameText(wantedMac, "none")) {
-    mySettings.Complain("AttachedNIC: no interface has the address \"" + wantedMac +
-                        "\"; the server listens on all");
+    mySettings.ReportFault("AttachedNIC: no interface has the address \"" + wantedMac +
+                           "\"; the server listens on all");
   }
   listener.SetPort(Int32FromText(mySettings.GetValue("AttachedPort", "12000")));
   // The setting "MaxConns" is ignored: deliberate.
@@ -175,11 +175,11 @@ int App::Run(int (*exec)(), std::function<void()> open) {
       qApp,
       [this, open = std::move(open)] {
         open();
-        if (myListener->IsListening()) TellServiceManager(ServiceState::Ready);
+        if (myListener->IsListening()) NotifyServiceManager(ServiceState::Ready);
       },
       Qt::QueuedConnection);
   QObject::connect(qApp, &QCoreApplication::aboutToQuit,
-                   [] { TellServiceManager(ServiceState::Stopping); });
+                   [] { NotifyServiceManager(ServiceState::Stopping); });
   const int code = exec();
   myLog.WriteAudit("Ended with code " + std::to_string(code));
   return code;

@@ -82,7 +82,7 @@ class App {
   MessageBox::Answer ShowMessage(const MessageBox& box) { return myShowMessage(box); }
   // Valid after Open().
   MapSocket& Listener() { return *myListener; }
-  Operator& Actions() { return *myOperator; }
+  Operator& Op() { return *myOperator; }
 
  private:
   bool OpenDatabase();

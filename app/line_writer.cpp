@@ -11,7 +11,8 @@ constexpr std::size_t kMaxKept = 1024 * 1024;  // bytes
 }  // namespace
 
 LineWriter::LineWriter(Sink sink)
-    : mySink(std::move(sink)), myWriting([this] { WriteInTime(); }, Gathering::First::Waits) {}
+    : mySink(std::move(sink)),
+      myWriting([this] { WriteInTime(); }, CoalescingTimer::First::Waits) {}
 
 LineWriter::~LineWriter() {
   WriteKept();

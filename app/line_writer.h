@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "framework/gathering.h"
+#include "framework/coalescing_timer.h"
 #include "platform/standard_streams.h"
 
 namespace corvane {
@@ -37,7 +37,7 @@ class LineWriter {
   std::size_t myDropped = 0;
   bool myIsTaken = true;  // the last write took something
   bool myClosed = false;
-  Gathering myWriting;
+  CoalescingTimer myWriting;
 };
 
 // A log on standard output.

@@ -28,7 +28,7 @@ std::optional<int> AnswerCaller() {
       "Serves the members of its networks; the settings are in its data folder.");
   const auto answer = AnswerTo(QCoreApplication::arguments(), parser);
   if (!answer) return std::nullopt;
-  TellCaller(*answer);
+  AnswerOnConsole(*answer);
   return answer->exitCode;
 }
 

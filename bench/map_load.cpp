@@ -73,7 +73,7 @@ class Feeder {
       client::AppendFrame(output, command, payload);
     std::uint64_t answer = 0;
     for (std::uint64_t report = 0; !myStops && client->isOpen(); ++report) {
-      if (report == answer) client::AppendFrame(output, client::command::kRights, "0");
+      if (report == answer) client::AppendFrame(output, client::command::kIsAdmin, "0");
       if (report % kReportsPerTurn == 0) {
         client->write(output.data(), static_cast<qint64>(output.size()));
         client->waitForBytesWritten(1000);

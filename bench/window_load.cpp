@@ -40,9 +40,9 @@ std::string UserName(int number) {
 void TakeTurn(wndMain& window, int& coming, int& going) {
   for (int i = 0; i < kUsersPerTurn; ++i) {
     if (coming < kUsers) {
-      window.Users().LogIn(UserName(coming++), "Network", {});
+      window.Users().Add(UserName(coming++), "Network", {});
     } else if (going < kUsers) {
-      window.Users().LogOut(UserName(going++), "Network");
+      window.Users().Remove(UserName(going++), "Network");
     }
   }
   for (int i = 0; i < kLinesPerTurn; ++i)

@@ -30,14 +30,14 @@ void Block::Append(std::string_view bytes) {
   myUsed += bytes.size();
 }
 
-Slice CopyToBlock(BufferPool& pool, std::string_view bytes) {
+SharedBytes CopyToBlock(BufferPool& pool, std::string_view bytes) {
   const Block::Ref block = Block::Make(pool, bytes.size());
   if (!block) return {};
   block->Append(bytes);
   return {block, 0, bytes.size()};
 }
 
-Slice BlockWriter::Append(std::string_view bytes) {
+SharedBytes BlockWriter::Append(std::string_view bytes) {
   if (bytes.size() > kMaxPooled) return CopyToBlock(*myPool, bytes);
   if (myBlock && myBlock->IsUnshared()) myBlock->Rewind();
   if (!myBlock || myBlock->Room() < bytes.size()) {

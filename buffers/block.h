@@ -73,20 +73,20 @@ class Block {
 };
 
 // A range of the bytes of a block, which it keeps alive.
-struct Slice {
+struct SharedBytes {
   Block::Ref block;
   std::size_t begin = 0;
   std::size_t end = 0;
 
   std::size_t Size() const { return end - begin; }
   std::string_view Bytes() const { return block->Bytes().substr(begin, Size()); }
-  Slice Part(std::size_t from, std::size_t count) const {
+  SharedBytes SubRange(std::size_t from, std::size_t count) const {
     return {block, begin + from, begin + from + count};
   }
 };
 
 // Copies the bytes to a new block; the slice is empty if there is no memory.
-Slice CopyToBlock(BufferPool& pool, std::string_view bytes);
+SharedBytes CopyToBlock(BufferPool& pool, std::string_view bytes);
 
 // Appends bytes to blocks and returns slices of them. Starts a new, larger block when the last one
 // has no room; fills the last one again when no slice refers to it. Borrows its pool.
@@ -98,7 +98,7 @@ class BlockWriter {
   explicit BlockWriter(BufferPool& pool) : myPool(&pool) {}
 
   // A copy of the bytes in one piece; empty if there is no memory.
-  Slice Append(std::string_view bytes);
+  SharedBytes Append(std::string_view bytes);
   // Releases the last block.
   void Reset() { myBlock.Reset(); }
 

@@ -16,7 +16,7 @@ constexpr std::size_t kMaxKeptSlices = 16;  // room for the next ones
 bool OutputQueue::Append(std::string_view bytes) {
   const std::size_t longest = bytes.size() < kLarge ? BlockWriter::kMaxPooled : bytes.size();
   while (!bytes.empty()) {
-    const Slice copy = myWriter.Append(bytes.substr(0, longest));
+    const SharedBytes copy = myWriter.Append(bytes.substr(0, longest));
     if (copy.Size() == 0) return false;
     Push(copy);
     bytes.remove_prefix(copy.Size());
@@ -24,18 +24,18 @@ bool OutputQueue::Append(std::string_view bytes) {
   return true;
 }
 
-bool OutputQueue::Append(const Slice& slice) {
+bool OutputQueue::Append(const SharedBytes& slice) {
   const bool isWorthIt = IsEmpty() || slice.Size() >= kWorthSharing || ContinuesLast(slice);
   if (!isWorthIt) return Append(slice.Bytes());
   Push(slice);
   return true;
 }
 
-bool OutputQueue::ContinuesLast(const Slice& slice) const {
+bool OutputQueue::ContinuesLast(const SharedBytes& slice) const {
   return !IsEmpty() && mySlices.back().block == slice.block && mySlices.back().end == slice.begin;
 }
 
-void OutputQueue::Push(const Slice& slice) {
+void OutputQueue::Push(const SharedBytes& slice) {
   if (ContinuesLast(slice)) {
     mySlices.back().end = slice.end;
   } else {
@@ -57,7 +57,7 @@ void OutputQueue::Consume(std::size_t count) {
   if (count == mySize) return Clear();
   mySize -= count;
   while (count > 0) {
-    Slice& first = mySlices[myFirst];
+    SharedBytes& first = mySlices[myFirst];
     const std::size_t taken = std::min(count, first.Size());
     if (IsOfLarge(first)) myLargeSize -= taken;
     first.begin += taken;

@@ -26,7 +26,7 @@ class OutputQueue {
   // Adds a copy of the bytes. Returns false if there is no memory for all of them.
   [[nodiscard]] bool Append(std::string_view bytes);
   // Adds the slice itself if it is long enough to be worth the bookkeeping, else a copy.
-  [[nodiscard]] bool Append(const Slice& slice);
+  [[nodiscard]] bool Append(const SharedBytes& slice);
 
   // Fills `pieces` with the first bytes, as far as it has room. Valid until the next change.
   std::span<const std::string_view> First(std::span<std::string_view> pieces) const;
@@ -36,11 +36,11 @@ class OutputQueue {
 
  private:
   // A large message has a block to itself.
-  static bool IsOfLarge(const Slice& slice) { return slice.block->Used() >= kLarge; }
-  bool ContinuesLast(const Slice& slice) const;
-  void Push(const Slice& slice);
+  static bool IsOfLarge(const SharedBytes& slice) { return slice.block->Used() >= kLarge; }
+  bool ContinuesLast(const SharedBytes& slice) const;
+  void Push(const SharedBytes& slice);
 
-  std::vector<Slice> mySlices;
+  std::vector<SharedBytes> mySlices;
   std::size_t myFirst = 0;  // index of the first slice with bytes
   std::size_t mySize = 0;
   std::size_t myLargeSize = 0;  // the part in large messages

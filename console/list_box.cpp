@@ -69,7 +69,7 @@ bool IsEnter(const QKeyEvent& key) {
 
 ListBox::ListBox(const QString& name, Heading heading, Selection selection, QWidget* parent)
     : QTableView(parent),
-      myPainting([this] { viewport()->setUpdatesEnabled(true); }, Gathering::First::Now,
+      myPainting([this] { viewport()->setUpdatesEnabled(true); }, CoalescingTimer::First::Now,
                  kBetweenPaints) {
   setAccessibleName(name);
   setItemDelegate(new RowDelegate(*this));

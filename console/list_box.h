@@ -6,7 +6,7 @@
 #include <QMenu>
 #include <QTableView>
 
-#include "framework/gathering.h"
+#include "framework/coalescing_timer.h"
 
 namespace corvane {
 
@@ -67,7 +67,7 @@ class ListBox : public QTableView {
   QString Tip(int row) const;
   void ShowTip(int row, QPoint globalPosition);
 
-  Gathering myPainting;
+  CoalescingTimer myPainting;
 };
 
 }  // namespace corvane

@@ -5,7 +5,7 @@
 namespace corvane {
 
 StatusLogModel::StatusLogModel(std::size_t maxBytes)
-    : myMaxBytes(maxBytes), myAddRows([this] { AddRows(); }, Gathering::First::Now) {}
+    : myMaxBytes(maxBytes), myAddRows([this] { AddRows(); }, CoalescingTimer::First::Now) {}
 
 void StatusLogModel::Append(std::string_view prefix, std::string_view text) {
   myLines.emplace_back(prefix).append(text);

@@ -7,7 +7,7 @@
 
 #include <QAbstractListModel>
 
-#include "framework/gathering.h"
+#include "framework/coalescing_timer.h"
 
 namespace corvane {
 
@@ -31,7 +31,7 @@ class StatusLogModel : public QAbstractListModel {
   std::deque<std::string> myLines;
   std::size_t myBytes = 0;
   int myRows = 0;  // lines that the view knows
-  Gathering myAddRows;
+  CoalescingTimer myAddRows;
 };
 
 }  // namespace corvane

@@ -8,17 +8,17 @@
 
 namespace corvane {
 
-UsersModel::UsersModel() : myUpdating([this] { Update(); }, Gathering::First::Now) {}
+UsersModel::UsersModel() : myUpdating([this] { Update(); }, CoalescingTimer::First::Now) {}
 
-void UsersModel::LogIn(std::string_view userName, std::string_view networkName,
-                       std::weak_ptr<ClientSocket> client) {
+void UsersModel::Add(std::string_view userName, std::string_view networkName,
+                     std::weak_ptr<ClientSocket> client) {
   if (!myNumbers.try_emplace(FoldText(userName), myNextNumber).second) return;
   myRows.push_back(std::make_unique<Row>(
       Row{myNextNumber++, std::string(userName), std::string(networkName), std::move(client)}));
   myUpdating.Note();
 }
 
-void UsersModel::LogOut(std::string_view userName, std::string_view networkName) {
+void UsersModel::Remove(std::string_view userName, std::string_view networkName) {
   const auto entry = myNumbers.find(FoldText(userName));
   if (entry == myNumbers.end()) return;
   const auto found =

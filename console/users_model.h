@@ -10,14 +10,14 @@
 
 #include <QAbstractTableModel>
 
-#include "framework/gathering.h"
+#include "framework/coalescing_timer.h"
 
 namespace corvane {
 
 class ClientSocket;
 
-// The logged-in users as rows of a list: user name, network name and session, held weakly. LogIn
-// adds a row unless any network already has one of that user name; LogOut removes the row only if
+// The logged-in users as rows of a list: user name, network name and session, held weakly. Login
+// adds a row unless any network already has one of that user name; Logout removes the row only if
 // both name and network match. This asymmetry is deliberate. User names are therefore unique, and
 // an index by name finds the row. The first change is shown at once, and those of the next 20 ms
 // together: thousands cost the view few layouts, and a user who comes and goes in that time none.
@@ -25,9 +25,9 @@ class UsersModel : public QAbstractTableModel {
  public:
   UsersModel();
 
-  void LogIn(std::string_view userName, std::string_view networkName,
-             std::weak_ptr<ClientSocket> client);
-  void LogOut(std::string_view userName, std::string_view networkName);
+  void Add(std::string_view userName, std::string_view networkName,
+           std::weak_ptr<ClientSocket> client);
+  void Remove(std::string_view userName, std::string_view networkName);
   void Clear();
   // Shows pending changes now.
   void Update();
@@ -57,7 +57,7 @@ class UsersModel : public QAbstractTableModel {
   int myLeft = 0;   // shown rows that are to be removed
   std::unordered_map<std::string, std::uint64_t> myNumbers;  // by folded user name
   std::uint64_t myNextNumber = 0;
-  Gathering myUpdating;
+  CoalescingTimer myUpdating;
 };
 
 }  // namespace corvane

@@ -54,10 +54,7 @@ QAction* AddItem(QMenu& menu, QLatin1String caption) {
 }  // namespace
 
 wndMain::wndMain(App& app, std::function<bool()> hasTray)
-    : sSocket(app.Listener()),
-      myApp(app),
-      myOperator(app.Actions()),
-      myHasTray(std::move(hasTray)) {
+    : sSocket(app.Listener()), myApp(app), myOperator(app.Op()), myHasTray(std::move(hasTray)) {
   setWindowTitle(QStringLiteral("Corvane Server"));
   setWindowFlags(Qt::Window | Qt::CustomizeWindowHint | Qt::WindowTitleHint |
                  Qt::WindowSystemMenuHint | Qt::WindowMinimizeButtonHint |
@@ -315,11 +312,11 @@ void wndMain::sSocket_StatusMessage(MapSocket&, const std::string& text) {
 }
 
 void wndMain::sSocket_UserLoggedIn(MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-  myUsers.LogIn(client->Username(), client->NetworkName(), client);
+  myUsers.Add(client->Username(), client->NetworkName(), client);
 }
 
 void wndMain::sSocket_UserLoggedOut(MapSocket&, const std::shared_ptr<ClientSocket>& client) {
-  myUsers.LogOut(client->Username(), client->NetworkName());
+  myUsers.Remove(client->Username(), client->NetworkName());
 }
 
 }  // namespace corvane

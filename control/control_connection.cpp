@@ -19,7 +19,7 @@ ControlConnection::ControlConnection(QLocalSocket* socket, QObject* parent,
     : QObject(parent),
       mySocket(*socket),
       myIdleTimeout(idleTimeout),
-      myGathering([this] { SendGathered(); }, Gathering::First::Waits) {
+      mySending([this] { SendGathered(); }, CoalescingTimer::First::Waits) {
   socket->setParent(this);
   socket->setReadBufferSize(kMaxRequest + 1);
   connect(socket, &QLocalSocket::readyRead, this, &ControlConnection::ScheduleRequest);
@@ -104,7 +104,7 @@ void ControlConnection::SendFollowed(const QByteArray& line) {
   if (IsBehind()) return mySocket.abort();
   myGathered += line;
   myGathered += '\n';
-  myGathering.Note();
+  mySending.Note();
 }
 
 }  // namespace corvane

@@ -7,7 +7,7 @@
 #include <QLocalSocket>
 #include <QTimer>
 
-#include "framework/gathering.h"
+#include "framework/coalescing_timer.h"
 
 namespace corvane {
 
@@ -50,7 +50,7 @@ class ControlConnection : public QObject {
   // Coalesces followed lines: a log may have thousands a second, and each sent by itself costs a
   // system call and wakes its reader.
   QByteArray myGathered;
-  Gathering myGathering;
+  CoalescingTimer mySending;
 };
 
 }  // namespace corvane

@@ -18,7 +18,7 @@
 
 namespace corvane {
 
-Questions::Questions(Operator& op) : myOperator(op), myRates(op.Loop().Counted()) {}
+Questions::Questions(Operator& op) : myOperator(op), myRates(op.Loop().Counts()) {}
 
 QByteArray Questions::Status(const Request&) {
   QJsonArray networks;

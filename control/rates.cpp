@@ -7,7 +7,7 @@ constexpr std::size_t kSamples = 10;
 
 }  // namespace
 
-Rates::Rates(const Traffic& counted) : myCounted(counted) {
+Rates::Rates(const TrafficCounts& counted) : myCounted(counted) {
   Take();
   QObject::connect(&myTimer, &QTimer::timeout, [this] { Take(); });
   myTimer.start(std::chrono::seconds(1));

@@ -5,7 +5,7 @@
 
 #include <QTimer>
 
-#include "net/traffic.h"
+#include "net/traffic_counts.h"
 
 namespace corvane {
 
@@ -14,7 +14,7 @@ namespace corvane {
 // borrows, once a second.
 class Rates {
  public:
-  explicit Rates(const Traffic& counted);
+  explicit Rates(const TrafficCounts& counted);
 
   struct Rate {
     double messages = 0;
@@ -26,11 +26,11 @@ class Rates {
  private:
   struct Sample {
     std::chrono::steady_clock::time_point time;
-    Traffic counted;
+    TrafficCounts counted;
   };
   void Take();
 
-  const Traffic& myCounted;
+  const TrafficCounts& myCounted;
   std::deque<Sample> mySamples;
   QTimer myTimer;
 };

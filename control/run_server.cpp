@@ -25,7 +25,7 @@ int RunServer(ApplicationHooks& application, const MessageBoxFunction& showMessa
                                  if (commands) commands->ReloadForSignal();
                                });
   if (!app.Open()) return 1;
-  commands.emplace(app.Actions());
+  commands.emplace(app.Op());
   control.Serve(*commands);
   return run(app);
 }

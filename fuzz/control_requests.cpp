@@ -40,8 +40,8 @@ class Server {
  public:
   Server() {
     Expect(myApp.Open(), "the server starts");
-    Expect(myApp.Actions().AddNetwork("North", "secret", 5, true), "a network");
-    myCommands = std::make_unique<Commands>(myApp.Actions());
+    Expect(myApp.Op().AddNetwork("North", "secret", 5, true), "a network");
+    myCommands = std::make_unique<Commands>(myApp.Op());
     Expect(mySocket.listen(myFolder.filePath(QStringLiteral("control"))), "a socket");
     myClient.connectToServer(mySocket.fullServerName());
     Expect(mySocket.waitForNewConnection(1000), "a connection");

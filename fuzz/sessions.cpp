@@ -69,7 +69,7 @@ class Client {
 
 constexpr std::array<std::string_view, 4> kNames = {"Ann", "ANN", "Bob", ""};
 
-std::string LogInStep(std::uint8_t choice) {
+std::string LoginStep(std::uint8_t choice) {
   static const std::string digest = PasswordDigest("secret");
   const std::string password = WireBytes(2, digest);
   const std::string name = WireBytes(3, kNames[choice / 16 % kNames.size()]);
@@ -120,7 +120,7 @@ class Run {
         return client.Connect(myServer.Port());
       case 1:
       case 2:
-        return client.Send(LogInStep(myScript.Byte()));
+        return client.Send(LoginStep(myScript.Byte()));
       case 3:
         return client.Send(WireBytes(4, myScript.Bytes()));
       case 4:

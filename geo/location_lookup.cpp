@@ -53,7 +53,7 @@ void LocationLookup::SetDatabase(const QString& file) {
   myDatabase =
       std::make_unique<LocationDatabase>(file, myTemporaryFolder, [this](const std::string& text) {
         WriteErrorLine(text);
-        if (Told) Told(text);
+        if (Logged) Logged(text);
       });
 }
 

@@ -43,7 +43,7 @@ class LocationLookup {
   void SetDatabase(const QString& file);
 
   // Event: a line for the operator about the location file, which also goes to standard error.
-  std::function<void(const std::string&)> Told;
+  std::function<void(const std::string&)> Logged;
 
   // Calls `found` exactly once with the `known` location of the dotted IPv4 address, updated by
   // what was found. Without a locator service the call comes from inside Find, which returns null;

@@ -41,17 +41,17 @@ int main(int argc, char** argv) {
   const ParsedOptions parsed =
       ParseOptions(QApplication::arguments(), qgetenv("CORVANE_MAP_PASSWORD"));
   if (!parsed.options) {
-    TellCaller(parsed.answer);
+    AnswerOnConsole(parsed.answer);
     return parsed.answer.exitCode;
   }
   if (mayLackDisplay && QApplication::platformName() == "offscreen") {
-    TellCaller({QStringLiteral("there is no display"), 1});
+    AnswerOnConsole({QStringLiteral("there is no display"), 1});
     return 1;
   }
   const std::optional<QString> data = ApplicationDataFolder();
   const QString cache = QStandardPaths::writableLocation(QStandardPaths::CacheLocation);
   if (!data || cache.isEmpty()) {
-    TellCaller({QStringLiteral("there is no folder for its settings"), 1});
+    AnswerOnConsole({QStringLiteral("there is no folder for its settings"), 1});
     return 1;
   }
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
@@ -59,7 +59,7 @@ int main(int argc, char** argv) {
   if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);
   window.show();
   if (parsed.options->server) {
-    window.LogInTo(*parsed.options->server);
+    window.LoginTo(*parsed.options->server);
   } else {
     window.AskWhere();
   }

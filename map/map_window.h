@@ -36,7 +36,7 @@ class MapWindow : public QMainWindow {
             client::Connection::Timing timing = {});
 
   // Logs in with the given values. The dialog stays open if that fails.
-  void LogInTo(const RecentServer& server) { myConnector.TryGiven(server); }
+  void LoginTo(const RecentServer& server) { myConnector.TryGiven(server); }
   void AskWhere() { myConnector.Ask(); }
   void ShowFacet(int facet);
   int Facet() const { return myScene->Facet(); }

@@ -8,15 +8,15 @@
 namespace corvane {
 
 void ConnectionMemory::BoundInput() {
-  if (input.InUse() > bounds.input) FailLargest(&TCPSocket::InputHeld);
+  if (input.InUse() > limits.input) FailLargest(&TCPSocket::InputHeld);
 }
 
 void ConnectionMemory::BoundOutput() {
-  if (output.InUse() > bounds.output) FailLargest(&TCPSocket::BytesLeftToSend);
+  if (output.InUse() > limits.output) FailLargest(&TCPSocket::BytesLeftToSend);
 }
 
 bool ConnectionMemory::MakeRoomForOutput(std::size_t bytes) {
-  return output.InUse() + bytes <= bounds.output || FailLargest(&TCPSocket::BytesLeftToSend, bytes);
+  return output.InUse() + bytes <= limits.output || FailLargest(&TCPSocket::BytesLeftToSend, bytes);
 }
 
 bool ConnectionMemory::FailLargest(std::size_t (TCPSocket::*held)() const, std::size_t least) {

@@ -27,9 +27,9 @@ class ConnectionMemory {
   };
 
   ConnectionMemory(const WatchList& watched, const Limits& limits)
-      : bounds(limits), myWatched(watched) {}
+      : limits(limits), myWatched(watched) {}
 
-  const Limits bounds;
+  const Limits limits;
   BufferPool input;
   BufferPool output;
 

@@ -23,12 +23,12 @@ void EasyTCPSocket::SendMessage(std::int32_t command, std::string_view data) {
   if (IsConnected()) TCPSocket::Write(CreatePacket(command, data));
 }
 
-void EasyTCPSocket::SendMessage(std::int32_t command, std::span<const Slice> payload) {
+void EasyTCPSocket::SendMessage(std::int32_t command, std::span<const SharedBytes> payload) {
   std::size_t bytes = 0;
-  for (const Slice& slice : payload)
+  for (const SharedBytes& slice : payload)
     bytes += slice.Size();
   TCPSocket::Write(CreateHeader(command, bytes));
-  for (const Slice& slice : payload)
+  for (const SharedBytes& slice : payload)
     TCPSocket::Write(slice);
 }
 
@@ -152,7 +152,7 @@ void EasyTCPSocket::FireEvents() {
   if (wait <= kNone) wait = MustWait(frame.command);
   if (wait > kNone) return DelayMessages(wait);
   myBudget.ChargeMessage();
-  ++myLoop.Counted().messages;
+  ++myLoop.Counts().messages;
   // The payload stays in place, in a queue that the handler cannot reach.
   ByteQueue delivering = std::move(mEvents);
   ReceivedMessage(frame.command, frame.payload);

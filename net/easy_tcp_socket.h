@@ -32,10 +32,10 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   void SendMessage(std::int32_t command, std::string_view data);
 
   // The same; the payload's bytes are shared, not copied.
-  void SendMessage(std::int32_t command, std::span<const Slice> payload);
+  void SendMessage(std::int32_t command, std::span<const SharedBytes> payload);
 
   // Sends bytes that are whole messages already, shared among many receivers.
-  void SendPackets(const Slice& packets) { TCPSocket::Write(packets); }
+  void SendPackets(const SharedBytes& packets) { TCPSocket::Write(packets); }
 
   // Waits for a message with this command and returns its payload; empty after the timeout, on an
   // error, and when not connected. Deliberately drops every other message that arrives meanwhile.

@@ -16,7 +16,7 @@
 #include "net/delayed_calls.h"
 #include "net/poller.h"
 #include "net/streams.h"
-#include "net/traffic.h"
+#include "net/traffic_counts.h"
 #include "net/watch_list.h"
 
 namespace corvane {
@@ -75,7 +75,7 @@ class PollLoop {
                  std::function<void()> function);
 
   ConnectionMemory& Memory() { return myMemory; }
-  Traffic& Counted() { return myTraffic; }
+  TrafficCounts& Counts() { return myCounts; }
 
   // The rest is for the sockets.
 
@@ -116,7 +116,7 @@ class PollLoop {
   QTimer mySliceTimer;
   DelayedCalls myDelayedCalls;
   std::vector<char> myScratch;
-  Traffic myTraffic;
+  TrafficCounts myCounts;
 
   std::deque<std::shared_ptr<SocketCore>> myPending;  // whose event pass is due
   std::deque<std::shared_ptr<SocketCore>> myEnding;   // the same for those whose peer has ended

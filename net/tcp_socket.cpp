@@ -115,7 +115,7 @@ void TCPSocket::Receive() {
   if (received.error != 0) return Fail(received.error);
   if (received.bytes == 0) return EndByPeer();
   if (!myInput.Append({scratch.data(), received.bytes})) return FailForMemory();
-  myLoop.Counted().received += received.bytes;
+  myLoop.Counts().received += received.bytes;
   // A short read has emptied the socket, but the end of the connection may follow.
   myIsReadable = myIsHungUp || mySendError != 0 || received.bytes == scratch.size();
   SetPending(kDataAvailable);
@@ -206,7 +206,7 @@ void TCPSocket::CheckDrain(std::size_t leftBefore) {
   if (myState != State::Draining) return;
   const std::size_t left = myOutput.Size();
   if (left == leftBefore) return EndConnection();
-  myLoop.CallLater(myLoop.Memory().bounds.drain, shared_from_this(),
+  myLoop.CallLater(myLoop.Memory().limits.drain, shared_from_this(),
                    [this, left] { CheckDrain(left); });
 }
 
@@ -258,19 +258,19 @@ bool TCPSocket::IsEOF() const {
 }
 
 bool TCPSocket::IsFull() const {
-  return myOutput.Size() >= myLoop.Memory().bounds.connectionOutput;
+  return myOutput.Size() >= myLoop.Memory().limits.connectionOutput;
 }
 
 TCPSocket::Reading TCPSocket::HowPeerReads(PollLoop::Clock::time_point now) const {
-  const ConnectionMemory::Limits& bounds = myLoop.Memory().bounds;
-  if (myOutput.Size() < bounds.connectionOutput / kBehindShare) return Reading::KeepsUp;
-  return now - myLastMoved < bounds.drain ? Reading::IsBehind : Reading::IsStuck;
+  const ConnectionMemory::Limits& limits = myLoop.Memory().limits;
+  if (myOutput.Size() < limits.connectionOutput / kBehindShare) return Reading::KeepsUp;
+  return now - myLastMoved < limits.drain ? Reading::IsBehind : Reading::IsStuck;
 }
 
 bool TCPSocket::MayWrite(std::size_t bytes) {
   if (myState == State::Connected) myLoop.RunBeforeFlush();
   if (myState != State::Connected || mySendError != 0 || bytes == 0) return false;
-  if (IsBusy() || myOutput.SizeOfSmall() < myLoop.Memory().bounds.connectionOutput) return true;
+  if (IsBusy() || myOutput.SizeOfSmall() < myLoop.Memory().limits.connectionOutput) return true;
   FailForMemory();
   return false;
 }
@@ -279,7 +279,7 @@ void TCPSocket::Write(std::string_view bytes) {
   if (MayWrite(bytes.size())) NoteWritten(myOutput.Append(bytes));
 }
 
-void TCPSocket::Write(const Slice& slice) {
+void TCPSocket::Write(const SharedBytes& slice) {
   if (MayWrite(slice.Size())) NoteWritten(myOutput.Append(slice));
 }
 
@@ -308,7 +308,7 @@ void TCPSocket::Flush() {
     myIsWritable = !myAwaitsWritable;
     if (myAwaitsWritable && sent.bytes > 0) myLastMoved = PollLoop::Clock::now();
     myOutput.Consume(sent.bytes);
-    myLoop.Counted().sent += sent.bytes;
+    myLoop.Counts().sent += sent.bytes;
     NoteSent(sent.bytes);
   }
   if (myAwaitsWritable) WatchFullPeer();
@@ -317,7 +317,7 @@ void TCPSocket::Flush() {
 
 void TCPSocket::WatchFullPeer() {
   if (std::exchange(myIsPeerWatched, true)) return;
-  myLoop.CallLater(myLoop.Memory().bounds.lookAtFullPeer, weak_from_this(), [this] {
+  myLoop.CallLater(myLoop.Memory().limits.lookAtFullPeer, weak_from_this(), [this] {
     myIsPeerWatched = false;
     LookAtFullPeer();
   });

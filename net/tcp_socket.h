@@ -81,7 +81,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // share: a few of them would cut off peers that keep up. Nothing is counted inside one of the
   // socket's own handlers, so all answers to one message are sent.
   void Write(std::string_view bytes) override;
-  void Write(const Slice& slice);
+  void Write(const SharedBytes& slice);
   // Sends as much as the system takes; the rest follows when the peer has room. The loop calls it.
   void Flush() final;
   bool WriteError() const override { return LastErrorCode() != 0; }

@@ -21,6 +21,6 @@ std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineP
 
 // Prints the text. Windows shows a message box, because a program with windows has no console
 // there.
-void TellCaller(const CallerAnswer& answer);
+void AnswerOnConsole(const CallerAnswer& answer);
 
 }  // namespace corvane

@@ -5,7 +5,7 @@
 
 namespace corvane {
 
-void TellCaller(const CallerAnswer& answer) {
+void AnswerOnConsole(const CallerAnswer& answer) {
   if (answer.exitCode == 0) {
     std::printf("%s\n", qUtf8Printable(answer.text));
   } else {

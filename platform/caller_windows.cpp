@@ -6,7 +6,7 @@
 
 namespace corvane {
 
-void TellCaller(const CallerAnswer& answer) {
+void AnswerOnConsole(const CallerAnswer& answer) {
   MessageBoxW(nullptr, answer.text.toStdWString().c_str(),
               QCoreApplication::applicationName().toStdWString().c_str(),
               answer.exitCode == 0 ? MB_ICONINFORMATION : MB_ICONWARNING);

@@ -5,13 +5,13 @@ namespace corvane {
 // Reports the service's state to systemd if it started this process as a service of type "notify"
 // (sd_notify(3)). Does nothing otherwise, and nothing on Windows.
 enum class ServiceState { Ready, Reloading, Stopping };
-void TellServiceManager(ServiceState state);
+void NotifyServiceManager(ServiceState state);
 
 // Reports the service as reloading while it exists, and as ready afterwards.
 class ServiceReload {
  public:
-  ServiceReload() { TellServiceManager(ServiceState::Reloading); }
-  ~ServiceReload() { TellServiceManager(ServiceState::Ready); }
+  ServiceReload() { NotifyServiceManager(ServiceState::Reloading); }
+  ~ServiceReload() { NotifyServiceManager(ServiceState::Ready); }
   ServiceReload(const ServiceReload&) = delete;
   ServiceReload& operator=(const ServiceReload&) = delete;
 };

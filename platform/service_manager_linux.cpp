@@ -30,7 +30,7 @@ std::string MessageFor(ServiceState state) {
 
 }  // namespace
 
-void TellServiceManager(ServiceState state) {
+void NotifyServiceManager(ServiceState state) {
   const char* const place = std::getenv("NOTIFY_SOCKET");
   if (place == nullptr) return;
   const std::string_view path = place;

@@ -3,6 +3,6 @@
 namespace corvane {
 
 // The server is not a service on Windows.
-void TellServiceManager(ServiceState) {}
+void NotifyServiceManager(ServiceState) {}
 
 }  // namespace corvane

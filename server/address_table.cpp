@@ -58,7 +58,7 @@ void AddressTable::NoteWrongPassword(const std::string& address) {
   wrong.push_back(now);
   if (wrong.size() > rule.free) wrong.erase(wrong.begin());
   if (memory.delay.count() > 0) {
-    memory.delay = std::min(2 * memory.delay, rule.longest);
+    memory.delay = std::min(2 * memory.delay, rule.max);
   } else if (wrong.size() == rule.free) {
     memory.delay = rule.first;
   }
@@ -132,7 +132,7 @@ AddressTable::Place::~Place() {
   if (--myCount->second.all == 0) myCounts->erase(std::string(myCount->first));
 }
 
-void AddressTable::Place::LogIn() {
+void AddressTable::Place::Login() {
   if (!std::exchange(myIsLoggedIn, true)) --myCount->second.notLoggedIn;
 }
 

@@ -105,7 +105,7 @@ class AddressTable::Place {
   Place(const Place&) = delete;
   Place& operator=(const Place&) = delete;
 
-  void LogIn();
+  void Login();
 
  private:
   std::shared_ptr<Counts> myCounts;

@@ -35,7 +35,7 @@ AdminCommands::~AdminCommands() = default;
 
 bool AdminCommands::IsAdmin() {
   bool answer = false;
-  const auto ask = [&] { answer = Ask(AdminsTable::kMostTime); };
+  const auto ask = [&] { answer = Ask(AdminsTable::kMaxTime); };
   if (IsNameCode()) {
     Charged(ask);
   } else {

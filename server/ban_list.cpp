@@ -45,14 +45,14 @@ void BanList::Add(const Ban& ban) {
 
 void BanList::StorePiece() {
   // The other half stays free for smaller output.
-  const bool hasRoom = myMemory.output.InUse() + myRecords.size() <= myMemory.bounds.output / 2;
-  const Slice piece = hasRoom ? CopyToBlock(myMemory.output, myRecords) : Slice();
+  const bool hasRoom = myMemory.output.InUse() + myRecords.size() <= myMemory.limits.output / 2;
+  const SharedBytes piece = hasRoom ? CopyToBlock(myMemory.output, myRecords) : SharedBytes();
   myHasFailed = piece.Size() == 0;
   if (!myHasFailed) myPieces.push_back(piece);
   myRecords.clear();
 }
 
-std::optional<std::vector<Slice>> BanList::Take() {
+std::optional<std::vector<SharedBytes>> BanList::Take() {
   if (!myRecords.empty()) StorePiece();
   if (myHasFailed) return std::nullopt;
   return std::move(myPieces);

@@ -26,7 +26,7 @@ class BanList {
   bool ReadOn();
 
   // The payload of the answer: empty if the query failed, none if there was no memory for it.
-  std::optional<std::vector<Slice>> Take();
+  std::optional<std::vector<SharedBytes>> Take();
 
  private:
   void ReadPortion();
@@ -37,7 +37,7 @@ class BanList {
   ConnectionMemory& myMemory;
   NetworkRef myNetwork;
   std::int64_t myPlace = Bans::kBegin;
-  std::vector<Slice> myPieces;
+  std::vector<SharedBytes> myPieces;
   std::string myRecords;  // not in a piece yet
   bool myHasFailed = false;
 };

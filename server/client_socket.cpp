@@ -53,7 +53,7 @@ ClientSocket::ClientSocket(PollLoop& loop, MapSocket& parent)
       myParent(parent),
       myContext(parent.Context),
       myAdminCommands(*this, parent.Context, loop.Memory()) {
-  LimitMessages(myContext.rules.maxMessageBeforeLogIn);
+  LimitMessages(myContext.rules.maxMessageBeforeLogin);
 }
 
 ClientSocket::~ClientSocket() = default;
@@ -61,7 +61,7 @@ ClientSocket::~ClientSocket() = default;
 void ClientSocket::Connected() {
   myState = State::Greeting;
   myPlace = myContext.addresses.Enter(RemoteAddress());
-  LimitRateUnlessTrusted(myContext.rules.rateBeforeLogIn);
+  LimitRateUnlessTrusted(myContext.rules.rateBeforeLogin);
   ReportStatus({RemoteAddress(), ": Client Connection Initiated..."});
   HoldMessages(true);
   GetClientInfo();
@@ -106,7 +106,7 @@ void ClientSocket::Error(std::int32_t code) {
 void ClientSocket::Close() {
   // Notifying the network gives way to other sessions, but not to events of this one.
   const auto keep = shared_from_this();
-  const ScopedFlag leaving = BeginHandler();
+  const auto leaving = BeginHandler();
   Leave();
   EasyTCPSocket::Close();
   // A session that is still sending its backlog counts until it ends.
@@ -125,7 +125,7 @@ void ClientSocket::SendNotice(std::int32_t command, std::string_view text) {
 
 bool ClientSocket::HearsItsNetwork() const {
   if (myNetwork == nullptr) return false;
-  return myState == State::LoggedIn || myContext.rules.isHeardBeforeLogIn;
+  return myState == State::LoggedIn || myContext.rules.isHeardBeforeLogin;
 }
 
 void ClientSocket::Abandon() {
@@ -249,10 +249,10 @@ void ClientSocket::TakeName(std::string_view userName) {
   if (MayBeTaken(userName)) folded = FoldText(userName);
   if (folded && CanLogin(*folded) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myFailedSteps = 0;
-    LimitMessages(myContext.rules.maxMessageAfterLogIn);
-    LimitRateUnlessTrusted(myContext.rules.rateAfterLogIn);
+    LimitMessages(myContext.rules.maxMessageAfterLogin);
+    LimitRateUnlessTrusted(myContext.rules.rateAfterLogin);
     myContext.deadlines.End(myDeadline);
-    if (myPlace) myPlace->LogIn();
+    if (myPlace) myPlace->Login();
     ReportStatus({RemoteAddress(), ": User Logged In (", Quoted(userName), ")"});
     EnterAs(userName, std::move(*folded));
     myParent.CallUserLoggedIn(*this);

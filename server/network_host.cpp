@@ -47,7 +47,7 @@ void NetworkHost::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
 
 void NetworkHost::BroadcastMessage(const std::string& text, const std::string& networkName) {
   if (text.empty()) return;
-  const Slice packet = MakePacket(wire::kMessage, text);
+  const SharedBytes packet = MakePacket(wire::kMessage, text);
   const bool toAll = networkName == kAllNetworks;
   const std::string foldedName = FoldText(networkName);
   const auto connections = ActiveConnections();
@@ -65,7 +65,7 @@ void NetworkHost::BroadcastMessage(const std::string& text, const std::string& n
 
 void NetworkHost::SendToMembers(const ServerNetworks& network, std::int32_t command,
                                 std::string_view data, const ClientSocket* except) {
-  const Slice packet = MakePacket(command, data);
+  const SharedBytes packet = MakePacket(command, data);
   const auto members = Context.roster.MembersOf(network);
   for (const std::shared_ptr<ClientSocket>& member : *members) {
     if (member.get() != except) member->SendPackets(packet);
@@ -73,7 +73,7 @@ void NetworkHost::SendToMembers(const ServerNetworks& network, std::int32_t comm
   }
 }
 
-Slice NetworkHost::MakePacket(std::int32_t command, std::string_view data) const {
+SharedBytes NetworkHost::MakePacket(std::int32_t command, std::string_view data) const {
   return CopyToBlock(myLoop.Memory().output, CreatePacket(command, data));
 }
 

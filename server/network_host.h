@@ -69,7 +69,7 @@ class NetworkHost : public ServerSocket {
                      const ClientSocket* except = nullptr);
 
  private:
-  Slice MakePacket(std::int32_t command, std::string_view data) const;
+  SharedBytes MakePacket(std::int32_t command, std::string_view data) const;
   // Calls `act` for each user of that name in the network. Returns the name of the session that was
   // examined last, of all there are.
   std::string ForEachUser(const std::string& userName, const std::string& networkName,

@@ -36,7 +36,7 @@ void Outbox::Deliver(const Members& members) {
 }
 
 bool Outbox::DeliverTo(const Members& members) try {
-  const Slice all = myWriter.Append(myBytes);
+  const SharedBytes all = myWriter.Append(myBytes);
   if (all.Size() < myBytes.size()) return false;
   const std::vector<const ClientSocket*> senders = Senders();
   auto next = senders.begin();
@@ -101,7 +101,7 @@ void Outbox::Clear() {
   myIsNameShared = false;
 }
 
-void Outbox::SendOthers(ClientSocket& member, const Slice& all) const {
+void Outbox::SendOthers(ClientSocket& member, const SharedBytes& all) const {
   std::size_t begin = 0;  // of the bytes not written yet
   std::size_t end = 0;    // of the previous packet
   for (const Packet& packet : myPackets) {
@@ -110,12 +110,12 @@ void Outbox::SendOthers(ClientSocket& member, const Slice& all) const {
         packet.sender.get() == &member ||
         (myIsNameShared && packet.sender->FoldedUsername() == member.FoldedUsername());
     if (isOwn) {
-      member.SendPackets(all.Part(begin, end - begin));
+      member.SendPackets(all.SubRange(begin, end - begin));
       begin = packet.end;
     }
     end = packet.end;
   }
-  member.SendPackets(all.Part(begin, all.Size() - begin));
+  member.SendPackets(all.SubRange(begin, all.Size() - begin));
 }
 
 }  // namespace corvane

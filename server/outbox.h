@@ -50,7 +50,7 @@ class Outbox {
   std::vector<const ClientSocket*> Senders() const;
   // Makes senders wait if many of their bytes were relayed since they last had to.
   void HoldSenders() const;
-  void SendOthers(ClientSocket& member, const Slice& all) const;
+  void SendOthers(ClientSocket& member, const SharedBytes& all) const;
   void Clear();
 
   std::string myBytes;

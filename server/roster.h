@@ -18,7 +18,7 @@ class PollLoop;
 
 // Indexes over the listener's active connections: the members of each network that hear it, in
 // hand-off order, and the number of sessions that hold each user name. They give the same answers
-// as a walk over the active connections, but a report costs only its deliveries and a log-in does
+// as a walk over the active connections, but a report costs only its deliveries and a login does
 // not examine every session. Also gathers the reports of each network and delivers them before the
 // loop flushes or the network's members change. Borrows the loop.
 class Roster {

@@ -26,7 +26,7 @@ struct ConnectionCounts {
 struct PasswordDelays {
   std::size_t free = 5;
   std::chrono::milliseconds first{1'000};
-  std::chrono::milliseconds longest{30'000};
+  std::chrono::milliseconds max{30'000};
 };
 
 // An address may cause `burst` lines at once and then one in each interval.
@@ -51,7 +51,7 @@ struct Rules {
   bool isMessageFatalWithoutNetwork = true;
   // Whether commands 5, 6, 998 and 999 reach every client that has chosen the network, or only
   // those that are logged in.
-  bool isHeardBeforeLogIn = true;
+  bool isHeardBeforeLogin = true;
   StatementValues statementValues = StatementValues::Pasted;
   // Whether administrators see and lift all bans, or only those of their network.
   bool areAllBansShown = true;
@@ -63,20 +63,20 @@ struct Rules {
 
   // How long a client may take to log in after its greeting, and to leave after the notice that it
   // is kicked or banned. None: forever.
-  std::optional<std::chrono::milliseconds> timeToLogIn;
+  std::optional<std::chrono::milliseconds> timeToLogin;
   std::optional<std::chrono::milliseconds> timeToLeave;
 
   // Bytes of a whole message. A longer one closes the connection.
-  std::size_t maxMessageBeforeLogIn = std::numeric_limits<std::size_t>::max();
-  std::size_t maxMessageAfterLogIn = std::numeric_limits<std::size_t>::max();
+  std::size_t maxMessageBeforeLogin = std::numeric_limits<std::size_t>::max();
+  std::size_t maxMessageAfterLogin = std::numeric_limits<std::size_t>::max();
 
   // Bytes. A longer user name is refused; a longer reason for a ban is cut.
   std::size_t maxUserName = std::size_t{1} << 20;
   std::size_t maxReason = std::numeric_limits<std::size_t>::max();
 
   // For the messages of one connection, unless its address is trusted. Faster ones wait.
-  MessageRate rateBeforeLogIn;
-  MessageRate rateAfterLogIn;
+  MessageRate rateBeforeLogin;
+  MessageRate rateAfterLogin;
 
   // For one address. None: no bound, and no delay.
   std::optional<ConnectionCounts> maxConnections;

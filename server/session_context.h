@@ -4,7 +4,7 @@
 
 #include "server/address_table.h"
 #include "server/cost_gate.h"
-#include "server/log_in_deadlines.h"
+#include "server/login_deadlines.h"
 #include "server/roster.h"
 #include "server/rules.h"
 #include "server/turns.h"
@@ -25,7 +25,7 @@ struct SessionContext {
         bans(serverdb),
         admins(serverdb, rules.statementValues),
         addresses(loop, listener, rules),
-        deadlines(loop, listener, rules.timeToLogIn),
+        deadlines(loop, listener, rules.timeToLogin),
         roster(loop) {}
 
   const Rules rules;
@@ -35,7 +35,7 @@ struct SessionContext {
   CostGate costlyQuestions;  // to the database, by users whose names may make them costly
   Turns memberLists;
   AddressTable addresses;
-  LogInDeadlines deadlines;
+  LoginDeadlines deadlines;
   Roster roster;
 };
 

@@ -21,7 +21,7 @@ class AdminsTable {
     std::string address;
   };
 
-  static constexpr std::chrono::milliseconds kMostTime{20};
+  static constexpr std::chrono::milliseconds kMaxTime{20};
 
   explicit AdminsTable(DatabaseConnection& connection,
                        StatementValues values = StatementValues::Pasted)
@@ -30,7 +30,7 @@ class AdminsTable {
   // Whether this name, network and address together have a grant. The name comes from a stranger:
   // the result is false if the query takes more processor time than `time`.
   bool IsAdmin(const std::string& name, const std::string& network, const std::string& address,
-               std::chrono::nanoseconds time = kMostTime);
+               std::chrono::nanoseconds time = kMaxTime);
 
   [[nodiscard]] bool Add(const std::string& name, const std::string& address,
                          const std::string& network);

@@ -83,8 +83,9 @@ void AppSettings::Load() {
   const XMLDocument document = ReadDocument(*myFile, fault);
   myIsFileBroken = document == nullptr;
   if (myIsFileBroken) {
-    return Complain("cannot be read: " + fault + "; defaults apply, and the file will be kept as " +
-                    TextFromDisplay(*myFile + kBroken) + " before it is replaced");
+    return ReportFault("cannot be read: " + fault +
+                       "; defaults apply, and the file will be kept as " +
+                       TextFromDisplay(*myFile + kBroken) + " before it is replaced");
   }
   const xmlNode* const root = xmlDocGetRootElement(document.get());
   for (const xmlNode* node = root->children; node != nullptr; node = node->next) {
@@ -96,7 +97,7 @@ void AppSettings::Load() {
 bool AppSettings::Save() {
   mySaveError = Write();
   if (mySaveError.empty()) return true;
-  Complain("not saved: " + mySaveError);
+  ReportFault("not saved: " + mySaveError);
   return false;
 }
 
@@ -131,11 +132,11 @@ std::string AppSettings::Write() {
   return TextFromDisplay(fault);
 }
 
-void AppSettings::Complain(const std::string& fault) const {
+void AppSettings::ReportFault(const std::string& fault) const {
   const std::string line =
       "settings: " + (myFile ? TextFromDisplay(*myFile) + ": " : std::string()) + fault;
   WriteErrorLine(line);
-  if (Complained) Complained(line);
+  if (FaultReported) FaultReported(line);
 }
 
 std::string AppSettings::GetValue(std::string_view name, std::string_view defaultValue) {

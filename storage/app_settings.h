@@ -24,7 +24,7 @@ class AppSettings {
   explicit AppSettings(std::optional<QString> folder);
 
   // Event: this line was written to standard error.
-  std::function<void(const std::string&)> Complained;
+  std::function<void(const std::string&)> FaultReported;
 
   // The settings file, if any.
   const std::optional<QString>& File() const { return myFile; }
@@ -48,7 +48,7 @@ class AppSettings {
   bool SetValue(std::string_view name, std::string_view value);
 
   // Reports a fault of a value or of the file.
-  void Complain(const std::string& fault) const;
+  void ReportFault(const std::string& fault) const;
 
  private:
   std::string* Find(std::string_view name);

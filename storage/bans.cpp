@@ -34,8 +34,8 @@ Bans::~Bans() {
   while (!StoreFor(kEndTime) && Clock::now() < end)
     std::this_thread::sleep_for(kEndPause);
   if (myWaiting.Save()) return;
-  myConnection.Tell("bans that could not be stored and are lost: " +
-                    std::to_string(myWaiting.All().size()));
+  myConnection.Report("bans that could not be stored and are lost: " +
+                      std::to_string(myWaiting.All().size()));
 }
 
 bool Bans::Add(const std::string& address, const std::string& by, const std::string& reason,
@@ -97,7 +97,7 @@ std::optional<std::vector<Ban>> Bans::Select(const std::string& condition, std::
 bool Bans::Lift(const std::vector<std::int64_t>& ids) {
   std::set<std::int64_t> stored(ids.begin(), ids.end());
   if (!myWaiting.Remove(stored)) {
-    return myConnection.Complain("the file of waiting bans could not be written");
+    return myConnection.ReportFault("the file of waiting bans could not be written");
   }
   if (stored.empty()) return true;
   const auto lift = [this](std::int64_t id) {

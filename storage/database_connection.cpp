@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::chrono::seconds kPatienceWhileOpening(5);
 constexpr std::chrono::milliseconds kPatience(250);
-constexpr std::chrono::seconds kPauseBetweenSameComplaints(1);
+constexpr std::chrono::seconds kPauseBetweenSameReports(1);
 constexpr std::string_view kSelectAll = "SELECT * FROM ";
 
 int Bind(sqlite3_stmt* statement, int index, const DatabaseValue& value) {
@@ -106,7 +106,7 @@ void DatabaseConnection::Close() {
 bool DatabaseConnection::Connect(const QString& file) {
   Close();
   // SQLite gives some names another meaning; an empty one is a new database.
-  if (!QFileInfo(file).isFile()) return Complain(SQLITE_CANTOPEN);
+  if (!QFileInfo(file).isFile()) return ReportFault(SQLITE_CANTOPEN);
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
   sqlite3* database = nullptr;
   const int result = sqlite3_open_v2(path.c_str(), &database, SQLITE_OPEN_READWRITE, nullptr);
@@ -123,7 +123,7 @@ bool DatabaseConnection::Connect(const QString& file) {
       return true;
     }
   } else {
-    Complain(result);
+    ReportFault(result);
   }
   Close();
   return false;
@@ -207,7 +207,7 @@ std::optional<DatabaseCursor> DatabaseConnection::SQLSelectForEdit(std::string_v
   const bool isOwnTransaction = myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) != 0;
   if (isOwnTransaction) sqlite3_exec(myDatabase, "BEGIN", nullptr, nullptr, nullptr);
   std::optional<DatabaseCursor> cursor = SQLSelect(query, values);
-  if (!cursor) Complain();
+  if (!cursor) ReportFault();
   if (cursor && query.starts_with(kSelectAll)) TakeIdentities(*cursor, query, values);
   if (isOwnTransaction) sqlite3_exec(myDatabase, "COMMIT", nullptr, nullptr, nullptr);
   return cursor;
@@ -267,13 +267,13 @@ bool DatabaseConnection::Commit() {
 bool DatabaseConnection::SQLExecute(std::string_view statement, const Values& values) {
   int result = SQLITE_OK;
   const Statement prepared = Prepare(statement, result);
-  if (!prepared) return Complain(result);
+  if (!prepared) return ReportFault(result);
   result = Bind(prepared.get(), values);
-  if (result != SQLITE_OK) return Complain(result);
+  if (result != SQLITE_OK) return ReportFault(result);
   do {
     result = sqlite3_step(prepared.get());
   } while (result == SQLITE_ROW);
-  return result == SQLITE_DONE ? Succeed() : Complain(result);
+  return result == SQLITE_DONE ? Succeed() : ReportFault(result);
 }
 
 bool DatabaseConnection::Fail(std::string message) {
@@ -287,29 +287,29 @@ bool DatabaseConnection::FailWith(int result) {
   return Fail(isFromDatabase ? sqlite3_errmsg(myDatabase) : sqlite3_errstr(result));
 }
 
-bool DatabaseConnection::Complain(int result) {
+bool DatabaseConnection::ReportFault(int result) {
   FailWith(result);
-  return Complain();
+  return ReportFault();
 }
 
-bool DatabaseConnection::Complain(std::string fault) {
+bool DatabaseConnection::ReportFault(std::string fault) {
   Fail(std::move(fault));
-  return Complain();
+  return ReportFault();
 }
 
-bool DatabaseConnection::Complain() {
+bool DatabaseConnection::ReportFault() {
   const Clock::time_point now = Clock::now();
-  if (myErrorMessage == myLastComplaint && now < myNextSameComplaint) return false;
-  myLastComplaint = myErrorMessage;
-  myNextSameComplaint = now + kPauseBetweenSameComplaints;
-  Tell(myErrorMessage);
+  if (myErrorMessage == myLastReported && now < myNextSameReport) return false;
+  myLastReported = myErrorMessage;
+  myNextSameReport = now + kPauseBetweenSameReports;
+  Report(myErrorMessage);
   return false;
 }
 
-void DatabaseConnection::Tell(const std::string& fault) const {
+void DatabaseConnection::Report(const std::string& fault) const {
   const std::string line = "database: " + fault;
   WriteErrorLine(line);
-  if (Complained) Complained(line);
+  if (FaultReported) FaultReported(line);
 }
 
 bool DatabaseConnection::Succeed() {

@@ -43,11 +43,11 @@ class DatabaseConnection {
   DatabaseConnection& operator=(const DatabaseConnection&) = delete;
 
   // Event: this line was written to standard error. Raised inside the operation that failed.
-  std::function<void(const std::string&)> Complained;
+  std::function<void(const std::string&)> FaultReported;
   // Reports a fault, prefixed with "database: ".
-  void Tell(const std::string& fault) const;
+  void Report(const std::string& fault) const;
   // Sets and reports an error of a file beside the database. Returns false.
-  bool Complain(std::string fault);
+  bool ReportFault(std::string fault);
 
   // Opens an existing database file for reading and writing. Reads from it once, so a file that is
   // not a database fails here. A read-only file opens, but changes of it fail. Never creates a
@@ -117,16 +117,16 @@ class DatabaseConnection {
   bool FailWith(int result);
   bool Succeed();
   // Report a failed change: SQLite's code, or the error that is set. They return false.
-  bool Complain(int result);
-  bool Complain();
+  bool ReportFault(int result);
+  bool ReportFault();
 
   LockPatience myPatience;
   sqlite3* myDatabase = nullptr;
   std::map<std::string, Statement, std::less<>> myKept;  // by their texts
   bool myError = false;
   std::string myErrorMessage;
-  std::string myLastComplaint;
-  Clock::time_point myNextSameComplaint;
+  std::string myLastReported;
+  Clock::time_point myNextSameReport;
 };
 
 }  // namespace corvane

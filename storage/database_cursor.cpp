@@ -43,7 +43,7 @@ bool DatabaseCursor::DeleteRecord() {
 
 bool DatabaseCursor::HasIdentity() const {
   if (!EndOfRows() && !myTable.empty()) return true;
-  return myConnection->Complain("there is no row that could be changed");
+  return myConnection->ReportFault("there is no row that could be changed");
 }
 
 }  // namespace corvane

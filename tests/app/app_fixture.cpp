@@ -24,7 +24,7 @@ std::string AppFixture::Query(const std::string& statements) {
 std::unique_ptr<TestClient> AppFixture::LoggedIn(const std::string& user,
                                                  const std::string& network, const char* from) {
   auto client = std::make_unique<TestClient>(myApp.Listener().Port(), from);
-  EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
+  EXPECT_TRUE(client->Login(network, "secret", user)) << user;
   return client;
 }
 

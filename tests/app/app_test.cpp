@@ -79,7 +79,7 @@ TEST_F(AppTest, MissingTablesAndColumnsAreReportedAtTheStart) {
     if (!statements.empty()) OtherProgram(file).Run(statements);
     std::vector<std::string> complaints;
     App app(folder.path(), show);
-    app.serverdb().Complained = [&complaints](const std::string& line) {
+    app.serverdb().FaultReported = [&complaints](const std::string& line) {
       complaints.push_back(line);
     };
     EXPECT_TRUE(app.Open());
@@ -90,7 +90,7 @@ TEST_F(AppTest, MissingTablesAndColumnsAreReportedAtTheStart) {
   QFile::remove(file);
   MakeDatabase(file);
   App app(folder.path(), show);
-  app.serverdb().Complained = [](const std::string& line) { FAIL() << line; };
+  app.serverdb().FaultReported = [](const std::string& line) { FAIL() << line; };
   EXPECT_TRUE(app.Open());
 }
 
@@ -107,7 +107,7 @@ TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsSet) {
     settings.SetValue("LocatorAddress", locator);
     App app(folder.path(), show);
     int complaints = 0;
-    app.Locations().Told = [&complaints](const std::string&) { ++complaints; };
+    app.Locations().Logged = [&complaints](const std::string&) { ++complaints; };
     ASSERT_TRUE(app.Open());
     EXPECT_EQ(complaints, *locator == '\0' ? 1 : 0);
     std::optional<std::string> found;
@@ -123,12 +123,12 @@ class LoadTest : public AppTest {
   // Starts a server in the folder and passes its listener to `look`.
   void Load(const std::function<void(MapSocket&)>& look) {
     ASSERT_TRUE(app.Open());
-    app.Settings().Complained = [this](const std::string& line) { complaints.push_back(line); };
+    app.Settings().FaultReported = [this](const std::string& line) { complaints.push_back(line); };
     added = 0;
     MapSocket& listener = app.Listener();
     const auto lines = listener.StatusMessage.Connect(
         [this](MapSocket&, const std::string& text) { status.push_back(text); });
-    const auto networks = app.Actions().NetworkAdded.Connect([&](const NetworkRef&) {
+    const auto networks = app.Op().NetworkAdded.Connect([&](const NetworkRef&) {
       ++added;
       EXPECT_TRUE(listener.IsListening()) << "clients may come while networks are loaded";
       if (networkAdded) networkAdded(listener);
@@ -196,11 +196,11 @@ TEST_F(LoadTest, ErrorInAHandlerClosesAllConnectionsBeforeItsMessageIsAnswered) 
   Load([this](MapSocket& listener) {
     const std::int32_t port = listener.Port();
     TestClient ann(port);
-    EXPECT_TRUE(ann.LogIn("demo", "secret", "Ann"));
+    EXPECT_TRUE(ann.Login("demo", "secret", "Ann"));
     TestClient newcomer(port);
     EXPECT_EQ(newcomer.Receive(), (WireMessage{1, "Network"}));
     TestClient ben(port);
-    EXPECT_TRUE(ben.LogIn("demo", "secret", "Ben"));
+    EXPECT_TRUE(ben.Login("demo", "secret", "Ben"));
     onMessage = [&] {
       // The operator has not answered the message yet.
       EXPECT_EQ(ann.Receive(), (WireMessage{998, "hello"}));
@@ -212,7 +212,7 @@ TEST_F(LoadTest, ErrorInAHandlerClosesAllConnectionsBeforeItsMessageIsAnswered) 
       app.LastResort();
       app.LastResort();  // shows one message
     };
-    QTimer::singleShot(0, [this] { app.Actions().Send("hello", "(All Networks)"); });
+    QTimer::singleShot(0, [this] { app.Op().Send("hello", "(All Networks)"); });
     EXPECT_EQ(QCoreApplication::exec(), 1);
     application.LastResort = nullptr;
     EXPECT_TRUE(newcomer.HearsNothing());
@@ -244,7 +244,7 @@ TEST_F(LoadTest, NetworksWithOddValuesAreRead) {
                                       "big|1.5|2147483647|off"));
     EXPECT_EQ(added, 4);
     TestClient client(listener.Port());
-    EXPECT_TRUE(client.LogIn("demo", "secret", "Ann"));
+    EXPECT_TRUE(client.Login("demo", "secret", "Ann"));
   });
   EXPECT_THAT(boxes, IsEmpty());
   EXPECT_THAT(complaints, IsEmpty()) << "all interfaces are what was asked for";

@@ -47,10 +47,10 @@ TEST(OutputQueue, HoldsTheSameAsStrings) {
           expected[index] += bytes;
           break;
         case 1: {
-          const Slice slice = writer.Append(bytes);
+          const SharedBytes slice = writer.Append(bytes);
           const std::size_t begin = upTo(bytes.size());
           EXPECT_TRUE(queues[0].Append(slice));
-          EXPECT_TRUE(queues[1].Append(slice.Part(begin, slice.Size() - begin)));
+          EXPECT_TRUE(queues[1].Append(slice.SubRange(begin, slice.Size() - begin)));
           expected[0] += bytes;
           expected[1] += bytes.substr(begin);
           break;
@@ -82,7 +82,7 @@ TEST(OutputQueue, BytesForManyQueuesAreInMemoryOnce) {
   BlockWriter writer(pool);
   std::vector<OutputQueue> queues(100, OutputQueue(pool));
   for (int i = 0; i < 1'000; ++i) {
-    const Slice slice = writer.Append(report);
+    const SharedBytes slice = writer.Append(report);
     for (OutputQueue& queue : queues)
       EXPECT_TRUE(queue.Append(slice));
   }

@@ -75,7 +75,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   server.AddNetwork("North");
   server.Query("INSERT INTO admins (name, address, network) VALUES ('Ann','127.0.0.1','North')");
   TestClient bob(server.Port());
-  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
+  ASSERT_TRUE(bob.Login("North", "secret", "Bob"));
   bob.Send(4, "1,2,3,4,0,0");
   isAdministrator = true;
   Open(server.Port());
@@ -86,7 +86,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   EXPECT_TRUE(PumpUntil([&] { return member->report == Report{5, 2, 3, 4, true, true}; }));
   // The list brings a new member that has not reported.
   TestClient cy(server.Port());
-  ASSERT_TRUE(cy.LogIn("North", "secret", "Cy"));
+  ASSERT_TRUE(cy.Login("North", "secret", "Cy"));
   EXPECT_TRUE(PumpUntil([&] { return connection.Others().Find("Cy") != nullptr; }));
   cy.Close();
   EXPECT_TRUE(PumpUntil([&] { return connection.Others().Find("Cy") == nullptr; }));
@@ -149,7 +149,7 @@ TEST_F(PatientConnectionTest, DelaysGrowUntilItIsOnlineAgain) {
   EXPECT_THAT(endings, testing::Each(Cause::Lost));
 }
 
-TEST_F(PatientConnectionTest, OnlyTheLogInHasATimeLimit) {
+TEST_F(PatientConnectionTest, OnlyTheLoginHasATimeLimit) {
   FalseServer server;
   Open(server.Port());
   ASSERT_TRUE(server.Accept());

@@ -33,7 +33,7 @@ class SessionTest : public testing::Test, public SessionEvents {
   void Receive(std::int32_t command, std::string_view payload) {
     session.Receive(WireBytes(command, payload), Clock::now());
   }
-  void LogIn() {
+  void Login() {
     Receive(1, "Network");
     for (const std::int32_t step : {2, 3, 4})
       Receive(step, "OK");
@@ -69,7 +69,7 @@ TEST_F(SessionTest, LogsInDespiteOtherMessagesAndLeaves) {
 }
 
 TEST_F(SessionTest, TheAnswerAboutRightsEndsTheList) {
-  LogIn();
+  Login();
   Receive(5, "Old|1,2,3,4,0,0");
   session.AskForMembers();
   session.AskForMembers();

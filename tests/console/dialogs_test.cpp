@@ -69,7 +69,7 @@ TEST_F(DialogsTest, AddedNetworkIsStoredAndAdmitsUsersUnderAnyName) {
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth", "North", "O'Brien"));
   EXPECT_EQ(Query("SELECT * FROM networks WHERE rowid > 2"), "North|s3|5|1;O'Brien|s3|5|1;");
   TestClient ann(myApp.Listener().Port());
-  EXPECT_TRUE(ann.LogIn("O'Brien", "s3", "Ann"));
+  EXPECT_TRUE(ann.Login("O'Brien", "s3", "Ann"));
 
   // The edit changes the network; only storing it fails.
   ChooseOn(*myWindow->lstNetworks, 3, "Edit Network");
@@ -153,7 +153,7 @@ TEST_F(DialogsTest, SettingsAreCheckedInOrderAndStored) {
   const std::vector<NetworkInterface> interfaces = {{"00:1A:2B:3C:4D:5E", "192.0.2.1"},
                                                     {"00:1A:2B:3C:4D:5F", "192.0.2.2"}};
   const auto open = [&] {
-    auto* settings = new wndSettings(myApp.Actions(), interfaces, *myWindow);
+    auto* settings = new wndSettings(myApp.Op(), interfaces, *myWindow);
     settings->open();
     return settings;
   };

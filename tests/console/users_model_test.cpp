@@ -18,32 +18,32 @@ std::vector<std::string> RowsNow(UsersModel& model) {
   return RowTexts(model);
 }
 
-TEST(UsersModel, LogInGoesByNameAndLogOutByNameAndNetwork) {
+TEST(UsersModel, RowsAreAddedByNameAndRemovedByNameAndNetwork) {
   UsersModel model;
-  model.LogIn("Ann", "North", {});
-  model.LogIn("ANN", "South", {});
-  model.LogIn("", "North", {});
+  model.Add("Ann", "North", {});
+  model.Add("ANN", "South", {});
+  model.Add("", "North", {});
   EXPECT_THAT(RowsNow(model), ElementsAre("Ann|North", "|North"));
-  model.LogOut("Ann", "South");
-  model.LogOut("Nobody", "North");
+  model.Remove("Ann", "South");
+  model.Remove("Nobody", "North");
   EXPECT_THAT(RowsNow(model), ElementsAre("Ann|North", "|North"));
-  model.LogOut("aNN", "NORTH");
+  model.Remove("aNN", "NORTH");
   EXPECT_THAT(RowsNow(model), ElementsAre("|North"));
-  model.LogIn("Ann", "South", {});
+  model.Add("Ann", "South", {});
   EXPECT_THAT(RowsNow(model), ElementsAre("|North", "Ann|South"));
 }
 
 TEST(UsersModel, FindsItsRowsAfterOthersLeftInAnyOrder) {
   UsersModel model;
   for (int i = 0; i < 100; ++i)
-    model.LogIn("user" + std::to_string(i), "North", {});
+    model.Add("user" + std::to_string(i), "North", {});
   model.Update();
   for (int i = 0; i < 98; ++i)
-    model.LogOut("user" + std::to_string(i * 37 % 100), "North");
+    model.Remove("user" + std::to_string(i * 37 % 100), "North");
   EXPECT_THAT(RowsNow(model), ElementsAre("user26|North", "user63|North"));
   model.Clear();
   EXPECT_EQ(model.rowCount(), 0);
-  model.LogIn("user26", "North", {});
+  model.Add("user26", "North", {});
   EXPECT_THAT(RowsNow(model), ElementsAre("user26|North"));
 }
 
@@ -52,20 +52,20 @@ TEST(UsersModel, ShowsTheFirstChangeAtOnceAndTheNextOnesTogether) {
   const QAbstractItemModelTester tester(&model,
                                         QAbstractItemModelTester::FailureReportingMode::Fatal);
   for (const char* user : {"Ann", "Ben", "Cid", "Dan"})
-    model.LogIn(user, "North", {});
+    model.Add(user, "North", {});
   EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North"));
   ASSERT_TRUE(PumpUntil([&model] { return model.rowCount() == 4; }));
   const QSignalSpy removals(&model, &QAbstractItemModel::rowsRemoved);
   for (const char* user : {"Ben", "Cid"})
-    model.LogOut(user, "North");
+    model.Remove(user, "North");
   for (const char* user : {"Eve", "Cid"})
-    model.LogIn(user, "South", {});
-  model.LogOut("Eve", "South");
+    model.Add(user, "South", {});
+  model.Remove("Eve", "South");
   EXPECT_THAT(RowTexts(model), ElementsAre("Ann|North", "Ben|North", "Cid|North", "Dan|North"));
   EXPECT_THAT(RowsNow(model), ElementsAre("Ann|North", "Dan|North", "Cid|South"));
   EXPECT_EQ(removals.count(), 1);
   PumpFor(std::chrono::milliseconds(50));
-  model.LogOut("Ann", "North");
+  model.Remove("Ann", "North");
   EXPECT_EQ(model.rowCount(), 2);
 }
 

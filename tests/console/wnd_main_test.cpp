@@ -12,7 +12,7 @@ using testing::ElementsAre;
 
 using WndMainTest = ConsoleTest;
 
-TEST_F(WndMainTest, ShowsItsNetworksAndEachUserFromLogInToLogOut) {
+TEST_F(WndMainTest, ShowsItsNetworksAndEachUserFromLoginToLogout) {
   EXPECT_THAT(RowTexts(myWindow->Networks()), ElementsAre("North", "So\\nuth"));
   EXPECT_TRUE(Shows("Listening..."));
   const auto ann = LoggedIn("Ann", "north");

@@ -36,16 +36,16 @@ TEST_F(CommandsTest, ReloadAppliesChangesInTheDatabase) {
   EXPECT_EQ(carl->Receive(), (WireMessage{998, "This network has been removed from the server."}));
   EXPECT_EQ(carl->Receive(), (WireMessage{999, "BYE"}));
   EXPECT_TRUE(ann->HearsNothing()) << "its network only changed";
-  EXPECT_EQ(myApp.Actions().Networks().size(), 3U);
-  EXPECT_FALSE(TestClient(myApp.Listener().Port()).LogIn("So\nuth", "new", "Eve"));
+  EXPECT_EQ(myApp.Op().Networks().size(), 3U);
+  EXPECT_FALSE(TestClient(myApp.Listener().Port()).Login("So\nuth", "new", "Eve"));
   Query("UPDATE networks SET users=3 WHERE name='North' AND enabled");
   commands.ReloadForSignal();
-  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "new", "Eve"));
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).Login("North", "new", "Eve"));
   EXPECT_THAT(Run({"log", "--lines", "20"}).text,
               HasSubstr("SIGHUP: reload: changed network North"));
   Query("UPDATE networks SET pass='newest' WHERE name='North' AND enabled");
   commands.ReloadForSignal();
-  EXPECT_TRUE(TestClient(myApp.Listener().Port()).LogIn("North", "newest", "Eve"));
+  EXPECT_TRUE(TestClient(myApp.Listener().Port()).Login("North", "newest", "Eve"));
 
   Query("ALTER TABLE networks RENAME TO n");
   const Outcome failed = Run({"reload"});
@@ -55,7 +55,7 @@ TEST_F(CommandsTest, ReloadAppliesChangesInTheDatabase) {
   if (QFile::rename(myFolder.filePath("serverdb.rsd"), myFolder.filePath("old.rsd"))) {
     EXPECT_THAT(Run({"reload"}).text, HasSubstr("database: the file was replaced"));
   }
-  EXPECT_EQ(myApp.Actions().Networks().size(), 3U) << "a fault changes nothing";
+  EXPECT_EQ(myApp.Op().Networks().size(), 3U) << "a fault changes nothing";
 }
 
 TEST_F(CommandsTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
@@ -127,7 +127,7 @@ TEST_F(CommandsTest, LogNamesActorsAndReachesFollowers) {
   Ask(deaf, R"({"command":"log","follow":true})"
             "\n");
   deaf.setReadBufferSize(1);
-  EXPECT_TRUE(myApp.Actions().MakeAdmin("Ann", "127.0.0.1", "North"));
+  EXPECT_TRUE(myApp.Op().MakeAdmin("Ann", "127.0.0.1", "North"));
   ann->Send(10, "Bob|go\nnow");
   EXPECT_TRUE(shows("administrator Ann of North (127.0.0.1): kick Bob|go\\nnow"));
   Run({"set", "AttachedPort", "1"});
@@ -179,7 +179,7 @@ TEST_F(CommandsTest, BackupIsConsistentWhileTheDatabaseChanges) {
   int banned = 0;
   QTimer bans;
   QObject::connect(&bans, &QTimer::timeout, [&] {
-    myApp.Actions().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
+    myApp.Op().BanAddress("10.0.0." + std::to_string(++banned), "meanwhile", "");
   });
   bans.start(std::chrono::milliseconds(5));
   Outcome made = Run({"backup", file});

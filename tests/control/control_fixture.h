@@ -55,7 +55,7 @@ class ControlTest : public AppFixture {
   }
 
   ControlServer control;
-  Commands commands{myApp.Actions()};
+  Commands commands{myApp.Op()};
   std::unique_ptr<TestClient> ann;
   std::unique_ptr<TestClient> bob;
 };

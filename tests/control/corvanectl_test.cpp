@@ -103,7 +103,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   EXPECT_EQ(bob->Receive(), (WireMessage{997, "so there"}));
 }
 TEST_F(CorvanectlTest, AddressAndPortIsANameOnlyWithTheOption) {
-  const QString peer = DisplayText(myApp.Actions().FindUser("Bob", true)->PeerName());
+  const QString peer = DisplayText(myApp.Op().FindUser("Bob", true)->PeerName());
   const auto eve = LoggedIn(TextFromDisplay(peer), "North", "127.0.0.3");
   EXPECT_THAT(Run({"kick", peer, "x"}).text, HasSubstr("Kicked Bob."));
   EXPECT_EQ(Run({"disconnect", peer}).exitCode, 0);

@@ -107,7 +107,7 @@ TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
 
 TEST_F(LocationLookupTest, DatabaseIsUsedIfNoLocatorIsSet) {
   std::vector<std::string> told;
-  lookup.Told = [&told](const std::string& text) { told.push_back(text); };
+  lookup.Logged = [&told](const std::string& text) { told.push_back(text); };
   QFile file(folder.filePath("places.mmdb"));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   const std::string oslo = MmdbMap({{"city", MmdbText("Oslo")}});

@@ -11,8 +11,8 @@ using State = client::Connection::State;
 class HostileServerTest : public WindowTest {
  protected:
   // Logs in to a server that sends what the test wants.
-  void LogInToFalseServer() {
-    LogIn(server.Port());
+  void LoginToFalseServer() {
+    Login(server.Port());
     ASSERT_TRUE(server.Accept());
     server.LetIn();
     ASSERT_TRUE(Reaches(State::Online));
@@ -25,7 +25,7 @@ TEST_F(HostileServerTest, NonsenseEndsTheConnectionWithAClearMessage) {
   for (const std::string& bytes : {std::string("SSH-2.0-OpenSSH_9.2\r\n"), std::string(100, '\0'),
                                    std::string("\x7f\xff\xff\xff") + std::string(90, 'x'),
                                    WireBytes(5, "nonsense"), WireBytes(9, "maybe")}) {
-    LogInToFalseServer();
+    LoginToFalseServer();
     server.Send(bytes);
     EXPECT_TRUE(Reaches(State::Offline));
     EXPECT_TRUE(Shows("not a server of ours"));
@@ -35,7 +35,7 @@ TEST_F(HostileServerTest, NonsenseEndsTheConnectionWithAClearMessage) {
 }
 
 TEST_F(HostileServerTest, TooManyMembersAreDroppedAndTheWindowGoesOn) {
-  LogInToFalseServer();
+  LoginToFalseServer();
   std::string list;
   for (int i = 0; i < 200'000; ++i)
     list += WireBytes(
@@ -53,7 +53,7 @@ TEST_F(HostileServerTest, TooManyMembersAreDroppedAndTheWindowGoesOn) {
 }
 
 TEST_F(HostileServerTest, AFloodOfMessagesKeepsTheLastThousand) {
-  LogInToFalseServer();
+  LoginToFalseServer();
   std::string flood;
   for (int i = 1; i <= 10'000; ++i)
     flood += WireBytes(998, "line " + std::to_string(i) + "\n" + std::string(50, '\a'));

@@ -35,7 +35,7 @@ bool WindowTest::Reaches(Connection::State state) {
   return PumpUntil([&] { return State() == state; });
 }
 
-void WindowTest::LogIn(std::int32_t port, const QString& user, const QString& password,
+void WindowTest::Login(std::int32_t port, const QString& user, const QString& password,
                        const QString& network) {
   if (!IsOpen("ConnectDialog")) myWindow->actions->actConnect->trigger();
   auto* dialog = Opened<ConnectDialog>("ConnectDialog");
@@ -92,7 +92,7 @@ QPoint WindowTest::CellAt(int row, int column) {
 MapTest::MapTest() {
   myServer.AddNetwork("North");
   myServer.Query("INSERT INTO admins (name, address, network) VALUES ('Ann','127.0.0.1','North')");
-  LogIn(myServer.Port());
+  Login(myServer.Port());
   EXPECT_TRUE(Reaches(Connection::State::Online));
   EXPECT_TRUE(PumpUntil([&] { return myWindow->Wire().IsAdministrator(); }));
   // The offscreen platform does not activate it again after the dialog.
@@ -103,7 +103,7 @@ MapTest::MapTest() {
 
 std::unique_ptr<TestClient> MapTest::Member(const std::string& name, const std::string& report) {
   auto client = std::make_unique<TestClient>(myServer.Port());
-  EXPECT_TRUE(client->LogIn("North", "secret", name));
+  EXPECT_TRUE(client->Login("North", "secret", name));
   client->Send(4, report);
   EXPECT_TRUE(PumpUntil([&] { return Find(name) != nullptr; })) << name;
   return client;

@@ -31,7 +31,7 @@ class WindowTest : public testing::Test {
   client::Connection::State State() { return myWindow->Wire().CurrentState(); }
   bool Reaches(client::Connection::State state);
   // Fills the dialog and confirms it.
-  void LogIn(std::int32_t port, const QString& user = "Ann", const QString& password = "secret",
+  void Login(std::int32_t port, const QString& user = "Ann", const QString& password = "secret",
              const QString& network = "North");
 
   // The open dialog of that name; throws if none is open.

@@ -88,7 +88,7 @@ TEST_F(OutputLimitTest, ClosedConnectionWhosePeerNeverReadsIsReleased) {
 
 TEST_F(OutputLimitTest, LargeMessagesDoNotCutOffAPeerThatReads) {
   const std::string large(OutputQueue::kLarge, 'x');
-  const Slice packet = CopyToBlock(loop.Memory().output, WireBytes(1, large));
+  const SharedBytes packet = CopyToBlock(loop.Memory().output, WireBytes(1, large));
   const int count = 8;
   for (int i = 0; i < count; ++i)
     socket->SendPackets(packet);

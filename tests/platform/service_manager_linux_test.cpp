@@ -33,7 +33,7 @@ TEST(ServiceManager, GetsTheStateIfItListens) {
       const ssize_t count = recv(manager, bytes.data(), bytes.size(), 0);
       return std::string(bytes.data(), static_cast<std::size_t>(std::max<ssize_t>(count, 0)));
     };
-    TellServiceManager(ServiceState::Ready);
+    NotifyServiceManager(ServiceState::Ready);
     EXPECT_EQ(heard(), "") << "it did not ask";
     setenv("NOTIFY_SOCKET", place.c_str(), 1);
     {
@@ -41,10 +41,10 @@ TEST(ServiceManager, GetsTheStateIfItListens) {
       EXPECT_THAT(heard(), testing::MatchesRegex("RELOADING=1\nMONOTONIC_USEC=[1-9][0-9]+"));
     }
     EXPECT_EQ(heard(), "READY=1");
-    TellServiceManager(ServiceState::Stopping);
+    NotifyServiceManager(ServiceState::Stopping);
     EXPECT_EQ(heard(), "STOPPING=1");
     close(manager);
-    TellServiceManager(ServiceState::Ready);  // to nobody
+    NotifyServiceManager(ServiceState::Ready);  // to nobody
     unsetenv("NOTIFY_SOCKET");
   }
 }

@@ -109,7 +109,7 @@ TEST_F(AdminTest, LongListOfBansIsReadInPortionsAndPaidFor) {
   const auto workedBefore = ProcessorTime();
   ann->SendBytes(WireBytes(13, "") + WireBytes(9, ""));
   const auto session = server.SessionOf("Ann");
-  const auto written = [&] { return server.loop.Counted().sent + session->BytesLeftToSend(); };
+  const auto written = [&] { return server.loop.Counts().sent + session->BytesLeftToSend(); };
   const auto before = written();
   TakeIn(*session);
   session->_Poll();

@@ -390,7 +390,7 @@ TEST_F(ClientSocketTest, NamesOfArbitraryBytesAreKeptAsTheyAre) {
   }
   EXPECT_EQ(server.Fault(), "");
   TestClient longer(server.Port());
-  EXPECT_FALSE(longer.LogIn("A", "secret", large + "n"));
+  EXPECT_FALSE(longer.Login("A", "secret", large + "n"));
 }
 
 }  // namespace

@@ -54,8 +54,8 @@ TEST_F(MapSocketTest, RemovedNetworkSaysGoodbyeAndIsFoundNoMore) {
 TEST_F(MapSocketTest, MembersAreListedInTheOrderOfTheirConnections) {
   TestClient earlier(server.Port());
   TestClient later(server.Port());
-  EXPECT_TRUE(later.LogIn("A", "secret", "Later"));
-  EXPECT_TRUE(earlier.LogIn("A", "secret", "Earlier"));
+  EXPECT_TRUE(later.Login("A", "secret", "Later"));
+  EXPECT_TRUE(earlier.Login("A", "secret", "Earlier"));
   EXPECT_EQ(server.Fault(), "");
   ann->Send(5, "");
   EXPECT_THAT(ann->Drain(),

@@ -184,7 +184,7 @@ struct PileUp {
   PileUp& operator=(const PileUp&) = delete;
   ~PileUp() { std::ranges::for_each(peers, os::CloseSocket); }
 
-  std::shared_ptr<ClientSocket> LogIn(const std::string& name) {
+  std::shared_ptr<ClientSocket> Login(const std::string& name) {
     peers.push_back(SilentPeer(server.Port()));
     os::Send(peers.back(),
              WireBytes(1, "A") + WireBytes(2, PasswordDigest("secret")) + WireBytes(3, name));
@@ -199,8 +199,8 @@ struct PileUp {
 TEST(PileUp, MemberThatDoesNotReadIsCutOffAndNotTheNextSender) {
   constexpr std::size_t kBound = 8'000'000;
   PileUp pileUp({.output = kBound});
-  const auto hoarder = pileUp.LogIn("Hoarder");
-  const auto ann = pileUp.LogIn("Ann");
+  const auto hoarder = pileUp.Login("Hoarder");
+  const auto ann = pileUp.Login("Ann");
   hoarder->SendMessage(998, std::string(kBound - kFrameHeaderBytes - sizeof(Block) - 16, 'x'));
   ASSERT_TRUE(hoarder->IsConnected());
   pileUp.server.listener->BroadcastPosition(*ann);
@@ -230,8 +230,8 @@ TEST(PileUp, SenderWaitsWhileMostReadersAreBehind) {
     SCOPED_TRACE(row.name);
     PileUp pileUp({.drain = row.drain});
     for (const char* other : {"Bob", "Cat", "Dan"})
-      pileUp.LogIn(other);
-    pileUp.LogIn(name);
+      pileUp.Login(other);
+    pileUp.Login(name);
     const std::size_t readers = row.slow + row.fast;
     std::vector<std::size_t> received(readers);
     std::vector<char> buffer(40'000);

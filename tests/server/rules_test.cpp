@@ -29,7 +29,7 @@ constexpr const char* kHome = "127.0.0.1";
 std::unique_ptr<TestClient> LoggedIn(TestServer& server, const std::string& user,
                                      const char* from = kHome) {
   auto client = std::make_unique<TestClient>(server.Port(), from);
-  EXPECT_TRUE(client->LogIn("A", "secret", user)) << user;
+  EXPECT_TRUE(client->Login("A", "secret", user)) << user;
   return client;
 }
 
@@ -93,7 +93,7 @@ std::string NameThatIsMoreThanAName(TestServer& server) {
   return client->Receive()->payload;
 }
 
-std::string NoLogIn(TestServer& server) {
+std::string NoLogin(TestServer& server) {
   const auto ann = LoggedIn(server, "Ann");
   const TestClient silent(server.Port());
   const auto seated = BeforePassword(server);
@@ -103,7 +103,7 @@ std::string NoLogIn(TestServer& server) {
          std::to_string(server.listener->FindNetwork("A")->CurrentUsers) + " seats";
 }
 
-std::string ManyWhoDoNotLogIn(TestServer& server) {
+std::string ManyWhoDoNotLogin(TestServer& server) {
   // All at once: none is counted yet when the last is accepted.
   std::vector<os::SocketHandle> strangers;
   for (int i = 0; i < 11; ++i) {
@@ -124,11 +124,11 @@ std::string ManyWhoDoNotLogIn(TestServer& server) {
   return std::to_string(stay) + " stay " + reported;
 }
 
-std::string ManyWhoLogIn(TestServer& server) {
+std::string ManyWhoLogin(TestServer& server) {
   std::deque<TestClient> clients;
   int count = 0;
   while (count < 65 &&
-         clients.emplace_back(server.Port()).LogIn("A", "secret", std::to_string(count)))
+         clients.emplace_back(server.Port()).Login("A", "secret", std::to_string(count)))
     ++count;
   return std::to_string(count);
 }
@@ -244,7 +244,7 @@ std::string MisleadingNames(TestServer& server) {
   for (const std::string& name : {"a\tb"s, "\x7F"s, "\xC2\x85"s, "Ann\xE2\x80\x8B"s, "bob|9,9"s,
                                   std::string(65, 'n'), std::string(64, 'n'), "Zo\xC3\xAB"s}) {
     TestClient client(server.Port());
-    taken += client.LogIn("A", "secret", name) ? "yes " : "no ";
+    taken += client.Login("A", "secret", name) ? "yes " : "no ";
   }
   return taken;
 }
@@ -267,7 +267,7 @@ std::string SeatsOfStrangers(TestServer& server) {
   server.listener->FindNetwork("A")->MaxUsers = 1;
   const auto stranger = BeforePassword(server);
   TestClient ann(server.Port());
-  if (!ann.LogIn("A", "secret", "Ann")) return "kept";
+  if (!ann.Login("A", "secret", "Ann")) return "kept";
   stranger->Send(2, PasswordDigest("secret"));
   EXPECT_EQ(stranger->Receive(), (WireMessage{3, "FAIL"}));
   return "free";
@@ -304,11 +304,11 @@ constexpr RuleRow kRuleRows[] = {
     {"news", NewsOfTheNetwork, "Ann 5 998 6 999 stranger 5 998 6 999 ",
      "Ann 5 998 6 999 stranger "},
     {"values", NameThatIsMoreThanAName, "1", "0"},
-    {"time", NoLogIn, "stays stays stays 2 seats", "closed closed stays 1 seats"},
-    {"not_logged_in", ManyWhoDoNotLogIn, "11 stay ",
+    {"time", NoLogin, "stays stays stays 2 seats", "closed closed stays 1 seats"},
+    {"not_logged_in", ManyWhoDoNotLogin, "11 stay ",
      "8 stay 127.0.0.1: Connections Refused (1) 127.0.0.1: Connections Refused (2) "},
     {"closed", ManyWhoAreClosed, "greeted", "refused"},
-    {"in_all", ManyWhoLogIn, "65", "64"},
+    {"in_all", ManyWhoLogin, "65", "64"},
     {"passwords", WrongPasswords, "", "400 ms "},
     {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
     {"rate", FastMessages, "soon soon ", "waits waits "},
@@ -327,7 +327,7 @@ TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   rules.trustedAddresses = AddressRanges("127.0.0.0/28");
   TestServer server(0, rules);
   server.AddNetwork("A", "secret", 100);
-  EXPECT_EQ(ManyWhoDoNotLogIn(server), "11 stay ");
+  EXPECT_EQ(ManyWhoDoNotLogin(server), "11 stay ");
   EXPECT_EQ(WrongPasswords(server), "");
   EXPECT_EQ(ManyLines(server), "all");
   EXPECT_EQ(FastMessages(server), "soon soon ");

@@ -22,7 +22,7 @@ class SessionTest : public testing::Test {
   std::unique_ptr<TestClient> LoggedIn(const std::string& user, const std::string& network = "A",
                                        const char* from = "127.0.0.1") {
     auto client = std::make_unique<TestClient>(server.Port(), from);
-    EXPECT_TRUE(client->LogIn(network, "secret", user)) << user;
+    EXPECT_TRUE(client->Login(network, "secret", user)) << user;
     return client;
   }
 

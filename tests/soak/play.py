@@ -72,7 +72,7 @@ class Play:
             session.tell(wire.PASSWORD, wire.digest(PASSWORD)) + \
             session.tell(wire.NAME, player.name.encode())
         if session.state == "in":
-            self.counts["log-ins"] += 1
+            self.counts["logins"] += 1
             session.connection.may_end = False
         return frames
 
@@ -232,7 +232,7 @@ class Play:
             if kind < 0:
                 frames = way()
                 break
-        # An empty one stands for the whole log-in.
+        # An empty one stands for the whole login.
         if frames and not frames[-1]:
             frames[-1] = self.log_in(player, session)
             if rng.random() < 0.3:

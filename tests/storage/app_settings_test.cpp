@@ -56,7 +56,7 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
         "<s>" + large.repeated(256) + entry.mid(10).chopped(11) + "</s>"}) {
     Write(content);
     std::vector<std::string> told;
-    settings.Complained = [&told](const std::string& line) { told.push_back(line); };
+    settings.FaultReported = [&told](const std::string& line) { told.push_back(line); };
     settings.Load();
     EXPECT_THAT(told, testing::ElementsAre(
                           testing::AllOf(testing::StartsWith("settings: " + file.toStdString()),

@@ -47,7 +47,7 @@ TEST_F(BansTest, BanThatCannotBeStoredIsEnforcedUntilItIs) {
   const QDateTime before = QDateTime::currentDateTime();
   std::int64_t third = 0;
   int told = 0;
-  connection.Complained = [&told](const std::string&) { ++told; };
+  connection.FaultReported = [&told](const std::string&) { ++told; };
   {
     OtherProgram reader(file);
     reader.Run("BEGIN; SELECT * FROM bans");

@@ -85,7 +85,7 @@ std::optional<WireMessage> TestClient::Receive() {
   return WireMessage{qFromBigEndian<qint32>(bytes.constData() + 4), bytes.mid(8).toStdString()};
 }
 
-bool TestClient::LogIn(std::string_view network, std::string_view password, std::string_view user) {
+bool TestClient::Login(std::string_view network, std::string_view password, std::string_view user) {
   const std::string digest = PasswordDigest(password);
   if (Receive() != WireMessage{1, "Network"}) return false;
   const std::string_view steps[] = {network, digest, user};

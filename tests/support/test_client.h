@@ -54,7 +54,7 @@ class TestClient {
   std::optional<WireMessage> Receive();
 
   // Sends the three steps after the greeting. Returns whether each was answered "OK".
-  bool LogIn(std::string_view network, std::string_view password, std::string_view user);
+  bool Login(std::string_view network, std::string_view password, std::string_view user);
 
   // Sends a request and returns the messages before its answer.
   std::vector<WireMessage> Drain();

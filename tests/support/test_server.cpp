@@ -17,10 +17,10 @@ constexpr QLatin1String kDatabase("serverdb.rsd");
 Rules HardenedInAHurry() {
   constexpr int kTimes = 20;
   Rules rules = Rules::Hardened();
-  *rules.timeToLogIn /= kTimes;
+  *rules.timeToLogin /= kTimes;
   *rules.timeToLeave /= kTimes;
   rules.passwordDelays->first /= kTimes;
-  rules.passwordDelays->longest /= kTimes;
+  rules.passwordDelays->max /= kTimes;
   rules.period /= 2 * kTimes;
   return rules;
 }
@@ -88,7 +88,7 @@ std::string TestServer::Fault() const {
     if (session->CanLogin(session->FoldedUsername()) != isNameFree) return "names";
     if (session->myNetwork == nullptr) continue;
     Count& count = counts[session->myNetwork.get()];
-    if (listener->Context.rules.isHeardBeforeLogIn ||
+    if (listener->Context.rules.isHeardBeforeLogin ||
         session->LoginState() == ClientSocket::State::LoggedIn) {
       count.members.push_back(session.get());
     }

@@ -12,7 +12,7 @@ ParsedOptions Parse(const QString& words) {
 }
 
 TEST(Options, HostileTakesTwoNetworksAndAKnownPart) {
-  const ParsedOptions parsed = Parse("hostile --network A --network B --seconds 2 --part rush");
+  const ParsedOptions parsed = Parse("hostile --network A --network B --seconds 2 --attack rush");
   ASSERT_TRUE(parsed.options) << parsed.text;
   EXPECT_EQ(parsed.options->networks, std::vector<std::string>{"A"});
   EXPECT_EQ(parsed.options->strangersNetwork, "B");
@@ -22,8 +22,8 @@ TEST(Options, HostileTakesTwoNetworksAndAKnownPart) {
 
 TEST(Options, RefusesWrongCommandLines) {
   for (const char* const words :
-       {"hostile --network A --part rush", "hostile --network A --network B",
-        "hostile --network A --network B --part none", "rate --network A --part rush",
+       {"hostile --network A --attack rush", "hostile --network A --network B",
+        "hostile --network A --network B --attack none", "rate --network A --attack rush",
         "rush --clients 0", "rate", "fanout --network A --networks 2", "nothing --network A"}) {
     const ParsedOptions parsed = Parse(QString::fromLatin1(words));
     EXPECT_FALSE(parsed.options) << words;

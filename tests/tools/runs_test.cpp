@@ -84,7 +84,7 @@ TEST_F(RunsTest, ChurnFailsIfAClientIsRefused) {
 TEST_F(RunsTest, IdleFailsOnlyIfAMessageComes) {
   server.AddNetwork("Net");
   TestClient other(server.Port());
-  ASSERT_TRUE(other.LogIn("Net", "secret", "other"));
+  ASSERT_TRUE(other.Login("Net", "secret", "other"));
   options.mode = Mode::Idle;
   EXPECT_TRUE(Execute(RunMeasured).IsGood());
   ASSERT_TRUE(PumpUntil([&] { return server.ActiveCount() == 1; }));
@@ -126,7 +126,7 @@ TEST_F(RunsTest, RushCountsGreetedRefusedAndHungClients) {
 TEST_F(RunsTest, HostileRunCountsHonestMembersOnly) {
   server.AddNetwork("Net", "secret", 20);
   TestClient stranger(server.Port());
-  ASSERT_TRUE(stranger.LogIn("Net", "secret", std::string(kStrangerPrefix) + " of ours"));
+  ASSERT_TRUE(stranger.Login("Net", "secret", std::string(kStrangerPrefix) + " of ours"));
   server.events.clear();
   options.mode = Mode::Hostile;
   options.duration = std::chrono::milliseconds(3'000);
@@ -147,7 +147,7 @@ TEST_F(RunsTest, HostileRunCountsHonestMembersOnly) {
   EXPECT_GE(result.serverPeakKib, result.serverRssKib);
 }
 
-TEST_F(RunsTest, HostileRunFailsIfStrangersCannotLogIn) {
+TEST_F(RunsTest, HostileRunFailsIfStrangersCannotLogin) {
   server.AddNetwork("Net");
   options.mode = Mode::Hostile;
   options.strangersNetwork = "unknown";

@@ -245,7 +245,7 @@ void ClientPool::Receive(Client& client, std::int32_t command, std::string_view 
       }
       [[fallthrough]];
     case Client::State::LoggingIn:
-      LogIn(client, command, payload);
+      Login(client, command, payload);
       break;
     case Client::State::Online:
       myEvents->Received(client, command, payload);
@@ -263,7 +263,7 @@ void ClientPool::Receive(Client& client, std::int32_t command, std::string_view 
   }
 }
 
-void ClientPool::LogIn(Client& client, std::int32_t command, std::string_view payload) {
+void ClientPool::Login(Client& client, std::int32_t command, std::string_view payload) {
   using Step = client::Login::State;
   Step step = client.myState == Client::State::LoggingIn ? Step::LoggedIn : Step::Refused;
   if (client.myLogin) step = client.myLogin->Receive(command, payload, client.myOutput);

@@ -89,7 +89,7 @@ class ClientPool {
   void FinishConnecting(Client& client);
   void Read(Client& client);
   void Receive(Client& client, std::int32_t command, std::string_view payload);
-  void LogIn(Client& client, std::int32_t command, std::string_view payload);
+  void Login(Client& client, std::int32_t command, std::string_view payload);
   void MarkDirty(Client& client);
   void WriteDirty();
   void Write(Client& client);

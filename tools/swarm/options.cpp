@@ -63,7 +63,7 @@ constexpr OptionRow kOptions[] = {
      "demo fanout rate idle churn hostile"},
     {"clients", "count", "1000", "rush: clients that connect at the same moment.", "rush"},
     {"rounds", "count", "1", "rush: how many rushes, one after the other.", "rush"},
-    {"part", "name", nullptr, "hostile: the attack, one of those above.", "hostile"},
+    {"attack", "name", nullptr, "hostile: the attack, one of those above.", "hostile"},
     {"stranger-addresses", "count", "0",
      "hostile: addresses that the strangers come from, 127.1.0.1 and on.", "hostile"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
@@ -144,7 +144,7 @@ void ReadHostile(const QCommandLineParser& parser, Options& options) {
   options.strangersNetwork = options.networks.back();
   options.networks.pop_back();
   options.strangersSources = Sources(parser, "stranger-addresses", kStrangers);
-  const QString name = parser.value("part");
+  const QString name = parser.value("attack");
   options.attack = FindAttack(name.toStdString());
   if (options.attack == nullptr) throw UsageError("there is no attack '" + name + "'");
 }
@@ -270,8 +270,8 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
   parser.setApplicationDescription(Description());
   parser.addPositionalArgument("mode", NamesOfModes());
   const QCommandLineOption help({"h", "help"}, "Show this text.");
-  const QCommandLineOption listParts("list-parts", "Show the names of the attacks of hostile.");
-  parser.addOptions({help, listParts});
+  const QCommandLineOption listAttacks("list-attacks", "Show the names of the attacks of hostile.");
+  parser.addOptions({help, listAttacks});
   AddOptions(parser);
 
   ParsedOptions result;
@@ -279,7 +279,7 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
     if (!parser.parse(arguments)) throw UsageError(parser.errorText());
     if (parser.isSet(help)) {
       result.text = parser.helpText().toStdString();
-    } else if (parser.isSet(listParts)) {
+    } else if (parser.isSet(listAttacks)) {
       for (const NamedAttack& attack : Attacks())
         result.text += attack.name + std::string("\n");
     } else {

@@ -153,7 +153,7 @@ void RunResult::AddDeliveries(QJsonObject& json) const {
 }
 
 void RunResult::AddHostile(QJsonObject& json) const {
-  json["part"] = QString::fromStdString(hostile->attack);
+  json["attack"] = QString::fromStdString(hostile->attack);
   for (std::size_t i = 0; i < hostile->windows.size(); ++i) {
     const AttackResult::Window& window = hostile->windows[i];
     QJsonObject found{{"latency_us", LatencyJson(window.latency)},

@@ -62,7 +62,7 @@ struct RunResult {
   // From the first report to the last delivery; idle: while all were in; churn: the whole run.
   std::chrono::duration<double> elapsed{0};
   std::optional<Deliveries> deliveries;  // fanout, rate and hostile
-  std::optional<std::uint64_t> visits;   // churn: log-ins, each with its leave
+  std::optional<std::uint64_t> visits;   // churn: logins, each with its leave
   std::optional<AttackResult> hostile;   // hostile
   std::uint64_t unexpected = 0;          // deliveries that should not have come
   std::uint64_t connectFailures = 0;

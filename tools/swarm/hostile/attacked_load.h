@@ -18,7 +18,7 @@ class AttackedLoad : public Load {
                               Clock::time_point now) override;
   void Stop() override;
   bool IsDone() const override { return myHonest.IsDone(); }
-  // Messages about strangers do not count. One that leaves during its log-in has no name.
+  // Messages about strangers do not count. One that leaves during its login has no name.
   bool IsDisturbing(std::string_view payload) const override {
     return !payload.empty() && !payload.starts_with(kStrangerPrefix);
   }

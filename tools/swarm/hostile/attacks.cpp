@@ -197,7 +197,7 @@ constexpr std::array kAttacks = {
     NamedAttack{
         "lists", "900 members of another network ask for its members, as fast as possible",
         [] { return Flood(Standing::OtherNetwork, 900, Frame(client::command::kMember, "")); }},
-    NamedAttack{"wrong-steps", "wrong log-in steps, as fast as possible", WrongSteps},
+    NamedAttack{"wrong-steps", "wrong login steps, as fast as possible", WrongSteps},
     NamedAttack{"rush", "1000 strangers connect and end at the same moments", Rush},
     NamedAttack{"slow-writers", "200 members of another network send a byte at a time",
                 SlowWriters},

@@ -13,11 +13,11 @@ class ClientSocket;
 
 // Closes sessions that do not log in within the time that the rules allow. All have the same time,
 // so the list is in order of its end, and one timer, for the first session, is enough.
-class LogInDeadlines {
+class LoginDeadlines {
  public:
   // `owner` owns the list; the timer does nothing once it is gone. Without a time there is no
   // deadline.
-  LogInDeadlines(PollLoop& loop, SocketCore& owner, std::optional<std::chrono::milliseconds> time)
+  LoginDeadlines(PollLoop& loop, SocketCore& owner, std::optional<std::chrono::milliseconds> time)
       : myLoop(loop), myOwner(owner), myTime(time) {}
 
   // Starts the session's time. Returns the number to end it with, before the session is destroyed.

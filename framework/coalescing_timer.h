@@ -10,7 +10,7 @@ namespace corvane {
 
 // Coalesces calls: runs `act` at most once a period, however often `Note` is called. The period of
 // 20 ms is too short for anybody to notice. Needs a QCoreApplication.
-class Gathering {
+class CoalescingTimer {
  public:
   enum class First {
     Now,   // The first note runs `act` at once, later ones at the end of the period.
@@ -18,8 +18,8 @@ class Gathering {
            // delay the caller's handler.
   };
 
-  Gathering(std::function<void()> act, First first,
-            std::chrono::milliseconds period = std::chrono::milliseconds(20))
+  CoalescingTimer(std::function<void()> act, First first,
+                  std::chrono::milliseconds period = std::chrono::milliseconds(20))
       : myAct(std::move(act)), myFirst(first) {
     myTimer.setSingleShot(true);
     myTimer.setInterval(period);

@@ -8,7 +8,7 @@ namespace {
 
 using State = client::Connection::State;
 
-class LogInTest : public WindowTest {
+class ConnectorTest : public WindowTest {
  protected:
   // The dialog's text after a failed attempt.
   std::string Refusal() {
@@ -18,34 +18,34 @@ class LogInTest : public WindowTest {
   }
 };
 
-TEST_F(LogInTest, ShowsWhatIsRefused) {
+TEST_F(ConnectorTest, ShowsWhatIsRefused) {
   TestServer server;
   server.AddNetwork("North");
   TestClient bob(server.Port());
-  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
-  LogIn(server.Port(), "Ann", "secret", "South");
+  ASSERT_TRUE(bob.Login("North", "secret", "Bob"));
+  Login(server.Port(), "Ann", "secret", "South");
   EXPECT_THAT(Refusal(), testing::HasSubstr("no such network, or it is full or disabled"));
-  LogIn(server.Port(), "Ann", "wrong");
+  Login(server.Port(), "Ann", "wrong");
   EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
-  LogIn(server.Port(), "bob");
+  Login(server.Port(), "bob");
   EXPECT_THAT(Refusal(), testing::HasSubstr("three minutes"));
   EXPECT_EQ(State(), State::Offline);
-  LogIn(server.Port(), "Cy");
+  Login(server.Port(), "Cy");
   ASSERT_TRUE(Reaches(State::Online));
   EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
   // The next dialog closes after a success, too.
-  LogIn(server.Port());
+  Login(server.Port());
   ASSERT_TRUE(Reaches(State::Online));
   EXPECT_TRUE(PumpUntil([&] { return !IsOpen("ConnectDialog"); }));
   EXPECT_TRUE(PumpUntil(
       [&] { return myWindow->stsLine->lblState->text() == "Ann in North on 127.0.0.1, 1 other"; }));
   EXPECT_FALSE(myWindow->actions->mnuAdministration->menuAction()->isVisible());
   server.Query("INSERT INTO bans (address) VALUES ('127.0.0.1')");
-  LogIn(server.Port());
+  Login(server.Port());
   EXPECT_THAT(Refusal(), testing::HasSubstr("refuses this address"));
 }
 
-TEST_F(LogInTest, FillsTheDialogWithGivenValues) {
+TEST_F(ConnectorTest, FillsTheDialogWithGivenValues) {
   TestServer server;
   server.AddNetwork("North");
   RecentServer given;
@@ -54,7 +54,7 @@ TEST_F(LogInTest, FillsTheDialogWithGivenValues) {
   given.network = "North";
   given.userName = "Ann";
   given.digest = QByteArray::fromStdString(PasswordDigest("wrong"));
-  myWindow->LogInTo(given);
+  myWindow->LoginTo(given);
   EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
   auto* dialog = Opened<ConnectDialog>("ConnectDialog");
   EXPECT_EQ(dialog->txtUser->text(), "Ann");
@@ -63,9 +63,9 @@ TEST_F(LogInTest, FillsTheDialogWithGivenValues) {
   EXPECT_TRUE(Reaches(State::Online));
 }
 
-TEST_F(LogInTest, CancellingEndsTheAttempt) {
+TEST_F(ConnectorTest, CancellingEndsTheAttempt) {
   FalseServer silent;
-  LogIn(silent.Port());
+  Login(silent.Port());
   ASSERT_TRUE(silent.Accept());
   ASSERT_TRUE(Reaches(State::LoggingIn));
   Click(Opened<ConnectDialog>("ConnectDialog")->btnCancel);
@@ -85,7 +85,7 @@ TEST_F(LogInTest, CancellingEndsTheAttempt) {
   EXPECT_EQ(where.account.passwordDigest, PasswordDigest("secret"));
 }
 
-TEST_F(LogInTest, RemembersServersAndTheDigestOnlyIfWanted) {
+TEST_F(ConnectorTest, RemembersServersAndTheDigestOnlyIfWanted) {
   TestServer server;
   server.AddNetwork("North");
   const auto fileHolds = [&](const QByteArray& text) {
@@ -94,7 +94,7 @@ TEST_F(LogInTest, RemembersServersAndTheDigestOnlyIfWanted) {
     return file.readAll().contains(text);
   };
   const QByteArray digest = QByteArray::fromStdString(PasswordDigest("secret")).toHex();
-  LogIn(server.Port());
+  Login(server.Port());
   ASSERT_TRUE(Reaches(State::Online));
   myWindow->resize(870, 610);
   myWindow->close();
@@ -127,13 +127,13 @@ TEST_F(LogInTest, RemembersServersAndTheDigestOnlyIfWanted) {
   EXPECT_TRUE(Reaches(State::Online)) << "with the remembered digest";
 }
 
-TEST_F(LogInTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
+TEST_F(ConnectorTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
   auto server = std::make_unique<TestServer>();
   server->AddNetwork("North");
   const std::int32_t port = server->Port();
   TestClient bob(port);
-  ASSERT_TRUE(bob.LogIn("North", "secret", "Bob"));
-  LogIn(port);
+  ASSERT_TRUE(bob.Login("North", "secret", "Bob"));
+  Login(port);
   ASSERT_TRUE(Reaches(State::Online));
   ASSERT_TRUE(RowsAre({"Bob|||||No place"}));
   EXPECT_TRUE(myWindow->Board().All().empty());
@@ -151,7 +151,7 @@ TEST_F(LogInTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
   server = std::make_unique<TestServer>(port);
   server->AddNetwork("North");
   TestClient again(port);
-  ASSERT_TRUE(again.LogIn("North", "secret", "Bob"));
+  ASSERT_TRUE(again.Login("North", "secret", "Bob"));
   ASSERT_TRUE(Reaches(State::Waiting));
   Click(myWindow->stsLine->btnRetry);
   EXPECT_EQ(State(), State::Connecting);
