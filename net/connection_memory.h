@@ -26,8 +26,8 @@ class ConnectionMemory {
     std::chrono::milliseconds lookAtFullPeer{30'000};
   };
 
-  ConnectionMemory(const WatchList& watched, const Limits& limits)
-      : limits(limits), myWatched(watched) {}
+  ConnectionMemory(const WatchList& watched, const Limits& given)
+      : limits(given), myWatched(watched) {}
 
   const Limits limits;
   BufferPool input;
