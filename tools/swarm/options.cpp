@@ -271,7 +271,8 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
   parser.addPositionalArgument("mode", NamesOfModes());
   const QCommandLineOption help({"h", "help"}, "Show this text.");
   const QCommandLineOption listAttacks("list-attacks", "Show the names of the attacks of hostile.");
-  parser.addOptions({help, listAttacks});
+  const QCommandLineOption version("version", "Show the version.");
+  parser.addOptions({help, listAttacks, version});
   AddOptions(parser);
 
   ParsedOptions result;
@@ -279,6 +280,8 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
     if (!parser.parse(arguments)) throw UsageError(parser.errorText());
     if (parser.isSet(help)) {
       result.text = parser.helpText().toStdString();
+    } else if (parser.isSet(version)) {
+      result.text = "corvane-swarm " CORVANE_VERSION "\n";
     } else if (parser.isSet(listAttacks)) {
       for (const NamedAttack& attack : Attacks())
         result.text += attack.name + std::string("\n");
