@@ -211,14 +211,17 @@ QByteArray Actions::Set(const Request& request) {
   const Setting* const setting = FindSetting(name);
   if (setting == nullptr && !request.Flag("force")) {
     std::string known;
-    for (const Setting& other : KnownSettings())
-      known.append(known.empty() ? "" : ", ").append(other.name);
+    for (const Setting& other : KnownSettings()) {
+      if (other.ignored.empty()) known.append(known.empty() ? "" : ", ").append(other.name);
+    }
     throw Refused("there is no setting " + name + "; expected one of: " + known);
   }
   if (setting != nullptr && !setting->takes(value)) throw Misused(setting->Refusal(value));
   if (!myOperator.ChangeSetting(name, value)) {
     throw Refused("not saved: " + myOperator.Settings().SaveError());
   }
+  if (setting == nullptr) return DoneLine("Set, but the server does not know " + name + '.');
+  if (!setting->ignored.empty()) return DoneLine(StatusLine({"Set, but ", setting->ignored, "."}));
   return DoneLine("Set; takes effect at the next start.");
 }
 

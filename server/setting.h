@@ -15,6 +15,7 @@ struct Setting {
   std::string_view expected;  // completes the sentence "NAME takes ..."
   bool (*takes)(std::string_view value);
   std::string_view otherwise = {};  // what the server does with any other value
+  std::string_view ignored = {};    // a sentence without its end, if the server ignores the setting
 
   // The sentence that refuses the value.
   std::string Refusal(std::string_view value) const;
