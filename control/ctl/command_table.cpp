@@ -10,6 +10,7 @@ constexpr Option kIsName{"name", nullptr, "USER is a name, even if it looks like
 constexpr Option kOneNetwork{"network", "NAME", "Only this network."};
 constexpr Option kForce{"force", nullptr, "Even if that ends the server."};
 constexpr Option kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
+constexpr Option kNewMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000. Default: 5."};
 
 constexpr Option kCommonOptions[] = {
     {"data-folder", "FOLDER",
@@ -20,7 +21,7 @@ constexpr Option kCommonOptions[] = {
 };
 
 const std::vector<Command> kCommands = {
-    {"status", "Shows how the server is doing.", {}},
+    {"status", "Shows the rules, port, load and networks of the server.", {}},
     {"users",
      "Lists the users who are logged in.",
      {},
@@ -29,11 +30,15 @@ const std::vector<Command> kCommands = {
     {"networks", "Lists the networks.", {}, {}, {"name", "users", "max-users", "enabled"}},
     {"bans", "Lists the bans.", {}, {}, {"id", "address", "by", "reason", "date", "network"}},
     {"admins", "Lists the administrators.", {}, {}, {"id", "name", "network", "address"}},
-    {"settings", "Lists the settings.", {}, {}, {"name", "value"}},
+    {"settings",
+     "Lists the settings as the next start reads them; \"status\" shows what is in force.",
+     {},
+     {},
+     {"name", "value"}},
     {.words = "network add",
      .description = "Adds a network. Asks for its password, or reads it from standard input.",
      .arguments = {kNetwork},
-     .options = {kMaxUsers, {"disabled", nullptr, "Do not let users in yet."}},
+     .options = {kNewMaxUsers, {"disabled", nullptr, "Do not let users in yet."}},
      .password = Password::Always},
     {.words = "network edit",
      .description = "Changes a network for users who log in from now on.",
@@ -44,7 +49,7 @@ const std::vector<Command> kCommands = {
      .password = Password::IfAsked,
      .needsOption = true},
     {"network delete",
-     "Deletes a network, after telling and disconnecting its users.",
+     "Tells a network's users and asks them to leave, then deletes it, also from the database.",
      {kNetwork},
      {kForce}},
     {"network disconnect", "Disconnects a network's users; they may reconnect.", {kNetwork}},
@@ -62,7 +67,7 @@ const std::vector<Command> kCommands = {
     {.words = "ban-address",
      .description = "Bans an address.",
      .arguments = {{"address", "The IPv4 address."}, {"reason", "The reason."}},
-     .options = {{"network", "NAME", "The network to record with the ban."}},
+     .options = {{"network", "NAME", "The network to record with the ban, which applies to all."}},
      .joinsWords = true},
     {"unban",
      "Lifts all bans of an address, or one ban.",
@@ -77,7 +82,7 @@ const std::vector<Command> kCommands = {
     {"revoke",
      "Revokes an administrator's rights.",
      {{"admin", "The name, or the number as \"admins\" shows it."}},
-     {kOneNetwork}},
+     {{"network", "NAME", "Only the rights in this network."}}},
     {.words = "message",
      .description = "Sends a message to all networks, or to one.",
      .arguments = {{"text", "The message."}},
@@ -85,7 +90,8 @@ const std::vector<Command> kCommands = {
      .joinsWords = true},
     {"set",
      "Changes a setting; takes effect at the next start.",
-     {{"name", "The setting."}, {"value", "The new value; may be empty.", true}},
+     {{"name", "The setting; \"settings\" lists them."},
+      {"value", "The new value; may be empty.", true}},
      {{"force", nullptr, "Even if the server does not know the setting."}}},
     {"reload",
      "Reloads the networks from the database and shows what changed.",

@@ -5,6 +5,7 @@
 
 #include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 
 #include "control/ctl/command_line.h"
@@ -72,10 +73,17 @@ QStringList Folders(const CommandLine& line) {
   return folders;
 }
 
+// The folder, with a hint if its permissions keep this user out.
+QString Hinted(const QString& folder) {
+  const QFileInfo info(folder);
+  return info.exists() && !info.isExecutable() ? folder + " (not yours: try sudo)" : folder;
+}
+
 int Ask(const CommandLine& line, Printer& printer) {
-  const QStringList folders = Folders(line);
+  QStringList folders = Folders(line);
   ServerLink server;
   if (std::ranges::none_of(folders, [&](const QString& folder) { return server.Open(folder); })) {
+    std::ranges::transform(folders, folders.begin(), Hinted);
     return Complain(kNoServer, "there is no server that you may administer in " +
                                    folders.join(" or ") + "; use --data-folder for another folder");
   }
