@@ -38,8 +38,8 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
       {"user", OptionTexts::tr("The user name."), "NAME"},
       {"map", OptionTexts::tr("Show this picture on facet 0 from now on."), "FILE"},
       {"map-frame",
-       OptionTexts::tr("Where its left and top edges are on the map, and how many units of "
-                       "the map a pixel is."),
+       OptionTexts::tr("The map coordinates of its left and top edges, and the map units per "
+                       "pixel; 0,0,1 if none are given."),
        "X,Y,SCALE", "0,0,1"},
   });
   if (const auto answer = AnswerTo(arguments, parser)) return {{}, *answer};
@@ -51,11 +51,10 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
     server.network = parser.value("network");
     server.userName = parser.value("user");
     server.digest = QByteArray::fromStdString(client::PasswordDigest(password.toStdString()));
-    if (server.port == 0 || server.network.isEmpty() || server.userName.isEmpty()) {
-      return {{},
-              {OptionTexts::tr("--server needs a --network, a --user and a --port from 1 to 65535"),
-               2}};
-    }
+    if (server.network.isEmpty() || server.userName.isEmpty())
+      return {{}, {OptionTexts::tr("--server needs a --network and a --user"), 2}};
+    if (server.port == 0)
+      return {{}, {OptionTexts::tr("--port takes a number from 1 to 65535"), 2}};
     options.server = server;
   }
   if (parser.isSet("map")) {
