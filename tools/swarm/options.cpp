@@ -34,13 +34,13 @@ struct OptionRow {
 };
 
 constexpr OptionRow kOptions[] = {
-    {"host", "address", "127.0.0.1", "Server's IPv4 address or name.", nullptr},
-    {"port", "number", "12000", "Server's port.", nullptr},
+    {"host", "address", "127.0.0.1", "The server's IPv4 address or name.", nullptr},
+    {"port", "number", "12000", "The server's port.", nullptr},
     {"network", "name", nullptr, "Network to log into; may be given several times.", nullptr},
     {"networks", "count", nullptr,
      "Log into this many networks, named --network-prefix and a number from 1 on.", nullptr},
     {"network-prefix", "text", "Bench", "Prefix of the names of --networks.", nullptr},
-    {"password", "text", "", "Password of the networks, as plain text.", nullptr},
+    {"password", "text", "", "Password of the networks, as plain text. Default: none.", nullptr},
     {"users", "count", "25", "Players in each network.", nullptr},
     {"user-prefix", "text", "swarm",
      "Prefix of the user names of a measured run. User names are unique on a server: give each of "
@@ -72,8 +72,11 @@ constexpr OptionRow kOptions[] = {
 };
 
 void AddOptions(QCommandLineParser& parser) {
-  for (const OptionRow& row : kOptions)
-    parser.addOption({row.name, row.description, row.valueName, row.defaultValue});
+  for (const OptionRow& row : kOptions) {
+    const QString value = row.defaultValue;
+    const QString hint = value.isEmpty() ? QString() : " Default: " + value + '.';
+    parser.addOption({row.name, row.description + hint, row.valueName, value});
+  }
 }
 
 std::size_t Count(const QCommandLineParser& parser, const QString& name, std::size_t min,
@@ -191,7 +194,9 @@ Mode ModeOf(const QStringList& arguments) {
 }
 
 QString Description() {
-  QString text = "Simulated players for a Corvane server, over its real protocol.\n";
+  QString text =
+      "Simulated players for a Corvane server, over its real protocol. For example:\n"
+      "corvane-swarm --network Guild --password secret --users 25 demo\n";
   for (const ModeRow& row : kModes)
     text += QString("\n%1 %2").arg(row.name, -8).arg(row.description);
   text += "\n\nAttacks of hostile:\n";
@@ -271,7 +276,7 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
   parser.addPositionalArgument("mode", NamesOfModes());
   const QCommandLineOption help({"h", "help"}, "Show this text.");
   const QCommandLineOption listAttacks("list-attacks", "Show the names of the attacks of hostile.");
-  const QCommandLineOption version("version", "Show the version.");
+  const QCommandLineOption version({"v", "version"}, "Show the version.");
   parser.addOptions({help, listAttacks, version});
   AddOptions(parser);
 
@@ -279,7 +284,9 @@ ParsedOptions ParseOptions(const QStringList& arguments) {
   try {
     if (!parser.parse(arguments)) throw UsageError(parser.errorText());
     if (parser.isSet(help)) {
-      result.text = parser.helpText().toStdString();
+      result.text = parser.helpText()
+                        .replace(QCoreApplication::arguments().first(), "corvane-swarm")
+                        .toStdString();
     } else if (parser.isSet(version)) {
       result.text = "corvane-swarm " CORVANE_VERSION "\n";
     } else if (parser.isSet(listAttacks)) {
