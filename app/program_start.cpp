@@ -2,11 +2,13 @@
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QDir>
 
 #include "app/large_memory.h"
 #include "net/descriptor_limit.h"
 #include "platform/broken_pipes.h"
 #include "platform/caller.h"
+#include "platform/folders.h"
 #include "platform/qt_noise.h"
 #include "platform/standard_streams.h"
 
@@ -24,8 +26,12 @@ void SetUpProcess() {
 
 std::optional<int> AnswerCaller() {
   QCommandLineParser parser;
-  parser.setApplicationDescription(
-      "Serves the members of its networks; the settings are in its data folder.");
+  QString description =
+      "Serves the members of its networks. \"corvanectl set\" changes its settings.";
+  if (const auto folder = ApplicationDataFolder()) {
+    description += "\nData folder: " + QDir::toNativeSeparators(*folder);
+  }
+  parser.setApplicationDescription(description);
   const auto answer = AnswerTo(QCoreApplication::arguments(), parser);
   if (!answer) return std::nullopt;
   AnswerOnConsole(*answer);
