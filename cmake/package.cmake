@@ -105,9 +105,9 @@ set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_NAME corvane-serverd)
 set(CPACK_DEBIAN_CORVANE-SERVERD_DESCRIPTION
   "map-sharing server for groups of players, without a window\n\
-Clients of the mapping tool log into password-protected networks, report\n\
-their players' positions and see those of the other members. Runs as a\n\
-service, administered from a shell by corvanectl.")
+Players run a client such as corvane-map. It logs into a password-protected\n\
+network, reports the player's position and shows those of the others. Runs\n\
+as a service, administered from a shell by corvanectl.")
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_DEPENDS "sqlite3, adduser")
 # Until 1.0.0.1 one package had the files of both.
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_BREAKS "corvane-server (<< 1.0.0.2)")
@@ -120,9 +120,9 @@ set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_CONTROL_EXTRA
 set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_NAME corvane-server)
 set(CPACK_DEBIAN_CORVANE-SERVER_DESCRIPTION
   "map-sharing server for groups of players, with a window\n\
-Clients of the mapping tool log into password-protected networks, report\n\
-their players' positions and see those of the other members. This is the\n\
-desktop program with its tray icon.")
+Players run a client such as corvane-map. It logs into a password-protected\n\
+network, reports the player's position and shows those of the others. This\n\
+is the desktop program with its tray icon.")
 set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_DEPENDS "corvane-serverd (= ${CORVANE_FULL_VERSION})")
 # On Wayland desktops Qt loads this at run time.
 set(CPACK_DEBIAN_CORVANE-SERVER_PACKAGE_SUGGESTS qt6-wayland)
