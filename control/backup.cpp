@@ -51,12 +51,17 @@ std::string CopySettings(const QString& from, const QString& to, bool overwrites
   QFile source(from);
   if (!source.open(QIODevice::ReadOnly)) return ErrorOf(source);
   const QByteArray content = source.readAll();
-  QTemporaryFile copy;
-  OpenBeside(copy, to);
-  if (copy.write(content) != content.size() || !copy.flush()) return ErrorOf(copy);
-  const QString name = copy.fileName();
-  copy.close();
-  return Publish(name, to, overwrites);
+  QString name;
+  {
+    QTemporaryFile copy;
+    OpenBeside(copy, to);
+    if (copy.write(content) != content.size() || !copy.flush()) return ErrorOf(copy);
+    copy.setAutoRemove(false);
+    name = copy.fileName();
+  }  // Only its end closes the file, and Windows does not rename an open one.
+  std::string error = Publish(name, to, overwrites);
+  if (!error.empty()) QFile::remove(name);
+  return error;
 }
 
 // Compares canonical paths, as a folder may have several names.
