@@ -42,7 +42,7 @@ class Block {
     Block* myBlock = nullptr;
   };
 
-  // A block with room for at least so many bytes; none if there is no memory.
+  // A new block with room for at least `room` bytes; none if there is no memory.
   static Ref Make(BufferPool& pool, std::size_t room);
 
   Block(const Block&) = delete;
@@ -54,8 +54,9 @@ class Block {
   void Append(std::string_view bytes);
   std::string_view Bytes() const { return {Memory(), myUsed}; }
 
-  // Whether there is only one reference, whose holder may then rewind and fill the block again.
+  // Whether there is only one reference. Its holder may rewind the block and fill it again.
   bool IsUnshared() const { return myReferences == 1; }
+  // Drops the bytes; only for a block that is not shared.
   void Rewind() { myUsed = 0; }
 
  private:
@@ -85,19 +86,20 @@ struct SharedBytes {
   }
 };
 
-// Copies the bytes to a new block; the slice is empty if there is no memory.
+// Copies the bytes to a new block; the result is empty if there is no memory.
 SharedBytes CopyToBlock(BufferPool& pool, std::string_view bytes);
 
-// Appends bytes to blocks and returns slices of them. Starts a new, larger block when the last one
-// has no room; fills the last one again when no slice refers to it. Borrows its pool.
+// Copies bytes into blocks, one piece after the other, and returns references to the pieces. When
+// the last block has no room, starts a new, larger one; when nothing refers to the last block any
+// more, fills it again. Borrows its pool.
 class BlockWriter {
  public:
-  // Longer bytes get a block to themselves, which the pool does not keep.
+  // A longer piece gets a block to itself, which the pool does not keep.
   static constexpr std::size_t kMaxPooled = BufferPool::kMaxKeptCapacity - sizeof(Block);
 
   explicit BlockWriter(BufferPool& pool) : myPool(&pool) {}
 
-  // A copy of the bytes in one piece; empty if there is no memory.
+  // Copies the bytes into one block; the result is empty if there is no memory.
   SharedBytes Append(std::string_view bytes);
   // Releases the last block.
   void Reset() { myBlock.Reset(); }

@@ -6,10 +6,10 @@
 namespace corvane {
 namespace {
 
-// Behind other bytes, a shorter slice is copied: that costs less than sending one more piece, and
-// a long list of slices would keep many blocks alive.
+// Behind other bytes, a shorter piece is copied: that costs less than sending one more piece, and
+// a long list of pieces would keep many blocks alive.
 constexpr std::size_t kWorthSharing = 512;
-constexpr std::size_t kMaxKeptSlices = 16;  // room for the next ones
+constexpr std::size_t kMaxKeptPieces = 16;  // room for the next ones
 
 }  // namespace
 
@@ -24,31 +24,31 @@ bool OutputQueue::Append(std::string_view bytes) {
   return true;
 }
 
-bool OutputQueue::Append(const SharedBytes& slice) {
-  const bool isWorthIt = IsEmpty() || slice.Size() >= kWorthSharing || ContinuesLast(slice);
-  if (!isWorthIt) return Append(slice.Bytes());
-  Push(slice);
+bool OutputQueue::Append(const SharedBytes& piece) {
+  const bool isWorthIt = IsEmpty() || piece.Size() >= kWorthSharing || ContinuesLast(piece);
+  if (!isWorthIt) return Append(piece.Bytes());
+  Push(piece);
   return true;
 }
 
-bool OutputQueue::ContinuesLast(const SharedBytes& slice) const {
-  return !IsEmpty() && mySlices.back().block == slice.block && mySlices.back().end == slice.begin;
+bool OutputQueue::ContinuesLast(const SharedBytes& piece) const {
+  return !IsEmpty() && myPieces.back().block == piece.block && myPieces.back().end == piece.begin;
 }
 
-void OutputQueue::Push(const SharedBytes& slice) {
-  if (ContinuesLast(slice)) {
-    mySlices.back().end = slice.end;
+void OutputQueue::Push(const SharedBytes& piece) {
+  if (ContinuesLast(piece)) {
+    myPieces.back().end = piece.end;
   } else {
-    mySlices.push_back(slice);
+    myPieces.push_back(piece);
   }
-  mySize += slice.Size();
-  if (IsOfLarge(slice)) myLargeSize += slice.Size();
+  mySize += piece.Size();
+  if (IsOfLarge(piece)) myLargeSize += piece.Size();
 }
 
 std::span<const std::string_view> OutputQueue::First(std::span<std::string_view> pieces) const {
-  const std::size_t count = std::min(pieces.size(), mySlices.size() - myFirst);
+  const std::size_t count = std::min(pieces.size(), myPieces.size() - myFirst);
   for (std::size_t i = 0; i < count; ++i)
-    pieces[i] = mySlices[myFirst + i].Bytes();
+    pieces[i] = myPieces[myFirst + i].Bytes();
   return pieces.first(count);
 }
 
@@ -57,7 +57,7 @@ void OutputQueue::Consume(std::size_t count) {
   if (count == mySize) return Clear();
   mySize -= count;
   while (count > 0) {
-    SharedBytes& first = mySlices[myFirst];
+    SharedBytes& first = myPieces[myFirst];
     const std::size_t taken = std::min(count, first.Size());
     if (IsOfLarge(first)) myLargeSize -= taken;
     first.begin += taken;
@@ -66,15 +66,15 @@ void OutputQueue::Consume(std::size_t count) {
     first = {};
     ++myFirst;
   }
-  if (myFirst > mySlices.size() / 2) {
-    mySlices.erase(mySlices.begin(), mySlices.begin() + static_cast<std::ptrdiff_t>(myFirst));
+  if (myFirst > myPieces.size() / 2) {
+    myPieces.erase(myPieces.begin(), myPieces.begin() + static_cast<std::ptrdiff_t>(myFirst));
     myFirst = 0;
   }
 }
 
 void OutputQueue::Clear() {
-  mySlices.clear();
-  if (mySlices.capacity() > kMaxKeptSlices) mySlices.shrink_to_fit();
+  myPieces.clear();
+  if (myPieces.capacity() > kMaxKeptPieces) myPieces.shrink_to_fit();
   myFirst = 0;
   mySize = 0;
   myLargeSize = 0;

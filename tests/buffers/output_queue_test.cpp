@@ -24,7 +24,7 @@ std::string Content(const OutputQueue& queue) {
   return content;
 }
 
-// Random operations on queues and on strings: copies and shared slices, small and large, of one
+// Random operations on queues and on strings: copies and shared pieces, small and large, of one
 // writer that reuses its block when no queue refers to it.
 TEST(OutputQueue, HoldsTheSameAsStrings) {
   BufferPool pool;
@@ -47,10 +47,10 @@ TEST(OutputQueue, HoldsTheSameAsStrings) {
           expected[index] += bytes;
           break;
         case 1: {
-          const SharedBytes slice = writer.Append(bytes);
+          const SharedBytes piece = writer.Append(bytes);
           const std::size_t begin = upTo(bytes.size());
-          EXPECT_TRUE(queues[0].Append(slice));
-          EXPECT_TRUE(queues[1].Append(slice.SubRange(begin, slice.Size() - begin)));
+          EXPECT_TRUE(queues[0].Append(piece));
+          EXPECT_TRUE(queues[1].Append(piece.SubRange(begin, piece.Size() - begin)));
           expected[0] += bytes;
           expected[1] += bytes.substr(begin);
           break;
@@ -82,9 +82,9 @@ TEST(OutputQueue, BytesForManyQueuesAreInMemoryOnce) {
   BlockWriter writer(pool);
   std::vector<OutputQueue> queues(100, OutputQueue(pool));
   for (int i = 0; i < 1'000; ++i) {
-    const SharedBytes slice = writer.Append(report);
+    const SharedBytes piece = writer.Append(report);
     for (OutputQueue& queue : queues)
-      EXPECT_TRUE(queue.Append(slice));
+      EXPECT_TRUE(queue.Append(piece));
   }
   EXPECT_GE(pool.InUse(), 1'000'000U);
   EXPECT_LT(pool.InUse(), 1'500'000U);
