@@ -8,8 +8,8 @@
 
 namespace corvane {
 
-// Coalesces calls: runs `act` at most once a period, however often `Note` is called. The period of
-// 20 ms is too short for anybody to notice. Needs a QCoreApplication.
+// Coalesces calls: runs `act` at most once per period, however often `Note` is called. The default
+// period of 20 ms is too short for anybody to notice. Needs a QCoreApplication.
 class CoalescingTimer {
  public:
   enum class First {
@@ -26,14 +26,14 @@ class CoalescingTimer {
     QObject::connect(&myTimer, &QTimer::timeout, [this] { End(); });
   }
 
-  // There is something to do. `act` may call this.
+  // Requests a run of `act`, which may call this itself.
   void Note() {
     myIsPending = true;
     if (myTimer.isActive()) return;
     if (myFirst == First::Now) return End();
     myTimer.start();
   }
-  // It has been done.
+  // Cancels a requested run, for an owner that has done the work itself.
   void Stop() { myIsPending = false; }
 
  private:

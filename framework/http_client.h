@@ -53,14 +53,15 @@ class HttpTransfer {
 // Follows at most five redirects, none from https to http. Uses no proxy and no cookies, and sends
 // the program's name and version. Transfers borrow the client and must not outlive it.
 //
-// Limits: each of Qt's managers serves six transfers to one host at once. The others wait, and
-// their timeout runs meanwhile. A reply without an announced length cannot be checked: if the
-// connection is cut, the reply may count as complete.
+// Limits: each of Qt's network managers runs at most six transfers to one host at a time. Further
+// transfers wait, and their timeout runs meanwhile. A reply without an announced length cannot be
+// checked: if the connection is cut, the reply may count as complete.
 class HttpClient {
  public:
   using Done = std::function<void(const HttpReply&)>;
 
-  // `userAgent` is, for example, "Name/1.2".
+  // `userAgent` is, for example, "Name/1.2". `managers` is the number of Qt's network managers,
+  // which serve the transfers in turn.
   explicit HttpClient(const std::string& userAgent, std::size_t managers = 1);
   ~HttpClient();
   HttpClient(const HttpClient&) = delete;
@@ -72,7 +73,6 @@ class HttpClient {
 
  private:
   const QByteArray myUserAgent;
-  // Used in turn.
   std::vector<std::unique_ptr<QNetworkAccessManager>> myManagers;
   std::size_t myNext = 0;
 };

@@ -8,7 +8,7 @@
 
 namespace corvane {
 
-// A name in a line, chosen by a client.
+// A name in a line that a client has chosen; LogLine bounds its length.
 struct Quoted {
   explicit Quoted(std::string_view text) : name(text) {}
 

@@ -16,7 +16,8 @@ namespace corvane {
 // A line for standard output, as UTF-8. Plain ASCII is copied.
 std::string Escaped(std::string_view text);
 
-// Appends the text to a line, up to a line length of `maxBytes`. Returns whether all of it fits.
+// Appends the escaped text to a line, up to a line length of `maxBytes`. Returns whether all of it
+// fitted.
 bool AppendEscaped(std::string& line, std::string_view text, std::size_t maxBytes);
 
 // JSON whose strings decode to the same texts, with misleading characters as JSON escapes.

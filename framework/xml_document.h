@@ -12,9 +12,9 @@ struct XMLDocumentEnd {
 };
 using XMLDocument = std::unique_ptr<xmlDoc, XMLDocumentEnd>;
 
-// Parses a document with libxml2, in `encoding` or else in the encoding that it declares. Fetches
-// nothing, does not expand entities, and keeps the library's limits on depth and size. CDATA
-// sections become text. None if the document is not well-formed.
+// Parses a document with libxml2, in `encoding` or, if that is null, in the encoding that the
+// document declares. Fetches nothing, does not expand entities, and keeps the library's limits on
+// depth and size. CDATA sections become text. Null if the document is not well-formed.
 XMLDocument ParseXML(std::string_view bytes, const char* encoding = nullptr);
 
 // Text in the library's character type.
