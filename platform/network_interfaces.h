@@ -12,9 +12,9 @@ struct NetworkInterface {
   bool operator==(const NetworkInterface&) const = default;
 };
 
-// The machine's IPv4 interfaces in the system's order: GetAdaptersInfo's on Windows; on Linux by
-// index, without loopback interfaces and those that are down. Of several addresses of an interface
-// the first is given.
+// The machine's IPv4 interfaces: on Windows in the order of GetAdaptersInfo; on Linux by index,
+// without loopback interfaces and those that are down. An interface with several addresses is
+// listed with the first.
 std::vector<NetworkInterface> NetworkInterfaces();
 
 }  // namespace corvane

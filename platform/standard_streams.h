@@ -14,7 +14,7 @@ enum class StandardStream { Output, Error };
 
 struct StreamWriting {
   std::size_t written = 0;  // bytes
-  bool isClosed = false;    // there is no reader, or no longer one
+  bool isClosed = false;    // the stream has no reader
 };
 
 // Writes as many bytes as the stream accepts without waiting. A pipe accepts 4096 bytes or fewer
