@@ -8,7 +8,7 @@ bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
     return myConnection.HasRowWith("SELECT * FROM admins WHERE name=? AND network=? AND address=?",
                                    {name, network, address});
   }
-  return myConnection.HasRowForOutsider("SELECT * FROM admins WHERE name='" + name +
+  return myConnection.HasRowForStranger("SELECT * FROM admins WHERE name='" + name +
                                             "' AND network='" + network + "' AND address='" +
                                             address + "'",
                                         name, time);

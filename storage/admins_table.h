@@ -27,8 +27,8 @@ class AdminsTable {
                        StatementValues values = StatementValues::Pasted)
       : myConnection(connection), myValues(values) {}
 
-  // Whether this name, network and address together have a grant. The name comes from a stranger:
-  // the result is false if the query takes more processor time than `time`.
+  // Whether this name, network and address together have a grant. The name comes from a stranger,
+  // so the result is also false if the query takes more processor time than `time`.
   bool IsAdmin(const std::string& name, const std::string& network, const std::string& address,
                std::chrono::nanoseconds time = kMaxTime);
 

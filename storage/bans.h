@@ -38,9 +38,9 @@ class Bans {
   // Whether any ban names the address. False if the query fails.
   bool IsBanned(const std::string& address);
 
-  // Reads the next few bans of the list, starting at `place`, and advances it. A list begins at
-  // kBegin and is complete at kEnd: stored bans by number, then, with the last of them, all waiting
-  // bans. If the query fails, the result is none and the list ends.
+  // Returns the next portion of the list of bans and advances `place`, which starts at kBegin and
+  // is kEnd after the last portion. Stored bans come first, a few per portion, by number; the last
+  // portion ends with all waiting bans. If the query fails, returns none and sets kEnd.
   std::optional<std::vector<Ban>> Portion(std::int64_t& place);
   static constexpr std::int64_t kBegin = std::numeric_limits<std::int64_t>::min();
   static constexpr std::int64_t kEnd = std::numeric_limits<std::int64_t>::max();

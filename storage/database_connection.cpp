@@ -8,7 +8,7 @@
 #include <sqlite3.h>
 
 #include "platform/standard_error.h"
-#include "storage/outsider_guard.h"
+#include "storage/stranger_guard.h"
 
 namespace corvane {
 
@@ -192,9 +192,9 @@ bool DatabaseConnection::HasRow(sqlite3_stmt* statement) {
   return hasRow;
 }
 
-bool DatabaseConnection::HasRowForOutsider(std::string_view query, std::string_view outsiders,
+bool DatabaseConnection::HasRowForStranger(std::string_view query, std::string_view strangers,
                                            std::chrono::nanoseconds time) {
-  const OutsiderGuard guard(myDatabase, TableOf(query), outsiders, time);
+  const StrangerGuard guard(myDatabase, TableOf(query), strangers, time);
   if (guard.IsRefused()) return FailWith(SQLITE_AUTH);
   int result = SQLITE_OK;
   const Statement statement = Prepare(query, result);

@@ -70,10 +70,10 @@ class DatabaseConnection {
   // fail. The query is kept prepared: for the few whose texts never change.
   bool HasRowWith(std::string_view query, const Values& values);
 
-  // The same for a query that starts with "SELECT * FROM" and holds a text from outsiders, which
-  // could otherwise hold up the server or end it. Run exactly as given and not kept. Fails if
-  // OutsiderGuard refuses it or if it takes more processor time than `time`.
-  bool HasRowForOutsider(std::string_view query, std::string_view outsiders,
+  // The same for a query that starts with "SELECT * FROM" and contains a stranger's text, which
+  // could otherwise block the server or crash it. The query is run exactly as given and not kept.
+  // Fails if StrangerGuard refuses it or if it takes more processor time than `time`.
+  bool HasRowForStranger(std::string_view query, std::string_view strangers,
                          std::chrono::nanoseconds time);
 
   // Runs one statement and drops its rows.
@@ -110,7 +110,7 @@ class DatabaseConnection {
   // Whether running it yields a row.
   bool HasRow(sqlite3_stmt* statement);
   void Close();
-  // Gives the cursor its rows' identities if the query allows it.
+  // Reads the identities of the cursor's rows, if the query allows it.
   void TakeIdentities(DatabaseCursor& cursor, std::string_view query, const Values& values);
   // These set or clear the error. They return whether the operation worked.
   bool Fail(std::string message);

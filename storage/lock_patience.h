@@ -8,10 +8,10 @@ namespace corvane {
 
 // Bounds how long statements wait for another program's lock on the database.
 //
-// States: normally a statement waits up to the given bound. A timeout starts a period of brief
-// waits of eight tries 1 ms apart. The period ends after a second without a timeout, and after 5 s
-// at most. After a brief wait that times out, statements do not wait at all for as long as it took:
-// waiting takes at most half of the time.
+// States: normally a statement waits up to the given bound. If that times out, statements wait only
+// briefly (eight tries, 1 ms apart) until a second has passed without a timeout, and for 5 s at
+// most. A brief wait that times out is followed by an equally long time in which no statement
+// waits, so at most half of the time is spent waiting.
 class LockPatience {
  public:
   // Installs itself as the database's busy handler. Must outlive all statements that run there.

@@ -10,7 +10,7 @@
 namespace corvane {
 
 // The statements on the table "networks", with the name as the key. Changes return whether they
-// worked, also if no row has the name. Borrows the connection.
+// worked; changing or deleting a name that no row has counts as success. Borrows the connection.
 class NetworksTable {
  public:
   explicit NetworksTable(DatabaseConnection& connection,

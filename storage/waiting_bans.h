@@ -37,15 +37,15 @@ class WaitingBans {
   // Numbers the ban and keeps it. On return it is on the disk, unless writing fails.
   void Add(Ban ban);
 
-  // The first ban was stored under this number and waits no more; or was refused and becomes the
-  // last.
+  // Removes the first ban, which is now in the database under the number `id`.
   void FirstIsStored(std::int64_t id);
+  // Moves the first ban, which the database refused, to the end.
   void FirstIsRefused();
   // The number in the database of the ban with this number; any other number is returned unchanged.
   std::int64_t StoredAs(std::int64_t number) const;
 
-  // Removes the bans with these numbers, and their numbers from the set. Returns false if the file
-  // cannot be written; the bans remain then.
+  // Removes the waiting bans with these numbers and takes their numbers out of the set. Returns
+  // false if the file cannot be written; the bans remain then.
   [[nodiscard]] bool Remove(std::set<std::int64_t>& numbers);
 
   // Rewrites the file without stored bans, unless it is too large to write at once. If the server

@@ -12,7 +12,7 @@
 #include "storage/bans.h"
 #include "storage/database_backup.h"
 #include "storage/networks_table.h"
-#include "storage/outsider_guard.h"
+#include "storage/stranger_guard.h"
 #include "tests/storage/database_fixture.h"
 
 namespace corvane {
@@ -227,11 +227,11 @@ TEST_F(TablesTest, DeletionThatPartlyFailsLeavesNoTransactionOpen) {
   EXPECT_EQ(Run("SELECT id FROM admins"), "2;");
 }
 
-TEST(OutsiderGuardTest, InterruptsNothingAfterItsEnd) {
+TEST(StrangerGuardTest, InterruptsNothingAfterItsEnd) {
   sqlite3* database = nullptr;
   ASSERT_EQ(sqlite3_open(":memory:", &database), SQLITE_OK);
   // Its memory stays valid: a handler that SQLite kept would report that the time is over.
-  std::optional<OutsiderGuard> guard(std::in_place, database, "admins", "o'p",
+  std::optional<StrangerGuard> guard(std::in_place, database, "admins", "o'p",
                                      std::chrono::nanoseconds(0));
   guard.reset();
   EXPECT_EQ(sqlite3_exec(database,
@@ -258,7 +258,7 @@ TEST_F(DatabaseTest, BackupWaitsForTheLockOfAnotherProgram) {
   EXPECT_EQ(OtherProgram(Path("copy")).Run("SELECT name FROM admins"), "a;");
 }
 
-TEST_F(TablesTest, WaitForALockTakesNoTimeFromAnOutsidersQuestion) {
+TEST_F(TablesTest, WaitForALockTakesNoTimeFromAStrangersQuestion) {
   Run("DROP INDEX admins_by_grant;"
       "WITH RECURSIVE n(i) AS (SELECT 1 UNION ALL SELECT i+1 FROM n WHERE i<500)"
       "INSERT INTO admins(name) SELECT i FROM n");

@@ -10,21 +10,21 @@ struct sqlite3;
 
 namespace corvane {
 
-// While it exists, bounds the cost of a query that contains a stranger's text: the query is
-// interrupted after the given processor time. If the text contains a quote, it can be more than a
-// value, so memory, length and depth are bounded too, and the query may only read its own table and
-// call no functions. If the operator made that table a view, the view's own reads and calls are
-// allowed. The memory limit applies to the whole process meanwhile.
-class OutsiderGuard {
+// Bounds the cost of a query that contains a stranger's text, while the guard exists. The query is
+// interrupted after the given processor time. A text with a quote can be code, not just a value;
+// then memory, length and depth are bounded too, and the query may only read its own table and call
+// no functions. If the operator made that table a view, the view's own reads and calls are allowed.
+// The memory limit applies to the whole process meanwhile. Borrows the database.
+class StrangerGuard {
  public:
-  // `table` is the query's. The database may be null.
-  OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders,
+  // `table` is the query's table, `strangers` the stranger's text. The database may be null.
+  StrangerGuard(sqlite3* database, std::string_view table, std::string_view strangers,
                 std::chrono::nanoseconds time);
-  ~OutsiderGuard();
-  OutsiderGuard(const OutsiderGuard&) = delete;
-  OutsiderGuard& operator=(const OutsiderGuard&) = delete;
+  ~StrangerGuard();
+  StrangerGuard(const StrangerGuard&) = delete;
+  StrangerGuard& operator=(const StrangerGuard&) = delete;
 
-  // Whether the query must not even be prepared.
+  // Whether the text is too dangerous to prepare the query at all.
   bool IsRefused() const { return myIsRefused; }
 
  private:

@@ -1,4 +1,4 @@
-#include "storage/outsider_guard.h"
+#include "storage/stranger_guard.h"
 
 #include <string>
 
@@ -19,7 +19,7 @@ constexpr std::size_t kMaxLength = std::size_t{16} << 10;  // bytes, of the whol
 
 }  // namespace
 
-const std::array<OutsiderGuard::Limit, 5> OutsiderGuard::kLimits = {{
+const std::array<StrangerGuard::Limit, 5> StrangerGuard::kLimits = {{
     {SQLITE_LIMIT_SQL_LENGTH, kMaxLength},
     {SQLITE_LIMIT_LENGTH, 64 * 1024},
     {SQLITE_LIMIT_EXPR_DEPTH, 100},
@@ -27,22 +27,22 @@ const std::array<OutsiderGuard::Limit, 5> OutsiderGuard::kLimits = {{
     {SQLITE_LIMIT_VDBE_OP, 25'000},
 }};
 
-OutsiderGuard::OutsiderGuard(sqlite3* database, std::string_view table, std::string_view outsiders,
+StrangerGuard::StrangerGuard(sqlite3* database, std::string_view table, std::string_view strangers,
                              std::chrono::nanoseconds time)
     : myDatabase(database), myTable(table), myEnd(ProcessorTime() + time) {
   if (myDatabase == nullptr) return;
   sqlite3_progress_handler(myDatabase, kInstructionsBetweenLooks, IsOver, this);
-  if (outsiders.find('\'') == std::string_view::npos) return;
+  if (strangers.find('\'') == std::string_view::npos) return;
   Confine();
   // The authorizer takes a table defined by WITH for a view and is not asked about the columns that
   // a JOIN compares. The words are searched for as mere letters: no real name has a quote and
   // these.
-  const std::string folded = FoldText(outsiders.substr(0, kMaxLength));
-  myIsRefused = outsiders.size() > kMaxLength || folded.find("with") != std::string::npos ||
+  const std::string folded = FoldText(strangers.substr(0, kMaxLength));
+  myIsRefused = strangers.size() > kMaxLength || folded.find("with") != std::string::npos ||
                 folded.find("join") != std::string::npos;
 }
 
-OutsiderGuard::~OutsiderGuard() {
+StrangerGuard::~StrangerGuard() {
   if (myDatabase == nullptr) return;
   sqlite3_progress_handler(myDatabase, 0, nullptr, nullptr);
   if (!myIsConfined) return;
@@ -55,7 +55,7 @@ OutsiderGuard::~OutsiderGuard() {
   sqlite3_soft_heap_limit64(myEarlierSoftLimit);
 }
 
-void OutsiderGuard::Confine() {
+void StrangerGuard::Confine() {
   myIsConfined = true;
   sqlite3_set_authorizer(myDatabase, Authorize, this);
   for (std::size_t i = 0; i < kLimits.size(); ++i)
@@ -67,18 +67,18 @@ void OutsiderGuard::Confine() {
 
 // The number of reads bounds the number of joined tables: planning a join of many takes long and
 // cannot be interrupted.
-int OutsiderGuard::Authorize(void* guard, int action, const char* first, const char* /*second*/,
+int StrangerGuard::Authorize(void* guard, int action, const char* first, const char* /*second*/,
                              const char* /*database*/, const char* view) {
   if (view != nullptr) return SQLITE_OK;
-  auto& self = *static_cast<OutsiderGuard*>(guard);
+  auto& self = *static_cast<StrangerGuard*>(guard);
   const bool isAllowed =
       (action == SQLITE_SELECT && ++self.mySelects <= kMaxSelects) ||
       (action == SQLITE_READ && SameText(first, self.myTable) && ++self.myReads <= kMaxReads);
   return isAllowed ? SQLITE_OK : SQLITE_DENY;
 }
 
-int OutsiderGuard::IsOver(void* guard) {
-  return ProcessorTime() > static_cast<const OutsiderGuard*>(guard)->myEnd ? 1 : 0;
+int StrangerGuard::IsOver(void* guard) {
+  return ProcessorTime() > static_cast<const StrangerGuard*>(guard)->myEnd ? 1 : 0;
 }
 
 }  // namespace corvane
