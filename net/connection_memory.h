@@ -17,12 +17,13 @@ class ConnectionMemory {
   struct Limits {
     // Unsent bytes of one connection, which fails when it is sent more.
     std::size_t connectionOutput = std::size_t{16} << 20;
-    // Bytes of all connections together. Above them only the connection that holds most fails.
+    // Bytes of all connections together. Above this limit only the connection that holds most
+    // fails.
     std::size_t output = std::size_t{1} << 30;
     std::size_t input = std::size_t{256} << 20;
-    // How long a closed connection waits for its peer to take anything before it drops its output.
+    // A closed connection drops its output once its peer has taken nothing for this long.
     std::chrono::milliseconds drain{5'000};
-    // How often a peer without room is examined.
+    // How often the server checks that a peer whose receive window is full still exists.
     std::chrono::milliseconds lookAtFullPeer{30'000};
   };
 
@@ -33,12 +34,13 @@ class ConnectionMemory {
   BufferPool input;
   BufferPool output;
 
-  // Call when a connection may hold more than before. Above the limit of all connections together,
-  // the one that holds most fails.
+  // Call these when a connection may hold more than before. If all connections together exceed
+  // their limit, the one that holds most fails.
   void BoundInput();
   void BoundOutput();
-  // Whether a message of so many bytes may be written. If it would exceed the limit, the connection
-  // that holds most fails to make room, unless it holds less than the message takes.
+  // Makes room for a message of so many bytes. If it would exceed the limit of all output, the
+  // connection that holds most fails. Returns false, and fails none, if that one holds less than
+  // the message needs.
   bool MakeRoomForOutput(std::size_t bytes);
 
  private:

@@ -18,7 +18,7 @@ class DelayedCalls {
 
   // Calls the function at that time, unless the owner is gone by then.
   void Add(Clock::time_point time, std::weak_ptr<void> owner, std::function<void()> function);
-  // Drops all calls, now and later.
+  // Drops the waiting calls, and from now on every call that is added.
   void Stop();
 
  private:

@@ -4,13 +4,14 @@
 
 namespace corvane {
 
-// Raises the process's limit of open descriptors, of which every client takes one, to the system's
-// maximum, and makes the system allocate its table for them. Call it before the process has a
-// second thread.
+// Raises the process's limit of open descriptors to the system's maximum; every client takes one.
+// Also makes the system allocate its table for them. Call it before the process has a second
+// thread.
 void RaiseDescriptorLimit();
 
 // Whether one more connection leaves enough descriptors for the rest of the process: the database's
-// journal, lookups, files. `last` is the connection that was accepted last, if any.
+// journal, lookups, files. `last` is the connection that was accepted last, if any: its number
+// shows how many descriptors are in use, which saves a system call.
 bool HasSpareDescriptors(os::SocketHandle last);
 
 }  // namespace corvane

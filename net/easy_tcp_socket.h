@@ -55,8 +55,9 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   std::string ReadAll() override;
   void Write(std::string_view bytes) override;
 
-  // Each poll delivers one message.
+  // Delivers one message. Returns whether it did.
   bool _Poll() override;
+  // Whether a message can be delivered now.
   bool IsDue() const { return HasQueued() && !IsBusy(); }
   bool StaysQueued() override { return myIsQueued = HasQueued(); }
 
@@ -66,21 +67,21 @@ class EasyTCPSocket : public TCPSocket, public _Pollable {
   virtual void Error(std::int32_t /*code*/) {}
   virtual void ReceivedMessage(std::int32_t /*command*/, std::string_view /*data*/) {}
 
-  // Returns how long the next message has to wait, zero for not at all. Called before a delivery,
-  // and again after the wait. Must not end the connection.
+  // Returns how long the next message has to wait, zero if it can be delivered now. Called before a
+  // delivery, and again after the wait. Must not end the connection.
   virtual PollLoop::Clock::duration MustWait(std::int32_t /*command*/) { return {}; }
 
   // Limits the length of a message, in bytes with its header, from now on.
   void LimitMessages(std::size_t maxBytes) { myMaxMessageBytes = maxBytes; }
   // Limits the rate of delivery from now on; messages above it wait.
   void LimitRate(const MessageRate& rate) { myBudget.Limit(rate); }
-  // How long waiting messages are still delivered after the peer has ended its sending and takes no
-  // more bytes.
+  // For how long waiting messages are still delivered to a peer that has ended its sending and
+  // takes no more bytes. 2 s by default.
   void SetGonePatience(std::chrono::seconds patience) { myGonePatience = patience; }
 
   // While held, messages are queued and not delivered.
   void HoldMessages(bool held);
-  // Holds them for this time. Several delays run side by side.
+  // Delivers no message for this time. Delays may overlap: delivery waits for the last to end.
   void DelayMessages(PollLoop::Clock::duration delay);
 
   void Event_Connected() override;

@@ -8,7 +8,7 @@ namespace corvane {
 // How many messages a peer may send: a burst, then one per interval.
 struct MessageRate {
   std::chrono::nanoseconds interval{0};  // 0: no limit
-  std::chrono::nanoseconds credit{0};    // intervals of a whole burst
+  std::chrono::nanoseconds credit{0};    // the burst: its number of messages times the interval
 
   static constexpr MessageRate Of(int perSecond, int burst) {
     const auto interval = std::chrono::nanoseconds(std::chrono::seconds(1)) / perSecond;
@@ -16,8 +16,8 @@ struct MessageRate {
   }
 };
 
-// Limits one peer to its rate: returns how long its next message has to wait. Reads the clock only
-// if there is a limit.
+// Limits the rate of one peer's messages, which the caller delays and charges. Unlimited until
+// Limit is called; reads the clock only if there is a limit.
 class MessageBudget {
  public:
   using Clock = std::chrono::steady_clock;
@@ -28,7 +28,8 @@ class MessageBudget {
     myPaidUntil = {};
   }
 
-  // Zero or less: the message need not wait, and the caller charges it.
+  // How long the next message has to wait. If zero or less, the caller may deliver it now and then
+  // calls ChargeMessage.
   Clock::duration Wait() const {
     if (IsUnlimited()) return {};
     return myPaidUntil + myRate.interval - myRate.credit - Clock::now();

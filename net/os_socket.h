@@ -40,14 +40,15 @@ struct Opened {
 // vanished. So do the connections that it accepts.
 Opened OpenSocket();
 void CloseSocket(SocketHandle handle);
-// Linux treats a peer without room like one that is gone and ends the connection after 90 s. With
-// tolerance it ends neither; then ask IsPeerGone.
+// By default Linux ends a connection whose peer's receive window has been full for 90 s, just as if
+// the peer had vanished. With `tolerates` it ends neither, so the caller has to ask IsPeerGone.
 void TolerateFullPeer(SocketHandle handle, bool tolerates);
-// Whether a peer without room has acknowledged nothing for so long that it must be gone.
+// Whether a peer with a full receive window has acknowledged nothing for so long that it must be
+// gone.
 bool IsPeerGone(SocketHandle handle);
 
-// Reserves the address that is bound next for this listener, but does not refuse it while closed
-// connections of an earlier listener linger.
+// Call it before Bind: the bound address then belongs to this listener alone. Closed connections of
+// an earlier listener that still linger do not make Bind fail.
 int UseAddressExclusively(SocketHandle handle);
 int Bind(SocketHandle handle, const Endpoint& endpoint);
 int Listen(SocketHandle handle, int backlog);
@@ -67,6 +68,7 @@ Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces);
 inline Transfer Send(SocketHandle handle, std::string_view bytes) {
   return Send(handle, std::span(&bytes, 1));
 }
+// Ends the sending side only; receiving goes on.
 void EndSending(SocketHandle handle);
 
 Endpoint LocalEndpoint(SocketHandle handle);

@@ -61,11 +61,11 @@ class PollLoop {
   // for 2 s at most, and all connections and listeners are closed. Raises no event.
   void Finish();
 
-  // Calls the function once, before the next flush, the next write to any connection, or the end of
-  // one, whichever comes first. A writer that coalesces output for many peers writes it there: each
-  // peer gets its bytes in the order of the single messages. One function waits at a time: another
-  // call runs the first. Call RunBeforeFlush before anything that the function borrows is
-  // destroyed.
+  // Calls the function once: before the next flush, before the next write to any connection or
+  // before a connection ends, whichever comes first. A writer that coalesces output for many peers
+  // writes it in this function, so each peer still gets its bytes in the original order. Only one
+  // function can wait; another call runs the waiting one first. Call RunBeforeFlush before
+  // destroying anything that the function borrows.
   void CallBeforeFlush(std::function<void()> function);
   void RunBeforeFlush() {
     if (myBeforeFlush) std::exchange(myBeforeFlush, nullptr)();
@@ -83,8 +83,8 @@ class PollLoop {
   // for success. Call Unwatch before the descriptor is closed; harmless if it is not watched.
   int Watch(SocketCore& socket);
   void Unwatch(SocketCore& socket);
-  // Each puts the socket on a list, which keeps it alive, and makes sure that a slice comes. A
-  // pollable stays on its list until StaysQueued() returns false; do not request it before.
+  // Each puts the socket on a list, which keeps it alive, and schedules a slice. A pollable stays
+  // on its list until StaysQueued() returns false; do not request it again before that.
   void RequestPass(SocketCore& socket);
   void RequestDispatch(std::shared_ptr<_Pollable> pollable);
   void RequestFlush(const std::shared_ptr<TCPSocket>& socket);
@@ -94,7 +94,7 @@ class PollLoop {
  private:
   void ScheduleSlice();
   void RunSlice();
-  // These stop at the time, and return whether there was anything to do.
+  // These stop at the time `end` and return whether there was anything to do.
   bool RunPass(Clock::time_point end);
   bool RunEventPasses(std::deque<std::shared_ptr<SocketCore>>& pending, Clock::time_point end);
   bool DispatchMessages(Clock::time_point end);
@@ -102,7 +102,7 @@ class PollLoop {
   void CollectReady(std::chrono::milliseconds patience);
   void Flush(Clock::time_point end);
   void Stop();
-  // Sends on while any peer takes something.
+  // Goes on sending while any peer takes something.
   void SendRest();
   bool HasWork() const {
     return !myPending.empty() || !myEnding.empty() || !myQueued.empty() || !myUnsent.empty() ||

@@ -44,7 +44,7 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
     kError = 32
   };
 
-  // While the result exists, a handler of the socket is on the stack.
+  // Marks the socket as busy until the result is destroyed: a handler is on the stack.
   using ScopedFlag = QScopedValueRollback<bool>;
   [[nodiscard]] ScopedFlag BeginHandler() { return ScopedFlag(myIsBusy, true); }
 
@@ -65,7 +65,7 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   // Closes the socket without an event, at the end of the loop.
   virtual void Finish() { CloseDescriptor(); }
 
-  // Makes the event pending and makes sure that an event pass comes.
+  // Makes the event pending and requests an event pass.
   void SetPending(Event event);
   void ClearPending(unsigned events) { myPending &= ~events; }
   bool IsPending(Event event) const { return (myPending & event) != 0; }
@@ -79,7 +79,7 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   int OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port, int backlog);
   // Closes the descriptor, if there is one.
   void CloseDescriptor();
-  // Keeps the socket alive while it is watched.
+  // Makes the loop keep the socket alive until its descriptor is no longer watched.
   void KeepAlive();
 
   bool IsBusy() const { return myIsBusy; }

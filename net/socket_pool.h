@@ -12,8 +12,8 @@ namespace corvane {
 
 class TCPSocket;
 
-// The connection objects of one listener: a stack of idle ones, the active ones in hand-off order,
-// and how many more may be handed off.
+// The connection objects of one listener: a stack of idle ones and the active ones in hand-off
+// order. Its budget is how many more may be handed off. Shares ownership of the objects.
 class SocketPool {
  public:
   using Sockets = std::vector<std::shared_ptr<TCPSocket>>;
@@ -35,7 +35,7 @@ class SocketPool {
   std::int64_t Minimum() const { return myMinimum; }
   bool IsBelowMinimum() const { return static_cast<std::int64_t>(myIdle.size()) < myMinimum; }
 
-  bool isFilled = false;
+  bool isFilled = false;  // the listener has made the first idle objects
 
  private:
   Sockets myIdle;

@@ -35,8 +35,8 @@ class _Pollable {
  public:
   virtual ~_Pollable() = default;
 
-  // Delivers one queued item, except while one of its handlers is on the stack. Returns whether it
-  // did.
+  // Delivers one queued item, unless one of the object's handlers is on the stack. Returns whether
+  // it did.
   virtual bool _Poll() = 0;
   // Called after every poll; false takes the object off the loop's list.
   virtual bool StaysQueued() = 0;

@@ -74,12 +74,12 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // Bytes of memory that unread input takes.
   virtual std::size_t InputHeld() const { return myInput.Capacity(); }
 
-  // Queues the bytes; a slice is shared, not copied. Does nothing unless connected.
+  // Queues the bytes; SharedBytes are not copied. Does nothing unless connected.
   //
-  // Fails the connection if there is no memory, or if it held Limits::connectionOutput bytes
-  // before. Not counted are messages of OutputQueue::kLarge and more, whose memory all receivers
-  // share: a few of them would cut off peers that keep up. Nothing is counted inside one of the
-  // socket's own handlers, so all answers to one message are sent.
+  // Fails the connection if there is no memory, or if it already holds Limits::connectionOutput
+  // unsent bytes. Messages of OutputQueue::kLarge and more do not count: all receivers share their
+  // memory, and a few of them would cut off peers that keep up. Inside the socket's own handlers
+  // the limit does not apply, so all answers to one message are sent.
   void Write(std::string_view bytes) override;
   void Write(const SharedBytes& slice);
   // Sends as much as the system takes; the rest follows when the peer has room. The loop calls it.
@@ -106,7 +106,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   void ResumeInput();
   // Ends the connection as the peer's orderly end does: written bytes are still sent.
   void EndByPeer();
-  // Whether the peer has ended its sending, or the connection, with input left to read.
+  // Whether the peer has ended its sending or the connection, and its input is not all read yet.
   bool HasHungUp() const { return myIsHungUp; }
   // Whether it holds Limits::connectionOutput unsent bytes.
   bool IsFull() const;
@@ -148,8 +148,7 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   // Flushes for the last time, even if the peer had no room a moment ago.
   void FlushFinally();
   void FailToSend(int error);
-  // Looks every Limits::lookAtFullPeer at a peer that has no room: it may be gone, or just not
-  // reading.
+  // Check every Limits::lookAtFullPeer whether a peer that has no room is gone or just not reading.
   void WatchFullPeer();
   void LookAtFullPeer();
 

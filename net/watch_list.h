@@ -9,9 +9,9 @@ namespace corvane {
 class SocketCore;
 class TCPSocket;
 
-// The sockets whose descriptors are watched, by token. Owns none of them. The system reuses the
-// number of a closed descriptor at once, but a token is never reused: readiness that was noted for
-// a socket that is gone finds none.
+// The sockets whose descriptors are watched, by token. Borrows them. The system reuses the number
+// of a closed descriptor at once, but a token is never reused, so readiness that was noted for a
+// removed socket finds no other.
 class WatchList {
  public:
   // Returns the socket's token, never 0.
