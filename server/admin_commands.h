@@ -18,8 +18,8 @@ struct SessionContext;
 // an administrator of its network, delays what costs much and carries out the rest. Borrows the
 // session, which has to be logged in, and what sessions share.
 //
-// Limits: costly commands of a session take at most a tenth of the time, and so do those of all
-// sessions together whose names make the question to the database costly (CostGate).
+// Limits (CostGate): costly commands take at most a tenth of a session's time. User names that make
+// the question to the database costly take at most a tenth of the time of all sessions together.
 class AdminCommands {
  public:
   AdminCommands(ClientSocket& session, SessionContext& context, ConnectionMemory& memory);
@@ -29,8 +29,8 @@ class AdminCommands {
   // False when the query fails.
   bool IsAdmin();
 
-  // How long a command has to wait; zero for any but 9 to 14. For the list of bans (13) each call
-  // reads some of it.
+  // How long a command has to wait; zero for all but 9 to 14. For the list of bans (13) each call
+  // reads the next portion, and the command waits until the list is complete.
   PollLoop::Clock::duration MustWait(std::int32_t command);
 
   // Carries out a command from 10 to 14 if the user is an administrator. Ignores all others.
@@ -40,13 +40,14 @@ class AdminCommands {
   PollLoop::Clock::duration QuestionWait();
   PollLoop::Clock::duration ListWait();
   bool Ask(std::chrono::nanoseconds time) const;
-  // Whether the name may be more than a value in the question.
+  // Whether the name could act as code in the question.
   bool IsNameCode() const;
   // Does the work and charges its cost. Returns that cost.
   template <typename Work>
   std::chrono::nanoseconds Charged(const Work& work);
 
   void CarryOut(std::int32_t command, std::string_view data);
+  // Writes the command to the audit log if it changes anything.
   void Note(std::int32_t command, std::string_view data) const;
   void BeginBanList();
   void SendBans();

@@ -15,7 +15,7 @@ namespace corvane {
 // The list of bans that an administrator asks for (command 13). Reads and formats it in portions,
 // between which other sessions are served. Borrows the bans and the memory.
 //
-// Limits: fails if all output together would take more than half of its bound.
+// Limits: fails if the output of all connections would exceed half of its limit.
 class BanList {
  public:
   // Lists only the bans of the network, if one is given.

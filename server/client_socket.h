@@ -23,10 +23,10 @@ class HttpTransfer;
 class MapSocket;
 struct ClientLocation;
 
-// The server's session with one client: looks up its location, refuses a banned address, walks it
-// through the three steps of the login, keeps its last report and passes what changed to its
-// listener, which relays it. Owns its seat in the network. Borrows its listener, which ends it by
-// Abandon before going away.
+// The server's session with one client: looks up its location, refuses a banned address, runs the
+// three steps of the login, keeps its last report and passes changed ones to its listener, which
+// relays them. Owns its seat in the network. Borrows its listener, which calls Abandon before it is
+// destroyed.
 //
 // States: see State. Messages wait in Greeting, which ends in WaitingNetwork or, for a banned
 // address, in Refused. Until the login is complete a step may be tried again and decides again; one
@@ -34,7 +34,7 @@ struct ClientLocation;
 // LoggedIn.
 //
 // A session leaves exactly once, however its connection ends: its logout is raised, its network is
-// notified, its seat is given back.
+// notified, and its seat is given back.
 //
 // Re-entrancy: no event of a session is raised while one of its handlers runs. Walks over members
 // (to notify them of its leaving, to list them) give way to other sessions.
@@ -64,8 +64,8 @@ class ClientSocket : public EasyTCPSocket {
   State LoginState() const { return myState; }
   bool HoldsSeat() const { return mySeat.IsHeld(); }
 
-  // The name that it logged in with, kept when it is gone; empty until then. And the same folded,
-  // for comparing.
+  // The name that it logged in with, also folded for comparing. Empty before the login; kept after
+  // the session's end.
   const std::string& Username() const { return myUsername; }
   const std::string& FoldedUsername() const { return myFoldedUsername; }
 
@@ -79,17 +79,17 @@ class ClientSocket : public EasyTCPSocket {
   std::int32_t LastUpdate = 0;  // in sixtieths of a second since the program started
   bool IsDead = false;
 
-  // The network that login step 1 last looked up, with a seat there or without; none before and for
-  // an unknown name. Only the session itself changes it.
+  // The network that login step 1 found last, with or without a seat there; null before that and
+  // for an unknown name. Only the session itself changes it.
   NetworkRef myNetwork;
 
-  // Whether it is sent what the network's members are sent.
+  // Whether it gets the messages that the network's members get.
   bool HearsItsNetwork() const;
 
   // The network's name; empty if there is none.
   std::string NetworkName() const { return myNetwork ? myNetwork->NetworkName : std::string(); }
 
-  // Kept with the session; nothing sets it.
+  // Part of the session's public fields; nothing sets it.
   QDateTime LastMessage;
 
   // The result of the location lookup; empty until then.
@@ -107,7 +107,7 @@ class ClientSocket : public EasyTCPSocket {
   // Whether it is logged in and the database names its user, network and address as an
   // administrator's. False when the query fails.
   bool isAdmin();
-  // Starts the location lookup, whose end greets the client. Leaving cancels it.
+  // Starts the location lookup; the client is greeted when it ends. Leaving cancels it.
   void GetClientInfo();
 
   // Sends a notice after which clients leave. Closes the connection some time later, if the rules

@@ -11,7 +11,7 @@ class CostGate {
  public:
   using Clock = std::chrono::steady_clock;
 
-  // How long the next piece of work has to wait; zero if it may begin.
+  // How long the next piece of work has to wait; zero if it may begin now.
   Clock::duration Wait() const { return std::max(myOpens - Clock::now(), Clock::duration::zero()); }
   // Closes the gate after work that took this much processor time.
   void Charge(Clock::duration cost) {

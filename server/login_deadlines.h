@@ -12,7 +12,7 @@ namespace corvane {
 class ClientSocket;
 
 // Closes sessions that do not log in within the time that the rules allow. All have the same time,
-// so the list is in order of its end, and one timer, for the first session, is enough.
+// so the first to begin is the first to expire, and one timer, for that session, is enough.
 class LoginDeadlines {
  public:
   // `owner` owns the list; the timer does nothing once it is gone. Without a time there is no
@@ -20,7 +20,7 @@ class LoginDeadlines {
   LoginDeadlines(PollLoop& loop, SocketCore& owner, std::optional<std::chrono::milliseconds> time)
       : myLoop(loop), myOwner(owner), myTime(time) {}
 
-  // Starts the session's time. Returns the number to end it with, before the session is destroyed.
+  // Starts the session's time. Pass the returned number to End before the session is destroyed.
   std::uint64_t Begin(ClientSocket& session);
   void End(std::uint64_t number) { myWaiting.erase(number); }
 

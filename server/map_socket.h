@@ -13,7 +13,7 @@ namespace corvane {
 
 // The server's listener: admits connections, makes a session for each, relays their positions to
 // their networks and raises the events that the console shows. Owns its sessions through the pool.
-// Closing it leaves its sessions connected; they end with it at the latest.
+// Closing it leaves its sessions connected; destroying it ends them.
 class MapSocket : public NetworkHost {
  public:
   MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations, Rules rules);
@@ -24,18 +24,18 @@ class MapSocket : public NetworkHost {
   Signal<MapSocket&, const std::shared_ptr<ClientSocket>&> UserLoggedIn;
   Signal<MapSocket&, const std::shared_ptr<ClientSocket>&> UserLoggedOut;
 
-  // Events: a status line for the log; and what an administrator did, as LogLine makes it, for the
-  // log and its audit. A handler that is not set is not called.
+  // Event: a status line, for the log. May be unset.
   std::function<void(const std::string&)> Logged;
+  // Event: an administrator's action, as a LogLine, for the log and the audit log. May be unset.
   std::function<void(const std::string&)> Audited;
 
   void CallStatusMessage(StatusParts parts) override;
   void CallUserLoggedIn(ClientSocket& client);
   void CallUserLoggedOut(ClientSocket& client);
 
-  // Sends the sender's state to every other session of its network (command 5), together with what
-  // else is reported until the next flush. Fails the sender if its report is too long for the
-  // memory that is left.
+  // Relays the sender's state to the other members of its network (command 5). They get it with the
+  // next flush, in one piece with the other reports since the last. Fails the sender if its report
+  // is too long for the memory that is left.
   void BroadcastPosition(ClientSocket& sender);
 
   // Notifies the rest of the network that a user left (command 6).

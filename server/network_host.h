@@ -15,12 +15,12 @@ namespace corvane {
 
 class ClientSocket;
 
-// A listener that hosts networks: keeps them, and does to them and their users what the operator
-// and the administrators ask for. Its connections are sessions. Borrows the database and the
-// location lookup.
+// A listener that hosts networks: keeps their list and carries out the actions of the operator and
+// the administrators on networks and users. Its connections are sessions (ClientSocket). Borrows
+// the database and the location lookup.
 //
-// Re-entrancy: each walk over the sessions gives way to the connections and visits those that were
-// there when it began, so sessions may come, act and leave before a method returns.
+// Re-entrancy: a method that walks over the sessions gives way to the connections, so sessions may
+// begin, act and end before it returns. It visits the sessions that were active when it began.
 class NetworkHost : public ServerSocket {
  public:
   NetworkHost(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations, Rules rules);
@@ -53,9 +53,9 @@ class NetworkHost : public ServerSocket {
   void KickUser(const std::string& userName, const std::string& networkName,
                 const std::string& reason);
 
-  // Bans an address, with as much of the reason as the rules allow, and then sends the ban notice
-  // (command 997) to the session that the ban is meant for, if any. Returns whether the ban is in
-  // the database already.
+  // Bans an address and then sends the ban notice (command 997) to the `target`, if any. Cuts the
+  // reason to the length that the rules allow. Returns whether the ban is in the database already;
+  // if not, it is in force nevertheless (see Bans).
   bool Ban(const std::string& address, const std::string& by, std::string_view givenReason,
            const std::string& networkName, ClientSocket* target = nullptr);
   // Bans the address of each user of that name in the banning client's network.
@@ -70,8 +70,8 @@ class NetworkHost : public ServerSocket {
 
  private:
   SharedBytes MakePacket(std::int32_t command, std::string_view data) const;
-  // Calls `act` for each user of that name in the network. Returns the name of the session that was
-  // examined last, of all there are.
+  // Calls `act` for each user of that name in the network. Returns the user name of the last
+  // session that it examined, matching or not.
   std::string ForEachUser(const std::string& userName, const std::string& networkName,
                           const std::function<void(ClientSocket&)>& act);
   void ReportKick(std::string_view userName, const std::string& reason);

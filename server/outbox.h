@@ -13,11 +13,10 @@ namespace corvane {
 
 class ClientSocket;
 
-// Reports on their way to the members of one network: gathered while passes over the sockets run,
-// and delivered to each member in one piece before the flush, so a member is visited once and not
-// once per report. Each member gets the same bytes in the same order as if each report were sent by
-// itself. The owner sees to that: it delivers before anything else is sent to a member and before
-// the members change.
+// Collects the reports for the members of one network and delivers them to each member in one
+// piece, so a delivery visits a member once, not once per report. Each member gets the same bytes
+// in the same order as if every report were sent by itself, provided that the owner delivers before
+// anything else is sent to a member and before the members change. Borrows the pool.
 class Outbox {
  public:
   using Members = std::vector<std::shared_ptr<ClientSocket>>;
@@ -30,12 +29,13 @@ class Outbox {
   // Adds a packet for every member whose name differs from the sender's.
   void Add(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
 
-  // Writes the packets to the members, which are in hand-off order; empty afterwards. If most of
-  // the members that read are behind, the senders of many bytes wait for them
+  // Writes the packets to the members, which must be in hand-off order, and empties the outbox. If
+  // most of the members that read are behind, senders of many bytes wait for them
   // (ClientSocket::AwaitReaders). If memory runs out, the senders fail.
   void Deliver(const Members& members);
 
-  // Whether most of the members that read are behind. Examines them at most every 10 ms or 256 KiB.
+  // Whether most of the members that read are behind. Examines the members again at most every 10
+  // ms or 256 KiB, and otherwise returns the last result.
   bool AreMostBehind(const Members& members);
 
  private:

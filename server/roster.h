@@ -30,7 +30,7 @@ class Roster {
   Roster(const Roster&) = delete;
   Roster& operator=(const Roster&) = delete;
 
-  // A session entered or left the active connections.
+  // Call these when a session has entered the active connections, or left them.
   void Enter(ClientSocket& session);
   void Leave(ClientSocket& session);
 
@@ -53,11 +53,11 @@ class Roster {
   // The sessions that hear this network, in hand-off order.
   Members::Snapshot MembersOf(const ServerNetworks& network) const;
 
-  // Takes a report for the members of the sender's network, which get it before the loop flushes.
+  // Collects a report for the members of the sender's network; delivers it before the loop flushes.
   void Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
   bool HasGathered() const { return !myGathered.empty(); }
 
-  // Whether most of the network's members that read are behind with what was relayed to them.
+  // Whether most of the network's members that read are behind (Outbox::AreMostBehind).
   bool AreMostBehind(const ServerNetworks& network);
 
   // Whether no session but this one holds the folded name. Sessions that are not logged in hold the

@@ -21,8 +21,9 @@ struct ConnectionCounts {
   std::int32_t notLoggedIn = 8;
 };
 
-// After `free` wrong passwords within the rules' period each answer is delayed, twice as long after
-// each further one, until a period passes without one.
+// After `free` wrong passwords within the rules' period every answer to a password is delayed. The
+// delay starts at `first`, doubles with each further wrong password up to `max`, and ends when a
+// period passes without one.
 struct PasswordDelays {
   std::size_t free = 5;
   std::chrono::milliseconds first{1'000};
@@ -55,8 +56,8 @@ struct Rules {
   StatementValues statementValues = StatementValues::Pasted;
   // Whether administrators see and lift all bans, or only those of their network.
   bool areAllBansShown = true;
-  // Whether user names may contain "|", which separates the fields of records, and characters that
-  // are not shown as they are.
+  // Whether user names may contain "|", which separates the fields of records, and misleading
+  // characters (visible_text.h).
   bool mayUserNameMislead = true;
   // Whether the network's name takes a seat, or only the right password does.
   bool isSeatTakenBeforePassword = true;
@@ -74,7 +75,7 @@ struct Rules {
   std::size_t maxUserName = std::size_t{1} << 20;
   std::size_t maxReason = std::numeric_limits<std::size_t>::max();
 
-  // For the messages of one connection, unless its address is trusted. Faster ones wait.
+  // Of the messages of one connection, unless its address is trusted. Messages above the rate wait.
   MessageRate rateBeforeLogin;
   MessageRate rateAfterLogin;
 
@@ -83,8 +84,8 @@ struct Rules {
   std::optional<PasswordDelays> passwordDelays;
   // For the status lines about sessions of one address. None: no bound.
   std::optional<LineRate> statusLines;
-  // For this long a wrong password counts, and refused connections and lines left out are added up
-  // before they are reported.
+  // How long a wrong password counts. Also how often refused connections and omitted lines are
+  // summed up and reported.
   std::chrono::milliseconds period{60'000};
   // Not counted and not delayed.
   AddressRanges trustedAddresses;

@@ -17,7 +17,7 @@ class Turns {
     myNext = begin + kTimesCost * expected;
     return begin;
   }
-  // Delays later turns by what the work cost beyond that.
+  // Delays later turns: the work cost this much more than expected.
   void Charge(Clock::duration more) {
     myNext += kTimesCost * std::max(more, Clock::duration::zero());
   }
