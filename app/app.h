@@ -28,10 +28,9 @@
 
 namespace corvane {
 
-// The application object: owns everything of which the process has one (settings, database, event
-// loop, listener, log), opens it in order, and ends the program. Writes status lines to standard
-// output, and messages to the operator to the log. RunServer makes it before the front ends that
-// borrow it.
+// The application object: owns what the process has only one of (settings, database, event loop,
+// listener, log), opens these in order, and ends the program. Writes status lines to standard
+// output and messages to the operator to the log. RunServer makes it; the front ends borrow it.
 class App {
  public:
   // `dataFolder` holds the database and the settings file; none if the system has no such folder.
@@ -40,19 +39,19 @@ class App {
   ~App();
 
   // Loads the settings, which choose the rules, makes the update checker, opens the database and
-  // makes the listener. Returns false if the program cannot start; a message box has said why.
-  // Reports files that cannot be written, missing tables and columns, and values of settings that
-  // are not understood on standard error and in the log.
+  // makes the listener. Returns false if the program cannot start, after a message box with the
+  // reason. Standard error and the log list the faults with which the server works: files that it
+  // cannot write, missing tables and columns, invalid values of settings.
   bool Open();
 
-  // Runs Qt's loop by `exec`, and `open` as the first thing in it, so that quitting and the last
-  // resort work there. Tells the service manager when the server listens and when it ends. Returns
-  // the exit code.
+  // Runs Qt's loop by calling `exec`. Calls `open` first inside that loop, where quitting and the
+  // last resort work. Notifies the service manager when the server listens and when it ends.
+  // Returns the exit code.
   int Run(int (*exec)(), std::function<void()> open);
 
   // Configures the listener from the settings, starts it and fills its Networks from the database.
-  // Ends with the status line "Listening...", even if the server cannot listen; standard error then
-  // has the reason. Reports an unknown interface like any other fault in the settings.
+  // Ends with the status line "Listening...", even if the server cannot listen; standard
+  // error then has the reason. Reports an unknown interface like any other fault in the settings.
   void LoadServerSocket();
 
   // The networks in the database, in its order; none if the query fails.
@@ -64,9 +63,9 @@ class App {
   void QuitFor(const std::string& actor);
   bool IsQuitting() const { return myIsQuitting; }
 
-  // Ends the program after an uncaught error: flushes and closes all connections and the listener
-  // first, as the operator may take long to answer, then shows the last-resort message once and
-  // quits with code 1. Call it from a catch block.
+  // Ends the program after an uncaught error: flushes and closes all connections and the listener,
+  // shows the last-resort message once and quits with code 1. The message comes last, because the
+  // operator may take long to answer. Call it from a catch block.
   void LastResort();
 
   PollLoop& Loop() { return myLoop; }

@@ -10,22 +10,22 @@
 namespace corvane {
 
 // Writes a log line by line to a sink that may be slow or stuck. Coalesces lines for 20 ms, so a
-// burst costs one write. A sink that takes nothing never blocks the program: up to 1 MiB waits for
-// it, further lines are dropped, and one line reports how many. Needs a QCoreApplication.
+// burst costs one write. Never blocks: keeps up to 1 MiB that the sink has not taken, drops further
+// lines, and later reports their number in one line. Needs a QCoreApplication.
 class LineWriter {
  public:
   // Writes as many of the bytes as it can without waiting.
   using Sink = std::function<StreamWriting(std::string_view bytes)>;
 
   explicit LineWriter(Sink sink);
-  // Writes what the sink takes of the rest.
+  // Writes as much of the rest as the sink takes.
   ~LineWriter();
   LineWriter(const LineWriter&) = delete;
   LineWriter& operator=(const LineWriter&) = delete;
 
   // Writes the line, whose text is already escaped (status_line.h), and a line end.
   void WriteLine(std::string_view line);
-  // Writes now as much as the sink takes.
+  // Writes the kept lines now, as much as the sink takes.
   void WriteKept();
 
  private:

@@ -14,8 +14,8 @@
 namespace corvane {
 
 // A log file of at most 10 MiB, with the five before it as FILE.1 to FILE.5. Only its owner can
-// read it. Makes its folder, but not that folder's parents. A full disk or a missing folder costs
-// lines and nothing else; the file is tried again every second. Needs a QCoreApplication.
+// read it. Makes its folder, but not that folder's parents. If the disk is full or the folder
+// missing, drops lines and tries the file again every second. Needs a QCoreApplication.
 class LogFile {
  public:
   explicit LogFile(const QString& file);
@@ -23,8 +23,8 @@ class LogFile {
   // As LineWriter::WriteLine.
   void WriteLine(std::string_view line) { myLines.WriteLine(line); }
 
-  // Flushes to the open file, then opens the file of this name again: after a rotation by another
-  // program that is a new one.
+  // Flushes to the open file, then opens the file of this name again, which is a new one if another
+  // program has rotated the log.
   void Reopen();
 
   // The newest lines, oldest first, from the last 1 MiB of this file and of the one before.

@@ -25,14 +25,14 @@ class MapSocket;
 class PollLoop;
 class ServerLog;
 
-// Everything an operator can do and see, one method an action. Windows and the local socket reach
-// the server only through it, and nothing else changes networks, bans, administrators or settings
-// on an operator's behalf. Borrows the application object and the listener.
+// Everything that an operator can do and see, one method per action. Windows and the local socket
+// reach the server only through it, and nothing else changes networks, bans, administrators or
+// settings on an operator's behalf. Borrows the application object and the listener.
 //
 // Each action is logged with its actor before it is carried out. Methods that return bool return
-// whether the change was stored. If the database refuses it, standard error has the reason: a
-// changed network stays changed until the server ends, a ban stays in force (see Bans), and
-// administrators to be removed and bans to be lifted stay.
+// whether the change was stored. If the database refuses a change, standard error has the reason. A
+// network is then changed until the server ends, and a ban is in force (see Bans); administrators
+// are not removed, and bans not lifted.
 //
 // Re-entrancy: methods that walk over connections, networks or bans give way to the connections, so
 // sessions may begin, act and end before they return. No method waits for a client, and only
@@ -45,8 +45,8 @@ class Operator {
   Signal<const NetworkRef&> NetworkAdded;
   Signal<const NetworkRef&> NetworkRemoved;
 
-  // Names the actor that the log shows for actions as long as it exists; without one it is
-  // "window". Several must end in reverse order.
+  // While it exists, the log shows this actor for actions; otherwise it shows "window". Nested ones
+  // must end in reverse order.
   class Acting {
    public:
     Acting(Operator& op, std::string actor)
@@ -101,12 +101,12 @@ class Operator {
   void ApplyChanges(const NetworkChanges& changes);
 
   // The session at "ADDRESS:PORT", or the one logged in under that name; null if there is none.
-  // A text that looks like an address and port is taken as a name only if `isName`, since users
-  // choose their names.
+  // Since users choose their names, a text that looks like an address and port is a name only if
+  // `isName`.
   std::shared_ptr<ClientSocket> FindUser(const std::string& user, bool isName) const;
 
-  // Sends the user a notice, at which clients disconnect. The rules say how long one that does not
-  // may stay. Does nothing to a user who has left.
+  // Sends the user a notice, at which clients disconnect. A client that does not is disconnected
+  // after the time that the rules allow. Does nothing to a user who has left.
   void Kick(ClientSocket& user, const std::string& reason);
   // The same, and bans the address, even if the user has left. The rules may shorten the reason.
   bool Ban(ClientSocket& user, const std::string& reason);
@@ -131,8 +131,8 @@ class Operator {
   bool ForEachBan(const std::function<void(const corvane::Ban&)>& act);
   // The ban listed under this number; none also if the query fails.
   std::optional<corvane::Ban> FindBan(std::int64_t number);
-  // Both take the records' numbers and skip those that are gone. A lifted ban admits its address
-  // from the next connection on; an administrator's rights end at once.
+  // Both take the records' numbers and skip deleted records. After LiftBans the address can connect
+  // again; after DeleteAdmins the rights end at once.
   bool LiftBans(const std::vector<std::int64_t>& ids);
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
   // None if the query fails.

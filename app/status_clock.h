@@ -10,8 +10,8 @@ namespace corvane {
 // The prefix of a status line: "[3/7/2011 9:05:02] ".
 std::string StatusPrefix(const QDateTime& time);
 
-// Makes the prefix of status lines, in local time. Converting to local time costs more than the
-// rest of a line, so it does so once a second.
+// Makes the prefix of status lines, in local time. Converts to local time only once a second, since
+// that costs more than the rest of a line.
 class StatusClock {
  public:
   using Time = std::chrono::system_clock::time_point;
