@@ -32,8 +32,8 @@ class ListBox : public QTableView {
   void setModel(QAbstractItemModel* model) override;
 
   // Fits each column to its texts (those of the first 500 rows and the longest), up to an equal
-  // share of the width; the column with the widest texts gets the rest. Before the first call the
-  // last column does.
+  // share of the width; the column with the widest texts gets the rest. Until the first call the
+  // last column gets the rest.
   void FitColumns();
 
   // The first selected row; -1 if there is none.
@@ -54,7 +54,7 @@ class ListBox : public QTableView {
   bool viewportEvent(QEvent* event) override;
 
  private:
-  // Handles the keys of the list. Returns whether it did.
+  // Handles a key of the list. Returns false for any other key.
   bool TakeKey(const QKeyEvent& key);
   void OpenMenu(QPoint globalPosition);
   void OpenMenuByKey();

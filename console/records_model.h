@@ -8,7 +8,7 @@
 
 namespace corvane {
 
-// Database records as rows of a list, each with the record's "id".
+// Database records as rows of a list; each row has its record's "id".
 class RecordsModel : public QAbstractTableModel {
  public:
   struct Record {

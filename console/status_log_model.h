@@ -12,7 +12,7 @@
 namespace corvane {
 
 // The status log as rows of a list. Adds the first line at once and coalesces those of the next
-// 20 ms, so that a burst costs the view few layouts. Past `maxBytes` it drops the oldest lines.
+// 20 ms, so a burst costs the view few layouts. Drops the oldest lines above `maxBytes`.
 class StatusLogModel : public QAbstractListModel {
  public:
   explicit StatusLogModel(std::size_t maxBytes = std::size_t{64} << 20);

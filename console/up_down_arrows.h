@@ -24,7 +24,7 @@ class UpDownArrows : public QWidget {
   QToolButton* AddArrow(Qt::ArrowType type, const QString& name, const std::function<void()>& step);
 };
 
-// Makes the field as wide as that many digits.
+// Makes the field wide enough for that many digits.
 void FitDigits(QLineEdit& field, int digits);
 
 // The field with its arrows to the right.

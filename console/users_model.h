@@ -16,15 +16,16 @@ namespace corvane {
 
 class ClientSocket;
 
-// The logged-in users as rows of a list: user name, network name and session, held weakly. Login
-// adds a row unless any network already has one of that user name; Logout removes the row only if
-// both name and network match. This asymmetry is deliberate. User names are therefore unique, and
-// an index by name finds the row. The first change is shown at once, and those of the next 20 ms
-// together: thousands cost the view few layouts, and a user who comes and goes in that time none.
+// The logged-in users as rows of a list: user name, network name and session, held weakly. User
+// names are unique, so an index by name finds the row. Shows the first change at once and coalesces
+// those of the next 20 ms: thousands of changes cost the view few layouts, and a user who logs in
+// and out within that time none.
 class UsersModel : public QAbstractTableModel {
  public:
   UsersModel();
 
+  // Add does nothing if a row of any network has the user name; Remove does nothing unless both
+  // names match. This asymmetry is deliberate.
   void Add(std::string_view userName, std::string_view networkName,
            std::weak_ptr<ClientSocket> client);
   void Remove(std::string_view userName, std::string_view networkName);

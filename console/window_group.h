@@ -14,9 +14,10 @@ class WindowGroup {
  public:
   explicit WindowGroup(QWidget& window) : myWindow(window) {}
 
-  // Requires that the window has been shown.
+  // The window must have been shown before.
   void Hide();
-  // Shows what Hide() hid, none of it minimised. The first time shows the window alone.
+  // Shows the windows that Hide() hid, none of them minimised. Without an earlier Hide() shows the
+  // window alone.
   void Show();
 
  private:

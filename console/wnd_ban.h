@@ -6,8 +6,8 @@ namespace corvane {
 
 class Operator;
 
-// The dialog that sends a user the ban notice and bans the address. It does not close the
-// connection.
+// The dialog that bans a user's address and sends the ban notice, at which clients disconnect.
+// Leaves the connection open itself.
 class wndBan : public ReasonDialog {
  public:
   wndBan(Operator& op, std::shared_ptr<ClientSocket> user, QWidget& owner);

@@ -6,7 +6,8 @@ namespace corvane {
 
 class Operator;
 
-// The dialog that sends a user the kick notice. It does not close the connection.
+// The dialog that sends a user the kick notice, at which clients disconnect. Leaves the connection
+// open itself.
 class wndKick : public ReasonDialog {
  public:
   wndKick(Operator& op, std::shared_ptr<ClientSocket> user, QWidget& owner);

@@ -81,8 +81,8 @@ class wndMain : public QMainWindow {
   void btnAdmins_Action();
   void btnBans_Action();
 
-  // A context menu acts on the network or user that was selected when it opened, whatever happens
-  // to the rows meanwhile.
+  // A context menu acts on the network or user that was selected when it opened, even if the rows
+  // change meanwhile.
   void lstNetworks_ConstructContextualMenu(QMenu& base);
   void lstNetworks_ContextualMenuAction(const QString& caption, const NetworkRef& network);
   void lstUsers_ConstructContextualMenu(QMenu& base);
