@@ -12,10 +12,10 @@ class ClientSocket;
 class Operator;
 
 // The commands of the local socket that change something: networks, users, bans, administrators
-// and settings. (Questions has those that only ask, Commands those about the log and the program.)
-// Each method carries out one command through the Operator, which it borrows, and returns the
-// answer. Throws Refused if the command is not carried out, and NilObjectException where a message
-// that was forced ends the server.
+// and settings. (Questions has the commands that only ask, Commands those for the log and the
+// program.) Each method carries out one command through the Operator, which it borrows, and returns
+// the answer. Throws Refused if the command is not carried out, and NilObjectException if a message
+// that the client forced ends the server.
 class Actions {
  public:
   explicit Actions(Operator& op) : myOperator(op) {}

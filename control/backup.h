@@ -12,10 +12,10 @@
 namespace corvane {
 
 // Copies the database to a file, and the settings to FILE.xml beside it. Copies in small steps, one
-// each turn of Qt's loop, and syncs to disk on a thread, so the server never waits. Each file
-// appears under its name only when it is complete; until then it has a temporary name beside it. A
-// copy in one read (VACUUM INTO) would block the server's writes throughout, 230 ms for 50 MB.
-// Destroyed early, it leaves no file. Borrows the connection.
+// per turn of Qt's loop, and syncs to disk on a thread, so the server never waits: a copy in one
+// read (VACUUM INTO) would block its writes throughout, 230 ms for 50 MB. Each file appears under
+// its name only when it is complete; until then it has a temporary name beside it. If the object is
+// destroyed early, no file is left. Borrows the connection.
 class Backup : public QObject {
  public:
   struct Places {
@@ -25,8 +25,8 @@ class Backup : public QObject {
     bool overwrites = false;
   };
 
-  // Why the backup may not go there; empty if it may. It replaces only regular files, and none that
-  // this database's server uses.
+  // Why a backup into these places is refused; empty if it is allowed. It may replace only regular
+  // files, and none that the server of this database uses.
   static std::string WhyNot(const DatabaseConnection& source, const Places& places);
 
   // Calls `done` at the end, from Qt's loop; the error is empty on success.

@@ -20,18 +20,18 @@ namespace corvane {
 class Operator;
 class ServerLog;
 
-// Carries out the requests of the local socket, each by its "command": Questions answers those that
-// only ask, Actions those that change something, and this class those about the log and the
-// program. Sends new lines of the log to clients that follow it. Borrows the Operator. One request
-// at a time; a backup is answered later.
+// Carries out the requests of the local socket by their "command": Questions answers those that
+// only ask, Actions those that change something, and this class those for the log and the program.
+// Sends new lines of the log to clients that follow it. Runs one request at a time, but answers a
+// backup later. Borrows the Operator.
 class Commands {
  public:
   explicit Commands(Operator& op);
   Commands(const Commands&) = delete;
   Commands& operator=(const Commands&) = delete;
 
-  // Carries out a request and answers it. Passes on the exception of a message that
-  // ends the server.
+  // Carries out a request and answers it. Passes on the exception of a message that ends the
+  // server.
   void Run(ControlConnection& client, const QByteArray& line);
 
   // "reload" for a caller that gets no answer: a refusal goes to standard error and the log.

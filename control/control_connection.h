@@ -11,12 +11,12 @@
 
 namespace corvane {
 
-// One client of the local socket. Takes one request, a line, each turn of Qt's loop, so that the
-// server goes on in between. Owns the socket; deletes itself when the client disconnects.
+// One client of the local socket. Takes one request (a line) per turn of Qt's loop, so the server
+// goes on in between. Owns the socket; deletes itself when the client disconnects.
 //
 // Limits: a request has at most 1 MiB. While a client leaves more than 1 MiB unread, no further
-// request is taken; if it follows the log, it is dropped. So is a client that sends nothing for
-// 30 s, unless it follows.
+// request is taken; if it follows the log, it is disconnected. A client that does not follow is
+// disconnected once it has been idle for 30 s.
 class ControlConnection : public QObject {
  public:
   // Takes over the socket.
@@ -24,13 +24,14 @@ class ControlConnection : public QObject {
                     std::chrono::milliseconds idleTimeout = std::chrono::seconds(30));
   ~ControlConnection() override;
 
-  // Event: a request. Answer it once, now or later; the next one waits for that.
+  // Event: a request. Answer it exactly once, at once or later; the next request waits for the
+  // answer.
   std::function<void(ControlConnection&, const QByteArray& line)> Requested;
 
   void Answer(const QByteArray& line);
   // The same, and closes the connection a second later.
   void AnswerAndClose(const QByteArray& line);
-  // From now on the client gets lines without asking.
+  // From now on the client gets the lines of SendFollowed.
   void StartFollowing();
   void SendFollowed(const QByteArray& line);
 

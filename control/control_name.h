@@ -4,8 +4,8 @@
 
 namespace corvane {
 
-// The name of the local socket by which a data folder's server is administered: a file in the
-// folder, or on Windows a named pipe named after the folder.
+// The name of the local socket of a data folder's server: a file in the folder, or on Windows a
+// named pipe named after the folder.
 QString ControlName(const QString& dataFolder);
 
 }  // namespace corvane

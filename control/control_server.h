@@ -14,9 +14,9 @@ namespace corvane {
 
 class Commands;
 
-// The server's end of the local socket, by which local programs administer it. Admits only the user
-// that the server runs as, and at most 16 clients at a time; the relay never waits for them. Holds
-// the lock that keeps a second server from the data folder.
+// The server's end of the local socket, through which local programs administer it. Admits only the
+// user that the server runs as, and at most 16 clients at a time; the relay never waits for them.
+// Holds the lock that keeps a second server from the data folder.
 class ControlServer : public QObject {
  public:
   enum class Claim {

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-// The right to be the only server of a data folder. Lasts as long as the object, and ends with the
-// process even if that crashes.
+// The right to be the only server of a data folder. Ends when the object is destroyed, or with the
+// process even if it crashes.
 class FolderLock {
  public:
   FolderLock();
@@ -15,7 +15,7 @@ class FolderLock {
   FolderLock(const FolderLock&) = delete;
   FolderLock& operator=(const FolderLock&) = delete;
 
-  // Returns false if another server has it. Returns true also if the folder does not support locks.
+  // Returns false if another server has the lock, and true if the folder does not support locks.
   bool Take(const QString& dataFolder);
 
  private:

@@ -8,8 +8,8 @@
 
 namespace corvane {
 
-// Listens on a local socket that only the server's own user can connect to. Reserves one
-// descriptor, so that when the process runs out of them one more client is served; the others wait.
+// Listens on a local socket that only the server's own user can connect to. Reserves a descriptor,
+// so one more client is served when the process runs out of them; further clients wait.
 class LocalListener {
  public:
   LocalListener();
@@ -17,7 +17,8 @@ class LocalListener {
   LocalListener(const LocalListener&) = delete;
   LocalListener& operator=(const LocalListener&) = delete;
 
-  // Takes the name and replaces an existing socket. Clients wait for Serve().
+  // Creates the socket under this name; replaces an existing one. Clients that connect wait until
+  // Serve() is called. Returns whether it worked.
   bool Listen(const QString& name);
   // Why Listen() failed.
   const std::string& Error() const { return myError; }

@@ -12,8 +12,9 @@ namespace corvane {
 
 class Operator;
 
-// Shared by Questions and Actions.
+// Shared by Questions and Actions. To refuse is to throw Refused.
 
+// The network as a row of an answer.
 QJsonObject NetworkRow(const ServerNetworks& network);
 
 // The network of that name. Refuses if there is none.

@@ -9,9 +9,9 @@
 
 namespace corvane {
 
-// Messages and bytes a second over the last ten seconds, for `corvanectl status`: they show how
-// busy the server is now, which totals since its start do not. Samples the counts, which it
-// borrows, once a second.
+// Messages and bytes per second over the last ten seconds, for `corvanectl status`: they show how
+// busy the server is now, which totals since its start do not. Samples the borrowed counts once a
+// second.
 class Rates {
  public:
   explicit Rates(const TrafficCounts& counted);

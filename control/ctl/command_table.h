@@ -24,7 +24,7 @@ enum class Password { None, Always, IfAsked };
 // One command of corvanectl: its arguments and options, and the columns that it shows of the
 // answer. Help, completion and the manual page are made from these.
 struct Command {
-  const char* words;  // the request's "command"
+  const char* words;  // what the user types; the request's "command"
   const char* description;
   std::vector<Argument> arguments;  // if `joinsWords`, the last takes all further words
   std::vector<Option> options = {};
