@@ -7,8 +7,8 @@
 
 namespace corvane::client {
 
-// An entry of the server's ban list. The fields are the server's text, unchecked but for `id`,
-// which is a number.
+// An entry of the server's ban list. The fields are the server's texts; only `id` is checked to be
+// a number.
 struct Ban {
   std::string id;
   std::string address;
@@ -21,8 +21,8 @@ struct Ban {
 
 struct BanList {
   std::vector<Ban> bans;
-  // Malformed entries, and those beyond kMaxBans. A reason can break an entry, since it may hold
-  // the byte that ends one.
+  // Number of malformed entries and of those beyond kMaxBans. A reason may contain the byte that
+  // ends an entry, which makes the entry malformed.
   std::size_t leftOut = 0;
 };
 

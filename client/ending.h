@@ -26,8 +26,8 @@ struct Ending {
   Cause cause = Cause::Left;
   std::string text;
 
-  // Whether a client that was online reconnects: not after a person's decision, nor if the next
-  // attempt would fail the same way.
+  // Whether a client that was online should reconnect: not if a person ended the connection, nor if
+  // the next attempt would fail in the same way.
   bool AllowsReconnect() const;
 
   // One or two sentences for the user. They contain the peer's text unescaped.

@@ -17,15 +17,16 @@ struct Account {
 };
 
 // The client's side of a login: network name, password digest, user name. The server asks for each
-// and answers "OK" or "FAIL". Reads messages and writes replies; has no socket and no timeout.
+// in turn and answers "OK" or "FAIL". Reads messages and writes replies; has no socket and no
+// timeout.
 class Login {
  public:
   enum class State { Waiting, LoggedIn, Refused };
 
   explicit Login(Account account);
 
-  // Takes a message from the server and appends the reply to `output`. Ignores other commands than
-  // the current step's, since messages about members may come at any time.
+  // Takes a message from the server and appends the reply, if any, to `output`. Ignores commands
+  // other than the current step's, since messages about members may come at any time.
   State Receive(std::int32_t command, std::string_view payload, std::string& output);
 
   // Valid once Receive has returned Refused.

@@ -33,9 +33,9 @@ class MembersWatcher {
   virtual void Removed(const Member& member) = 0;
 };
 
-// The other members of the network, by name without regard to letter case. A member's address is
-// stable until it is removed. Bounded: drops members beyond kMaxMembers, and those with names
-// longer than kMaxNameBytes.
+// The other members of the network, by name without regard to letter case. A pointer to a member is
+// valid until it is removed. Limits: drops members beyond kMaxMembers, and those with names longer
+// than kMaxNameBytes.
 class Members {
  public:
   static constexpr std::size_t kMaxMembers = 5000;

@@ -60,7 +60,7 @@ class Session {
 
   // Sends the farewell, if logged in, and ends the session.
   void Leave();
-  // Ends the session for an outside cause. Does nothing if it is over.
+  // Ends the session with this cause, for example a lost connection. Does nothing if it is over.
   void End(const Ending& ending);
 
  private:

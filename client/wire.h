@@ -34,8 +34,8 @@ inline constexpr std::int32_t kBye = 999;
 // Message layout: length (the header's 8 bytes included) and command, both big-endian signed
 // 32-bit, then the payload.
 inline constexpr std::size_t kHeaderBytes = 8;
-// Far above any message of the server; a greater length means that the stream is not the
-// protocol's.
+// Far above the length of any message of the server; a greater one means that the peer does not
+// speak the protocol.
 inline constexpr std::size_t kMaxFrameBytes = std::size_t{64} << 20;
 
 // Appends a message's header. The caller appends `payloadBytes` of payload.
