@@ -13,7 +13,7 @@
 
 namespace corvane::map {
 
-// The administrator's actions, with the dialogs that ask for reasons and texts. Users are passed by
+// The administrator's actions, with the dialogs that ask for reasons and texts. Users are given by
 // name, because a member may leave while a dialog is open.
 class Administration {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::Administration)

@@ -15,8 +15,8 @@
 
 namespace corvane::map {
 
-// Asks for a server and an account. It stays open during the attempt and shows why one failed. A
-// closed dialog keeps its input and can be opened again.
+// Asks for a server and an account. Stays open during an attempt to connect and shows why it
+// failed. A closed dialog keeps its input and can be opened again.
 class ConnectDialog : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::ConnectDialog)
 

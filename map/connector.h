@@ -21,7 +21,7 @@ class Connector {
   Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
             QWidget& window);
 
-  // Opens the dialog. It has its last input, unless an attempt has succeeded since.
+  // Opens the dialog. It still has the last input, unless an attempt with that has succeeded.
   void Ask();
   // Opens the dialog and connects with the command line's values.
   void TryGiven(const RecentServer& server);

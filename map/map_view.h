@@ -24,7 +24,7 @@ class MapView : public QGraphicsView {
   std::function<void(QPointF place)> PlaceClicked;
   // The place under the pointer has changed; none after the pointer has left.
   std::function<void(std::optional<QPointF> place)> PointerMoved;
-  // The member to show is on that facet.
+  // The view has to show a member that is on that facet; show the facet's scene.
   std::function<void(int facet)> FacetRequested;
   // IsFollowing() may have changed.
   std::function<void()> FollowChanged;
@@ -40,8 +40,8 @@ class MapView : public QGraphicsView {
   void ShowAll();
   void CentreOn(const client::Member& member);
 
-  // Keeps the member in the middle until StopFollowing. It is found by name, so also after it has
-  // left and returned.
+  // Keeps the member in the middle until StopFollowing, even if it leaves and returns: the view
+  // finds it by name.
   void Follow(const client::Member& member);
   void StopFollowing();
   bool IsFollowing() const { return !myFollowed.empty(); }

@@ -9,7 +9,7 @@
 
 namespace corvane::map {
 
-// What a marker shows by its shape. Its colour only repeats it.
+// The shapes of markers. A marker's colour says nothing that its shape does not.
 enum class MarkerShape {
   Alive,     // a disc
   Fighting,  // a star

@@ -16,7 +16,7 @@
 
 namespace corvane::map {
 
-// The limit of the map. Members beyond are shown at its edge.
+// The limit of the map, in map units from its origin. Members beyond it are shown at its edge.
 inline constexpr double kMaxCoordinate = 1 << 24;
 
 // A member as the map shows it.
@@ -39,7 +39,7 @@ struct Marker {
 };
 
 // The markers of all members that have a place, on all facets. Animates them between reports. A
-// marker's address is stable until its member is removed or loses its place.
+// pointer to a marker is valid until its member is removed or loses its place. Borrows the members.
 class MarkerBoard : public client::MembersWatcher {
  public:
   static constexpr std::size_t kTrailPlaces = 500;

@@ -21,7 +21,7 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   // The role of the values that rows are sorted by.
   static constexpr int kSortRole = Qt::UserRole;
 
-  // Borrows the members, of which there must be none yet.
+  // Borrows the members, which must still be empty.
   explicit MembersModel(client::Members& members);
   ~MembersModel() override;
 

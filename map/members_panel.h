@@ -11,7 +11,8 @@
 
 namespace corvane::map {
 
-// The list of members with a filter field. It has all that the map shows, as text.
+// The list of members with a filter field. It shows everything as text that the map shows as
+// markers.
 class MembersPanel : public QWidget {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MembersPanel)
 

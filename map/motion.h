@@ -6,8 +6,8 @@
 
 namespace corvane::map {
 
-// Animates a marker from its shown position to the last reported one, at constant speed. The way
-// takes as long as the last two reports were apart, within 0.1 to 1 s. Jumps far away are
+// Animates a marker from its shown position to the last reported one, at constant speed. The move
+// takes as long as the time between the last two reports, within 0.1 to 1 s. Far jumps are
 // immediate.
 class Motion {
  public:

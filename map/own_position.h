@@ -12,7 +12,7 @@
 namespace corvane::map {
 
 // The user's own position and condition. While switched on, sends each change at once, but at most
-// one report every kPause; the last change is always sent.
+// one report per kPause; the last change is always sent. Borrows the connection.
 class OwnPosition {
  public:
   static constexpr std::chrono::milliseconds kPause{200};
@@ -32,7 +32,7 @@ class OwnPosition {
   void GoTo(QPointF place, int facet);
   void Step(int columns, int rows, int facet);
   void SetState(int hp, bool inBattle, bool isDead);
-  // Called after a login, since the server does not know the position.
+  // Call it after a login, since the server does not know the position then.
   void SendAgain();
 
  private:

@@ -28,8 +28,8 @@ class MapPictures {
   std::function<void(int percent)> Progressed;
   std::function<void(const QString& text)> Failed;
 
-  // The folder with the picture's tiles. None if the image has to be cut first, which stops the
-  // cutting of another; Completed or Failed follows.
+  // The folder with the picture's tiles. If the image has to be cut first, returns none and cuts
+  // it; Completed or Failed follows. Stops cutting any other image then.
   std::optional<QString> FolderFor(const MapPicture& picture);
   // Stops cutting, without Completed or Failed.
   void Stop();

@@ -17,8 +17,8 @@ class PictureRows {
   static std::unique_ptr<PictureRows> Open(const QString& file, QString& error);
 
   virtual QSize Size() const = 0;
-  // The next `multiple` rows or several times as many; fewer only at the end. A null image if the
-  // file is damaged.
+  // The next strip. Its number of rows is a multiple of `multiple`, except for the last strip. A
+  // null image if the file is damaged.
   virtual QImage Next(int multiple) = 0;
 };
 

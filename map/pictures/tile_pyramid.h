@@ -23,8 +23,8 @@ inline std::size_t qHash(const TileId& id, std::size_t seed = 0) {
   return qHashMulti(seed, id.level, id.column, id.row);
 }
 
-// A folder level/column/row.png of square tiles, of which each level is twice as fine as the one
-// before. Rectangles are in pixels of the finest level. Lists the folder in Open only.
+// A folder level/column/row.png of square tiles; each level is twice as fine as the one before.
+// Rectangles are in pixels of the finest level. Only Open lists the folder.
 class TilePyramid {
  public:
   // None if the folder has no tiles, or tiles that are not square.
