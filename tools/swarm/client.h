@@ -17,8 +17,8 @@ namespace corvane::swarm {
 
 using Clock = std::chrono::steady_clock;
 
-// A simulated player or a stranger, with one connection at a time. The pool that connects it owns
-// the descriptor and changes the state.
+// A simulated player or a stranger, with one connection at a time. The ClientPool that connects it
+// owns its descriptor and changes its state.
 class Client {
  public:
   enum class State {
@@ -31,7 +31,7 @@ class Client {
     Leaving  // has asked to leave; waiting for the answer
   };
 
-  // Without a login it is online once it is greeted.
+  // A client without a login is online as soon as the server has greeted it.
   Client(Member member, std::optional<client::Login> login)
       : myMember(member), myLogin(std::move(login)) {}
 
@@ -40,10 +40,10 @@ class Client {
   const std::string& UserName() const { return myLogin->Details().userName; }
   // On all connections so far.
   std::uint64_t BytesSent() const { return myBytesSent; }
-  // How often it has been idle on this connection.
+  // How often ClientEvents::Idle was raised for it on this connection.
   std::size_t Turn() const { return myTurn; }
 
-  // For ClientEvents::Idle:
+  // For handlers of ClientEvents::Idle.
   void Send(std::string_view bytes) { myOutput.append(bytes); }
   // Sends `bytes` bytes of the repeated block, after the bytes given to Send. Borrows the block, so
   // that large output needs no memory.
@@ -52,7 +52,7 @@ class Client {
     myBlockPlace = 0;
     myFillerBytes = bytes;
   }
-  // Is not idle until then; offline: does not connect until then.
+  // Postpones the next Idle event until then; for an offline client, the next connect.
   void RestUntil(Clock::time_point time) { myRest = time; }
   void Hold() { RestUntil(Clock::time_point::max()); }
   // Resets the connection and connects again.

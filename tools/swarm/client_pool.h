@@ -21,7 +21,8 @@ class ClientEvents {
   virtual ~ClientEvents() = default;
   virtual void Greeted(Client&) {}
   virtual void LoggedIn(Client& client) = 0;
-  // The client is online, has nothing left to send and does not rest.
+  // The client is online, has nothing left to send and is not resting. Raised again at once unless
+  // the handler makes it send or rest.
   virtual void Idle(Client& client) { client.Hold(); }
   // A message for a client that is online.
   virtual void Received(Client&, std::int32_t /*command*/, std::string_view /*payload*/) {}
@@ -36,10 +37,10 @@ class ClientEvents {
 };
 
 // Connects many clients to a server on one thread, with one epoll descriptor. Reads share one large
-// buffer; output is collected and sent once per client and round. Borrows the clients, which
-// outlive it; each always connects from the same source address. Only Interrupt may be called from
-// another thread. Throws std::system_error if the system refuses a descriptor that the pool itself
-// needs.
+// buffer; output is collected and sent once per client and turn of the loop. Each client always
+// connects from the same source address. Borrows the clients, which outlive it. Only Interrupt may
+// be called from another thread. Throws std::system_error if the system refuses a descriptor that
+// the pool itself needs.
 class ClientPool {
  public:
   enum class Reading { All, Discarding, Nothing };
@@ -47,7 +48,7 @@ class ClientPool {
   struct Manner {
     sockaddr_in server{};
     LoopbackRange sources{};
-    // How many connect and wait for the greeting at a time. If the server's accept backlog
+    // How many clients connect or wait for the greeting at a time. If the server's accept backlog
     // overflows, the system may drop a connection that looks established to the client.
     std::size_t connectAtOnce = 2;
     // A client that is not greeted within this time is lost.
@@ -68,7 +69,7 @@ class ClientPool {
   // Raises Interrupted. For other threads; only without takesSignals.
   void Interrupt() const;
 
-  // Connects and logs in an offline client, after its rest and in its turn.
+  // Connects and logs in an offline client, once its rest is over and its turn has come.
   void Connect(Client& client);
   // Sends a report. Does nothing unless the client is online.
   void Send(Client& client, const client::Report& report);
@@ -77,7 +78,7 @@ class ClientPool {
   // Resets the connection.
   void Reset(Client& client);
 
-  // Raises Wake once at that time. Replaces an earlier call.
+  // Raises Wake once at that time. Replaces an earlier call's time.
   void WakeAt(Clock::time_point time) { myWake = time; }
 
  private:

@@ -37,7 +37,8 @@ class DeliveryBook {
   // Counts the member's next report and returns its number.
   std::uint32_t Send(Member sender);
 
-  // Counts a delivery. False if it was not expected (any more). Skipped reports stay missing.
+  // Counts a delivery. Returns false if it was not expected, or no longer: reports that a delivery
+  // skips stay missing.
   bool Receive(Member recipient, Member sender, const client::Report& report);
   // Counts a message that is no delivery as unexpected.
   void ReceiveForeign() { ++myUnexpected; }

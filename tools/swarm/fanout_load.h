@@ -8,8 +8,8 @@
 
 namespace corvane::swarm {
 
-// A closed loop in each network: all reporters send a burst, and the next once every member has
-// every report of it.
+// A closed loop in each network: all reporters send a burst. The next burst follows once every
+// member has received every report of the last.
 class FanoutLoad : public Load {
  public:
   FanoutLoad(Senders senders, std::size_t reporters, std::size_t burst)

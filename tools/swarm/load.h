@@ -37,14 +37,15 @@ class Load {
   virtual void Start(Clock::time_point now, Clock::time_point until) = 0;
   // Called at the time given to ClientPool::WakeAt.
   virtual void Wake(Clock::time_point now) = 0;
-  // Called for each expected delivery. Returns when its report was sent or, with a timetable, due.
+  // Called for each expected delivery. Returns the time from which its latency counts: when its
+  // report was sent or, with a timetable, when it was due.
   virtual Clock::time_point Delivered(Member sender, std::uint32_t sequence,
                                       Clock::time_point now) = 0;
   // Stops sending.
   virtual void Stop() = 0;
   // Whether it has stopped sending.
   virtual bool IsDone() const = 0;
-  // Whether a message with this payload, which is no delivery, is unexpected.
+  // Whether a message with this payload, which is not a delivery, counts as unexpected.
   virtual bool IsDisturbing(std::string_view) const { return true; }
   // Called at the end: adds its own results.
   virtual void AddTo(RunResult&) {}

@@ -37,7 +37,7 @@ class Player {
   Clock::time_point myNextStep;
 };
 
-// A name for the n-th player; no two alike.
+// A unique name for each number.
 std::string PlayerName(std::size_t number);
 
 }  // namespace corvane::swarm

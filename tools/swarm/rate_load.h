@@ -8,7 +8,7 @@
 namespace corvane::swarm {
 
 // Every member reports at the same fixed rate. A timetable spreads the bursts of all members evenly
-// over the time; each leaves when it is due, whether the server keeps up or not.
+// over the time. Each burst leaves when it is due, even if the server does not keep up.
 class RateLoad : public Load {
  public:
   // `reportsPerSecond` of each member.

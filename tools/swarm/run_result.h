@@ -33,7 +33,7 @@ struct StrangerCounts {
   std::string refusal;  // of the last failed login, for a person to read
 };
 
-// What the honest members noticed before, during and after the attack.
+// The latency of the honest members' reports before, during and after the attack.
 struct AttackResult {
   struct Window {
     LatencyHistogram latency;
@@ -59,7 +59,7 @@ struct RunResult {
   std::string mode;
   std::size_t networks;
   std::size_t users;
-  // From the first report to the last delivery; idle: while all were in; churn: the whole run.
+  // From the first report to the last delivery; idle: while all were online; churn: the whole run.
   std::chrono::duration<double> elapsed{0};
   std::optional<Deliveries> deliveries;  // fanout, rate and hostile
   std::optional<std::uint64_t> visits;   // churn: logins, each with its leave
@@ -75,8 +75,8 @@ struct RunResult {
   std::optional<std::int64_t> idleRssKib;
   std::optional<std::int64_t> emptyRssKib;
 
-  // Something was measured, everything expected came, nothing else, and no client was refused or
-  // cut off. Of strangers, some acted.
+  // Whether something was measured, all expected deliveries and no others came, no honest client
+  // was refused or cut off, and, in an attack, some strangers acted.
   bool IsGood() const;
 
   // One line for a person.
@@ -107,7 +107,7 @@ struct RushResult {
   std::vector<Round> rounds;
 
   std::size_t Hung(const Round& round) const { return clients - round.greeted - round.refused; }
-  // In every round, all were greeted and stayed.
+  // Whether all clients were greeted and stayed in every round.
   bool IsGood() const;
   // Like those of RunResult.
   std::string ToText() const;

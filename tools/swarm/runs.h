@@ -11,13 +11,14 @@
 
 namespace corvane::swarm {
 
-// The demonstration: players live in their networks until the run is interrupted or its time is up.
-// They obey the server (kick, ban, "BYE") and come back later, also after a loss of the server. A
-// login that fails before any has succeeded ends the run. Returns the program's exit code.
+// The demonstration: players play in their networks until the run is interrupted or its time is up.
+// They leave when the server says so (kick, ban, "BYE") and return later, also after the connection
+// was lost. A login that fails before any has succeeded ends the run. Returns the program's exit
+// code.
 int RunDemo(const Options& options);
 
-// Accounts for every delivery: all members log in, the load runs, the last deliveries arrive, all
-// leave. A member that cannot log in ends the run before the load.
+// A run that accounts for every delivery: all members log in, the load runs, the last deliveries
+// arrive, all leave. A member that cannot log in ends the run before the load.
 RunResult RunMeasured(const Options& options);
 
 // Every client logs in, leaves at once and comes back, until the time is over and all have left.
@@ -25,7 +26,7 @@ RunResult RunMeasured(const Options& options);
 RunResult RunChurn(const Options& options);
 
 // All clients connect at the same moment and wait for the greeting. Once all are greeted, or the
-// time is over, all end at once and the next round begins.
+// time is over, all disconnect at once and the next round begins.
 RushResult RunRush(const Options& options);
 
 // The clients that the options ask for, offline: the members of network 0, then those of network 1,

@@ -6,14 +6,15 @@
 namespace corvane::swarm {
 
 // Addresses of the loopback range, 127.0.0.0/8, from which clients connect to a server on this
-// machine, so that it sees as many places. Empty: the system chooses.
+// machine, so that they look like clients of as many machines. Empty: the system chooses.
 struct LoopbackRange {
   in_addr_t first = 0;  // in host byte order
   std::size_t count = 0;
 };
 
-// Connects sockets to a server from the addresses of a range in turn. With an empty range, and when
-// the ports to a server on this machine run out, further connections come from further addresses.
+// Connects sockets to a server from the addresses of a range in turn. If the range is empty and the
+// ports to a server on this machine run out, further connections come from other loopback
+// addresses.
 class SourceAddresses {
  public:
   SourceAddresses(const sockaddr_in& server, const LoopbackRange& range)

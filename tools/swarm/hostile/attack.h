@@ -21,21 +21,23 @@ enum class Standing {
   SameNetwork    // members of the honest members' network
 };
 
-// What strangers do to a server to hurt its other clients. Used on one thread only.
+// An attack: how many strangers connect and what they do to disturb the server's other clients.
+// Used on one thread only.
 struct Attack {
   // Called when a stranger has reached its standing, and again whenever its output is sent. It
   // sends something, rests or hangs up.
   std::function<void(Client& stranger)> act;
   Standing standing = Standing::Outside;
   std::size_t strangers = 1;
-  // How many connect and wait for the greeting at a time. Few, so that the attack is measured and
-  // not an accept backlog that is too short.
+  // How many strangers connect or wait for the greeting at a time. Few, so that the measurement
+  // shows the attack and not a short accept backlog.
   std::size_t connectAtOnce = 2;
   // A stranger that is not greeted for this long gives up and connects again.
   Clock::duration patience = std::chrono::seconds(2);
   bool isReading = true;      // once they act
   std::size_t nameBytes = 0;  // shorter user names are padded to this
-  // How long a stranger whose connection the server ended or refused stays away.
+  // How long a stranger waits before it connects again after the server ended or refused its
+  // connection.
   Clock::duration absence = std::chrono::milliseconds(50);
 };
 

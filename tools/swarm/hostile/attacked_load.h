@@ -6,8 +6,8 @@
 
 namespace corvane::swarm {
 
-// Honest members report by a timetable, and the server is attacked in the middle third of the time.
-// A report counts for the third in which it was due.
+// Honest members report by a timetable, and strangers attack the server in the middle third of the
+// time. A report counts for the third in which it was due.
 class AttackedLoad : public Load {
  public:
   AttackedLoad(RateLoad honest, const Options& options);
@@ -18,7 +18,8 @@ class AttackedLoad : public Load {
                               Clock::time_point now) override;
   void Stop() override;
   bool IsDone() const override { return myHonest.IsDone(); }
-  // Messages about strangers do not count. One that leaves during its login has no name.
+  // Messages about strangers do not count. They begin with a stranger's name, or are empty for a
+  // stranger that left during its login.
   bool IsDisturbing(std::string_view payload) const override {
     return !payload.empty() && !payload.starts_with(kStrangerPrefix);
   }
