@@ -42,7 +42,7 @@ bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
 
 }  // namespace
 
-void Operator::Note(StatusParts what) {
+void Operator::LogAction(StatusParts what) {
   Log().WriteAudit(myActor + ": " + LogLine(what));
 }
 
@@ -77,20 +77,20 @@ void Operator::AddToList(const NetworkRef& network) {
 
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
                           std::int32_t maxUsers, bool enabled) {
-  Note({"add network ", Quoted(name)});
+  LogAction({"add network ", Quoted(name)});
   AddToList(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));
   return myApp.NetworkRecords().Add(name, password, maxUsers, enabled);
 }
 
 bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& password,
                              std::int32_t maxUsers, bool enabled) {
-  Note({"change network ", Quoted(network.NetworkName)});
+  LogAction({"change network ", Quoted(network.NetworkName)});
   SetTerms(network, password, maxUsers, enabled);
   return myApp.NetworkRecords().Change(network.NetworkName, password, maxUsers, enabled);
 }
 
 bool Operator::DeleteNetwork(const NetworkRef& network) {
-  Note({"delete network ", Quoted(network->NetworkName)});
+  LogAction({"delete network ", Quoted(network->NetworkName)});
   myListener.RemoveNetwork(network);
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
   NetworkRemoved(network);
@@ -118,18 +118,18 @@ std::optional<Operator::NetworkChanges> Operator::CompareNetworks() {
 }
 
 void Operator::ApplyChanges(const NetworkChanges& changes) {
-  Note({"reload networks"});
+  LogAction({"reload networks"});
   for (const NetworkRef& network : changes.removed) {
-    Note({"reload: removed network ", Quoted(network->NetworkName)});
+    LogAction({"reload: removed network ", Quoted(network->NetworkName)});
     myListener.RemoveNetwork(network);
     NetworkRemoved(network);
   }
   for (const auto& [network, stored] : changes.changed) {
-    Note({"reload: changed network ", Quoted(network->NetworkName)});
+    LogAction({"reload: changed network ", Quoted(network->NetworkName)});
     SetTerms(*network, stored->Password, stored->MaxUsers, stored->Enabled);
   }
   for (const NetworkRef& network : changes.added) {
-    Note({"reload: added network ", Quoted(network->NetworkName)});
+    LogAction({"reload: added network ", Quoted(network->NetworkName)});
     AddToList(network);
   }
 }
@@ -139,7 +139,7 @@ std::string Operator::StoreError() const {
 }
 
 void Operator::DisconnectAll(const NetworkRef& network) {
-  Note({"disconnect network ", Quoted(network->NetworkName)});
+  LogAction({"disconnect network ", Quoted(network->NetworkName)});
   myListener.DisconnectAllClientsOnNetwork(network);
 }
 
@@ -158,36 +158,36 @@ std::shared_ptr<ClientSocket> Operator::FindUser(const std::string& user, bool i
 }
 
 void Operator::Kick(ClientSocket& user, const std::string& reason) {
-  Note({"kick ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
+  LogAction({"kick ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
   myListener.Kick(user, reason);
 }
 
 bool Operator::Ban(ClientSocket& user, const std::string& reason) {
-  Note({"ban ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
+  LogAction({"ban ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
   return myListener.Ban(user.RemoteAddress(), kName, reason, user.NetworkName(), &user);
 }
 
 bool Operator::BanAddress(const std::string& address, const std::string& reason,
                           const std::string& networkName) {
-  Note({"ban address ", address, ": ", reason});
+  LogAction({"ban address ", address, ": ", reason});
   return myListener.Ban(address, kName, reason, networkName);
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {
-  Note({"disconnect ", user.PeerName(), " ", Quoted(user.Username())});
+  LogAction({"disconnect ", user.PeerName(), " ", Quoted(user.Username())});
   myListener.CallStatusMessage({"Admin Force Kicked ", Quoted(user.Username())});
   user.Close();
 }
 
 bool Operator::MakeAdmin(const std::string& name, const std::string& address,
                          const std::string& networkName) {
-  Note({"make administrator ", Quoted(name), " of ", Quoted(networkName), ", ", address});
+  LogAction({"make administrator ", Quoted(name), " of ", Quoted(networkName), ", ", address});
   return myListener.Context.admins.Add(name, address, networkName);
 }
 
 void Operator::Send(const std::string& text, const std::string& networkName) {
   if (text.empty()) return;
-  Note({"message to ", Quoted(networkName), ": ", text});
+  LogAction({"message to ", Quoted(networkName), ": ", text});
   myListener.BroadcastMessage(text, networkName);
 }
 
@@ -219,7 +219,7 @@ std::optional<corvane::Ban> Operator::FindBan(std::int64_t number) {
 }
 
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
-  Note({"lift bans ", Numbers(ids)});
+  LogAction({"lift bans ", Numbers(ids)});
   return myListener.Context.bans.Lift(ids);
 }
 
@@ -228,19 +228,19 @@ std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {
 }
 
 bool Operator::DeleteAdmins(const std::vector<std::int64_t>& ids) {
-  Note({"delete administrators ", Numbers(ids)});
+  LogAction({"delete administrators ", Numbers(ids)});
   return myListener.Context.admins.Delete(ids);
 }
 
 bool Operator::ChangeSetting(const std::string& name, const std::string& value) {
-  Note({"set ", Quoted(name), " to ", value});
+  LogAction({"set ", Quoted(name), " to ", value});
   if (myApp.Settings().SetValue(name, value)) return true;
-  Note({Quoted(name), " was not saved: ", myApp.Settings().SaveError()});
+  LogAction({Quoted(name), " was not saved: ", myApp.Settings().SaveError()});
   return false;
 }
 
 void Operator::Quit() {
-  if (!myApp.IsQuitting()) Note({"quit"});
+  if (!myApp.IsQuitting()) LogAction({"quit"});
   myApp.Quit();
 }
 

@@ -61,7 +61,7 @@ class Operator {
   };
 
   // Writes an action to the audit log, with the actor.
-  void Note(StatusParts what);
+  void LogAction(StatusParts what);
 
   // For reading only; changes go through the methods below.
   const MapSocket& Listener() const { return myListener; }

@@ -116,7 +116,7 @@ QByteArray Commands::MakeBackup(const Request& request) {
                               file, request.Flag("overwrite")};
   const std::string whyNot = Backup::WhyNot(myOperator.Database(), places);
   if (!whyNot.empty()) throw Refused(whyNot);
-  myOperator.Note({"backup into ", TextFromDisplay(file)});
+  myOperator.LogAction({"backup into ", TextFromDisplay(file)});
   const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
     if (client)
       client->Answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.')
