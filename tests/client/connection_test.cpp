@@ -26,7 +26,7 @@ class ConnectionTest : public testing::Test {
       : connection(timing) {
     ended = connection.SessionEnded.Connect(
         [this](const Ending& ending) { endings.push_back(ending.cause); });
-    connection.MessageReceived = [this](std::string_view text) { told.emplace_back(text); };
+    connection.MessageReceived = [this](std::string_view text) { messages.emplace_back(text); };
     received = connection.BansReceived.Connect([this](const BanList& list) { bans = list.bans; });
   }
 
@@ -50,7 +50,7 @@ class ConnectionTest : public testing::Test {
   }
 
   std::vector<Cause> endings;
-  std::vector<std::string> told;
+  std::vector<std::string> messages;
   std::vector<Ban> bans;
   bool isAdministrator = false;
   Connection connection;
@@ -99,7 +99,7 @@ TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
   connection.BanUser("Bob", "spam");
   EXPECT_EQ(bob.Receive(), (WireMessage{997, "spam"}));
   connection.SendMessage("Hello");
-  EXPECT_TRUE(PumpUntil([&] { return told == std::vector<std::string>{"Hello"}; }));
+  EXPECT_TRUE(PumpUntil([&] { return messages == std::vector<std::string>{"Hello"}; }));
   connection.AskForBans();
   ASSERT_TRUE(PumpUntil([&] { return bans.size() == 1; }));
   EXPECT_EQ(bans[0].reason, "spam");

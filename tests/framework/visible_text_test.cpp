@@ -63,7 +63,7 @@ TEST(VisibleText, IsCutOnACharacter) {
     EXPECT_EQ(VisibleText(row.text, 14).toStdString(), row.shown);
 }
 
-TEST(StatusLine, IsCutBetweenCharactersAndTellsItsLength) {
+TEST(StatusLine, IsCutBetweenCharactersAndGivesItsLength) {
   const std::string most(4096, 'x');
   const std::string name(300, 'x');
   const std::string cutName = name.substr(0, 256) + "... (300 bytes)";

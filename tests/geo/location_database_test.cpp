@@ -39,16 +39,16 @@ class LocationDatabaseTest : public testing::Test {
     file.write(bytes.data(), static_cast<qint64>(bytes.size()));
   }
   void Open() {
-    told.clear();
+    logged.clear();
     database.emplace(name, folder.path(),
-                     [this](const std::string& text) { told.push_back(text); });
+                     [this](const std::string& text) { logged.push_back(text); });
   }
   // Checks the file until something is logged.
   bool LooksAgain() {
-    const std::size_t before = told.size();
+    const std::size_t before = logged.size();
     return PumpUntil([&] {
       database->CheckFile();
-      return told.size() > before;
+      return logged.size() > before;
     });
   }
   // Country, state, city, zip and time zone for a client whose fields were all "old".
@@ -61,7 +61,7 @@ class LocationDatabaseTest : public testing::Test {
 
   QTemporaryDir folder;
   const QString name = folder.filePath(QStringLiteral("places.mmdb"));
-  std::vector<std::string> told;
+  std::vector<std::string> logged;
   std::optional<LocationDatabase> database;
 };
 
@@ -110,7 +110,7 @@ TEST_F(LocationDatabaseTest, RecordsOfAllLayoutsAreUnderstood) {
       Write(MmdbBytes(version, {{kTestNet, 24, row.value}}));
       Open();
       EXPECT_EQ(Found(), row.found) << version;
-      EXPECT_THAT(told, ElementsAre(AllOf(HasSubstr("places.mmdb"), HasSubstr("of 2026-05-28"))));
+      EXPECT_THAT(logged, ElementsAre(AllOf(HasSubstr("places.mmdb"), HasSubstr("of 2026-05-28"))));
     }
   }
 }
@@ -131,7 +131,7 @@ TEST_F(LocationDatabaseTest, EachAddressHasItsRange) {
                                         {"", "old"}}) {
       EXPECT_EQ(Found(address), std::string("old|old|") + city + "|old|old") << address;
     }
-    EXPECT_EQ(told.size(), 1);
+    EXPECT_EQ(logged.size(), 1);
   }
 }
 
@@ -159,15 +159,15 @@ TEST_F(LocationDatabaseTest, UnusableFileIsReportedOnce) {
     Open();
     EXPECT_EQ(Found(), "old|old|old|old|old");
     EXPECT_EQ(Found(), "old|old|old|old|old");
-    EXPECT_THAT(told, ElementsAre(AllOf(HasSubstr("places.mmdb: " + row.reason),
-                                        HasSubstr("; no location is known"))));
+    EXPECT_THAT(logged, ElementsAre(AllOf(HasSubstr("places.mmdb: " + row.reason),
+                                          HasSubstr("; no location is known"))));
   }
   for (const bool isFolder : {false, true}) {
     QFile::remove(name);
     if (isFolder) QDir().mkdir(name);
     Open();
     EXPECT_EQ(Found(), "old|old|old|old|old");
-    EXPECT_THAT(told, ElementsAre(HasSubstr("there is no such file")));
+    EXPECT_THAT(logged, ElementsAre(HasSubstr("there is no such file")));
   }
 }
 
@@ -178,16 +178,16 @@ TEST_F(LocationDatabaseTest, DamagedRecordIsReportedOnceAndTheOthersAreRead) {
   EXPECT_EQ(Found(), "old|old|old|old|old");
   EXPECT_EQ(Found(), "old|old|old|old|old");
   EXPECT_EQ(Found("10.1.2.3"), "old|old|Home|old|old");
-  EXPECT_THAT(told, ElementsAre(HasSubstr("of 2026"), HasSubstr("damaged")));
+  EXPECT_THAT(logged, ElementsAre(HasSubstr("of 2026"), HasSubstr("damaged")));
 }
 
 TEST_F(LocationDatabaseTest, FileIsReadAgainWhenItChanges) {
   Open();
-  EXPECT_THAT(told, ElementsAre(HasSubstr("there is no such file")));
+  EXPECT_THAT(logged, ElementsAre(HasSubstr("there is no such file")));
   const struct {
     std::string bytes;
     std::string city;
-    std::string told;
+    std::string logged;
   } steps[] = {
       {CityFile("Oslo"), "Oslo", "of 2026-05-28"},
       {CityFile("Rome", 6), "Rome", "of 2026-05-28"},
@@ -199,16 +199,16 @@ TEST_F(LocationDatabaseTest, FileIsReadAgainWhenItChanges) {
     Write(step.bytes);
     ASSERT_TRUE(LooksAgain());
     EXPECT_EQ(Found(), "old|old|" + step.city + "|old|old");
-    EXPECT_THAT(told.back(), HasSubstr(step.told));
+    EXPECT_THAT(logged.back(), HasSubstr(step.logged));
   }
   ASSERT_TRUE(QFile::remove(name));
   ASSERT_TRUE(LooksAgain());
-  EXPECT_THAT(told.back(), HasSubstr("there is no such file; the previous one stays in use"));
+  EXPECT_THAT(logged.back(), HasSubstr("there is no such file; the previous one stays in use"));
   EXPECT_EQ(Found(), "old|old|Bern|old|old");
-  const std::size_t before = told.size();
+  const std::size_t before = logged.size();
   database->CheckFile();
   PumpFor(std::chrono::milliseconds(20));
-  EXPECT_EQ(told.size(), before) << "nothing has changed";
+  EXPECT_EQ(logged.size(), before) << "nothing has changed";
 
   // Renamed into its place, as careful programs do.
   const QString fresh = folder.filePath(QStringLiteral("fresh"));

@@ -106,15 +106,15 @@ TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
 }
 
 TEST_F(LocationLookupTest, DatabaseIsUsedIfNoLocatorIsSet) {
-  std::vector<std::string> told;
-  lookup.Logged = [&told](const std::string& text) { told.push_back(text); };
+  std::vector<std::string> logged;
+  lookup.Logged = [&logged](const std::string& text) { logged.push_back(text); };
   QFile file(folder.filePath("places.mmdb"));
   ASSERT_TRUE(file.open(QIODevice::WriteOnly));
   const std::string oslo = MmdbMap({{"city", MmdbText("Oslo")}});
   file.write(QByteArray::fromStdString(MmdbBytes(4, {{0xC0000200, 24, oslo}})));
   file.close();
   lookup.SetDatabase(file.fileName());
-  EXPECT_EQ(told.size(), 1);
+  EXPECT_EQ(logged.size(), 1);
   ClientLocation known;
   known.city = "Bergen";
   known.zip = "5003";

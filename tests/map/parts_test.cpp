@@ -37,7 +37,7 @@ TEST(Motion, MovesEvenlyToTheReportedPlaceAndJumpsFarAway) {
 
 class BoardTest : public testing::Test {
  protected:
-  void Tell(const std::string& name, const Report& report) {
+  void Relay(const std::string& name, const Report& report) {
     members.TakeRelay({name, report}, Clock::now());
   }
   const client::Member& Named(const std::string& name) { return *members.Find(name); }
@@ -47,12 +47,12 @@ class BoardTest : public testing::Test {
 };
 
 TEST_F(BoardTest, ReportsChangesOfTheAskedFacetOnly) {
-  Tell("Ann", {-30'000'000, -5, 0});
-  Tell("Bob", {10, 20, 1});
+  Relay("Ann", {-30'000'000, -5, 0});
+  Relay("Bob", {10, 20, 1});
   EXPECT_EQ(board.Extent(0).center(), QPointF(-kMaxCoordinate, -5));
   board.Advance(Clock::now(), 0);
-  Tell("Ann", {-30'000'000, 5, 0});
-  Tell("Bob", {10, 30, 1});
+  Relay("Ann", {-30'000'000, 5, 0});
+  Relay("Bob", {10, 30, 1});
   EXPECT_TRUE(board.Advance(Clock::now(), 0));
   EXPECT_FALSE(board.Advance(Clock::now(), 2));
   members.Remove("Ann");
@@ -63,14 +63,14 @@ TEST_F(BoardTest, ReportsChangesOfTheAskedFacetOnly) {
 }
 
 TEST_F(BoardTest, ATrailIsBoundedAndStaysOnItsFacet) {
-  Tell("Bob", {0, 0, 1});
+  Relay("Bob", {0, 0, 1});
   board.SetTrail(Named("Bob"), true);
   const auto& trail = board.Find(&Named("Bob"))->trail;
   for (std::int32_t x = 1; x <= 600; ++x)
-    Tell("Bob", {x, 0, 1});
+    Relay("Bob", {x, 0, 1});
   EXPECT_EQ(trail.size(), MarkerBoard::kTrailPlaces);
   EXPECT_EQ(trail.back(), QPointF(600, 0));
-  Tell("Bob", {601, 0, 2});
+  Relay("Bob", {601, 0, 2});
   EXPECT_EQ(trail.size(), 1U);
 }
 

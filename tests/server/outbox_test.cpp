@@ -175,7 +175,7 @@ TEST_F(OutboxTest, OnlyMemberGetsEarlierReportsBeforeItIsClosed) {
   EXPECT_EQ(bob->Receive(), Position("Ann", 1));
 }
 
-// A server whose clients read only when the test tells them to.
+// A server whose clients read only when the test asks them to.
 struct PileUp {
   explicit PileUp(const ConnectionMemory::Limits& limits) : server(0, Rules::Classic(), limits) {
     server.AddNetwork("A");

@@ -12,7 +12,7 @@ import wire
 
 LEFT = b"left"  # the last entry heard from a member
 
-# Linux: a connection in this state is closed without telling the peer.
+# Linux: a connection in this state is closed without a word to the peer.
 TCP_REPAIR = 19
 PATIENCE = 120.0  # seconds; only ends a hang
 

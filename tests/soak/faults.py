@@ -291,7 +291,7 @@ def fatal_message(play: Play, rng: random.Random) -> None:
     everybody_may_end(sessions)
     # The stranger is the last in the walk over the connections.
     text = play.unique("the last#").encode()
-    admin.connection.send(admin.tell(wire.MESSAGE_ALL, text))
+    admin.connection.send(admin.take(wire.MESSAGE_ALL, text))
     play.server.fatal_ends += 1
     play.server.end(None, 1)
     everybody_ends(play, sessions)
@@ -318,7 +318,7 @@ def do_not_read(play: Play, rng: random.Random) -> None:
     def flood(size: int) -> None:
         for _ in range(size // FLOOD_MESSAGE):
             text = play.unique(players[0].name + "#").encode() + b"." * FLOOD_MESSAGE
-            admin.connection.send(admin.tell(wire.MESSAGE_ALL, text))
+            admin.connection.send(admin.take(wire.MESSAGE_ALL, text))
             play.pump.turn()
         play.ask_around([admin])
 
@@ -342,7 +342,7 @@ def do_not_read(play: Play, rng: random.Random) -> None:
 
 def race(play: Play, players: List[Player], frames: Callable[[Player], List[bytes]],
          step: int, most: int) -> None:
-    """All send their frames at once; exactly `most` must pass the step. Tells the model which."""
+    """All send their frames at once; exactly `most` must pass the step, in the model too."""
     sessions = [play.connect(player) for player in players]
     for session, player in zip(sessions, players):
         session.connection.send(b"".join(frames(player)))
@@ -355,7 +355,7 @@ def race(play: Play, players: List[Player], frames: Callable[[Player], List[byte
     for session, player in sorted(zip(sessions, players), key=lambda pair: pair[0] not in wins):
         for one in frames(player):
             command, = wire.HEADER.unpack_from(one)[1:]
-            session.tell(command, one[wire.HEADER.size:])
+            session.take(command, one[wire.HEADER.size:])
         session.connection.may_end = play.model.hardened
     play.finish()
 

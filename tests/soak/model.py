@@ -86,8 +86,8 @@ class Session:
 
     # ---- what a client says, and what it is answered
 
-    def tell(self, command: int, payload: bytes = b"") -> bytes:
-        """Notes the consequences of a message and returns its frame."""
+    def take(self, command: int, payload: bytes = b"") -> bytes:
+        """Applies a client's message to the model and returns its frame."""
         if self.state == "refused":
             pass
         elif command == wire.NETWORK:
@@ -101,7 +101,7 @@ class Session:
         elif command == wire.BYE:
             self.byes += 1
         elif self.state == "in":
-            self.tell_as_member(command, payload)
+            self.take_as_member(command, payload)
         return wire.frame(command, payload)
 
     def answer(self, command: int, payload: bytes) -> None:
@@ -175,7 +175,7 @@ class Session:
         return self.state == "in" and self.network is not None and \
             Grant(self.name.decode(), self.address, self.network.name) in self.model.grants
 
-    def tell_as_member(self, command: int, payload: bytes) -> None:
+    def take_as_member(self, command: int, payload: bytes) -> None:
         if command == wire.REPORT:
             self.report(payload)
         elif not self.is_admin():
@@ -388,10 +388,10 @@ class Model:
         want = session.answers[:len(got)] if may_miss else session.answers
         if got != want:
             raise Difference(f"{connection.label} was answered {got!r}, not {session.answers!r}")
-        told = sorted(connection.notices)
-        if told != sorted(session.notices) and not (is_cut and all(
-                notice in session.notices for notice in told)):
-            raise Difference(f"{connection.label} was told {told!r}, not {session.notices!r}")
+        received = sorted(connection.notices)
+        if received != sorted(session.notices) and not (is_cut and all(
+                notice in session.notices for notice in received)):
+            raise Difference(f"{connection.label} received {received!r}, not {session.notices!r}")
         if connection.byes != session.byes and not (may_miss and connection.byes < session.byes):
             raise Difference(f"{connection.label} heard BYE {connection.byes} times, "
                              f"not {session.byes}")

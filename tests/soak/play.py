@@ -68,9 +68,9 @@ class Play:
         return player.session
 
     def log_in(self, player: Player, session: Session) -> bytes:
-        frames = session.tell(wire.NETWORK, player.network.encode()) + \
-            session.tell(wire.PASSWORD, wire.digest(PASSWORD)) + \
-            session.tell(wire.NAME, player.name.encode())
+        frames = session.take(wire.NETWORK, player.network.encode()) + \
+            session.take(wire.PASSWORD, wire.digest(PASSWORD)) + \
+            session.take(wire.NAME, player.name.encode())
         if session.state == "in":
             self.counts["logins"] += 1
             session.connection.may_end = False
@@ -132,7 +132,7 @@ class Play:
                 fields = list(session.record[:4])
                 fields[rng.randrange(4)] += 1
                 payload = b"%d,%d,%d,%d,0,0" % tuple(fields)
-            frames.append(session.tell(wire.REPORT, payload))
+            frames.append(session.take(wire.REPORT, payload))
         self.counts["reports"] += count
         return b"".join(frames)
 
@@ -153,7 +153,7 @@ class Play:
         elif kind < 0.75:
             for _ in range(rng.randrange(1, 4)):
                 send(self.ask_rights(session) + self.reports(session, rng, count) +
-                     session.tell(wire.BYE) + session.tell(77, b"nobody knows this"))
+                     session.take(wire.BYE) + session.take(77, b"nobody knows this"))
         elif kind < 0.82 or not may_end:
             pass
         elif kind < 0.87:
@@ -183,7 +183,7 @@ class Play:
             self.forget(session)
 
     def ask_rights(self, session: Session) -> bytes:
-        return session.tell(wire.ADMIN) if self.fault.may_read else b""
+        return session.take(wire.ADMIN) if self.fault.may_read else b""
 
     def act_half(self, session: Session, rng: random.Random) -> None:
         """Ends a half-sent message, or the connection, or neither."""
@@ -193,7 +193,7 @@ class Play:
         if kind < 0.15:
             self.cut(session)
         elif kind < 0.6 and rest:
-            session.tell(wire.REPORT, report)
+            session.take(wire.REPORT, report)
             session.half = None
             session.connection.send(rest)
 
@@ -208,23 +208,23 @@ class Play:
         """Connects, and returns the messages of a login or of a failing one, to be sent."""
         session = self.connect(player, SMALL_BUFFER if rng.random() < 0.1 else None)
         network, digest = player.network.encode(), wire.digest(PASSWORD)
-        tell = session.tell
+        take = session.take
         kind = rng.random()
         other = rng.choice(self.players).network.encode()
         name = rng.choice(names).upper().encode() if names else b""
         ways = [
-            (0.08, lambda: [tell(wire.NETWORK, network), tell(wire.PASSWORD, digest)]),
-            (0.05, lambda: [tell(wire.NETWORK, network)]),
+            (0.08, lambda: [take(wire.NETWORK, network), take(wire.PASSWORD, digest)]),
+            (0.05, lambda: [take(wire.NETWORK, network)]),
             (0.03, lambda: []),
-            (0.04, lambda: [tell(wire.NAME, b"x"), tell(wire.PASSWORD, digest),
-                            tell(wire.REPORT, b"1,2,3"), self.ask_rights(session), b""]),
-            (0.04, lambda: [tell(wire.NETWORK, b"Nowhere"), tell(wire.PASSWORD, digest), b""]),
-            (0.04, lambda: [tell(wire.NETWORK, network.upper()),
-                            tell(wire.PASSWORD, wire.digest("wrong")), b""]),
-            (0.06 if names else 0, lambda: [tell(wire.NETWORK, network),
-                                            tell(wire.PASSWORD, digest),
-                                            tell(wire.NAME, name), b""]),
-            (0.05, lambda: [tell(wire.NETWORK, other), tell(wire.PASSWORD, digest), b""]),
+            (0.04, lambda: [take(wire.NAME, b"x"), take(wire.PASSWORD, digest),
+                            take(wire.REPORT, b"1,2,3"), self.ask_rights(session), b""]),
+            (0.04, lambda: [take(wire.NETWORK, b"Nowhere"), take(wire.PASSWORD, digest), b""]),
+            (0.04, lambda: [take(wire.NETWORK, network.upper()),
+                            take(wire.PASSWORD, wire.digest("wrong")), b""]),
+            (0.06 if names else 0, lambda: [take(wire.NETWORK, network),
+                                            take(wire.PASSWORD, digest),
+                                            take(wire.NAME, name), b""]),
+            (0.05, lambda: [take(wire.NETWORK, other), take(wire.PASSWORD, digest), b""]),
         ]
         frames = [b""]
         for weight, way in ways:
@@ -236,7 +236,7 @@ class Play:
         if frames and not frames[-1]:
             frames[-1] = self.log_in(player, session)
             if rng.random() < 0.3:
-                frames += [self.ask_rights(session), tell(wire.NETWORK, b"again")]
+                frames += [self.ask_rights(session), take(wire.NETWORK, b"again")]
         return frames
 
     def arrive(self, players: List[Player], rng: random.Random, names: List[str]) -> None:
@@ -266,7 +266,7 @@ class Play:
         """An administrator acts. Returns the players affected."""
         session = admin.session
         assert session is not None and session.network is not None
-        send, tell = session.connection.send, session.tell
+        send, take = session.connection.send, session.take
         own = [p for p in targets if p.session is not None
                and p.session.network is session.network and p is not admin]
         kind = rng.random()
@@ -274,15 +274,15 @@ class Play:
         if kind < 0.3 and may_message:
             for _ in range(rng.randrange(1, 4)):
                 text = self.unique(admin.name + "#") + "." * rng.randrange(3000)
-                send(tell(wire.MESSAGE_ALL, text.encode()))
+                send(take(wire.MESSAGE_ALL, text.encode()))
         elif target is None:
             pass
         elif kind < 0.6:
-            send(tell(wire.KICK_USER, f"{target.name}|{session.network.name}".encode()))
+            send(take(wire.KICK_USER, f"{target.name}|{session.network.name}".encode()))
             return [target]
         else:
             reason = self.unique("banned") + " " + "x" * int(10 ** rng.uniform(1, 4))
-            send(tell(wire.BAN_USER, f"{target.name}|{reason}".encode()))
+            send(take(wire.BAN_USER, f"{target.name}|{reason}".encode()))
             self.counts["bans"] += 1
             return [target]
         return []
@@ -370,11 +370,11 @@ class Play:
             self.send_away(network)
         changed.most = most
         model.networks.append(added)
-        told = sorted((row["change"], row["name"]) for row in answer.get("rows", []))
+        received = sorted((row["change"], row["name"]) for row in answer.get("rows", []))
         want = sorted([("added", added.name), *(("removed", n.name) for n in removed),
                        ("changed", changed.name)])
-        if told != want:
-            raise Difference(f"a reload tells {told!r}, not {want!r}")
+        if received != want:
+            raise Difference(f"a reload answers {received!r}, not {want!r}")
 
     def send_away(self, network: Network) -> None:
         for player in self.players:
@@ -402,18 +402,18 @@ class Play:
                          in session.connection.answers if command == wire.LIST_BANS]
             return bool(listed)
 
-        session.connection.send(session.tell(wire.LIST_BANS))
-        self.pump.until(has_come, lambda: f"{session.connection.label} is told the bans")
+        session.connection.send(session.take(wire.LIST_BANS))
+        self.pump.until(has_come, lambda: f"{session.connection.label} gets the bans")
         session.connection.answers = [answer for answer in session.connection.answers
                                       if answer[0] != wire.LIST_BANS]
         # Without their numbers, which depend on the order of arrival.
         rows = sorted((row.split(b"|") for row in listed[0]), key=lambda row: row[1:])
         if [tuple(row[1:4]) for row in rows] != \
                 sorted((b.address.encode(), b.by.encode(), b.reason.encode()) for b in bans):
-            raise Difference(f"the bans are told as {rows!r}, not as {bans!r}")
+            raise Difference(f"the bans are listed as {rows!r}, not as {bans!r}")
         for row in rows:
             if rng.random() < 0.7:
-                session.connection.send(session.tell(wire.LIFT_BAN, row[0]))
+                session.connection.send(session.take(wire.LIFT_BAN, row[0]))
                 self.model.bans.remove(next(
                     b for b in bans if (b.address.encode(), b.reason.encode()) ==
                     (row[1], row[3])))
@@ -597,7 +597,7 @@ class Play:
             if session.is_over or session.half is not None or session.state == "refused" \
                     or not connection.is_reading or connection.may_end:
                 continue
-            connection.send(session.tell(wire.BYE))
+            connection.send(session.take(wire.BYE))
             asked.append(session)
         for session in asked:
             connection = session.connection
@@ -668,14 +668,14 @@ class Play:
         """Compares a list of members. The answer to another question marks its end."""
         assert session.network is not None
         connection = session.connection
-        connection.send(session.tell(wire.MEMBER) + session.tell(wire.ADMIN))
+        connection.send(session.take(wire.MEMBER) + session.take(wire.ADMIN))
         self.pump.until(lambda: any(c == wire.ADMIN for c, _ in connection.answers),
-                        lambda: f"{connection.label} is told the members")
-        told = sorted(p for c, p in connection.answers if c == wire.MEMBER)
+                        lambda: f"{connection.label} gets the members")
+        received = sorted(p for c, p in connection.answers if c == wire.MEMBER)
         want = sorted(s.list_record() for s in session.network.members
                       if s is not session and s.name)
-        if told != want:
-            raise Difference(f"{connection.label} is told the members {told!r}, not {want!r}")
+        if received != want:
+            raise Difference(f"{connection.label} gets the members {received!r}, not {want!r}")
         connection.answers = [one for one in connection.answers if one[0] != wire.MEMBER]
 
     def check_footprint(self, connections: int) -> None:

@@ -55,12 +55,12 @@ TEST_F(AppSettingsTest, FileThatCannotBeReadIsIgnoredUntilTheNextSave) {
        {QByteArray(), QByteArray("no XML"), entry.chopped(4), laughs,
         "<s>" + large.repeated(256) + entry.mid(10).chopped(11) + "</s>"}) {
     Write(content);
-    std::vector<std::string> told;
-    settings.FaultReported = [&told](const std::string& line) { told.push_back(line); };
+    std::vector<std::string> reported;
+    settings.FaultReported = [&reported](const std::string& line) { reported.push_back(line); };
     settings.Load();
-    EXPECT_THAT(told, testing::ElementsAre(
-                          testing::AllOf(testing::StartsWith("settings: " + file.toStdString()),
-                                         testing::HasSubstr("cannot be read"))));
+    EXPECT_THAT(reported, testing::ElementsAre(
+                              testing::AllOf(testing::StartsWith("settings: " + file.toStdString()),
+                                             testing::HasSubstr("cannot be read"))));
     QFile broken(file + ".broken");
     EXPECT_EQ(settings.GetValue("Port", "none"), "none") << content.left(80).constData();
     EXPECT_EQ(Content(), content);

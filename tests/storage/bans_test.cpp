@@ -46,8 +46,8 @@ TEST_F(BansTest, BanThatCannotBeStoredIsEnforcedUntilItIs) {
   EXPECT_EQ(Stored(), "10.0.0.1|one;") << "at once";
   const QDateTime before = QDateTime::currentDateTime();
   std::int64_t third = 0;
-  int told = 0;
-  connection.FaultReported = [&told](const std::string&) { ++told; };
+  int reports = 0;
+  connection.FaultReported = [&reports](const std::string&) { ++reports; };
   {
     OtherProgram reader(file);
     reader.Run("BEGIN; SELECT * FROM bans");
@@ -62,9 +62,9 @@ TEST_F(BansTest, BanThatCannotBeStoredIsEnforcedUntilItIs) {
     // Long enough for failed retries and for another date. A lasting fault is reported once a
     // second.
     EXPECT_TRUE(PumpUntil([&] {
-      return told >= 2 && before.secsTo(QDateTime::currentDateTime()) >= 2;
-    })) << told;
-    EXPECT_LT(told, 5);
+      return reports >= 2 && before.secsTo(QDateTime::currentDateTime()) >= 2;
+    })) << reports;
+    EXPECT_LT(reports, 5);
     EXPECT_EQ(Stored(), "10.0.0.1|one;");
   }
   EXPECT_TRUE(

@@ -60,7 +60,7 @@ class UpdaterWindowTest : public testing::Test {
   QPointer<UpdaterWindow> window;
 };
 
-TEST_F(UpdaterWindowTest, ShowsBothVersionsAndTheChangesWhateverTheyHold) {
+TEST_F(UpdaterWindowTest, ShowsVersionsAndChangesOfAnyContent) {
   EXPECT_EQ(UpdaterWindow::WithAppName("%AppName% and %AppName%", "<b>"), "<b> and <b>");
   update.changes = "<b>a</b>\r\nb\rc\xE2\x80\xA8\td\x01\xE2\x80\xAE\xEF\xBF\xBC";
   Open("/setup.deb");
