@@ -72,7 +72,7 @@ std::int64_t ExponentOf(const Decimal& number) {
   return negative ? -exponent : exponent;
 }
 
-// Whether a number that no double holds is too large for it; else it is too small.
+// Whether a number outside double's range is too large; otherwise it is too small.
 bool IsTooLarge(const Decimal& number) {
   const std::size_t leading = number.mantissa.find_first_of("123456789");
   if (leading == std::string_view::npos) return false;

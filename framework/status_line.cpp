@@ -9,8 +9,8 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kMaxLineBytes = 4096;  // bytes
-constexpr std::size_t kMaxNameBytes = 256;   // bytes
+constexpr std::size_t kMaxLineBytes = 4096;
+constexpr std::size_t kMaxNameBytes = 256;
 
 std::string CutAt(std::size_t length) {
   return "... (" + std::to_string(length) + " bytes)";

@@ -42,7 +42,7 @@ bool SameText(std::string_view left, std::string_view right) {
 
 QString DisplayText(std::string_view text) {
   const QByteArrayView bytes(text.data(), static_cast<qsizetype>(text.size()));
-  // Without the flag a leading U+FEFF would vanish, and two different names become one.
+  // Without the flag a leading U+FEFF would be dropped, which makes two different names equal.
   QStringDecoder decode(QStringDecoder::Utf8,
                         QStringDecoder::Flag::Stateless | QStringDecoder::Flag::ConvertInitialBom);
   QString decoded = decode(bytes);
