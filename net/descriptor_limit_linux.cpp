@@ -9,7 +9,7 @@ namespace corvane {
 namespace {
 
 constexpr rlim_t kMaxDescriptors = 128 * 1024;  // a megabyte of the kernel's memory
-// Kept for the rest of the program; of a low limit at most a quarter.
+// Descriptors kept for the rest of the program, but at most a quarter of the limit.
 constexpr rlim_t kSpareDescriptors = 32;
 constexpr rlim_t kSpareShare = 4;
 

@@ -20,6 +20,7 @@ struct Endpoint {
   std::uint16_t port = 0;
 };
 
+// The outcome of sending or receiving.
 struct Transfer {
   std::size_t bytes = 0;
   int error = 0;

@@ -33,8 +33,8 @@ int SetOption(SocketHandle handle, int level, int option, int value) {
 void SetConnectionOptions(SocketHandle handle) {
   // A minute of silence, then fifteen probes two seconds apart: thousands of connections may probe
   // at the same moment, and a system with a queue of 1000 packets drops the others. 90 s without an
-  // acknowledgement end the connection too. Data sent to a silent peer starts that time over, so at
-  // most both add up.
+  // acknowledgement end the connection too. Data sent to a silent peer restarts that time, so at
+  // worst the two times add up.
   SetOption(handle, IPPROTO_TCP, TCP_NODELAY, 1);
   SetOption(handle, SOL_SOCKET, SO_KEEPALIVE, 1);
   SetOption(handle, IPPROTO_TCP, TCP_KEEPIDLE, 60);

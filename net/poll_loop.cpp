@@ -35,8 +35,8 @@ PollLoop::PollLoop(std::function<void()> unhandled, const ConnectionMemory::Limi
 
 PollLoop::~PollLoop() {
   Stop();
-  // Drop the last references to sockets while the loop is whole. The end of one may put others back
-  // on the lists.
+  // Drops the last references to sockets while the loop is still complete. Destroying one may put
+  // others back on the lists.
   const auto isKept = [](const auto& socket) { return socket->myKeep != nullptr; };
   do {
     for (const std::shared_ptr<SocketCore>& socket : myWatched.All())

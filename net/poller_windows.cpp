@@ -75,7 +75,7 @@ struct Poller::System {
     while (PeekMessageW(&message, window, kSocketMessage, kSocketMessage,
                         PM_REMOVE | PM_QS_POSTMESSAGE)) {
       if (message.message == WM_QUIT) {
-        // Not filtered by the arguments, and meant for Qt.
+        // WM_QUIT passes any filter; it is meant for Qt.
         PostQuitMessage(static_cast<int>(message.wParam));
         return;
       }

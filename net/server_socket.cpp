@@ -14,8 +14,8 @@
 namespace corvane {
 namespace {
 
-// The accept backlog. The system acknowledges and then forgets connections above it, and their
-// clients wait for a greeting for ever; so a small minimum of idle objects does not make it small.
+// The accept backlog, however few idle objects are kept. The system acknowledges connections above
+// it and then forgets them, and their clients wait for a greeting for ever.
 constexpr std::int32_t kMinBacklog = 4096;
 constexpr std::int32_t kMaxBacklog = 8192;
 constexpr std::int64_t kBatch = 10;
