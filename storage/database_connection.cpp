@@ -50,7 +50,7 @@ DatabaseValue ColumnValue(sqlite3_stmt* statement, int column) {
     case SQLITE_FLOAT:
       return sqlite3_column_double(statement, column);
     default: {
-      // Before the conversion to UTF-8 the length would be another.
+      // Converts to UTF-8 first, which changes the length.
       const void* const bytes = sqlite3_column_type(statement, column) == SQLITE_BLOB
                                     ? sqlite3_column_blob(statement, column)
                                     : sqlite3_column_text(statement, column);
@@ -105,7 +105,7 @@ void DatabaseConnection::Close() {
 
 bool DatabaseConnection::Connect(const QString& file) {
   Close();
-  // SQLite gives some names another meaning; an empty one is a new database.
+  // SQLite gives some names a special meaning: an empty one makes a new database.
   if (!QFileInfo(file).isFile()) return ReportFault(SQLITE_CANTOPEN);
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
   sqlite3* database = nullptr;

@@ -8,7 +8,7 @@ namespace corvane {
 
 namespace {
 
-// Writes until nothing is accepted: only that write reports the cause.
+// Writes until a write accepts nothing, since only that one reports why.
 bool WriteWhole(QFileDevice& file, QByteArrayView content) {
   while (!content.isEmpty()) {
     const qint64 written = file.write(content.data(), content.size());

@@ -12,7 +12,7 @@ namespace corvane {
 namespace {
 
 constexpr int kInstructionsBetweenLooks = 100;
-constexpr std::int64_t kMaxMemory = std::int64_t{4} << 20;  // bytes beside what is in use
+constexpr std::int64_t kMaxMemory = std::int64_t{4} << 20;  // bytes above those in use
 constexpr int kMaxSelects = 8;
 constexpr int kMaxReads = 32;
 constexpr std::size_t kMaxLength = std::size_t{16} << 10;  // bytes, of the whole query
@@ -35,8 +35,8 @@ StrangerGuard::StrangerGuard(sqlite3* database, std::string_view table, std::str
   if (strangers.find('\'') == std::string_view::npos) return;
   Confine();
   // The authorizer takes a table defined by WITH for a view and is not asked about the columns that
-  // a JOIN compares. The words are searched for as mere letters: no real name has a quote and
-  // these.
+  // a JOIN compares. The words are refused even inside other words: no real name has them and a
+  // quote.
   const std::string folded = FoldText(strangers.substr(0, kMaxLength));
   myIsRefused = strangers.size() > kMaxLength || folded.find("with") != std::string::npos ||
                 folded.find("join") != std::string::npos;

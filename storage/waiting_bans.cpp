@@ -15,9 +15,9 @@ namespace corvane {
 namespace {
 
 constexpr qsizetype kFields = 5;
-constexpr std::size_t kMaxTidiedBytes = std::size_t{64} << 10;  // bytes
+constexpr std::size_t kMaxTidiedBytes = std::size_t{64} << 10;
 // An administrator may issue any number of bans, with long reasons.
-constexpr std::size_t kMaxWaitingBytes = std::size_t{16} << 20;  // bytes
+constexpr std::size_t kMaxWaitingBytes = std::size_t{16} << 20;
 
 std::size_t SizeOf(const Ban& ban) {
   return sizeof(ban) + ban.address.size() + ban.by.size() + ban.reason.size() + ban.network.size();
