@@ -112,7 +112,7 @@ bool NetworkHost::Ban(const std::string& address, const std::string& by,
                       std::string_view givenReason, const std::string& networkName,
                       ClientSocket* target) {
   const std::string reason(Beginning(givenReason, Context.rules.maxReason));
-  // Before the notice, which may leave at once: nobody hears of a ban before it counts.
+  // Before the notice, which may be sent at once: a ban is in force before anybody is notified.
   const bool isStored = Context.bans.Add(address, by, reason, networkName);
   if (target != nullptr) target->SendNotice(wire::kBanned, reason);
   CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
