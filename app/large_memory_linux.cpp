@@ -11,7 +11,7 @@ constexpr int kLarge = 1 << 20;
 
 void ReturnLargeMemory() {
   // The C library's own threshold rises to the largest block freed, up to 32 MiB. Blocks below it
-  // come from the heap, which one small block at its end keeps from shrinking.
+  // come from the heap, which cannot shrink while a small block remains at its end.
   mallopt(M_MMAP_THRESHOLD, kLarge);
 }
 
