@@ -12,7 +12,7 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxDocumentBytes = 1024 * 1024;
-constexpr std::size_t kMaxTagBytes = 4096;  // bytes
+constexpr std::size_t kMaxTagBytes = 4096;
 
 // The position after the next `end`; the end of the document if there is none.
 std::size_t Behind(std::string_view document, std::string_view end, std::size_t begin) {

@@ -25,7 +25,7 @@ constexpr std::size_t kMaxVersionLength = 100;  // characters
 constexpr qsizetype kMaxChangesLength = 100'000;
 constexpr qsizetype kMaxLineLength = 2'000;
 constexpr qsizetype kMaxLines = 5'000;
-// A slow download may take long as long as data arrive.
+// A slow download may take long, provided that data keep arriving.
 constexpr std::chrono::hours kDownloadTimeout{12};
 constexpr std::chrono::seconds kDownloadSilence{60};
 constexpr std::int64_t kMaxInstallerBytes = std::int64_t{2} << 30;
@@ -151,7 +151,7 @@ void UpdaterWindow::LayOut() {
   headline.setPointSizeF(headline.pointSizeF() * 1.15);
   InfoLabel->setFont(headline);
   for (QLabel* caption : {UpdateLabel, UpdateAgainLabel}) {
-    // Hiding them moves nothing.
+    // The other controls stay in place when these are hidden.
     QSizePolicy policy = caption->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     caption->setSizePolicy(policy);
