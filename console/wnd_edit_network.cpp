@@ -19,7 +19,7 @@ wndEditNetwork::wndEditNetwork(Operator& op, NetworkRef network, QWidget& owner)
 }
 
 void wndEditNetwork::btnOK_Action() {
-  // Without an edit keeps the bytes of a password that the field cannot represent.
+  // An unedited password keeps its bytes, even if the field cannot represent them.
   const std::string password =
       txtPass->isModified() ? TextFromDisplay(txtPass->text()) : myNetwork->Password;
   if (!myOperator.ChangeNetwork(*myNetwork, password, MaxUsers(), chkEnable->isChecked())) {
