@@ -5,6 +5,7 @@
 
 namespace corvane::ctl {
 
+// A positional argument of a command.
 struct Argument {
   const char* name;  // the request's field
   const char* description;

@@ -119,7 +119,7 @@ int main(int argc, char** argv) {
     const int code = Execute(ParseCommandLine(QCoreApplication::arguments()), printer);
     const int error = printer.Error();
     if (code != kDone || error == 0) return code;
-    // A reader that has stopped, such as "head", wants no message.
+    // No message if the reader has stopped on purpose, as "head" does.
     if (error == EPIPE) return kNotShown;
     return Complain(kNotShown, QString("standard output: ") + std::strerror(error));
   } catch (const UsageError& error) {
