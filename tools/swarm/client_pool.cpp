@@ -178,8 +178,8 @@ void ClientPool::StartConnecting(Client& client) {
   }
   Set(client.myDescriptor, IPPROTO_TCP, TCP_NODELAY, 1);
   if (myManner.reading == Reading::Nothing) {
-    // Unread output shall wait in the server. The kernel would keep megabytes of it in the long
-    // segments of a local connection: so the smallest buffer, and segments as on a network.
+    // Makes unread output wait in the server: the smallest buffer, and segments as on a network. In
+    // the long segments of a local connection the kernel would keep megabytes of it.
     Set(client.myDescriptor, SOL_SOCKET, SO_RCVBUF, 1);
     Set(client.myDescriptor, IPPROTO_TCP, TCP_MAXSEG, kNetworkSegment);
   }

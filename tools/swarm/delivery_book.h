@@ -11,6 +11,7 @@
 
 namespace corvane::swarm {
 
+// A member of a run, by the numbers of its network and of the user in it.
 struct Member {
   std::size_t network = 0;
   std::size_t user = 0;

@@ -16,6 +16,7 @@ class QString;
 
 namespace corvane::swarm {
 
+// The deliveries of a measured run (DeliveryBook).
 struct Deliveries {
   std::uint64_t sent = 0;
   std::uint64_t expected = 0;
@@ -94,6 +95,7 @@ struct RunResult {
   std::optional<double> ServerBytesPerConnection() const;
 };
 
+// The result of a rush (RunRush).
 struct RushResult {
   struct Round {
     std::size_t greeted = 0;

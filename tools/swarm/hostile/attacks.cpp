@@ -160,7 +160,7 @@ Attack SlowWriters() {
   return {.act = act, .standing = Standing::OtherNetwork, .strangers = 200};
 }
 
-// As many connections as this process may have, less some.
+// Almost as many connections as this process may have.
 Attack Connections() {
   constexpr rlim_t kSpare = 300;
   constexpr rlim_t kEnough = 100'000;
