@@ -30,7 +30,7 @@ namespace corvane {
 
 // The application object: owns what the process has only one of (settings, database, event loop,
 // listener, log), opens these in order, and ends the program. Writes status lines to standard
-// output and messages to the operator to the log. RunServer makes it; the front ends borrow it.
+// output, and logs the messages to the operator. RunServer makes it; the front ends borrow it.
 class App {
  public:
   // `dataFolder` holds the database and the settings file; none if the system has no such folder.
@@ -50,8 +50,8 @@ class App {
   int Run(int (*exec)(), std::function<void()> open);
 
   // Configures the listener from the settings, starts it and fills its Networks from the database.
-  // Ends with the status line "Listening...", even if the server cannot listen; standard
-  // error then has the reason. Reports an unknown interface like any other fault in the settings.
+  // Ends with the status line "Listening...", even if the server cannot listen; standard error then
+  // has the reason. Reports an unknown interface like any other fault in the settings.
   void LoadServerSocket();
 
   // The networks in the database, in its order; none if the query fails.

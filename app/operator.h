@@ -105,8 +105,8 @@ class Operator {
   // `isName`.
   std::shared_ptr<ClientSocket> FindUser(const std::string& user, bool isName) const;
 
-  // Sends the user a notice, at which clients disconnect. A client that does not is disconnected
-  // after the time that the rules allow. Does nothing to a user who has left.
+  // Sends the user a notice, at which clients disconnect. The rules may set a time
+  // after which one that does not is disconnected. Does nothing to a user who has left.
   void Kick(ClientSocket& user, const std::string& reason);
   // The same, and bans the address, even if the user has left. The rules may shorten the reason.
   bool Ban(ClientSocket& user, const std::string& reason);
@@ -131,8 +131,8 @@ class Operator {
   bool ForEachBan(const std::function<void(const corvane::Ban&)>& act);
   // The ban listed under this number; none also if the query fails.
   std::optional<corvane::Ban> FindBan(std::int64_t number);
-  // Both take the records' numbers and skip deleted records. After LiftBans the address can connect
-  // again; after DeleteAdmins the rights end at once.
+  // Both take the records' numbers and skip deleted records. A lifted ban no longer
+  // refuses its address; a deleted administrator loses the rights at once.
   bool LiftBans(const std::vector<std::int64_t>& ids);
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
   // None if the query fails.

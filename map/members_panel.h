@@ -11,7 +11,7 @@
 
 namespace corvane::map {
 
-// The list of members with a filter field. It shows everything as text that the map shows as
+// The list of members with a filter field. It shows as text what the map shows as
 // markers.
 class MembersPanel : public QWidget {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MembersPanel)

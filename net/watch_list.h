@@ -11,7 +11,7 @@ class TCPSocket;
 
 // The sockets whose descriptors are watched, by token. Borrows them. The system reuses the number
 // of a closed descriptor at once, but a token is never reused, so readiness that was noted for a
-// removed socket finds no other.
+// removed socket never reaches another.
 class WatchList {
  public:
   // Returns the socket's token, never 0.

@@ -98,7 +98,6 @@ class AddressTable {
   bool myIsCalled = false;     // the timer for the first one runs
 };
 
-// Must be destroyed when the connection has ended.
 class AddressTable::Place {
  public:
   Place(std::shared_ptr<Counts> counts, const std::string& address);

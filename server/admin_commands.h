@@ -18,8 +18,8 @@ struct SessionContext;
 // an administrator of its network, delays what costs much and carries out the rest. Borrows the
 // session, which has to be logged in, and what sessions share.
 //
-// Limits (CostGate): costly commands take at most a tenth of a session's time. User names that make
-// the question to the database costly take at most a tenth of the time of all sessions together.
+// Limits (CostGate): the costly commands of one session take at most a tenth of the time. So do,
+// all together, the questions to the database that user names make costly.
 class AdminCommands {
  public:
   AdminCommands(ClientSocket& session, SessionContext& context, ConnectionMemory& memory);

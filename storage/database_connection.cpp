@@ -105,7 +105,7 @@ void DatabaseConnection::Close() {
 
 bool DatabaseConnection::Connect(const QString& file) {
   Close();
-  // SQLite gives some names a special meaning: an empty one makes a new database.
+  // SQLite does not take every name for a file: an empty one makes a new database.
   if (!QFileInfo(file).isFile()) return ReportFault(SQLITE_CANTOPEN);
   const std::string path = QFileInfo(file).absoluteFilePath().toStdString();
   sqlite3* database = nullptr;
