@@ -40,7 +40,7 @@ class Client {
   const std::string& UserName() const { return myLogin->Details().userName; }
   // On all connections so far.
   std::uint64_t BytesSent() const { return myBytesSent; }
-  // How often ClientEvents::Idle was raised for it on this connection.
+  // Number of Idle events that were handled on this connection.
   std::size_t Turn() const { return myTurn; }
 
   // For handlers of ClientEvents::Idle.
