@@ -25,9 +25,9 @@ struct Destination {
   Account account;
 };
 
-// A client's connection to a server: connects, logs in, and asks for the members and the client's
-// rights after the login and every 30 s. Reconnects with growing delays after a loss, but not if it
-// was never online, nor after a kick, a ban or "BYE".
+// A client's connection to a server, kept alive: connects, logs in, and asks for the members and
+// the client's rights after the login and every 30 s. After a loss it reconnects with growing
+// delays; it does not if it never was online, nor after a kick, a ban or "BYE".
 //
 // Owns the socket, the session and the members. Reads a bounded amount per turn of Qt's loop, so no
 // server can block the loop. A handler of its events may call any method.

@@ -17,7 +17,7 @@ struct RecentServer {
   std::uint16_t port = 12000;
   QString network;
   QString userName;
-  // The password's digest; empty unless the user wants it remembered.
+  // Of the password; empty unless the user wants it remembered.
   QByteArray digest;
 };
 

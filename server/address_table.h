@@ -30,9 +30,9 @@ class AddressTable {
   AddressTable(PollLoop& loop, SocketCore& owner, const Rules& rules)
       : myLoop(loop), myOwner(owner), myRules(rules) {}
 
-  // Event: a status line about an address, with the number of its connections that were refused, or
-  // of its lines that were left out, since the last such line. Raised at once for the first refused
-  // connection and then at most once per period and address. Must be set.
+  // Event: a status line with the number of an address's connections that were refused, or of its
+  // lines that were left out, since the last one. Raised at most once per period and address, and
+  // at once for the first refused connection. Must be set.
   std::function<void(StatusParts)> Reported;
 
   // Whether the address may have one more connection. Counts a refusal.
