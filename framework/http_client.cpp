@@ -96,8 +96,11 @@ void Transfer::Start(QNetworkAccessManager& manager, const QByteArray& userAgent
 }
 
 std::int64_t Transfer::Announced() const {
-  const QVariant length = myReply->header(QNetworkRequest::ContentLengthHeader);
-  return length.isValid() ? length.toLongLong() : -1;
+  // Qt 6.4 may put the lengths of earlier redirects in front: "0, 7".
+  const QByteArray lengths = myReply->rawHeader("Content-Length");
+  bool isNumber = false;
+  const qint64 last = lengths.mid(lengths.lastIndexOf(',') + 1).toLongLong(&isNumber);
+  return isNumber ? last : -1;
 }
 
 bool Transfer::Read() {
