@@ -16,7 +16,7 @@ using SocketHandle = qintptr;
 inline constexpr SocketHandle kNoSocket = -1;
 
 struct Endpoint {
-  std::string address;  // dotted IPv4; empty: all addresses of the machine
+  std::string address;  // dotted IPv4, or IPv6 for a proxy's client; empty: all of the machine
   std::uint16_t port = 0;
 };
 
@@ -62,6 +62,8 @@ int PendingError(SocketHandle handle);
 
 // 0 bytes without an error: the peer will send no more.
 Transfer Receive(SocketHandle handle, std::span<char> buffer);
+// The same, but leaves the bytes to be received again.
+Transfer Peek(SocketHandle handle, std::span<char> buffer);
 // Sends the pieces in order, at most kMaxPieces. Fewer bytes than given, or WouldBlock: there is no
 // more room, and the poller reports when there is.
 inline constexpr std::size_t kMaxPieces = 16;

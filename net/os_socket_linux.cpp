@@ -124,6 +124,11 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
   return TransferOf([&] { return recv(Descriptor(handle), buffer.data(), buffer.size(), 0); });
 }
 
+Transfer Peek(SocketHandle handle, std::span<char> buffer) {
+  return TransferOf(
+      [&] { return recv(Descriptor(handle), buffer.data(), buffer.size(), MSG_PEEK); });
+}
+
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
   if (pieces.size() == 1) {  // the usual case, and cheaper
     const std::string_view only = pieces.front();

@@ -144,6 +144,10 @@ Transfer Receive(SocketHandle handle, std::span<char> buffer) {
   return TransferOf(recv(Socket(handle), buffer.data(), Piece(buffer.size()), 0));
 }
 
+Transfer Peek(SocketHandle handle, std::span<char> buffer) {
+  return TransferOf(recv(Socket(handle), buffer.data(), Piece(buffer.size()), MSG_PEEK));
+}
+
 Transfer Send(SocketHandle handle, std::span<const std::string_view> pieces) {
   // The system reports new room only after a call that would block, not after a partial one.
   std::size_t sent = 0;

@@ -9,6 +9,7 @@
 
 #include "net/descriptor_limit.h"
 #include "net/poll_loop.h"
+#include "net/proxy_header_reader.h"
 #include "net/tcp_socket.h"
 
 namespace corvane {
@@ -23,6 +24,7 @@ constexpr std::int64_t kBatch = 10;
 // a client that finds the backlog full tries again only a second later.
 constexpr int kMaxAcceptsPerPass = 512;
 constexpr std::size_t kMaxArrived = 16'384;
+constexpr std::size_t kMaxProxied = 1024;
 constexpr std::chrono::milliseconds kMaxHandOffTime(2);  // in one pass
 constexpr std::chrono::seconds kPause(1);
 
@@ -36,6 +38,7 @@ ServerSocket::ServerSocket(PollLoop& loop, std::int32_t minimumSocketsAvailable,
       myPool(myMinimum, myMaximum) {}
 
 ServerSocket::~ServerSocket() {
+  CloseProxied();
   // Active connections stay connected, and find no listener when they end.
   for (const std::shared_ptr<TCPSocket>& socket : *myPool.ActiveSockets())
     socket->KeepAlive();
@@ -73,6 +76,7 @@ void ServerSocket::Close() {
   const SocketPool::Sockets idle = myPool.TakeIdle();
   std::for_each(idle.rbegin(), idle.rend(),
                 [](const std::shared_ptr<TCPSocket>& socket) { socket->Close(); });
+  CloseProxied();
   for (const os::Accepted& arrived : std::exchange(myArrived, {}))
     os::CloseSocket(arrived.handle);
   CloseDescriptor();
@@ -143,13 +147,15 @@ bool ServerSocket::MayAccept() const {
 }
 
 void ServerSocket::AcceptOne() {
-  if (!HasSpareDescriptors(myLastAccepted)) return PauseAccepting(os::kOutOfDescriptors);
+  while (!HasSpareDescriptors(myLastAccepted)) {
+    if (myProxied.empty()) return PauseAccepting(os::kOutOfDescriptors);
+    GiveUpOldestProxied();
+  }
   const os::Accepted accepted = os::Accept(Handle());
   if (accepted.error == 0) {
     myIsExhausted = false;
     myLastAccepted = accepted.handle;
-    if (!Event_Accepted(accepted.peer)) return os::CloseSocket(accepted.handle);
-    myArrived.push_back(accepted);
+    ProxyAddresses.Contains(accepted.peer.address) ? AwaitHeader(accepted) : Admit(accepted);
   } else if (os::WouldBlock(accepted.error)) {
     myIsReadable = false;
   } else if (os::IsOutOfDescriptors(accepted.error)) {
@@ -157,6 +163,34 @@ void ServerSocket::AcceptOne() {
   } else if (!os::IsPassingAcceptError(accepted.error) && myArrived.empty()) {
     Fail(accepted.error);
   }
+}
+
+void ServerSocket::Admit(const os::Accepted& accepted) {
+  if (!Event_Accepted(accepted.peer)) return os::CloseSocket(accepted.handle);
+  myArrived.push_back(accepted);
+}
+
+void ServerSocket::AwaitHeader(const os::Accepted& accepted) {
+  if (myProxied.size() >= kMaxProxied) GiveUpOldestProxied();
+  const auto reader = std::make_shared<ProxyHeaderReader>(myLoop);
+  reader->Ended = [this](ProxyHeaderReader& ended, const os::Accepted& from) {
+    std::erase_if(myProxied, [&](const auto& proxied) { return proxied.get() == &ended; });
+    if (from.handle == os::kNoSocket) return Event_HeaderMissing(from.peer);
+    Admit(from);
+    myLoop.RequestPass(*this);
+  };
+  if (reader->Begin(accepted, HeaderPatience)) myProxied.push_back(reader);
+}
+
+void ServerSocket::GiveUpOldestProxied() {
+  const std::shared_ptr<ProxyHeaderReader> oldest = std::move(myProxied.front());
+  myProxied.pop_front();
+  oldest->GiveUp();
+}
+
+void ServerSocket::CloseProxied() {
+  for (const std::shared_ptr<ProxyHeaderReader>& proxied : std::exchange(myProxied, {}))
+    proxied->Close();
 }
 
 void ServerSocket::HandOff(const os::Accepted& accepted) {

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <optional>
 #include <vector>
 
+#include "framework/address_ranges.h"
 #include "net/os_socket.h"
 #include "net/socket_core.h"
 #include "net/socket_pool.h"
@@ -13,12 +15,13 @@
 
 namespace corvane {
 
+class ProxyHeaderReader;
 class TCPSocket;
 
 // A listener with a pool of connection objects that are made ahead. An accepted connection is
 // handed off to an idle object, which then raises Connected. If none is idle, or the maximum is
 // handed off, the connection is closed without a message. Owns its descriptor, its idle objects and
-// connections that wait for their hand-off; shares the active objects with their users.
+// connections that wait for a header or their hand-off; shares the active objects with their users.
 //
 // States: created or closed (no descriptor), listening, stopped (descriptor open, nothing is
 // accepted), failed (Error was raised). Listen starts over from any of them. Without descriptors or
@@ -38,6 +41,13 @@ class ServerSocket : public SocketCore {
 
   // The interface to listen on; none means all IPv4 addresses.
   std::optional<corvane::NetworkInterface> NetworkInterface;
+
+  // The addresses of proxies, which begin each connection with a header that names its client. The
+  // connection waits for it outside the pool, at most HeaderPatience, and is its client's from then
+  // on. At most 1024 connections wait, fewer if descriptors run short: the one that has waited
+  // longest is closed for the next.
+  AddressRanges ProxyAddresses;
+  std::chrono::milliseconds HeaderPatience = std::chrono::seconds(5);
 
   std::int32_t MinimumSocketsAvailable() const { return myMinimum; }
   void SetMinimumSocketsAvailable(std::int32_t value) { myMinimum = value; }
@@ -62,6 +72,8 @@ class ServerSocket : public SocketCore {
   // Returns a new, unconnected object for the pool, or nothing.
   virtual std::shared_ptr<TCPSocket> Event_AddSocket() = 0;
   virtual void Event_Error(std::int32_t /*code*/) {}
+  // A proxy's connection was closed because it did not begin with a header.
+  virtual void Event_HeaderMissing(const os::Endpoint& /*proxy*/) {}
   // An object entered or left the active list.
   virtual void Event_HandedOff(const std::shared_ptr<TCPSocket>& /*socket*/) {}
   virtual void Event_GivenBack(const std::shared_ptr<TCPSocket>& /*socket*/) {}
@@ -77,6 +89,10 @@ class ServerSocket : public SocketCore {
   bool MayAccept() const;
   void Accept();
   void AcceptOne();
+  void Admit(const os::Accepted& accepted);
+  void AwaitHeader(const os::Accepted& accepted);
+  void GiveUpOldestProxied();
+  void CloseProxied();
   void HandOff(const os::Accepted& accepted);
   void PauseAccepting(int error);
   void GiveBack(const std::shared_ptr<TCPSocket>& socket);
@@ -90,7 +106,8 @@ class ServerSocket : public SocketCore {
   std::int32_t myMinimum;
   std::int32_t myMaximum;
   SocketPool myPool;
-  std::deque<os::Accepted> myArrived;  // accepted and not handed off yet
+  std::deque<std::shared_ptr<ProxyHeaderReader>> myProxied;  // accepted, header not read yet
+  std::deque<os::Accepted> myArrived;                        // accepted, not handed off yet
   std::uint64_t myLastHandOff = 0;
   os::SocketHandle myLastAccepted = os::kNoSocket;
   bool myIsListening = false;

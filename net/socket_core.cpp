@@ -3,6 +3,7 @@
 #include <limits>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "net/poll_loop.h"
 
@@ -65,11 +66,13 @@ int SocketCore::OpenToListen(const std::optional<NetworkInterface>& local, std::
   return error;
 }
 
-void SocketCore::CloseDescriptor() {
-  if (myHandle == os::kNoSocket) return;
+os::SocketHandle SocketCore::ReleaseDescriptor() {
   myLoop.Unwatch(*this);
-  os::CloseSocket(myHandle);
-  myHandle = os::kNoSocket;
+  return std::exchange(myHandle, os::kNoSocket);
+}
+
+void SocketCore::CloseDescriptor() {
+  if (myHandle != os::kNoSocket) os::CloseSocket(ReleaseDescriptor());
 }
 
 void SocketCore::KeepAlive() {

@@ -77,6 +77,8 @@ class SocketCore : public std::enable_shared_from_this<SocketCore> {
   int Open(std::int32_t port);
   // The same, and listens: without an interface on all addresses.
   int OpenToListen(const std::optional<NetworkInterface>& local, std::int32_t port, int backlog);
+  // Returns the descriptor, which is the caller's from now on; the loop stops watching it.
+  os::SocketHandle ReleaseDescriptor();
   // Closes the descriptor, if there is one.
   void CloseDescriptor();
   // Makes the loop keep the socket alive until its descriptor is no longer watched.

@@ -34,6 +34,11 @@ TCPSocket::~TCPSocket() {
   EndConnection();
 }
 
+std::string TCPSocket::PeerName() const {
+  const bool isIPv6 = myPeer.address.find(':') != std::string::npos;
+  return (isIPv6 ? '[' + myPeer.address + ']' : myPeer.address) + ':' + std::to_string(myPeer.port);
+}
+
 void TCPSocket::Connect() {
   Begin(State::Connecting);
 }

@@ -55,10 +55,11 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   virtual void Poll();
 
   bool IsConnected() const { return myState == State::Connected; }
-  // The peer's address, dotted; kept after the end of the connection.
+  // The peer's address, or that of a proxy's client; kept after the end of the connection.
   const std::string& RemoteAddress() const { return myPeer.address; }
-  // "ADDRESS:PORT" of the peer: unique among connections.
-  std::string PeerName() const { return myPeer.address + ':' + std::to_string(myPeer.port); }
+  // "ADDRESS:PORT" of the peer, "[ADDRESS]:PORT" for IPv6: unique among connections, as far as
+  // proxies tell the truth.
+  std::string PeerName() const;
   // Grows with each connection that its listener hands off; 0 while it is not among the listener's
   // active ones.
   std::uint64_t HandOffNumber() const { return myHandOffNumber; }

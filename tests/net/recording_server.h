@@ -71,6 +71,7 @@ class RecordingServer : public ServerSocket {
 
   std::vector<std::string> log;
   std::vector<std::int32_t> errors;
+  int withoutHeader = 0;
   std::chrono::milliseconds greetingTakes{0};
   int made = 0;
   int asked = 0;
@@ -87,6 +88,10 @@ class RecordingServer : public ServerSocket {
     return std::make_shared<RecordingSocket>(myLoop, log, ++made);
   }
   void Event_Error(std::int32_t code) override { errors.push_back(code); }
+  void Event_HeaderMissing(const os::Endpoint& proxy) override {
+    EXPECT_EQ(proxy.address, "127.0.0.1");
+    ++withoutHeader;
+  }
   void Event_HandedOff(const std::shared_ptr<TCPSocket>& /*socket*/) override {
     std::this_thread::sleep_for(greetingTakes);
   }

@@ -86,6 +86,29 @@ TEST_F(DescriptorLimitTest, SomeAreLeftForTheRestOfTheProgram) {
   }
 }
 
+TEST_F(DescriptorLimitTest, SilentProxiesCostNobodyElse) {
+  const os::SocketHandle direct = os::OpenSocket().handle;
+  EXPECT_EQ(os::Bind(direct, {"127.0.0.2", 0}), 0);
+  const os::SocketHandle proxied = os::OpenSocket().handle;
+  const rlimit highest = {before.rlim_max, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &highest);
+  server->ProxyAddresses = AddressRanges("127.0.0.1");
+  server->Listen();
+  Rush(1'030);
+  EXPECT_TRUE(PumpUntil([this] { return server->withoutHeader == 6; })) << "no more than 1024 wait";
+
+  // So low that only the descriptors of those who have waited longest may be used again.
+  const rlimit lower = {static_cast<rlim_t>(rush.back()) + 42, before.rlim_max};
+  rush.insert(rush.end(), {direct, proxied});
+  setrlimit(RLIMIT_NOFILE, &lower);
+  const os::Endpoint listener{"127.0.0.1", static_cast<std::uint16_t>(server->Port())};
+  EXPECT_EQ(os::Connect(direct, listener), 0);
+  EXPECT_EQ(os::Connect(proxied, listener), 0);
+  os::Send(proxied, "PROXY TCP4 192.0.2.17 127.0.0.1 1 1\r\n");
+  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 2; }));
+  EXPECT_THAT(server->errors, ElementsAre());
+}
+
 TEST_F(NetTest, AcceptedConnectionHasTheListenersOptions) {
   server->Listen();
   const TestClient client(server->Port());

@@ -9,6 +9,7 @@
 namespace corvane {
 namespace {
 
+using namespace std::string_literals;
 using testing::ElementsAre;
 
 class ServerSocketTest : public NetTest {
@@ -146,6 +147,61 @@ TEST_F(ServerSocketTest, CloseEndsConnectionsThatWaitForTheirHandOff) {
   };
   EXPECT_TRUE(
       PumpUntil([&] { return std::ranges::count_if(rush, wasEnded) == kMany - handedOff; }));
+}
+
+TEST_F(ServerSocketTest, ProxysConnectionIsItsClientsInWhateverPiecesTheHeaderComes) {
+  server->ProxyAddresses = AddressRanges("127.0.0.1");
+  server->Listen();
+  const std::string binary = "\r\n\r\n\0\r\nQUIT\n\x21\x11\xFF\xFF\xC0\0\2\x11\x7F\0\0\1\0\2\0\3"s;
+  for (const auto& [header, peer] :
+       {std::pair{"PROXY TCP6 2001:DB8::17 ::1 443 12000\r\n"s, "[2001:db8::17]:443"s},
+        {binary + std::string(0xFFFF - 12, 'x'), "192.0.2.17:2"s},
+        {"PROXY UNKNOWN\r\n"s, "127.0.0.1:"s}}) {
+    const std::string all = header + WireBytes(1, "hi") + WireBytes(2, "again");
+    for (const std::size_t piece : {header.size() / 20 + 1, header.size() - 1, header.size(),
+                                    header.size() + 3, all.size()}) {
+      server->log.clear();
+      TestClient client(server->Port());
+      for (std::size_t at = 0; at < all.size(); at += piece) {
+        client.SendBytes(all.substr(at, piece));
+        PumpFor(std::chrono::milliseconds(1));
+      }
+      EXPECT_TRUE(PumpUntil([&] { return server->log.size() == 3; })) << piece;
+      EXPECT_THAT(server->log,
+                  ElementsAre(testing::EndsWith("connected"), testing::EndsWith("1 hi"),
+                              testing::EndsWith("2 again")));
+      EXPECT_THAT(server->Active(0)->PeerName(), testing::StartsWith(peer));
+      client.Close();
+      EXPECT_TRUE(PumpUntil([&] { return server->ActiveCount() == 0; }));
+    }
+  }
+  EXPECT_EQ(server->withoutHeader, 0);
+}
+
+TEST_F(ServerSocketTest, ProxysConnectionWithoutHeaderIsClosedAndNoObjectSeesIt) {
+  server->ProxyAddresses = AddressRanges("127.0.0.1");
+  server->HeaderPatience = std::chrono::milliseconds(300);
+  server->Listen();
+  int closed = 0;
+  for (const std::string& bytes :
+       {""s, "PROXY TCP4 192.0.2.17 "s, "\r\n\r\n\0\r\nQUIT\n\x20\0\0\1"s, "GET / HTTP/1.1"s,
+        "PROXY TCP4 x\r\n"s, WireBytes(1, "x"), std::string(100'000, 'P')}) {
+    TestClient client(server->Port());
+    client.SendBytes(bytes);
+    EXPECT_TRUE(client.WasClosedByServer()) << bytes;
+    EXPECT_EQ(server->withoutHeader, ++closed) << bytes;
+  }
+  TestClient(server->Port()).Close();
+  EXPECT_TRUE(PumpUntil([&] { return server->withoutHeader == closed + 1; }));
+  EXPECT_THAT(server->log, ElementsAre());
+
+  // Whoever waits when the listener is closed ends with it.
+  TestClient last(server->Port());
+  last.SendBytes("PROXY");
+  PumpFor(std::chrono::milliseconds(20));
+  server->Close();
+  EXPECT_TRUE(last.WasClosedByServer());
+  EXPECT_EQ(server->withoutHeader, closed + 1);
 }
 
 TEST_F(ServerSocketTest, ListensAgainWhileOldConnectionsLinger) {
