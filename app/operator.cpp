@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "app/app.h"
-#include "framework/address_ranges.h"
+#include "framework/ip_address.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
 #include "server/client_socket.h"
@@ -29,9 +29,14 @@ void SetTerms(ServerNetworks& network, const std::string& password, std::int32_t
   network.Password = password;
 }
 
+// In the form of TCPSocket::PeerName.
 bool IsAddressAndPort(std::string_view text) {
   const auto colon = std::min(text.rfind(':'), text.size());
-  return IPv4FromText(text.substr(0, colon)) && colon + 1 < text.size() &&
+  std::string_view address = text.substr(0, colon);
+  if (address.starts_with('[') && address.ends_with(']')) {
+    address = address.substr(1, address.size() - 2);
+  }
+  return AddressFromText(address) && colon + 1 < text.size() &&
          text.find_first_not_of("0123456789", colon + 1) == std::string_view::npos;
 }
 

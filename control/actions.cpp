@@ -11,7 +11,7 @@
 #include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
-#include "framework/address_ranges.h"
+#include "framework/ip_address.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
 #include "platform/service_manager.h"
@@ -29,9 +29,10 @@ constexpr std::int32_t kMaxSeats = 1000;
 constexpr std::int32_t kDefaultSeats = 5;
 
 // Bans and grants are looked up by text, so an address must have its usual spelling.
-void ExpectAddress(const std::string& address) {
-  if (IPv4FromText(address)) return;
-  throw Misused("\"address\" takes an IPv4 address such as 192.0.2.17, not \"" + address + '"');
+std::string AddressIn(const std::string& text) {
+  if (const auto address = AddressFromText(text)) return *address;
+  throw Misused("\"address\" takes an address such as 192.0.2.17 or 2001:db8::17, not \"" + text +
+                '"');
 }
 
 }  // namespace
@@ -121,10 +122,9 @@ QByteArray Actions::Ban(const Request& request) {
 }
 
 QByteArray Actions::BanAddress(const Request& request) {
-  const std::string address = request.Text("address");
+  const std::string address = AddressIn(request.Text("address"));
   const std::string reason = request.Text("reason");
   const std::optional<std::string> network = request.OptionalText("network");
-  ExpectAddress(address);
   const bool isStored = myOperator.BanAddress(
       address, reason, network ? NetworkNamed(myOperator, *network)->NetworkName : "");
   return BannedLine("Banned " + address + '.', isStored);
@@ -160,8 +160,8 @@ QByteArray Actions::Grant(const Request& request) {
   }
   AdminsTable::Admin wanted;
   if (network) {
-    ExpectAddress(*address);
-    wanted = {0, request.Text("user"), NetworkNamed(myOperator, *network)->NetworkName, *address};
+    wanted = {0, request.Text("user"), NetworkNamed(myOperator, *network)->NetworkName,
+              AddressIn(*address)};
   } else {
     const std::shared_ptr<ClientSocket> user = UserOf(request);
     if (user->Username().empty()) throw Refused(user->PeerName() + " has not logged in");

@@ -26,7 +26,7 @@ class LocationDatabase : public QObject {
   LocationDatabase(QString file, QString temporaryFolder, Log log);
   ~LocationDatabase() override;
 
-  // Sets the known fields for the dotted IPv4 address and leaves the others.
+  // Sets the known fields for the address and leaves the others.
   void Find(const std::string& address, ClientLocation& location);
 
   // Starts reading the file if it has changed since the last time.

@@ -45,10 +45,10 @@ class LocationLookup {
   // Event: a line for the operator about the location file, which also goes to standard error.
   std::function<void(const std::string&)> Logged;
 
-  // Calls `found` exactly once with the `known` location of the dotted IPv4 address, updated by
-  // what was found. Without a locator service the call comes from inside Find, which returns null;
-  // otherwise it comes from the event loop within two seconds. Destroying the result cancels the
-  // lookup; `found` may do so.
+  // Calls `found` exactly once with the `known` location of the address, updated by what was found.
+  // Without a locator service the call comes from inside Find, which returns null; otherwise it
+  // comes from the event loop within two seconds. Destroying the result cancels the lookup; `found`
+  // may do so.
   [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address,
                                                    const ClientLocation& known, Found found);
 

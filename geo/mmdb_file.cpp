@@ -179,7 +179,8 @@ std::string MmdbFile::Find(const std::string& address, ClientLocation& location)
   int status = MMDB_SUCCESS;
   const MMDB_lookup_result_s found =
       MMDB_lookup_string(myDatabase.get(), address.c_str(), &addressStatus, &status);
-  if (addressStatus != 0) return {};
+  // Clients of a proxy may have IPv6 addresses, which the file need not know.
+  if (addressStatus != 0 || status == MMDB_IPV6_LOOKUP_IN_IPV4_DATABASE_ERROR) return {};
   if (status == MMDB_SUCCESS && found.found_entry) {
     Record record(found.entry);
     std::string country = record.Text(kCountryNames);

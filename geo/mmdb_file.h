@@ -25,9 +25,9 @@ class MmdbFile {
   // The date of the file's data, "YYYY-MM-DD".
   std::string Date() const;
 
-  // Sets the fields that the file has for the dotted IPv4 address and leaves the others. Texts are
-  // cut at 256 bytes. A region is given by its code if it has one, a time zone by its present
-  // offset from UTC in hours. Returns what is wrong with the file, or nothing.
+  // Sets the fields that the file has for the address and leaves the others. Texts are cut at 256
+  // bytes. A region is given by its code if it has one, a time zone by its present offset from UTC
+  // in hours. Returns what is wrong with the file, or nothing.
   std::string Find(const std::string& address, ClientLocation& location) const;
 
  private:

@@ -59,7 +59,7 @@ bool Bans::Store(const Ban& ban) {
 }
 
 bool Bans::IsBanned(const std::string& address) {
-  // An address is digits and dots: pasted into the text it would give the same.
+  // An address has no quotes: pasted into the text it would give the same.
   return myWaiting.Has(address) ||
          myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address});
 }

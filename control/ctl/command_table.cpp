@@ -66,7 +66,7 @@ const std::vector<Command> kCommands = {
      .joinsWords = true},
     {.words = "ban-address",
      .description = "Bans an address.",
-     .arguments = {{"address", "The IPv4 address."}, {"reason", "The reason."}},
+     .arguments = {{"address", "The IPv4 or IPv6 address."}, {"reason", "The reason."}},
      .options = {{"network", "NAME", "The network to record with the ban, which applies to all."}},
      .joinsWords = true},
     {"unban",

@@ -18,7 +18,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   const std::string admins = "SELECT name,address,network FROM admins";
   const std::string guild = "Guild|p\xC3\xA4ss|7|1;";
   const std::string bobsBan = "127.0.0.2|Server Admin|so there|North;";
-  const std::string tensBan = "10.0.0.1|Server Admin|x|;";
+  const std::string ipv6Ban = "2001:db8::1|Server Admin|x|;";
   const std::string annsGrant = "Ann|127.0.0.1|North;";
   const std::string evesGrant = "Eve|10.0.0.9|North;";
   struct Row {
@@ -55,11 +55,11 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"log --lines x", 2, "--lines takes a number, not \"x\""},
            {"users --network ", 2, "--network is empty"},
            {"ban bob so there", 0, "Banned 127.0.0.2", bans, bobsBan},
-           {"ban-address 10.1 x", 2, "takes an IPv4 address"},
+           {"ban-address 10.1 x", 2, "takes an address"},
            {"ban-address 10.0.0.1 x --network x", 1, "no network \"x\""},
-           {"ban-address 10.0.0.1 x", 0, "Banned", bans, bobsBan + tensBan},
-           {"bans", 0, "10.0.0.1   Server Admin  x"},
-           {"unban 127.0.0.2", 0, "Lifted 1", bans, tensBan},
+           {"ban-address 2001:DB8:0::1 x", 0, "Banned", bans, bobsBan + ipv6Ban},
+           {"bans", 0, "2001:db8::1  Server Admin  x"},
+           {"unban 127.0.0.2", 0, "Lifted 1", bans, ipv6Ban},
            {"unban 2", 0, "Lifted 1", bans, ""},
            {"grant ann", 0, "Ann is", admins, annsGrant},
            {"grant ann", 1, "is already an administrator", admins, annsGrant},
@@ -115,6 +115,12 @@ TEST_F(CorvanectlTest, AddressAndPortIsANameOnlyWithTheOption) {
   EXPECT_THAT(missed.text, HasSubstr("nobody"));
   EXPECT_EQ(Run({"ban", peer, "--name", "x"}).exitCode, 0);
   EXPECT_EQ(Query("SELECT address FROM bans"), "127.0.0.3;");
+
+  myApp.Listener().ProxyAddresses = AddressRanges("127.0.0.4");
+  TestClient proxied(myApp.Listener().Port(), "127.0.0.4");
+  proxied.SendBytes("PROXY TCP6 2001:db8::17 ::1 443 1\r\n");
+  EXPECT_TRUE(proxied.Login("North", "secret", "Fay"));
+  EXPECT_THAT(Run({"kick", "[2001:db8::17]:443", "x"}).text, HasSubstr("Kicked Fay."));
 }
 
 TEST_F(CorvanectlTest, FailuresAreReported) {

@@ -127,6 +127,7 @@ TEST_F(LocationDatabaseTest, EachAddressHasItsRange) {
                                         {"192.0.2.129", "old"},
                                         {"10.255.255.255", "Home"},
                                         {"11.0.0.0", "old"},
+                                        {"2001:db8::17", "old"},
                                         {"no address", "old"},
                                         {"", "old"}}) {
       EXPECT_EQ(Found(address), std::string("old|old|") + city + "|old|old") << address;
