@@ -76,11 +76,16 @@ bool App::Open() {
   if (!OpenDatabase()) return false;
   OpenListener();
   ReportFaults(FaultsOf(mySettings));
-  const std::string rules = "Rules in force: " + std::string(myRules->name);
-  WriteErrorLine(rules);
   myLog.WriteAudit("Started, version " + RunningVersion().FullVersion());
-  myLog.WriteAudit(rules);
+  ReportRule("Rules in force: " + std::string(myRules->name));
+  const std::string& proxies = myRules->proxyAddresses.Text();
+  if (!proxies.empty()) ReportRule("PROXY headers expected from: " + proxies);
   return true;
+}
+
+void App::ReportRule(const std::string& line) {
+  WriteErrorLine(line);
+  myLog.WriteAudit(line);
 }
 
 void App::OpenListener() {

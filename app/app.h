@@ -88,6 +88,7 @@ class App {
   void OpenLocations();
   void OpenListener();
   void Show(const std::string& text);
+  void ReportRule(const std::string& line);
   void ReportFaults(const std::vector<std::string>& faults);
 
   std::optional<QString> myDataFolder;

@@ -52,6 +52,7 @@ AddressRanges::AddressRanges(std::string_view list) {
     const std::string_view entry = list.substr(0, list.find_first_of(kSeparators));
     if (const auto range = RangeFromText(entry)) {
       myRanges.push_back(*range);
+      myText.append(myText.empty() ? "" : ", ").append(entry);
     } else {
       myIsComplete = false;
     }

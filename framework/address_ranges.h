@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -21,6 +22,8 @@ class AddressRanges {
 
   // Whether every entry of the list was valid.
   bool IsComplete() const { return myIsComplete; }
+  // The valid entries, separated by commas.
+  const std::string& Text() const { return myText; }
 
   bool Contains(std::string_view address) const;
 
@@ -32,6 +35,7 @@ class AddressRanges {
   static std::optional<Range> RangeFromText(std::string_view text);
 
   std::vector<Range> myRanges;
+  std::string myText;
   bool myIsComplete = true;
 };
 

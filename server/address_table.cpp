@@ -18,10 +18,18 @@ bool AddressTable::Admit(const std::string& address) {
   if (count == myConnections->end()) return true;
   const ConnectionCounts& most = *myRules.maxConnections;
   if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
-  Memory& memory = Remember(address);
-  ++memory.refused;
-  if (!std::exchange(memory.isRefusalReported, true)) Report(address, memory);
+  NoteClosed(address, &Memory::refused);
   return false;
+}
+
+void AddressTable::NoteMissingHeader(const std::string& address) {
+  NoteClosed(address, &Memory::withoutHeader);
+}
+
+void AddressTable::NoteClosed(const std::string& address, Tally Memory::*tally) {
+  Memory& memory = Remember(address);
+  ++(memory.*tally).count;
+  if (!std::exchange((memory.*tally).isReported, true)) Report(address, memory);
 }
 
 bool AddressTable::AdmitLine(const std::string& address) {
@@ -83,12 +91,13 @@ AddressTable::Memory& AddressTable::Remember(const std::string& address) {
 }
 
 void AddressTable::Report(const std::string& address, Memory& memory) const {
-  const std::uint64_t refused = std::exchange(memory.refused, 0);
-  if (refused > 0) {
-    Reported({address, ": Connections Refused (", std::to_string(refused), ")"});
-  }
-  const std::uint64_t leftOut = std::exchange(memory.leftOut, 0);
-  if (leftOut > 0) Reported({address, ": Lines Left Out (", std::to_string(leftOut), ")"});
+  const auto report = [&](std::uint64_t& count, std::string_view what) {
+    const std::uint64_t number = std::exchange(count, 0);
+    if (number > 0) Reported({address, what, " (", std::to_string(number), ")"});
+  };
+  report(memory.refused.count, ": Connections Refused");
+  report(memory.withoutHeader.count, ": Connections Without PROXY Header");
+  report(memory.leftOut, ": Lines Left Out");
 }
 
 void AddressTable::VisitLater(const std::string& address) {
@@ -110,10 +119,14 @@ void AddressTable::VisitDue() {
     const std::string address = std::move(myVisits.front().address);
     myVisits.pop_front();
     Memory& memory = myMemories[address];
-    if (memory.refused == 0 && memory.leftOut == 0 && AreWrongPasswordsOver(memory)) {
+    bool hasNews = memory.leftOut > 0;
+    for (Tally* const tally : {&memory.refused, &memory.withoutHeader}) {
+      tally->isReported = tally->count > 0;
+      hasNews = hasNews || tally->isReported;
+    }
+    if (!hasNews && AreWrongPasswordsOver(memory)) {
       myMemories.erase(address);
     } else {
-      memory.isRefusalReported = memory.refused > 0;
       VisitLater(address);
       Report(address, memory);
     }

@@ -30,9 +30,9 @@ class AddressTable {
   AddressTable(PollLoop& loop, SocketCore& owner, const Rules& rules)
       : myLoop(loop), myOwner(owner), myRules(rules) {}
 
-  // Event: a status line with the number of an address's connections that were refused, or of its
-  // lines that were left out, since the last one. Raised at most once per period and address, and
-  // at once for the first refused connection. Must be set.
+  // Event: a status line with the number of an address's connections that were refused or came
+  // without a proxy's header, or of its lines that were left out, since the last one. Raised at
+  // most once per period and address, and at once for the first connection. Must be set.
   std::function<void(StatusParts)> Reported;
 
   // Whether the address may have one more connection. Counts a refusal.
@@ -43,6 +43,9 @@ class AddressTable {
 
   // Counts a new connection. Null for an address that is not counted.
   std::unique_ptr<Place> Enter(const std::string& address);
+
+  // Counts a connection of a proxy that did not begin with a header.
+  void NoteMissingHeader(const std::string& address);
 
   // How long the answer to the address's next password is delayed.
   Clock::duration PasswordDelay(const std::string& address) const;
@@ -63,12 +66,17 @@ class AddressTable {
     std::int32_t notLoggedIn = 0;
   };
   using Counts = std::unordered_map<std::string, Count>;
+  // Connections that were closed.
+  struct Tally {
+    std::uint64_t count = 0;  // not reported yet
+    bool isReported = false;  // in this period
+  };
   // Outlives the connections of its address.
   struct Memory {
-    std::uint64_t refused = 0;       // not reported yet
-    bool isRefusalReported = false;  // in this period
-    std::uint64_t leftOut = 0;       // lines, not reported yet
-    Clock::time_point lines;         // when all its lines are within the rate
+    Tally refused;
+    Tally withoutHeader;
+    std::uint64_t leftOut = 0;  // lines, not reported yet
+    Clock::time_point lines;    // when all its lines are within the rate
     std::vector<Clock::time_point>
         wrongPasswords;  // in the last period, at most as many as are free
     std::chrono::milliseconds delay{0};
@@ -84,6 +92,7 @@ class AddressTable {
   bool AreWrongPasswordsOver(const Memory& memory) const;
   // Creates the memory if there is none.
   Memory& Remember(const std::string& address);
+  void NoteClosed(const std::string& address, Tally Memory::*tally);
   void Report(const std::string& address, Memory& memory) const;
   void VisitLater(const std::string& address);
   void VisitDue();

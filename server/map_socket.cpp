@@ -11,6 +11,7 @@ namespace corvane {
 MapSocket::MapSocket(PollLoop& loop, DatabaseConnection& serverdb, LocationLookup& locations,
                      Rules rules)
     : NetworkHost(loop, serverdb, locations, std::move(rules)) {
+  ProxyAddresses = Context.rules.proxyAddresses;
   Context.addresses.Reported = [this](StatusParts parts) { CallStatusMessage(parts); };
 }
 
@@ -33,6 +34,10 @@ std::shared_ptr<TCPSocket> MapSocket::Event_AddSocket() {
 
 void MapSocket::Event_Error(std::int32_t code) {
   CallStatusMessage({"Server Error: ", std::to_string(code)});
+}
+
+void MapSocket::Event_HeaderMissing(const os::Endpoint& proxy) {
+  Context.addresses.NoteMissingHeader(proxy.address);
 }
 
 void MapSocket::Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) {

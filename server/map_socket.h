@@ -45,6 +45,7 @@ class MapSocket : public NetworkHost {
   bool Event_Accepted(const os::Endpoint& peer) override;
   std::shared_ptr<TCPSocket> Event_AddSocket() override;
   void Event_Error(std::int32_t code) override;
+  void Event_HeaderMissing(const os::Endpoint& proxy) override;
   void Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) override;
   void Event_GivenBack(const std::shared_ptr<TCPSocket>& socket) override;
 

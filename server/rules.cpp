@@ -38,6 +38,7 @@ Rules Rules::FromSettings(AppSettings& settings) {
   const bool isHardened = IsOn(settings.GetValue("Hardened", "0"));
   Rules rules = isHardened ? Hardened() : Classic();
   rules.trustedAddresses = AddressRanges(settings.GetValue("TrustedAddresses", ""));
+  rules.proxyAddresses = AddressRanges(settings.GetValue("ProxyAddresses", ""));
   return rules;
 }
 

@@ -43,7 +43,7 @@ struct Rules {
   static Rules Classic();
   // For users whom the operator does not trust.
   static Rules Hardened();
-  // Those that the settings "Hardened" and "TrustedAddresses" choose.
+  // Those that the settings "Hardened", "TrustedAddresses" and "ProxyAddresses" choose.
   static Rules FromSettings(AppSettings& settings);
 
   std::string_view name = "classic";
@@ -89,6 +89,8 @@ struct Rules {
   std::chrono::milliseconds period{60'000};
   // Not counted and not delayed.
   AddressRanges trustedAddresses;
+  // Proxies, which begin each connection with a header that names its client.
+  AddressRanges proxyAddresses;
 };
 
 }  // namespace corvane

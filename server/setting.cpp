@@ -65,7 +65,10 @@ bool IsText(std::string_view) {
 constexpr std::string_view kSwitch = "1, yes, true or on, or else 0, no, false, off or nothing";
 constexpr std::string_view kPort = "a port from 0 to 65535";
 constexpr std::string_view kWebAddress = "an address such as https://example.org/path, or nothing";
+constexpr std::string_view kAddresses =
+    "IPv4 addresses and prefixes such as 192.0.2.17, 10.0.0.0/8, or nothing";
 constexpr std::string_view kCountsAsOn = "it counts as on";
+constexpr std::string_view kOtherEntries = "its other entries do not count";
 
 constexpr std::array kSettings = {
     Setting{"AttachedNIC", "a MAC address such as 52:54:00:12:34:56, or none for all interfaces",
@@ -83,9 +86,8 @@ constexpr std::array kSettings = {
             "the server ignores Port; its port is AttachedPort"},
     Setting{"StartHidden", kSwitch, IsSwitch, kCountsAsOn},
     Setting{"Hardened", kSwitch, IsSwitch, kCountsAsOn},
-    Setting{"TrustedAddresses",
-            "IPv4 addresses and prefixes such as 192.0.2.17, 10.0.0.0/8, or nothing", AreAddresses,
-            "its other entries do not count"},
+    Setting{"TrustedAddresses", kAddresses, AreAddresses, kOtherEntries},
+    Setting{"ProxyAddresses", kAddresses, AreAddresses, kOtherEntries},
     Setting{"LocationDatabase", "a file, or nothing", IsText},
     Setting{"LocatorAddress", kWebAddress, IsWebAddress},
     Setting{"FlagAddress", kWebAddress, IsWebAddress},

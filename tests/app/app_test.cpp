@@ -94,6 +94,21 @@ TEST_F(AppTest, MissingTablesAndColumnsAreReportedAtTheStart) {
   EXPECT_TRUE(app.Open());
 }
 
+TEST_F(AppTest, StartSaysWhoSendsProxyHeaders) {
+  MakeDatabase(file);
+  AppSettings settings(folder.path());
+  for (const auto& [proxies, line] :
+       {std::pair{"", ""},
+        {"127.0.0.1, 10.0.0.0/8 x", "PROXY headers expected from: 127.0.0.1, 10.0.0.0/8\n"}}) {
+    settings.SetValue("ProxyAddresses", proxies);
+    App app(folder.path(), show);
+    testing::internal::CaptureStderr();
+    EXPECT_TRUE(app.Open());
+    EXPECT_THAT(testing::internal::GetCapturedStderr(),
+                testing::EndsWith("Rules in force: classic\n"s + line));
+  }
+}
+
 TEST_F(AppTest, LocationDatabaseIsReadFromTheDataFolderUnlessALocatorIsSet) {
   MakeDatabase(file);
   QFile places(folder.filePath(QStringLiteral("places.mmdb")));

@@ -333,6 +333,71 @@ TEST(Rules, TrustedAddressIsNeitherCountedNorDelayed) {
   EXPECT_EQ(FastMessages(server), "soon soon ");
 }
 
+TEST(Rules, ProxysClientsGoByTheirOwnAddresses) {
+  Rules rules = HardenedInAHurry();
+  rules.proxyAddresses = AddressRanges(kHome);
+  TestServer server(0, rules);
+  server.AddNetwork("A", "secret", 100);
+  EXPECT_TRUE(AdminsTable(server.database).Add("Ann", "192.0.2.1", "A"));
+  const auto header = [](const std::string& address) {
+    return "PROXY TCP" + ((address.find(':') == std::string::npos ? "4 " : "6 ") + address) + " " +
+           address + " 1 2\r\n";
+  };
+  const auto through = [&](const std::string& address) {
+    auto client = std::make_unique<TestClient>(server.Port());
+    client->SendBytes(header(address));
+    return client;
+  };
+  const auto right = [&](TestClient& client, const std::string& user) {
+    EXPECT_TRUE(client.Login("A", "secret", user)) << user;
+    client.Send(9, "");
+    return client.Receive()->payload;
+  };
+  const auto impostor = through("192.0.2.2");
+  EXPECT_EQ(right(*impostor, "Ann"), "0");
+  impostor->Close();
+  EXPECT_TRUE(PumpUntil([&] { return server.ActiveCount() == 0; }));
+  const auto ann = through("192.0.2.1");
+  EXPECT_EQ(right(*ann, "Ann"), "1");
+
+  const auto bob = through("2001:db8:0:0::2");
+  EXPECT_EQ(right(*bob, "Bob"), "0");
+  server.listener->BanUser(*server.SessionOf("Ann"), "Bob", "x");
+  EXPECT_EQ(server.Query("SELECT address FROM bans"), "2001:db8::2;");
+  EXPECT_EQ(bob->Receive()->command, 997);
+  EXPECT_EQ(through("2001:db8::2")->Receive()->command, 997);
+  EXPECT_EQ(through("2001:db8::3")->Receive()->command, 1);
+  EXPECT_EQ(ClosedOrNot(*ann), "stays ");
+
+  // A client's connections are counted for it.
+  std::vector<std::unique_ptr<TestClient>> clients(9);
+  std::ranges::generate(clients, [&] { return through("192.0.2.9"); });
+  for (const auto& client : clients)
+    EXPECT_EQ(client->Receive().has_value(), client != clients.back());
+
+  // The header of somebody who is no proxy is a wrong message, and so is a second one.
+  const std::string one = header("192.0.2.7");
+  for (const auto& [from, bytes] : {std::pair{kHome, one + one}, {"127.0.0.2", one}}) {
+    TestClient client(server.Port(), from);
+    client.SendBytes(bytes);
+    EXPECT_EQ(client.Receive()->command, 1) << from;
+    EXPECT_TRUE(client.WasClosedByServer()) << from;
+  }
+
+  // One line a period for what else comes from the proxy.
+  server.status.clear();
+  for (int i = 0; i < 3; ++i) {
+    TestClient client(server.Port());
+    client.Send(1, "A");
+    EXPECT_TRUE(client.WasClosedByServer());
+  }
+  const auto line = [](const char* count) {
+    return kHome + ": Connections Without PROXY Header ("s + count + ")";
+  };
+  EXPECT_TRUE(PumpUntil([&] { return std::ranges::count(server.status, line("2")) == 1; }));
+  EXPECT_EQ(std::ranges::count(server.status, line("1")), 1);
+}
+
 TEST(Rules, NumberOfRememberedAddressesIsBounded) {
   TestServer server(0, Rules::Hardened());
   AddressTable& addresses = server.listener->Context.addresses;
@@ -369,6 +434,7 @@ TEST(Rules, SettingsChooseThem) {
       {"attachednic", {"", "none", "52:54:00:12:34:aF"}, {"eth0", "52:54:00:12:34:a"}},
       {"AttachedPort", {"0", "65535"}, {"65536", "-1", "12.5", "1x", ""}},
       {"MaxConns", {"2", "9999"}, {"1", "10000"}},
+      {"ProxyAddresses", {"", "127.0.0.1, 10.0.0.0/8"}, {"::1", "localhost"}},
       {"TrustedAddresses",
        {"", "0.0.0.0/0", " 10.0.0.1,10.0.0.2\t10.0.0.0/8;255.255.255.255/32, "},
        {"1.2.3", "1.2.3.4.5", "10.0.0.1/8", "10.0.0.0/33", "10.0.0.0/", "010.0.0.1", "256.0.0.1"}},
