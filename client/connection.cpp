@@ -14,38 +14,27 @@ namespace {
 // Read per turn of the loop, and buffered for the next ones: some thousand records.
 constexpr qint64 kReadBytes = 32 << 10;
 constexpr qint64 kBufferBytes = 256 << 10;
+// The first bytes of a TLS alert (RFC 8446).
+constexpr std::string_view kTlsAlert = "\x15\x03";
 
 }  // namespace
 
 Connection::Connection(Timing timing) : myTiming(timing) {
-  mySocket.setProxy(QNetworkProxy::NoProxy);
-  mySocket.setReadBufferSize(kBufferBytes);
   for (QTimer* timer : {&myRetry, &myLoginTimeout, &myReadAgain})
     timer->setSingleShot(true);
   myRefresh.setInterval(myTiming.refreshInterval);
-  myLoginTimeout.setInterval(myTiming.loginTimeout);
 
-  QObject::connect(&mySocket, &QTcpSocket::connected, &mySocket, [this] {
-    mySocket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
-    Change(State::LoggingIn);
-  });
-  QObject::connect(&mySocket, &QTcpSocket::readyRead, &mySocket, [this] { Read(); });
-  QObject::connect(&mySocket, &QTcpSocket::errorOccurred, &mySocket, [this] {
-    // The last bytes may hold the reason.
-    while (mySession && mySocket.bytesAvailable() > 0)
-      Read();
-    EndSession(myState == State::Connecting ? Ending::Cause::Unreachable : Ending::Cause::Lost,
-               mySocket.errorString());
-  });
-  QObject::connect(&myRetry, &QTimer::timeout, &mySocket, [this] { Start(); });
-  QObject::connect(&myRefresh, &QTimer::timeout, &mySocket, [this] { Refresh(); });
-  QObject::connect(&myReadAgain, &QTimer::timeout, &mySocket, [this] { Read(); });
-  QObject::connect(&myLoginTimeout, &QTimer::timeout, &mySocket,
-                   [this] { EndSession(Ending::Cause::Silent); });
+  const auto on = [](QTimer& timer, auto act) {
+    QObject::connect(&timer, &QTimer::timeout, &timer, act);
+  };
+  on(myRetry, [this] { Start(); });
+  on(myRefresh, [this] { Refresh(); });
+  on(myReadAgain, [this] { Read(); });
+  on(myLoginTimeout, [this] { EndSession(Ending::Cause::Silent); });
 }
 
 Connection::~Connection() {
-  mySocket.disconnect();
+  if (mySocket) mySocket->disconnect();
 }
 
 void Connection::Open(Destination destination) {
@@ -74,31 +63,94 @@ std::chrono::milliseconds Connection::RetryIn() const {
 
 void Connection::Start() {
   myRetry.stop();
-  mySocket.abort();
-  mySession = std::make_shared<Session>(myDestination.account, myMembers,
-                                        static_cast<SessionEvents&>(*this));
-  myLoginTimeout.start();
+  MakeSocket();
+  const auto session = mySession = std::make_shared<Session>(myDestination.account, myMembers,
+                                                             static_cast<SessionEvents&>(*this));
+  myHasHeard = false;
+  myLoginTimeout.start(myTiming.greetingTimeout);
   Change(State::Connecting);
-  if (mySession) mySocket.connectToHost(myDestination.host, myDestination.port);
+  // A handler may have ended the session or opened another.
+  if (session != mySession) return;
+  if (!myDestination.tls) {
+    mySocket->connectToHost(myDestination.host, myDestination.port);
+  } else if (QSslSocket::supportsSsl()) {
+    ConnectTls(static_cast<QSslSocket&>(*mySocket), myDestination.host, myDestination.port,
+               *myDestination.tls);
+  } else {
+    EndSession(Ending::Cause::NoTls);
+    return;
+  }
+  // Qt's encrypted sockets take it only from here on.
+  if (session == mySession) mySocket->setReadBufferSize(kBufferBytes);
+}
+
+void Connection::MakeSocket() {
+  if (mySocket) {
+    // It may be the one whose event leads here.
+    mySocket->disconnect();
+    mySocket->abort();
+    mySocket.release()->deleteLater();
+  }
+  const auto on = [](auto& socket, auto event, auto act) {
+    QObject::connect(&socket, event, &socket, act);
+  };
+  if (myDestination.tls) {
+    auto socket = std::make_unique<QSslSocket>();
+    on(*socket, &QSslSocket::encrypted, [this] { Connected(); });
+    mySocket = std::move(socket);
+  } else {
+    mySocket = std::make_unique<QTcpSocket>();
+    on(*mySocket, &QTcpSocket::connected, [this] { Connected(); });
+  }
+  mySocket->setProxy(QNetworkProxy::NoProxy);
+  on(*mySocket, &QTcpSocket::readyRead, [this] { Read(); });
+  on(*mySocket, &QTcpSocket::errorOccurred, [this] {
+    // The last bytes may hold the reason.
+    const auto session = mySession;
+    while (session && session == mySession && myState != State::Connecting &&
+           mySocket->bytesAvailable() > 0)
+      Read();
+    if (session == mySession) EndSession(Ending::Cause::Lost, mySocket->errorString());
+  });
+}
+
+void Connection::Connected() {
+  const auto session = mySession;
+  if (!session) return;
+  if (const auto fault = FaultOfTls()) {
+    session->End(*fault);
+    return;
+  }
+  mySocket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
+  Change(State::LoggingIn);
 }
 
 void Connection::Read() {
   const auto session = mySession;
-  if (!session) return;
+  // Nothing is heard from a server, nor answered, before it is trusted.
+  if (!session || myState == State::Connecting) return;
   std::array<char, kReadBytes> piece;
-  const qint64 count = mySocket.read(piece.data(), piece.size());
+  const qint64 count = mySocket->read(piece.data(), piece.size());
   if (count <= 0) return;
-  session->Receive({piece.data(), static_cast<std::size_t>(count)}, Clock::now());
+  const std::string_view bytes(piece.data(), static_cast<std::size_t>(count));
+  if (!std::exchange(myHasHeard, true)) {
+    if (!myDestination.tls && bytes.starts_with(kTlsAlert)) {
+      EndSession(Ending::Cause::ExpectsTls);
+      return;
+    }
+    myLoginTimeout.start(myTiming.loginTimeout);
+  }
+  session->Receive(bytes, Clock::now());
   // A handler may have ended the session or opened another.
   if (session != mySession) return;
   Flush();
-  if (mySocket.bytesAvailable() > 0) myReadAgain.start(0);
+  if (mySocket->bytesAvailable() > 0) myReadAgain.start(0);
 }
 
 void Connection::Flush() {
   if (!mySession) return;
   const std::string output = mySession->TakeOutput();
-  if (!output.empty()) mySocket.write(output.data(), static_cast<qint64>(output.size()));
+  if (!output.empty()) mySocket->write(output.data(), static_cast<qint64>(output.size()));
 }
 
 void Connection::Refresh() {
@@ -112,7 +164,21 @@ void Connection::Refresh() {
 }
 
 void Connection::EndSession(Ending::Cause cause, const QString& text) {
-  if (const auto session = mySession) session->End({cause, TextFromDisplay(text)});
+  const auto session = mySession;
+  if (!session) return;
+  Ending ending{cause, TextFromDisplay(text)};
+  if (myState == State::Connecting) {
+    if (cause == Ending::Cause::Lost) ending.cause = Ending::Cause::Unreachable;
+    ending = FaultOfTls().value_or(ending);
+  } else if (!myDestination.tls && !myHasHeard) {
+    ending.cause = Ending::Cause::NotGreeted;
+  }
+  session->End(ending);
+}
+
+std::optional<Ending> Connection::FaultOfTls() const {
+  if (!myDestination.tls) return {};
+  return TlsFault(static_cast<const QSslSocket&>(*mySocket), *myDestination.tls);
 }
 
 void Connection::Change(State state) {
@@ -146,10 +212,10 @@ void Connection::Ended(const Ending& ending) {
   mySession.reset();
   for (QTimer* timer : {&myRefresh, &myLoginTimeout, &myReadAgain})
     timer->stop();
-  if (ending.cause == Ending::Cause::Left) {
-    mySocket.disconnectFromHost();
+  if (ending.cause == Ending::Cause::Left && myState != State::Connecting) {
+    mySocket->disconnectFromHost();
   } else {
-    mySocket.abort();
+    mySocket->abort();
   }
   myMembers.Clear();
   myIsAdministrator = false;

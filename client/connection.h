@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,7 @@
 
 #include "client/members.h"
 #include "client/session.h"
+#include "client/tls.h"
 #include "client/wire.h"
 #include "framework/signal.h"
 
@@ -23,11 +25,13 @@ struct Destination {
   QString host;
   std::uint16_t port = 0;
   Account account;
+  std::optional<Tls> tls{};  // none: not encrypted
 };
 
 // A client's connection to a server, kept alive: connects, logs in, and asks for the members and
 // the client's rights after the login and every 30 s. After a loss it reconnects with growing
-// delays; it does not if it never was online, nor after a kick, a ban or "BYE".
+// delays; it does not if it never was online, nor after a kick, a ban or "BYE". With TLS it sends
+// nothing before it trusts the server's certificate, each time that it connects.
 //
 // Owns the socket, the session and the members. Reads a bounded amount per turn of Qt's loop, so no
 // server can block the loop. A handler of its events may call any method.
@@ -35,7 +39,7 @@ class Connection : private SessionEvents {
  public:
   enum class State {
     Offline,
-    Connecting,  // TCP
+    Connecting,  // TCP and TLS
     LoggingIn,
     Online,
     Waiting  // reconnects after RetryIn()
@@ -46,9 +50,11 @@ class Connection : private SessionEvents {
     std::chrono::milliseconds firstDelay{2000};
     std::chrono::milliseconds maxDelay{60'000};
     std::chrono::milliseconds refreshInterval{30'000};
-    // From connecting to the end of the login. Long, because the server looks up a client's
-    // location first and delays its answers after wrong passwords.
+    // From the greeting to the end of the login. Long, because the server delays its answers after
+    // wrong passwords.
     std::chrono::milliseconds loginTimeout{60'000};
+    // From connecting to the greeting. The server looks up a client's location first.
+    std::chrono::milliseconds greetingTimeout{20'000};
   };
 
   explicit Connection(Timing timing);
@@ -98,7 +104,11 @@ class Connection : private SessionEvents {
   void Read();
   void Flush();
   void Refresh();
+  void MakeSocket();
+  void Connected();
   void EndSession(Ending::Cause cause, const QString& text = {});
+  // The fault of an attempt with TLS that has not led to a trusted server.
+  std::optional<Ending> FaultOfTls() const;
   void Change(State state);
   template <typename... What>
   void SendInSession(const What&... what) {
@@ -117,15 +127,16 @@ class Connection : private SessionEvents {
   client::Members myMembers;
   // Null when Offline or Waiting. Read() shares it, because a handler may replace it meanwhile.
   std::shared_ptr<Session> mySession;
-  QTcpSocket mySocket;
-  QTimer myRetry;    // while waiting
-  QTimer myRefresh;  // while online
+  std::unique_ptr<QTcpSocket> mySocket;  // of the last attempt
+  QTimer myRetry;                        // while waiting
+  QTimer myRefresh;                      // while online
   QTimer myLoginTimeout;
   QTimer myReadAgain;
   State myState = State::Offline;
   bool myIsAdministrator = false;
   bool myWasOnline = false;
-  int myRetries = 0;  // since it was online
+  bool myHasHeard = false;  // a byte from the server
+  int myRetries = 0;        // since it was online
 };
 
 }  // namespace corvane::client

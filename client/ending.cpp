@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 
+#include "client/tls.h"
 #include "framework/text.h"
 
 namespace corvane::client {
@@ -15,7 +16,8 @@ struct Texts {
 
 bool Ending::AllowsReconnect() const {
   return cause == Cause::Unreachable || cause == Cause::Lost || cause == Cause::Silent ||
-         cause == Cause::NetworkRefused || cause == Cause::UserNameRefused;
+         cause == Cause::NotGreeted || cause == Cause::NoTls || cause == Cause::NetworkRefused ||
+         cause == Cause::UserNameRefused;
 }
 
 QString Ending::Explanation() const {
@@ -29,6 +31,23 @@ QString Ending::Explanation() const {
       return Texts::tr("The connection was lost: %1").arg(detail);
     case Cause::Silent:
       return Texts::tr("The connection was lost: the server answers no more.");
+    case Cause::NotGreeted:
+      return Texts::tr(
+          "The server has sent no greeting. It may expect an encrypted connection (TLS), or take "
+          "no "
+          "more clients.");
+    case Cause::ExpectsTls:
+      return Texts::tr("The server expects an encrypted connection (TLS).");
+    case Cause::NoTls:
+      return Texts::tr("No encrypted connection (TLS) could be made: %1").arg(detail);
+    case Cause::Untrusted:
+      return Texts::tr("The server's certificate is not trusted: %1. Its SHA-256 fingerprint: %2")
+          .arg(detail, FingerprintText(FingerprintOf(certificate)));
+    case Cause::CertificateChanged:
+      return Texts::tr(
+                 "The server shows another certificate than the trusted one. Trusted: %1. "
+                 "Shown: %2")
+          .arg(detail, FingerprintText(FingerprintOf(certificate)));
     case Cause::NetworkRefused:
       return Texts::tr("There is no such network, or it is full or disabled.");
     case Cause::PasswordRefused:

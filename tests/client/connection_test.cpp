@@ -67,7 +67,8 @@ class AskingConnectionTest : public ConnectionTest {
 // Reconnects only by RetryNow.
 class PatientConnectionTest : public ConnectionTest {
  protected:
-  PatientConnectionTest() : ConnectionTest({seconds(20), seconds(50), seconds(30), seconds(1)}) {}
+  PatientConnectionTest()
+      : ConnectionTest({seconds(20), seconds(50), seconds(30), seconds(1), seconds(1)}) {}
 };
 
 TEST_F(AskingConnectionTest, FollowsTheOthersAndActsAsAnAdministrator) {
@@ -146,17 +147,19 @@ TEST_F(PatientConnectionTest, DelaysGrowUntilItIsOnlineAgain) {
     connection.RetryNow();
   }
   EXPECT_THAT(tensOfSeconds, ElementsAre(2, 4, 5, 2));
-  EXPECT_THAT(endings, testing::Each(Cause::Lost));
+  EXPECT_THAT(endings, ElementsAre(Cause::Lost, Cause::NotGreeted, Cause::NotGreeted, Cause::Lost));
 }
 
 TEST_F(PatientConnectionTest, OnlyTheLoginHasATimeLimit) {
   FalseServer server;
   Open(server.Port());
-  ASSERT_TRUE(server.Accept());
-  ASSERT_TRUE(PumpUntil([&] { return !endings.empty(); }));
-  EXPECT_THAT(endings, ElementsAre(Cause::Silent));
-  EXPECT_EQ(connection.CurrentState(), State::Offline) << "it never was online";
-  Open(server.Port());
+  for (const bool greets : {true, false}) {
+    ASSERT_TRUE(server.Accept());
+    if (greets) server.Send(WireBytes(1, "Network"));
+    ASSERT_TRUE(Reaches(State::Offline)) << "it never was online";
+    Open(server.Port());
+  }
+  EXPECT_THAT(endings, ElementsAre(Cause::Silent, Cause::NotGreeted));
   ASSERT_TRUE(IsLetIn(server));
   PumpFor(milliseconds(1200));
   EXPECT_EQ(connection.CurrentState(), State::Online);

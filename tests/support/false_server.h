@@ -7,17 +7,24 @@
 #include <QTcpServer>
 #include <QTcpSocket>
 
+#include "tests/support/test_certificate.h"
+
 namespace corvane {
 
 // A server on a loopback port with one connection at a time, which sends any bytes.
 class FalseServer {
  public:
-  FalseServer() { myServer.listen(QHostAddress::LocalHost); }
+  FalseServer();
+  // With TLS.
+  explicit FalseServer(const TestCertificate& certificate, std::uint16_t port = 0);
 
-  std::uint16_t Port() const { return myServer.serverPort(); }
+  std::uint16_t Port() const { return myServer->serverPort(); }
 
-  // Waits for the next client and takes its connection. Runs Qt's loop meanwhile.
+  // Waits for the next client and takes its connection, with TLS after the handshake. Runs Qt's
+  // loop meanwhile.
   bool Accept();
+  // Whether a client waits to be accepted.
+  bool IsOffered() const { return myServer->hasPendingConnections(); }
   void Send(std::string_view bytes);
   // Answers a login as the real server does.
   void LetIn();
@@ -26,10 +33,11 @@ class FalseServer {
   // The client's bytes since the last call.
   QByteArray Heard() { return myClient->readAll(); }
   void HangUp() { myClient->disconnectFromHost(); }
+  QString ClientAddress() const { return myClient->peerAddress().toString(); }
   bool HasClient() const;
 
  private:
-  QTcpServer myServer;
+  std::unique_ptr<QTcpServer> myServer;
   std::unique_ptr<QTcpSocket> myClient;
 };
 
