@@ -24,12 +24,16 @@ TEST(Options, RefusesWrongCommandLines) {
   for (const char* const words :
        {"hostile --network A --attack rush", "hostile --network A --network B",
         "hostile --network A --network B --attack none", "rate --network A --attack rush",
-        "rush --clients 0", "rate", "fanout --network A --networks 2", "nothing --network A"}) {
+        "rush --clients 0", "rush --fingerprint 0a", "rate", "fanout --network A --networks 2",
+        "nothing --network A"}) {
     const ParsedOptions parsed = Parse(QString::fromLatin1(words));
     EXPECT_FALSE(parsed.options) << words;
     EXPECT_EQ(parsed.exitCode, 2) << words;
   }
   EXPECT_TRUE(Parse("rush --clients 9000 --rounds 3").options);
+  const ParsedOptions parsed = Parse("rush --tls --host localhost");
+  ASSERT_TRUE(parsed.options && parsed.options->tls);
+  EXPECT_EQ(parsed.options->tls->name, "localhost");
 }
 
 }  // namespace

@@ -378,8 +378,9 @@ void ClientPool::PassDeadline(Client& client) {
   } else if (client.myState == Client::State::Online) {
     MarkDirty(client);
   } else {
-    Lose(client, client.myState == Client::State::Leaving ? "the leave was not answered"
-                                                          : "the login took too long");
+    Lose(client, client.myState == Client::State::Leaving    ? "the leave was not answered"
+                 : client.myState == Client::State::Greeting ? "no greeting; it may expect TLS"
+                                                             : "the login took too long");
   }
 }
 

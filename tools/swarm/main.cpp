@@ -5,6 +5,7 @@
 #include <QCoreApplication>
 
 #include "tools/swarm/runs.h"
+#include "tools/swarm/tls_tunnel.h"
 
 namespace corvane::swarm {
 namespace {
@@ -52,7 +53,13 @@ int Main(int argumentCount, char** arguments) {
     return parsed.exitCode;
   }
   try {
-    return Run(*parsed.options);
+    Options options = *parsed.options;
+    std::optional<TlsTunnel> tunnel;
+    if (options.tls) {
+      tunnel.emplace(options.server, *options.tls);
+      options.server = tunnel->Address();
+    }
+    return Run(options);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "corvane-swarm: %s\n", error.what());
     return 1;

@@ -36,6 +36,11 @@ struct OptionRow {
 constexpr OptionRow kOptions[] = {
     {"host", "address", "127.0.0.1", "The server's IPv4 address or name.", nullptr},
     {"port", "number", "12000", "The server's port.", nullptr},
+    {"tls", nullptr, nullptr,
+     "Connect encrypted (TLS), through a tunnel inside this program, which costs processor time.",
+     nullptr},
+    {"fingerprint", "hex", nullptr,
+     "Connect encrypted, and trust only the certificate with this SHA-256 fingerprint.", nullptr},
     {"network", "name", nullptr, "Network to log into; may be given several times.", nullptr},
     {"networks", "count", nullptr,
      "Log into this many networks, named --network-prefix and a number from 1 on.", nullptr},
@@ -116,6 +121,14 @@ sockaddr_in ServerAddress(const QCommandLineParser& parser) {
   freeaddrinfo(found);
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   return address;
+}
+
+std::optional<client::Tls> TlsOf(const QCommandLineParser& parser) {
+  const auto fingerprint = client::ParseFingerprint(parser.value("fingerprint"));
+  if (parser.isSet("fingerprint") && !fingerprint)
+    throw UsageError("--fingerprint takes 64 hexadecimal digits");
+  if (!parser.isSet("tls") && !fingerprint) return {};
+  return client::Tls{fingerprint.value_or(QByteArray()), parser.value("host")};
 }
 
 std::vector<std::string> Networks(const QCommandLineParser& parser) {
@@ -229,6 +242,7 @@ Options Read(const QCommandLineParser& parser) {
       options.mode == Mode::Fanout || options.mode == Mode::Rate || options.mode == Mode::Hostile;
 
   options.server = ServerAddress(parser);
+  options.tls = TlsOf(parser);
   if (options.mode != Mode::Rush) options.networks = Networks(parser);
   if (options.mode == Mode::Hostile) ReadHostile(parser, options);
   options.password = parser.value("password").toStdString();

@@ -11,6 +11,7 @@
 
 #include <QStringList>
 
+#include "client/tls.h"
 #include "tools/swarm/source_addresses.h"
 
 namespace corvane::swarm {
@@ -25,6 +26,7 @@ struct Options {
   Mode mode = Mode::Demo;
   std::string modeName;
   sockaddr_in server{};
+  std::optional<client::Tls> tls;  // none: not encrypted
   std::vector<std::string> networks;
   std::string password;
   std::size_t users = 0;  // in each network
