@@ -132,6 +132,8 @@ set(CPACK_DEBIAN_CORVANE-MAP_DESCRIPTION
 Logs into a network of a Corvane server and shows its members on a map, with\n\
 their state and what the server says. Administrators of a network manage it\n\
 from here.")
+# The system's authorities, for encrypted connections.
+set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)

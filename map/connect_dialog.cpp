@@ -1,5 +1,6 @@
 #include "map/connect_dialog.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QFormLayout>
@@ -7,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "client/password_digest.h"
+#include "client/tls.h"
 #include "framework/text.h"
 
 namespace corvane::map {
@@ -21,6 +23,8 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
       cmbRecent(new QComboBox(this)),
       txtHost(new QLineEdit(this)),
       spnPort(new QSpinBox(this)),
+      chkEncrypted(new QCheckBox(tr("Encr&ypted (TLS)"), this)),
+      txtFingerprint(new QLineEdit(this)),
       txtNetwork(new QLineEdit(this)),
       txtPassword(new QLineEdit(this)),
       txtUser(new QLineEdit(this)),
@@ -33,6 +37,8 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
   setWindowTitle(tr("Connect"));
   spnPort->setRange(1, 65535);
   spnPort->setValue(RecentServer().port);
+  txtFingerprint->setEnabled(false);
+  txtFingerprint->setPlaceholderText(tr("(SHA-256, if you were told one)"));
   txtPassword->setEchoMode(QLineEdit::Password);
   lblMessage->setWordWrap(true);
   lblMessage->setTextFormat(Qt::PlainText);
@@ -44,6 +50,9 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
   connect(cmbRecent, &QComboBox::activated, this, [this](int index) { Fill(myRecent[index]); });
   for (QLineEdit* field : {txtHost, txtNetwork, txtUser})
     connect(field, &QLineEdit::textChanged, this, [this] { Check(); });
+  connect(txtHost, &QLineEdit::textEdited, this, [this] { FillRememberedFingerprint(); });
+  connect(spnPort, &QSpinBox::valueChanged, this, [this] { FillRememberedFingerprint(); });
+  connect(chkEncrypted, &QCheckBox::toggled, txtFingerprint, &QLineEdit::setEnabled);
   connect(btnConnect, &QPushButton::clicked, this, [this] { Try(); });
   connect(btnCancel, &QPushButton::clicked, this, [this] { reject(); });
   cmbRecent->setEnabled(!recent.isEmpty());
@@ -65,6 +74,8 @@ void ConnectDialog::LayOut() {
   add(tr("Rec&ent:"), cmbRecent);
   add(tr("&Server:"), txtHost);
   form->addRow(tr("P&ort:"), spnPort);
+  form->addRow(QString(), chkEncrypted);
+  add(tr("&Fingerprint:"), txtFingerprint);
   add(tr("&Network:"), txtNetwork);
   add(tr("&Password:"), txtPassword);
   add(tr("&User name:"), txtUser);
@@ -85,12 +96,27 @@ void ConnectDialog::LayOut() {
 void ConnectDialog::Fill(const RecentServer& server) {
   txtHost->setText(server.host);
   spnPort->setValue(server.port);
+  chkEncrypted->setChecked(server.isEncrypted);
+  FillFingerprint(server.fingerprint);
   txtNetwork->setText(server.network);
   txtUser->setText(server.userName);
   txtPassword->clear();
   myDigest = server.digest;
   chkRemember->setChecked(!myDigest.isEmpty());
   txtPassword->setPlaceholderText(myDigest.isEmpty() ? QString() : tr("(remembered)"));
+}
+
+void ConnectDialog::FillFingerprint(const QByteArray& fingerprint) const {
+  txtFingerprint->setText(client::FingerprintText(fingerprint));
+  txtFingerprint->setCursorPosition(0);
+}
+
+void ConnectDialog::FillRememberedFingerprint() const {
+  const auto it = std::ranges::find_if(myRecent, [this](const RecentServer& server) {
+    return server.host.compare(txtHost->text().trimmed(), Qt::CaseInsensitive) == 0 &&
+           server.port == spnPort->value();
+  });
+  FillFingerprint(it == myRecent.end() ? QByteArray() : it->fingerprint);
 }
 
 void ConnectDialog::Check() const {
@@ -100,8 +126,14 @@ void ConnectDialog::Check() const {
 
 void ConnectDialog::TryGiven(const RecentServer& server) {
   Fill(server);
+  if (server.fingerprint.isEmpty()) FillRememberedFingerprint();
   txtPassword->setPlaceholderText(QString());
   chkRemember->setChecked(false);
+  Try();
+}
+
+void ConnectDialog::TryTrusting(const QByteArray& fingerprint) {
+  FillFingerprint(fingerprint);
   Try();
 }
 
@@ -111,6 +143,15 @@ void ConnectDialog::Try() {
   server.port = static_cast<std::uint16_t>(spnPort->value());
   server.network = txtNetwork->text();
   server.userName = txtUser->text();
+  server.isEncrypted = chkEncrypted->isChecked();
+  if (!txtFingerprint->text().trimmed().isEmpty()) {
+    const auto fingerprint = client::ParseFingerprint(txtFingerprint->text());
+    if (server.isEncrypted && !fingerprint) {
+      lblMessage->setText(tr("A SHA-256 fingerprint has 64 hexadecimal digits."));
+      return;
+    }
+    server.fingerprint = fingerprint.value_or(QByteArray());
+  }
   server.digest = myDigest;
   if (myDigest.isEmpty() || !txtPassword->text().isEmpty()) {
     server.digest =
@@ -131,9 +172,11 @@ void ConnectDialog::ShowFailure(const QString& text) {
 
 void ConnectDialog::SetTrying(bool isTrying) {
   myIsTrying = isTrying;
-  for (QWidget* field : std::initializer_list<QWidget*>{cmbRecent, txtHost, spnPort, txtNetwork,
-                                                        txtPassword, txtUser, chkRemember}) {
-    field->setEnabled(!isTrying && (field != cmbRecent || !myRecent.isEmpty()));
+  for (QWidget* field :
+       std::initializer_list<QWidget*>{cmbRecent, txtHost, spnPort, txtNetwork, chkEncrypted,
+                                       txtFingerprint, txtPassword, txtUser, chkRemember}) {
+    field->setEnabled(!isTrying && (field != cmbRecent || !myRecent.isEmpty()) &&
+                      (field != txtFingerprint || chkEncrypted->isChecked()));
   }
   Check();
 }

@@ -30,6 +30,8 @@ class ConnectDialog : public QDialog {
 
   // Fills the fields with the command line's values and connects.
   void TryGiven(const RecentServer& server);
+  // Fills in the fingerprint of a certificate that the user trusts, and connects.
+  void TryTrusting(const QByteArray& fingerprint);
   // Ends the attempt and shows the reason.
   void ShowFailure(const QString& text);
 
@@ -37,6 +39,8 @@ class ConnectDialog : public QDialog {
   QComboBox* cmbRecent;
   QLineEdit* txtHost;
   QSpinBox* spnPort;
+  QCheckBox* chkEncrypted;
+  QLineEdit* txtFingerprint;
   QLineEdit* txtNetwork;
   QLineEdit* txtPassword;
   QLineEdit* txtUser;
@@ -50,6 +54,9 @@ class ConnectDialog : public QDialog {
  private:
   void LayOut();
   void Fill(const RecentServer& server);
+  void FillFingerprint(const QByteArray& fingerprint) const;
+  // For another server than before.
+  void FillRememberedFingerprint() const;
   void Check() const;
   void Try();
   void SetTrying(bool isTrying);

@@ -4,6 +4,7 @@
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
+#include "map/certificate_question.h"
 
 namespace corvane::map {
 
@@ -40,6 +41,7 @@ void Connector::Try(const RecentServer& server, bool keepsDigest) {
   destination.port = server.port;
   destination.account = {TextFromDisplay(server.network), server.digest.toStdString(),
                          TextFromDisplay(server.userName)};
+  if (server.isEncrypted) destination.tls = client::Tls{server.fingerprint, {}};
   // Ends the old connection first, so that its end does not count as this attempt's failure.
   myConnection.Close();
   myUnproven = server;
@@ -60,8 +62,13 @@ void Connector::FinishIfOnline() {
 void Connector::ShowEnding(const client::Ending& ending) {
   const QString text = ending.Explanation();
   myMessages.Add(text);
-  if (std::exchange(myUnproven, std::nullopt) && myDialog && ending.cause != Cause::Left)
-    myDialog->ShowFailure(VisibleText(TextFromDisplay(text)));
+  if (!std::exchange(myUnproven, std::nullopt) || !myDialog || ending.cause == Cause::Left) return;
+  myDialog->ShowFailure(VisibleText(TextFromDisplay(text)));
+  if (ending.cause != Cause::Untrusted) return;
+  auto* question =
+      new CertificateQuestion(myConnection.CurrentDestination().host, ending, *myDialog);
+  question->Trusted = [this](const QByteArray& fingerprint) { myDialog->TryTrusting(fingerprint); };
+  question->open();
 }
 
 }  // namespace corvane::map

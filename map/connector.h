@@ -13,8 +13,8 @@
 
 namespace corvane::map {
 
-// Logs the user in with a ConnectDialog: starts attempts, shows why one failed, and stores the
-// server in the settings after a success.
+// Logs the user in with a ConnectDialog: starts attempts, shows why one failed, asks whether to
+// trust a certificate, and stores the server in the settings after a success.
 class Connector {
  public:
   // Borrows all four. `window` owns the dialog.

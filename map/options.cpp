@@ -5,6 +5,7 @@
 #include <QFileInfo>
 
 #include "client/password_digest.h"
+#include "client/tls.h"
 
 namespace corvane::map {
 namespace {
@@ -34,6 +35,11 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
   parser.addOptions({
       {"server", OptionTexts::tr("Log in to this server."), "HOST"},
       {"port", OptionTexts::tr("Its port; 12000 if none is given."), "PORT", "12000"},
+      {"tls", OptionTexts::tr("Connect encrypted (TLS).")},
+      {"fingerprint",
+       OptionTexts::tr("Connect encrypted, and trust only the certificate with this SHA-256 "
+                       "fingerprint."),
+       "HEX"},
       {"network", OptionTexts::tr("The network."), "NAME"},
       {"user", OptionTexts::tr("The user name."), "NAME"},
       {"map", OptionTexts::tr("Show this picture on facet 0 from now on."), "FILE"},
@@ -44,6 +50,9 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
   });
   if (const auto answer = AnswerTo(arguments, parser)) return {{}, *answer};
   Options options;
+  const auto fingerprint = client::ParseFingerprint(parser.value("fingerprint"));
+  if (parser.isSet("fingerprint") && !fingerprint)
+    return {{}, {OptionTexts::tr("--fingerprint takes 64 hexadecimal digits"), 2}};
   if (parser.isSet("server")) {
     RecentServer server;
     server.host = parser.value("server");
@@ -55,6 +64,8 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
       return {{}, {OptionTexts::tr("--server needs a --network and a --user"), 2}};
     if (server.port == 0)
       return {{}, {OptionTexts::tr("--port takes a number from 1 to 65535"), 2}};
+    server.isEncrypted = parser.isSet("tls") || fingerprint;
+    server.fingerprint = fingerprint.value_or(QByteArray());
     options.server = server;
   }
   if (parser.isSet("map")) {

@@ -35,6 +35,8 @@ QList<RecentServer> Settings::RecentServers() const {
     server.network = mySettings.value("network").toString();
     server.userName = mySettings.value("user").toString();
     server.digest = QByteArray::fromHex(mySettings.value("digest").toByteArray());
+    server.isEncrypted = mySettings.value("encrypted").toBool();
+    server.fingerprint = QByteArray::fromHex(mySettings.value("fingerprint").toByteArray());
     servers.append(server);
   }
   mySettings.endArray();
@@ -47,6 +49,12 @@ void Settings::Remember(const RecentServer& server) {
     return other.host == server.host && other.port == server.port &&
            other.network == server.network && other.userName == server.userName;
   });
+  for (RecentServer& other : servers) {
+    if (other.host.compare(server.host, Qt::CaseInsensitive) != 0 || other.port != server.port)
+      continue;
+    other.isEncrypted = server.isEncrypted;
+    other.fingerprint = server.fingerprint;
+  }
   servers.prepend(server);
   servers.resize(std::min<qsizetype>(servers.size(), kMaxRecent));
   mySettings.remove(kRecent);
@@ -59,6 +67,9 @@ void Settings::Remember(const RecentServer& server) {
     mySettings.setValue("user", servers[i].userName);
     if (!servers[i].digest.isEmpty())
       mySettings.setValue("digest", QString::fromLatin1(servers[i].digest.toHex()));
+    mySettings.setValue("encrypted", servers[i].isEncrypted);
+    if (!servers[i].fingerprint.isEmpty())
+      mySettings.setValue("fingerprint", QString::fromLatin1(servers[i].fingerprint.toHex()));
   }
   mySettings.endArray();
 }

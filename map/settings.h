@@ -19,6 +19,9 @@ struct RecentServer {
   QString userName;
   // Of the password; empty unless the user wants it remembered.
   QByteArray digest;
+  bool isEncrypted = false;
+  // SHA-256 of the certificate that the user trusts. Empty if the system's authorities decide.
+  QByteArray fingerprint{};
 };
 
 // The map's settings file, which only its user can read: recent servers, pictures, window layout.
@@ -30,7 +33,8 @@ class Settings {
 
   // The most recently used first, at most kMaxRecent.
   QList<RecentServer> RecentServers() const;
-  // Puts the server first. Replaces an entry with the same host, port, network and user.
+  // Puts the server first. Replaces an entry with the same host, port, network and user. Others
+  // with the same host and port get its encryption and fingerprint.
   void Remember(const RecentServer& server);
 
   MapPicture PictureOf(int facet) const;

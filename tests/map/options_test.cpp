@@ -6,13 +6,16 @@ namespace corvane::map {
 namespace {
 
 TEST(MapOptions, NameAServerAndAPicture) {
-  const auto parsed = ParseOptions({"corvane-map", "--server", "example.org", "--network", "Demo",
-                                    "--user", "Ann", "--map", "a.png", "--map-frame", "-10,20,4"},
-                                   "secret");
+  const auto parsed = ParseOptions(
+      {"corvane-map", "--server", "example.org", "--network", "Demo", "--user", "Ann", "--map",
+       "a.png", "--map-frame", "-10,20,4", "--fingerprint", QString("0a B1:").repeated(16)},
+      "secret");
   ASSERT_TRUE(parsed.options);
   EXPECT_EQ(parsed.options->server->host, "example.org");
   EXPECT_EQ(parsed.options->server->port, 12000);
   EXPECT_EQ(parsed.options->server->digest.toHex(), "5ebe2294ecd0e0f08eab7690d2a6ee69");
+  EXPECT_TRUE(parsed.options->server->isEncrypted);
+  EXPECT_EQ(parsed.options->server->fingerprint, QByteArray("\x0a\xb1").repeated(16));
   EXPECT_TRUE(parsed.options->picture->path.endsWith("/a.png"));
   EXPECT_EQ(parsed.options->picture->corner, QPointF(-10, 20));
   EXPECT_EQ(parsed.options->picture->unitsPerPixel, 4);
@@ -26,6 +29,8 @@ TEST(MapOptions, InvalidOnesAreRefusedWithAText) {
       {{"--map", "a.png", "--map-frame", "1,2,0"}, "X,Y,SCALE"},
       {{"--password", "secret"}, "password"},
       {{"--map", "a.png", "foo"}, "foo"},
+      {{"--fingerprint", QString("0aB").repeated(21)}, "64 hexadecimal digits"},
+      {{"--fingerprint", QString("0x").repeated(32)}, "64 hexadecimal digits"},
   };
   for (const auto& [arguments, text] : cases) {
     const auto parsed = ParseOptions(QStringList("corvane-map") + arguments, "");
