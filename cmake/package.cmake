@@ -74,6 +74,7 @@ corvane_server(corvane-serverd)
 install(TARGETS corvanectl DESTINATION bin)
 install(PROGRAMS packaging/prepare-data-folder DESTINATION share/corvane-server)
 install(FILES packaging/serverdb.sql DESTINATION share/corvane-server)
+install(DIRECTORY packaging/tunnel/ DESTINATION share/doc/corvane-serverd/examples)
 install(FILES packaging/linux/user/corvane-server.service DESTINATION lib/systemd/user)
 install(FILES packaging/linux/system/corvane-server.service DESTINATION /lib/systemd/system)
 foreach(units lib/systemd/user /lib/systemd/system)
@@ -109,6 +110,7 @@ Players run a client such as corvane-map. It logs into a password-protected\n\
 network, reports the player's position and shows those of the others. Runs\n\
 as a service, administered from a shell by corvanectl.")
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_DEPENDS "sqlite3, adduser")
+set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_SUGGESTS "stunnel4 | haproxy, ca-certificates")
 # Until 1.0.0.1 one package had the files of both.
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_BREAKS "corvane-server (<< 1.0.0.2)")
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_REPLACES "corvane-server (<< 1.0.0.2)")

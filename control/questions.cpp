@@ -2,7 +2,11 @@
 
 #include <memory>
 
+#include <QFile>
+#include <QHostAddress>
 #include <QJsonArray>
+#include <QNetworkInterface>
+#include <QRegularExpression>
 
 #include "app/operator.h"
 #include "control/answers.h"
@@ -17,6 +21,26 @@
 #include "updater/version.h"
 
 namespace corvane {
+namespace {
+
+QString Endpoint(const QString& address, const MapSocket& listener) {
+  return address + ':' + QString::number(listener.Port());
+}
+
+// Each address and port that clients on this machine's networks can connect to.
+QJsonArray Endpoints(const MapSocket& listener) {
+  if (!listener.IsListening()) return {};
+  if (listener.NetworkInterface)
+    return {Endpoint(DisplayText(listener.NetworkInterface->IPAddress), listener)};
+  QJsonArray endpoints;
+  for (const QHostAddress& address : QNetworkInterface::allAddresses()) {
+    if (address.protocol() == QAbstractSocket::IPv4Protocol)
+      endpoints.append(Endpoint(address.toString(), listener));
+  }
+  return endpoints;
+}
+
+}  // namespace
 
 Questions::Questions(Operator& op) : myOperator(op), myRates(op.Loop().Counts()) {}
 
@@ -35,6 +59,7 @@ QByteArray Questions::Status(const Request&) {
       {"listening", listener.IsListening()},
       {"address", DisplayText(nic ? nic->IPAddress : "0.0.0.0")},
       {"port", listener.Port()},
+      {"reachable-at", Endpoints(listener)},
       {"connections", static_cast<qint64>(listener.ActiveConnections()->size())},
       {"memory", bytes(ProcessMemory())},
       {"output-held", bytes(myOperator.Loop().Memory().output.InUse())},
@@ -102,6 +127,25 @@ QByteArray Questions::Settings(const Request&) {
   for (const auto& [name, value] : myOperator.Settings().Values())
     answer.Add({{"name", AnswerText(name)}, {"value", AnswerText(value)}});
   return answer.Line();
+}
+
+QByteArray Questions::Tunnel(const char* file, const Request& request) {
+  const QString domain = DisplayText(request.OptionalText("domain").value_or("corvane.example"));
+  static const QRegularExpression kHostName("\\A[0-9A-Za-z]([0-9A-Za-z.-]{0,251}[0-9A-Za-z])?\\z");
+  if (!kHostName.match(domain).hasMatch())
+    throw Misused("\"domain\" takes a host name such as corvane.example");
+  QFile example(QLatin1String(":/tunnel/") + file);
+  if (!example.open(QIODevice::ReadOnly)) throw Refused(TextFromDisplay(example.errorString()));
+  QString text = QString::fromUtf8(example.readAll());
+  // A client's own machine listens on the address that stands there.
+  const MapSocket& listener = myOperator.Listener();
+  const auto& nic = listener.NetworkInterface;
+  if (!text.contains("client = yes")) {
+    const QString address = nic ? DisplayText(nic->IPAddress) : "127.0.0.1";
+    text.replace("127.0.0.1:12000", Endpoint(address, listener)).replace("127.0.0.1", address);
+  }
+  text.replace("corvane.example", domain);
+  return DoneLine(QJsonObject{{"lines", QJsonArray::fromStringList(text.trimmed().split('\n'))}});
 }
 
 }  // namespace corvane

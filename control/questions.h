@@ -23,6 +23,8 @@ class Questions {
   QByteArray Bans(const Request& request);
   QByteArray Admins(const Request& request);
   QByteArray Settings(const Request& request);
+  // The lines of a file of packaging/tunnel/ with this server's address, and the name in "domain".
+  QByteArray Tunnel(const char* file, const Request& request);
 
  private:
   Operator& myOperator;

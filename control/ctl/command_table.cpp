@@ -9,6 +9,7 @@ constexpr Argument kReason{"reason", "The reason; the user sees it."};
 constexpr Option kIsName{"name", nullptr, "USER is a name, even if it looks like ADDRESS:PORT."};
 constexpr Option kOneNetwork{"network", "NAME", "Only this network."};
 constexpr Option kForce{"force", nullptr, "Even if that ends the server."};
+constexpr Option kDomain{"domain", "NAME", "The server's name on the internet."};
 constexpr Option kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
 constexpr Option kNewMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000. Default: 5."};
 
@@ -35,6 +36,18 @@ const std::vector<Command> kCommands = {
      {},
      {},
      {"name", "value"}},
+    {"tunnel stunnel",
+     "Prints a configuration of stunnel that encrypts connections.",
+     {},
+     {kDomain}},
+    {"tunnel haproxy",
+     "Prints a configuration of HAProxy that encrypts connections.",
+     {},
+     {kDomain}},
+    {"tunnel client",
+     "Prints a configuration of stunnel for players whose client cannot encrypt.",
+     {},
+     {kDomain}},
     {.words = "network add",
      .description = "Adds a network. Asks for its password, or reads it from standard input.",
      .arguments = {kNetwork},

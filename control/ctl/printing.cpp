@@ -27,6 +27,12 @@ QByteArray LineText(const QJsonValue& value) {
 QString CellText(const QJsonValue& value) {
   if (value.isBool()) return value.toBool() ? QStringLiteral("yes") : QStringLiteral("no");
   if (value.isDouble()) return QString::number(value.toInteger());
+  if (value.isArray()) {
+    QStringList texts;
+    for (const auto& element : value.toArray())
+      texts.push_back(CellText(element));
+    return texts.join(' ');
+  }
   return VisibleText(TextFromDisplay(value.toString()));
 }
 
@@ -62,7 +68,7 @@ QByteArray RowsText(const std::vector<const char*>& columns, const QJsonArray& o
 QByteArray StatusText(const QJsonObject& answer) {
   std::vector<Row> rows;
   for (const char* field : {"version", "up-since", "rules", "listening", "address", "port",
-                            "connections", "memory", "output-held", "input-held",
+                            "reachable-at", "connections", "memory", "output-held", "input-held",
                             "messages-per-second", "received-per-second", "sent-per-second"}) {
     rows.push_back({QLatin1String(field), CellText(answer[QLatin1String(field)])});
   }

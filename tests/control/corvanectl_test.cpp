@@ -31,6 +31,9 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   };
   for (const Row& row : std::vector<Row>{
            {"status", 0, "North    2      5          yes"},
+           {"status --json", 0, R"("reachable-at":["127.0.0.1:)"},
+           {"tunnel haproxy --domain a.example", 0, "\n#      corvanectl check-reach a.example:12"},
+           {"tunnel stunnel --domain a\nb", 2, "takes a host name"},
            {"users", 0, "Bob   North    127.0.0.2:"},
            {"users --network so\nuth --json", 0, R"("rows":[])"},
            {"users --network x", 1, "there is no network \"x\""},
