@@ -32,8 +32,8 @@ endmacro()
 #
 # Installs the documents for a program's users. They link to one another.
 function(corvane_guides program)
-  install(FILES docs/map.md docs/operating.md docs/performance.md docs/protocol.md docs/security.md
-    DESTINATION share/doc/${program})
+  install(FILES docs/internet.md docs/map.md docs/operating.md docs/performance.md docs/protocol.md
+    docs/security.md DESTINATION share/doc/${program})
   install(DIRECTORY docs/images DESTINATION share/doc/${program})
 endfunction()
 
