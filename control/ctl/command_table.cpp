@@ -48,6 +48,13 @@ const std::vector<Command> kCommands = {
      "Prints a configuration of stunnel for players whose client cannot encrypt.",
      {},
      {kDomain}},
+    {.words = "check-reach",
+     .description = "Tries to reach a server, here or elsewhere, as a client does, and shows what "
+                    "fails. Needs no server on this machine.",
+     .arguments = {{"host", "HOST or HOST:PORT. Default port: 12000, with --tls 12443."}},
+     .options = {{"tls", nullptr, "Encrypted."},
+                 {"fingerprint", "HEX", "Encrypted, trusting only this certificate (SHA-256)."}},
+     .asksNoServer = true},
     {.words = "network add",
      .description = "Adds a network. Asks for its password, or reads it from standard input.",
      .arguments = {kNetwork},

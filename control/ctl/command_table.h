@@ -32,9 +32,10 @@ struct Command {
   std::vector<const char*> columns = {};  // of the answer's rows, in order
   bool joinsWords = false;
   Password password = Password::None;
-  bool needsOption = false;  // does nothing without an option
-  bool takesFile = false;    // the first argument is a file; sent as an absolute path
-  bool isSlow = false;       // the answer may take minutes
+  bool needsOption = false;   // does nothing without an option
+  bool takesFile = false;     // the first argument is a file; sent as an absolute path
+  bool isSlow = false;        // the answer may take minutes
+  bool asksNoServer = false;  // corvanectl itself carries it out
 };
 
 std::span<const Command> AllCommands();

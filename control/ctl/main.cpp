@@ -12,6 +12,7 @@
 #include "control/ctl/console_text.h"
 #include "control/ctl/password_prompt.h"
 #include "control/ctl/printing.h"
+#include "control/ctl/reach.h"
 #include "control/ctl/server_link.h"
 #include "platform/broken_pipes.h"
 #include "platform/folders.h"
@@ -104,6 +105,10 @@ int Execute(CommandLine line, Printer& printer) {
     printer.PrintText(line.text->toUtf8());
     return kDone;
   }
+  if (line.command->asksNoServer) {
+    CheckReach(line.request, printer);
+    return kDone;
+  }
   AddPassword(line);
   return Ask(line, printer);
 }
@@ -124,5 +129,7 @@ int main(int argc, char** argv) {
     return Complain(kNotShown, QString("standard output: ") + std::strerror(error));
   } catch (const UsageError& error) {
     return Complain(kUsage, error.what());
+  } catch (const Unreached& fault) {
+    return Complain(kRefused, fault.what());
   }
 }

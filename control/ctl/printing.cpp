@@ -89,6 +89,10 @@ void Printer::PrintText(const QByteArray& text) {
   if (!isTaken && myError == 0) myError = errno;
 }
 
+void Printer::PrintLine(const QString& line) {
+  PrintText(LineText(line));
+}
+
 void Printer::PrintJson(const QByteArray& received) {
   PrintText(QByteArray::fromStdString(EscapedJson(received.toStdString())) + '\n');
 }

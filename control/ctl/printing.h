@@ -21,6 +21,9 @@ class Printer {
   // Prints a text unchanged.
   void PrintText(const QByteArray& text);
 
+  // Prints a line, escaped.
+  void PrintLine(const QString& line);
+
   // The error of standard output, an errno; 0 if it took everything.
   int Error() const { return myError; }
 
