@@ -5,7 +5,6 @@ import contextlib
 import json
 import os
 import resource
-import shutil
 import subprocess
 import sys
 import tempfile
@@ -14,6 +13,7 @@ from pathlib import Path
 from typing import Callable, Dict, Iterator, List, Optional, Sequence
 
 sys.path.append(str(Path(__file__).resolve().parent.parent / "scripts"))
+from proxies import find_program  # noqa: E402
 from servers import (PASSWORD, ROOT, Failure, end, free_port, listening,  # noqa: E402
                      make_data_folder, running, server_on, wait_until)
 
@@ -155,11 +155,6 @@ class Bench:
         command = [self.programs / program, *words, *arguments, "--port", target.port,
                    "--password", PASSWORD, "--server-pid", target.pid]
         return running(command, stdout=subprocess.PIPE, text=True)
-
-
-def find_program(name: str) -> Optional[str]:
-    # Daemons are in folders that not every user's PATH has.
-    return shutil.which(name, path=os.environ.get("PATH", "") + ":/usr/sbin:/usr/local/sbin")
 
 
 def installed_brokers() -> List[str]:
