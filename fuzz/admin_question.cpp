@@ -2,15 +2,14 @@
 // and memory, and the next answer is right.
 
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <memory>
-#include <string>
 
 #include <QTemporaryDir>
 #include <sqlite3.h>
 
+#include "fuzz/expect.h"
 #include "storage/admins_table.h"
 #include "tests/support/other_program.h"
 
@@ -44,12 +43,6 @@ class Question {
   DatabaseConnection myConnection;
 };
 
-void Check(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "fault: %s\n", what);
-  std::abort();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -60,10 +53,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const std::clock_t start = std::clock();
   const bool isAdmin = question->Ask(name);
   const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-  Check(seconds <= kMaxSeconds, "time");
-  Check(sqlite3_memory_highwater(0) - memory <= kMaxMemory, "memory");
-  Check(isAdmin == (name == "op") || name.find('\'') != std::string::npos, "a name is a name");
-  Check(sqlite3_hard_heap_limit64(-1) == 0 && sqlite3_soft_heap_limit64(-1) == 0, "limits stay");
-  Check(question->Ask("op") && !question->Ask("of"), "the next answer");
+  Expect(seconds <= kMaxSeconds, "time");
+  Expect(sqlite3_memory_highwater(0) - memory <= kMaxMemory, "memory");
+  Expect(isAdmin == (name == "op") || name.find('\'') != std::string::npos, "a name is a name");
+  Expect(sqlite3_hard_heap_limit64(-1) == 0 && sqlite3_soft_heap_limit64(-1) == 0, "limits stay");
+  Expect(question->Ask("op") && !question->Ask("of"), "the next answer");
   return 0;
 }

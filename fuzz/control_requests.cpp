@@ -2,8 +2,6 @@
 // failure, the reason, and the server goes on.
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <memory>
 
 #include <QCoreApplication>
@@ -16,6 +14,7 @@
 #include "app/app.h"
 #include "control/commands.h"
 #include "control/control_connection.h"
+#include "fuzz/expect.h"
 #include "tests/support/other_program.h"
 
 namespace {
@@ -24,12 +23,6 @@ using namespace corvane;
 
 // The server is replaced after this many inputs, since they only ever add to it.
 constexpr int kMaxInputs = 200;
-
-void Expect(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "fault: %s\n", what);
-  std::abort();
-}
 
 QTemporaryDir& NewFolder(QTemporaryDir& folder) {
   MakeDatabase(folder.filePath(QStringLiteral("serverdb.rsd")));

@@ -4,18 +4,13 @@
 // be held.
 
 #include <array>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <memory>
-#include <string>
-#include <string_view>
 #include <tuple>
 #include <utility>
 
 #include <QCoreApplication>
 
 #include "framework/exceptions.h"
+#include "fuzz/expect.h"
 #include "net/os_socket.h"
 #include "tests/support/test_server.h"
 
@@ -95,7 +90,8 @@ class Run {
         client.Read();
       for (int i = 0; i < 3; ++i)
         QCoreApplication::processEvents();
-      Check(myServer.Fault());
+      const std::string fault = myServer.Fault();
+      Expect(fault.empty(), fault.c_str());
     }
     return myServer.uncaught.empty();
   }
@@ -104,11 +100,10 @@ class Run {
     const auto networks = myServer.listener->Networks;
     for (Client& client : myClients)
       client.Close();
-    if (!PumpUntil([this] { return myServer.ActiveCount() == 0; })) Check("a connection stays");
-    for (const NetworkRef& network : networks) {
-      if (network->CurrentUsers != 0) Check("a seat without a session");
-    }
-    if (myServer.loop.Memory().output.InUse() != 0) Check("output without a connection is counted");
+    Expect(PumpUntil([this] { return myServer.ActiveCount() == 0; }), "all connections end");
+    for (const NetworkRef& network : networks)
+      Expect(network->CurrentUsers == 0, "no seat without a session");
+    Expect(myServer.loop.Memory().output.InUse() == 0, "no output is counted without a connection");
   }
 
  private:
@@ -158,12 +153,6 @@ class Run {
     } catch (const NilObjectException&) {
       return;  // a message to a connection without a network ends the real program
     }
-  }
-
-  static void Check(const std::string& fault) {
-    if (fault.empty()) return;
-    std::fprintf(stderr, "fault: %s\n", fault.c_str());
-    std::abort();
   }
 
   TestServer& myServer;

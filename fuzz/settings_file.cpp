@@ -2,8 +2,6 @@
 // the same.
 
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <string>
 #include <utility>
 #include <vector>
@@ -12,19 +10,10 @@
 #include <QTemporaryDir>
 
 #include "framework/text.h"
+#include "fuzz/expect.h"
 #include "storage/app_settings.h"
 
-namespace {
-
 using namespace corvane;
-
-void Expect(bool holds, const char* what) {
-  if (holds) return;
-  std::fprintf(stderr, "fault: %s\n", what);
-  std::abort();
-}
-
-}  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const QTemporaryDir folder;
