@@ -1,11 +1,6 @@
 #include "net/easy_tcp_socket.h"
 
-#include <algorithm>
 #include <array>
-#include <chrono>
-#include <new>
-#include <thread>
-#include <vector>
 
 #include <QtEndian>
 
@@ -13,7 +8,6 @@
 #include "net/frame.h"
 #include "net/os_socket.h"
 #include "tests/net/recording_server.h"
-#include "tests/support/flush.h"
 #include "tests/support/socket_errors.h"
 
 namespace corvane {
@@ -25,9 +19,7 @@ using testing::ElementsAre;
 
 // More than the system's buffers hold.
 std::string Large() {
-  std::string text;
-  text.resize(12'000'000, 'x');
-  return text;
+  return std::string(12'000'000, 'x');
 }
 
 // Appends the bytes that can be read; returns whether the end was reached.

@@ -1,6 +1,3 @@
-#include <algorithm>
-#include <chrono>
-#include <vector>
 
 #include "net/os_socket.h"
 #include "tests/net/recording_server.h"

@@ -1,7 +1,5 @@
 #include "net/poll_loop.h"
 
-#include <chrono>
-
 #include "framework/exceptions.h"
 #include "tests/net/recording_server.h"
 

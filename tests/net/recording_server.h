@@ -1,16 +1,11 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
-#include <cstdint>
 #include <exception>
-#include <functional>
 #include <memory>
 #include <new>
-#include <string>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include <gmock/gmock.h>
 

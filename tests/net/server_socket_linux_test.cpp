@@ -1,15 +1,10 @@
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <utility>
-
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
 
 #include "net/os_socket.h"
 #include "tests/net/recording_server.h"

@@ -1,8 +1,5 @@
 #include "net/server_socket.h"
 
-#include <algorithm>
-#include <chrono>
-
 #include "tests/net/recording_server.h"
 #include "tests/support/socket_errors.h"
 
@@ -112,13 +109,6 @@ TEST_F(ServerSocketTest, AddressInUseOrImpossiblePortIsReportedOnce) {
   second->Listen();
   EXPECT_THAT(second->errors,
               ElementsAre(kAddressInUse, kInvalidArgument, kInvalidArgument, kAddressNotAvailable));
-}
-
-TEST_F(ServerSocketTest, RushIsServedFromASmallPool) {
-  server->SetMaximumSocketsConnected(1'000);
-  server->Listen();
-  Rush(300);
-  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 300; }));
 }
 
 TEST_F(ServerSocketTest, OthersAreServedBetweenSlowGreetingsOfARush) {

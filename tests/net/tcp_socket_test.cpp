@@ -1,7 +1,6 @@
 #include "net/tcp_socket.h"
 
 #include <memory>
-#include <string>
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,5 @@
 #include "server/client_socket.h"
 
-#include <chrono>
 #include <thread>
 
 #include "tests/server/session_fixture.h"

@@ -1,4 +1,3 @@
-#include <chrono>
 
 #include "tests/server/session_fixture.h"
 #include "tests/support/web_server.h"

@@ -1,11 +1,7 @@
 #include <algorithm>
-#include <chrono>
-#include <functional>
 #include <utility>
-#include <vector>
 
 #include "tests/server/session_fixture.h"
-#include "tests/support/flush.h"
 
 namespace corvane {
 namespace {
@@ -180,8 +176,6 @@ struct PileUp {
   explicit PileUp(const ConnectionMemory::Limits& limits) : server(0, Rules::Classic(), limits) {
     server.AddNetwork("A");
   }
-  PileUp(const PileUp&) = delete;
-  PileUp& operator=(const PileUp&) = delete;
   ~PileUp() { std::ranges::for_each(peers, os::CloseSocket); }
 
   std::shared_ptr<ClientSocket> Login(const std::string& name) {

@@ -1,13 +1,9 @@
 #include "server/rules.h"
 
 #include <algorithm>
-#include <chrono>
 #include <deque>
-#include <memory>
 #include <set>
-#include <string>
 #include <utility>
-#include <vector>
 
 #include <gmock/gmock.h>
 

@@ -1,10 +1,5 @@
 #pragma once
 
-#include <cstdint>
-#include <memory>
-#include <string>
-#include <string_view>
-
 #include <gmock/gmock.h>
 
 #include "tests/support/test_server.h"

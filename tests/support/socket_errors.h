@@ -1,13 +1,15 @@
 #pragma once
 
+#include "net/os_socket.h"
+
 namespace corvane {
 
 // The system's error codes, as in an Error event.
 extern const int kAddressInUse;
 extern const int kAddressNotAvailable;
 extern const int kConnectionRefused;
-extern const int kConnectionReset;
-extern const int kInvalidArgument;
-extern const int kNoBuffers;
+using os::kConnectionReset;
+using os::kInvalidArgument;
+using os::kNoBuffers;
 
 }  // namespace corvane

@@ -7,8 +7,5 @@ namespace corvane {
 const int kAddressInUse = EADDRINUSE;
 const int kAddressNotAvailable = EADDRNOTAVAIL;
 const int kConnectionRefused = ECONNREFUSED;
-const int kConnectionReset = ECONNRESET;
-const int kInvalidArgument = EINVAL;
-const int kNoBuffers = ENOBUFS;
 
 }  // namespace corvane

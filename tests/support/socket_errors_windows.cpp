@@ -7,8 +7,5 @@ namespace corvane {
 const int kAddressInUse = WSAEADDRINUSE;
 const int kAddressNotAvailable = WSAEADDRNOTAVAIL;
 const int kConnectionRefused = WSAECONNREFUSED;
-const int kConnectionReset = WSAECONNRESET;
-const int kInvalidArgument = WSAEINVAL;
-const int kNoBuffers = WSAENOBUFS;
 
 }  // namespace corvane

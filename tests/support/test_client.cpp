@@ -1,8 +1,5 @@
 #include "tests/support/test_client.h"
 
-#include <chrono>
-#include <vector>
-
 #include <QCoreApplication>
 #include <QCryptographicHash>
 #include <QDeadlineTimer>

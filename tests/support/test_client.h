@@ -12,11 +12,17 @@
 #include <QTcpSocket>
 
 #include "net/os_socket.h"
+#include "net/poll_loop.h"
 
 namespace corvane {
 
 // Runs Qt's loop until the condition holds, for ten seconds at most. Returns whether it does.
 bool PumpUntil(const std::function<bool()>& condition);
+
+// Sends all written bytes that the system takes.
+inline void FlushNow(PollLoop& loop) {
+  loop.WaitUntil([] { return true; }, PollLoop::Clock::now() + std::chrono::hours(1));
+}
 
 // Runs Qt's loop for this time. For events that must not happen.
 void PumpFor(std::chrono::milliseconds duration);

@@ -48,8 +48,6 @@ TestServer::TestServer(std::int32_t port, const Rules& rules,
   listener->Listen();
 }
 
-TestServer::~TestServer() = default;
-
 NetworkRef TestServer::AddNetwork(const std::string& name, const std::string& password,
                                   std::int32_t maxUsers, bool enabled) {
   listener->Networks.push_back(std::make_shared<ServerNetworks>(name, password, maxUsers, enabled));

@@ -1,10 +1,7 @@
 #pragma once
 
-#include <cstdint>
 #include <exception>
 #include <memory>
-#include <string>
-#include <vector>
 
 #include <QTemporaryDir>
 
@@ -27,9 +24,6 @@ class TestServer {
  public:
   explicit TestServer(std::int32_t port = 0, const Rules& rules = Rules::Classic(),
                       const ConnectionMemory::Limits& limits = {});
-  ~TestServer();
-  TestServer(const TestServer&) = delete;
-  TestServer& operator=(const TestServer&) = delete;
 
   std::int32_t Port() const { return listener->Port(); }
   NetworkRef AddNetwork(const std::string& name, const std::string& password = "secret",
