@@ -1,9 +1,7 @@
 #include "storage/bans.h"
 
 #include <algorithm>
-#include <chrono>
 #include <cstdlib>
-#include <optional>
 #include <thread>
 
 #include <QDir>

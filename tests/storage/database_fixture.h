@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 

@@ -2,7 +2,6 @@
 #include <filesystem>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include "tests/storage/app_settings_fixture.h"
 #include "tests/storage/database_fixture.h"

