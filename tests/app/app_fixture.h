@@ -1,9 +1,5 @@
 #pragma once
 
-#include <memory>
-#include <string>
-#include <vector>
-
 #include <QTemporaryDir>
 #include <gmock/gmock.h>
 

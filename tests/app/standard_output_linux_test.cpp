@@ -1,6 +1,5 @@
 #include <array>
 #include <fcntl.h>
-#include <optional>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
