@@ -1,6 +1,5 @@
 #include "console/my_tray_item.h"
 
-#include <QApplication>
 #include <QMessageBox>
 #include <QTimer>
 

@@ -1,8 +1,5 @@
 #include "console/users_model.h"
 
-#include <string>
-#include <vector>
-
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 

@@ -1,6 +1,5 @@
 #include "console/wnd_main.h"
 
-#include <QApplication>
 #include <QTimer>
 
 #include "tests/console/console_fixture.h"
