@@ -1,8 +1,6 @@
 #include "framework/http_client.h"
 
 #include <filesystem>
-#include <optional>
-#include <string>
 
 #include <QDir>
 #include <QFile>

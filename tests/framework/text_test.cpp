@@ -47,11 +47,5 @@ TEST(Text, FoldingChangesALengthByItsFactorAtMost) {
   EXPECT_FALSE(MayFoldTo(2, 7));
 }
 
-TEST(Text, FieldsAreCountedFromOneAndMissingOnesAreEmpty) {
-  EXPECT_EQ(NthField("a,b,", ',', 0), "");
-  EXPECT_EQ(NthField("a,b,", ',', 2), "b");
-  EXPECT_EQ(NthField("a,b", ',', 3), "");
-}
-
 }  // namespace
 }  // namespace corvane

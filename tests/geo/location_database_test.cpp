@@ -1,5 +1,7 @@
 #include "geo/location_database.h"
 
+#include <fstream>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -34,9 +36,7 @@ std::string CityFile(const std::string& city, int version = 4) {
 class LocationDatabaseTest : public testing::Test {
  protected:
   void Write(const std::string& bytes) {
-    QFile file(name);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+    std::ofstream(name.toStdString(), std::ios::binary) << bytes;
   }
   void Open() {
     logged.clear();

@@ -1,6 +1,6 @@
 #include "geo/location_lookup.h"
 
-#include <optional>
+#include <fstream>
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -30,9 +30,7 @@ class LocationLookupTest : public testing::Test {
     return location.value_or(ClientLocation{});
   }
   void WriteFlag(const std::string& bytes) {
-    QFile file(flagFile);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    file.write(bytes.data(), static_cast<qint64>(bytes.size()));
+    std::ofstream(flagFile.toStdString(), std::ios::binary) << bytes;
   }
   bool FlagFileHolds(const std::string& bytes) {
     return PumpUntil([&] {
@@ -108,12 +106,10 @@ TEST_F(LocationLookupTest, ServiceWithoutAnAddressIsNotAsked) {
 TEST_F(LocationLookupTest, DatabaseIsUsedIfNoLocatorIsSet) {
   std::vector<std::string> logged;
   lookup.Logged = [&logged](const std::string& text) { logged.push_back(text); };
-  QFile file(folder.filePath("places.mmdb"));
-  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  const QString file = folder.filePath("places.mmdb");
   const std::string oslo = MmdbMap({{"city", MmdbText("Oslo")}});
-  file.write(QByteArray::fromStdString(MmdbBytes(4, {{0xC0000200, 24, oslo}})));
-  file.close();
-  lookup.SetDatabase(file.fileName());
+  std::ofstream(file.toStdString(), std::ios::binary) << MmdbBytes(4, {{0xC0000200, 24, oslo}});
+  lookup.SetDatabase(file);
   EXPECT_EQ(logged.size(), 1);
   ClientLocation known;
   known.city = "Bergen";

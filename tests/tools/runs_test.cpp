@@ -2,7 +2,6 @@
 
 #include <arpa/inet.h>
 #include <atomic>
-#include <functional>
 #include <thread>
 #include <unistd.h>
 #include <utility>

@@ -43,12 +43,9 @@ TEST(UpdateCatalogue, FindsTheFirstEntryOfTheNameOrNone) {
                  "</WinGet><Get>\n http://h/x?a=1&amp;b=2\t</Get><Changes> &lt;b&gt;\n</Changes>" +
                  build),
        "1.2.3.7|http://h/x?a=1&b=2| <b>\n"},
-      {Catalogue("<CurrentMajorVersion>99999999999</CurrentMajorVersion><CurrentMinorVersion>x"
-                 "</CurrentMinorVersion><CurrentBuildVersion> -7.9 b</CurrentBuildVersion>"),
-       "99999999999.x.0.-7.9 b||"},
-      {Catalogue("<CurrentMajorVersion> 1 </CurrentMajorVersion><CurrentMinorVersion>07"
-                 "</CurrentMinorVersion><CurrentBuildVersion>3b2</CurrentBuildVersion>"),
-       "1.07.0.3b2||"},
+      {Catalogue("<CurrentMajorVersion>99999999999</CurrentMajorVersion><CurrentMinorVersion>07x"
+                 "</CurrentMinorVersion><CurrentBuildVersion> -7.9 b </CurrentBuildVersion>"),
+       "99999999999.07x.0.-7.9 b||"},
       {Catalogue(build + "<CurrentBuildVersion>8</CurrentBuildVersion></App><App><AppName>Test"
                          "</AppName><Get>second</Get>"),
        "0.0.0.7||"},

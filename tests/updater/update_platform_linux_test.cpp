@@ -1,6 +1,4 @@
 #include <csignal>
-#include <optional>
-#include <string>
 
 #include <QDir>
 #include <QFile>

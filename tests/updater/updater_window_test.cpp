@@ -1,9 +1,5 @@
 #include "updater/updater_window.h"
 
-#include <functional>
-#include <string>
-#include <vector>
-
 #include <QDir>
 #include <QFile>
 #include <QPointer>

@@ -1,9 +1,5 @@
 #include "updater/version_checker.h"
 
-#include <memory>
-#include <string>
-#include <utility>
-
 #include <gmock/gmock.h>
 
 #include "tests/support/test_client.h"
