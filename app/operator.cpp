@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "app/app.h"
+#include "framework/dates.h"
 #include "framework/ip_address.h"
 #include "framework/status_line.h"
 #include "framework/text.h"
@@ -20,6 +21,10 @@ std::string Numbers(const std::vector<std::int64_t>& ids) {
   for (const std::int64_t id : ids)
     text += (text.empty() ? "" : ", ") + std::to_string(id);
   return text;
+}
+
+std::string UntilText(const QDateTime& until) {
+  return until.isValid() ? " until " + StoredUtc(until) + " UTC" : "";
 }
 
 void SetTerms(ServerNetworks& network, const std::string& password, std::int32_t maxUsers,
@@ -46,6 +51,11 @@ bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
 }
 
 }  // namespace
+
+Operator::Operator(App& app, MapSocket& listener)
+    : myApp(app),
+      myListener(listener),
+      myEnds(listener.Context.bans.EndsDue.Connect([this] { EndBans(); })) {}
 
 void Operator::LogAction(StatusParts what) {
   Log().WriteAudit(myActor + ": " + LogLine(what));
@@ -167,15 +177,32 @@ void Operator::Kick(ClientSocket& user, const std::string& reason) {
   myListener.Kick(user, reason);
 }
 
-bool Operator::Ban(ClientSocket& user, const std::string& reason) {
-  LogAction({"ban ", user.PeerName(), " ", Quoted(user.Username()), ": ", reason});
-  return myListener.Ban(user.RemoteAddress(), kName, reason, user.NetworkName(), &user);
+bool Operator::Ban(ClientSocket& user, const std::string& reason, const QDateTime& until) {
+  LogAction(
+      {"ban ", user.PeerName(), " ", Quoted(user.Username()), UntilText(until), ": ", reason});
+  return myListener.Ban(user.RemoteAddress(), kName, reason, user.NetworkName(), &user, until);
 }
 
 bool Operator::BanAddress(const std::string& address, const std::string& reason,
-                          const std::string& networkName) {
-  LogAction({"ban address ", address, ": ", reason});
-  return myListener.Ban(address, kName, reason, networkName);
+                          const std::string& networkName, const QDateTime& until) {
+  LogAction({"ban address ", address, UntilText(until), ": ", reason});
+  return myListener.Ban(address, kName, reason, networkName, nullptr, until);
+}
+
+void Operator::EndBans() {
+  const Acting acting(*this, "clock");
+  Bans& bans = myListener.Context.bans;
+  const auto ended = bans.Ended();
+  if (!ended || ended->empty()) return;
+  std::vector<std::int64_t> ids;
+  for (const corvane::Ban& ban : *ended)
+    ids.push_back(ban.id);
+  // Logged afterwards, unlike other actions: a ban that cannot be lifted yet would be logged again.
+  if (!bans.Lift(ids)) return;
+  for (const corvane::Ban& ban : *ended) {
+    LogAction({"lift ban ", std::to_string(ban.id), " of ", ban.address, ", which has ended"});
+    myListener.CallStatusMessage({Quoted(ban.address), " Unbanned: the ban has ended"});
+  }
 }
 
 void Operator::ForceDisconnect(ClientSocket& user) {

@@ -8,6 +8,8 @@
 #include <utility>
 #include <vector>
 
+#include <QDateTime>
+
 #include "framework/message_box.h"
 #include "framework/signal.h"
 #include "framework/status_line.h"
@@ -39,7 +41,7 @@ class ServerLog;
 // ShowMessage runs Qt's event loop or opens a window.
 class Operator {
  public:
-  Operator(App& app, MapSocket& listener) : myApp(app), myListener(listener) {}
+  Operator(App& app, MapSocket& listener);
 
   // Events: a network was added to the list, or removed from it.
   Signal<const NetworkRef&> NetworkAdded;
@@ -109,10 +111,11 @@ class Operator {
   // after which one that does not is disconnected. Does nothing to a user who has left.
   void Kick(ClientSocket& user, const std::string& reason);
   // The same, and bans the address, even if the user has left. The rules may shorten the reason.
-  bool Ban(ClientSocket& user, const std::string& reason);
-  // Bans an address. The network is only recorded with it and may be empty.
+  bool Ban(ClientSocket& user, const std::string& reason, const QDateTime& until = {});
+  // Bans an address. The network is only recorded with it and may be empty. Both bans end then if
+  // the date is valid: they are lifted, with a status line each.
   bool BanAddress(const std::string& address, const std::string& reason,
-                  const std::string& networkName);
+                  const std::string& networkName, const QDateTime& until = {});
   // Ends the connection; does nothing if it has ended.
   void ForceDisconnect(ClientSocket& user);
   // Makes the user of this name and address an administrator of the network, at once.
@@ -148,10 +151,13 @@ class Operator {
 
  private:
   void AddToList(const NetworkRef& network);
+  // Lifts the bans that have ended.
+  void EndBans();
 
   App& myApp;
   MapSocket& myListener;
   std::string myActor = "window";
+  SignalConnection myEnds;
 };
 
 }  // namespace corvane

@@ -5,13 +5,26 @@
 #include "framework/text.h"
 
 namespace corvane {
+namespace {
+
+const QString kStoredForm = QStringLiteral("yyyy-MM-dd HH:mm:ss");
+
+}  // namespace
 
 std::string StoredDate(const QDateTime& date) {
-  return date.toLocalTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")).toStdString();
+  return date.toLocalTime().toString(kStoredForm).toStdString();
 }
 
 QDateTime DateFromStored(std::string_view text) {
   return QDateTime::fromString(DisplayText(text), Qt::ISODate);
+}
+
+std::string StoredUtc(const QDateTime& date) {
+  return date.toUTC().toString(kStoredForm).toStdString();
+}
+
+QDateTime UtcFromStored(std::string_view text) {
+  return DateFromStored(std::string(text) + 'Z');
 }
 
 std::string ShortDateAndTime(const QDateTime& date) {

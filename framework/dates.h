@@ -14,6 +14,10 @@ std::string StoredDate(const QDateTime& date);
 // QDateTime for anything else.
 QDateTime DateFromStored(std::string_view text);
 
+// The same in UTC: such texts are in the order of their dates.
+std::string StoredUtc(const QDateTime& date);
+QDateTime UtcFromStored(std::string_view text);
+
 // Short date, a blank and short time in the operator's locale; empty for an invalid date.
 std::string ShortDateAndTime(const QDateTime& date);
 

@@ -23,6 +23,12 @@ CREATE TABLE IF NOT EXISTS bans (
   network TEXT
 );
 
+-- When bans end, in UTC. A ban without a row never does.
+CREATE TABLE IF NOT EXISTS ban_ends (
+  banid INTEGER PRIMARY KEY,
+  until TEXT
+);
+
 CREATE TABLE IF NOT EXISTS admins (
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   name TEXT,

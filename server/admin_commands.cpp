@@ -153,7 +153,7 @@ void AdminCommands::LiftBan(std::string_view id) {
   if (static_cast<double>(whole) != number) return;
   if (!myContext.rules.areAllBansShown) {
     const auto ban = myContext.bans.Find(whole);
-    if (!ban || !SameText(ban->network, mySession.NetworkName())) return;
+    if (!ban || !IsOfAdmins(*ban, *mySession.myNetwork)) return;
   }
   // The command has no answer, whether it worked or not.
   std::ignore = myContext.bans.Lift({whole});

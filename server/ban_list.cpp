@@ -15,6 +15,10 @@ constexpr std::chrono::milliseconds kReadingTime{1};
 
 }  // namespace
 
+bool IsOfAdmins(const Ban& ban, const ServerNetworks& network) {
+  return SameText(ban.network, network.NetworkName) && !ban.until.isValid();
+}
+
 bool BanList::ReadOn() {
   const auto end = ProcessorTime() + kReadingTime;
   while (myPlace != Bans::kEnd && ProcessorTime() < end)
@@ -37,7 +41,7 @@ void BanList::ReadPortion() {
 }
 
 void BanList::Add(const Ban& ban) {
-  if (myNetwork != nullptr && !SameText(ban.network, myNetwork->NetworkName)) return;
+  if (myNetwork != nullptr && !IsOfAdmins(ban, *myNetwork)) return;
   myRecords += std::to_string(ban.id) + "|" + ban.address + "|" + ban.by + "|" + ban.reason + "|" +
                ShortDateAndTime(ban.bandate);
   myRecords += '\0';

@@ -12,13 +12,17 @@
 
 namespace corvane {
 
+// Whether the network's administrators see and lift the ban where the rules hide others: not if it
+// ends, which only the operator's bans do.
+bool IsOfAdmins(const Ban& ban, const ServerNetworks& network);
+
 // The list of bans that an administrator asks for (command 13). Reads and formats it in portions,
 // between which other sessions are served. Borrows the bans and the memory.
 //
 // Limits: fails if the output of all connections would exceed half of its limit.
 class BanList {
  public:
-  // Lists only the bans of the network, if one is given.
+  // Lists only the bans of the network's administrators, if one is given.
   BanList(Bans& bans, ConnectionMemory& memory, NetworkRef network = nullptr)
       : myBans(bans), myMemory(memory), myNetwork(std::move(network)) {}
 

@@ -110,10 +110,10 @@ void NetworkHost::ReportKick(std::string_view userName, const std::string& reaso
 
 bool NetworkHost::Ban(const std::string& address, const std::string& by,
                       std::string_view givenReason, const std::string& networkName,
-                      ClientSocket* target) {
+                      ClientSocket* target, const QDateTime& until) {
   const std::string reason(Beginning(givenReason, Context.rules.maxReason));
   // Before the notice, which may be sent at once: a ban is in force before anybody is notified.
-  const bool isStored = Context.bans.Add(address, by, reason, networkName);
+  const bool isStored = Context.bans.Add(address, by, reason, networkName, until);
   if (target != nullptr) target->SendNotice(wire::kBanned, reason);
   CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
   return isStored;

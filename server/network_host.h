@@ -54,10 +54,11 @@ class NetworkHost : public ServerSocket {
                 const std::string& reason);
 
   // Bans an address and then sends the ban notice (command 997) to the `target`, if any. Cuts the
-  // reason to the length that the rules allow. Returns whether the ban is in the database already;
-  // if not, it is in force nevertheless (see Bans).
+  // reason to the length that the rules allow. The ban ends then if the date is valid. Returns
+  // whether the ban is in the database already; if not, it is in force nevertheless (see Bans).
   bool Ban(const std::string& address, const std::string& by, std::string_view givenReason,
-           const std::string& networkName, ClientSocket* target = nullptr);
+           const std::string& networkName, ClientSocket* target = nullptr,
+           const QDateTime& until = {});
   // Bans the address of each user of that name in the banning client's network.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 

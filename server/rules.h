@@ -54,7 +54,7 @@ struct Rules {
   // those that are logged in.
   bool isHeardBeforeLogin = true;
   StatementValues statementValues = StatementValues::Pasted;
-  // Whether administrators see and lift all bans, or only those of their network.
+  // Whether administrators see and lift all bans, or only those of their network that never end.
   bool areAllBansShown = true;
   // Whether user names may contain "|", which separates the fields of records, and misleading
   // characters (visible_text.h).

@@ -14,7 +14,10 @@ struct Ban {
   std::string by;
   std::string reason;
   QDateTime bandate;
-  std::string network;  // of the user who was banned
+  std::string network;   // of the user who was banned
+  QDateTime until = {};  // invalid if it never ends
+
+  bool HasEnded(const QDateTime& time) const { return until.isValid() && until <= time; }
 };
 
 }  // namespace corvane

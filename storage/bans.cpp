@@ -1,11 +1,14 @@
 #include "storage/bans.h"
 
 #include <algorithm>
+#include <iterator>
 #include <set>
+#include <string_view>
 #include <thread>
+#include <tuple>
 #include <utility>
 
-#include "storage/database_connection.h"
+#include "framework/dates.h"
 
 namespace corvane {
 namespace {
@@ -18,6 +21,11 @@ constexpr std::chrono::milliseconds kMaxPause(10'000);
 constexpr std::chrono::milliseconds kRetryTime(20);
 constexpr std::chrono::milliseconds kEndTime(1000);
 constexpr std::chrono::milliseconds kEndPause(10);
+constexpr std::chrono::milliseconds kMaxClockPause(1000);
+
+// Every select but the system's own question: the same for databases with and without ends.
+constexpr std::string_view kWithEnds =
+    "SELECT bans.*, until FROM bans LEFT JOIN ban_ends ON banid=bans.id ";
 
 }  // namespace
 
@@ -25,6 +33,13 @@ Bans::Bans(DatabaseConnection& connection)
     : myConnection(connection), myWaiting(connection.File()), myPause(kFirstPause) {
   myRetry.setSingleShot(true);
   QObject::connect(&myRetry, &QTimer::timeout, [this] { Retry(); });
+  myEndTimer.setSingleShot(true);
+  QObject::connect(&myEndTimer, &QTimer::timeout, [this] {
+    const auto ended = Ended();
+    if (ended && !ended->empty()) EndsDue();
+    WaitForEnds();
+  });
+  ReadNextEnd();
   if (!myWaiting.All().empty()) Retry();
 }
 
@@ -39,15 +54,16 @@ Bans::~Bans() {
 }
 
 bool Bans::Add(const std::string& address, const std::string& by, const std::string& reason,
-               const std::string& network) {
-  Ban ban{0, address, by, reason, QDateTime::currentDateTime(), network};
+               const std::string& network, const QDateTime& until) {
+  Ban ban{0, address, by, reason, QDateTime::currentDateTime(), network, until};
   if (Store(ban)) return true;
   myWaiting.Add(std::move(ban));
+  WaitForEnds();
   if (!myRetry.isActive()) myRetry.start(myPause);
   return false;
 }
 
-bool Bans::Store(const Ban& ban) {
+std::optional<std::int64_t> Bans::Store(const Ban& ban) {
   DatabaseRecord record;
   record.SetText("address", ban.address);
   record.SetText("by", ban.by);
@@ -55,41 +71,131 @@ bool Bans::Store(const Ban& ban) {
   record.SetDate("bandate", ban.bandate);
   record.SetInteger("banlength", 1);  // nothing reads it: deliberate
   record.SetText("network", ban.network);
-  return myConnection.InsertRecord("bans", record) && myConnection.Commit();
+  if (ban.until.isValid() || myNextEnd.isValid()) return StoreWithEnd(ban, record);
+  if (!myConnection.InsertRecord("bans", record) || !myConnection.Commit()) return std::nullopt;
+  return myConnection.LastInserted();
+}
+
+std::optional<std::int64_t> Bans::StoreWithEnd(const Ban& ban, const DatabaseRecord& record) {
+  if (!myConnection.Begin()) return std::nullopt;
+  std::int64_t id = 0;
+  const auto store = [&] {
+    if (!myConnection.SQLExecute("CREATE TABLE IF NOT EXISTS ban_ends (banid INTEGER PRIMARY KEY, "
+                                 "until TEXT)")) {
+      return false;
+    }
+    if (!ban.until.isValid()) {
+      if (!myConnection.InsertRecord("bans", record)) return false;
+      id = myConnection.LastInserted();
+      // Another program may have deleted a ban of this number, but not its end.
+      return myConnection.SQLExecute("DELETE FROM ban_ends WHERE banid=?", {id});
+    }
+    // Left in the file of waiting bans by a killed server, it would end twice.
+    const auto same =
+        SelectAll(std::string(kWithEnds) + "WHERE address=? AND reason=? AND bandate=? AND until=?",
+                  {ban.address, ban.reason, StoredDate(ban.bandate), StoredUtc(ban.until)});
+    if (same && !same->empty()) {
+      id = same->front().id;
+      return true;
+    }
+    if (!myConnection.InsertRecord("bans", record)) return false;
+    id = myConnection.LastInserted();
+    return myConnection.SQLExecute("INSERT OR REPLACE INTO ban_ends(banid, until) VALUES(?,?)",
+                                   {id, StoredUtc(ban.until)});
+  };
+  const bool isStored = store();
+  if (!isStored) myConnection.Rollback();
+  if (!isStored || !myConnection.Commit()) return std::nullopt;
+  if (ban.until.isValid() && !(myNextEnd.isValid() && myNextEnd <= ban.until)) {
+    myNextEnd = ban.until;
+  }
+  WaitForEnds();
+  return id;
 }
 
 bool Bans::IsBanned(const std::string& address) {
+  const QDateTime now = Now();
+  if (myWaiting.Has(address, now)) return true;
   // An address has no quotes: pasted into the text it would give the same.
-  return myWaiting.Has(address) ||
-         myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address});
+  if (!myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address})) return false;
+  if (!myNextEnd.isValid() || myNextEnd > now) return true;
+  return myConnection.HasRowWith(
+             "SELECT 1 FROM bans WHERE address=? AND NOT EXISTS"
+             " (SELECT 1 FROM ban_ends WHERE banid=bans.id AND until<=?)",
+             {address, StoredUtc(now)}) ||
+         myConnection.Error();
 }
 
 std::optional<std::vector<Ban>> Bans::Portion(std::int64_t& place) {
-  auto bans = Select("id>? ORDER BY id LIMIT " + std::to_string(kPortion), place);
+  auto bans = Select("bans.id>? ORDER BY bans.id LIMIT " + std::to_string(kPortion), place);
   place = bans && bans->size() == kPortion ? bans->back().id : kEnd;
   if (bans && place == kEnd) {
     // Together with the last stored ones: a ban that is stored meanwhile would be missed otherwise.
     bans->insert(bans->end(), myWaiting.All().begin(), myWaiting.All().end());
   }
+  if (bans) std::erase_if(*bans, [now = Now()](const Ban& ban) { return ban.HasEnded(now); });
   return bans;
+}
+
+std::optional<std::vector<Ban>> Bans::Ended() {
+  const QDateTime now = Now();
+  std::vector<Ban> ended;
+  if (myNextEnd.isValid() && myNextEnd <= now) {
+    auto stored = SelectAll(std::string(kWithEnds) + "WHERE until<=? ORDER BY until LIMIT 1000",
+                            {StoredUtc(now)});
+    if (!stored) return std::nullopt;
+    ended = *std::move(stored);
+    // Another program deleted the bans.
+    if (ended.empty() &&
+        myConnection.SQLExecute("DELETE FROM ban_ends WHERE until<=?", {StoredUtc(now)})) {
+      ReadNextEnd();
+    }
+  }
+  std::ranges::copy_if(myWaiting.All(), std::back_inserter(ended),
+                       [&now](const Ban& ban) { return ban.HasEnded(now); });
+  return ended;
+}
+
+void Bans::ReadNextEnd() {
+  const auto next = myConnection.SQLSelect("SELECT min(until) AS until FROM ban_ends");
+  myNextEnd = next ? UtcFromStored(next->Text("until")) : QDateTime();
+  WaitForEnds();
+}
+
+void Bans::WaitForEnds() {
+  QDateTime next = myNextEnd;
+  for (const Ban& ban : myWaiting.All()) {
+    if (ban.until.isValid() && !(next.isValid() && next <= ban.until)) next = ban.until;
+  }
+  if (!next.isValid()) return myEndTimer.stop();
+  const std::chrono::milliseconds left(Now().msecsTo(next));
+  // The clock may be set meanwhile. An end that is due was tried.
+  myEndTimer.start(left.count() > 0 ? std::min(left, kMaxClockPause) : kMaxClockPause);
 }
 
 std::optional<Ban> Bans::Find(std::int64_t id) {
   const auto waiting = std::ranges::find(myWaiting.All(), id, &Ban::id);
   if (waiting != myWaiting.All().end()) return *waiting;
-  const auto stored = Select("id=?", myWaiting.StoredAs(id));
+  const auto stored = Select("bans.id=?", myWaiting.StoredAs(id));
   if (!stored || stored->empty()) return std::nullopt;
   return stored->front();
 }
 
 std::optional<std::vector<Ban>> Bans::Select(const std::string& condition, std::int64_t value) {
-  auto rows = myConnection.SQLSelect("SELECT * FROM bans WHERE " + condition, {value});
+  if (myNextEnd.isValid()) return SelectAll(std::string(kWithEnds) + "WHERE " + condition, {value});
+  return SelectAll("SELECT * FROM bans WHERE " + condition, {value});
+}
+
+std::optional<std::vector<Ban>> Bans::SelectAll(std::string_view query,
+                                                const DatabaseConnection::Values& values) {
+  auto rows = myConnection.SQLSelect(query, values);
   if (!rows) return std::nullopt;
   std::vector<Ban> bans;
   bans.reserve(rows->RecordCount());
   for (; !rows->EndOfRows(); rows->MoveNext()) {
     bans.push_back({rows->Integer("id"), rows->Text("address"), rows->Text("by"),
-                    rows->Text("reason"), rows->Date("bandate"), rows->Text("network")});
+                    rows->Text("reason"), rows->Date("bandate"), rows->Text("network"),
+                    UtcFromStored(rows->Text("until"))});
   }
   return bans;
 }
@@ -104,7 +210,13 @@ bool Bans::Lift(const std::vector<std::int64_t>& ids) {
     return myConnection.SQLExecute("DELETE FROM bans WHERE id=?", {myWaiting.StoredAs(id)});
   };
   const bool areLifted = myConnection.Begin() && std::ranges::all_of(stored, lift);
-  return myConnection.Commit() && areLifted;
+  const auto forgetEnd = [this](std::int64_t id) {
+    return myConnection.SQLExecute("DELETE FROM ban_ends WHERE banid=?", {myWaiting.StoredAs(id)});
+  };
+  if (areLifted && myNextEnd.isValid()) std::ignore = std::ranges::all_of(stored, forgetEnd);
+  const bool isDone = myConnection.Commit() && areLifted;
+  if (isDone && myNextEnd.isValid()) ReadNextEnd();
+  return isDone;
 }
 
 void Bans::Retry() {
@@ -117,12 +229,13 @@ void Bans::Retry() {
 bool Bans::StoreFor(std::chrono::milliseconds time) {
   const Clock::time_point end = Clock::now() + time;
   while (!myWaiting.All().empty() && Clock::now() < end) {
-    if (!Store(myWaiting.All().front())) {
+    const auto id = Store(myWaiting.All().front());
+    if (!id) {
       // The fault may concern this ban only.
       myWaiting.FirstIsRefused();
       return false;
     }
-    myWaiting.FirstIsStored(myConnection.LastInserted());
+    myWaiting.FirstIsStored(*id);
   }
   return true;
 }

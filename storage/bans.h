@@ -2,24 +2,30 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include <QDateTime>
 #include <QTimer>
 
+#include "framework/signal.h"
 #include "storage/ban.h"
+#include "storage/database_connection.h"
 #include "storage/waiting_bans.h"
 
 namespace corvane {
 
-class DatabaseConnection;
-
-// All access to bans: the table "bans" and the bans that the database refused. A refused ban waits:
-// it is enforced, listed and lifted like any other, survives a restart (WaitingBans), and is tried
-// again at growing intervals until it is stored. Borrows the connection, whose database must be
-// open. Needs a QCoreApplication.
+// All access to bans: the table "bans", the table "ban_ends" with their ends, which is made when it
+// is missing and first needed, and the bans that the database refused. A refused ban waits: it is
+// enforced, listed and lifted like any other, survives a restart (WaitingBans), and is tried again
+// at growing intervals until it is stored. Borrows the connection, whose database must be open.
+// Needs a QCoreApplication.
+//
+// A ban that has ended by the wall clock is neither enforced nor listed. It is deleted by Lift, for
+// which EndsDue asks.
 //
 // The destructor tries to store waiting bans for up to a second. Bans that can be written neither
 // to the database nor to the file are lost; standard error reports how many.
@@ -30,10 +36,17 @@ class Bans {
   Bans(const Bans&) = delete;
   Bans& operator=(const Bans&) = delete;
 
-  // Bans the address at once. Returns whether the ban is in the database; if not, it is in the file
-  // of waiting bans, unless that cannot be written either.
+  // The wall clock; replaced in tests.
+  std::function<QDateTime()> Now = &QDateTime::currentDateTimeUtc;
+
+  // Event: some bans have ended (Ended). Raised again each second until they are lifted, and at
+  // most a second late if the wall clock is set or the machine was asleep.
+  Signal<> EndsDue;
+
+  // Bans the address at once, until then if the date is valid. Returns whether the ban is in the
+  // database; if not, it is in the file of waiting bans, unless that cannot be written either.
   bool Add(const std::string& address, const std::string& by, const std::string& reason,
-           const std::string& network);
+           const std::string& network, const QDateTime& until = {});
 
   // Whether any ban names the address. False if the query fails.
   bool IsBanned(const std::string& address);
@@ -45,6 +58,9 @@ class Bans {
   static constexpr std::int64_t kBegin = std::numeric_limits<std::int64_t>::min();
   static constexpr std::int64_t kEnd = std::numeric_limits<std::int64_t>::max();
 
+  // Bans that have ended, the earliest first, at most 1000 stored ones. None if the query fails.
+  std::optional<std::vector<Ban>> Ended();
+
   // The ban with this number. None also if the query fails.
   std::optional<Ban> Find(std::int64_t id);
 
@@ -53,8 +69,16 @@ class Bans {
   [[nodiscard]] bool Lift(const std::vector<std::int64_t>& ids);
 
  private:
-  bool Store(const Ban& ban);
+  // Returns the ban's number in the database; none if it is refused.
+  std::optional<std::int64_t> Store(const Ban& ban);
+  std::optional<std::int64_t> StoreWithEnd(const Ban& ban, const DatabaseRecord& record);
+  // The end is read too if one of the stored bans has any.
   std::optional<std::vector<Ban>> Select(const std::string& condition, std::int64_t value);
+  std::optional<std::vector<Ban>> SelectAll(std::string_view query,
+                                            const DatabaseConnection::Values& values);
+  // Reads when the next stored ban ends.
+  void ReadNextEnd();
+  void WaitForEnds();
   void Retry();
   // Stores waiting bans until one is refused or the time is over. Returns whether none was refused.
   bool StoreFor(std::chrono::milliseconds time);
@@ -63,6 +87,8 @@ class Bans {
   WaitingBans myWaiting;
   std::chrono::milliseconds myPause;
   QTimer myRetry;
+  QDateTime myNextEnd;  // of the stored bans; invalid if none ends
+  QTimer myEndTimer;
 };
 
 }  // namespace corvane

@@ -260,8 +260,12 @@ bool DatabaseConnection::Commit() {
   if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return !myError;
   if (SQLExecute("COMMIT")) return true;
   // The transaction would otherwise stay open and include later changes.
-  sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
+  Rollback();
   return false;
+}
+
+void DatabaseConnection::Rollback() {
+  if (myDatabase != nullptr) sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
 }
 
 bool DatabaseConnection::SQLExecute(std::string_view statement, const Values& values) {

@@ -89,6 +89,8 @@ class DatabaseConnection {
   // and returns whether the last operation worked.
   [[nodiscard]] bool Begin();
   [[nodiscard]] bool Commit();
+  // Undoes an open transaction and keeps the error.
+  void Rollback();
 
   // Of the last operation.
   bool Error() const { return myError; }

@@ -14,7 +14,7 @@
 namespace corvane {
 namespace {
 
-constexpr qsizetype kFields = 5;
+constexpr qsizetype kFields = 5;  // of a ban that never ends
 constexpr std::size_t kMaxTidiedBytes = std::size_t{64} << 10;
 // An administrator may issue any number of bans, with long reasons.
 constexpr std::size_t kMaxWaitingBytes = std::size_t{16} << 20;
@@ -28,6 +28,7 @@ QByteArray LineOf(const Ban& ban) {
   for (const std::string& field :
        {ban.address, ban.by, ban.reason, StoredDate(ban.bandate), ban.network})
     line += QByteArray::fromStdString(field).toPercentEncoding(" :") + '\t';
+  if (ban.until.isValid()) line += QByteArray::fromStdString(StoredUtc(ban.until)) + '\t';
   line.back() = '\n';
   return line;
 }
@@ -42,23 +43,30 @@ WaitingBans::WaitingBans(const QString& databaseFile) {
   while (!file.atEnd()) {
     QList<QByteArray> fields = file.readLine().split('\t');
     // A truncated line has no line end.
-    if (fields.size() != kFields || !fields.back().endsWith('\n')) continue;
+    const bool ends = fields.size() == kFields + 1;
+    if ((fields.size() != kFields && !ends) || !fields.back().endsWith('\n')) continue;
     fields.back().chop(1);
     const auto text = [&fields](qsizetype field) {
       return QByteArray::fromPercentEncoding(fields[field]).toStdString();
     };
-    Enter({0, text(0), text(1), text(2), DateFromStored(text(3)), text(4)});
+    Enter({0, text(0), text(1), text(2), DateFromStored(text(3)), text(4),
+           ends ? UtcFromStored(text(kFields)) : QDateTime()});
   }
 }
 
-bool WaitingBans::Has(const std::string& address) const {
-  return std::ranges::find(myBans, address, &Ban::address) != myBans.end();
+bool WaitingBans::Has(const std::string& address, const QDateTime& time) const {
+  return std::ranges::any_of(
+      myBans, [&](const Ban& ban) { return ban.address == address && !ban.HasEnded(time); });
 }
 
 void WaitingBans::Add(Ban ban) {
   if (Bytes() + SizeOf(ban) > kMaxWaitingBytes) {
     // Only the address matters, and there are no more addresses than clients.
-    if (Has(ban.address)) return;
+    const auto lastsAsLong = [&ban](const Ban& other) {
+      return other.address == ban.address &&
+             (!other.until.isValid() || (ban.until.isValid() && other.until >= ban.until));
+    };
+    if (std::ranges::any_of(myBans, lastsAsLong)) return;
     ban.reason.clear();
   }
   myIsFileWhole = Append(ban) && myIsFileWhole;

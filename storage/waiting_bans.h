@@ -14,14 +14,14 @@
 namespace corvane {
 
 // The bans that wait for the database, in memory and in the file "corvane-bans.waiting" beside the
-// database, which the next start reads. Each line of the file is a ban: address, by, reason, date
-// and network, percent-encoded and separated by tabs.
+// database, which the next start reads. Each line of the file is a ban: address, by, reason, date,
+// network and, if it ends, when, percent-encoded and separated by tabs.
 //
 // Each waiting ban has a number from kFirstNumber on. The number remains valid after the ban is
 // stored, until the server ends.
 //
-// Limits: above 16 MiB a ban is kept without its reason, and is dropped if its address waits
-// already. Each ban that has waited leaves 8 bytes in memory.
+// Limits: above 16 MiB a ban is kept without its reason, and is dropped if one of its address waits
+// that lasts as long. Each ban that has waited leaves 8 bytes in memory.
 class WaitingBans {
  public:
   static constexpr std::int64_t kFirstNumber = 2'000'000'000;
@@ -32,7 +32,8 @@ class WaitingBans {
 
   // In the order of storing.
   const std::deque<Ban>& All() const { return myBans; }
-  bool Has(const std::string& address) const;
+  // Whether one names the address and holds at that time.
+  bool Has(const std::string& address, const QDateTime& time) const;
 
   // Numbers the ban and keeps it. On return it is on the disk, unless writing fails.
   void Add(Ban ban);

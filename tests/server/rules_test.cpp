@@ -229,10 +229,15 @@ std::string BansOfOthers(TestServer& server) {
   server.Query(
       "INSERT INTO bans(address, network) VALUES('10.0.0.1','a'),('10.0.0.2','B'),"
       "('10.0.0.3','A')");
+  const QDateTime tomorrow = QDateTime::currentDateTimeUtc().addDays(1);
+  EXPECT_TRUE(server.listener->Context.bans.Add("10.0.0.4", "Server Admin", "", "A", tomorrow));
   const auto ann = LoggedIn(server, "Ann");
-  ann->SendBytes(WireBytes(14, "1") + WireBytes(14, "2") + WireBytes(13, ""));
-  const std::string shown = ann->Receive()->payload.substr(0, 1);
-  return "sees " + shown + ", left " + server.Query("SELECT id FROM bans");
+  ann->SendBytes(WireBytes(13, "") + WireBytes(14, "1") + WireBytes(14, "2") + WireBytes(14, "4") +
+                 WireBytes(13, ""));
+  const std::string list = ann->Receive()->payload;
+  ann->Receive();
+  return "sees " + std::to_string(std::ranges::count(list, '\0')) + ", left " +
+         server.Query("SELECT id FROM bans");
 }
 
 std::string MisleadingNames(TestServer& server) {
@@ -309,7 +314,7 @@ constexpr RuleRow kRuleRows[] = {
     {"lengths", LongMessages, "stays stays stays stays ", "stays closed stays closed "},
     {"rate", FastMessages, "soon soon ", "waits waits "},
     {"notices", KickedAndBanned, "stays stays stays ", "closed closed closed "},
-    {"bans", BansOfOthers, "sees 3, left 3;", "sees 3, left 2;3;"},
+    {"bans", BansOfOthers, "sees 4, left 3;", "sees 2, left 2;3;4;"},
     {"lines", ManyLines, "all", "bounded"},
     {"names", MisleadingNames, "yes yes yes yes yes yes yes yes ", "no no no no no no yes yes "},
     {"seats", SeatsOfStrangers, "kept", "free"},

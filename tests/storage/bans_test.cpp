@@ -166,5 +166,83 @@ TEST_F(BansTest, WaitingBansAreBoundedAndTheirLossIsReported) {
               testing::HasSubstr("database: bans that could not be stored and are lost: 1\n"));
 }
 
+TEST_F(BansTest, BanThatEndsHoldsUntilThenOfWhateverTheClockShows) {
+  const QDateTime start = QDateTime::fromString("2026-02-03T21:14:09Z", Qt::ISODate);
+  QDateTime now = start;
+  int due = 0;
+  SignalConnection ends;
+  const auto restart = [&] {
+    bans.emplace(connection);
+    bans->Now = [&now] { return now; };
+    ends = bans->EndsDue.Connect([&] {
+      ++due;
+      std::vector<std::int64_t> ids;
+      const auto ended = bans->Ended();
+      for (const Ban& ban : *ended)
+        ids.push_back(ban.id);
+      EXPECT_TRUE(bans->Lift(ids));
+    });
+  };
+  restart();
+  Run("DROP TABLE ban_ends");
+  bans->Add("10.0.0.1", "op", "ever", "home");
+  bans->Add("10.0.0.2", "op", "hour", "home", start.addSecs(3600));
+  bans->Add("10.0.0.3", "op", "both", "home", start.addSecs(60));
+  bans->Add("10.0.0.3", "op", "both", "home");
+  EXPECT_EQ(Run("SELECT * FROM ban_ends"), "2|2026-02-03 22:14:09;3|2026-02-03 21:15:09;")
+      << "made when needed";
+  {
+    OtherProgram other(file);
+    other.Run("BEGIN IMMEDIATE");
+    bans->Add("10.0.0.4", "op", "waits", "home", start.addSecs(3600));
+    // As a server that was killed before it could tidy up leaves it.
+    EXPECT_TRUE(QFile::copy(waiting, Path("copy")));
+  }
+  const std::string both = "10.0.0.1|ever;10.0.0.2|hour;10.0.0.3|both;10.0.0.3|both;";
+  EXPECT_TRUE(PumpUntil([&] { return Stored() == both + "10.0.0.4|waits;" && !IsFileThere(); }));
+  bans.reset();
+  EXPECT_TRUE(QFile::rename(Path("copy"), waiting));
+  restart();
+  EXPECT_TRUE(PumpUntil([&] { return !IsFileThere(); }));
+  EXPECT_EQ(Stored(), both + "10.0.0.4|waits;") << "stored once";
+
+  const auto refused = [&] {
+    std::string text;
+    for (const char* address : {"10.0.0.1", "10.0.0.2", "10.0.0.3", "10.0.0.4"})
+      text += bans->IsBanned(address) ? 'x' : '-';
+    return text + std::to_string(Listed().size());
+  };
+  for (const auto& [seconds, expected] : {std::pair(0, "xxxx5"),
+                                          {59, "xxxx5"},
+                                          {60, "xxxx4"},
+                                          {3599, "xxxx4"},
+                                          {3600, "x-x-2"},
+                                          {-100'000, "xxxx5"}}) {
+    now = start.addSecs(seconds);
+    EXPECT_EQ(refused(), expected) << seconds;
+  }
+  EXPECT_EQ(due, 0);
+  now = start.addSecs(100'000);
+  EXPECT_TRUE(PumpUntil([&] { return due > 0; })) << "the clock has jumped";
+  EXPECT_EQ(Stored() + Run("SELECT * FROM ban_ends"), "10.0.0.1|ever;10.0.0.3|both;");
+  now = start;
+  EXPECT_EQ(refused(), "x-x-2") << "what has ended does not come back";
+  EXPECT_EQ(due, 1);
+}
+
+TEST_F(BansTest, EndThatTheDatabaseCannotTakeHoldsAndIsKept) {
+  Run("DROP TABLE ban_ends; CREATE TABLE ban_ends(other)");
+  const QDateTime until = QDateTime::currentDateTimeUtc().addSecs(2);
+  EXPECT_FALSE(bans->Add("10.0.0.1", "op", "one", "home", until));
+  EXPECT_EQ(connection.ErrorMessage(), "table ban_ends has no column named banid");
+  EXPECT_EQ(Stored(), "") << "not without its end";
+  bans.emplace(connection);
+  EXPECT_TRUE(bans->IsBanned("10.0.0.1")) << "from the file";
+  EXPECT_TRUE(bans->Add("10.0.0.2", "op", "two", "home")) << "needs no end";
+  EXPECT_TRUE(PumpUntil([&] { return !bans->IsBanned("10.0.0.1"); }));
+  EXPECT_EQ(Listed().size(), 1U);
+  EXPECT_EQ(bans->Ended().value().size(), 1U);
+}
+
 }  // namespace
 }  // namespace corvane
