@@ -53,9 +53,10 @@ bool HaveSameTerms(const ServerNetworks& one, const ServerNetworks& other) {
 }  // namespace
 
 Operator::Operator(App& app, MapSocket& listener)
-    : myApp(app),
-      myListener(listener),
-      myEnds(listener.Context.bans.EndsDue.Connect([this] { EndBans(); })) {}
+    : myApp(app), myListener(listener), myEnds(listener.Context.bans.EndsDue.Connect([this] {
+        EndBans();
+        EndRanges();
+      })) {}
 
 void Operator::LogAction(StatusParts what) {
   Log().WriteAudit(myActor + ": " + LogLine(what));
@@ -189,6 +190,34 @@ bool Operator::BanAddress(const std::string& address, const std::string& reason,
   return myListener.Ban(address, kName, reason, networkName, nullptr, until);
 }
 
+bool Operator::BanRange(const AddressRange& range, const std::string& reason,
+                        const QDateTime& until) {
+  LogAction({"ban range ", TextOf(range), UntilText(until), ": ", reason});
+  return myListener.BanRange(range, reason, until);
+}
+
+std::vector<std::string> Operator::SessionsIn(const AddressRange& range) const {
+  std::vector<std::string> peers;
+  for (const auto& session : myListener.SessionsIn(range))
+    peers.push_back(session->PeerName());
+  return peers;
+}
+
+void Operator::EndRanges() {
+  Bans& bans = myListener.Context.bans;
+  std::vector<std::int64_t> ids;
+  const std::vector<corvane::BanRange> ended = bans.EndedRanges();
+  for (const corvane::BanRange& ban : ended)
+    ids.push_back(ban.id);
+  if (ids.empty() || !bans.LiftRanges(ids)) return;
+  const Acting acting(*this, "clock");
+  for (const corvane::BanRange& ban : ended) {
+    LogAction(
+        {"lift range ", std::to_string(ban.id), ", ", TextOf(ban.range), ", which has ended"});
+    myListener.CallStatusMessage({TextOf(ban.range), " Unbanned: the ban has ended"});
+  }
+}
+
 void Operator::EndBans() {
   const Acting acting(*this, "clock");
   Bans& bans = myListener.Context.bans;
@@ -253,6 +282,18 @@ std::optional<corvane::Ban> Operator::FindBan(std::int64_t number) {
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
   LogAction({"lift bans ", Numbers(ids)});
   return myListener.Context.bans.Lift(ids);
+}
+
+std::vector<corvane::BanRange> Operator::BannedRanges() {
+  Bans& bans = myListener.Context.bans;
+  std::vector<corvane::BanRange> ranges = bans.Ranges();
+  std::erase_if(ranges, [now = bans.Now()](const auto& range) { return range.HasEnded(now); });
+  return ranges;
+}
+
+bool Operator::LiftRanges(const std::vector<std::int64_t>& ids) {
+  LogAction({"lift ranges ", Numbers(ids)});
+  return myListener.Context.bans.LiftRanges(ids);
 }
 
 std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {

@@ -16,6 +16,7 @@
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
 #include "storage/ban.h"
+#include "storage/ban_ranges.h"
 
 namespace corvane {
 
@@ -116,6 +117,9 @@ class Operator {
   // the date is valid: they are lifted, with a status line each.
   bool BanAddress(const std::string& address, const std::string& reason,
                   const std::string& networkName, const QDateTime& until = {});
+  // Bans a range and disconnects the sessions in it, whose addresses SessionsIn returns before.
+  bool BanRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
+  std::vector<std::string> SessionsIn(const AddressRange& range) const;
   // Ends the connection; does nothing if it has ended.
   void ForceDisconnect(ClientSocket& user);
   // Makes the user of this name and address an administrator of the network, at once.
@@ -138,6 +142,9 @@ class Operator {
   // refuses its address; a deleted administrator loses the rights at once.
   bool LiftBans(const std::vector<std::int64_t>& ids);
   bool DeleteAdmins(const std::vector<std::int64_t>& ids);
+  // The banned ranges that have not ended, those not yet stored last.
+  std::vector<corvane::BanRange> BannedRanges();
+  bool LiftRanges(const std::vector<std::int64_t>& ids);
   // None if the query fails.
   std::optional<std::vector<AdminsTable::Admin>> Admins();
 
@@ -151,8 +158,9 @@ class Operator {
 
  private:
   void AddToList(const NetworkRef& network);
-  // Lifts the bans that have ended.
+  // Lift the bans and ranges that have ended.
   void EndBans();
+  void EndRanges();
 
   App& myApp;
   MapSocket& myListener;

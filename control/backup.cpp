@@ -82,6 +82,7 @@ bool IsUsedByServer(const QFileInfo& place, const QFileInfo& database,
                             settings,
                             settings + ".broken",
                             QStringLiteral("corvane-bans.waiting"),
+                            QStringLiteral("corvane-ranges.waiting"),
                             QStringLiteral("corvane-server.lock")};
   return used.contains(place.fileName(), Qt::CaseInsensitive);
 }

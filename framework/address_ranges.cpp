@@ -1,6 +1,7 @@
 #include "framework/address_ranges.h"
 
 #include <algorithm>
+#include <bit>
 #include <charconv>
 #include <system_error>
 
@@ -33,7 +34,14 @@ std::optional<std::uint32_t> IPv4FromText(std::string_view text) {
   return address;
 }
 
-std::optional<AddressRanges::Range> AddressRanges::RangeFromText(std::string_view text) {
+std::string TextFromIPv4(std::uint32_t address) {
+  std::string text = std::to_string(address >> 24);
+  for (int shift = 16; shift >= 0; shift -= 8)
+    text += '.' + std::to_string(address >> shift & 0xFF);
+  return text;
+}
+
+std::optional<AddressRange> PrefixFromText(std::string_view text) {
   const auto slash = std::min(text.find('/'), text.size());
   const auto first = IPv4FromText(text.substr(0, slash));
   const auto length = slash == text.size() ? std::optional<std::uint32_t>(kAddressBits)
@@ -41,7 +49,25 @@ std::optional<AddressRanges::Range> AddressRanges::RangeFromText(std::string_vie
   if (!first || !length) return std::nullopt;
   const std::uint64_t size = std::uint64_t{1} << (kAddressBits - *length);
   if (*first % size != 0) return std::nullopt;
-  return Range{*first, static_cast<std::uint32_t>(*first + (size - 1))};
+  return AddressRange{*first, static_cast<std::uint32_t>(*first + (size - 1))};
+}
+
+std::optional<AddressRange> RangeFromText(std::string_view text) {
+  const auto dash = text.find('-');
+  if (dash == std::string_view::npos) return PrefixFromText(text);
+  const auto first = IPv4FromText(text.substr(0, dash));
+  const auto last = IPv4FromText(text.substr(dash + 1));
+  if (!first || !last || *first > *last) return std::nullopt;
+  return AddressRange{*first, *last};
+}
+
+std::string TextOf(const AddressRange& range) {
+  const std::uint64_t size = std::uint64_t{range.last} - range.first + 1;
+  if (size == 1) return TextFromIPv4(range.first);
+  if (!std::has_single_bit(size) || range.first % size != 0) {
+    return TextFromIPv4(range.first) + '-' + TextFromIPv4(range.last);
+  }
+  return TextFromIPv4(range.first) + '/' + std::to_string(kAddressBits + 1 - std::bit_width(size));
 }
 
 AddressRanges::AddressRanges(std::string_view list) {
@@ -50,7 +76,7 @@ AddressRanges::AddressRanges(std::string_view list) {
        begin = list.find_first_not_of(kSeparators)) {
     list.remove_prefix(begin);
     const std::string_view entry = list.substr(0, list.find_first_of(kSeparators));
-    if (const auto range = RangeFromText(entry)) {
+    if (const auto range = PrefixFromText(entry)) {
       myRanges.push_back(*range);
       myText.append(myText.empty() ? "" : ", ").append(entry);
     } else {
@@ -63,7 +89,7 @@ AddressRanges::AddressRanges(std::string_view list) {
 bool AddressRanges::Contains(std::string_view address) const {
   if (myRanges.empty()) return false;
   const auto number = IPv4FromText(address);
-  return number && std::ranges::any_of(myRanges, [number](const Range& range) {
+  return number && std::ranges::any_of(myRanges, [number](const AddressRange& range) {
            return range.first <= *number && *number <= range.last;
          });
 }

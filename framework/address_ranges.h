@@ -12,6 +12,22 @@ namespace corvane {
 // that only some programs read as an address (10.1, 010.0.0.1).
 std::optional<std::uint32_t> IPv4FromText(std::string_view text);
 
+std::string TextFromIPv4(std::uint32_t address);
+
+// IPv4 addresses from the first to the last.
+struct AddressRange {
+  std::uint32_t first = 0;
+  std::uint32_t last = 0;
+  bool operator==(const AddressRange&) const = default;
+};
+
+// An address, or a prefix such as 10.0.0.0/8. None if bits are set beyond its length (10.0.0.1/8).
+std::optional<AddressRange> PrefixFromText(std::string_view text);
+// The same, or two addresses such as 10.0.0.3-10.0.0.9, the smaller first.
+std::optional<AddressRange> RangeFromText(std::string_view text);
+// As a prefix if it is one.
+std::string TextOf(const AddressRange& range);
+
 // An immutable set of IPv4 addresses, given as a list of addresses and prefixes such as 10.0.0.0/8.
 class AddressRanges {
  public:
@@ -28,13 +44,7 @@ class AddressRanges {
   bool Contains(std::string_view address) const;
 
  private:
-  struct Range {
-    std::uint32_t first;
-    std::uint32_t last;
-  };
-  static std::optional<Range> RangeFromText(std::string_view text);
-
-  std::vector<Range> myRanges;
+  std::vector<AddressRange> myRanges;
   std::string myText;
   bool myIsComplete = true;
 };

@@ -29,6 +29,15 @@ CREATE TABLE IF NOT EXISTS ban_ends (
   until TEXT
 );
 
+-- Banned ranges of IPv4 addresses as numbers, and when they end, in UTC; NULL: never.
+CREATE TABLE IF NOT EXISTS ban_ranges (
+  id INTEGER PRIMARY KEY,
+  first INTEGER,
+  last INTEGER,
+  reason TEXT,
+  until TEXT
+);
+
 CREATE TABLE IF NOT EXISTS admins (
   id INTEGER PRIMARY KEY AUTOINCREMENT,
   name TEXT,

@@ -88,7 +88,9 @@ void ClientSocket::Greet(const ClientLocation& location) {
   ClientFlag = location.flag;
   if (isBanned()) {
     myState = State::Refused;
-    SendNotice(wire::kBanned, "Please contact an administrator formore information.");
+    const BanRange* const range = myContext.bans.RangeOf(RemoteAddress());
+    const bool hasReason = range != nullptr && !range->reason.empty();
+    SendNotice(wire::kBanned, hasReason ? range->reason : wire::kBannedText);
     ReportStatus({RemoteAddress(), ": Client Previously Banned."});
   } else {
     myState = State::WaitingNetwork;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "framework/address_ranges.h"
 #include "framework/exceptions.h"
 #include "framework/text.h"
 #include "net/poll_loop.h"
@@ -117,6 +118,32 @@ bool NetworkHost::Ban(const std::string& address, const std::string& by,
   if (target != nullptr) target->SendNotice(wire::kBanned, reason);
   CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
   return isStored;
+}
+
+bool NetworkHost::BanRange(const AddressRange& range, const std::string& reason,
+                           const QDateTime& until) {
+  const bool isStored = Context.bans.AddRange(range, reason, until);
+  CallStatusMessage({TextOf(range), " Banned: ", reason});
+  for (const auto& session : SessionsIn(range)) {
+    session->SendNotice(wire::kBanned, reason.empty() ? wire::kBannedText : reason);
+    session->Close();
+    myLoop.GiveWay();
+  }
+  return isStored;
+}
+
+std::vector<std::shared_ptr<ClientSocket>> NetworkHost::SessionsIn(
+    const AddressRange& range) const {
+  std::vector<std::shared_ptr<ClientSocket>> found;
+  const auto connections = ActiveConnections();
+  for (const std::shared_ptr<TCPSocket>& connection : *connections) {
+    auto session = std::static_pointer_cast<ClientSocket>(connection);
+    const auto address = IPv4FromText(session->RemoteAddress());
+    if (address && range.first <= *address && *address <= range.last) {
+      found.push_back(std::move(session));
+    }
+  }
+  return found;
 }
 
 void NetworkHost::BanUser(ClientSocket& banningClient, const std::string& userName,

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,6 +60,11 @@ class NetworkHost : public ServerSocket {
   bool Ban(const std::string& address, const std::string& by, std::string_view givenReason,
            const std::string& networkName, ClientSocket* target = nullptr,
            const QDateTime& until = {});
+  // Bans a range, with its reason as it is, and then sends the sessions in it the ban notice and
+  // closes them. Returns as Ban does.
+  bool BanRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
+  // The connected sessions with an address in the range.
+  std::vector<std::shared_ptr<ClientSocket>> SessionsIn(const AddressRange& range) const;
   // Bans the address of each user of that name in the banning client's network.
   void BanUser(ClientSocket& banningClient, const std::string& userName, const std::string& reason);
 

@@ -33,6 +33,8 @@ inline constexpr std::int32_t kBye = 999;
 inline constexpr std::string_view kOk = "OK";
 inline constexpr std::string_view kFail = "FAIL";
 inline constexpr std::string_view kByeText = "BYE";
+inline constexpr std::string_view kBannedText =
+    "Please contact an administrator formore information.";  // "formore": deliberate
 
 // "name|X,Y,Facet,HP,InBattle,IsDead", as a changed report is relayed.
 std::string PositionRecord(const ClientSocket& member);

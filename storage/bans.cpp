@@ -30,13 +30,16 @@ constexpr std::string_view kWithEnds =
 }  // namespace
 
 Bans::Bans(DatabaseConnection& connection)
-    : myConnection(connection), myWaiting(connection.File()), myPause(kFirstPause) {
+    : myConnection(connection),
+      myWaiting(connection.File(), QStringLiteral("corvane-bans.waiting")),
+      myRanges(connection),
+      myPause(kFirstPause) {
   myRetry.setSingleShot(true);
   QObject::connect(&myRetry, &QTimer::timeout, [this] { Retry(); });
   myEndTimer.setSingleShot(true);
   QObject::connect(&myEndTimer, &QTimer::timeout, [this] {
     const auto ended = Ended();
-    if (ended && !ended->empty()) EndsDue();
+    if ((ended && !ended->empty()) || !EndedRanges().empty()) EndsDue();
     WaitForEnds();
   });
   ReadNextEnd();
@@ -117,13 +120,37 @@ bool Bans::IsBanned(const std::string& address) {
   const QDateTime now = Now();
   if (myWaiting.Has(address, now)) return true;
   // An address has no quotes: pasted into the text it would give the same.
-  if (!myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address})) return false;
+  if (!myConnection.HasRowWith("SELECT * FROM bans WHERE address=?", {address})) {
+    return myRanges.Find(address, now) != nullptr;
+  }
   if (!myNextEnd.isValid() || myNextEnd > now) return true;
   return myConnection.HasRowWith(
              "SELECT 1 FROM bans WHERE address=? AND NOT EXISTS"
              " (SELECT 1 FROM ban_ends WHERE banid=bans.id AND until<=?)",
              {address, StoredUtc(now)}) ||
-         myConnection.Error();
+         myConnection.Error() || myRanges.Find(address, now) != nullptr;
+}
+
+bool Bans::AddRange(const AddressRange& range, const std::string& reason, const QDateTime& until) {
+  const bool isStored = myRanges.Add(range, reason, until);
+  WaitForEnds();
+  return isStored;
+}
+
+std::vector<BanRange> Bans::EndedRanges() {
+  std::vector<BanRange> ended;
+  const QDateTime now = Now();
+  if (myNextRangeEnd.isValid() && myNextRangeEnd <= now) {
+    std::ranges::copy_if(myRanges.All(), std::back_inserter(ended),
+                         [&now](const BanRange& range) { return range.HasEnded(now); });
+  }
+  return ended;
+}
+
+bool Bans::LiftRanges(const std::vector<std::int64_t>& ids) {
+  const bool areLifted = myRanges.Lift(ids);
+  WaitForEnds();
+  return areLifted;
 }
 
 std::optional<std::vector<Ban>> Bans::Portion(std::int64_t& place) {
@@ -163,7 +190,11 @@ void Bans::ReadNextEnd() {
 }
 
 void Bans::WaitForEnds() {
+  myNextRangeEnd = myRanges.NextEnd();
   QDateTime next = myNextEnd;
+  if (myNextRangeEnd.isValid() && !(next.isValid() && next <= myNextRangeEnd)) {
+    next = myNextRangeEnd;
+  }
   for (const Ban& ban : myWaiting.All()) {
     if (ban.until.isValid() && !(next.isValid() && next <= ban.until)) next = ban.until;
   }

@@ -13,19 +13,20 @@
 
 #include "framework/signal.h"
 #include "storage/ban.h"
+#include "storage/ban_ranges.h"
 #include "storage/database_connection.h"
 #include "storage/waiting_bans.h"
 
 namespace corvane {
 
-// All access to bans: the table "bans", the table "ban_ends" with their ends, which is made when it
-// is missing and first needed, and the bans that the database refused. A refused ban waits: it is
-// enforced, listed and lifted like any other, survives a restart (WaitingBans), and is tried again
-// at growing intervals until it is stored. Borrows the connection, whose database must be open.
-// Needs a QCoreApplication.
+// All access to bans: those of ranges (BanRanges), the table "bans", the table "ban_ends" with
+// their ends, which is made when it is missing and first needed, and the bans that the database
+// refused. A refused ban waits: it is enforced, listed and lifted like any other, survives a
+// restart (WaitingBans), and is tried again at growing intervals until it is stored. Borrows the
+// connection, whose database must be open. Needs a QCoreApplication.
 //
 // A ban that has ended by the wall clock is neither enforced nor listed. It is deleted by Lift, for
-// which EndsDue asks.
+// which EndsDue asks, and so are ranges.
 //
 // The destructor tries to store waiting bans for up to a second. Bans that can be written neither
 // to the database nor to the file are lost; standard error reports how many.
@@ -39,8 +40,8 @@ class Bans {
   // The wall clock; replaced in tests.
   std::function<QDateTime()> Now = &QDateTime::currentDateTimeUtc;
 
-  // Event: some bans have ended (Ended). Raised again each second until they are lifted, and at
-  // most a second late if the wall clock is set or the machine was asleep.
+  // Event: some bans or ranges have ended (Ended, EndedRanges). Raised again each second until they
+  // are lifted, and at most a second late if the wall clock is set or the machine was asleep.
   Signal<> EndsDue;
 
   // Bans the address at once, until then if the date is valid. Returns whether the ban is in the
@@ -48,7 +49,7 @@ class Bans {
   bool Add(const std::string& address, const std::string& by, const std::string& reason,
            const std::string& network, const QDateTime& until = {});
 
-  // Whether any ban names the address. False if the query fails.
+  // Whether any ban names the address, or a range contains it. A failed query finds no ban.
   bool IsBanned(const std::string& address);
 
   // Returns the next portion of the list of bans and advances `place`, which starts at kBegin and
@@ -60,6 +61,13 @@ class Bans {
 
   // Bans that have ended, the earliest first, at most 1000 stored ones. None if the query fails.
   std::optional<std::vector<Ban>> Ended();
+
+  bool AddRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
+  // The range with the address that lasts longest; null if there is none.
+  const BanRange* RangeOf(const std::string& address) { return myRanges.Find(address, Now()); }
+  const std::vector<BanRange>& Ranges() { return myRanges.All(); }
+  std::vector<BanRange> EndedRanges();
+  [[nodiscard]] bool LiftRanges(const std::vector<std::int64_t>& ids);
 
   // The ban with this number. None also if the query fails.
   std::optional<Ban> Find(std::int64_t id);
@@ -85,9 +93,11 @@ class Bans {
 
   DatabaseConnection& myConnection;
   WaitingBans myWaiting;
+  BanRanges myRanges;
   std::chrono::milliseconds myPause;
   QTimer myRetry;
   QDateTime myNextEnd;  // of the stored bans; invalid if none ends
+  QDateTime myNextRangeEnd;
   QTimer myEndTimer;
 };
 

@@ -35,9 +35,9 @@ QByteArray LineOf(const Ban& ban) {
 
 }  // namespace
 
-WaitingBans::WaitingBans(const QString& databaseFile) {
+WaitingBans::WaitingBans(const QString& databaseFile, const QString& name) {
   if (databaseFile.isEmpty()) return;
-  myFile = QFileInfo(databaseFile).absolutePath() + QStringLiteral("/corvane-bans.waiting");
+  myFile = QFileInfo(databaseFile).absolutePath() + '/' + name;
   QFile file(myFile);
   if (!QFileInfo(myFile).isFile() || !file.open(QIODevice::ReadOnly)) return;
   while (!file.atEnd()) {

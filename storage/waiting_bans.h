@@ -13,7 +13,7 @@
 
 namespace corvane {
 
-// The bans that wait for the database, in memory and in the file "corvane-bans.waiting" beside the
+// The bans that wait for the database, in memory and in a file of this name beside the
 // database, which the next start reads. Each line of the file is a ban: address, by, reason, date,
 // network and, if it ends, when, percent-encoded and separated by tabs.
 //
@@ -28,7 +28,7 @@ class WaitingBans {
 
   // Reads the file. Skips an incomplete line: that ban was not announced yet. Without a database
   // there is no file.
-  explicit WaitingBans(const QString& databaseFile);
+  WaitingBans(const QString& databaseFile, const QString& name);
 
   // In the order of storing.
   const std::deque<Ban>& All() const { return myBans; }

@@ -215,6 +215,21 @@ TEST_F(ClientSocketTest, BannedAddressGetsTheNoticeAndNothingElse) {
   Greeted();
 }
 
+TEST_F(ClientSocketTest, NewRangeDisconnectsItsClientsAndRefusesOthers) {
+  TestClient inside(server.Port(), "127.0.0.5");
+  TestClient outside(server.Port(), "127.0.0.4");
+  EXPECT_TRUE(inside.Receive() && outside.Receive());
+  const AddressRange range = RangeFromText("127.0.0.5-127.0.0.9").value();
+  EXPECT_EQ(server.listener->SessionsIn(range).size(), 1U);
+  EXPECT_TRUE(server.listener->BanRange(range, "spam", {}));
+  EXPECT_EQ(inside.Receive(), (WireMessage{997, "spam"}));
+  EXPECT_TRUE(inside.WasClosedByServer());
+  EXPECT_TRUE(outside.HearsNothing() && !outside.IsClosed());
+  TestClient later(server.Port(), "127.0.0.9");
+  EXPECT_EQ(later.Receive(), (WireMessage{997, "spam"}));
+  EXPECT_EQ(server.status.back(), "127.0.0.9: Client Previously Banned.");
+}
+
 TEST_F(UsersTest, RelaysWhatChangedToTheOthersOfTheNetwork) {
   ann->SendBytes(WireBytes(4, "1200,845,2,90,1,0") + WireBytes(4, "1200,845,2,90,0,1") +
                  WireBytes(4, "1200,845,2,89,0,1"));

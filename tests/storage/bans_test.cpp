@@ -244,5 +244,42 @@ TEST_F(BansTest, EndThatTheDatabaseCannotTakeHoldsAndIsKept) {
   EXPECT_EQ(bans->Ended().value().size(), 1U);
 }
 
+TEST_F(BansTest, RangeThatLastsLongestBansItsAddresses) {
+  const auto range = [](const char* text) { return RangeFromText(text).value(); };
+  const QDateTime start = QDateTime::currentDateTimeUtc();
+  QDateTime now = start;
+  const auto reasons = [&] {
+    bans->Now = [&now] { return now; };
+    std::string text;
+    for (const char* address : {"9.255.255.255", "10.0.0.0", "10.0.0.9", "10.0.0.10", "10.0.0.255",
+                                "10.0.1.0", "10.1.0.0", "::ffff:10.0.0.9"}) {
+      const BanRange* const found = bans->RangeOf(address);
+      EXPECT_EQ(bans->IsBanned(address), found != nullptr);
+      text += found == nullptr ? "-" : found->reason;
+    }
+    return text;
+  };
+  Run("DROP TABLE ban_ranges; CREATE TABLE ban_ranges(other)");
+  EXPECT_FALSE(bans->AddRange(range("10.0.0.0/24"), "a", start.addSecs(20)));
+  EXPECT_EQ(connection.ErrorMessage(), "table ban_ranges has no column named first");
+  EXPECT_EQ(reasons(), "-aaaa---") << "at once";
+  bans.emplace(connection);
+  EXPECT_EQ(reasons(), "-aaaa---") << "from the file";
+  Run("DROP TABLE ban_ranges");
+  EXPECT_TRUE(bans->AddRange(range("10.0.0.10-10.0.1.0"), "b", start.addSecs(10)));
+  EXPECT_TRUE(bans->AddRange(range("10.0.0.9"), "c", {}));
+  EXPECT_EQ(reasons(), "-acaab--");
+  EXPECT_TRUE(PumpUntil([&] { return Run("SELECT count(*) FROM ban_ranges") == "3;"; }));
+  bans.emplace(connection);
+  now = start.addSecs(10);
+  EXPECT_EQ(reasons(), "-acaa---") << "one has ended";
+  EXPECT_EQ(bans->EndedRanges().size(), 1U);
+  now = start.addSecs(20);
+  EXPECT_EQ(reasons(), "--c-----");
+  EXPECT_TRUE(bans->LiftRanges({bans->EndedRanges()[0].id, bans->EndedRanges()[1].id}));
+  EXPECT_EQ(Run("SELECT first, reason FROM ban_ranges"), "167772169|c;");
+  EXPECT_EQ(bans->Ranges().size(), 1U);
+}
+
 }  // namespace
 }  // namespace corvane
