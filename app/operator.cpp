@@ -196,6 +196,12 @@ bool Operator::BanRange(const AddressRange& range, const std::string& reason,
   return myListener.BanRange(range, reason, until);
 }
 
+bool Operator::ImportBans(const std::vector<AddressRange>& entries, const std::string& reason,
+                          const QDateTime& until) {
+  LogAction({"import ", std::to_string(entries.size()), " bans", UntilText(until), ": ", reason});
+  return myListener.Context.bans.Import(entries, kName, reason, until);
+}
+
 std::vector<std::string> Operator::SessionsIn(const AddressRange& range) const {
   std::vector<std::string> peers;
   for (const auto& session : myListener.SessionsIn(range))

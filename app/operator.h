@@ -119,6 +119,10 @@ class Operator {
                   const std::string& networkName, const QDateTime& until = {});
   // Bans a range and disconnects the sessions in it, whose addresses SessionsIn returns before.
   bool BanRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
+  // Bans all of them in one transaction. They count from a client's next connection on. Returns
+  // false, and bans none, if the database refuses.
+  bool ImportBans(const std::vector<AddressRange>& entries, const std::string& reason,
+                  const QDateTime& until);
   std::vector<std::string> SessionsIn(const AddressRange& range) const;
   // Ends the connection; does nothing if it has ended.
   void ForceDisconnect(ClientSocket& user);

@@ -10,6 +10,7 @@
 
 #include "app/operator.h"
 #include "control/answers.h"
+#include "control/ban_actions.h"
 #include "control/lookup.h"
 #include "framework/ip_address.h"
 #include "framework/status_line.h"
@@ -49,12 +50,6 @@ std::shared_ptr<ClientSocket> Actions::UserOf(const Request& request) const {
 void Actions::ExpectStored(bool isStored) const {
   if (isStored) return;
   throw Refused("done until the server ends, but not stored: database: " + myOperator.StoreError());
-}
-
-QByteArray Actions::BannedLine(const std::string& text, bool isStored) const {
-  if (isStored) return DoneLine(text);
-  return DoneLine(text + " The ban is in force but not stored (database: " +
-                  myOperator.StoreError() + "); the server keeps trying.");
 }
 
 void Actions::ExpectAllHaveNetworks(const Request& request) const {
@@ -114,20 +109,23 @@ QByteArray Actions::Kick(const Request& request) {
 }
 
 QByteArray Actions::Ban(const Request& request) {
-  const std::string reason = request.Text("reason");
+  const std::string reason = request.OptionalText("reason").value_or("");
   const std::shared_ptr<ClientSocket> user = UserOf(request);
-  const bool isStored = myOperator.Ban(*user, reason);
-  return BannedLine(StatusLine({"Banned ", user->RemoteAddress(), ", ", user->Username(), "."}),
+  const QDateTime until = EndOf(request, myOperator);
+  const bool isStored = myOperator.Ban(*user, reason, until);
+  return BannedLine(myOperator,
+                    StatusLine({"Banned ", user->RemoteAddress(), ", ", user->Username()}), until,
                     isStored);
 }
 
 QByteArray Actions::BanAddress(const Request& request) {
   const std::string address = AddressIn(request.Text("address"));
-  const std::string reason = request.Text("reason");
+  const std::string reason = request.OptionalText("reason").value_or("");
   const std::optional<std::string> network = request.OptionalText("network");
+  const QDateTime until = EndOf(request, myOperator);
   const bool isStored = myOperator.BanAddress(
-      address, reason, network ? NetworkNamed(myOperator, *network)->NetworkName : "");
-  return BannedLine("Banned " + address + '.', isStored);
+      address, reason, network ? NetworkNamed(myOperator, *network)->NetworkName : "", until);
+  return BannedLine(myOperator, "Banned " + address, until, isStored);
 }
 
 QByteArray Actions::Unban(const Request& request) {

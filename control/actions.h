@@ -39,8 +39,6 @@ class Actions {
  private:
   // The user that the request names. Refuses if there is none.
   std::shared_ptr<ClientSocket> UserOf(const Request& request) const;
-  // The answer to a ban, with a warning if it is not stored yet.
-  QByteArray BannedLine(const std::string& text, bool isStored) const;
   // Refuse a change that was not stored, and a message that would end the server.
   void ExpectStored(bool isStored) const;
   void ExpectAllHaveNetworks(const Request& request) const;

@@ -30,6 +30,7 @@ Commands::Commands(Operator& op)
       myLog(op.Log()),
       myQuestions(op),
       myActions(op),
+      myBanActions(op),
       myEntries{
           {"status", std::bind_front(&Questions::Status, &myQuestions)},
           {"users", std::bind_front(&Questions::Users, &myQuestions)},
@@ -48,6 +49,10 @@ Commands::Commands(Operator& op)
           {"kick", std::bind_front(&Actions::Kick, &myActions)},
           {"ban", std::bind_front(&Actions::Ban, &myActions)},
           {"ban-address", std::bind_front(&Actions::BanAddress, &myActions)},
+          {"ban-range", std::bind_front(&BanActions::BanRange, &myBanActions)},
+          {"unban-range", std::bind_front(&BanActions::UnbanRange, &myBanActions)},
+          {"bans import", std::bind_front(&BanActions::Import, &myBanActions)},
+          {"bans export", std::bind_front(&BanActions::Export, &myBanActions)},
           {"unban", std::bind_front(&Actions::Unban, &myActions)},
           {"disconnect", std::bind_front(&Actions::Disconnect, &myActions)},
           {"grant", std::bind_front(&Actions::Grant, &myActions)},

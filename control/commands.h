@@ -10,6 +10,7 @@
 
 #include "control/actions.h"
 #include "control/backup.h"
+#include "control/ban_actions.h"
 #include "control/control_connection.h"
 #include "control/questions.h"
 #include "control/request.h"
@@ -56,6 +57,7 @@ class Commands {
   ServerLog& myLog;
   Questions myQuestions;
   Actions myActions;
+  BanActions myBanActions;
   const std::vector<Entry> myEntries;
   std::vector<QPointer<ControlConnection>> myFollowers;
   ControlConnection* myClient = nullptr;  // sent the current request

@@ -1,6 +1,7 @@
 #include "control/questions.h"
 
 #include <memory>
+#include <utility>
 
 #include <QFile>
 #include <QHostAddress>
@@ -38,6 +39,26 @@ QJsonArray Endpoints(const MapSocket& listener) {
       endpoints.append(Endpoint(address.toString(), listener));
   }
   return endpoints;
+}
+
+// What is left in its two largest units: "3d 4h".
+QString LeftText(qint64 seconds) {
+  constexpr std::pair<qint64, char> kUnits[] = {{86'400, 'd'}, {3600, 'h'}, {60, 'm'}, {1, 's'}};
+  QStringList parts;
+  for (const auto& [size, unit] : kUnits) {
+    const qint64 count = seconds / size;
+    seconds %= size;
+    if (count > 0 && parts.size() < 2) parts.push_back(QString::number(count) + QLatin1Char(unit));
+  }
+  return parts.join(QLatin1Char(' '));
+}
+
+// The row of a ban, with when it ends in local time and what is left.
+QJsonObject WithEnd(QJsonObject row, const QDateTime& until, const QDateTime& now) {
+  if (!until.isValid()) return row;
+  row["ends"] = DisplayText(StoredDate(until));
+  row["left"] = LeftText(now.secsTo(until));
+  return row;
 }
 
 }  // namespace
@@ -96,15 +117,26 @@ QByteArray Questions::Networks(const Request&) {
   return answer.Line();
 }
 
-QByteArray Questions::Bans(const Request&) {
+QByteArray Questions::Bans(const Request& request) {
   RowsAnswer answer;
-  const auto add = [&answer](const Ban& ban) {
-    answer.Add({{"id", static_cast<qint64>(ban.id)},
-                {"address", AnswerText(ban.address)},
-                {"by", AnswerText(ban.by)},
-                {"reason", AnswerText(ban.reason)},
-                {"date", DisplayText(StoredDate(ban.bandate))},
-                {"network", AnswerText(ban.network)}});
+  const QDateTime now = myOperator.Listener().Context.bans.Now();
+  if (request.Flag("ranges")) {
+    for (const BanRange& ban : myOperator.BannedRanges()) {
+      answer.Add(WithEnd({{"id", static_cast<qint64>(ban.id)},
+                          {"address", DisplayText(TextOf(ban.range))},
+                          {"reason", AnswerText(ban.reason)}},
+                         ban.until, now));
+    }
+    return answer.Line();
+  }
+  const auto add = [&answer, &now](const Ban& ban) {
+    answer.Add(WithEnd({{"id", static_cast<qint64>(ban.id)},
+                        {"address", AnswerText(ban.address)},
+                        {"by", AnswerText(ban.by)},
+                        {"reason", AnswerText(ban.reason)},
+                        {"date", DisplayText(StoredDate(ban.bandate))},
+                        {"network", AnswerText(ban.network)}},
+                       ban.until, now));
   };
   if (!myOperator.ForEachBan(add)) RefuseForDatabase(myOperator);
   return answer.Line();

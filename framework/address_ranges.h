@@ -1,5 +1,6 @@
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -18,7 +19,7 @@ std::string TextFromIPv4(std::uint32_t address);
 struct AddressRange {
   std::uint32_t first = 0;
   std::uint32_t last = 0;
-  bool operator==(const AddressRange&) const = default;
+  auto operator<=>(const AddressRange&) const = default;
 };
 
 // An address, or a prefix such as 10.0.0.0/8. None if bits are set beyond its length (10.0.0.1/8).

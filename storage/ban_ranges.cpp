@@ -44,7 +44,15 @@ BanRanges::~BanRanges() {
   }
 }
 
+bool BanRanges::Make(DatabaseConnection& connection) {
+  return connection.SQLExecute(
+      "CREATE TABLE IF NOT EXISTS ban_ranges (id INTEGER PRIMARY KEY, first INTEGER, last INTEGER, "
+      "reason TEXT, until TEXT)");
+}
+
 void BanRanges::Load() {
+  myStored.clear();
+  myIsIndexed = false;
   auto rows = myConnection.SQLSelect("SELECT * FROM ban_ranges");
   for (; rows && !rows->EndOfRows(); rows->MoveNext()) {
     const auto range = RangeOf(rows->Integer("first"), rows->Integer("last"));
@@ -73,9 +81,7 @@ bool BanRanges::Add(const AddressRange& range, const std::string& reason, const 
 std::optional<std::int64_t> BanRanges::Store(const BanRange& ban) {
   if (!myConnection.Begin()) return std::nullopt;
   const bool isStored =
-      myConnection.SQLExecute(
-          "CREATE TABLE IF NOT EXISTS ban_ranges (id INTEGER PRIMARY KEY, first "
-          "INTEGER, last INTEGER, reason TEXT, until TEXT)") &&
+      Make(myConnection) &&
       myConnection.SQLExecute(
           "INSERT INTO ban_ranges(first, last, reason, until) VALUES(?,?,?,?)",
           {std::int64_t{ban.range.first}, std::int64_t{ban.range.last}, ban.reason,

@@ -38,6 +38,11 @@ class BanRanges {
   BanRanges(const BanRanges&) = delete;
   BanRanges& operator=(const BanRanges&) = delete;
 
+  // Makes the table if it is missing. Returns whether that worked.
+  static bool Make(DatabaseConnection& connection);
+  // Reads the table again.
+  void Load();
+
   // Bans the range at once, until then if the date is valid. Returns whether it is stored; if not,
   // it is in the file of waiting ranges, unless that cannot be written either.
   bool Add(const AddressRange& range, const std::string& reason, const QDateTime& until);
@@ -61,7 +66,6 @@ class BanRanges {
     std::size_t range;
   };
 
-  void Load();
   std::optional<std::int64_t> Store(const BanRange& range);
   // Stores waiting ranges until one is refused.
   void StoreWaiting();

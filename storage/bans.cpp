@@ -23,6 +23,10 @@ constexpr std::chrono::milliseconds kEndTime(1000);
 constexpr std::chrono::milliseconds kEndPause(10);
 constexpr std::chrono::milliseconds kMaxClockPause(1000);
 
+constexpr std::size_t kImportPortion = 10'000;
+constexpr std::string_view kMakeEnds =
+    "CREATE TABLE IF NOT EXISTS ban_ends (banid INTEGER PRIMARY KEY, until TEXT)";
+
 // Every select but the system's own question: the same for databases with and without ends.
 constexpr std::string_view kWithEnds =
     "SELECT bans.*, until FROM bans LEFT JOIN ban_ends ON banid=bans.id ";
@@ -83,10 +87,7 @@ std::optional<std::int64_t> Bans::StoreWithEnd(const Ban& ban, const DatabaseRec
   if (!myConnection.Begin()) return std::nullopt;
   std::int64_t id = 0;
   const auto store = [&] {
-    if (!myConnection.SQLExecute("CREATE TABLE IF NOT EXISTS ban_ends (banid INTEGER PRIMARY KEY, "
-                                 "until TEXT)")) {
-      return false;
-    }
+    if (!myConnection.SQLExecute(kMakeEnds)) return false;
     if (!ban.until.isValid()) {
       if (!myConnection.InsertRecord("bans", record)) return false;
       id = myConnection.LastInserted();
@@ -135,6 +136,57 @@ bool Bans::AddRange(const AddressRange& range, const std::string& reason, const 
   const bool isStored = myRanges.Add(range, reason, until);
   WaitForEnds();
   return isStored;
+}
+
+bool Bans::Import(const std::vector<AddressRange>& entries, const std::string& by,
+                  const std::string& reason, const QDateTime& until) {
+  const Ban terms{0, "", by, reason, QDateTime::currentDateTime(), "", until};
+  if (!myConnection.Begin()) return false;
+  const auto last = myConnection.SQLSelect("SELECT max(id) AS id FROM bans");
+  bool areStored = last && myConnection.SQLExecute(kMakeEnds) && BanRanges::Make(myConnection);
+  for (std::size_t i = 0; areStored && i < entries.size(); i += kImportPortion) {
+    const auto portion =
+        std::span(entries).subspan(i, std::min(kImportPortion, entries.size() - i));
+    areStored = Insert(portion, terms, last->Integer("id"));
+  }
+  if (!areStored) myConnection.Rollback();
+  areStored = areStored && myConnection.Commit();
+  if (areStored) myRanges.Load();
+  if (areStored) ReadNextEnd();
+  return areStored;
+}
+
+bool Bans::Insert(std::span<const AddressRange> entries, const Ban& terms,
+                  std::int64_t lastNumber) {
+  // JSON, of which SQLite makes rows: a statement for each entry takes many times as long.
+  std::string addresses;
+  std::string ranges;
+  for (const AddressRange& entry : entries) {
+    const std::string first = std::to_string(entry.first);
+    if (entry.first == entry.last) {
+      addresses += (addresses.empty() ? "\"" : ",\"") + TextFromIPv4(entry.first) + '"';
+    } else {
+      ranges += (ranges.empty() ? "[" : ",[") + first + ',' + std::to_string(entry.last) + ']';
+    }
+  }
+  const DatabaseValue until =
+      terms.until.isValid() ? DatabaseValue(StoredUtc(terms.until)) : DatabaseValue();
+  return myConnection.SQLExecute(
+             "INSERT INTO bans(address, \"by\", reason, bandate, banlength, network) "
+             "SELECT DISTINCT value,?,?,?,1,'' FROM json_each(?) WHERE NOT EXISTS (SELECT 1 FROM "
+             "bans LEFT JOIN ban_ends ON banid=bans.id WHERE address=value AND until IS NULL)",
+             {terms.by, terms.reason, StoredDate(terms.bandate), '[' + addresses + ']'}) &&
+         (!terms.until.isValid() ||
+          myConnection.SQLExecute(
+              "INSERT OR REPLACE INTO ban_ends(banid, until) SELECT id, ? FROM bans WHERE id>?",
+              {until, lastNumber})) &&
+         myConnection.SQLExecute(
+             "INSERT INTO ban_ranges(first, last, reason, until) SELECT DISTINCT "
+             "json_extract(value, '$[0]'), json_extract(value, '$[1]'),?,? FROM json_each(?) AS "
+             "one "
+             "WHERE NOT EXISTS (SELECT 1 FROM ban_ranges AS r WHERE r.until IS NULL AND "
+             "r.first=json_extract(one.value, '$[0]') AND r.last=json_extract(one.value, '$[1]'))",
+             {terms.reason, until, '[' + ranges + ']'});
 }
 
 std::vector<BanRange> Bans::EndedRanges() {

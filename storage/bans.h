@@ -5,6 +5,7 @@
 #include <functional>
 #include <limits>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -69,6 +70,11 @@ class Bans {
   std::vector<BanRange> EndedRanges();
   [[nodiscard]] bool LiftRanges(const std::vector<std::int64_t>& ids);
 
+  // Adds them in one transaction, but those that are banned for ever. Returns false, and bans none,
+  // if the database refuses.
+  [[nodiscard]] bool Import(const std::vector<AddressRange>& entries, const std::string& by,
+                            const std::string& reason, const QDateTime& until);
+
   // The ban with this number. None also if the query fails.
   std::optional<Ban> Find(std::int64_t id);
 
@@ -79,6 +85,7 @@ class Bans {
  private:
   // Returns the ban's number in the database; none if it is refused.
   std::optional<std::int64_t> Store(const Ban& ban);
+  bool Insert(std::span<const AddressRange> entries, const Ban& terms, std::int64_t lastNumber);
   std::optional<std::int64_t> StoreWithEnd(const Ban& ban, const DatabaseRecord& record);
   // The end is read too if one of the stored bans has any.
   std::optional<std::vector<Ban>> Select(const std::string& condition, std::int64_t value);

@@ -53,6 +53,7 @@ void TakeArguments(const Command& command, const QStringList& given, QJsonObject
   qsizetype next = 0;
   for (const Argument& argument : command.arguments) {
     const QString name = QString(argument.name).toUpper();
+    if (next == given.size() && argument.isOptional) continue;
     if (next == given.size()) ThrowUsage(command, name + " is missing");
     const bool takesRest = command.joinsWords && &argument == &command.arguments.back();
     const QString text = takesRest ? given.mid(next).join(' ') : given[next];

@@ -10,6 +10,8 @@ constexpr Option kIsName{"name", nullptr, "USER is a name, even if it looks like
 constexpr Option kOneNetwork{"network", "NAME", "Only this network."};
 constexpr Option kForce{"force", nullptr, "Even if that ends the server."};
 constexpr Option kDomain{"domain", "NAME", "The server's name on the internet."};
+constexpr Argument kOptionalReason{"reason", "The reason; the user sees it.", false, true};
+constexpr Option kFor{"for", "TIME", "How long: 90s, 30m, 2h, 2d or 1w. Default: for ever."};
 constexpr Option kMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000."};
 constexpr Option kNewMaxUsers{"max-users", "NUMBER", "Seats, 1 to 1000. Default: 5."};
 
@@ -29,7 +31,22 @@ const std::vector<Command> kCommands = {
      {kOneNetwork},
      {"name", "network", "address"}},
     {"networks", "Lists the networks.", {}, {}, {"name", "users", "max-users", "enabled"}},
-    {"bans", "Lists the bans.", {}, {}, {"id", "address", "by", "reason", "date", "network"}},
+    {.words = "bans import",
+     .description = "Bans the addresses and ranges of a list, one a line; what follows a # is "
+                    "ignored. Stores all of them, or none if a line is wrong.",
+     .arguments = {{"file", "The list."}, {"reason", "The reason for all of them.", false, true}},
+     .options = {kFor,
+                 {"skip", nullptr, "Leave out lines that are wrong."},
+                 {"force", nullptr, "Even ranges wider than /8."}},
+     .joinsWords = true,
+     .takesFile = true,
+     .isSlow = true},
+    {"bans export", "Prints the banned addresses and ranges as a list.", {}},
+    {"bans",
+     "Lists the bans, or the banned ranges.",
+     {},
+     {{"ranges", nullptr, "The ranges."}},
+     {"id", "address", "by", "reason", "date", "network", "ends", "left"}},
     {"admins", "Lists the administrators.", {}, {}, {"id", "name", "network", "address"}},
     {"settings",
      "Lists the settings as the next start reads them; \"status\" shows what is in force.",
@@ -81,14 +98,25 @@ const std::vector<Command> kCommands = {
     {.words = "ban",
      .description = "Bans a user's address and asks the user to leave. Under classic rules the "
                     "user stays connected until the client disconnects.",
-     .arguments = {kUser, kReason},
-     .options = {kIsName},
+     .arguments = {kUser, kOptionalReason},
+     .options = {kIsName, kFor},
      .joinsWords = true},
     {.words = "ban-address",
      .description = "Bans an address.",
-     .arguments = {{"address", "The IPv4 or IPv6 address."}, {"reason", "The reason."}},
-     .options = {{"network", "NAME", "The network to record with the ban, which applies to all."}},
+     .arguments = {{"address", "The IPv4 or IPv6 address."}, kOptionalReason},
+     .options = {{"network", "NAME", "The network to record with the ban, which applies to all."},
+                 kFor},
      .joinsWords = true},
+    {.words = "ban-range",
+     .description = "Bans a range of addresses and disconnects the clients in it.",
+     .arguments = {{"range", "203.0.113.0/24, or 203.0.113.7-203.0.113.99."}, kOptionalReason},
+     .options = {kFor,
+                 {"force", nullptr, "Even if it is wider than /8."},
+                 {"dry-run", nullptr, "Only show how many clients it would disconnect."}},
+     .joinsWords = true},
+    {"unban-range",
+     "Lifts a banned range.",
+     {{"range", "The range, or its number as \"bans --ranges\" shows it."}}},
     {"unban",
      "Lifts all bans of an address, or one ban.",
      {{"ban", "The address, or the ban's number as \"bans\" shows it."}}},

@@ -10,6 +10,7 @@
 
 #include "control/ctl/command_line.h"
 #include "control/ctl/console_text.h"
+#include "control/ctl/import_file.h"
 #include "control/ctl/password_prompt.h"
 #include "control/ctl/printing.h"
 #include "control/ctl/reach.h"
@@ -88,8 +89,13 @@ int Ask(const CommandLine& line, Printer& printer) {
     return Complain(kNoServer, "there is no server that you may administer in " +
                                    folders.join(" or ") + "; use --data-folder for another folder");
   }
-  server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-  std::optional<QByteArray> received = server.Receive(line.command->isSlow ? -1 : kAnswerTimeout);
+  std::optional<QByteArray> received;
+  if (line.request["command"] == "bans import") {
+    received = ImportFile(server, line.request);
+  } else {
+    server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
+    received = server.Receive(line.command->isSlow ? -1 : kAnswerTimeout);
+  }
   if (received) {
     const ExitCode code = Show(line, *received, printer);
     if (code != kDone || !line.request["follow"].toBool()) return code;

@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QFile>
 #include <QLocalServer>
+#include <QTemporaryFile>
 
 #include "framework/text.h"
 #include "tests/control/control_fixture.h"
@@ -19,10 +20,17 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   const std::string guild = "Guild|p\xC3\xA4ss|7|1;";
   const std::string bobsBan = "127.0.0.2|Server Admin|so there|North;";
   const std::string ipv6Ban = "2001:db8::1|Server Admin|x|;";
+  const std::string ranges = "SELECT first,last,reason FROM ban_ranges";
+  // In a folder without blanks, which separate arguments.
+  QTemporaryFile file(QDir::tempPath() + "/corvane-bans");
+  EXPECT_TRUE(file.open());
+  const QString list = file.fileName();
+  file.write("# a list\n10.0.0.1 # one\n\nx\r\n10.0.2.0/24\n10.0.0.1");
+  file.close();
   const std::string annsGrant = "Ann|127.0.0.1|North;";
   const std::string evesGrant = "Eve|10.0.0.9|North;";
   struct Row {
-    const char* line;
+    QString line;
     int exitCode;
     std::string text;        // part of the output
     std::string query = {};  // if any
@@ -67,6 +75,30 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"bans", 0, "2001:db8::1  Server Admin  x"},
            {"unban 127.0.0.2", 0, "Lifted 1", bans, ipv6Ban},
            {"unban 2", 0, "Lifted 1", bans, ""},
+           {"ban-address 10.0.0.1 --for 2x", 2, "takes a time such as"},
+           {"ban-address 10.0.0.1 --for 530w", 2, "up to ten years"},
+           {"ban-address 10.0.0.1 --for 2d x", 0, "Banned 10.0.0.1 until 2"},
+           {"bans", 0, "1d 23h\n"},
+           {"unban 10.0.0.1", 0, "Lifted 1", bans + "; SELECT * FROM ban_ends", ""},
+           {"ban-range 10.0.0.1/8", 2, "beyond its length; expected 10.0.0.0/8"},
+           {"ban-range 2001:db8::/32", 2, "IPv6 addresses cannot be banned as ranges; expected"},
+           {"ban-range 10.0.0.9-10.0.0.1", 2, "is no range"},
+           {"ban-range 0.0.0.0/0 --force", 2, "within 1.0.0.0-223.255.255.255"},
+           {"ban-range 255.255.255.255", 2, "within 1.0.0.0-223.255.255.255"},
+           {"ban-range 10.0.0.0/7", 1, "33554432 addresses, more than a /8; use --force"},
+           {"ban-range 127.0.0.0/30 --dry-run", 0, "disconnect 2 connected", ranges, ""},
+           {"ban-range 10.0.0.0/7 --force --for 1h w", 0, "banned 10.0.0.0/7 until", ranges,
+            "167772160|201326591|w;"},
+           {"bans --ranges", 0, "59m 59s\n"},
+           {"unban-range 10.0.0.0/7", 0, "Lifted 1", ranges, ""},
+           {"bans import " + list + " from elsewhere", 2, "line 4: \"x\" is no range", bans, ""},
+           {"bans import --skip " + list + " from elsewhere", 0,
+            "1 address(es) and 1 range(s) of the list; skipped 1", bans + ";" + ranges,
+            "10.0.0.1|Server Admin|from elsewhere|;167772672|167772927|from elsewhere;"},
+           {"bans export", 0, "\n10.0.0.1\n10.0.2.0/24\n"},
+           {"unban 10.0.0.1", 0, "Lifted 1", bans, ""},
+           {"unban-range 1", 0, "Lifted 1", ranges, ""},
+           {"bans import /nowhere x", 2, "/nowhere: "},
            {"grant ann", 0, "Ann is", admins, annsGrant},
            {"grant ann", 1, "is already an administrator", admins, annsGrant},
            {"grant Eve --network north", 2, "expected both"},
@@ -99,7 +131,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"complete -- kick x", 0, ""},
            {"complete -- backup --overwrite x", 0, ":files\n"},
        }) {
-    SCOPED_TRACE(row.line);
+    SCOPED_TRACE(row.line.toStdString());
     const Outcome outcome = Type(row.line, row.input);
     EXPECT_EQ(outcome.exitCode, row.exitCode);
     EXPECT_THAT('\n' + outcome.text, HasSubstr(row.text));

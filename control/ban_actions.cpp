@@ -1,0 +1,176 @@
+#include "control/ban_actions.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <utility>
+
+#include "app/operator.h"
+#include "control/answers.h"
+#include "control/lookup.h"
+#include "framework/dates.h"
+#include "framework/text.h"
+#include "net/poll_loop.h"
+#include "server/map_socket.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::size_t kMaxEntries = std::size_t{4} << 20;
+constexpr std::uint64_t kMaxUnforced = std::uint64_t{1} << 24;  // addresses: a /8
+// No client has an address outside.
+constexpr AddressRange kPossible{0x01000000, 0xDFFFFFFF};
+constexpr std::int64_t kMaxSeconds = std::int64_t{3653} * 24 * 3600;  // ten years
+
+AddressRange ExpectRange(const std::string& text, bool isForced) {
+  const std::string expected =
+      "expected an IPv4 range such as 203.0.113.0/24 or 203.0.113.7-203.0.113.99";
+  const auto range = RangeFromText(text);
+  if (!range && text.find(':') != std::string::npos) {
+    throw Misused("IPv6 addresses cannot be banned as ranges; " + expected);
+  }
+  const auto slash = text.find('/');
+  const auto address = IPv4FromText(std::string_view(text).substr(0, slash));
+  const bool isPrefix = slash != std::string::npos && address;
+  const auto prefix = isPrefix ? PrefixFromText("0.0.0.0" + text.substr(slash)) : std::nullopt;
+  if (!range && prefix) {
+    const std::uint32_t mask = ~prefix->last;
+    throw Misused('"' + text + "\" has bits set beyond its length; expected " +
+                  TextOf({*address & mask, *address | prefix->last}));
+  }
+  if (!range) throw Misused('"' + text + "\" is no range; " + expected);
+  if (range->first < kPossible.first || range->last > kPossible.last) {
+    throw Misused("no client has all of these addresses: " + text + "; expected a range within " +
+                  TextOf(kPossible));
+  }
+  const std::uint64_t size = std::uint64_t{range->last} - range->first + 1;
+  if (size > kMaxUnforced && !isForced) {
+    throw Refused(text + " has " + std::to_string(size) +
+                  " addresses, more than a /8; use --force to ban them all");
+  }
+  return *range;
+}
+
+}  // namespace
+
+QDateTime EndOf(const Request& request, const Operator& op) {
+  const auto text = request.OptionalText("for");
+  if (!text) return {};
+  constexpr std::string_view kUnits = "smhdw";
+  constexpr std::array<std::int64_t, 5> kSeconds = {1, 60, 3600, 86'400, 604'800};
+  std::int64_t count = 0;
+  const char* const end = text->data() + text->size();
+  const auto [stop, error] = std::from_chars(text->data(), end, count);
+  const auto unit = stop + 1 == end ? kUnits.find(*stop) : std::string_view::npos;
+  if (error != std::errc() || unit == std::string_view::npos || count < 1 ||
+      count > kMaxSeconds / kSeconds[unit]) {
+    throw Misused("\"for\" takes a time such as 90s, 30m, 2h, 2d or 1w, up to ten years, not \"" +
+                  *text + '"');
+  }
+  return op.Listener().Context.bans.Now().addSecs(count * kSeconds[unit]);
+}
+
+QByteArray BannedLine(const Operator& op, const std::string& text, const QDateTime& until,
+                      bool isStored) {
+  const std::string end = until.isValid() ? " until " + StoredDate(until) : "";
+  if (isStored) return DoneLine(text + end + '.');
+  return DoneLine(text + end + ". The ban is in force but not stored (database: " +
+                  op.StoreError() + "); the server keeps trying.");
+}
+
+QByteArray BanActions::BanRange(const Request& request) {
+  const AddressRange range = ExpectRange(request.Text("range"), request.Flag("force"));
+  const std::string reason = request.OptionalText("reason").value_or("");
+  const QDateTime until = EndOf(request, myOperator);
+  const std::size_t count = myOperator.SessionsIn(range).size();
+  const std::string clients = std::to_string(count) + " connected client(s)";
+  if (request.Flag("dry-run")) {
+    return DoneLine("Would ban " + TextOf(range) + " and disconnect " + clients + '.');
+  }
+  const bool isStored = myOperator.BanRange(range, reason, until);
+  return BannedLine(myOperator, "Disconnected " + clients + " and banned " + TextOf(range), until,
+                    isStored);
+}
+
+QByteArray BanActions::UnbanRange(const Request& request) {
+  const std::string wanted = request.Text("range");
+  const auto range = RangeFromText(wanted);
+  std::vector<std::int64_t> ids;
+  for (const corvane::BanRange& ban : myOperator.BannedRanges()) {
+    if (ban.range == range || std::to_string(ban.id) == wanted) ids.push_back(ban.id);
+  }
+  if (ids.empty()) throw Refused("there is no banned range " + wanted);
+  if (!myOperator.LiftRanges(ids)) RefuseForDatabase(myOperator);
+  return DoneLine("Lifted " + std::to_string(ids.size()) + " range(s).");
+}
+
+QByteArray BanActions::Import(const Request& request) {
+  const auto number = request.OptionalNumber("import", 1, 1'000'000'000);
+  if (!number) {
+    ++myImport;
+    myEntries.clear();
+    myLines = 0;
+    mySkipped = 0;
+  } else if (*number != myImport) {
+    throw Refused("another import has begun; nothing of this one is stored");
+  }
+  const auto lines = request.OptionalText("lines");
+  if (!lines) return StoreImport(request);
+  const bool skips = request.Flag("skip");
+  for (std::string_view rest = *lines; !rest.empty();) {
+    const auto end = std::min(rest.find('\n'), rest.size());
+    const std::string_view line = rest.substr(0, end);
+    rest.remove_prefix(std::min(end + 1, rest.size()));
+    ++myLines;
+    try {
+      TakeLine(Trimmed(line.substr(0, line.find('#'))), request.Flag("force"));
+    } catch (const Refused& refused) {
+      if (!skips) {
+        throw Misused("line " + std::to_string(myLines) + ": " + refused.what() +
+                      "; nothing is stored, use --skip to leave such lines out");
+      }
+      ++mySkipped;
+    }
+  }
+  return DoneLine(QJsonObject{{"import", myImport}});
+}
+
+void BanActions::TakeLine(std::string_view line, bool isForced) {
+  if (line.empty()) return;
+  if (myEntries.size() == kMaxEntries) throw Refused("a list has at most 4194304 entries");
+  myEntries.push_back(ExpectRange(std::string(line), isForced));
+}
+
+QByteArray BanActions::StoreImport(const Request& request) {
+  std::vector<AddressRange> entries = std::exchange(myEntries, {});
+  std::ranges::sort(entries);
+  const auto twice = std::ranges::unique(entries);
+  entries.erase(twice.begin(), twice.end());
+  const auto isAddress = [](const AddressRange& range) { return range.first == range.last; };
+  const auto addresses = std::ranges::count_if(entries, isAddress);
+  ++myImport;
+  if (!myOperator.ImportBans(entries, request.OptionalText("reason").value_or(""),
+                             EndOf(request, myOperator))) {
+    throw Refused("nothing is stored: database: " + myOperator.StoreError());
+  }
+  return DoneLine("Banned the " + std::to_string(addresses) + " address(es) and " +
+                  std::to_string(std::ssize(entries) - addresses) +
+                  " range(s) of the list; skipped " + std::to_string(mySkipped) + " line(s).");
+}
+
+QByteArray BanActions::Export(const Request&) {
+  QByteArray lines;
+  const auto add = [&lines](const std::string& text) {
+    lines += lines.isEmpty() ? "\"" : ",\"";
+    lines += QByteArray::fromStdString(text) + '"';
+  };
+  const auto addBan = [&add](const corvane::Ban& ban) {
+    if (IPv4FromText(ban.address)) add(ban.address);
+  };
+  if (!myOperator.ForEachBan(addBan)) RefuseForDatabase(myOperator);
+  for (const corvane::BanRange& ban : myOperator.BannedRanges())
+    add(TextOf(ban.range));
+  return "{\"ok\":true,\"lines\":[" + lines + "]}";
+}
+
+}  // namespace corvane
