@@ -156,7 +156,7 @@ def everybody_ends(play: Play, sessions: List[Session]) -> None:
 
 def kill(play: Play, rng: random.Random) -> None:
     """Kills the server amid reports and bans, at a random moment or at the first notice of a ban. A
-    ban that was announced must be stored."""
+    ban that was announced must be stored; one with an end, or of a range, exactly once."""
     sessions = list(play.model.sessions)
     here = play.ins()
     before = list(play.model.bans)
@@ -171,7 +171,19 @@ def kill(play: Play, rng: random.Random) -> None:
         if play.server.process.poll() is None:
             play.server.signal(signal.SIGKILL)
 
+    told: List[str] = []  # reasons
     for number in range(200):
+        if number % 10 == 5 and play.server.process.poll() is None:
+            reason = play.unique("kept")
+            # The notice may kill the server before it answers.
+            with contextlib.suppress(Difference):
+                if rng.random() < 0.5:
+                    play.server.control.do("ban-address", address=f"198.51.100.{number}",
+                                           reason=reason, **{"for": "2h"})
+                else:
+                    play.server.control.do("ban-range", range=f"203.0.113.{number}-203.0.113.250",
+                                           reason=reason, **{"for": "2h"})
+                told.append(reason)
         session = rng.choice(here).session
         if not session.is_over:
             session.connection.send(play.reports(session, rng, 10))
@@ -195,6 +207,14 @@ def kill(play: Play, rng: random.Random) -> None:
     everybody_ends(play, sessions)
     seen = {reason.decode() for session in sessions
             for command, reason in session.connection.notices if command == wire.BAN}
+    ending = [reason for reason, in play.server.query(
+        "SELECT reason FROM bans JOIN ban_ends ON banid=bans.id "
+        "UNION ALL SELECT reason FROM ban_ranges WHERE until NOT NULL")]
+    if any(ending.count(reason) != 1 for reason in told):
+        raise Difference(f"bans that end are stored as {ending!r}, announced were {told!r}")
+    play.server.query("DELETE FROM bans WHERE id IN (SELECT banid FROM ban_ends)")
+    play.server.query("DELETE FROM ban_ends")
+    play.server.query("DELETE FROM ban_ranges")
     stored = {reason for reason, in play.server.query("SELECT reason FROM bans")}
     # A ban without notice may be stored or not.
     play.model.bans = before + [ban for ban in play.model.bans if ban not in before
