@@ -10,8 +10,8 @@ namespace corvane {
 void RaiseDescriptorLimit();
 
 // Whether one more connection leaves enough descriptors for the rest of the process: the database's
-// journal, lookups, files. `last` is the connection that was accepted last, if any: its number
-// shows how many descriptors are in use, which saves a system call.
-bool HasSpareDescriptors(os::SocketHandle last);
+// journal, lookups, files. `highest` is the highest number of a connection so far, if any. A low
+// one saves system calls. The number of the last one would not do: closed ones leave low numbers.
+bool HasSpareDescriptors(os::SocketHandle highest);
 
 }  // namespace corvane

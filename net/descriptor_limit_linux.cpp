@@ -30,12 +30,12 @@ void RaiseDescriptorLimit() {
   if (setrlimit(RLIMIT_NOFILE, &limit) == 0) MakeRoomFor(limit.rlim_cur);
 }
 
-bool HasSpareDescriptors(os::SocketHandle last) {
+bool HasSpareDescriptors(os::SocketHandle highest) {
   rlimit limit = {};
   if (getrlimit(RLIMIT_NOFILE, &limit) != 0) return true;
   const rlim_t spare = std::min(kSpareDescriptors, limit.rlim_cur / kSpareShare);
-  // The system assigns the lowest free number, so the last one usually decides without a call.
-  if (static_cast<rlim_t>(last + 1) + 2 * spare < limit.rlim_cur) return true;
+  // The system assigns the lowest free number, so the highest one usually decides without a call.
+  if (static_cast<rlim_t>(highest + 1) + 2 * spare < limit.rlim_cur) return true;
   const int next = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
   if (next < 0) return false;
   close(next);

@@ -147,19 +147,19 @@ bool ServerSocket::MayAccept() const {
 }
 
 void ServerSocket::AcceptOne() {
-  while (!HasSpareDescriptors(myLastAccepted)) {
+  while (!HasSpareDescriptors(myHighestAccepted)) {
     if (myProxied.empty()) return PauseAccepting(os::kOutOfDescriptors);
     GiveUpOldestProxied();
   }
   const os::Accepted accepted = os::Accept(Handle());
   if (accepted.error == 0) {
     myIsExhausted = false;
-    myLastAccepted = accepted.handle;
+    myHighestAccepted = std::max(myHighestAccepted, accepted.handle);
     ProxyAddresses.Contains(accepted.peer.address) ? AwaitHeader(accepted) : Admit(accepted);
   } else if (os::WouldBlock(accepted.error)) {
     myIsReadable = false;
   } else if (os::IsOutOfDescriptors(accepted.error)) {
-    PauseAccepting(accepted.error);
+    myProxied.empty() ? PauseAccepting(accepted.error) : GiveUpOldestProxied();
   } else if (!os::IsPassingAcceptError(accepted.error) && myArrived.empty()) {
     Fail(accepted.error);
   }

@@ -109,7 +109,7 @@ class ServerSocket : public SocketCore {
   std::deque<std::shared_ptr<ProxyHeaderReader>> myProxied;  // accepted, header not read yet
   std::deque<os::Accepted> myArrived;                        // accepted, not handed off yet
   std::uint64_t myLastHandOff = 0;
-  os::SocketHandle myLastAccepted = os::kNoSocket;
+  os::SocketHandle myHighestAccepted = os::kNoSocket;
   bool myIsListening = false;
   bool myIsStarved = false;    // AddSocket gave nothing when it was needed
   bool myIsPaused = false;     // out of descriptors or memory

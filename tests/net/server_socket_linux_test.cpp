@@ -26,10 +26,8 @@ class DescriptorLimitTest : public NetTest {
     NetTest::TearDown();
   }
 
-  // Connects so many peers to a process with so many free descriptors, until it reports that it is
-  // out of them.
-  void Exhaust(std::size_t count, rlim_t left) {
-    const std::size_t errors = server->errors.size();
+  // Connects so many peers to a process with so many free descriptors.
+  void RushWith(rlim_t left, std::size_t count) {
     Rush(count, [this, left] {
       const int next = fcntl(0, F_DUPFD, 0);
       close(next);
@@ -37,6 +35,11 @@ class DescriptorLimitTest : public NetTest {
       const rlimit lower = {limit, before.rlim_max};
       setrlimit(RLIMIT_NOFILE, &lower);
     });
+  }
+  // The same until it reports that it is out of them.
+  void Exhaust(std::size_t count, rlim_t left) {
+    const std::size_t errors = server->errors.size();
+    RushWith(left, count);
     EXPECT_TRUE(PumpUntil([&] { return server->errors.size() > errors; }));
   }
   // The same for several attempts of the server; returns how many peers were served.
@@ -82,26 +85,36 @@ TEST_F(DescriptorLimitTest, SomeAreLeftForTheRestOfTheProgram) {
 }
 
 TEST_F(DescriptorLimitTest, SilentProxiesCostNobodyElse) {
-  const os::SocketHandle direct = os::OpenSocket().handle;
-  EXPECT_EQ(os::Bind(direct, {"127.0.0.2", 0}), 0);
-  const os::SocketHandle proxied = os::OpenSocket().handle;
-  const rlimit highest = {before.rlim_max, before.rlim_max};
-  setrlimit(RLIMIT_NOFILE, &highest);
   server->ProxyAddresses = AddressRanges("127.0.0.1");
   server->Listen();
-  Rush(1'030);
-  EXPECT_TRUE(PumpUntil([this] { return server->withoutHeader == 6; })) << "no more than 1024 wait";
-
-  // So low that only the descriptors of those who have waited longest may be used again.
-  const rlimit lower = {static_cast<rlim_t>(rush.back()) + 42, before.rlim_max};
-  rush.insert(rush.end(), {direct, proxied});
-  setrlimit(RLIMIT_NOFILE, &lower);
   const os::Endpoint listener{"127.0.0.1", static_cast<std::uint16_t>(server->Port())};
-  EXPECT_EQ(os::Connect(direct, listener), 0);
-  EXPECT_EQ(os::Connect(proxied, listener), 0);
-  os::Send(proxied, "PROXY TCP4 192.0.2.17 127.0.0.1 1 1\r\n");
-  EXPECT_TRUE(PumpUntil([this] { return server->ActiveCount() == 2; }));
+  Rush(3);
+  PumpFor(std::chrono::milliseconds(100));
+  // None left: connections take the numbers of those three. 110 left: fewer than connect.
+  for (const rlim_t left : {0U, 110U}) {
+    const std::size_t served = server->ActiveCount() + 2;
+    const os::SocketHandle direct = os::OpenSocket().handle;
+    const os::SocketHandle proxied = os::OpenSocket().handle;
+    EXPECT_EQ(os::Bind(direct, {"127.0.0.2", 0}), 0);
+    RushWith(left, 200);
+    rush.insert(rush.end(), {direct, proxied});
+    EXPECT_EQ(os::Connect(direct, listener), 0);
+    EXPECT_EQ(os::Connect(proxied, listener), 0);
+    os::Send(proxied, "PROXY TCP4 192.0.2.17 127.0.0.1 1 1\r\n");
+    EXPECT_TRUE(PumpUntil([&] { return server->ActiveCount() == served; })) << left;
+    setrlimit(RLIMIT_NOFILE, &before);
+  }
   EXPECT_THAT(server->errors, ElementsAre());
+  const int spare = static_cast<int>(limit) - 32;
+  const int next = fcntl(0, F_DUPFD, spare);
+  close(next);
+  EXPECT_EQ(next, spare) << "the rest of the program's was taken";
+
+  const rlimit highest = {before.rlim_max, before.rlim_max};
+  setrlimit(RLIMIT_NOFILE, &highest);
+  Rush(1'030);
+  EXPECT_TRUE(PumpUntil([this] { return server->withoutHeader == 3 + 400 + 6; }))
+      << "no more than 1024 wait";
 }
 
 TEST_F(NetTest, AcceptedConnectionHasTheListenersOptions) {
