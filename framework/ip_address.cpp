@@ -42,4 +42,11 @@ std::optional<std::string> AddressFromText(std::string_view text) {
   return address.isNull() ? std::nullopt : std::optional(AddressText(address));
 }
 
+std::string ClientRange(const std::string& address) {
+  if (address.find(':') == std::string::npos) return address;
+  Q_IPV6ADDR bytes = QHostAddress(QString::fromStdString(address)).toIPv6Address();
+  std::memset(bytes.c + sizeof bytes / 2, 0, sizeof bytes / 2);
+  return AddressText(QHostAddress(bytes)) + "/64";
+}
+
 }  // namespace corvane

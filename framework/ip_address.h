@@ -17,4 +17,7 @@ std::string AddressFromBytes(std::string_view bytes);
 // programs read as an IPv4 address (10.1, 010.0.0.1).
 std::optional<std::string> AddressFromText(std::string_view text);
 
+// What one client has to itself: an IPv4 address, but the /64 of an IPv6 one (2001:db8::/64).
+std::string ClientRange(const std::string& address);
+
 }  // namespace corvane

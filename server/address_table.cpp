@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "framework/ip_address.h"
 #include "net/socket_core.h"
 
 namespace corvane {
@@ -14,7 +15,7 @@ constexpr std::size_t kMaxMemories = 10'000;
 
 bool AddressTable::Admit(const std::string& address) {
   if (!IsCounted(address)) return true;
-  const auto count = myConnections->find(address);
+  const auto count = myConnections->find(ClientRange(address));
   if (count == myConnections->end()) return true;
   const ConnectionCounts& most = *myRules.maxConnections;
   if (count->second.all < most.all && count->second.notLoggedIn < most.notLoggedIn) return true;
@@ -27,16 +28,17 @@ void AddressTable::NoteMissingHeader(const std::string& address) {
 }
 
 void AddressTable::NoteClosed(const std::string& address, Tally Memory::*tally) {
-  Memory& memory = Remember(address);
+  const std::string range = ClientRange(address);
+  Memory& memory = Remember(range);
   ++(memory.*tally).count;
-  if (!std::exchange((memory.*tally).isReported, true)) Report(address, memory);
+  if (!std::exchange((memory.*tally).isReported, true)) Report(range, memory);
 }
 
 bool AddressTable::AdmitLine(const std::string& address) {
   if (!myRules.statusLines || IsTrusted(address)) return true;
   const LineRate& rate = *myRules.statusLines;
   const auto now = Clock::now();
-  Memory& memory = Remember(address);
+  Memory& memory = Remember(ClientRange(address));
   if (memory.lines - now > (rate.burst - 1) * rate.interval) {
     ++memory.leftOut;
     return false;
@@ -46,11 +48,12 @@ bool AddressTable::AdmitLine(const std::string& address) {
 }
 
 std::unique_ptr<AddressTable::Place> AddressTable::Enter(const std::string& address) {
-  return IsCounted(address) ? std::make_unique<Place>(myConnections, address) : nullptr;
+  return IsCounted(address) ? std::make_unique<Place>(myConnections, ClientRange(address))
+                            : nullptr;
 }
 
 AddressTable::Clock::duration AddressTable::PasswordDelay(const std::string& address) const {
-  const auto memory = myMemories.find(address);
+  const auto memory = myMemories.find(ClientRange(address));
   if (memory == myMemories.end() || AreWrongPasswordsOver(memory->second)) return {};
   return memory->second.delay;
 }
@@ -59,7 +62,7 @@ void AddressTable::NoteWrongPassword(const std::string& address) {
   if (!myRules.passwordDelays || IsTrusted(address)) return;
   const PasswordDelays& rule = *myRules.passwordDelays;
   const auto now = Clock::now();
-  Memory& memory = Remember(address);
+  Memory& memory = Remember(ClientRange(address));
   auto& wrong = memory.wrongPasswords;
   if (AreWrongPasswordsOver(memory)) memory.delay = {};
   std::erase_if(wrong, [&](Clock::time_point time) { return now - time >= myRules.period; });
@@ -77,8 +80,8 @@ bool AddressTable::AreWrongPasswordsOver(const Memory& memory) const {
          Clock::now() - memory.wrongPasswords.back() >= myRules.period;
 }
 
-AddressTable::Memory& AddressTable::Remember(const std::string& address) {
-  const auto known = myMemories.find(address);
+AddressTable::Memory& AddressTable::Remember(const std::string& range) {
+  const auto known = myMemories.find(range);
   if (known != myMemories.end()) return known->second;
   if (myMemories.size() >= kMaxMemories) {
     const std::string oldest = std::move(myVisits.front().address);
@@ -86,8 +89,8 @@ AddressTable::Memory& AddressTable::Remember(const std::string& address) {
     Report(oldest, myMemories[oldest]);
     myMemories.erase(oldest);
   }
-  VisitLater(address);
-  return myMemories[address];
+  VisitLater(range);
+  return myMemories[range];
 }
 
 void AddressTable::Report(const std::string& address, Memory& memory) const {

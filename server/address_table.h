@@ -18,7 +18,8 @@ namespace corvane {
 
 // Keeps count for each client address: its connections now, its refused connections, its recent
 // wrong passwords, and the lines that it caused in the status log. Keeps nothing about addresses
-// that the rules trust, and nothing that no rule needs. Borrows the rules and the loop.
+// that the rules trust, and nothing that no rule needs. All IPv6 addresses of one /64 count as one
+// address. Borrows the rules and the loop.
 //
 // Limits: remembers at most ten thousand addresses and then forgets the oldest. An address without
 // connections is forgotten once two of the rules' periods pass without anything new.
@@ -91,7 +92,7 @@ class AddressTable {
   }
   bool AreWrongPasswordsOver(const Memory& memory) const;
   // Creates the memory if there is none.
-  Memory& Remember(const std::string& address);
+  Memory& Remember(const std::string& range);
   void NoteClosed(const std::string& address, Tally Memory::*tally);
   void Report(const std::string& address, Memory& memory) const;
   void VisitLater(const std::string& address);

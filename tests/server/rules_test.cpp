@@ -370,11 +370,16 @@ TEST(Rules, ProxysClientsGoByTheirOwnAddresses) {
   EXPECT_EQ(through("2001:db8::3")->Receive()->command, 1);
   EXPECT_EQ(ClosedOrNot(*ann), "stays ");
 
-  // A client's connections are counted for it.
-  std::vector<std::unique_ptr<TestClient>> clients(9);
-  std::ranges::generate(clients, [&] { return through("192.0.2.9"); });
-  for (const auto& client : clients)
-    EXPECT_EQ(client->Receive().has_value(), client != clients.back());
+  // A client's connections are counted for it, or for its /64.
+  const std::pair<const char*, const char*> ranges[] = {{"192.0.2.9", "192.0.2.9"},
+                                                        {"2001:db8:0:1::1", "2001:db8:0:1:f::2"}};
+  for (const auto& range : ranges) {
+    std::vector<std::unique_ptr<TestClient>> clients(9);
+    std::ranges::generate(clients,
+                          [&] { return through(clients[7] ? range.second : range.first); });
+    for (const auto& client : clients)
+      EXPECT_EQ(client->Receive().has_value(), client != clients.back()) << range.second;
+  }
 
   // The header of somebody who is no proxy is a wrong message, and so is a second one.
   const std::string one = header("192.0.2.7");
