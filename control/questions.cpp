@@ -174,7 +174,7 @@ QByteArray Questions::Tunnel(const char* file, const Request& request) {
   const auto& nic = listener.NetworkInterface;
   if (!text.contains("client = yes")) {
     const QString address = nic ? DisplayText(nic->IPAddress) : "127.0.0.1";
-    text.replace("127.0.0.1:12000", Endpoint(address, listener)).replace("127.0.0.1", address);
+    text.replace("127.0.0.1", address).replace(":12000", Endpoint("", listener));
   }
   text.replace("corvane.example", domain);
   return DoneLine(QJsonObject{{"lines", QJsonArray::fromStringList(text.trimmed().split('\n'))}});
