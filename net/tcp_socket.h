@@ -57,8 +57,8 @@ class TCPSocket : public SocketCore, public Readable, public Writeable {
   bool IsConnected() const { return myState == State::Connected; }
   // The peer's address, or that of a proxy's client; kept after the end of the connection.
   const std::string& RemoteAddress() const { return myPeer.address; }
-  // "ADDRESS:PORT" of the peer, "[ADDRESS]:PORT" for IPv6: unique among connections, as far as
-  // proxies tell the truth.
+  // "ADDRESS:PORT" of the peer, "[ADDRESS]:PORT" for IPv6. Unique among connections, except that
+  // those through different proxies may share it.
   std::string PeerName() const;
   // Grows with each connection that its listener hands off; 0 while it is not among the listener's
   // active ones.
