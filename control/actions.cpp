@@ -130,12 +130,13 @@ QByteArray Actions::BanAddress(const Request& request) {
 
 QByteArray Actions::Unban(const Request& request) {
   const std::string wanted = request.Text("ban");
+  const std::string address = AddressFromText(wanted).value_or(wanted);
   std::vector<std::int64_t> ids;
   bool isNumber = false;
   const std::int64_t number = DisplayText(wanted).toLongLong(&isNumber);
   if (isNumber && myOperator.FindBan(number)) ids.push_back(number);
   const auto take = [&](const corvane::Ban& ban) {
-    if (ban.address == wanted) ids.push_back(ban.id);
+    if (ban.address == address) ids.push_back(ban.id);
   };
   if (!myOperator.ForEachBan(take)) RefuseForDatabase(myOperator);
   if (ids.empty()) throw Refused("there is no ban of " + wanted);

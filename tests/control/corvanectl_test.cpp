@@ -74,7 +74,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"ban-address 2001:DB8:0::1 x", 0, "Banned", bans, bobsBan + ipv6Ban},
            {"bans", 0, "2001:db8::1  Server Admin  x"},
            {"unban 127.0.0.2", 0, "Lifted 1", bans, ipv6Ban},
-           {"unban 2", 0, "Lifted 1", bans, ""},
+           {"unban 2001:db8:0::1", 0, "Lifted 1", bans, ""},
            {"ban-address 10.0.0.1 --for 2x", 2, "takes a time such as"},
            {"ban-address 10.0.0.1 --for 530w", 2, "up to ten years"},
            {"ban-address 10.0.0.1 --for 2d x", 0, "Banned 10.0.0.1 until 2"},
