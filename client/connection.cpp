@@ -30,7 +30,7 @@ Connection::Connection(Timing timing) : myTiming(timing) {
   on(myRetry, [this] { Start(); });
   on(myRefresh, [this] { Refresh(); });
   on(myReadAgain, [this] { Read(); });
-  on(myLoginTimeout, [this] { EndSession(Ending::Cause::Silent); });
+  on(myLoginTimeout, [this] { EndSession(Ending::Cause::Silent, QStringLiteral("no answer")); });
 }
 
 Connection::~Connection() {
@@ -168,7 +168,7 @@ void Connection::EndSession(Ending::Cause cause, const QString& text) {
   if (!session) return;
   Ending ending{cause, TextFromDisplay(text)};
   if (myState == State::Connecting) {
-    if (cause == Ending::Cause::Lost) ending.cause = Ending::Cause::Unreachable;
+    ending.cause = Ending::Cause::Unreachable;
     ending = FaultOfTls().value_or(ending);
   } else if (!myDestination.tls && !myHasHeard) {
     ending.cause = Ending::Cause::NotGreeted;

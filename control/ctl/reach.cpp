@@ -51,21 +51,18 @@ void Resolve(const QString& host, Printer& printer) {
   }
 }
 
-QString Explained(const Ending& ending, bool isConnected) {
+QString Explained(const Ending& ending) {
   const QString detail = QString::fromStdString(ending.text);
   switch (ending.cause) {
     case Ending::Cause::Unreachable:
       return "cannot connect: " + detail +
-             ". If the machine is on, nothing listens at this port, or a firewall rejects "
-             "connections.";
+             ". If refused, nothing listens at this port, or a firewall rejects connections. "
+             "If there is no answer, a firewall drops connections, the router does not forward "
+             "the port, or the machine is off.";
     case Ending::Cause::Silent:
     case Ending::Cause::Lost:
-      if (isConnected)
-        return "the connection was accepted, but no greeting came. Is the server running, and is "
-               "the proxy in front of it in its ProxyAddresses?";
-      return "no answer within " + QString::number(kPatience.count()) +
-             " s. A firewall drops connections, the router does not forward the port, or the "
-             "machine is off.";
+      return "the connection was accepted, but no greeting came. Is the server running, and is "
+             "the proxy in front of it in its ProxyAddresses?";
     case Ending::Cause::Malformed:
       return "something else than a Corvane server answers: " + detail;
     default:
@@ -83,13 +80,10 @@ void CheckReach(const QJsonObject& request, Printer& printer) {
 
   Connection connection({.loginTimeout = kPatience, .greetingTimeout = kPatience});
   QEventLoop loop;
-  bool isConnected = false;
   Ending end;
   const auto states = connection.StateChanged.Connect([&] {
-    if (connection.CurrentState() == Connection::State::LoggingIn) {
-      isConnected = true;
+    if (connection.CurrentState() == Connection::State::LoggingIn)
       printer.PrintLine(place + " accepts connections" + (to.tls ? ", encrypted" : ""));
-    }
     if (connection.CurrentState() == Connection::State::Online) connection.Close();
   });
   const auto ends = connection.SessionEnded.Connect([&](const Ending& ending) {
@@ -101,7 +95,7 @@ void CheckReach(const QJsonObject& request, Printer& printer) {
   // It answers the greeting with the name of no network.
   const bool isGreeted =
       end.cause == Ending::Cause::NetworkRefused || end.cause == Ending::Cause::Left;
-  if (!isGreeted) throw Unreached(place + ": " + Explained(end, isConnected));
+  if (!isGreeted) throw Unreached(place + ": " + Explained(end));
   printer.PrintLine("The server answers. Clients can use this address.");
 }
 

@@ -27,9 +27,9 @@ class TlsTest : public testing::Test {
   }
   void TearDown() override { QSslConfiguration::setDefaultConfiguration(before); }
 
-  void Open(const FalseServer& server, const std::optional<Tls>& tls) {
+  void Open(std::uint16_t port, const std::optional<Tls>& tls) {
     ending.reset();
-    connection.Open({"127.0.0.1", server.Port(), {"North", "digest", "Ann"}, tls});
+    connection.Open({"127.0.0.1", port, {"North", "digest", "Ann"}, tls});
   }
   bool Reaches(State state) {
     return PumpUntil([&] { return connection.CurrentState() == state; });
@@ -59,7 +59,7 @@ TEST_F(TlsTest, TrustsAnAuthorityOrOnlyTheFingerprint) {
         std::pair(&own, Tls{FingerprintOf(own.certificate.toDer()), "elsewhere"}),
         std::pair(&expired, Tls{FingerprintOf(expired.certificate.toDer()), {}})}) {
     FalseServer server(*certificate);
-    Open(server, tls);
+    Open(server.Port(), tls);
     ASSERT_TRUE(IsLetIn(server));
     EXPECT_TRUE(PumpUntil([&] { return server.Heard().contains("digest"); }));
     // A long message comes whole, and the reason behind it.
@@ -81,7 +81,7 @@ TEST_F(TlsTest, SendsNothingToAServerThatItDoesNotTrust) {
         Case{&own, {{}, "elsewhere.example"}, Cause::Untrusted},
         Case{&own, {FingerprintOf(expired.certificate.toDer()), {}}, Cause::CertificateChanged}}) {
     FalseServer server(*each.certificate);
-    Open(server, each.tls);
+    Open(server.Port(), each.tls);
     ASSERT_TRUE(Reaches(State::Offline));
     EXPECT_EQ(ending->cause, each.cause) << Text();
     EXPECT_THAT(Text(), HasSubstr(Shown(*each.certificate)));
@@ -95,8 +95,8 @@ TEST_F(TlsTest, SendsNothingToAServerThatItDoesNotTrust) {
 TEST_F(TlsTest, ChecksAgainWhenItReconnects) {
   const Tls tls{FingerprintOf(own.certificate.toDer()), {}};
   auto server = std::make_unique<FalseServer>(own);
-  Open(*server, tls);
   const std::uint16_t port = server->Port();
+  Open(port, tls);
   for (const bool isSame : {true, false}) {
     ASSERT_TRUE(IsLetIn(*server));
     server.reset();
@@ -107,27 +107,39 @@ TEST_F(TlsTest, ChecksAgainWhenItReconnects) {
   EXPECT_EQ(ending->cause, Cause::CertificateChanged);
 }
 
-TEST_F(TlsTest, SaysWhichSideHasNoTls) {
+TEST_F(TlsTest, SaysWhatIsMissing) {
   FalseServer plain;
   FalseServer encrypted(own);
+  // With a full backlog, the system does not answer.
+  QTcpServer full;
+  full.setListenBacklogSize(0);
+  ASSERT_TRUE(full.listen(QHostAddress::LocalHost));
+  full.pauseAccepting();
+  QTcpSocket first;
+  first.connectToHost("127.0.0.1", full.serverPort());
+  ASSERT_TRUE(first.waitForConnected());
   const struct {
-    FalseServer& server;
+    std::uint16_t port;
     std::optional<Tls> tls;
     std::string sent;
     Cause cause;
-  } cases[] = {{plain, Tls{}, WireBytes(1, "Network"), Cause::NoTls},
-               {plain, Tls{}, "", Cause::NoTls},
-               {plain, {}, std::string("\x15\x03\x03\0\x02\x02\x46", 7), Cause::ExpectsTls},
-               {encrypted, {}, "", Cause::NotGreeted}};
+    const char* text;
+  } cases[] = {
+      {plain.Port(), Tls{}, WireBytes(1, "Network"), Cause::NoTls, "may not expect one"},
+      {plain.Port(), Tls{}, "", Cause::NoTls, "may not expect one"},
+      {plain.Port(), {}, std::string("\x15\x03\x03\0\x02\x02\x46", 7), Cause::ExpectsTls, "(TLS)"},
+      {encrypted.Port(), {}, "", Cause::NotGreeted, "(TLS)"},
+      {full.serverPort(), {}, "", Cause::Unreachable, "cannot be reached: no answer"},
+      {full.serverPort(), Tls{}, "", Cause::Unreachable, "cannot be reached: no answer"}};
   for (const auto& each : cases) {
-    Open(each.server, each.tls);
-    if (&each.server == &plain) {
+    Open(each.port, each.tls);
+    if (each.port == plain.Port()) {
       ASSERT_TRUE(plain.Accept());
       plain.Send(each.sent);
     }
     ASSERT_TRUE(Reaches(State::Offline));
     EXPECT_EQ(ending->cause, each.cause) << Text();
-    EXPECT_THAT(Text(), HasSubstr(each.tls ? "may not expect one" : "(TLS)"));
+    EXPECT_THAT(Text(), HasSubstr(each.text));
   }
 }
 
