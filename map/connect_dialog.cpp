@@ -50,8 +50,8 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
   connect(cmbRecent, &QComboBox::activated, this, [this](int index) { Fill(myRecent[index]); });
   for (QLineEdit* field : {txtHost, txtNetwork, txtUser})
     connect(field, &QLineEdit::textChanged, this, [this] { Check(); });
-  connect(txtHost, &QLineEdit::textEdited, this, [this] { FillRememberedFingerprint(); });
-  connect(spnPort, &QSpinBox::valueChanged, this, [this] { FillRememberedFingerprint(); });
+  connect(txtHost, &QLineEdit::textEdited, this, [this] { FillRememberedTls(); });
+  connect(spnPort, &QSpinBox::valueChanged, this, [this] { FillRememberedTls(); });
   connect(chkEncrypted, &QCheckBox::toggled, txtFingerprint, &QLineEdit::setEnabled);
   connect(btnConnect, &QPushButton::clicked, this, [this] { Try(); });
   connect(btnCancel, &QPushButton::clicked, this, [this] { reject(); });
@@ -111,11 +111,12 @@ void ConnectDialog::FillFingerprint(const QByteArray& fingerprint) const {
   txtFingerprint->setCursorPosition(0);
 }
 
-void ConnectDialog::FillRememberedFingerprint() const {
+void ConnectDialog::FillRememberedTls() const {
   const auto it = std::ranges::find_if(myRecent, [this](const RecentServer& server) {
     return server.host.compare(txtHost->text().trimmed(), Qt::CaseInsensitive) == 0 &&
            server.port == spnPort->value();
   });
+  if (it != myRecent.end() && it->isEncrypted) chkEncrypted->setChecked(true);
   FillFingerprint(it == myRecent.end() ? QByteArray() : it->fingerprint);
 }
 
@@ -126,7 +127,7 @@ void ConnectDialog::Check() const {
 
 void ConnectDialog::TryGiven(const RecentServer& server) {
   Fill(server);
-  if (server.fingerprint.isEmpty()) FillRememberedFingerprint();
+  if (server.fingerprint.isEmpty()) FillRememberedTls();
   txtPassword->setPlaceholderText(QString());
   chkRemember->setChecked(false);
   Try();

@@ -55,8 +55,8 @@ class ConnectDialog : public QDialog {
   void LayOut();
   void Fill(const RecentServer& server);
   void FillFingerprint(const QByteArray& fingerprint) const;
-  // For another server than before.
-  void FillRememberedFingerprint() const;
+  // For another server than before. Ticks encryption if it is remembered, and never unticks it.
+  void FillRememberedTls() const;
   void Check() const;
   void Try();
   void SetTrying(bool isTrying);

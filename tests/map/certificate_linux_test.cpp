@@ -55,7 +55,9 @@ TEST_F(CertificateTest, IsTrustedOnceAndRefusedWhenItChanges) {
   const TestCertificate other;
   server.reset();
   server = std::make_unique<FalseServer>(other, given.port);
-  myWindow->LoginTo(given);
+  RecentServer plain = given;
+  plain.isEncrypted = false;
+  myWindow->LoginTo(plain);
   ASSERT_TRUE(PumpUntil([&] { return Dialog()->btnConnect->isEnabled(); }));
   EXPECT_FALSE(IsOpen("CertificateQuestion"));
   for (const QString& shown : {Shown(certificate), Shown(other)})
