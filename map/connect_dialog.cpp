@@ -117,6 +117,7 @@ void ConnectDialog::FillRememberedTls() const {
            server.port == spnPort->value();
   });
   if (it != myRecent.end() && it->isEncrypted) chkEncrypted->setChecked(true);
+  if (txtFingerprint->isModified()) return;
   FillFingerprint(it == myRecent.end() ? QByteArray() : it->fingerprint);
 }
 

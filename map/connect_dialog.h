@@ -56,6 +56,7 @@ class ConnectDialog : public QDialog {
   void Fill(const RecentServer& server);
   void FillFingerprint(const QByteArray& fingerprint) const;
   // For another server than before. Ticks encryption if it is remembered, and never unticks it.
+  // Keeps a fingerprint that the user has typed.
   void FillRememberedTls() const;
   void Check() const;
   void Try();
