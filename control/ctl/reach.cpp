@@ -63,6 +63,9 @@ QString Explained(const Ending& ending) {
     case Ending::Cause::Lost:
       return "the connection was accepted, but no greeting came. Is the server running, and is "
              "the proxy in front of it in its ProxyAddresses?";
+    case Ending::Cause::NotGreeted:
+      return ending.Explanation() +
+             " If this machine is in its ProxyAddresses, it greets only through the proxy.";
     case Ending::Cause::Malformed:
       return "something else than a Corvane server answers: " + detail;
     default:
