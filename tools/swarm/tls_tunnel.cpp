@@ -12,8 +12,13 @@ constexpr int kBacklog = 4096;
 // On their way in one direction. A slow reader slows its sender down, as without the tunnel.
 constexpr qint64 kBufferBytes = 64 << 10;
 
+qint64 Unsent(const QTcpSocket& socket) {
+  const auto* encrypted = qobject_cast<const QSslSocket*>(&socket);
+  return socket.bytesToWrite() + (encrypted ? encrypted->encryptedBytesToWrite() : 0);
+}
+
 void Pump(QTcpSocket& from, QTcpSocket& to) {
-  while (from.bytesAvailable() > 0 && to.bytesToWrite() < kBufferBytes)
+  while (from.bytesAvailable() > 0 && Unsent(to) < kBufferBytes)
     to.write(from.read(kBufferBytes));
 }
 
@@ -65,7 +70,7 @@ sockaddr_in TlsTunnel::Address() const {
 
 void TlsTunnel::Carry(QTcpSocket& near) {
   auto* const far = new QSslSocket(&near);
-  const auto on = [far](QTcpSocket& socket, auto event, auto act) {
+  const auto on = [far](auto& socket, auto event, auto act) {
     QObject::connect(&socket, event, far, act);
   };
   const auto refuse = [&near](const QString& why) {
@@ -80,7 +85,7 @@ void TlsTunnel::Carry(QTcpSocket& near) {
     const auto send = [&near, far] { Pump(near, *far); };
     const auto receive = [&near, far] { Pump(*far, near); };
     on(near, &QTcpSocket::readyRead, send);
-    on(*far, &QTcpSocket::bytesWritten, send);
+    on(*far, &QSslSocket::encryptedBytesWritten, send);
     on(*far, &QTcpSocket::readyRead, receive);
     on(near, &QTcpSocket::bytesWritten, receive);
     send();
