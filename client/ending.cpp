@@ -30,12 +30,11 @@ QString Ending::Explanation() const {
     case Cause::Lost:
       return Texts::tr("The connection was lost: %1").arg(detail);
     case Cause::Silent:
-      return Texts::tr("The connection was lost: the server answers no more.");
+      return Texts::tr("The connection was lost: the server has stopped answering.");
     case Cause::NotGreeted:
       return Texts::tr(
-          "The server has sent no greeting. It may expect an encrypted connection (TLS), or take "
-          "no "
-          "more clients.");
+          "The server has sent no greeting. It may expect an encrypted connection (TLS), or be "
+          "full.");
     case Cause::ExpectsTls:
       return Texts::tr("The server expects an encrypted connection (TLS).");
     case Cause::NoTls:
@@ -54,8 +53,8 @@ QString Ending::Explanation() const {
       return Texts::tr("Wrong password.");
     case Cause::UserNameRefused:
       return Texts::tr(
-          "This name is taken. After a lost connection it may take three minutes until the server "
-          "gives it free.");
+          "This name is taken. After a lost connection, the server may hold it for three "
+          "minutes.");
     case Cause::AddressBanned:
       return Texts::tr("The server refuses this address: %1").arg(detail);
     case Cause::Kicked:
@@ -65,7 +64,8 @@ QString Ending::Explanation() const {
     case Cause::Dismissed:
       return Texts::tr("The server has asked you to leave.");
     case Cause::Malformed:
-      return Texts::tr("This is not a server of ours, or it is broken: %1").arg(detail);
+      return Texts::tr("This is not a Corvane server, or it does not work properly: %1")
+          .arg(detail);
   }
   return detail;
 }

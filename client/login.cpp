@@ -28,7 +28,7 @@ Login::State Login::Receive(std::int32_t command, std::string_view payload, std:
   if (payload == "FAIL" && step.failure != Ending::Cause::Malformed)
     return Refuse(step.failure, {});
   if (payload != step.expected)
-    return Refuse(Ending::Cause::Malformed, "an answer to the login that is none");
+    return Refuse(Ending::Cause::Malformed, "an invalid answer to the login");
   if (step.reply == nullptr) return State::LoggedIn;
   ++myAwaited;
   AppendFrame(output, command, *step.reply);

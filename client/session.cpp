@@ -21,7 +21,7 @@ void Session::Receive(std::string_view bytes, Clock::time_point now) {
   if (IsOver()) return;
   const bool isInStep = myCutter.Feed(
       bytes, [&](std::int32_t command, std::string_view payload) { Take(command, payload, now); });
-  if (!isInStep) Break("a message of an impossible length");
+  if (!isInStep) Break("a message of invalid length");
 }
 
 std::string Session::TakeOutput() {
@@ -91,7 +91,7 @@ void Session::TakeMember(std::string_view payload, Clock::time_point now) {
   const std::optional<MemberRecord> relay = ParseRelay(payload);
   const std::optional<MemberRecord> record = relay ? relay : ParseListed(payload);
   if (!record) {
-    Break("a member's record that is none");
+    Break("an invalid member record");
     return;
   }
   const bool isOwn = record->name.size() <= Members::kMaxNameBytes &&
@@ -106,7 +106,7 @@ void Session::TakeMember(std::string_view payload, Clock::time_point now) {
 
 void Session::TakeRights(std::string_view payload) {
   if (payload != "0" && payload != "1") {
-    Break("an answer about rights that is none");
+    Break("an invalid answer about rights");
     return;
   }
   if (std::exchange(myAwaitsList, false)) myMembers.EndList();

@@ -28,7 +28,7 @@ TEST_F(HostileServerTest, NonsenseEndsTheConnectionWithAClearMessage) {
     LoginToFalseServer();
     server.Send(bytes);
     EXPECT_TRUE(Reaches(State::Offline));
-    EXPECT_TRUE(Shows("not a server of ours"));
+    EXPECT_TRUE(Shows("not a Corvane server"));
     EXPECT_TRUE(PumpUntil([&] { return !server.HasClient(); }));
     myWindow->txtMessages->clear();
   }

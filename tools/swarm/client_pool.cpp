@@ -321,7 +321,7 @@ void ClientPool::Write(Client& client) {
 }
 
 // Registers the events to wait for, if they have changed or an operation is given.
-void ClientPool::Watch(Client& client, int operation) {
+void ClientPool::Watch(Client& client, int operation) const {
   epoll_event event{};
   const bool isIgnored =
       client.myState == Client::State::Online && myManner.reading == Reading::Nothing;

@@ -94,7 +94,7 @@ class ClientPool {
   void MarkDirty(Client& client);
   void WriteDirty();
   void Write(Client& client);
-  void Watch(Client& client, int operation = 0);
+  void Watch(Client& client, int operation = 0) const;
   void CloseDescriptor(Client& client);
   void Lose(Client& client, const std::string& reason);
   void SetDeadline(Client& client, std::optional<Clock::time_point> time);
