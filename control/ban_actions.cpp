@@ -144,8 +144,7 @@ void BanActions::TakeLine(std::string_view line, bool isForced) {
 QByteArray BanActions::StoreImport(const Request& request) {
   std::vector<AddressRange> entries = std::exchange(myEntries, {});
   std::ranges::sort(entries);
-  const auto twice = std::ranges::unique(entries);
-  entries.erase(twice.begin(), twice.end());
+  entries.erase(std::unique(entries.begin(), entries.end()), entries.end());
   const auto isAddress = [](const AddressRange& range) { return range.first == range.last; };
   const auto addresses = std::ranges::count_if(entries, isAddress);
   ++myImport;
