@@ -193,7 +193,10 @@ class Control:
 
     def serve(self, _: int) -> None:
         assert self.socket is not None
-        data = self.socket.recv(1 << 18)
+        try:
+            data = self.socket.recv(1 << 18)
+        except ConnectionResetError:  # killed with a request unread
+            data = b""
         self.rest += data
         self.is_ended = not data
         if not data:
