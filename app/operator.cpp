@@ -213,6 +213,7 @@ void Operator::EndRanges() {
   Bans& bans = myListener.Context.bans;
   std::vector<std::int64_t> ids;
   const std::vector<corvane::BanRange> ended = bans.EndedRanges();
+  ids.reserve(ended.size());
   for (const corvane::BanRange& ban : ended)
     ids.push_back(ban.id);
   if (ids.empty() || !bans.LiftRanges(ids)) return;
