@@ -19,7 +19,7 @@ std::string TextFromIPv4(std::uint32_t address);
 struct AddressRange {
   std::uint32_t first = 0;
   std::uint32_t last = 0;
-  auto operator<=>(const AddressRange&) const = default;
+  auto operator<=>(const AddressRange&) const = default;  // NOLINT(modernize-use-nullptr): misread
 };
 
 // An address, or a prefix such as 10.0.0.0/8. None if bits are set beyond its length (10.0.0.1/8).

@@ -66,7 +66,7 @@ class BanRanges {
     std::size_t range;
   };
 
-  std::optional<std::int64_t> Store(const BanRange& range);
+  std::optional<std::int64_t> Store(const BanRange& ban);
   // Stores waiting ranges until one is refused.
   void StoreWaiting();
   // Updates what is found in memory, if something has changed.

@@ -45,7 +45,7 @@ std::optional<QByteArray> ImportFile(ServerLink& server, QJsonObject request) {
     }
     request["lines"] = DisplayText(
         std::string_view(portion.constData(), static_cast<std::size_t>(portion.size())));
-    const auto received = ask();
+    auto received = ask();
     const QJsonObject answer = QJsonDocument::fromJson(received.value_or("")).object();
     if (!answer["ok"].toBool()) return received;
     request["import"] = answer["import"];

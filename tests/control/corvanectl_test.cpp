@@ -21,6 +21,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   const std::string bobsBan = "127.0.0.2|Server Admin|so there|North;";
   const std::string ipv6Ban = "2001:db8::1|Server Admin|x|;";
   const std::string ranges = "SELECT first,last,reason FROM ban_ranges";
+  const std::string both = bans + ";" + ranges;
   // In a folder without blanks, which separate arguments.
   QTemporaryFile file(QDir::tempPath() + "/corvane-bans");
   EXPECT_TRUE(file.open());
@@ -93,7 +94,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"unban-range 10.0.0.0/7", 0, "Lifted 1", ranges, ""},
            {"bans import " + list + " from elsewhere", 2, "line 4: \"x\" is no range", bans, ""},
            {"bans import --skip " + list + " from elsewhere", 0,
-            "1 address(es) and 1 range(s) of the list; skipped 1", bans + ";" + ranges,
+            "1 address(es) and 1 range(s) of the list; skipped 1", both,
             "10.0.0.1|Server Admin|from elsewhere|;167772672|167772927|from elsewhere;"},
            {"bans export", 0, "\n10.0.0.1\n10.0.2.0/24\n"},
            {"unban 10.0.0.1", 0, "Lifted 1", bans, ""},
