@@ -74,7 +74,6 @@ class App {
   DatabaseConnection& serverdb() { return myDatabase; }
   LocationLookup& Locations() { return myLocations; }
   // Valid once the settings are loaded.
-  const Rules& RulesInForce() const { return *myRules; }
   NetworksTable& NetworkRecords() { return *myNetworkRecords; }
   VersionChecker& Updates() { return *myUpdates; }
   HttpClient& Http() { return myHttp; }

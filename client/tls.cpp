@@ -41,7 +41,7 @@ std::optional<QByteArray> ParseFingerprint(const QString& text) {
 }
 
 void ConnectTls(QSslSocket& socket, const QString& host, std::uint16_t port, const Tls& tls) {
-  // With a fingerprint, whatever authorities say does not matter.
+  // A pinned fingerprint decides alone.
   if (!tls.fingerprint.isEmpty()) socket.setPeerVerifyMode(QSslSocket::QueryPeer);
   socket.connectToHostEncrypted(host, port, tls.name.isEmpty() ? host : tls.name);
 }

@@ -41,7 +41,7 @@ def connect_encrypted(port: int, address: str = "127.0.0.1") -> ssl.SSLSocket:
 
 
 class Proxy:
-    """A proxy on a port of its own, in front of the running server of a data folder. Its files lie
+    """A proxy on a separate port, in front of the running server of a data folder. Its files lie
     there, too."""
 
     def __init__(self, name: str, programs: Path, folder: Path):

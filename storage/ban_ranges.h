@@ -29,7 +29,7 @@ struct BanRange {
 
 // The bans of address ranges, which may overlap: the table "ban_ranges", which is made when it is
 // missing and first needed, and the ranges that the database refused. Those wait as bans do (Bans),
-// in a file of their own, and are tried again each second. Ranges are asked in memory; what another
+// in their own file, and are tried again each second. Ranges are asked in memory; what another
 // program changes counts from the next start. Borrows the connection. Needs a QCoreApplication.
 class BanRanges {
  public:

@@ -1,4 +1,4 @@
-"""Faults around a step of the play, and trials, which are steps with a script of their own."""
+"""Faults around a step of the play, and trials, which are steps with their own script."""
 
 import contextlib
 import fcntl

@@ -10,7 +10,7 @@
 
 namespace corvane::swarm {
 
-// Carries the connections of this process to a server through TLS, each in one of its own and, if
+// Carries the connections of this process to a server through TLS, each in a separate one and, if
 // the server is on this machine, from the same source address. Works on a thread. Prints why a
 // connection could not be made and ends it.
 class TlsTunnel {
