@@ -179,17 +179,17 @@ void MapWindow::WireActions() {
 }
 
 void MapWindow::RestoreLayout() {
-  restoreGeometry(mySettings.Layout("window"));
-  restoreState(mySettings.Layout("bars"));
-  myColumns->restoreState(mySettings.Layout("columns"));
-  myRows->restoreState(mySettings.Layout("rows"));
+  restoreGeometry(mySettings.Stored("window"));
+  restoreState(mySettings.Stored("bars"));
+  myColumns->restoreState(mySettings.Stored("columns"));
+  myRows->restoreState(mySettings.Stored("rows"));
 }
 
 void MapWindow::SaveLayout() {
-  mySettings.SetLayout("window", saveGeometry());
-  mySettings.SetLayout("bars", saveState());
-  mySettings.SetLayout("columns", myColumns->saveState());
-  mySettings.SetLayout("rows", myRows->saveState());
+  mySettings.Store("window", saveGeometry());
+  mySettings.Store("bars", saveState());
+  mySettings.Store("columns", myColumns->saveState());
+  mySettings.Store("rows", myRows->saveState());
 }
 
 void MapWindow::closeEvent(QCloseEvent* event) {

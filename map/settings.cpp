@@ -9,7 +9,7 @@ namespace {
 
 constexpr QLatin1String kRecent("recent");
 constexpr QLatin1String kPictures("pictures");
-constexpr QLatin1String kLayouts("places/");
+constexpr QLatin1String kStored("stored/");
 
 QString PictureGroup(int facet) {
   return kPictures + '/' + QString::number(facet);
@@ -110,12 +110,12 @@ QList<int> Settings::Pictured() const {
   return facets;
 }
 
-QByteArray Settings::Layout(const QString& of) const {
-  return mySettings.value(kLayouts + of).toByteArray();
+QByteArray Settings::Stored(const QString& name) const {
+  return mySettings.value(kStored + name).toByteArray();
 }
 
-void Settings::SetLayout(const QString& of, const QByteArray& layout) {
-  mySettings.setValue(kLayouts + of, layout);
+void Settings::Store(const QString& name, const QByteArray& bytes) {
+  mySettings.setValue(kStored + name, bytes);
 }
 
 }  // namespace corvane::map

@@ -42,9 +42,9 @@ class Settings {
   // The facets with a picture, ascending.
   QList<int> Pictured() const;
 
-  // The stored state of a window, its tool bars or a splitter.
-  QByteArray Layout(const QString& of) const;
-  void SetLayout(const QString& of, const QByteArray& layout);
+  // Bytes that a part of the map keeps: a window's layout, a feature's options.
+  QByteArray Stored(const QString& name) const;
+  void Store(const QString& name, const QByteArray& bytes);
 
  private:
   mutable QSettings mySettings;
