@@ -8,6 +8,7 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QTimer>
 
 #include "app/write_faults.h"
 #include "framework/exceptions.h"
@@ -160,6 +161,7 @@ void App::LoadServerSocket() {
     myLoop.GiveWay();
   }
   listener.CallStatusMessage({"Listening..."});
+  listener.Context.events.Raise({.kind = ServerEvent::Kind::Started});
   if (!listener.IsListening()) WriteErrorLine(WhyNotListening(listener));
 }
 
@@ -185,6 +187,12 @@ int App::Run(int (*exec)(), std::function<void()> open) {
       Qt::QueuedConnection);
   QObject::connect(qApp, &QCoreApplication::aboutToQuit,
                    [] { NotifyServiceManager(ServiceState::Stopping); });
+  // Qt's loop runs the sockets, too: while the timer fires, they are served.
+  QTimer watchdog;
+  QObject::connect(&watchdog, &QTimer::timeout, [] { NotifyServiceManager(ServiceState::Alive); });
+  if (const auto interval = WatchdogInterval()) {
+    watchdog.start(std::chrono::duration_cast<std::chrono::milliseconds>(*interval / 3));
+  }
   const int code = exec();
   myLog.WriteAudit("Ended with code " + std::to_string(code));
   return code;
@@ -195,7 +203,10 @@ void App::QuitFor(const std::string& actor) {
 }
 
 void App::Quit(int code) {
-  myIsQuitting = true;
+  const bool isFirst = !std::exchange(myIsQuitting, true);
+  if (isFirst && myListener) {
+    myListener->Context.events.Raise({.kind = ServerEvent::Kind::Stopping});
+  }
   myLoop.Finish();
   QCoreApplication::exit(code);
 }

@@ -25,6 +25,7 @@ void LineWriter::WriteLine(std::string_view line) {
   if (myKept.size() + line.size() >= kMaxKept && myIsTaken) WriteKept();
   if (myKept.size() + line.size() >= kMaxKept) {
     ++myDropped;
+    ++myAllDropped;
     return;
   }
   ReportDropped();

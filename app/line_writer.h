@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -27,6 +28,8 @@ class LineWriter {
   void WriteLine(std::string_view line);
   // Writes the kept lines now, as much as the sink takes.
   void WriteKept();
+  // Lines dropped since the start.
+  std::uint64_t Dropped() const { return myAllDropped; }
 
  private:
   void WriteInTime();
@@ -34,7 +37,8 @@ class LineWriter {
 
   Sink mySink;
   std::string myKept;
-  std::size_t myDropped = 0;
+  std::size_t myDropped = 0;  // not reported yet
+  std::uint64_t myAllDropped = 0;
   bool myIsTaken = true;  // the last write took something
   bool myClosed = false;
   CoalescingTimer myWriting;

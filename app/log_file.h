@@ -23,6 +23,8 @@ class LogFile {
   // As LineWriter::WriteLine.
   void WriteLine(std::string_view line) { myLines.WriteLine(line); }
 
+  std::uint64_t Dropped() const { return myLines.Dropped(); }
+
   // Flushes to the open file, then opens the file of this name again, which is a new one if another
   // program has rotated the log.
   void Reopen();

@@ -13,6 +13,8 @@
 namespace corvane {
 namespace {
 
+using Kind = ServerEvent::Kind;
+
 // The issuer of bans.
 const std::string kName = "Server Admin";
 
@@ -66,6 +68,14 @@ const DatabaseConnection& Operator::Database() const {
   return myApp.serverdb();
 }
 
+ServerEvents& Operator::Events() const {
+  return myListener.Context.events;
+}
+
+bool Operator::TakesWrites() {
+  return myApp.serverdb().TakesWrites();
+}
+
 AppSettings& Operator::Settings() const {
   return myApp.Settings();
 }
@@ -86,9 +96,14 @@ const std::vector<NetworkRef>& Operator::Networks() const {
   return myListener.Networks;
 }
 
+void Operator::Raise(Kind kind, const ServerNetworks& network) {
+  Events().Raise({.kind = kind, .network = network.NetworkName});
+}
+
 void Operator::AddToList(const NetworkRef& network) {
   myListener.Networks.push_back(network);
   NetworkAdded(network);
+  Raise(Kind::NetworkAdded, *network);
 }
 
 bool Operator::AddNetwork(const std::string& name, const std::string& password,
@@ -102,6 +117,7 @@ bool Operator::ChangeNetwork(ServerNetworks& network, const std::string& passwor
                              std::int32_t maxUsers, bool enabled) {
   LogAction({"change network ", Quoted(network.NetworkName)});
   SetTerms(network, password, maxUsers, enabled);
+  Raise(Kind::NetworkChanged, network);
   return myApp.NetworkRecords().Change(network.NetworkName, password, maxUsers, enabled);
 }
 
@@ -110,6 +126,7 @@ bool Operator::DeleteNetwork(const NetworkRef& network) {
   myListener.RemoveNetwork(network);
   const bool isStored = myApp.NetworkRecords().Delete(network->NetworkName);
   NetworkRemoved(network);
+  Raise(Kind::NetworkRemoved, *network);
   return isStored;
 }
 
@@ -139,10 +156,12 @@ void Operator::ApplyChanges(const NetworkChanges& changes) {
     LogAction({"reload: removed network ", Quoted(network->NetworkName)});
     myListener.RemoveNetwork(network);
     NetworkRemoved(network);
+    Raise(Kind::NetworkRemoved, *network);
   }
   for (const auto& [network, stored] : changes.changed) {
     LogAction({"reload: changed network ", Quoted(network->NetworkName)});
     SetTerms(*network, stored->Password, stored->MaxUsers, stored->Enabled);
+    Raise(Kind::NetworkChanged, *network);
   }
   for (const NetworkRef& network : changes.added) {
     LogAction({"reload: added network ", Quoted(network->NetworkName)});
@@ -209,6 +228,10 @@ std::vector<std::string> Operator::SessionsIn(const AddressRange& range) const {
   return peers;
 }
 
+void Operator::RaiseLifted(const std::string& what) {
+  Events().Raise({.kind = Kind::Lifted, .by = myActor, .text = what});
+}
+
 void Operator::EndRanges() {
   Bans& bans = myListener.Context.bans;
   std::vector<std::int64_t> ids;
@@ -222,6 +245,7 @@ void Operator::EndRanges() {
     LogAction(
         {"lift range ", std::to_string(ban.id), ", ", TextOf(ban.range), ", which has ended"});
     myListener.CallStatusMessage({TextOf(ban.range), " Unbanned: the ban has ended"});
+    RaiseLifted(TextOf(ban.range));
   }
 }
 
@@ -238,6 +262,7 @@ void Operator::EndBans() {
   for (const corvane::Ban& ban : *ended) {
     LogAction({"lift ban ", std::to_string(ban.id), " of ", ban.address, ", which has ended"});
     myListener.CallStatusMessage({Quoted(ban.address), " Unbanned: the ban has ended"});
+    RaiseLifted(ban.address);
   }
 }
 
@@ -288,7 +313,9 @@ std::optional<corvane::Ban> Operator::FindBan(std::int64_t number) {
 
 bool Operator::LiftBans(const std::vector<std::int64_t>& ids) {
   LogAction({"lift bans ", Numbers(ids)});
-  return myListener.Context.bans.Lift(ids);
+  if (!myListener.Context.bans.Lift(ids)) return false;
+  RaiseLifted("bans " + Numbers(ids));
+  return true;
 }
 
 std::vector<corvane::BanRange> Operator::BannedRanges() {
@@ -300,7 +327,9 @@ std::vector<corvane::BanRange> Operator::BannedRanges() {
 
 bool Operator::LiftRanges(const std::vector<std::int64_t>& ids) {
   LogAction({"lift ranges ", Numbers(ids)});
-  return myListener.Context.bans.LiftRanges(ids);
+  if (!myListener.Context.bans.LiftRanges(ids)) return false;
+  RaiseLifted("ranges " + Numbers(ids));
+  return true;
 }
 
 std::optional<std::vector<AdminsTable::Admin>> Operator::Admins() {

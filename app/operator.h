@@ -13,6 +13,7 @@
 #include "framework/message_box.h"
 #include "framework/signal.h"
 #include "framework/status_line.h"
+#include "server/server_events.h"
 #include "server/server_networks.h"
 #include "storage/admins_table.h"
 #include "storage/ban.h"
@@ -69,6 +70,10 @@ class Operator {
   // For reading only; changes go through the methods below.
   const MapSocket& Listener() const { return myListener; }
   const DatabaseConnection& Database() const;
+  // What happens on the server.
+  ServerEvents& Events() const;
+  // Whether the database could be changed now. If not, StoreError() says why.
+  bool TakesWrites();
   AppSettings& Settings() const;
   PollLoop& Loop() const;
   ServerLog& Log() const;
@@ -162,6 +167,8 @@ class Operator {
 
  private:
   void AddToList(const NetworkRef& network);
+  void Raise(ServerEvent::Kind kind, const ServerNetworks& network);
+  void RaiseLifted(const std::string& what);
   // Lift the bans and ranges that have ended.
   void EndBans();
   void EndRanges();

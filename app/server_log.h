@@ -31,6 +31,8 @@ class ServerLog {
 
   // Opens the files again, for programs that rotate logs.
   void Reopen();
+  // Lines that the file has not taken, since the start.
+  std::uint64_t Dropped() const { return myFile.Dropped() + myAudit.Dropped(); }
   std::vector<std::string> Last(std::size_t count) { return myFile.Last(count); }
 
  private:

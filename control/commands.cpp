@@ -33,6 +33,7 @@ Commands::Commands(Operator& op)
       myBanActions(op),
       myEntries{
           {"status", std::bind_front(&Questions::Status, &myQuestions)},
+          {"metrics", std::bind_front(&Questions::Metrics, &myQuestions)},
           {"users", std::bind_front(&Questions::Users, &myQuestions)},
           {"networks", std::bind_front(&Questions::Networks, &myQuestions)},
           {"bans", std::bind_front(&Questions::Bans, &myQuestions)},
@@ -61,9 +62,11 @@ Commands::Commands(Operator& op)
           {"set", std::bind_front(&Actions::Set, &myActions)},
           {"reload", std::bind_front(&Commands::Reload, this)},
           {"backup", std::bind_front(&Commands::MakeBackup, this)},
+          {"events", std::bind_front(&Commands::Events, this)},
           {"log", std::bind_front(&Commands::Log, this)},
           {"quit", std::bind_front(&Commands::Quit, this)},
       },
+      myEvents(op.Events()),
       myLines(myLog.Written.Connect([this](const std::string& line) { SendToFollowers(line); })) {}
 
 void Commands::Run(ControlConnection& client, const QByteArray& line) {
@@ -73,10 +76,6 @@ void Commands::Run(ControlConnection& client, const QByteArray& line) {
     myClient = &client;
     const QByteArray answer = Execute(request);
     if (!answer.isEmpty()) client.Answer(answer);
-    if (request.Flag("follow")) {
-      client.StartFollowing();
-      myFollowers.emplace_back(&client);
-    }
   } catch (const Refused& refused) {
     client.Answer(RefusalLine(refused.what(), refused.fields));
   }
@@ -142,7 +141,18 @@ QByteArray Commands::Log(const Request& request) {
   QJsonArray lines;
   for (const std::string& line : myLog.Last(static_cast<std::size_t>(count)))
     lines.append(DisplayText(line));
+  if (request.Flag("follow")) {
+    myClient->StartFollowing();
+    myFollowers.emplace_back(myClient);
+  }
   return DoneLine(QJsonObject{{"lines", lines}});
+}
+
+QByteArray Commands::Events(const Request& request) {
+  if (!request.Flag("follow")) throw Misused("events are shown as they happen: use --follow");
+  myEvents.Follow(*myClient, DisplayText(request.OptionalText("types").value_or("")));
+  myClient->StartFollowing();
+  return DoneLine(QJsonObject{{"lines", QJsonArray()}});
 }
 
 QByteArray Commands::Reload(const Request& request) {

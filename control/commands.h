@@ -12,6 +12,7 @@
 #include "control/backup.h"
 #include "control/ban_actions.h"
 #include "control/control_connection.h"
+#include "control/event_feed.h"
 #include "control/questions.h"
 #include "control/request.h"
 #include "framework/signal.h"
@@ -50,6 +51,7 @@ class Commands {
   QByteArray Execute(const Request& request);
   QByteArray MakeBackup(const Request& request);
   QByteArray Log(const Request& request);
+  QByteArray Events(const Request& request);
   QByteArray Reload(const Request& request);
   QByteArray Quit(const Request& request);
 
@@ -59,9 +61,10 @@ class Commands {
   Actions myActions;
   BanActions myBanActions;
   const std::vector<Entry> myEntries;
-  std::vector<QPointer<ControlConnection>> myFollowers;
-  ControlConnection* myClient = nullptr;  // sent the current request
-  std::unique_ptr<Backup> myBackup;       // null if none is being made
+  EventFeed myEvents;
+  std::vector<QPointer<ControlConnection>> myFollowers;  // of the log
+  ControlConnection* myClient = nullptr;                 // sent the current request
+  std::unique_ptr<Backup> myBackup;                      // null if none is being made
   const SignalConnection myLines;
 };
 

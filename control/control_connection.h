@@ -34,11 +34,12 @@ class ControlConnection : public QObject {
   // From now on the client gets the lines of SendFollowed.
   void StartFollowing();
   void SendFollowed(const QByteArray& line);
+  // Whether it has left more than 1 MiB unread.
+  bool IsBehind() const;
 
  private:
   void ScheduleRequest();
   void TakeRequest();
-  bool IsBehind() const;
   void Send(const QByteArray& line);
   void SendGathered();
 

@@ -1,5 +1,6 @@
 #include "control/questions.h"
 
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -12,7 +13,8 @@
 #include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
-#include "control/process_memory.h"
+#include "control/metrics.h"
+#include "control/process_resources.h"
 #include "framework/dates.h"
 #include "framework/text.h"
 #include "net/poll_loop.h"
@@ -23,6 +25,8 @@
 
 namespace corvane {
 namespace {
+
+constexpr std::chrono::seconds kMaxPass{1};
 
 QString Endpoint(const QString& address, const MapSocket& listener) {
   return address + ':' + QString::number(listener.Port());
@@ -63,9 +67,24 @@ QJsonObject WithEnd(QJsonObject row, const QDateTime& until, const QDateTime& no
 
 }  // namespace
 
-Questions::Questions(Operator& op) : myOperator(op), myRates(op.Loop().Counts()) {}
+Questions::Questions(Operator& op)
+    : myOperator(op), myRates(op.Loop().Counts(), op.Loop().Passes()) {}
 
-QByteArray Questions::Status(const Request&) {
+void Questions::Check() {
+  if (!myOperator.Listener().IsListening()) throw Refused("the server does not listen");
+  const auto longest = myRates.Now().longestPass;
+  if (longest >= kMaxPass) {
+    const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(longest).count();
+    throw Refused("the server is slow: a pass took " + std::to_string(milliseconds) + " ms");
+  }
+  if (!myOperator.TakesWrites()) RefuseForDatabase(myOperator);
+}
+
+QByteArray Questions::Status(const Request& request) {
+  if (request.Flag("check")) {
+    Check();
+    return DoneLine("The server works.");
+  }
   QJsonArray networks;
   for (const NetworkRef& network : myOperator.Networks())
     networks.append(NetworkRow(*network));
@@ -90,6 +109,12 @@ QByteArray Questions::Status(const Request&) {
       {"sent-per-second", qRound64(rate.sent)},
       {"networks", networks},
   });
+}
+
+QByteArray Questions::Metrics(const Request& request) {
+  const std::string server = request.OptionalText("server").value_or("");
+  const QString text = QString::fromStdString(MetricsText(myOperator, server)).trimmed();
+  return DoneLine(QJsonObject{{"lines", QJsonArray::fromStringList(text.split('\n'))}});
 }
 
 QByteArray Questions::Users(const Request& request) {

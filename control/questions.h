@@ -17,7 +17,9 @@ class Questions {
  public:
   explicit Questions(Operator& op);
 
+  // With "check", whether the server works: refused with what does not.
   QByteArray Status(const Request& request);
+  QByteArray Metrics(const Request& request);
   QByteArray Users(const Request& request);
   QByteArray Networks(const Request& request);
   QByteArray Bans(const Request& request);
@@ -27,6 +29,8 @@ class Questions {
   QByteArray Tunnel(const char* file, const Request& request);
 
  private:
+  void Check();
+
   Operator& myOperator;
   Rates myRates;
   const QDateTime myStart = QDateTime::currentDateTimeUtc();

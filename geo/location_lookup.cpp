@@ -73,10 +73,12 @@ std::unique_ptr<HttpTransfer> LocationLookup::Find(const std::string& address,
     finish(std::move(location));
     return nullptr;
   }
+  ++myLookups;
   return myPages.Get(
       RequestAbout(address, myLocatorAddress,
                    "/IpLocator.htm?GetLocation&template=php3.txt&IpAddress=", kPageTimeout),
-      [known, finish](const HttpReply& page) {
+      [this, known, finish](const HttpReply& page) {
+        if (!page.succeeded) ++myFailedLookups;
         ClientLocation location = known;
         ReadLocationPage({page.body.constData(), static_cast<std::size_t>(page.body.size())},
                          location);

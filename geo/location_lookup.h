@@ -52,6 +52,10 @@ class LocationLookup {
   [[nodiscard]] std::unique_ptr<HttpTransfer> Find(const std::string& address,
                                                    const ClientLocation& known, Found found);
 
+  // Since the start: pages that the locator service was asked for, and those that did not come.
+  std::uint64_t Lookups() const { return myLookups; }
+  std::uint64_t FailedLookups() const { return myFailedLookups; }
+
  private:
   void StartFlagDownload(const std::string& address);
   // The file's content, empty if there is none. As long as it does not change, all clients share
@@ -68,6 +72,8 @@ class LocationLookup {
   std::map<std::uint64_t, std::unique_ptr<HttpTransfer>> myDownloads;
   std::uint64_t myDownloadNumber = 0;
   QByteArray myFlag;
+  std::uint64_t myLookups = 0;
+  std::uint64_t myFailedLookups = 0;
 };
 
 }  // namespace corvane

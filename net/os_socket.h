@@ -54,6 +54,8 @@ int UseAddressExclusively(SocketHandle handle);
 int Bind(SocketHandle handle, const Endpoint& endpoint);
 int Listen(SocketHandle handle, int backlog);
 Accepted Accept(SocketHandle listener);
+// How many connections wait to be accepted; 0 where the system does not say.
+std::uint32_t AcceptBacklog(SocketHandle listener);
 
 // Starts to connect and returns 0 while that is in progress. When the socket is writable,
 // PendingError returns the outcome.

@@ -66,6 +66,14 @@ void TolerateFullPeer(SocketHandle handle, bool tolerates) {
   SetOption(handle, IPPROTO_TCP, TCP_USER_TIMEOUT, tolerates ? 0 : kMaxUnacknowledged);
 }
 
+std::uint32_t AcceptBacklog(SocketHandle listener) {
+  tcp_info info{};
+  socklen_t length = sizeof info;
+  // Of a listener this field is the length of its queue.
+  const bool isKnown = getsockopt(Descriptor(listener), IPPROTO_TCP, TCP_INFO, &info, &length) == 0;
+  return isKnown ? info.tcpi_unacked : 0;
+}
+
 bool IsPeerGone(SocketHandle handle) {
   tcp_info info{};
   socklen_t length = sizeof info;

@@ -82,6 +82,10 @@ const int kOutOfDescriptors = WSAEMFILE;
 // probes.
 void TolerateFullPeer(SocketHandle /*handle*/, bool /*tolerates*/) {}
 
+std::uint32_t AcceptBacklog(SocketHandle /*listener*/) {
+  return 0;
+}
+
 bool IsPeerGone(SocketHandle /*handle*/) {
   return false;
 }

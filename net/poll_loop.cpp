@@ -64,8 +64,12 @@ void PollLoop::RunSlice() {
   if (myIsInSlice || myIsStopped) return;
   try {
     const QScopedValueRollback inSlice(myIsInSlice, true);
-    const auto end = Clock::now() + kSlice;
-    while (RunPass(end) && Clock::now() < end) {
+    auto begin = Clock::now();
+    const auto end = begin + kSlice;
+    while (begin < end && RunPass(end)) {
+      const auto now = Clock::now();
+      myPasses.Add(now - begin);
+      begin = now;
     }
     RunBeforeFlush();
     Flush(Clock::now() + kSlice);

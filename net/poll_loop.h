@@ -14,6 +14,7 @@
 
 #include "net/connection_memory.h"
 #include "net/delayed_calls.h"
+#include "net/pass_times.h"
 #include "net/poller.h"
 #include "net/streams.h"
 #include "net/traffic_counts.h"
@@ -76,6 +77,7 @@ class PollLoop {
 
   ConnectionMemory& Memory() { return myMemory; }
   TrafficCounts& Counts() { return myCounts; }
+  PassTimes& Passes() { return myPasses; }
 
   // The rest is for the sockets.
 
@@ -117,6 +119,7 @@ class PollLoop {
   DelayedCalls myDelayedCalls;
   std::vector<char> myScratch;
   TrafficCounts myCounts;
+  PassTimes myPasses;
 
   std::deque<std::shared_ptr<SocketCore>> myPending;  // whose event pass is due
   std::deque<std::shared_ptr<SocketCore>> myEnding;   // the same for those whose peer has ended

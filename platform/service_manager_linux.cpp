@@ -19,6 +19,8 @@ std::string MessageFor(ServiceState state) {
       return "READY=1";
     case ServiceState::Stopping:
       return "STOPPING=1";
+    case ServiceState::Alive:
+      return "WATCHDOG=1";
     case ServiceState::Reloading:
       break;
   }
@@ -29,6 +31,13 @@ std::string MessageFor(ServiceState state) {
 }
 
 }  // namespace
+
+std::optional<std::chrono::microseconds> WatchdogInterval() {
+  const char* const text = std::getenv("WATCHDOG_USEC");
+  const long long interval = text == nullptr ? 0 : std::atoll(text);
+  if (interval <= 0) return std::nullopt;
+  return std::chrono::microseconds(interval);
+}
 
 void NotifyServiceManager(ServiceState state) {
   const char* const place = std::getenv("NOTIFY_SOCKET");

@@ -5,4 +5,8 @@ namespace corvane {
 // The server is not a service on Windows.
 void NotifyServiceManager(ServiceState) {}
 
+std::optional<std::chrono::microseconds> WatchdogInterval() {
+  return std::nullopt;
+}
+
 }  // namespace corvane

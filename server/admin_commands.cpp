@@ -156,7 +156,11 @@ void AdminCommands::LiftBan(std::string_view id) {
     if (!ban || !IsOfAdmins(*ban, *mySession.myNetwork)) return;
   }
   // The command has no answer, whether it worked or not.
-  std::ignore = myContext.bans.Lift({whole});
+  if (!myContext.bans.Lift({whole})) return;
+  myContext.events.Raise({.kind = ServerEvent::Kind::Lifted,
+                          .network = mySession.NetworkName(),
+                          .by = mySession.Username(),
+                          .text = id});
 }
 
 }  // namespace corvane

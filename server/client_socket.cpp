@@ -11,6 +11,7 @@
 #include "framework/text.h"
 #include "framework/visible_text.h"
 #include "geo/location_lookup.h"
+#include "net/os_socket.h"
 #include "net/poll_loop.h"
 #include "platform/processor_time.h"
 #include "server/map_socket.h"
@@ -18,6 +19,8 @@
 
 namespace corvane {
 namespace {
+
+using Kind = ServerEvent::Kind;
 
 // The delay after a failed step doubles from the first to the longest.
 constexpr int kFreeFailures = 10;
@@ -44,6 +47,11 @@ std::int32_t Ticks() {
   using TickCount = std::chrono::duration<std::int64_t, std::ratio<1, 60>>;
   const auto elapsed = std::chrono::floor<TickCount>(PollLoop::Clock::now() - programStart);
   return static_cast<std::int32_t>(static_cast<std::uint32_t>(elapsed.count()));
+}
+
+Kind EndFor(std::int32_t code) {
+  if (code == os::kNoBuffers) return Kind::LeftBehind;
+  return code == os::kTimedOut ? Kind::LeftSilent : Kind::LeftByItself;
 }
 
 }  // namespace
@@ -91,6 +99,7 @@ void ClientSocket::Greet(const ClientLocation& location) {
     const BanRange* const range = myContext.bans.RangeOf(RemoteAddress());
     const bool hasReason = range != nullptr && !range->reason.empty();
     SendNotice(wire::kBanned, hasReason ? range->reason : wire::kBannedText);
+    myContext.events.Raise({.kind = Kind::Banned, .address = RemoteAddress()});
     ReportStatus({RemoteAddress(), ": Client Previously Banned."});
   } else {
     myState = State::WaitingNetwork;
@@ -101,6 +110,7 @@ void ClientSocket::Greet(const ClientLocation& location) {
 }
 
 void ClientSocket::Error(std::int32_t code) {
+  myEnd = EndFor(code);
   ReportStatus({"Client Disconnect: (", std::to_string(code), ") ", Quoted(myUsername)});
   Close();
 }
@@ -141,7 +151,10 @@ void ClientSocket::Leave() {
   const bool wasLoggedIn = std::exchange(myState, State::Gone) == State::LoggedIn;
   myContext.deadlines.End(myDeadline);
   myLookup.reset();
-  if (wasLoggedIn) myParent.CallUserLoggedOut(*this);
+  if (wasLoggedIn) {
+    myParent.CallUserLoggedOut(*this);
+    myContext.events.Raise({myEnd, myUsername, NetworkName(), RemoteAddress()});
+  }
   myParent.ClientDisconnect(*this);
   mySeat.Release();
 }
@@ -212,7 +225,7 @@ PollLoop::Clock::duration ClientSocket::PasswordWait() {
 }
 
 void ClientSocket::ChooseNetwork(std::string_view name) {
-  if (myState == State::LoggedIn) return RefuseNetwork(name);
+  if (myState == State::LoggedIn) return RefuseNetwork(name, Kind::OutOfTurn);
   if (NetworkRef network = myParent.FindNetwork(name); network != myNetwork) {
     const Roster::Change change(myContext.roster, *this);
     myNetwork = std::move(network);
@@ -224,13 +237,13 @@ void ClientSocket::ChooseNetwork(std::string_view name) {
     SendMessage(wire::kPassword, wire::kOk);
   } else {
     myState = State::WaitingNetwork;
-    RefuseNetwork(name);
+    RefuseNetwork(name, myNetwork == nullptr ? Kind::UnknownNetwork : Kind::NoSeat);
   }
 }
 
 void ClientSocket::CheckPassword(std::string_view digest) {
   if (myState != State::WaitingPassword && myState != State::WaitingUserName) {
-    return RefusePassword();
+    return RefusePassword(Kind::OutOfTurn);
   }
   const bool isRight = IsPasswordDigest(digest);
   if (!isRight) myContext.addresses.NoteWrongPassword(RemoteAddress());
@@ -240,16 +253,17 @@ void ClientSocket::CheckPassword(std::string_view digest) {
     SendMessage(wire::kUserName, wire::kOk);
   } else {
     myState = State::WaitingPassword;
-    RefusePassword();
+    RefusePassword(isRight ? Kind::NoSeat : Kind::WrongPassword);
     mySeat.Release();
   }
 }
 
 void ClientSocket::TakeName(std::string_view userName) {
-  if (myState != State::WaitingUserName) return RefuseName(userName);
+  if (myState != State::WaitingUserName) return RefuseName(userName, Kind::OutOfTurn);
   std::optional<std::string> folded;
   if (MayBeTaken(userName)) folded = FoldText(userName);
-  if (folded && CanLogin(*folded) && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
+  const bool isFree = folded && CanLogin(*folded);
+  if (isFree && (mySeat.IsHeld() || mySeat.Take(myNetwork))) {
     myFailedSteps = 0;
     LimitMessages(myContext.rules.maxMessageAfterLogin);
     LimitRateUnlessTrusted(myContext.rules.rateAfterLogin);
@@ -258,9 +272,10 @@ void ClientSocket::TakeName(std::string_view userName) {
     ReportStatus({RemoteAddress(), ": User Logged In (", Quoted(userName), ")"});
     EnterAs(userName, std::move(*folded));
     myParent.CallUserLoggedIn(*this);
+    myContext.events.Raise({Kind::Login, myUsername, NetworkName(), RemoteAddress()});
     SendMessage(wire::kReport, wire::kOk);
   } else {
-    RefuseName(userName);
+    RefuseName(userName, isFree ? Kind::NoSeat : Kind::WrongName);
     mySeat.Release();
   }
 }
@@ -272,21 +287,25 @@ bool ClientSocket::MayBeTaken(std::string_view userName) const {
                                       VisibleText(userName) == DisplayText(userName));
 }
 
-void ClientSocket::RefuseNetwork(std::string_view name) {
-  Refuse(wire::kPassword, {RemoteAddress(), ": Network Fail (", Quoted(name), ")"});
+void ClientSocket::RefuseNetwork(std::string_view name, Kind why) {
+  Refuse(wire::kPassword, {why, {}, name, RemoteAddress()},
+         {RemoteAddress(), ": Network Fail (", Quoted(name), ")"});
 }
 
-void ClientSocket::RefusePassword() {
-  Refuse(wire::kUserName, {RemoteAddress(), ": Login Failed."});
+void ClientSocket::RefusePassword(Kind why) {
+  Refuse(wire::kUserName, {why, {}, NetworkName(), RemoteAddress()},
+         {RemoteAddress(), ": Login Failed."});
 }
 
-void ClientSocket::RefuseName(std::string_view userName) {
-  Refuse(wire::kReport, {RemoteAddress(), ": Bad Username (", Quoted(userName), ")"});
+void ClientSocket::RefuseName(std::string_view userName, Kind why) {
+  Refuse(wire::kReport, {why, userName, NetworkName(), RemoteAddress()},
+         {RemoteAddress(), ": Bad Username (", Quoted(userName), ")"});
 }
 
-void ClientSocket::Refuse(std::int32_t answer, StatusParts line) {
+void ClientSocket::Refuse(std::int32_t answer, const ServerEvent& event, StatusParts line) {
   SendMessage(answer, wire::kFail);
   ReportStatus(line);
+  myContext.events.Raise(event);
   // The first failed steps cost nothing, so a client that is merely wrong notices nothing.
   const int delays = ++myFailedSteps - kFreeFailures;
   if (delays <= 0) return;

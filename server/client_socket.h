@@ -15,6 +15,7 @@
 #include "server/address_table.h"
 #include "server/admin_commands.h"
 #include "server/seat.h"
+#include "server/server_events.h"
 #include "server/server_networks.h"
 
 namespace corvane {
@@ -139,12 +140,12 @@ class ClientSocket : public EasyTCPSocket {
   void CheckPassword(std::string_view digest);
   void TakeName(std::string_view userName);
   bool IsPasswordDigest(std::string_view digest) const;
-  void RefuseNetwork(std::string_view name);
-  void RefusePassword();
-  void RefuseName(std::string_view userName);
+  void RefuseNetwork(std::string_view name, ServerEvent::Kind why);
+  void RefusePassword(ServerEvent::Kind why);
+  void RefuseName(std::string_view userName, ServerEvent::Kind why);
   // Answers "FAIL" to a step. From the eleventh failed step on the next message waits, longer each
   // time.
-  void Refuse(std::int32_t answer, StatusParts line);
+  void Refuse(std::int32_t answer, const ServerEvent& event, StatusParts line);
 
   void TakeReport(std::string_view data);
   void SendMembers();
@@ -171,6 +172,7 @@ class ClientSocket : public EasyTCPSocket {
   std::optional<PollLoop::Clock::time_point> myMessageTime;  // until when its next message waits
   std::uint64_t myDeadline = 0;
   bool myIsExpectedToLeave = false;
+  ServerEvent::Kind myEnd = ServerEvent::Kind::LeftByServer;  // how it leaves
   bool myAwaitsReaders = false;
   std::string myUsername;
   std::string myFoldedUsername;

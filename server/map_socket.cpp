@@ -25,7 +25,10 @@ MapSocket::~MapSocket() {
 }
 
 bool MapSocket::Event_Accepted(const os::Endpoint& peer) {
-  return Context.addresses.Admit(peer.address);
+  const bool isAdmitted = Context.addresses.Admit(peer.address);
+  if (!isAdmitted)
+    Context.events.Raise({.kind = ServerEvent::Kind::TooMany, .address = peer.address});
+  return isAdmitted;
 }
 
 std::shared_ptr<TCPSocket> MapSocket::Event_AddSocket() {
@@ -38,6 +41,7 @@ void MapSocket::Event_Error(std::int32_t code) {
 
 void MapSocket::Event_HeaderMissing(const os::Endpoint& proxy) {
   Context.addresses.NoteMissingHeader(proxy.address);
+  Context.events.Raise({.kind = ServerEvent::Kind::HeaderMissing, .address = proxy.address});
 }
 
 void MapSocket::Event_HandedOff(const std::shared_ptr<TCPSocket>& socket) {

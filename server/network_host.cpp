@@ -14,6 +14,8 @@
 namespace corvane {
 namespace {
 
+using Kind = ServerEvent::Kind;
+
 constexpr std::string_view kAllNetworks = "(All Networks)";
 
 }  // namespace
@@ -48,6 +50,7 @@ void NetworkHost::DisconnectAllClientsOnNetwork(const NetworkRef& entry) {
 
 void NetworkHost::BroadcastMessage(const std::string& text, const std::string& networkName) {
   if (text.empty()) return;
+  Context.events.Raise({.kind = Kind::Message, .network = networkName, .text = text});
   const SharedBytes packet = MakePacket(wire::kMessage, text);
   const bool toAll = networkName == kAllNetworks;
   const std::string foldedName = FoldText(networkName);
@@ -95,14 +98,23 @@ std::string NetworkHost::ForEachUser(const std::string& userName, const std::str
 }
 
 void NetworkHost::Kick(ClientSocket& target, const std::string& reason) {
-  target.SendNotice(wire::kKicked, reason);
+  NotifyOfKick(target, reason);
   ReportKick(target.Username(), reason);
 }
 
 void NetworkHost::KickUser(const std::string& userName, const std::string& networkName,
                            const std::string& reason) {
-  const auto notify = [&reason](ClientSocket& user) { user.SendNotice(wire::kKicked, reason); };
+  const auto notify = [&](ClientSocket& user) { NotifyOfKick(user, reason); };
   ReportKick(ForEachUser(userName, networkName, notify), reason);
+}
+
+void NetworkHost::NotifyOfKick(ClientSocket& target, const std::string& reason) {
+  target.SendNotice(wire::kKicked, reason);
+  Context.events.Raise({.kind = Kind::Kick,
+                        .user = target.Username(),
+                        .network = target.NetworkName(),
+                        .address = target.RemoteAddress(),
+                        .text = reason});
 }
 
 void NetworkHost::ReportKick(std::string_view userName, const std::string& reason) {
@@ -116,6 +128,8 @@ bool NetworkHost::Ban(const std::string& address, const std::string& by,
   // Before the notice, which may be sent at once: a ban is in force before anybody is notified.
   const bool isStored = Context.bans.Add(address, by, reason, networkName, until);
   if (target != nullptr) target->SendNotice(wire::kBanned, reason);
+  Context.events.Raise({Kind::Ban, target ? target->Username() : std::string_view(), networkName,
+                        address, by, reason});
   CallStatusMessage({Quoted(target ? target->Username() : address), " Banned: ", reason});
   return isStored;
 }
@@ -124,6 +138,7 @@ bool NetworkHost::BanRange(const AddressRange& range, const std::string& reason,
                            const QDateTime& until) {
   const bool isStored = Context.bans.AddRange(range, reason, until);
   CallStatusMessage({TextOf(range), " Banned: ", reason});
+  Context.events.Raise({.kind = Kind::Ban, .address = TextOf(range), .text = reason});
   for (const auto& session : SessionsIn(range)) {
     session->SendNotice(wire::kBanned, reason.empty() ? wire::kBannedText : reason);
     session->Close();

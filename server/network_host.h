@@ -81,6 +81,7 @@ class NetworkHost : public ServerSocket {
   // session that it examined, matching or not.
   std::string ForEachUser(const std::string& userName, const std::string& networkName,
                           const std::function<void(ClientSocket&)>& act);
+  void NotifyOfKick(ClientSocket& target, const std::string& reason);
   void ReportKick(std::string_view userName, const std::string& reason);
 };
 

@@ -23,8 +23,9 @@ void Outbox::Add(const std::shared_ptr<ClientSocket>& sender, std::string_view p
   if (sender->Username().empty() || sender->HandOffNumber() == 0) myIsNameShared = true;
 }
 
-void Outbox::Deliver(const Members& members) {
-  if (DeliverTo(members)) {
+std::uint64_t Outbox::Deliver(const Members& members) {
+  const std::optional<std::uint64_t> delivered = DeliverTo(members);
+  if (delivered) {
     mySinceLook += myBytes.size();
     if (mySinceLook >= kBytesBetweenLooks && AreMostBehind(members)) HoldSenders();
   } else {
@@ -33,11 +34,13 @@ void Outbox::Deliver(const Members& members) {
       packet.sender->FailForMemory();
   }
   Clear();
+  return delivered.value_or(0);
 }
 
-bool Outbox::DeliverTo(const Members& members) try {
+std::optional<std::uint64_t> Outbox::DeliverTo(const Members& members) try {
   const SharedBytes all = myWriter.Append(myBytes);
-  if (all.Size() < myBytes.size()) return false;
+  if (all.Size() < myBytes.size()) return std::nullopt;
+  std::uint64_t delivered = 0;
   const std::vector<const ClientSocket*> senders = Senders();
   auto next = senders.begin();
   for (const std::shared_ptr<ClientSocket>& member : members) {
@@ -45,14 +48,15 @@ bool Outbox::DeliverTo(const Members& members) try {
       ++next;
     const bool isSender = next != senders.end() && *next == member.get();
     if (isSender || myIsNameShared) {
-      SendOthers(*member, all);
+      delivered += SendOthers(*member, all);
     } else {
       member->SendPackets(all);
+      delivered += myPackets.size();
     }
   }
-  return true;
+  return delivered;
 } catch (const std::bad_alloc&) {
-  return false;
+  return std::nullopt;
 }
 
 bool Outbox::AreMostBehind(const Members& members) {
@@ -101,7 +105,8 @@ void Outbox::Clear() {
   myIsNameShared = false;
 }
 
-void Outbox::SendOthers(ClientSocket& member, const SharedBytes& all) const {
+std::size_t Outbox::SendOthers(ClientSocket& member, const SharedBytes& all) const {
+  std::size_t others = 0;
   std::size_t begin = 0;  // of the bytes not written yet
   std::size_t end = 0;    // of the previous packet
   for (const Packet& packet : myPackets) {
@@ -112,10 +117,13 @@ void Outbox::SendOthers(ClientSocket& member, const SharedBytes& all) const {
     if (isOwn) {
       member.SendPackets(all.SubRange(begin, end - begin));
       begin = packet.end;
+    } else {
+      ++others;
     }
     end = packet.end;
   }
   member.SendPackets(all.SubRange(begin, all.Size() - begin));
+  return others;
 }
 
 }  // namespace corvane

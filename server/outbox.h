@@ -2,7 +2,9 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -31,8 +33,9 @@ class Outbox {
 
   // Writes the packets to the members, which must be in hand-off order, and empties the outbox. If
   // most of the members that read are behind, senders of many bytes wait for them
-  // (ClientSocket::AwaitReaders). If memory runs out, the senders fail.
-  void Deliver(const Members& members);
+  // (ClientSocket::AwaitReaders). If memory runs out, the senders fail. Returns the number of
+  // packets times their recipients.
+  std::uint64_t Deliver(const Members& members);
 
   // Whether most of the members that read are behind. Examines the members again at most every 10
   // ms or 256 KiB, and otherwise returns the last result.
@@ -44,13 +47,14 @@ class Outbox {
     std::size_t end = 0;  // its offset in myBytes
   };
 
-  // False if there is no memory.
-  bool DeliverTo(const Members& members);
+  // As Deliver; none if there is no memory.
+  std::optional<std::uint64_t> DeliverTo(const Members& members);
   // The senders of the packets in hand-off order; some may be there twice.
   std::vector<const ClientSocket*> Senders() const;
   // Makes senders wait if many of their bytes were relayed since they last had to.
   void HoldSenders() const;
-  void SendOthers(ClientSocket& member, const SharedBytes& all) const;
+  // Returns how many packets are others'.
+  std::size_t SendOthers(ClientSocket& member, const SharedBytes& all) const;
   void Clear();
 
   std::string myBytes;

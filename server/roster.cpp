@@ -72,6 +72,7 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
   if (!HasGathered()) myLoop.CallBeforeFlush([this] { Deliver(); });
   if (group.outbox.IsEmpty()) myGathered.push_back(&group);
   group.outbox.Add(sender, packet);
+  ++myReports;
   myGatheredBytes += packet.size() * group.members.Get()->size();
   if (myGatheredBytes >= kMaxDelivery) myLoop.RunBeforeFlush();
 }
@@ -79,7 +80,7 @@ void Roster::Gather(const std::shared_ptr<ClientSocket>& sender, std::string_vie
 void Roster::Deliver() {
   myGatheredBytes = 0;
   for (Group* const group : std::exchange(myGathered, {}))
-    group->outbox.Deliver(*group->members.Get());
+    myDeliveries += group->outbox.Deliver(*group->members.Get());
 }
 
 bool Roster::AreMostBehind(const ServerNetworks& network) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -57,6 +58,10 @@ class Roster {
   void Gather(const std::shared_ptr<ClientSocket>& sender, std::string_view packet);
   bool HasGathered() const { return !myGathered.empty(); }
 
+  // Since the start: reports gathered, and each of them times its recipients.
+  std::uint64_t Reports() const { return myReports; }
+  std::uint64_t Deliveries() const { return myDeliveries; }
+
   // Whether most of the network's members that read are behind (Outbox::AreMostBehind).
   bool AreMostBehind(const ServerNetworks& network);
 
@@ -78,6 +83,8 @@ class Roster {
   std::unordered_map<const ServerNetworks*, Group> myGroups;
   std::vector<Group*> myGathered;   // the groups with an outbox that is not empty
   std::size_t myGatheredBytes = 0;  // that their delivery writes
+  std::uint64_t myReports = 0;
+  std::uint64_t myDeliveries = 0;
   std::unordered_map<std::string, std::size_t> myNames;
 };
 

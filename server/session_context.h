@@ -7,6 +7,7 @@
 #include "server/login_deadlines.h"
 #include "server/roster.h"
 #include "server/rules.h"
+#include "server/server_events.h"
 #include "server/turns.h"
 #include "storage/admins_table.h"
 #include "storage/bans.h"
@@ -29,6 +30,7 @@ struct SessionContext {
         roster(loop) {}
 
   const Rules rules;
+  ServerEvents events;
   LocationLookup& locations;
   Bans bans;
   AdminsTable admins;

@@ -264,6 +264,14 @@ bool DatabaseConnection::Commit() {
   return false;
 }
 
+bool DatabaseConnection::TakesWrites() {
+  // The version is of no use to anybody. Changing it writes the journal, which a full disk or a
+  // read-only folder refuses.
+  const bool takes = Begin() && SQLExecute("PRAGMA user_version=1");
+  Rollback();
+  return takes;
+}
+
 void DatabaseConnection::Rollback() {
   if (myDatabase != nullptr) sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
 }
@@ -302,6 +310,7 @@ bool DatabaseConnection::ReportFault(std::string fault) {
 }
 
 bool DatabaseConnection::ReportFault() {
+  ++myFaults;
   const Clock::time_point now = Clock::now();
   if (myErrorMessage == myLastReported && now < myNextSameReport) return false;
   myLastReported = myErrorMessage;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <memory>
@@ -92,6 +93,12 @@ class DatabaseConnection {
   // Undoes an open transaction and keeps the error.
   void Rollback();
 
+  // Whether the database could be changed now: begins a change and undoes it.
+  [[nodiscard]] bool TakesWrites();
+
+  // Failed changes since the start.
+  std::uint64_t Faults() const { return myFaults; }
+
   // Of the last operation.
   bool Error() const { return myError; }
   const std::string& ErrorMessage() const { return myErrorMessage; }
@@ -127,6 +134,7 @@ class DatabaseConnection {
   std::map<std::string, Statement, std::less<>> myKept;  // by their texts
   bool myError = false;
   std::string myErrorMessage;
+  std::uint64_t myFaults = 0;
   std::string myLastReported;
   Clock::time_point myNextSameReport;
 };

@@ -24,7 +24,16 @@ constexpr Option kCommonOptions[] = {
 };
 
 const std::vector<Command> kCommands = {
-    {"status", "Shows the rules, port, load and networks of the server.", {}},
+    {"status",
+     "Shows the rules, port, load and networks of the server.",
+     {},
+     {{"check", nullptr,
+       "Only check that it answers within 5 s, listens, is quick and can store. Exits with 1 if "
+       "not."}}},
+    {"metrics",
+     "Prints the server's figures in the text format of Prometheus.",
+     {},
+     {{"server", "NAME", "Label each figure with this name, for several servers."}}},
     {"users",
      "Lists the users who are logged in.",
      {},
@@ -157,6 +166,13 @@ const std::vector<Command> kCommands = {
      {},
      {{"lines", "NUMBER", "How many, at most 10000. Default: 20."},
       {"follow", nullptr, "Keep showing new lines as they come."}}},
+    {"events",
+     "Shows what happens on the server, a line or a JSON object each.",
+     {},
+     {{"follow", nullptr, "Keep showing events as they happen; needed."},
+      {"types", "TYPES",
+       "Only these, with commas between: login, leave, refused, kick, ban, lifted, message, "
+       "network, started, stopping."}}},
     {"quit", "Shuts the server down.", {}},
     {.words = "help",
      .description = "Shows all commands, or the help of one.",

@@ -25,7 +25,12 @@ namespace {
 
 enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kNoServer = 3, kNotShown = 4 };
 
-constexpr int kAnswerTimeout = 30'000;  // ms
+// How long a server may take to accept and to answer, in ms. A check takes 5 s at most.
+struct Patience {
+  int connecting = 30'000;
+  int answering = 30'000;
+};
+constexpr Patience kCheckPatience{1'000, 4'000};
 
 int Complain(ExitCode code, const QString& text) {
   std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text.trimmed()));
@@ -56,7 +61,8 @@ void AddPassword(CommandLine& line) {
 // Shows one answer of the server; returns its exit code.
 ExitCode Show(const CommandLine& line, const QByteArray& received, Printer& printer) {
   const QJsonObject answer = QJsonDocument::fromJson(received).object();
-  if (line.json) {
+  const bool beginsEvents = line.request["command"] == "events" && answer.contains("lines");
+  if (line.json && !beginsEvents) {
     printer.PrintJson(received);
   } else {
     printer.Print(*line.command, answer);
@@ -83,8 +89,10 @@ QString Hinted(const QString& folder) {
 
 int Ask(const CommandLine& line, Printer& printer) {
   QStringList folders = Folders(line);
+  const Patience patience = line.request["check"].toBool() ? kCheckPatience : Patience();
   ServerLink server;
-  if (std::ranges::none_of(folders, [&](const QString& folder) { return server.Open(folder); })) {
+  const auto open = [&](const QString& folder) { return server.Open(folder, patience.connecting); };
+  if (std::ranges::none_of(folders, open)) {
     std::ranges::transform(folders, folders.begin(), Hinted);
     return Complain(kNoServer, "there is no server that you may administer in " +
                                    folders.join(" or ") + "; use --data-folder for another folder");
@@ -94,7 +102,7 @@ int Ask(const CommandLine& line, Printer& printer) {
     received = ImportFile(server, line.request);
   } else {
     server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-    received = server.Receive(line.command->isSlow ? -1 : kAnswerTimeout);
+    received = server.Receive(line.command->isSlow ? -1 : patience.answering);
   }
   if (received) {
     const ExitCode code = Show(line, *received, printer);
@@ -116,7 +124,8 @@ int Execute(CommandLine line, Printer& printer) {
     return kDone;
   }
   AddPassword(line);
-  return Ask(line, printer);
+  const int code = Ask(line, printer);
+  return code != kDone && line.request["check"].toBool() ? kRefused : code;
 }
 
 }  // namespace

@@ -76,6 +76,15 @@ QByteArray StatusText(const QJsonObject& answer) {
          RowsText({"name", "users", "max-users", "enabled"}, answer["networks"].toArray());
 }
 
+QByteArray EventText(const QJsonObject& event) {
+  QString text = event["time"].toString() + ' ' + event["type"].toString();
+  for (const char* field : {"reason", "user", "network", "address", "by", "text", "dropped"}) {
+    const QJsonValue value = event[QLatin1String(field)];
+    if (!value.isUndefined()) text += ' ' + QLatin1String(field) + '=' + CellText(value);
+  }
+  return LineText(text);
+}
+
 void PrintError(const QString& text) {
   std::fprintf(stderr, "corvanectl: %s", LineText(text).constData());
 }
@@ -108,6 +117,8 @@ void Printer::Print(const Command& command, const QJsonObject& answer) {
   } else if (answer.contains("lines")) {
     for (const auto& line : answer["lines"].toArray())
       PrintText(LineText(line));
+  } else if (answer.contains("type")) {
+    PrintText(EventText(answer));
   } else if (answer.contains("networks")) {
     PrintText(StatusText(answer));
   } else {

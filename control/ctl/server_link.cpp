@@ -11,9 +11,9 @@ constexpr qint64 kMaxAnswer = qint64{64} << 20;
 
 }  // namespace
 
-bool ServerLink::Open(const QString& dataFolder) {
+bool ServerLink::Open(const QString& dataFolder, int timeout) {
   mySocket.connectToServer(ControlName(dataFolder));
-  return mySocket.waitForConnected() && IsServerOfThisUser(mySocket);
+  return mySocket.waitForConnected(timeout) && IsServerOfThisUser(mySocket);
 }
 
 void ServerLink::Send(const QByteArray& line) {

@@ -11,8 +11,9 @@ namespace corvane::ctl {
 // A blocking connection to the server: sends lines and receives lines.
 class ServerLink {
  public:
-  // Connects to the folder's server. Returns false if there is none, or it is another user's.
-  bool Open(const QString& dataFolder);
+  // Connects to the folder's server. Returns false if there is none, if it does not accept within
+  // `timeout` ms, or if it is another user's.
+  bool Open(const QString& dataFolder, int timeout);
   void Send(const QByteArray& line);
   // The next line. None if the server disconnects, is silent for `timeout` ms (-1: no limit), or
   // sends a line of over 64 MiB.
