@@ -96,7 +96,7 @@ const std::vector<NetworkRef>& Operator::Networks() const {
   return myListener.Networks;
 }
 
-void Operator::Raise(Kind kind, const ServerNetworks& network) {
+void Operator::Raise(Kind kind, const ServerNetworks& network) const {
   Events().Raise({.kind = kind, .network = network.NetworkName});
 }
 
@@ -228,7 +228,7 @@ std::vector<std::string> Operator::SessionsIn(const AddressRange& range) const {
   return peers;
 }
 
-void Operator::RaiseLifted(const std::string& what) {
+void Operator::RaiseLifted(const std::string& what) const {
   Events().Raise({.kind = Kind::Lifted, .by = myActor, .text = what});
 }
 

@@ -167,8 +167,8 @@ class Operator {
 
  private:
   void AddToList(const NetworkRef& network);
-  void Raise(ServerEvent::Kind kind, const ServerNetworks& network);
-  void RaiseLifted(const std::string& what);
+  void Raise(ServerEvent::Kind kind, const ServerNetworks& network) const;
+  void RaiseLifted(const std::string& what) const;
   // Lift the bans and ranges that have ended.
   void EndBans();
   void EndRanges();

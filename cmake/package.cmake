@@ -59,6 +59,19 @@ function(corvane_server program)
   install(PROGRAMS ${CMAKE_CURRENT_BINARY_DIR}/start/${program} DESTINATION bin)
 endfunction()
 
+# corvane_unit(UNIT FOLDER folder DESCRIPTION text ABOUT text RESTART lines [OPTION text])
+#
+# Installs a system service.
+function(corvane_unit unit)
+  cmake_parse_arguments(PARSE_ARGV 1 "" "" "FOLDER;DESCRIPTION;ABOUT;RESTART;OPTION" "")
+  foreach(name folder description about restart option)
+    string(TOUPPER ${name} upper)
+    set(${name} "${_${upper}}")
+  endforeach()
+  configure_file(packaging/linux/system/server.service.in ${unit}.service @ONLY)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${unit}.service DESTINATION /lib/systemd/system)
+endfunction()
+
 set(documents ${CMAKE_CURRENT_BINARY_DIR}/documents)
 file(MAKE_DIRECTORY ${documents})
 add_custom_target(documents
@@ -77,7 +90,15 @@ install(FILES packaging/serverdb.sql DESTINATION share/corvane-server)
 install(DIRECTORY packaging/tunnel/ packaging/monitoring/
   USE_SOURCE_PERMISSIONS DESTINATION share/doc/corvane-serverd/examples)
 install(FILES packaging/linux/user/corvane-server.service DESTINATION lib/systemd/user)
-install(FILES packaging/linux/system/corvane-server.service DESTINATION /lib/systemd/system)
+corvane_unit(corvane-server FOLDER corvane-server DESCRIPTION "Corvane Server"
+  ABOUT "The machine's server"
+  RESTART "# Five starts 5 s apart, then a minute's pause, and so on.
+StartLimitIntervalSec=60
+StartLimitBurst=5
+OnFailure=corvane-server-again.timer")
+corvane_unit(corvane-serverd@ FOLDER corvane-serverd/%i DESCRIPTION "Corvane Server %i"
+  OPTION "--instance %i "
+  ABOUT "One of several servers of the machine" RESTART "StartLimitIntervalSec=0")
 foreach(units lib/systemd/user /lib/systemd/system)
   install(FILES packaging/linux/corvane-server-again.timer DESTINATION ${units})
 endforeach()

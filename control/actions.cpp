@@ -25,10 +25,6 @@
 namespace corvane {
 namespace {
 
-constexpr std::int32_t kMinSeats = 1;
-constexpr std::int32_t kMaxSeats = 1000;
-constexpr std::int32_t kDefaultSeats = 5;
-
 // Bans and grants are looked up by text, so an address must have its usual spelling.
 std::string AddressIn(const std::string& text) {
   if (const auto address = AddressFromText(text)) return *address;

@@ -31,6 +31,7 @@ Commands::Commands(Operator& op)
       myQuestions(op),
       myActions(op),
       myBanActions(op),
+      myNetworkTransfer(op),
       myEntries{
           {"status", std::bind_front(&Questions::Status, &myQuestions)},
           {"metrics", std::bind_front(&Questions::Metrics, &myQuestions)},
@@ -47,6 +48,8 @@ Commands::Commands(Operator& op)
           {"network edit", std::bind_front(&Actions::EditNetwork, &myActions)},
           {"network delete", std::bind_front(&Actions::DeleteNetwork, &myActions)},
           {"network disconnect", std::bind_front(&Actions::DisconnectNetwork, &myActions)},
+          {"network export", std::bind_front(&NetworkTransfer::Export, &myNetworkTransfer)},
+          {"network import", std::bind_front(&NetworkTransfer::Import, &myNetworkTransfer)},
           {"kick", std::bind_front(&Actions::Kick, &myActions)},
           {"ban", std::bind_front(&Actions::Ban, &myActions)},
           {"ban-address", std::bind_front(&Actions::BanAddress, &myActions)},

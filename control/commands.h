@@ -13,6 +13,7 @@
 #include "control/ban_actions.h"
 #include "control/control_connection.h"
 #include "control/event_feed.h"
+#include "control/network_transfer.h"
 #include "control/questions.h"
 #include "control/request.h"
 #include "framework/signal.h"
@@ -60,6 +61,7 @@ class Commands {
   Questions myQuestions;
   Actions myActions;
   BanActions myBanActions;
+  NetworkTransfer myNetworkTransfer;
   const std::vector<Entry> myEntries;
   EventFeed myEvents;
   std::vector<QPointer<ControlConnection>> myFollowers;  // of the log

@@ -12,6 +12,11 @@ namespace corvane {
 
 class Operator;
 
+// The seats that a network may have, and those that it has unless the request says.
+inline constexpr std::int32_t kMinSeats = 1;
+inline constexpr std::int32_t kMaxSeats = 1000;
+inline constexpr std::int32_t kDefaultSeats = 5;
+
 // Shared by Questions and Actions. To refuse is to throw Refused.
 
 // The network as a row of an answer.

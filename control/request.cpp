@@ -1,5 +1,6 @@
 #include "control/request.h"
 
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include "framework/text.h"
@@ -41,6 +42,23 @@ std::optional<std::int32_t> Request::OptionalNumber(const char* name, std::int32
     RefuseField(name, "a number from " + std::to_string(min) + " to " + std::to_string(max));
   }
   return number;
+}
+
+Request Request::Object(const char* name) const {
+  const QJsonValue value = myFields[QLatin1String(name)];
+  if (!value.isObject()) RefuseField(name, "an object");
+  return Request(value.toObject());
+}
+
+std::vector<Request> Request::Objects(const char* name) const {
+  const QJsonValue value = myFields[QLatin1String(name)];
+  if (!value.isArray() && !value.isUndefined()) RefuseField(name, "a list of objects");
+  std::vector<Request> objects;
+  for (const auto& element : value.toArray()) {
+    if (!element.isObject()) RefuseField(name, "a list of objects");
+    objects.push_back(Request(element.toObject()));
+  }
+  return objects;
 }
 
 bool Request::Flag(const char* name) const {

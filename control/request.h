@@ -4,6 +4,8 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include <QJsonObject>
 
@@ -36,8 +38,13 @@ class Request {
   std::optional<std::int32_t> OptionalNumber(const char* name, std::int32_t min,
                                              std::int32_t max) const;
   bool Flag(const char* name) const;
+  // An object, and a list of objects that may be missing, with fields of their own.
+  Request Object(const char* name) const;
+  std::vector<Request> Objects(const char* name) const;
 
  private:
+  explicit Request(QJsonObject fields) : myFields(std::move(fields)) {}
+
   QJsonObject myFields;
 };
 

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include <QString>
+#include <QStringList>
 
 namespace corvane {
 
@@ -14,5 +15,10 @@ std::optional<QString> ApplicationDataFolder();
 // The data folder of the server that runs as a system service; it may not exist yet. None if the
 // system has no such service.
 std::optional<QString> ServiceDataFolder();
+
+// The same for an instance of the service; none also if it cannot have this name.
+std::optional<QString> InstanceDataFolder(const QString& name);
+// The names of the instances that have a data folder, ascending.
+QStringList ServiceInstances();
 
 }  // namespace corvane

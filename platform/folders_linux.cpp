@@ -1,11 +1,14 @@
 #include <QDir>
 #include <QFile>
+#include <QRegularExpression>
 
 #include "platform/folders.h"
 
 namespace corvane {
 
 namespace {
+
+const QString kInstances = QStringLiteral("/var/lib/corvane-serverd/");
 
 // A folder named by an environment variable; a relative path counts as unset.
 std::optional<QString> FolderFromEnvironment(const char* variable) {
@@ -25,6 +28,16 @@ std::optional<QString> ApplicationDataFolder() {
 
 std::optional<QString> ServiceDataFolder() {
   return QStringLiteral("/var/lib/corvane-server");
+}
+
+std::optional<QString> InstanceDataFolder(const QString& name) {
+  static const QRegularExpression kName("\\A[0-9A-Za-z][0-9A-Za-z._-]{0,63}\\z");
+  if (!kName.match(name).hasMatch()) return std::nullopt;
+  return kInstances + name;
+}
+
+QStringList ServiceInstances() {
+  return QDir(kInstances).entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
 }
 
 }  // namespace corvane

@@ -18,4 +18,12 @@ std::optional<QString> ServiceDataFolder() {
   return std::nullopt;
 }
 
+std::optional<QString> InstanceDataFolder(const QString& /*name*/) {
+  return std::nullopt;
+}
+
+QStringList ServiceInstances() {
+  return {};
+}
+
 }  // namespace corvane

@@ -21,6 +21,7 @@ build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libxml2-dev li
 data_packages=(sqlite3 python3)
 test_packages=(libgtest-dev libgmock-dev openssl)
 proxy_packages=(stunnel4 haproxy)
+container_packages=(mmdebstrap buildah)
 desktop_packages=(xvfb openbox trayer xdotool x11-utils imagemagick fonts-dejavu-core openssl)
 deb_packages=(dpkg-dev file lintian appstream)
 # SQLite's one-file form needs tcl, Qt's configuration pkgconf.

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <span>
+#include <string_view>
 
 #include <QCommandLineParser>
 #include <QFileInfo>
 
 #include "control/ctl/completion.h"
 #include "control/ctl/help.h"
+#include "platform/folders.h"
 
 namespace corvane::ctl {
 namespace {
@@ -99,7 +101,15 @@ void TakePasswordOptions(const Command& command, const QCommandLineParser& parse
 void TakeCommonOptions(const QCommandLineParser& parser, CommandLine& line) {
   if (parser.isSet("data-folder")) line.dataFolder = parser.value("data-folder");
   if (line.dataFolder == "") throw UsageError("--data-folder is empty");
+  if (parser.isSet("instance")) {
+    if (parser.isSet("data-folder")) throw UsageError("expected --data-folder or --instance");
+    line.dataFolder = InstanceDataFolder(parser.value("instance"));
+    if (!line.dataFolder) {
+      throw UsageError("there cannot be an instance \"" + parser.value("instance") + '"');
+    }
+  }
   line.json = line.json || parser.isSet("json");
+  line.all = line.all || parser.isSet("all");
 }
 
 // `words` begins with the words of the command.
@@ -116,6 +126,9 @@ void TakeCommand(const Command& command, const QStringList& words, CommandLine& 
     return;
   }
   line.command = &command;
+  if (line.all && command.words != std::string_view("status")) {
+    ThrowUsage(command, "--all is for \"status\" only");
+  }
   line.request = RequestOf(command, parser);
   TakePasswordOptions(command, parser, line);
 }

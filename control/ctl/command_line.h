@@ -27,6 +27,7 @@ struct CommandLine {
   std::optional<QString> passwordFile;  // "-": standard input
   bool asksPassword = false;
   bool json = false;
+  bool all = false;  // the system service and its instances
 };
 
 // Throws UsageError.

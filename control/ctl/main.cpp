@@ -2,10 +2,14 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <utility>
+#include <vector>
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
 
 #include "control/ctl/command_line.h"
@@ -31,6 +35,7 @@ struct Patience {
   int answering = 30'000;
 };
 constexpr Patience kCheckPatience{1'000, 4'000};
+constexpr qint64 kMaxDocument = qint64{4} << 20;  // bytes; it may be indented
 
 int Complain(ExitCode code, const QString& text) {
   std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text.trimmed()));
@@ -56,6 +61,16 @@ void AddPassword(CommandLine& line) {
     if (!password) throw UsageError("no password on standard input");
     line.request["password"] = *password;
   }
+}
+
+// Replaces the file's name in the request by its content.
+void AddDocument(CommandLine& line) {
+  QFile file(line.request.take("file").toString());
+  if (!file.open(QIODevice::ReadOnly))
+    throw UsageError(file.fileName() + ": " + file.errorString());
+  const QJsonDocument document = QJsonDocument::fromJson(file.read(kMaxDocument));
+  if (!document.isObject()) throw UsageError(file.fileName() + ": not a network's JSON document");
+  line.request["document"] = document.object();
 }
 
 // Shows one answer of the server; returns its exit code.
@@ -85,6 +100,50 @@ QStringList Folders(const CommandLine& line) {
 QString Hinted(const QString& folder) {
   const QFileInfo info(folder);
   return info.exists() && !info.isExecutable() ? folder + " (not yours: try sudo)" : folder;
+}
+
+// Status of the system service and of each instance, as one table.
+int AskAll(const CommandLine& line, Printer& printer) {
+  static const Command kTable{.words = "status",
+                              .description = "",
+                              .arguments = {},
+                              .columns = {"instance", "state", "address", "port", "connections",
+                                          "users", "messages-per-second", "memory"}};
+  std::vector<std::pair<QString, std::optional<QString>>> servers{
+      {"corvane-server", ServiceDataFolder()}};
+  for (const QString& name : ServiceInstances())
+    servers.emplace_back(name, InstanceDataFolder(name));
+  std::erase_if(servers,
+                [](const auto& one) { return !one.second || !QDir(*one.second).exists(); });
+  QJsonArray rows;
+  bool doAllWork = true;
+  for (const auto& [name, folder] : servers) {
+    ServerLink server;
+    QJsonObject row;
+    if (server.Open(*folder, kCheckPatience.connecting)) {
+      server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
+      row = QJsonDocument::fromJson(server.Receive(kCheckPatience.answering).value_or("")).object();
+    }
+    const bool works = row.value("ok").toBool() && row.value("listening").toBool(true);
+    doAllWork = doAllWork && works;
+    if (row.contains("networks")) {
+      int users = 0;
+      for (const QJsonValue network : row.value("networks").toArray())
+        users += network["users"].toInt();
+      row["users"] = users;
+    }
+    const char* const fault = row.contains("listening") ? "does not listen" : "does not answer";
+    row["state"] = works ? "works" : row.value("error").toString(fault);
+    row["instance"] = name;
+    rows.append(row);
+  }
+  const QJsonObject answer{{"ok", doAllWork}, {"complete", true}, {"rows", rows}};
+  if (line.json) {
+    printer.PrintJson(QJsonDocument(answer).toJson(QJsonDocument::Compact));
+  } else {
+    printer.Print(kTable, answer);
+  }
+  return doAllWork ? kDone : kRefused;
 }
 
 int Ask(const CommandLine& line, Printer& printer) {
@@ -124,7 +183,8 @@ int Execute(CommandLine line, Printer& printer) {
     return kDone;
   }
   AddPassword(line);
-  const int code = Ask(line, printer);
+  if (line.request["command"] == "network import") AddDocument(line);
+  const int code = line.all ? AskAll(line, printer) : Ask(line, printer);
   return code != kDone && line.request["check"].toBool() ? kRefused : code;
 }
 

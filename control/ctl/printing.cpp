@@ -6,6 +6,7 @@
 #include <vector>
 
 #include <QJsonArray>
+#include <QJsonDocument>
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
@@ -117,6 +118,8 @@ void Printer::Print(const Command& command, const QJsonObject& answer) {
   } else if (answer.contains("lines")) {
     for (const auto& line : answer["lines"].toArray())
       PrintText(LineText(line));
+  } else if (answer.contains("document")) {
+    PrintJson(QJsonDocument(answer["document"].toObject()).toJson(QJsonDocument::Compact));
   } else if (answer.contains("type")) {
     PrintText(EventText(answer));
   } else if (answer.contains("networks")) {

@@ -168,6 +168,37 @@ TEST_F(CommandsTest, LogNamesActorsAndReachesFollowers) {
   follower.waitForFinished();
 }
 
+TEST_F(CommandsTest, NetworkMovesWithItsAdministratorsAndBans) {
+  Type("grant Ann");
+  Type("ban-address 10.0.0.1 --network North --for 2h spam");
+  Type("ban-address 10.0.0.2 elsewhere");
+  QFile file(myFolder.filePath("north.json"));
+  const auto import = [&](const std::string& text) {
+    EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(text.c_str());
+    file.close();
+    return Run({"network", "import", file.fileName()});
+  };
+  std::string document = Type("network export North --bans").text;
+  EXPECT_EQ(import(document).exitCode, 1) << "there is a North";
+  document.replace(document.find("North"), 5, "South");
+  for (const auto& [good, bad] : {std::pair("10.0.0.1", "10.0.0"),
+                                  {"\"format\":1", "\"format\":2"},
+                                  {"[{", "[1,{"},
+                                  {"{", "["}}) {
+    std::string broken = document;
+    broken.replace(broken.find(good), std::string(good).size(), bad);
+    EXPECT_EQ(import(broken).exitCode, 2) << broken;
+  }
+  Type("unban 10.0.0.1");
+  EXPECT_EQ(import(document).text,
+            "Added the network South with 1 administrator(s) and 1 ban(s).\n");
+  EXPECT_EQ(Query("SELECT pass,users,enabled FROM networks WHERE name='South'; SELECT address FROM "
+                  "admins WHERE network='South' AND name='Ann'; SELECT address,reason,until IS NOT "
+                  "NULL FROM bans LEFT JOIN ban_ends ON banid=bans.id WHERE network='South'"),
+            "secret|5|1;127.0.0.1;10.0.0.1|spam|1;");
+}
+
 TEST_F(CommandsTest, BackupIsConsistentWhileTheDatabaseChanges) {
   // Some megabytes, for many steps.
   Query(
