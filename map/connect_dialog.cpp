@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <QAbstractItemView>
+#include <QAction>
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
@@ -10,23 +12,29 @@
 #include "client/password_digest.h"
 #include "client/tls.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 
 namespace corvane::map {
 namespace {
 
+using Cause = client::Ending::Cause;
+
 constexpr int kFieldWidth = 280;
+constexpr std::size_t kMaxRecentLength = 60;
 
 }  // namespace
 
 ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
     : QDialog(&owner),
       cmbRecent(new QComboBox(this)),
+      btnRemove(new QPushButton(tr("Remo&ve"), this)),
       txtHost(new QLineEdit(this)),
       spnPort(new QSpinBox(this)),
       chkEncrypted(new QCheckBox(tr("Encr&ypted (TLS)"), this)),
       txtFingerprint(new QLineEdit(this)),
       txtNetwork(new QLineEdit(this)),
       txtPassword(new QLineEdit(this)),
+      chkShow(new QCheckBox(tr("Sho&w"), this)),
       txtUser(new QLineEdit(this)),
       chkRemember(new QCheckBox(tr("&Remember the password (as its digest)"), this)),
       btnConnect(new QPushButton(tr("&Connect"), this)),
@@ -43,11 +51,24 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
   lblMessage->setWordWrap(true);
   lblMessage->setTextFormat(Qt::PlainText);
   lblMessage->setMinimumWidth(kFieldWidth);
-  for (const RecentServer& server : recent)
-    cmbRecent->addItem(tr("%1 in %2 on %3").arg(server.userName, server.network, server.host));
+  for (const RecentServer& server : recent) {
+    const QString text = tr("%1 in %2 on %3").arg(server.userName, server.network, server.host);
+    cmbRecent->addItem(VisibleText(TextFromDisplay(text), kMaxRecentLength));
+  }
+  btnRemove->setAccessibleName(tr("Remove from the list of recent servers"));
+  chkShow->setAccessibleName(tr("Show the password"));
   LayOut();
 
   connect(cmbRecent, &QComboBox::activated, this, [this](int index) { Fill(myRecent[index]); });
+  connect(btnRemove, &QPushButton::clicked, this, [this] { RemoveRecent(); });
+  auto* remove = new QAction(cmbRecent);
+  remove->setShortcut(Qt::Key_Delete);
+  remove->setShortcutContext(Qt::WidgetWithChildrenShortcut);
+  cmbRecent->addAction(remove);
+  connect(remove, &QAction::triggered, this, [this] { RemoveRecent(); });
+  connect(chkShow, &QCheckBox::toggled, this, [this](bool isOn) {
+    txtPassword->setEchoMode(isOn ? QLineEdit::Normal : QLineEdit::Password);
+  });
   for (QLineEdit* field : {txtHost, txtNetwork, txtUser})
     connect(field, &QLineEdit::textChanged, this, [this] { Check(); });
   connect(txtHost, &QLineEdit::textEdited, this, [this] { FillRememberedTls(); });
@@ -55,29 +76,33 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
   connect(chkEncrypted, &QCheckBox::toggled, txtFingerprint, &QLineEdit::setEnabled);
   connect(btnConnect, &QPushButton::clicked, this, [this] { Try(); });
   connect(btnCancel, &QPushButton::clicked, this, [this] { reject(); });
-  cmbRecent->setEnabled(!recent.isEmpty());
+  SetTrying(false);
   if (recent.isEmpty()) {
     txtHost->setFocus();
   } else {
     Fill(recent.front());
     (myDigest.isEmpty() ? static_cast<QWidget*>(txtPassword) : btnConnect)->setFocus();
   }
-  Check();
 }
 
 void ConnectDialog::LayOut() {
   auto* form = new QFormLayout;
-  const auto add = [form](const QString& label, QWidget* field) {
-    form->addRow(label, field);
+  const auto add = [this, form](const QString& text, QWidget* field, QWidget* beside = nullptr) {
+    auto* label = new QLabel(text, this);
+    label->setBuddy(field);
+    auto* row = new QHBoxLayout;
+    row->addWidget(field, 1);
+    if (beside != nullptr) row->addWidget(beside);
+    form->addRow(label, row);
     field->setMinimumWidth(kFieldWidth);
   };
-  add(tr("Rec&ent:"), cmbRecent);
+  add(tr("Rec&ent:"), cmbRecent, btnRemove);
   add(tr("&Server:"), txtHost);
   form->addRow(tr("P&ort:"), spnPort);
   form->addRow(QString(), chkEncrypted);
   add(tr("&Fingerprint:"), txtFingerprint);
   add(tr("&Network:"), txtNetwork);
-  add(tr("&Password:"), txtPassword);
+  add(tr("&Password:"), txtPassword, chkShow);
   add(tr("&User name:"), txtUser);
   form->addRow(QString(), chkRemember);
 
@@ -121,6 +146,20 @@ void ConnectDialog::FillRememberedTls() const {
   FillFingerprint(it == myRecent.end() ? QByteArray() : it->fingerprint);
 }
 
+// In the open list, the marked entry.
+void ConnectDialog::RemoveRecent() {
+  const bool isOpen = cmbRecent->view()->isVisible();
+  const int row = isOpen ? cmbRecent->view()->currentIndex().row() : cmbRecent->currentIndex();
+  if (row < 0 || myRecent.isEmpty()) return;
+  const bool isShown = row == cmbRecent->currentIndex();
+  const RecentServer server = myRecent.takeAt(row);
+  cmbRecent->removeItem(row);
+  if (isShown) Fill(myRecent.value(cmbRecent->currentIndex()));
+  if (myRecent.isEmpty()) cmbRecent->hidePopup();
+  SetTrying(false);
+  if (Removed) Removed(server);
+}
+
 void ConnectDialog::Check() const {
   btnConnect->setEnabled(!myIsTrying && !txtHost->text().trimmed().isEmpty() &&
                          !txtNetwork->text().isEmpty() && !txtUser->text().isEmpty());
@@ -149,8 +188,7 @@ void ConnectDialog::Try() {
   if (!txtFingerprint->text().trimmed().isEmpty()) {
     const auto fingerprint = client::ParseFingerprint(txtFingerprint->text());
     if (server.isEncrypted && !fingerprint) {
-      lblMessage->setText(tr("A SHA-256 fingerprint has 64 hexadecimal digits."));
-      return;
+      return ShowFault(tr("A SHA-256 fingerprint has 64 hexadecimal digits."), *txtFingerprint);
     }
     server.fingerprint = fingerprint.value_or(QByteArray());
   }
@@ -164,28 +202,58 @@ void ConnectDialog::Try() {
   if (ConnectRequested) ConnectRequested(server, chkRemember->isChecked());
 }
 
-void ConnectDialog::ShowFailure(const QString& text) {
+void ConnectDialog::ShowFailure(const client::Ending& ending) {
   SetTrying(false);
+  ShowFault(VisibleText(TextFromDisplay(ending.Explanation())), *FieldAtFault(ending.cause));
+}
+
+QWidget* ConnectDialog::FieldAtFault(Cause cause) const {
+  switch (cause) {
+    case Cause::NotGreeted:
+    case Cause::ExpectsTls:
+    case Cause::NoTls:
+      return chkEncrypted;
+    case Cause::Untrusted:
+    case Cause::CertificateChanged:
+      return txtFingerprint;
+    case Cause::NetworkRefused:
+      return txtNetwork;
+    case Cause::PasswordRefused:
+      return txtPassword;
+    case Cause::UserNameRefused:
+      return txtUser;
+    default:
+      return txtHost;
+  }
+}
+
+void ConnectDialog::ShowFault(const QString& text, QWidget& field) const {
   lblMessage->setText(text);
-  // The next input replaces the refused password.
-  txtPassword->setFocus();
-  txtPassword->selectAll();
+  // Screen readers read it with the field.
+  field.setAccessibleDescription(text);
+  field.setFocus();
+  // The next input replaces what was refused.
+  if (auto* line = dynamic_cast<QLineEdit*>(&field)) line->selectAll();
 }
 
 void ConnectDialog::SetTrying(bool isTrying) {
   myIsTrying = isTrying;
-  for (QWidget* field :
-       std::initializer_list<QWidget*>{cmbRecent, txtHost, spnPort, txtNetwork, chkEncrypted,
-                                       txtFingerprint, txtPassword, txtUser, chkRemember}) {
-    field->setEnabled(!isTrying && (field != cmbRecent || !myRecent.isEmpty()) &&
+  for (QWidget* field : std::initializer_list<QWidget*>{
+           cmbRecent, btnRemove, txtHost, spnPort, txtNetwork, chkEncrypted, txtFingerprint,
+           txtPassword, chkShow, txtUser, chkRemember}) {
+    const bool isOfRecent = field == cmbRecent || field == btnRemove;
+    field->setEnabled(!isTrying && (!isOfRecent || !myRecent.isEmpty()) &&
                       (field != txtFingerprint || chkEncrypted->isChecked()));
+    field->setAccessibleDescription({});
   }
   Check();
 }
 
 void ConnectDialog::reject() {
   if (std::exchange(myIsTrying, false) && Cancelled) Cancelled();
-  ShowFailure({});
+  SetTrying(false);
+  chkShow->setChecked(false);
+  ShowFault({}, *txtPassword);
   QDialog::reject();
 }
 

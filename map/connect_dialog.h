@@ -11,6 +11,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 
+#include "client/ending.h"
 #include "map/settings.h"
 
 namespace corvane::map {
@@ -27,22 +28,26 @@ class ConnectDialog : public QDialog {
   std::function<void(const RecentServer& server, bool keepsDigest)> ConnectRequested;
   // The user cancelled during an attempt.
   std::function<void()> Cancelled;
+  // The user removed the server from the list.
+  std::function<void(const RecentServer& server)> Removed;
 
   // Fills the fields with the command line's values and connects.
   void TryGiven(const RecentServer& server);
   // Fills in the fingerprint of a certificate that the user trusts, and connects.
   void TryTrusting(const QByteArray& fingerprint);
-  // Ends the attempt and shows the reason.
-  void ShowFailure(const QString& text);
+  // Ends the attempt, shows the reason, and moves the focus to the field at fault.
+  void ShowFailure(const client::Ending& ending);
 
   // The controls, in tab order. The dialog owns them.
   QComboBox* cmbRecent;
+  QPushButton* btnRemove;
   QLineEdit* txtHost;
   QSpinBox* spnPort;
   QCheckBox* chkEncrypted;
   QLineEdit* txtFingerprint;
   QLineEdit* txtNetwork;
   QLineEdit* txtPassword;
+  QCheckBox* chkShow;
   QLineEdit* txtUser;
   QCheckBox* chkRemember;
   QPushButton* btnConnect;
@@ -58,8 +63,11 @@ class ConnectDialog : public QDialog {
   // For another server than before. Ticks encryption if it is remembered, and never unticks it.
   // Keeps a fingerprint that the user has typed.
   void FillRememberedTls() const;
+  void RemoveRecent();
   void Check() const;
   void Try();
+  QWidget* FieldAtFault(client::Ending::Cause cause) const;
+  void ShowFault(const QString& text, QWidget& field) const;
   void SetTrying(bool isTrying);
 
   QList<RecentServer> myRecent;

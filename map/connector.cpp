@@ -3,7 +3,6 @@
 #include <utility>
 
 #include "framework/text.h"
-#include "framework/visible_text.h"
 #include "map/certificate_question.h"
 
 namespace corvane::map {
@@ -26,6 +25,7 @@ void Connector::Ask() {
       Try(server, keeps);
     };
     myDialog->Cancelled = [this] { myConnection.Close(); };
+    myDialog->Removed = [this](const RecentServer& server) { mySettings.Forget(server); };
   }
   myDialog->open();
 }
@@ -60,10 +60,9 @@ void Connector::FinishIfOnline() {
 }
 
 void Connector::ShowEnding(const client::Ending& ending) {
-  const QString text = ending.Explanation();
-  myMessages.Add(text);
+  myMessages.Add(ending.Explanation());
   if (!std::exchange(myUnproven, std::nullopt) || !myDialog || ending.cause == Cause::Left) return;
-  myDialog->ShowFailure(VisibleText(TextFromDisplay(text)));
+  myDialog->ShowFailure(ending);
   if (ending.cause != Cause::Untrusted) return;
   auto* question =
       new CertificateQuestion(myConnection.CurrentDestination().host, ending, *myDialog);

@@ -15,6 +15,11 @@ QString PictureGroup(int facet) {
   return kPictures + '/' + QString::number(facet);
 }
 
+bool IsSameEntry(const RecentServer& one, const RecentServer& other) {
+  return one.host == other.host && one.port == other.port && one.network == other.network &&
+         one.userName == other.userName;
+}
+
 }  // namespace
 
 Settings::Settings(const QString& file) : mySettings(file, QSettings::IniFormat) {
@@ -45,10 +50,7 @@ QList<RecentServer> Settings::RecentServers() const {
 
 void Settings::Remember(const RecentServer& server) {
   QList<RecentServer> servers = RecentServers();
-  servers.removeIf([&](const RecentServer& other) {
-    return other.host == server.host && other.port == server.port &&
-           other.network == server.network && other.userName == server.userName;
-  });
+  servers.removeIf([&](const RecentServer& other) { return IsSameEntry(server, other); });
   for (RecentServer& other : servers) {
     if (other.host.compare(server.host, Qt::CaseInsensitive) != 0 || other.port != server.port)
       continue;
@@ -57,6 +59,16 @@ void Settings::Remember(const RecentServer& server) {
   }
   servers.prepend(server);
   servers.resize(std::min<qsizetype>(servers.size(), kMaxRecent));
+  StoreRecent(servers);
+}
+
+void Settings::Forget(const RecentServer& server) {
+  QList<RecentServer> servers = RecentServers();
+  servers.removeIf([&](const RecentServer& other) { return IsSameEntry(server, other); });
+  StoreRecent(servers);
+}
+
+void Settings::StoreRecent(const QList<RecentServer>& servers) {
   mySettings.remove(kRecent);
   mySettings.beginWriteArray(kRecent, static_cast<int>(servers.size()));
   for (int i = 0; i < servers.size(); ++i) {

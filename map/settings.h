@@ -36,6 +36,8 @@ class Settings {
   // Puts the server first. Replaces an entry with the same host, port, network and user. Others
   // with the same host and port get its encryption and fingerprint.
   void Remember(const RecentServer& server);
+  // Removes the entry with the same host, port, network and user.
+  void Forget(const RecentServer& server);
 
   MapPicture PictureOf(int facet) const;
   void SetPictureOf(int facet, const MapPicture& picture);
@@ -47,6 +49,8 @@ class Settings {
   void Store(const QString& name, const QByteArray& bytes);
 
  private:
+  void StoreRecent(const QList<RecentServer>& servers);
+
   mutable QSettings mySettings;
 };
 

@@ -62,6 +62,7 @@ TEST_F(CertificateTest, IsTrustedOnceAndRefusedWhenItChanges) {
   EXPECT_FALSE(IsOpen("CertificateQuestion"));
   for (const QString& shown : {Shown(certificate), Shown(other)})
     EXPECT_TRUE(Dialog()->lblMessage->text().contains(shown));
+  EXPECT_EQ(Dialog()->focusWidget(), Dialog()->txtFingerprint);
   Type(Dialog()->txtFingerprint, "new");
   Click(Dialog()->btnConnect);
   EXPECT_TRUE(Dialog()->lblMessage->text().contains("64 hexadecimal"));

@@ -1,3 +1,4 @@
+#include <QAbstractItemView>
 #include <QFile>
 
 #include "tests/map/map_fixture.h"
@@ -23,12 +24,16 @@ TEST_F(ConnectorTest, ShowsWhatIsRefused) {
   server.AddNetwork("North");
   TestClient bob(server.Port());
   ASSERT_TRUE(bob.Login("North", "secret", "Bob"));
+  const auto focus = [this] { return Opened<ConnectDialog>("ConnectDialog")->focusWidget(); };
   Login(server.Port(), "Ann", "secret", "South");
   EXPECT_THAT(Refusal(), testing::HasSubstr("no such network, or it is full or disabled"));
+  EXPECT_EQ(focus(), Opened<ConnectDialog>("ConnectDialog")->txtNetwork);
   Login(server.Port(), "Ann", "wrong");
   EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
+  EXPECT_EQ(focus(), Opened<ConnectDialog>("ConnectDialog")->txtPassword);
   Login(server.Port(), "bob");
   EXPECT_THAT(Refusal(), testing::HasSubstr("three minutes"));
+  EXPECT_EQ(focus(), Opened<ConnectDialog>("ConnectDialog")->txtUser);
   EXPECT_EQ(State(), State::Offline);
   Login(server.Port(), "Cy");
   ASSERT_TRUE(Reaches(State::Online));
@@ -43,6 +48,31 @@ TEST_F(ConnectorTest, ShowsWhatIsRefused) {
   server.Query("INSERT INTO bans (address) VALUES ('127.0.0.1')");
   Login(server.Port());
   EXPECT_THAT(Refusal(), testing::HasSubstr("refuses this address"));
+  EXPECT_EQ(focus(), Opened<ConnectDialog>("ConnectDialog")->txtHost);
+}
+
+TEST_F(ConnectorTest, RecentServersCanBeRemoved) {
+  for (const char* host : {"c", "b", "a"})
+    Settings(myFolder.filePath("map.ini")).Remember({host, 1, "North", "Ann", "digest"});
+  myWindow->AskWhere();
+  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
+  const auto left = [&] {
+    QString hosts;
+    for (const RecentServer& server : Settings(myFolder.filePath("map.ini")).RecentServers())
+      hosts += server.host;
+    return hosts + " and " + dialog->txtHost->text();
+  };
+  dialog->cmbRecent->setFocus();
+  dialog->cmbRecent->showPopup();
+  QTest::keyClick(dialog->cmbRecent->view(), Qt::Key_Down);
+  QTest::keyClick(dialog->cmbRecent->view(), Qt::Key_Delete);
+  EXPECT_EQ(left(), "ac and a");
+  dialog->cmbRecent->hidePopup();
+  QTest::keyClick(dialog->cmbRecent, Qt::Key_Delete);
+  EXPECT_EQ(left(), "c and c");
+  Click(dialog->btnRemove);
+  EXPECT_EQ(left(), " and ");
+  EXPECT_EQ(dialog->focusWidget(), dialog->txtHost);
 }
 
 TEST_F(ConnectorTest, FillsTheDialogWithGivenValues) {
@@ -75,6 +105,11 @@ TEST_F(ConnectorTest, CancellingEndsTheAttempt) {
   myWindow->AskWhere();
   auto* dialog = Opened<ConnectDialog>("ConnectDialog");
   EXPECT_EQ(dialog->lblMessage->text(), "");
+  Click(dialog->chkShow);
+  EXPECT_EQ(dialog->txtPassword->echoMode(), QLineEdit::Normal);
+  Click(dialog->btnCancel);
+  myWindow->AskWhere();
+  EXPECT_EQ(dialog->txtPassword->echoMode(), QLineEdit::Password);
   Click(dialog->btnConnect);
   ASSERT_TRUE(silent.Accept());
   ASSERT_TRUE(Reaches(State::LoggingIn));
