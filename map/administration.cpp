@@ -1,10 +1,18 @@
 #include "map/administration.h"
 
+#include <QMessageBox>
+#include <QPushButton>
+
 #include "framework/text.h"
 #include "framework/visible_text.h"
 #include "map/text_dialog.h"
 
 namespace corvane::map {
+namespace {
+
+constexpr std::size_t kMaxShownName = 60;
+
+}  // namespace
 
 Administration::Administration(client::Connection& connection, MessagesPane& messages,
                                QWidget& window)
@@ -24,8 +32,19 @@ bool Administration::CanName(const std::string& user) const {
 
 void Administration::Kick(const std::string& user) {
   if (!CanName(user)) return;
-  myConnection.Kick(user);
-  myMessages.Add(tr("You have kicked %1.").arg(DisplayText(user)));
+  auto* question = new QMessageBox(
+      QMessageBox::Question, tr("Kick"),
+      tr("Kick %1? It may come back.").arg(VisibleText(user, kMaxShownName)), {}, &myWindow);
+  question->setObjectName(QStringLiteral("KickQuestion"));
+  question->setAttribute(Qt::WA_DeleteOnClose);
+  question->setTextFormat(Qt::PlainText);
+  const QPushButton* kick = question->addButton(tr("&Kick"), QMessageBox::AcceptRole);
+  question->setDefaultButton(question->addButton(tr("Cancel"), QMessageBox::RejectRole));
+  QObject::connect(kick, &QPushButton::clicked, question, [this, user] {
+    myConnection.Kick(user);
+    myMessages.Add(tr("You have kicked %1.").arg(DisplayText(user)));
+  });
+  question->open();
 }
 
 void Administration::Ban(const std::string& user) {

@@ -22,6 +22,7 @@ class Administration {
   // Borrows all three. `window` owns the dialogs.
   Administration(client::Connection& connection, MessagesPane& messages, QWidget& window);
 
+  // Asks first.
   void Kick(const std::string& user);
   void Ban(const std::string& user);
   void SendMessage();

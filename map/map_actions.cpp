@@ -54,7 +54,7 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actSend->setCheckable(true);
 
   mnuAdministration = AddMenu(bar, tr("&Administration"));
-  actKick = Add(mnuAdministration, "actKick", tr("&Kick"));
+  actKick = Add(mnuAdministration, "actKick", tr("&Kick..."));
   actBan = Add(mnuAdministration, "actBan", tr("&Ban..."));
   mnuAdministration->addSeparator();
   actMessage = Add(mnuAdministration, "actMessage", tr("&Message to the Network..."));

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QMenu>
+#include <QMessageBox>
 
 #include "map/text_dialog.h"
 #include "tests/map/map_fixture.h"
@@ -84,7 +85,15 @@ TEST_F(MembersTest, AnAdministratorKicksBansAndSendsMessages) {
   myWindow->actions->actBans->trigger();
   myWindow->findChild<QDialog*>("BansDialog")->reject();
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(0));
-  myWindow->actions->actKick->trigger();
+  for (const auto& [key, modifier] :
+       {std::pair(Qt::Key_Return, Qt::NoModifier), std::pair(Qt::Key_K, Qt::AltModifier)}) {
+    myWindow->actions->actKick->trigger();
+    auto* question = Opened<QMessageBox>("KickQuestion");
+    EXPECT_TRUE(question->text().contains("Bob"));
+    QTest::keyClick(question, key, modifier);
+    EXPECT_TRUE(PumpUntil([&] { return !IsOpen("KickQuestion"); }));
+    EXPECT_EQ(bob->HearsNothing(), key == Qt::Key_Return);
+  }
   EXPECT_EQ(bob->Receive(), (WireMessage{996, "North"}));
 
   myWindow->actions->actMessage->trigger();
@@ -108,7 +117,12 @@ TEST_F(MembersTest, AnAdministratorKicksBansAndSendsMessages) {
   EXPECT_EQ(bans->lstBans->item(0, 0)->text(), "127.0.0.1");
   EXPECT_EQ(bans->lstBans->item(0, 1)->text(), "Ann");
   EXPECT_EQ(bans->lstBans->item(0, 2)->text(), "spam");
-  QTest::keyClick(bans->lstBans, Qt::Key_A, Qt::ControlModifier);
+  QTest::keyClick(bans->lstBans, Qt::Key_Down);
+  Click(bans->btnLift);
+  ASSERT_TRUE(PumpUntil([&] { return bans->lstBans->rowCount() == 1; }));
+  EXPECT_FALSE(bans->btnLift->isEnabled()) << "the other is not selected";
+  bans->lstBans->setFocus();
+  QTest::keyClick(bans->lstBans, Qt::Key_Down);
   Click(bans->btnLift);
   EXPECT_TRUE(PumpUntil([&] { return bans->lstBans->rowCount() == 0; }));
   EXPECT_EQ(myServer.Query("SELECT count(*) FROM bans"), "0;");
