@@ -5,6 +5,7 @@
 
 #include "map/map_window.h"
 #include "map/options.h"
+#include "map/readable_placeholders.h"
 #include "platform/broken_pipes.h"
 #include "platform/caller.h"
 #include "platform/choose_platform.h"
@@ -54,6 +55,7 @@ int main(int argc, char** argv) {
     AnswerOnConsole({QStringLiteral("there is no folder for its settings"), 1});
     return 1;
   }
+  const ReadablePlaceholders placeholders(application);
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
   const ProcessSignals signals([&window] { window.close(); });
   if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);

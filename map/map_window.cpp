@@ -10,6 +10,7 @@
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
+#include "map/accessible_map.h"
 #include "map/picture_dialog.h"
 
 namespace corvane::map {
@@ -37,9 +38,11 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
       myRows(std::make_unique<QSplitter>(Qt::Vertical)) {
   setWindowTitle(tr("Corvane Map"));
   setObjectName(QStringLiteral("MapWindow"));
+  InstallAccessibleMap();
   map = new MapView(myBoard, myHighlights, this);
   map->setObjectName(QStringLiteral("map"));
   map->setAccessibleName(tr("Map"));
+  map->setAccessibleDescription(tr("The list of members shows the same as text"));
   cmbFacet = new QComboBox(this);
   barOwn = new OwnBar(myOwnPosition, this);
   pnlMembers = new MembersPanel(myConnection.Others(), this);

@@ -3,6 +3,8 @@
 #include <chrono>
 #include <cmath>
 
+#include <QTextDocument>
+
 #include "framework/text.h"
 #include "framework/visible_text.h"
 
@@ -20,8 +22,9 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   lblState->setTextFormat(Qt::PlainText);
   // Long names in the text must not keep the window wide.
   lblState->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-  lblState->setAccessibleName(tr("State of the connection"));
-  lblPlace->setAccessibleName(tr("Coordinates under the pointer"));
+  // Their names are their texts.
+  lblState->setAccessibleDescription(tr("State of the connection"));
+  lblPlace->setAccessibleDescription(tr("Coordinates under the pointer"));
   lblPlace->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("-000000, -000000")));
   lblPlace->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   prgCutting->setFormat(tr("Preparing the picture: %p%"));
@@ -44,7 +47,7 @@ void StatusLine::Update() {
   const QString text = StateText();
   if (text == lblState->text()) return;
   lblState->setText(text);
-  lblState->setToolTip(text);
+  lblState->setToolTip(Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal));
 }
 
 QString StatusLine::StateText() {
