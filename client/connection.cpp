@@ -39,6 +39,8 @@ Connection::~Connection() {
 
 void Connection::Open(Destination destination) {
   Close();
+  myMembers.Expire();
+  myMembers.Clear();
   myDestination = std::move(destination);
   myWasOnline = false;
   Start();
@@ -49,6 +51,7 @@ void Connection::Close() {
     session->Leave();
   } else if (myState == State::Waiting) {
     myRetry.stop();
+    myMembers.Clear();
     Change(State::Offline);
   }
 }
@@ -217,7 +220,8 @@ void Connection::Ended(const Ending& ending) {
   } else {
     mySocket->abort();
   }
-  myMembers.Clear();
+  myMembers.Expire();
+  if (ending.cause == Ending::Cause::Left) myMembers.Clear();
   myIsAdministrator = false;
 
   const bool reconnects = myWasOnline && ending.AllowsReconnect();

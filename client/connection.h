@@ -83,7 +83,8 @@ class Connection : private SessionEvents {
   bool IsAdministrator() const { return myIsAdministrator; }
   std::chrono::milliseconds RetryIn() const;
 
-  // The other members of the network; empty unless online.
+  // The other members of the network. After a loss, a kick or a ban they stay as they were; leaving
+  // and Open remove them.
   client::Members& Others() { return myMembers; }
 
   // These do nothing unless online.

@@ -69,6 +69,7 @@ void Members::BeginList() {
 void Members::EndList() {
   for (auto place = myMembers.begin(); place != myMembers.end();)
     place = place->second.isListed ? std::next(place) : Remove(place);
+  myIsCurrent = true;
 }
 
 }  // namespace corvane::client

@@ -33,7 +33,8 @@ class MembersWatcher {
   virtual void Removed(const Member& member) = 0;
 };
 
-// The other members of the network, by name without regard to letter case. A pointer to a member is
+// The other members of the network, by name without regard to letter case. After a session they
+// stay, as they were last known, until the first list of the next one. A pointer to a member is
 // valid until it is removed. Limits: drops members beyond kMaxMembers, and those with names longer
 // than kMaxNameBytes.
 class Members {
@@ -50,6 +51,8 @@ class Members {
   const Member* Find(std::string_view name) const;
   // Whether a member was dropped since the last Clear.
   bool IsIncomplete() const { return myIsIncomplete; }
+  // False from Expire to the end of the next list: the members are those of an earlier session.
+  bool IsCurrent() const { return myIsCurrent; }
 
   // Stores a relayed report.
   void TakeRelay(const MemberRecord& record, Clock::time_point now) { Take(record, true, now); }
@@ -58,6 +61,8 @@ class Members {
   void Remove(std::string_view name);
   void Clear();
 
+  // Called when a session ends, and before the first.
+  void Expire() { myIsCurrent = false; }
   // Called when the member list is requested.
   void BeginList();
   // Called when the list is complete. Removes members without a report or entry since BeginList.
@@ -72,6 +77,7 @@ class Members {
   Map myMembers;
   std::vector<MembersWatcher*> myWatchers;
   bool myIsIncomplete = false;
+  bool myIsCurrent = true;
 };
 
 }  // namespace corvane::client

@@ -51,7 +51,7 @@ bool MarkerBoard::Advance(Clock::time_point now, int facet) {
   if (now < myNextStaleCheck) return isOtherPicture;
   myNextStaleCheck = now + kStaleCheckInterval;
   for (Marker* marker : myOrder) {
-    const bool isStale = now - marker->member->news >= kStaleAfter;
+    const bool isStale = !myMembers.IsCurrent() || now - marker->member->news >= kStaleAfter;
     if (std::exchange(marker->isStale, isStale) != isStale) isOtherPicture = true;
   }
   return isOtherPicture;

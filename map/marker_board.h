@@ -28,7 +28,7 @@ struct Marker {
   int facet;
   Motion motion;
   QPointF place;         // as of the last Advance
-  bool isStale = false;  // no news for a minute
+  bool isStale = false;  // no news for a minute, or the connection is lost
   bool isMoving = false;
   bool hasTrail = false;
   std::deque<QPointF> trail;  // the oldest place first
