@@ -44,9 +44,28 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actStop = Add(view, "actStop", tr("&Stop Following"), {Qt::Key_Escape}, &map);
   view->addSeparator();
   actPicture = Add(view, "actPicture", tr("&Picture of This Facet..."));
+  view->addSeparator();
+  actMembers = Add(view, "actMembers", tr("&List of Members"));
+  mnuColumns = view->addMenu(tr("&Columns of the List"));
+  actMessages = Add(view, "actMessages", tr("&Messages"));
+  view->addSeparator();
+  actCompact = Add(view, "actCompact", tr("C&ompact View"), {Qt::Key_F11});
+  actOnTop = Add(view, "actOnTop", tr("Always on &Top"));
+  for (QAction* action : {actMembers, actMessages, actCompact, actOnTop})
+    action->setCheckable(true);
+  QMenu* opacity = view->addMenu(tr("Op&acity"));
+  grpOpacity = new QActionGroup(opacity);
+  for (const int percent : {100, 85, 70, 55, 40}) {
+    QAction* action = opacity->addAction(tr("%1 %").arg(percent));
+    action->setData(percent);
+    action->setCheckable(true);
+    grpOpacity->addAction(action);
+  }
 
   mnuMember = AddMenu(bar, tr("&Member"));
+  actFind = Add(mnuMember, "actFind", tr("F&ind..."), {QKeySequence(Qt::CTRL | Qt::Key_F)});
   actFollow = Add(mnuMember, "actFollow", tr("&Follow"), {Qt::Key_F}, &map);
+  actFollow->setCheckable(true);
   actTrail = Add(mnuMember, "actTrail", tr("&Trail"), {Qt::Key_T}, &map);
   actTrail->setCheckable(true);
   mnuMember->addSeparator();
@@ -59,6 +78,11 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   mnuAdministration->addSeparator();
   actMessage = Add(mnuAdministration, "actMessage", tr("&Message to the Network..."));
   actBans = Add(mnuAdministration, "actBans", tr("B&ans..."));
+
+  QMenu* help = AddMenu(bar, tr("&Help"));
+  actKeys = Add(help, "actKeys", tr("&Keys"), {Qt::Key_F1});
+  actAbout = Add(help, "actAbout", tr("&About Corvane Map"));
+  actAbout->setMenuRole(QAction::AboutRole);
 }
 
 QAction* MapActions::Add(QMenu* menu, const char* name, const QString& text,
@@ -69,6 +93,9 @@ QAction* MapActions::Add(QMenu* menu, const char* name, const QString& text,
   if (onlyIn != nullptr) {
     action->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     onlyIn->addAction(action);
+  } else {
+    // A hidden menu bar does not take keys.
+    menu->parentWidget()->window()->addAction(action);
   }
   return action;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAction>
+#include <QActionGroup>
 #include <QCoreApplication>
 #include <QMenu>
 #include <QMenuBar>
@@ -8,8 +9,8 @@
 
 namespace corvane::map {
 
-// The window's actions and menus. Shortcuts without Ctrl work in the map only; the window adds some
-// of them to the list of members.
+// The window's actions and menus. Shortcuts without Ctrl work in the map, and but for Home in the
+// list of members; function keys work everywhere.
 class MapActions {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MapActions)
 
@@ -25,6 +26,12 @@ class MapActions {
   QAction* actShowAll;
   QAction* actStop;
   QAction* actPicture;
+  QAction* actMembers;
+  QAction* actMessages;
+  QAction* actCompact;
+  QAction* actOnTop;
+  QActionGroup* grpOpacity;  // the data of each action are percent
+  QAction* actFind;
   QAction* actFollow;
   QAction* actTrail;
   QAction* actSend;
@@ -32,6 +39,9 @@ class MapActions {
   QAction* actBan;
   QAction* actMessage;
   QAction* actBans;
+  QAction* actKeys;
+  QAction* actAbout;
+  QMenu* mnuColumns;
   QMenu* mnuMember;
   QMenu* mnuAdministration;
 

@@ -112,9 +112,12 @@ void MapView::ShowRect(const QRectF& part) {
 
 void MapView::CentreOn(const Member& member) {
   const Marker* marker = myBoard.Find(&member);
-  if (marker == nullptr) return;
-  if (marker->facet != Scene()->Facet() && FacetRequested) FacetRequested(marker->facet);
-  centerOn(marker->place);
+  if (marker != nullptr) CentreOn(marker->place, marker->facet);
+}
+
+void MapView::CentreOn(QPointF place, int facet) {
+  if (facet != Scene()->Facet() && FacetRequested) FacetRequested(facet);
+  centerOn(place);
   ViewMoved();
 }
 

@@ -39,6 +39,7 @@ class MapView : public QGraphicsView {
   // Zooms to all markers on the facet, or to its picture if there are none.
   void ShowAll();
   void CentreOn(const client::Member& member);
+  void CentreOn(QPointF place, int facet);
 
   // Keeps the member in the middle until StopFollowing, even if it leaves and returns: the view
   // finds it by name.

@@ -6,11 +6,11 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
-#include <QToolBar>
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
 #include "map/accessible_map.h"
+#include "map/help.h"
 #include "map/picture_dialog.h"
 
 namespace corvane::map {
@@ -19,7 +19,7 @@ namespace {
 using client::Member;
 using State = client::Connection::State;
 
-constexpr std::chrono::milliseconds kFacetInterval{500};
+constexpr std::chrono::milliseconds kWindowInterval{500};
 // More than any map has. A server may report any number.
 constexpr std::size_t kMaxFacets = 200;
 
@@ -31,11 +31,11 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
       mySettings(settingsFile),
       myConnection(timing),
       myBoard(myConnection.Others()),
+      myNews(myConnection.Others(), *txtMessages),
       myOwnPosition(myConnection),
       myConnector(myConnection, mySettings, *txtMessages, *this),
       myAdministration(myConnection, *txtMessages, *this),
-      myPictures(cacheFolder),
-      myRows(std::make_unique<QSplitter>(Qt::Vertical)) {
+      myPictures(cacheFolder) {
   setWindowTitle(tr("Corvane Map"));
   setObjectName(QStringLiteral("MapWindow"));
   InstallAccessibleMap();
@@ -43,55 +43,43 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   map->setObjectName(QStringLiteral("map"));
   map->setAccessibleName(tr("Map"));
   map->setAccessibleDescription(tr("The list of members shows the same as text"));
-  cmbFacet = new QComboBox(this);
-  barOwn = new OwnBar(myOwnPosition, this);
+  barState = new Banner(myConnection, *map);
   pnlMembers = new MembersPanel(myConnection.Others(), this);
   stsLine = new StatusLine(myConnection, this);
+  barOwn = new OwnBar(myOwnPosition, this);
+  cmbFacet = new QComboBox(this);
   actions = std::make_unique<MapActions>(*menuBar(), *map);
-  pnlMembers->lstMembers->addActions({actions->actFollow, actions->actTrail, actions->actStop});
+  // Home is a key of the list, too.
+  for (QAction* action : map->actions()) {
+    if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
+  }
   LayOut();
   WireConnection();
   WireMap();
   WireActions();
-  RestoreLayout();
+  myLayout->Restore();
   ShowFacet(0);
   ShowState();
   map->setFocus();
 }
 
 void MapWindow::LayOut() {
-  auto* facets = new QToolBar(tr("Facet"), this);
-  facets->setObjectName(QStringLiteral("FacetBar"));
-  auto* label = new QLabel(tr("Fa&cet:"), facets);
+  auto* label = new QLabel(tr("Fa&cet:"), this);
   label->setBuddy(cmbFacet);
-  label->setContentsMargins(4, 0, 4, 0);
-  facets->addWidget(label);
-  facets->addWidget(cmbFacet);
   cmbFacet->setAccessibleName(tr("Facet"));
   cmbFacet->setSizeAdjustPolicy(QComboBox::AdjustToContents);
-  addToolBar(facets);
-  addToolBar(barOwn);
-
-  myColumns = new QSplitter(Qt::Horizontal);
-  myColumns->addWidget(map);
-  myColumns->addWidget(pnlMembers);
-  myColumns->setStretchFactor(0, 1);
-  myRows->addWidget(myColumns);
-  myRows->addWidget(txtMessages);
-  myRows->setStretchFactor(0, 1);
-  for (QSplitter* splitter : {myColumns, myRows.get()})
-    splitter->setChildrenCollapsible(false);
-  setCentralWidget(myRows.get());
+  for (QWidget* control : std::initializer_list<QWidget*>{barOwn, label, cmbFacet})
+    stsLine->AddControl(control);
   setStatusBar(stsLine);
+  myLayout =
+      std::make_unique<WindowLayout>(*this, *map, *pnlMembers, *txtMessages, *actions, mySettings);
   QWidget* before = map;
   for (QWidget* next : std::initializer_list<QWidget*>{
-           cmbFacet, barOwn->chkSend, pnlMembers->fldFilter, pnlMembers->lstMembers, txtMessages}) {
+           barState->btnAct, pnlMembers->fldFilter, pnlMembers->lstMembers, txtMessages,
+           barOwn->chkSend, barOwn->spnHp, barOwn->chkBattle, barOwn->chkDead, cmbFacet}) {
     setTabOrder(before, next);
     before = next;
   }
-  resize(1180, 760);
-  myColumns->setSizes({680, 500});
-  myRows->setSizes({620, 110});
 }
 
 void MapWindow::WireConnection() {
@@ -128,10 +116,8 @@ void MapWindow::WireMap() {
     if (myOwnPosition.IsOn()) myOwnPosition.Step(columns, rows, Facet());
     return myOwnPosition.IsOn();
   };
-  myOwnPosition.Changed = [this] {
-    myHighlights.own = myOwnPosition.Shown();
-    map->Refresh();
-  };
+  myOwnPosition.Changed = [this] { ShowOwn(); };
+  barState->ConnectRequested = [this] { AskWhere(); };
   pnlMembers->Selected = [this](const Member* member) {
     Select(member);
     if (member == nullptr) return;
@@ -139,15 +125,23 @@ void MapWindow::WireMap() {
     map->StopFollowing();
     map->CentreOn(*member);
   };
+  pnlMembers->OwnSelected = [this] {
+    if (!myHighlights.own) return;
+    map->StopFollowing();
+    map->CentreOn(QPointF(myHighlights.own->x, myHighlights.own->y), myHighlights.own->facet);
+  };
   pnlMembers->Activated = [this](const Member& member) {
     Select(&member);
     map->Follow(member);
   };
   pnlMembers->MenuRequested = [this](const Member&, QPoint at) { OpenMemberMenu(at); };
   connect(cmbFacet, &QComboBox::activated, this,
-          [this] { ShowFacet(cmbFacet->currentData().toInt()); });
-  connect(&myFacetTimer, &QTimer::timeout, this, [this] { ListFacets(); });
-  myFacetTimer.start(kFacetInterval);
+          [this] { ChooseFacet(cmbFacet->currentData().toInt()); });
+  connect(&myTimer, &QTimer::timeout, this, [this] {
+    ListFacets();
+    SelectAgain();
+  });
+  myTimer.start(kWindowInterval);
 }
 
 void MapWindow::WireActions() {
@@ -166,7 +160,12 @@ void MapWindow::WireActions() {
   on(actions->actZoomIn, [this] { map->ZoomIn(); });
   on(actions->actZoomOut, [this] { map->ZoomOut(); });
   on(actions->actShowAll, [this] { map->ShowAll(); });
-  on(actions->actStop, [this] { map->StopFollowing(); });
+  on(actions->actStop,
+     [this] { myLayout->IsCompact() ? myLayout->EndCompact() : map->StopFollowing(); });
+  connect(actions->actCompact, &QAction::toggled, this, [this] { EnableActions(); });
+  on(actions->actFind, [this] { myLayout->Find(); });
+  on(actions->actKeys, [this] { ShowKeys(*this, *menuBar()); });
+  on(actions->actAbout, [this] { ShowAbout(*this); });
   on(actions->actPicture, [this] { AskForPicture(); });
   on(actions->actFollow, [this] { ToggleFollow(); });
   onMember(actions->actTrail, [this](const Member& member) {
@@ -181,22 +180,8 @@ void MapWindow::WireActions() {
   connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
 }
 
-void MapWindow::RestoreLayout() {
-  restoreGeometry(mySettings.Stored("window"));
-  restoreState(mySettings.Stored("bars"));
-  myColumns->restoreState(mySettings.Stored("columns"));
-  myRows->restoreState(mySettings.Stored("rows"));
-}
-
-void MapWindow::SaveLayout() {
-  mySettings.Store("window", saveGeometry());
-  mySettings.Store("bars", saveState());
-  mySettings.Store("columns", myColumns->saveState());
-  mySettings.Store("rows", myRows->saveState());
-}
-
 void MapWindow::closeEvent(QCloseEvent* event) {
-  SaveLayout();
+  myLayout->Save();
   myConnection.Close();
   event->accept();
 }
@@ -210,22 +195,46 @@ void MapWindow::ShowState() {
       myOwnPosition.SendAgain();
     }
   } else {
-    myShowsAllNext = !map->IsFollowing();
     myReportedIncomplete = false;
     myIsOnline = false;
   }
+  // After a loss the map goes on as it was.
+  if (state == State::Offline) {
+    myShowsAllNext = !map->IsFollowing();
+    myFittedFacets.clear();
+  }
+  if (state == State::Online || state == State::Offline) ShowOwn();
   EnableActions();
+}
+
+void MapWindow::ShowOwn() {
+  const bool isHere = myConnection.CurrentState() != State::Offline;
+  myHighlights.own = myOwnPosition.Shown();
+  pnlMembers->ShowOwn(isHere ? myConnection.CurrentDestination().account.userName : std::string(),
+                      myHighlights.own);
+  map->Refresh();
 }
 
 void MapWindow::Select(const Member* member) {
   myHighlights.selected = member;
+  mySelected = member == nullptr ? std::string() : member->name;
   map->Refresh();
   EnableActions();
 }
 
 void MapWindow::Forget(const Member& member) {
   if (myHighlights.followed == &member) myHighlights.followed = nullptr;
-  if (myHighlights.selected == &member) Select(nullptr);
+  if (myHighlights.selected != &member) return;
+  myHighlights.selected = nullptr;
+  EnableActions();
+}
+
+// After its return, and when the filter lets it through again.
+void MapWindow::SelectAgain() {
+  const Member* member = mySelected.empty() ? nullptr : myConnection.Others().Find(mySelected);
+  if (member == nullptr || (member == myHighlights.selected && pnlMembers->HasSelection())) return;
+  pnlMembers->Select(member);
+  Select(member);
 }
 
 void MapWindow::EnableActions() {
@@ -235,18 +244,21 @@ void MapWindow::EnableActions() {
   for (QAction* action : {actions->actTrail, actions->actKick, actions->actBan})
     action->setEnabled(hasMember);
   actions->actFollow->setEnabled(hasMember || map->IsFollowing());
-  actions->actStop->setEnabled(map->IsFollowing());
+  actions->actFollow->setChecked(map->IsFollowing() &&
+                                 (!hasMember || myHighlights.selected == myHighlights.followed));
+  actions->actStop->setEnabled(map->IsFollowing() || myLayout->IsCompact());
   const Marker* marker = myBoard.Find(myHighlights.selected);
   actions->actTrail->setChecked(marker != nullptr && marker->hasTrail);
   actions->mnuAdministration->menuAction()->setVisible(myConnection.IsAdministrator());
 }
 
-void MapWindow::ToggleFollow() const {
+void MapWindow::ToggleFollow() {
   if (myHighlights.selected != nullptr && myHighlights.selected != myHighlights.followed) {
     map->Follow(*myHighlights.selected);
   } else {
     map->StopFollowing();
   }
+  EnableActions();
 }
 
 void MapWindow::OpenMemberMenu(QPoint at) {
@@ -280,10 +292,19 @@ void MapWindow::ListFacets() {
 
   if (myShowsAllNext && !myBoard.Extent(Facet()).isNull()) {
     myShowsAllNext = false;
+    myFittedFacets.insert(Facet());
     map->ShowAll();
   }
   if (myConnection.Others().IsIncomplete() && !std::exchange(myReportedIncomplete, true))
     txtMessages->Add(tr("Not all members are shown: there are too many, or names are too long."));
+}
+
+// The user's choice. The keys belong to the map again.
+void MapWindow::ChooseFacet(int facet) {
+  map->StopFollowing();
+  if (myFittedFacets.insert(facet).second) myShowsAllNext = true;
+  ShowFacet(facet);
+  map->setFocus();
 }
 
 void MapWindow::ShowFacet(int facet) {

@@ -7,14 +7,15 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QMainWindow>
-#include <QSplitter>
 
 #include "client/connection.h"
 #include "framework/signal.h"
 #include "map/administration.h"
+#include "map/banner.h"
 #include "map/connector.h"
 #include "map/map_actions.h"
 #include "map/map_view.h"
+#include "map/member_news.h"
 #include "map/members_panel.h"
 #include "map/messages_pane.h"
 #include "map/own_bar.h"
@@ -22,11 +23,13 @@
 #include "map/pictures/map_pictures.h"
 #include "map/settings.h"
 #include "map/status_line.h"
+#include "map/window_layout.h"
 
 namespace corvane::map {
 
 // The main window: the map, the list of members beside it, the messages below. Owns the connection,
-// the settings and the objects that work with them, and connects the events of its parts.
+// the settings and the objects that work with them, and connects the events of its parts. The
+// selected member is kept by name: its marker has the selection again when it returns.
 class MapWindow : public QMainWindow {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MapWindow)
 
@@ -49,11 +52,12 @@ class MapWindow : public QMainWindow {
 
   // The controls, in tab order. The window owns them.
   MapView* map;
-  QComboBox* cmbFacet;
-  OwnBar* barOwn;
+  Banner* barState;
   MembersPanel* pnlMembers;
   MessagesPane* txtMessages;
   StatusLine* stsLine;
+  OwnBar* barOwn;
+  QComboBox* cmbFacet;
   std::unique_ptr<MapActions> actions;
 
  protected:
@@ -64,37 +68,40 @@ class MapWindow : public QMainWindow {
   void WireConnection();
   void WireMap();
   void WireActions();
-  void RestoreLayout();
-  void SaveLayout();
 
   void ShowState();
+  void ShowOwn();
   void Select(const client::Member* member);
   void Forget(const client::Member& member);
+  void SelectAgain();
   void EnableActions();
   void ListFacets();
+  void ChooseFacet(int facet);
   void ShowPicture();
   void AskForPicture();
   void OpenMemberMenu(QPoint at);
-  void ToggleFollow() const;
+  void ToggleFollow();
 
   Settings mySettings;
   client::Connection myConnection;
   MarkerBoard myBoard;
+  MemberNews myNews;
   Highlights myHighlights;
   OwnPosition myOwnPosition;
   Connector myConnector;
   Administration myAdministration;
   MapPictures myPictures;
   std::unique_ptr<MapScene> myScene;
-  QSplitter* myColumns;
-  QTimer myFacetTimer;
+  QTimer myTimer;
   SignalConnection myStateChanged;
-  std::set<int> myFacets;      // in cmbFacet
-  bool myShowsAllNext = true;  // as soon as the facet has a marker
+  std::string mySelected;        // name; empty: nobody
+  std::set<int> myFacets;        // in cmbFacet
+  std::set<int> myFittedFacets;  // shown as a whole since the login
+  bool myShowsAllNext = true;    // as soon as the facet has a marker
   bool myIsOnline = false;
   bool myReportedIncomplete = false;
   // Holds the views, which use the members above: it is last, to be destroyed first.
-  std::unique_ptr<QSplitter> myRows;
+  std::unique_ptr<WindowLayout> myLayout;
 };
 
 }  // namespace corvane::map

@@ -4,6 +4,10 @@
 #include <chrono>
 #include <utility>
 
+#include <QFont>
+#include <QGuiApplication>
+#include <QPalette>
+
 #include "framework/visible_text.h"
 
 namespace corvane::map {
@@ -47,6 +51,13 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     const bool isNumber = column != kName && column != kState;
     return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
   }
+  if (role == Qt::FontRole && IsOwn(index.row())) {
+    QFont bold;
+    bold.setBold(true);
+    return bold;
+  }
+  if (role == Qt::ForegroundRole && !myMembers.IsCurrent())
+    return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
   const bool sorts = role == kSortRole;
   if (role != Qt::DisplayRole && !sorts) return {};
   if (column == kName) return sorts ? row.name.toCaseFolded() : row.name;
@@ -93,16 +104,31 @@ int MembersModel::RowOf(const Member& member) const {
   return place == myPlaces.end() ? -1 : place->second;
 }
 
+void MembersModel::ShowOwn(const std::string& name, const std::optional<client::Report>& report) {
+  if (name != myOwn.name) {
+    if (!myOwn.name.empty()) Removed(myOwn);
+    myOwn.name = name;
+    if (!name.empty()) Added(myOwn);
+  }
+  myOwn.hasPlace = report.has_value();
+  if (!report || *report == myOwn.report) return;
+  myOwn.report = *report;
+  myOwn.news = Clock::now();
+}
+
 void MembersModel::Update() {
   if (myGone > 0) RemoveGone();
   const int had = rowCount();
-  // Leaves out the names, which do not change, so that the list is not filtered and sorted by them
-  // again.
-  if (had > 0) Q_EMIT dataChanged(index(0, kX), index(had - 1, kNews));
+  // Leaves out the names, so that the list is not filtered and sorted by them again. Only their
+  // colour changes.
+  const bool isCurrent = myMembers.IsCurrent();
+  const bool changesColour = std::exchange(myWasCurrent, isCurrent) != isCurrent;
+  if (had > 0) Q_EMIT dataChanged(index(0, changesColour ? kName : kX), index(had - 1, kNews));
   if (myNew.empty()) return;
   beginInsertRows({}, had, had + static_cast<int>(myNew.size()) - 1);
   for (const Member* member : myNew)
-    myRows.push_back({member, VisibleText(member->name)});
+    myRows.push_back({member, member == &myOwn ? tr("%1 (you)").arg(VisibleText(member->name))
+                                               : VisibleText(member->name)});
   myNew.clear();
   Number();
   endInsertRows();

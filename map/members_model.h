@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -11,8 +13,8 @@
 
 namespace corvane::map {
 
-// The members as table rows. Applies all changes together twice a second, so the cost does not grow
-// with the rate of reports.
+// The members and the user as table rows. Applies all changes together twice a second, so the cost
+// does not grow with the rate of reports.
 class MembersModel : public QAbstractTableModel, private client::MembersWatcher {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::MembersModel)
 
@@ -29,6 +31,10 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   int columnCount(const QModelIndex& parent = {}) const override;
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
+
+  // Shows the user's row; without a name there is none.
+  void ShowOwn(const std::string& name, const std::optional<client::Report>& report);
+  bool IsOwn(int row) const { return MemberAt(row) == &myOwn; }
 
   // Null if the member was removed after the last Update.
   const client::Member* MemberAt(int row) const {
@@ -55,10 +61,12 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   static QString NewsOf(const client::Member& member);
 
   client::Members& myMembers;
+  client::Member myOwn;
   std::vector<Row> myRows;
   std::unordered_map<const client::Member*, int> myPlaces;
   std::vector<const client::Member*> myNew;
   std::size_t myGone = 0;
+  bool myWasCurrent = true;
   QTimer myTimer;
 };
 

@@ -1,17 +1,29 @@
 #include "map/members_panel.h"
 
+#include <array>
+
 #include <QAction>
-#include <QHeaderView>
 #include <QVBoxLayout>
 
 namespace corvane::map {
 
 using client::Member;
 
+namespace {
+
+// Letters are shortcuts here, as in the map; they do not search.
+class MembersTable : public QTableView {
+ public:
+  using QTableView::QTableView;
+  void keyboardSearch(const QString&) override {}
+};
+
+}  // namespace
+
 MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
     : QWidget(parent),
       fldFilter(new QLineEdit(this)),
-      lstMembers(new QTableView(this)),
+      lstMembers(new MembersTable(this)),
       myModel(members) {
   fldFilter->setObjectName(QStringLiteral("fldFilter"));
   fldFilter->setPlaceholderText(tr("Filter by name"));
@@ -35,12 +47,11 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
           [this](const QString& text) { myProxy.setFilterFixedString(text); });
   connect(lstMembers->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
           [this](const QModelIndex& current) {
-            if (myReportsSelection && Selected) Selected(MemberAt(current));
+            if (myReportsSelection) Report(current);
           });
   // A click on the selected row counts as a selection too.
-  connect(lstMembers, &QTableView::clicked, this, [this](const QModelIndex& index) {
-    if (Selected) Selected(MemberAt(index));
-  });
+  connect(lstMembers, &QTableView::clicked, this,
+          [this](const QModelIndex& index) { Report(index); });
   connect(lstMembers, &QTableView::doubleClicked, this,
           [this](const QModelIndex& index) { Activate(index); });
   const auto onKeys = [this](const QList<QKeySequence>& keys, auto act) {
@@ -64,7 +75,7 @@ void MembersPanel::SetUpList() {
   connect(&myProxy, &QAbstractItemModel::rowsAboutToBeRemoved, this,
           [this](const QModelIndex&, int first, int last) {
             const int row = lstMembers->currentIndex().row();
-            if (first <= row && row <= last) SetCurrent({});
+            if (first <= row && row <= last) Select(nullptr);
           });
   lstMembers->setModel(&myProxy);
   // Without this the list makes its first row the current one when it gets the focus. The map would
@@ -82,15 +93,36 @@ void MembersPanel::SetUpList() {
   lstMembers->setWordWrap(false);
   lstMembers->verticalHeader()->hide();
   lstMembers->verticalHeader()->setDefaultSectionSize(lstMembers->fontMetrics().height() + 6);
+  SetUpColumns();
+}
+
+void MembersPanel::SetUpColumns() {
   QHeaderView* header = lstMembers->horizontalHeader();
   header->setHighlightSections(false);
   const int digit = fontMetrics().horizontalAdvance('0');
-  for (const int column : {MembersModel::kX, MembersModel::kY, MembersModel::kHp})
-    header->resizeSection(column, 6 * digit);
-  header->resizeSection(MembersModel::kName, 14 * digit);
-  header->resizeSection(MembersModel::kFacet, 7 * digit);
-  header->resizeSection(MembersModel::kState, 9 * digit);
-  header->setStretchLastSection(true);
+  constexpr std::array kDigits{0, 6, 6, 6, 5, 8, 10};
+  for (int column = MembersModel::kName + 1; column < MembersModel::kColumns; ++column)
+    header->resizeSection(column, kDigits[static_cast<std::size_t>(column)] * digit);
+  header->setMinimumSectionSize(5 * digit);
+  header->setSectionResizeMode(MembersModel::kName, QHeaderView::Stretch);
+  header->setContextMenuPolicy(Qt::ActionsContextMenu);
+  for (int column = MembersModel::kName + 1; column < MembersModel::kColumns; ++column) {
+    auto* action =
+        new QAction(myModel.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString(), header);
+    action->setCheckable(true);
+    header->addAction(action);
+    connect(action, &QAction::toggled, header,
+            [header, column](bool isShown) { header->setSectionHidden(column, !isShown); });
+    header->setSectionHidden(column, true);
+    action->setChecked(column == MembersModel::kHp || column == MembersModel::kState);
+  }
+}
+
+void MembersPanel::SetColumns(const QByteArray& columns) {
+  QHeaderView* header = lstMembers->horizontalHeader();
+  header->restoreState(columns);
+  for (int column = MembersModel::kName + 1; column < MembersModel::kColumns; ++column)
+    header->actions().at(column - 1)->setChecked(!header->isSectionHidden(column));
 }
 
 void MembersPanel::Select(const Member* member) {
@@ -105,13 +137,20 @@ void MembersPanel::Select(const Member* member) {
   myReportsSelection = true;
 }
 
+void MembersPanel::Report(const QModelIndex& index) const {
+  const Member* member = MemberAt(index);
+  if (Selected) Selected(member);
+  if (index.isValid() && member == nullptr && OwnSelected) OwnSelected();
+}
+
 void MembersPanel::SetCurrent(const QModelIndex& index) const {
   lstMembers->selectionModel()->setCurrentIndex(
       index, QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
 }
 
 const Member* MembersPanel::MemberAt(const QModelIndex& index) const {
-  return index.isValid() ? myModel.MemberAt(myProxy.mapToSource(index).row()) : nullptr;
+  const int row = myProxy.mapToSource(index).row();
+  return index.isValid() && !myModel.IsOwn(row) ? myModel.MemberAt(row) : nullptr;
 }
 
 void MembersPanel::Activate(const QModelIndex& index) {

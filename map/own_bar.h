@@ -1,19 +1,17 @@
 #pragma once
 
-#include <functional>
-
-#include <QAction>
 #include <QCheckBox>
 #include <QCoreApplication>
 #include <QSpinBox>
-#include <QToolBar>
+#include <QWidget>
 
 #include "map/own_position.h"
 
 namespace corvane::map {
 
-// The tool bar for playing by hand: whether to send a position, and the hit points and flags in it.
-class OwnBar : public QToolBar {
+// The controls for playing by hand: whether to send a position, and while it is sent, the hit
+// points and flags in it.
+class OwnBar : public QWidget {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::OwnBar)
 
  public:

@@ -15,7 +15,6 @@ using State = client::Connection::State;
 StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
     : QStatusBar(parent),
       lblState(new QLabel(this)),
-      btnRetry(new QPushButton(tr("&Try Now"), this)),
       prgCutting(new QProgressBar(this)),
       lblPlace(new QLabel(this)),
       myConnection(connection) {
@@ -32,10 +31,8 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   prgCutting->setMinimumWidth(fontMetrics().horizontalAdvance(prgCutting->format()) + 40);
   prgCutting->hide();
   addWidget(lblState, 1);
-  addPermanentWidget(btnRetry);
   addPermanentWidget(prgCutting);
   addPermanentWidget(lblPlace);
-  connect(btnRetry, &QPushButton::clicked, this, [this] { myConnection.RetryNow(); });
   connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
   myTimer.start(std::chrono::milliseconds(500));
   myStateChanged = myConnection.StateChanged.Connect([this] { Update(); });
@@ -43,7 +40,6 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
 }
 
 void StatusLine::Update() {
-  btnRetry->setVisible(myConnection.CurrentState() == State::Waiting);
   const QString text = StateText();
   if (text == lblState->text()) return;
   lblState->setText(text);
@@ -60,10 +56,8 @@ QString StatusLine::StateText() {
       return tr("Connecting to %1...").arg(host);
     case State::LoggingIn:
       return tr("Logging in to %1...").arg(VisibleText(where.account.network));
-    case State::Waiting: {
-      const auto seconds = std::chrono::ceil<std::chrono::seconds>(myConnection.RetryIn()).count();
-      return tr("The connection was lost; trying again in %1 s").arg(seconds);
-    }
+    case State::Waiting:
+      return tr("The connection is lost");
     case State::Online:
       break;
   }

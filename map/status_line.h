@@ -5,7 +5,6 @@
 #include <QCoreApplication>
 #include <QLabel>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -14,8 +13,8 @@
 
 namespace corvane::map {
 
-// The status bar: the connection's state with the seconds until the next attempt, the progress of
-// cutting a picture, and the coordinates under the pointer.
+// The status bar: the connection's state, the progress of cutting a picture, the user's controls,
+// and the coordinates under the pointer.
 class StatusLine : public QStatusBar {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::StatusLine)
 
@@ -23,12 +22,13 @@ class StatusLine : public QStatusBar {
   // Borrows the connection.
   StatusLine(client::Connection& connection, QWidget* parent);
 
+  // Adds a control before the coordinates.
+  void AddControl(QWidget* control) { insertPermanentWidget(++myControls, control); }
   void ShowPlace(std::optional<QPointF> place) const;
   void ShowProgress(int percent) const;
 
   // The controls. The bar owns them.
   QLabel* lblState;
-  QPushButton* btnRetry;
   QProgressBar* prgCutting;
   QLabel* lblPlace;
 
@@ -37,6 +37,7 @@ class StatusLine : public QStatusBar {
   QString StateText();
 
   client::Connection& myConnection;
+  int myControls = 0;
   QTimer myTimer;
   SignalConnection myStateChanged;
 };

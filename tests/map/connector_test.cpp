@@ -179,19 +179,23 @@ TEST_F(ConnectorTest, ReconnectsToARestartedServerAndOnDemandAtOnce) {
   myWindow->map->Follow(*myWindow->Wire().Others().Find("Bob"));
   server.reset();
   ASSERT_TRUE(Reaches(State::Waiting));
-  EXPECT_THAT(myWindow->stsLine->lblState->text().toStdString(),
-              testing::HasSubstr("trying again in 1 s"));
-  EXPECT_TRUE(RowsAre({}));
+  EXPECT_THAT(myWindow->barState->lblText->text().toStdString(),
+              testing::HasSubstr("Trying again in 1 s"));
   EXPECT_TRUE(Shows("The connection was lost"));
+  // The last positions stay, grey.
+  EXPECT_TRUE(RowsAre({"Bob|1|2|0|3|Alive"}));
+  EXPECT_TRUE(PumpUntil([&] { return myWindow->Board().All().at(0)->isStale; }));
   server = std::make_unique<TestServer>(port);
   server->AddNetwork("North");
   TestClient again(port);
   ASSERT_TRUE(again.Login("North", "secret", "Bob"));
   ASSERT_TRUE(Reaches(State::Waiting));
-  Click(myWindow->stsLine->btnRetry);
+  Click(myWindow->barState->btnAct);
   EXPECT_EQ(State(), State::Connecting);
   EXPECT_TRUE(Reaches(State::Online));
-  EXPECT_FALSE(myWindow->stsLine->btnRetry->isVisible());
+  EXPECT_FALSE(myWindow->barState->isVisible());
+  EXPECT_TRUE(RowsAre({"Bob|||||No place"}));
+  EXPECT_FALSE(myWindow->txtMessages->toPlainText().contains("came"));
   // It sends its position again and goes on following.
   EXPECT_EQ(again.Receive(),
             (WireMessage{5, "Ann|" + std::to_string(OwnPosition::kStride) + ",0,0,100,0,0"}));

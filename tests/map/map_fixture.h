@@ -46,11 +46,11 @@ class WindowTest : public testing::Test {
   // Whether the text appears in the messages.
   bool Shows(const QString& text);
 
-  // The rows of the list, with "|" between cells, without the column of the last news.
+  // The others' rows in the list, with "|" between cells, without the column of the last news.
   std::vector<std::string> Rows();
   bool RowsAre(const std::vector<std::string>& rows);
-  // Where the list shows the cell.
-  QPoint CellAt(int row, int column = 0);
+  // Where the list shows the name in that row of the others.
+  QPoint CellAt(int row);
   // Where the map shows the place.
   QPoint OnMap(QPointF place) { return myWindow->map->mapFromScene(place); }
   // The map, painted now.

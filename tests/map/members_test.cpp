@@ -37,10 +37,14 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
     return myWindow->map->mapToScene(myWindow->map->viewport()->rect().center());
   };
   List()->setFocus();
-  EXPECT_EQ(myWindow->Shown().selected, nullptr) << "the keyboard alone selects nobody";
+  EXPECT_FALSE(List()->currentIndex().isValid()) << "the keyboard alone selects nobody";
+  QTest::keyClick(List(), Qt::Key_Down);
+  EXPECT_EQ(myWindow->Shown().selected, nullptr) << "the user's own row";
+  QTest::keyClick(List(), Qt::Key_C);
+  EXPECT_EQ(myWindow->Shown().selected, nullptr) << "letters do not search";
   QTest::keyClick(List(), Qt::Key_Down);
   EXPECT_EQ(myWindow->Shown().selected, Find("Bob"));
-  EXPECT_TRUE(List()->selectionModel()->isRowSelected(0));
+  EXPECT_TRUE(List()->selectionModel()->isRowSelected(1));
   QTest::mouseClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_LT((middle() - QPointF(5000, 3000)).manhattanLength(), 5);
   EXPECT_EQ(myWindow->Facet(), 2);
@@ -54,6 +58,7 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   for (const Qt::Key key : {Qt::Key_F, Qt::Key_Escape}) {
     QTest::keyClick(List(), key);
     EXPECT_EQ(myWindow->map->IsFollowing(), key == Qt::Key_F);
+    EXPECT_EQ(myWindow->actions->actFollow->isChecked(), key == Qt::Key_F);
   }
   QTest::mouseDClick(List()->viewport(), Qt::LeftButton, {}, CellAt(1));
   EXPECT_TRUE(myWindow->map->IsFollowing());
@@ -74,6 +79,11 @@ TEST_F(MembersTest, AClickCentresAndADoubleClickFollows) {
   ASSERT_TRUE(PumpUntil([&] { return Rows().size() == 1; }));
   EXPECT_FALSE(List()->currentIndex().isValid());
   EXPECT_FALSE(myWindow->actions->actKick->isEnabled());
+  // Its return brings the selection back.
+  bob = Member("BOB", "1,1,0,50,0,0");
+  EXPECT_TRUE(PumpUntil([&] { return myWindow->actions->actKick->isEnabled(); }));
+  EXPECT_EQ(myWindow->Shown().selected, Find("Bob"));
+  EXPECT_EQ(List()->currentIndex().data().toString(), "BOB");
 }
 
 TEST_F(MembersTest, AnAdministratorKicksBansAndSendsMessages) {

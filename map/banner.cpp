@@ -1,0 +1,69 @@
+#include "map/banner.h"
+
+#include <chrono>
+#include <utility>
+
+#include "framework/text.h"
+#include "framework/visible_text.h"
+
+namespace corvane::map {
+
+using client::Ending;
+using State = client::Connection::State;
+
+Banner::Banner(client::Connection& connection, QWidget& map)
+    : MapNotice(map, Qt::TopEdge), myConnection(connection) {
+  lblText->setAccessibleName(tr("State of the map"));
+  connect(btnAct, &QPushButton::clicked, this, [this] {
+    if (myConnection.CurrentState() == State::Waiting) {
+      myConnection.RetryNow();
+    } else {
+      ConnectRequested();
+    }
+  });
+  mySessionEnded = myConnection.SessionEnded.Connect([this](const Ending& ending) {
+    if (!std::exchange(myWasOnline, myConnection.CurrentState() == State::Waiting)) return;
+    const bool hasLeft = ending.cause == Ending::Cause::Left;
+    myEnding = hasLeft ? QString() : VisibleText(TextFromDisplay(ending.Explanation()));
+  });
+  myStateChanged = myConnection.StateChanged.Connect([this] { Update(); });
+  connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
+  myTimer.start(std::chrono::milliseconds(500));
+  Update();
+}
+
+void Banner::Update() {
+  const client::Members& others = myConnection.Others();
+  switch (myConnection.CurrentState()) {
+    case State::Online:
+      myWasOnline = true;
+      myEnding.clear();
+      Show(others.IsCurrent() && others.Count() == 0 ? tr("Nobody else is here yet.") : QString(),
+           Kind::Calm);
+      break;
+    case State::Waiting: {
+      const auto seconds = std::chrono::ceil<std::chrono::seconds>(myConnection.RetryIn()).count();
+      Show(tr("The connection is lost; the map shows the last positions. Trying again in %1 s.")
+               .arg(seconds),
+           Kind::Warning, tr("&Try Now"));
+      break;
+    }
+    case State::Connecting:
+    case State::LoggingIn:
+      if (!myWasOnline) myEnding.clear();
+      Show(myWasOnline ? tr("The connection is lost; connecting again...") : QString(),
+           Kind::Warning);
+      break;
+    case State::Offline:
+      // Still set if the user gave up reconnecting.
+      if (std::exchange(myWasOnline, false)) myEnding.clear();
+      if (myEnding.isEmpty()) {
+        Show(tr("Not connected."), Kind::Calm, tr("&Connect..."));
+      } else {
+        Show(myEnding, Kind::Warning, tr("&Connect..."));
+      }
+      break;
+  }
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QFrame>
+#include <QLabel>
+#include <QPushButton>
+
+namespace corvane::map {
+
+// A line of text over the map, centred at its upper or lower edge, with an optional button. Hidden
+// while there is nothing to say.
+class MapNotice : public QFrame {
+ public:
+  // Calm: light on dark. Warning: dark on amber. Both are readable on any picture.
+  enum class Kind { Calm, Warning };
+
+  MapNotice(QWidget& map, Qt::Edge edge);
+
+  // An empty text hides it.
+  void Show(const QString& text, Kind kind, const QString& button = {});
+  // Fades after some seconds.
+  void ShowBriefly(const QString& text);
+
+  // The controls. The notice owns them.
+  QLabel* lblText;
+  QPushButton* btnAct;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
+ private:
+  void Place();
+
+  Qt::Edge myEdge;
+};
+
+}  // namespace corvane::map
