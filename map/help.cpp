@@ -71,6 +71,7 @@ void ShowKeys(QWidget& window, const QMenuBar& menus) {
   table->setTabKeyNavigation(false);
   table->setShowGrid(false);
   table->verticalHeader()->hide();
+  table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
   table->horizontalHeader()->setStretchLastSection(true);
   table->resizeColumnsToContents();
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);

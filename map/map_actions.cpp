@@ -49,7 +49,7 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   mnuColumns = view->addMenu(tr("&Columns of the List"));
   actMessages = Add(view, "actMessages", tr("&Messages"));
   view->addSeparator();
-  actCompact = Add(view, "actCompact", tr("C&ompact View"), {Qt::Key_F11});
+  actCompact = Add(view, "actCompact", tr("Compact &View"), {Qt::Key_F11});
   actOnTop = Add(view, "actOnTop", tr("Always on &Top"));
   for (QAction* action : {actMembers, actMessages, actCompact, actOnTop})
     action->setCheckable(true);

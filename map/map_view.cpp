@@ -142,6 +142,7 @@ void MapView::KeepFollowing() {
     for (const Marker* marker : myBoard.All()) {
       if (SameText(marker->member->name, myFollowed)) myHighlights.followed = marker->member;
     }
+    if (myHighlights.followed != nullptr && FollowChanged) FollowChanged();
   }
   const Marker* marker = myBoard.Find(myHighlights.followed);
   if (marker == nullptr) return;

@@ -198,8 +198,8 @@ void MapWindow::ShowState() {
     myReportedIncomplete = false;
     myIsOnline = false;
   }
-  // After a loss the map goes on as it was.
-  if (state == State::Offline) {
+  // After a loss or a kick the map stays as it was.
+  if (state != State::Online && myConnection.Others().Count() == 0) {
     myShowsAllNext = !map->IsFollowing();
     myFittedFacets.clear();
   }

@@ -51,7 +51,7 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     const bool isNumber = column != kName && column != kState;
     return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
   }
-  if (role == Qt::FontRole && IsOwn(index.row())) {
+  if (role == Qt::FontRole && column == kName && IsOwn(index.row())) {
     QFont bold;
     bold.setBold(true);
     return bold;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include <QApplication>
 #include <QEvent>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -19,7 +20,8 @@ constexpr int kListDigits = 34;
 
 int HeightOfTwoLines(const QPlainTextEdit& text) {
   const double margins = 2 * text.document()->documentMargin() + 2 * text.frameWidth();
-  return 2 * text.fontMetrics().lineSpacing() + static_cast<int>(margins);
+  // The text's lines are a little higher than the font's.
+  return 5 * text.fontMetrics().lineSpacing() / 2 + static_cast<int>(margins);
 }
 
 }  // namespace
@@ -108,6 +110,7 @@ void WindowLayout::Fit() {
   }
   myMessages.widget->setMinimumHeight(lines);
   for (const auto& [part, size] : {std::pair(&myMembers, width), std::pair(&myMessages, height)}) {
+    if (size == 0 && part->widget->isAncestorOf(QApplication::focusWidget())) myMap.setFocus();
     part->widget->setVisible(size > 0);
     part->action->setChecked(size > 0);
   }

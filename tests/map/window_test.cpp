@@ -1,5 +1,6 @@
 #include <QMenu>
 #include <QTableWidget>
+#include <QTextBlock>
 
 #include "tests/map/map_fixture.h"
 
@@ -41,6 +42,10 @@ TEST_F(FrameTest, TheMapHasMostOfTheWindowAndChoicesStay) {
     EXPECT_TRUE(List().isVisible());
     EXPECT_TRUE(myWindow->txtMessages->isVisible());
   }
+  for (const char* line : {"one", "two", "three"})
+    myWindow->txtMessages->Add(line);
+  ASSERT_TRUE(Shows("three"));
+  EXPECT_EQ(myWindow->txtMessages->cursorForPosition({9, 9}).block().text().right(3), "two");
   // What is opened in a small window stays open there, also after a restart, but not in a smaller
   // one.
   Resize({700, 500});
