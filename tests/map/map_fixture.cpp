@@ -24,7 +24,7 @@ WindowTest::WindowTest() {
 void WindowTest::MakeWindow() {
   using std::chrono::milliseconds;
   Connection::Timing timing;
-  timing.firstDelay = timing.maxDelay = milliseconds(300);
+  timing.firstDelay = timing.maxDelay = milliseconds(1000);
   timing.refreshInterval = milliseconds(30'000);
   myWindow.emplace(myFolder.filePath("map.ini"), myFolder.filePath("cache"), timing);
   myWindow->show();

@@ -85,6 +85,7 @@ TEST_F(FrameTest, SaysWhoComesAndGoesAndWhyTheMapIsEmpty) {
   EXPECT_FALSE(myWindow->barState->isVisible());
   bob.reset();
   EXPECT_TRUE(Shows("Bob left."));
+  myWindow->txtMessages->clear();
   for (int i = 0; i < 6; ++i)
     myWindow->Wire().Others().TakeRelay({"m" + std::to_string(i), {}}, client::Clock::now());
   EXPECT_TRUE(Shows("6 members came: m0, m1, m2, m3, m4, ..."));
@@ -94,16 +95,26 @@ TEST_F(FrameTest, SaysWhoComesAndGoesAndWhyTheMapIsEmpty) {
   admin.Send(10, "Ann|North");
   EXPECT_TRUE(Says("You were kicked"));
   EXPECT_FALSE(Rows().empty()) << "the last positions";
+  // Who is there before the user is no news.
+  Login(myServer.Port());
+  ASSERT_TRUE(RowsAre({"Cy|||||No place"}));
+  bob = Member("Bob", "1,2,0,3,0,0");
+  EXPECT_TRUE(Shows("Bob came."));
 }
 
 TEST_F(FrameTest, AChosenFacetIsFittedOnceAndTheMapHasTheKeys) {
+  const auto shows = [&](QPointF place) {
+    return PumpUntil([&] { return myWindow->map->viewport()->rect().contains(OnMap(place)); });
+  };
+  const auto cy = Member("Cy", "9000,9000,0,50,0,0");
+  ASSERT_TRUE(shows({9000, 9000}));
   const auto bob = Member("Bob", "5000,6000,3,50,0,0");
   ASSERT_TRUE(PumpUntil([&] { return myWindow->cmbFacet->count() == 2; }));
   myWindow->cmbFacet->setFocus();
   QTest::keyClick(myWindow->cmbFacet, Qt::Key_Down);
   EXPECT_EQ(myWindow->Facet(), 3);
   EXPECT_TRUE(myWindow->map->hasFocus());
-  EXPECT_TRUE(myWindow->map->viewport()->rect().contains(OnMap({5000, 6000})));
+  EXPECT_TRUE(shows({5000, 6000}));
 }
 
 TEST_F(FrameTest, TheOwnRowFollowsTheOwnReport) {
