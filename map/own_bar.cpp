@@ -18,7 +18,7 @@ OwnBar::OwnBar(OwnPosition& position, QWidget* parent)
   chkSend->setToolTip(tr("Click on the map to go there, or use the arrow keys"));
   spnHp->setRange(0, std::numeric_limits<int>::max());
   spnHp->setValue(100);
-  spnHp->setMaximumWidth(fontMetrics().horizontalAdvance('0') * 11);
+  spnHp->setMaximumWidth(fontMetrics().horizontalAdvance('0') * 9);
   spnHp->setAccessibleName(tr("My hit points"));
   auto* label = new QLabel(tr("&HP:"), this);
   label->setBuddy(spnHp);

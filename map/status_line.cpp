@@ -24,7 +24,7 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   // Their names are their texts.
   lblState->setAccessibleDescription(tr("State of the connection"));
   lblPlace->setAccessibleDescription(tr("Coordinates under the pointer"));
-  lblPlace->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("-000000, -000000")));
+  lblPlace->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("-00000, -00000")));
   lblPlace->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   prgCutting->setFormat(tr("Preparing the picture: %p%"));
   prgCutting->setAccessibleName(tr("Preparing the picture"));

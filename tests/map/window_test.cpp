@@ -34,6 +34,7 @@ TEST_F(FrameTest, TheMapHasMostOfTheWindowAndChoicesStay) {
   QSettings(myFolder.filePath("map.ini"), QSettings::IniFormat)
       .setValue("stored/layout", QByteArray("[no layout"));
   Restart();
+  Click(myWindow->barOwn->chkSend);
   for (const QSize size : {QSize(640, 480), QSize(800, 600), QSize(1180, 760), QSize(1900, 1060)}) {
     Resize(size);
     EXPECT_EQ(myWindow->size(), size);
