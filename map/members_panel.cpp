@@ -118,7 +118,7 @@ void MembersPanel::SetUpColumns() {
   }
 }
 
-void MembersPanel::SetColumns(const QByteArray& columns) {
+void MembersPanel::SetColumns(const QByteArray& columns) const {
   QHeaderView* header = lstMembers->horizontalHeader();
   header->restoreState(columns);
   for (int column = MembersModel::kName + 1; column < MembersModel::kColumns; ++column)

@@ -38,7 +38,7 @@ class MembersPanel : public QWidget {
 
   // The columns with their widths and order, for the settings.
   QByteArray Columns() const { return lstMembers->horizontalHeader()->saveState(); }
-  void SetColumns(const QByteArray& columns);
+  void SetColumns(const QByteArray& columns) const;
   // One for each column that can be hidden.
   QList<QAction*> ColumnActions() const { return lstMembers->horizontalHeader()->actions(); }
 

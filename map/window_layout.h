@@ -39,7 +39,7 @@ class WindowLayout : public QObject {
   void Save();
 
   bool IsCompact() const { return myActions.actCompact->isChecked(); }
-  void EndCompact() { myActions.actCompact->setChecked(false); }
+  void EndCompact() const { myActions.actCompact->setChecked(false); }
   // Opens the list if it is closed, and puts the keyboard into the filter.
   void Find();
 
