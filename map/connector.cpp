@@ -55,6 +55,7 @@ void Connector::FinishIfOnline() {
   // An automatic reconnect leaves a dialog open that the user is typing into.
   if (!server) return;
   mySettings.Remember(*server);
+  mySettings.SetCurrentPlace(server->Key());
   myDialog->accept();
   std::exchange(myDialog, nullptr)->deleteLater();
 }

@@ -58,12 +58,12 @@ int main(int argc, char** argv) {
   const ReadablePlaceholders placeholders(application);
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
   const ProcessSignals signals([&window] { window.close(); });
-  if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);
   window.show();
   if (parsed.options->server) {
     window.LoginTo(*parsed.options->server);
   } else {
     window.AskWhere();
   }
+  if (parsed.options->picture) window.SetPicture(0, *parsed.options->picture);
   return QApplication::exec();
 }

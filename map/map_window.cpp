@@ -87,6 +87,10 @@ void MapWindow::WireConnection() {
   myConnection.MessageReceived = [this](std::string_view text) {
     txtMessages->Add(tr("Message: %1").arg(DisplayText(text)));
   };
+  myPlaceChanged = mySettings.PlaceChanged.Connect([this] {
+    ShowPicture();
+    ListFacets();
+  });
   myPictures.Completed = [this] { ShowPicture(); };
   myPictures.Progressed = [this](int percent) { stsLine->ShowProgress(percent); };
   myPictures.Failed = [this](const QString& text) { txtMessages->Add(text); };

@@ -38,8 +38,11 @@ class MapWindow : public QMainWindow {
   MapWindow(const QString& settingsFile, const QString& cacheFolder,
             client::Connection::Timing timing = {});
 
-  // Logs in with the given values. The dialog stays open if that fails.
-  void LoginTo(const RecentServer& server) { myConnector.TryGiven(server); }
+  // Shows the place and logs in with the given values. The dialog stays open if that fails.
+  void LoginTo(const RecentServer& server) {
+    mySettings.SetCurrentPlace(server.Key());
+    myConnector.TryGiven(server);
+  }
   void AskWhere() { myConnector.Ask(); }
   void ShowFacet(int facet);
   int Facet() const { return myScene->Facet(); }
@@ -94,6 +97,7 @@ class MapWindow : public QMainWindow {
   std::unique_ptr<MapScene> myScene;
   QTimer myTimer;
   SignalConnection myStateChanged;
+  SignalConnection myPlaceChanged;
   std::string mySelected;        // name; empty: nobody
   std::set<int> myFacets;        // in cmbFacet
   std::set<int> myFittedFacets;  // shown as a whole since the login

@@ -4,15 +4,26 @@
 
 #include <QFile>
 
+#include "framework/text.h"
+#include "map/places/geo_json.h"
+
 namespace corvane::map {
 namespace {
 
 constexpr QLatin1String kRecent("recent");
-constexpr QLatin1String kPictures("pictures");
+constexpr QLatin1String kPictures("/pictures");
+constexpr QLatin1String kLandmarks("/landmarks");
 constexpr QLatin1String kStored("stored/");
 
-QString PictureGroup(int facet) {
-  return kPictures + '/' + QString::number(facet);
+// The beginning of a place's keys. What was stored before there was a server stands at the top.
+QString GroupOf(const PlaceKey& place) {
+  if (place.host.isEmpty()) return {};
+  const QString name =
+      QStringLiteral("%1:%2 %3").arg(place.host).arg(place.port).arg(place.network);
+  QString key = DisplayText(FoldText(TextFromDisplay(name)));
+  // A slash would begin another group.
+  key.replace('%', "%25").replace('/', "%2F").replace('\\', "%5C");
+  return "/places/" + key;
 }
 
 bool IsSameEntry(const RecentServer& one, const RecentServer& other) {
@@ -27,6 +38,11 @@ Settings::Settings(const QString& file) : mySettings(file, QSettings::IniFormat)
   mySettings.setValue(QStringLiteral("format"), 1);
   mySettings.sync();
   QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner);
+  // Older versions had the same pictures for all servers: each known one gets them.
+  const QList<RecentServer> servers = RecentServers();
+  for (const RecentServer& server : servers)
+    CopyContent(server.Key());
+  if (!servers.isEmpty()) SetCurrentPlace(servers[0].Key());
 }
 
 QList<RecentServer> Settings::RecentServers() const {
@@ -86,6 +102,30 @@ void Settings::StoreRecent(const QList<RecentServer>& servers) {
   mySettings.endArray();
 }
 
+void Settings::SetCurrentPlace(const PlaceKey& place) {
+  if (myPlace.host.isEmpty() && !place.host.isEmpty()) {
+    CopyContent(place);
+    mySettings.remove(kPictures);
+    mySettings.remove(kLandmarks);
+  }
+  myPlace = place;
+  PlaceChanged();
+}
+
+// Copies what was stored without a server. Keeps what the place already has.
+void Settings::CopyContent(const PlaceKey& place) {
+  for (const QString& key : mySettings.allKeys()) {
+    const QString whole = '/' + key;
+    if (!whole.startsWith(kPictures + '/') && whole != kLandmarks) continue;
+    const QString copy = GroupOf(place) + whole;
+    if (!mySettings.contains(copy)) mySettings.setValue(copy, mySettings.value(whole));
+  }
+}
+
+QString Settings::PictureGroup(int facet) const {
+  return GroupOf(myPlace) + kPictures + '/' + QString::number(facet);
+}
+
 MapPicture Settings::PictureOf(int facet) const {
   MapPicture picture;
   mySettings.beginGroup(PictureGroup(facet));
@@ -114,12 +154,20 @@ void Settings::SetPictureOf(int facet, const MapPicture& picture) {
 
 QList<int> Settings::Pictured() const {
   QList<int> facets;
-  mySettings.beginGroup(kPictures);
+  mySettings.beginGroup(GroupOf(myPlace) + kPictures);
   for (const QString& group : mySettings.childGroups())
     facets.append(group.toInt());
   mySettings.endGroup();
   std::sort(facets.begin(), facets.end());
   return facets;
+}
+
+QList<Landmark> Settings::Landmarks() const {
+  return FromGeoJson(mySettings.value(GroupOf(myPlace) + kLandmarks).toByteArray()).landmarks;
+}
+
+void Settings::SetLandmarks(const QList<Landmark>& landmarks) {
+  mySettings.setValue(GroupOf(myPlace) + kLandmarks, ToGeoJson(landmarks));
 }
 
 QByteArray Settings::Stored(const QString& name) const {

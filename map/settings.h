@@ -7,9 +7,18 @@
 #include <QSettings>
 #include <QString>
 
+#include "framework/signal.h"
 #include "map/pictures/map_picture.h"
+#include "map/places/landmark.h"
 
 namespace corvane::map {
+
+// The server and network that pictures and landmarks belong to. Letter case does not matter.
+struct PlaceKey {
+  QString host;  // empty: no server yet
+  std::uint16_t port = 0;
+  QString network;
+};
 
 // A server and account that the user has logged in with.
 struct RecentServer {
@@ -22,9 +31,12 @@ struct RecentServer {
   bool isEncrypted = false;
   // SHA-256 of the certificate that the user trusts. Empty if the system's authorities decide.
   QByteArray fingerprint{};
+
+  PlaceKey Key() const { return {host, port, network}; }
 };
 
-// The map's settings file, which only its user can read: recent servers, pictures, window layout.
+// The map's settings file, which only its user can read: recent servers, pictures and landmarks of
+// each network, window layout.
 class Settings {
  public:
   static constexpr int kMaxRecent = 10;
@@ -39,10 +51,19 @@ class Settings {
   // Removes the entry with the same host, port, network and user.
   void Forget(const RecentServer& server);
 
+  // The place whose pictures and landmarks the methods below read and write: the most recent server
+  // at first. What was stored before there was any server moves to the first one.
+  const PlaceKey& CurrentPlace() const { return myPlace; }
+  void SetCurrentPlace(const PlaceKey& place);
+  Signal<> PlaceChanged;
+
   MapPicture PictureOf(int facet) const;
   void SetPictureOf(int facet, const MapPicture& picture);
   // The facets with a picture, ascending.
   QList<int> Pictured() const;
+
+  QList<Landmark> Landmarks() const;
+  void SetLandmarks(const QList<Landmark>& landmarks);
 
   // Bytes that a part of the map keeps: a window's layout, a feature's options.
   QByteArray Stored(const QString& name) const;
@@ -50,8 +71,11 @@ class Settings {
 
  private:
   void StoreRecent(const QList<RecentServer>& servers);
+  QString PictureGroup(int facet) const;
+  void CopyContent(const PlaceKey& place);
 
   mutable QSettings mySettings;
+  PlaceKey myPlace;
 };
 
 }  // namespace corvane::map

@@ -94,6 +94,39 @@ TEST(MembersModel, RowsFollowMembersThatComeAndGo) {
   }
 }
 
+TEST(Settings, PicturesAndLandmarksBelongToANetworkOfAServer) {
+  const QTemporaryDir folder;
+  const QString file = folder.filePath("map.ini");
+  const auto picture = [](const char* path) {
+    return MapPicture{MapPicture::Kind::Image, path, {1.5, -2}, 0.25};
+  };
+  {
+    Settings settings(file);
+    settings.SetPictureOf(3, picture("/old.png"));
+    settings.SetLandmarks({{"Gate", "gate", 0xff00ff00, "Closed at night", 3, {1, 2}}});
+    settings.SetCurrentPlace({"Here", 1, "a/b 1%"});
+    EXPECT_EQ(settings.PictureOf(3), picture("/old.png")) << "it moves to the first server";
+    for (const PlaceKey& other : {PlaceKey{"Here", 2, "a/b 1%"}, {"here", 1, "a"}, {}}) {
+      settings.SetCurrentPlace(other);
+      EXPECT_TRUE(settings.Pictured().isEmpty() && settings.Landmarks().isEmpty());
+    }
+    settings.SetPictureOf(3, picture("/unplaced.png"));
+    settings.SetCurrentPlace({"here", 1, "A/B 1%"});
+    EXPECT_EQ(settings.PictureOf(3), picture("/old.png")) << "letter case does not matter";
+    EXPECT_EQ(settings.Landmarks().value(0).note, "Closed at night");
+    for (const char* network : {"a", "b"})
+      settings.Remember({"there", 1, network, "u", {}});
+    settings.SetCurrentPlace({});
+    settings.SetPictureOf(3, picture("/of all.png"));
+  }
+  Settings settings(file);
+  EXPECT_EQ(settings.CurrentPlace().network, "b") << "the most recent";
+  for (const char* network : {"a", "b"}) {
+    settings.SetCurrentPlace({"there", 1, network});
+    EXPECT_EQ(settings.PictureOf(3), picture("/of all.png")) << "from an older version";
+  }
+}
+
 TEST(Settings, KeepTheLastTenServersTheNewestFirst) {
   const QTemporaryDir folder;
   Settings settings(folder.filePath("map.ini"));

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+
+#include <QPointF>
+#include <QString>
+
+namespace corvane::map {
+
+// A place on the map that a user has marked and named.
+struct Landmark {
+  static constexpr int kMaxName = 100;      // characters
+  static constexpr int kMaxNote = 500;      // characters
+  static constexpr int kMaxCount = 10'000;  // in a network
+  // In map units from the origin, as for members.
+  static constexpr double kMaxCoordinate = 1 << 24;
+
+  QString name;
+  QString icon;                       // a name from LandmarkIcons(); others are drawn as a pin
+  std::uint32_t colour = 0xffd0342c;  // a QRgb, opaque
+  QString note;
+  int facet = 0;
+  QPointF at{};
+
+  bool operator==(const Landmark&) const = default;
+};
+
+}  // namespace corvane::map
