@@ -11,7 +11,6 @@
 #include "framework/visible_text.h"
 #include "map/accessible_map.h"
 #include "map/help.h"
-#include "map/picture_dialog.h"
 
 namespace corvane::map {
 namespace {
@@ -34,8 +33,7 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
       myNews(myConnection.Others(), *txtMessages),
       myOwnPosition(myConnection),
       myConnector(myConnection, mySettings, *txtMessages, *this),
-      myAdministration(myConnection, *txtMessages, *this),
-      myPictures(cacheFolder) {
+      myAdministration(myConnection, *txtMessages, *this) {
   setWindowTitle(tr("Corvane Map"));
   setObjectName(QStringLiteral("MapWindow"));
   InstallAccessibleMap();
@@ -49,6 +47,8 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   barOwn = new OwnBar(myOwnPosition, this);
   cmbFacet = new QComboBox(this);
   actions = std::make_unique<MapActions>(*menuBar(), *map);
+  myPictures =
+      std::make_unique<FacetPictures>(cacheFolder, mySettings, *map, *stsLine, *txtMessages, *this);
   // Home is a key of the list, too.
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
@@ -88,12 +88,12 @@ void MapWindow::WireConnection() {
     txtMessages->Add(tr("Message: %1").arg(DisplayText(text)));
   };
   myPlaceChanged = mySettings.PlaceChanged.Connect([this] {
-    ShowPicture();
+    myPictures->Show();
     ListFacets();
   });
-  myPictures.Completed = [this] { ShowPicture(); };
-  myPictures.Progressed = [this](int percent) { stsLine->ShowProgress(percent); };
-  myPictures.Failed = [this](const QString& text) { txtMessages->Add(text); };
+  myPictures->Shown = [this] {
+    if (myBoard.Extent(Facet()).isNull()) map->ShowAll();
+  };
 }
 
 void MapWindow::WireMap() {
@@ -170,7 +170,7 @@ void MapWindow::WireActions() {
   on(actions->actFind, [this] { myLayout->Find(); });
   on(actions->actKeys, [this] { ShowKeys(*this, *menuBar()); });
   on(actions->actAbout, [this] { ShowAbout(*this); });
-  on(actions->actPicture, [this] { AskForPicture(); });
+  on(actions->actPicture, [this] { myPictures->Ask(); });
   on(actions->actFollow, [this] { ToggleFollow(); });
   onMember(actions->actTrail, [this](const Member& member) {
     myBoard.SetTrail(member, actions->actTrail->isChecked());
@@ -277,7 +277,7 @@ void MapWindow::OpenMemberMenu(QPoint at) {
   menu->popup(at);
 }
 
-// ---- facets and their pictures
+// ---- facets
 
 void MapWindow::ListFacets() {
   std::set<int> facets{0, Facet()};
@@ -317,37 +317,8 @@ void MapWindow::ShowFacet(int facet) {
   auto scene = std::make_unique<MapScene>(myBoard, myHighlights, facet);
   map->ShowScene(*scene);
   myScene = std::move(scene);
-  ShowPicture();
+  myPictures->Show();
   ListFacets();
-}
-
-void MapWindow::ShowPicture() {
-  const MapPicture picture = mySettings.PictureOf(Facet());
-  if (picture.kind == MapPicture::Kind::None) {
-    myPictures.Stop();
-    myScene->ShowGrid();
-    return;
-  }
-  const std::optional<QString> folder = myPictures.FolderFor(picture);
-  if (!folder) {
-    myScene->ShowGrid();
-  } else if (!myScene->ShowPicture(picture, *folder)) {
-    txtMessages->Add(tr("There are no tiles in %1.").arg(*folder));
-  } else if (myBoard.Extent(Facet()).isNull()) {
-    map->ShowAll();
-  }
-}
-
-void MapWindow::SetPicture(int facet, const MapPicture& picture) {
-  mySettings.SetPictureOf(facet, picture);
-  if (facet == Facet()) ShowPicture();
-}
-
-void MapWindow::AskForPicture() {
-  const int facet = Facet();
-  auto* dialog = new PictureDialog(facet, mySettings.PictureOf(facet), *this);
-  dialog->Chosen = [this, facet](const MapPicture& picture) { SetPicture(facet, picture); };
-  dialog->open();
 }
 
 }  // namespace corvane::map

@@ -13,6 +13,7 @@
 #include "map/administration.h"
 #include "map/banner.h"
 #include "map/connector.h"
+#include "map/facet_pictures.h"
 #include "map/map_actions.h"
 #include "map/map_view.h"
 #include "map/member_news.h"
@@ -20,7 +21,6 @@
 #include "map/messages_pane.h"
 #include "map/own_bar.h"
 #include "map/own_position.h"
-#include "map/pictures/map_pictures.h"
 #include "map/settings.h"
 #include "map/status_line.h"
 #include "map/window_layout.h"
@@ -46,8 +46,8 @@ class MapWindow : public QMainWindow {
   void AskWhere() { myConnector.Ask(); }
   void ShowFacet(int facet);
   int Facet() const { return myScene->Facet(); }
-  // Stores the picture of a facet, and shows it if the facet is shown.
-  void SetPicture(int facet, const MapPicture& picture);
+  // Stores the picture of a facet once it has been cut, and shows it if the facet is shown.
+  void SetPicture(int facet, const MapPicture& picture) { myPictures->Set(facet, picture); }
 
   client::Connection& Wire() { return myConnection; }
   MarkerBoard& Board() { return myBoard; }
@@ -80,8 +80,6 @@ class MapWindow : public QMainWindow {
   void EnableActions();
   void ListFacets();
   void ChooseFacet(int facet);
-  void ShowPicture();
-  void AskForPicture();
   void OpenMemberMenu(QPoint at);
   void ToggleFollow();
 
@@ -93,7 +91,7 @@ class MapWindow : public QMainWindow {
   OwnPosition myOwnPosition;
   Connector myConnector;
   Administration myAdministration;
-  MapPictures myPictures;
+  std::unique_ptr<FacetPictures> myPictures;
   std::unique_ptr<MapScene> myScene;
   QTimer myTimer;
   SignalConnection myStateChanged;

@@ -6,6 +6,7 @@
 
 #include "map/picture_dialog.h"
 #include "map/pictures/picture_cutter.h"
+#include "map/pictures/picture_fit.h"
 #include "map/pictures/tile_pyramid.h"
 #include "map/pictures/tile_store.h"
 #include "tests/map/map_fixture.h"
@@ -194,6 +195,63 @@ TEST_F(PicturesTest, AreCutShownInPlaceAndKept) {
             MapPictures::kMaxCachedImages);
   myWindow->SetPicture(7, {});
   EXPECT_NE(ColourAt({-9090, 60}), kLeft.rgb());
+}
+
+TEST(PictureFit, RefusesPlacesThatDoNotFit) {
+  const auto fit = [](QPointF pixel, QPointF place) {
+    return FitPicture({{200, 100}, {1400, 850}}, {pixel, place}, 1000);
+  };
+  const PictureFit good = fit({600, 300}, {2210, 1245});
+  EXPECT_EQ(good.error, "");
+  EXPECT_NEAR(good.unitsPerPixel, 2, 0.03);
+  EXPECT_NEAR(good.corner.x(), 1000, 12);
+  EXPECT_NEAR(good.corner.y(), 650, 12);
+  const std::tuple<QPointF, QPointF, const char*> bad[] = {
+      {{240, 120}, {1480, 890}, "too close"},
+      {{600, 300}, {2200, 1350}, "2 units wide and 2.5 units high"},
+      {{600, 100}, {1400, 1250}, "same direction"},
+      {{600, 300}, {600, 450}, "-2 units wide and -2 units high"},
+      {{600, 300}, {1400, 850}, "0 units wide"}};
+  for (const auto& [pixel, place, why] : bad)
+    EXPECT_THAT(fit(pixel, place).error.toStdString(), testing::HasSubstr(why));
+}
+
+TEST_F(PicturesTest, ABrokenOneReplacesNoneAndTwoKnownPlacesPlaceAGoodOne) {
+  const QString file = myFolder.filePath("map.png");
+  const QString broken = myFolder.filePath("broken.png");
+  ASSERT_TRUE(FourQuarters({700, 300}).save(file));
+  QFile out(broken);
+  ASSERT_TRUE(out.open(QFile::WriteOnly));
+  out.write("no picture");
+  out.close();
+  myWindow->SetPicture(0, {MapPicture::Kind::Image, file, {0, 0}, 1});
+  ASSERT_TRUE(PumpUntil([&] { return ColourAt({10, 10}) == kLeft.rgb(); }));
+  myWindow->actions->actPicture->trigger();
+  auto* dialog = Opened<PictureDialog>("PictureDialog");
+  Type(dialog->txtPath, broken);
+  Click(dialog->btnOK);
+  EXPECT_TRUE(PumpUntil([&] { return dialog->lblState->text().contains("cannot be shown"); }));
+  EXPECT_TRUE(dialog->isVisible());
+  EXPECT_EQ(ColourAt({10, 10}), kLeft.rgb());
+
+  Type(dialog->txtPath, file);
+  const auto choose = [&](std::size_t number, QPointF pixel, const QString& x, const QString& y) {
+    QTest::mouseClick(dialog->preview->viewport(), Qt::LeftButton, {},
+                      dialog->preview->mapFromScene(pixel));
+    Type(dialog->spnX.at(number), x);
+    Type(dialog->spnY.at(number), y);
+  };
+  QTest::keyClick(dialog->txtPath, Qt::Key_Tab);
+  ASSERT_TRUE(PumpUntil([&] { return dialog->preview->Side() > 0; }));
+  choose(0, {100, 50}, "1200", "600");
+  choose(1, {600, 250}, "2200", "1300");
+  EXPECT_FALSE(dialog->btnOK->isEnabled()) << dialog->lblPlaces->text().toStdString();
+  Type(dialog->spnY[1], "1000");
+  EXPECT_NEAR(dialog->spnScale->value(), 2, 0.02);
+  Click(dialog->btnOK);
+  EXPECT_TRUE(PumpUntil([&] { return ColourAt({1050, 550}) == kLeft.rgb(); }));
+  EXPECT_EQ(ColourAt({2350, 550}), kRight.rgb());
+  EXPECT_NE(ColourAt({950, 550}), kLeft.rgb());
 }
 
 TEST_F(PicturesTest, FailuresAreReported) {
