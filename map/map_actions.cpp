@@ -72,11 +72,22 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actSend = Add(mnuMember, "actSend", tr("Send My &Position"));
   actSend->setCheckable(true);
 
+  QMenu* landmarks = AddMenu(bar, tr("&Landmarks"));
+  actPlaceLandmark = Add(landmarks, "actPlaceLandmark", tr("&Place Landmark..."));
+  actLandmarkList =
+      Add(landmarks, "actLandmarkList", tr("&List..."), {QKeySequence(Qt::CTRL | Qt::Key_L)});
+  actShowLandmarks = Add(landmarks, "actShowLandmarks", tr("&Show on the Map"));
+  actShowLandmarks->setCheckable(true);
+  landmarks->addSeparator();
+  actImportLandmarks = Add(landmarks, "actImportLandmarks", tr("&Import..."));
+  actExportLandmarks = Add(landmarks, "actExportLandmarks", tr("&Export..."));
+
   mnuAdministration = AddMenu(bar, tr("&Administration"));
   actKick = Add(mnuAdministration, "actKick", tr("&Kick..."));
   actBan = Add(mnuAdministration, "actBan", tr("&Ban..."));
   mnuAdministration->addSeparator();
   actMessage = Add(mnuAdministration, "actMessage", tr("&Message to the Network..."));
+  actPing = Add(mnuAdministration, "actPing", tr("&Ping..."));
   actBans = Add(mnuAdministration, "actBans", tr("B&ans..."));
 
   QMenu* help = AddMenu(bar, tr("&Help"));

@@ -35,9 +35,15 @@ class MapActions {
   QAction* actFollow;
   QAction* actTrail;
   QAction* actSend;
+  QAction* actPlaceLandmark;
+  QAction* actLandmarkList;
+  QAction* actShowLandmarks;
+  QAction* actImportLandmarks;
+  QAction* actExportLandmarks;
   QAction* actKick;
   QAction* actBan;
   QAction* actMessage;
+  QAction* actPing;
   QAction* actBans;
   QAction* actKeys;
   QAction* actAbout;

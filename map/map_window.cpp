@@ -33,7 +33,8 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
       myNews(myConnection.Others(), *txtMessages),
       myOwnPosition(myConnection),
       myConnector(myConnection, mySettings, *txtMessages, *this),
-      myAdministration(myConnection, *txtMessages, *this) {
+      myAdministration(myConnection, *txtMessages, *this),
+      myPings(myConnection, mySettings, *this) {
   setWindowTitle(tr("Corvane Map"));
   setObjectName(QStringLiteral("MapWindow"));
   InstallAccessibleMap();
@@ -49,6 +50,8 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   actions = std::make_unique<MapActions>(*menuBar(), *map);
   myPictures =
       std::make_unique<FacetPictures>(cacheFolder, mySettings, *map, *stsLine, *txtMessages, *this);
+  myPicker = std::make_unique<PlacePicker>(*map);
+  myLandmarks = std::make_unique<Landmarks>(mySettings, *map, *myPicker, *txtMessages, *this);
   // Home is a key of the list, too.
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
@@ -86,6 +89,7 @@ void MapWindow::WireConnection() {
   myStateChanged = myConnection.StateChanged.Connect([this] { ShowState(); });
   myConnection.MessageReceived = [this](std::string_view text) {
     txtMessages->Add(tr("Message: %1").arg(DisplayText(text)));
+    myPings.Receive(DisplayText(text));
   };
   myPlaceChanged = mySettings.PlaceChanged.Connect([this] {
     myPictures->Show();
@@ -111,6 +115,11 @@ void MapWindow::WireMap() {
     }
   };
   map->PointerMoved = [this](std::optional<QPointF> place) { stsLine->ShowPlace(place); };
+  myLandmarks->PlaceRequested = [this](QPointF place, int facet) {
+    map->StopFollowing();
+    ShowFacet(facet);
+    map->CentreOn(place, Facet());
+  };
   map->FacetRequested = [this](int facet) { ShowFacet(facet); };
   map->FollowChanged = [this] {
     if (map->IsFollowing()) myShowsAllNext = false;
@@ -180,6 +189,17 @@ void MapWindow::WireActions() {
   onMember(actions->actBan, [this](const Member& member) { myAdministration.Ban(member.name); });
   on(actions->actMessage, [this] { myAdministration.SendMessage(); });
   on(actions->actBans, [this] { myAdministration.ShowBans(); });
+  on(actions->actPing, [this] {
+    myPicker->Start(tr("Click the place to show everybody."),
+                    [this](QPointF place) { myPings.Ask(place, Facet()); });
+  });
+  on(actions->actPlaceLandmark, [this] { myLandmarks->PlaceByClick(); });
+  on(actions->actLandmarkList, [this] { myLandmarks->ShowList(); });
+  on(actions->actImportLandmarks, [this] { myLandmarks->AskForImport(); });
+  on(actions->actExportLandmarks, [this] { myLandmarks->AskForExport(); });
+  actions->actShowLandmarks->setChecked(myLandmarks->IsShown());
+  connect(actions->actShowLandmarks, &QAction::toggled, this,
+          [this](bool isShown) { myLandmarks->SetShown(isShown); });
   connect(actions->actSend, &QAction::toggled, barOwn->chkSend, &QCheckBox::setChecked);
   connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
 }
@@ -317,6 +337,8 @@ void MapWindow::ShowFacet(int facet) {
   auto scene = std::make_unique<MapScene>(myBoard, myHighlights, facet);
   map->ShowScene(*scene);
   myScene = std::move(scene);
+  myLandmarks->ShowIn(*myScene);
+  myPings.ShowIn(*myScene);
   myPictures->Show();
   ListFacets();
 }

@@ -14,6 +14,7 @@
 #include "map/banner.h"
 #include "map/connector.h"
 #include "map/facet_pictures.h"
+#include "map/landmarks.h"
 #include "map/map_actions.h"
 #include "map/map_view.h"
 #include "map/member_news.h"
@@ -21,6 +22,8 @@
 #include "map/messages_pane.h"
 #include "map/own_bar.h"
 #include "map/own_position.h"
+#include "map/pings.h"
+#include "map/place_picker.h"
 #include "map/settings.h"
 #include "map/status_line.h"
 #include "map/window_layout.h"
@@ -50,6 +53,8 @@ class MapWindow : public QMainWindow {
   void SetPicture(int facet, const MapPicture& picture) { myPictures->Set(facet, picture); }
 
   client::Connection& Wire() { return myConnection; }
+  Landmarks& Marks() { return *myLandmarks; }
+  Pings& ShownPings() { return myPings; }
   MarkerBoard& Board() { return myBoard; }
   const Highlights& Shown() const { return myHighlights; }
 
@@ -91,7 +96,10 @@ class MapWindow : public QMainWindow {
   OwnPosition myOwnPosition;
   Connector myConnector;
   Administration myAdministration;
+  Pings myPings;
   std::unique_ptr<FacetPictures> myPictures;
+  std::unique_ptr<PlacePicker> myPicker;
+  std::unique_ptr<Landmarks> myLandmarks;
   std::unique_ptr<MapScene> myScene;
   QTimer myTimer;
   SignalConnection myStateChanged;

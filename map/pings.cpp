@@ -1,0 +1,89 @@
+#include "map/pings.h"
+
+#include <QCheckBox>
+#include <QVBoxLayout>
+
+#include "framework/text.h"
+#include "map/text_dialog.h"
+
+namespace corvane::map {
+namespace {
+
+using client::Clock;
+
+constexpr std::chrono::milliseconds kPingFrame{100};
+constexpr const char* kUnasked = "unasked pings";
+constexpr int kMaxUnasked = 50;  // servers
+
+}  // namespace
+
+Pings::Pings(client::Connection& connection, Settings& settings, QWidget& window)
+    : myConnection(connection), mySettings(settings), myWindow(window) {
+  QObject::connect(&myTimer, &QTimer::timeout, &myTimer, [this] { Advance(Clock::now()); });
+}
+
+void Pings::ShowIn(MapScene& scene) {
+  myItem = new PingsItem(myPings, scene.Facet());
+  scene.addItem(myItem);
+}
+
+void Pings::Receive(const QString& message) {
+  const std::optional<Ping> ping = ParsePing(message);
+  if (!ping) return;
+  if (myPings.size() == kMaxShown) myPings.pop_front();
+  myPings.push_back({*ping, Clock::now()});
+  myTimer.start(kPingFrame);
+}
+
+void Pings::Advance(Clock::time_point now) {
+  while (!myPings.empty() && now - myPings.front().since >= PingsItem::kLifetime)
+    myPings.pop_front();
+  if (myPings.empty()) myTimer.stop();
+  if (myItem != nullptr) myItem->update();
+}
+
+void Pings::Ask(QPointF place, int facet) {
+  const QByteArray server = ServerKey();
+  const bool asks = !UnaskedServers().contains(server);
+  QString hint = tr("Everybody in the network gets the message, and sees the place on the map.");
+  if (asks) {
+    hint += "\n\n" + tr("Careful: a server under classic rules ends when a message is sent while "
+                        "somebody is connected to it who has chosen no network yet.");
+  }
+  auto* dialog = new TextDialog(tr("Ping"), hint, tr("&Word:"), tr("&Send"), myWindow);
+  auto* chkUnasked = new QCheckBox(tr("&Do not ask again for this server"), dialog);
+  chkUnasked->setObjectName(QStringLiteral("chkUnasked"));
+  chkUnasked->setVisible(asks);
+  static_cast<QVBoxLayout*>(dialog->layout())->insertWidget(2, chkUnasked);
+  QWidget::setTabOrder(dialog->txtText, chkUnasked);
+  const auto pingWith = [place, facet](const QString& word) {
+    return Ping{word.trimmed(), static_cast<int>(place.x()), static_cast<int>(place.y()), facet};
+  };
+  // A word that nobody could read back is not sent.
+  QObject::connect(dialog->txtText, &QLineEdit::textChanged, dialog, [=](const QString& word) {
+    dialog->btnOK->setEnabled(ParsePing(ToMessage(pingWith(word))).has_value());
+  });
+  dialog->txtText->setMaxLength(Ping::kMaxWord);
+  dialog->txtText->setText(tr("Ping"));
+  dialog->txtText->selectAll();
+  dialog->Confirmed = [=, this](const QString& word) {
+    if (asks && chkUnasked->isChecked()) {
+      const QList<QByteArray> servers = QList{server} + UnaskedServers();
+      mySettings.Store(kUnasked,
+                       servers.first(std::min<qsizetype>(servers.size(), kMaxUnasked)).join('\n'));
+    }
+    myConnection.SendMessage(TextFromDisplay(ToMessage(pingWith(word))));
+  };
+  dialog->open();
+}
+
+QByteArray Pings::ServerKey() const {
+  const client::Destination& server = myConnection.CurrentDestination();
+  return QStringLiteral("%1:%2").arg(server.host.toLower()).arg(server.port).toUtf8();
+}
+
+QList<QByteArray> Pings::UnaskedServers() const {
+  return mySettings.Stored(kUnasked).split('\n');
+}
+
+}  // namespace corvane::map
