@@ -27,12 +27,11 @@ std::uint32_t ParseColour(const QString& text) {
   return isColour ? kOpaque | colour : Landmark().colour;
 }
 
-// As UTF-16 units, but without half a character at the end.
-QString Cut(QString text, int maxLength) {
-  if (text.size() <= maxLength) return text;
+// The text as UTF-8 can hold it, without half a character at its end.
+QString Readable(QString text, int maxLength) {
   text.truncate(maxLength);
-  if (text.back().isHighSurrogate()) text.chop(1);
-  return text;
+  if (!text.isEmpty() && text.back().isHighSurrogate()) text.chop(1);
+  return QString::fromUtf8(text.toUtf8());
 }
 
 bool IsOnMap(double coordinate) {
@@ -63,10 +62,10 @@ std::optional<Landmark> FromFeature(const QJsonObject& feature) {
   Landmark landmark;
   landmark.at = {position[0].toDouble(), position[1].toDouble()};
   if (!IsOnMap(landmark.at.x()) || !IsOnMap(landmark.at.y())) return std::nullopt;
-  landmark.name = Cut(properties["name"].toString(), Landmark::kMaxName);
-  landmark.icon = Cut(properties["icon"].toString(), kMaxIconName);
+  landmark.name = Readable(properties["name"].toString(), Landmark::kMaxName);
+  landmark.icon = Readable(properties["icon"].toString(), kMaxIconName);
   landmark.colour = ParseColour(properties["colour"].toString());
-  landmark.note = Cut(properties["note"].toString(), Landmark::kMaxNote);
+  landmark.note = Readable(properties["note"].toString(), Landmark::kMaxNote);
   landmark.facet = properties["facet"].toInt();
   return landmark;
 }
