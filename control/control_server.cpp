@@ -6,8 +6,8 @@
 
 #include "control/answers.h"
 #include "control/commands.h"
-#include "control/control_name.h"
 #include "framework/text.h"
+#include "platform/local_socket_name.h"
 #include "platform/standard_error.h"
 
 namespace corvane {
@@ -25,7 +25,7 @@ bool IsAnswered(const QString& name) {
 }  // namespace
 
 ControlServer::Claim ControlServer::Take(const QString& dataFolder) {
-  const QString name = ControlName(dataFolder);
+  const QString name = LocalSocketName(dataFolder, kServerSocket);
   // The file system may not support locks; a server that answers is enough.
   if (!myLock.Take(dataFolder) || IsAnswered(name)) return Claim::Taken;
   myIsListening = myListener.Listen(name);

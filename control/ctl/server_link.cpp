@@ -1,7 +1,7 @@
 #include "control/ctl/server_link.h"
 
-#include "control/control_name.h"
 #include "control/ctl/server_owner.h"
+#include "platform/local_socket_name.h"
 
 namespace corvane::ctl {
 namespace {
@@ -12,7 +12,7 @@ constexpr qint64 kMaxAnswer = qint64{64} << 20;
 }  // namespace
 
 bool ServerLink::Open(const QString& dataFolder, int timeout) {
-  mySocket.connectToServer(ControlName(dataFolder));
+  mySocket.connectToServer(LocalSocketName(dataFolder, kServerSocket));
   return mySocket.waitForConnected(timeout) && IsServerOfThisUser(mySocket);
 }
 

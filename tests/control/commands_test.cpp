@@ -78,7 +78,7 @@ TEST_F(CommandsTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
   auto& application = dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
   application.LastResort = [this] { myApp.LastResort(); };
   QLocalSocket client;
-  client.connectToServer(ControlName(myFolder.path()));
+  client.connectToServer(LocalSocketName(myFolder.path(), kServerSocket));
   client.write("{\"command\":\"message\",\"text\":\"x\",\"force\":true}\n");
   EXPECT_TRUE(PumpUntil([this] { return !myBoxes.empty(); }));
   application.LastResort = nullptr;

@@ -7,8 +7,8 @@
 #include <QProcess>
 
 #include "control/commands.h"
-#include "control/control_name.h"
 #include "control/control_server.h"
+#include "platform/local_socket_name.h"
 #include "tests/app/app_fixture.h"
 
 namespace corvane {
@@ -47,7 +47,7 @@ class ControlTest : public AppFixture {
 
   // Sends bytes to the local socket. Returns the answer, or nothing if the server disconnects.
   QByteArray Ask(QLocalSocket& client, const QByteArray& bytes) {
-    client.connectToServer(ControlName(myFolder.path()));
+    client.connectToServer(LocalSocketName(myFolder.path(), kServerSocket));
     client.write(bytes);
     EXPECT_TRUE(PumpUntil(
         [&] { return client.canReadLine() || client.state() == QLocalSocket::UnconnectedState; }));

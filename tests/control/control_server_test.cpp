@@ -71,12 +71,12 @@ TEST_F(ControlServerTest, FolderHasOneServerAndADeadSocketIsReplaced) {
 TEST(ControlConnection, IdleClientIsDroppedUnlessItFollows) {
   const QTemporaryDir folder;
   QLocalServer server;
-  ASSERT_TRUE(server.listen(ControlName(folder.path())));
+  ASSERT_TRUE(server.listen(LocalSocketName(folder.path(), kServerSocket)));
   QLocalSocket idle;
   QLocalSocket follower;
   std::vector<QPointer<ControlConnection>> connections;
   for (QLocalSocket* client : {&idle, &follower}) {
-    client->connectToServer(ControlName(folder.path()));
+    client->connectToServer(LocalSocketName(folder.path(), kServerSocket));
     ASSERT_TRUE(server.waitForNewConnection(5'000));
     connections.emplace_back(new ControlConnection(server.nextPendingConnection(), &server,
                                                    std::chrono::milliseconds(50)));

@@ -199,7 +199,7 @@ TEST_F(CorvanectlTest, FailuresAreReported) {
 TEST_F(CorvanectlTest, AnswersCannotMisleadOrFloodTheTerminal) {
   QTemporaryDir other;
   QLocalServer impostor;
-  ASSERT_TRUE(impostor.listen(ControlName(other.path())));
+  ASSERT_TRUE(impostor.listen(LocalSocketName(other.path(), kServerSocket)));
   QByteArray answer;
   QObject::connect(&impostor, &QLocalServer::newConnection,
                    [&] { impostor.nextPendingConnection()->write(answer + '\n'); });

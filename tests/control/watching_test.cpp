@@ -18,7 +18,7 @@ using testing::Not;
 class WatchingTest : public ControlTest {
  protected:
   WatchingTest() {
-    follower.connectToServer(ControlName(myFolder.path()));
+    follower.connectToServer(LocalSocketName(myFolder.path(), kServerSocket));
     follower.write(R"({"command":"events","follow":true,"types":"login,leave,refused,kick,ban,)"
                    R"(lifted,message,network"})"
                    "\n");
