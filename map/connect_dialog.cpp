@@ -5,7 +5,6 @@
 
 #include <QAbstractItemView>
 #include <QAction>
-#include <QFormLayout>
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
@@ -40,7 +39,8 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
       btnConnect(new QPushButton(tr("&Connect"), this)),
       btnCancel(new QPushButton(tr("Cancel"), this)),
       lblMessage(new QLabel(this)),
-      myRecent(recent) {
+      myRecent(recent),
+      myForm(new QFormLayout) {
   setObjectName(QStringLiteral("ConnectDialog"));
   setWindowTitle(tr("Connect"));
   spnPort->setRange(1, 65535);
@@ -86,25 +86,24 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
 }
 
 void ConnectDialog::LayOut() {
-  auto* form = new QFormLayout;
-  const auto add = [this, form](const QString& text, QWidget* field, QWidget* beside = nullptr) {
+  const auto add = [this](const QString& text, QWidget* field, QWidget* beside = nullptr) {
     auto* label = new QLabel(text, this);
     label->setBuddy(field);
     auto* row = new QHBoxLayout;
     row->addWidget(field, 1);
     if (beside != nullptr) row->addWidget(beside);
-    form->addRow(label, row);
+    myForm->addRow(label, row);
     field->setMinimumWidth(kFieldWidth);
   };
   add(tr("Rec&ent:"), cmbRecent, btnRemove);
   add(tr("&Server:"), txtHost);
-  form->addRow(tr("P&ort:"), spnPort);
-  form->addRow(QString(), chkEncrypted);
+  myForm->addRow(tr("P&ort:"), spnPort);
+  myForm->addRow(QString(), chkEncrypted);
   add(tr("&Fingerprint:"), txtFingerprint);
   add(tr("&Network:"), txtNetwork);
   add(tr("&Password:"), txtPassword, chkShow);
   add(tr("&User name:"), txtUser);
-  form->addRow(QString(), chkRemember);
+  myForm->addRow(QString(), chkRemember);
 
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
@@ -112,7 +111,7 @@ void ConnectDialog::LayOut() {
   buttons->addWidget(btnCancel);
   btnConnect->setDefault(true);
   auto* column = new QVBoxLayout(this);
-  column->addLayout(form);
+  column->addLayout(myForm);
   column->addWidget(lblMessage);
   column->addLayout(buttons);
   column->setSizeConstraint(QLayout::SetFixedSize);
@@ -137,13 +136,18 @@ void ConnectDialog::FillFingerprint(const QByteArray& fingerprint) const {
 }
 
 void ConnectDialog::FillRememberedTls() const {
-  const auto it = std::ranges::find_if(myRecent, [this](const RecentServer& server) {
-    return server.host.compare(txtHost->text().trimmed(), Qt::CaseInsensitive) == 0 &&
-           server.port == spnPort->value();
-  });
-  if (it != myRecent.end() && it->isEncrypted) chkEncrypted->setChecked(true);
+  const RecentServer* known = Known(txtHost->text().trimmed(), spnPort->value());
+  if (known != nullptr && known->isEncrypted) chkEncrypted->setChecked(true);
   if (txtFingerprint->isModified()) return;
-  FillFingerprint(it == myRecent.end() ? QByteArray() : it->fingerprint);
+  FillFingerprint(known == nullptr ? QByteArray() : known->fingerprint);
+}
+
+const RecentServer* ConnectDialog::Known(const QString& host, int port) const {
+  const auto it = std::ranges::find_if(myRecent, [&](const RecentServer& server) {
+    return server.port == port && (server.host.compare(host, Qt::CaseInsensitive) == 0 ||
+                                   CheckedHost(server.host) == host);
+  });
+  return it == myRecent.end() ? nullptr : &*it;
 }
 
 // In the open list, the marked entry.
@@ -171,6 +175,39 @@ void ConnectDialog::TryGiven(const RecentServer& server) {
   txtPassword->setPlaceholderText(QString());
   chkRemember->setChecked(false);
   Try();
+}
+
+void ConnectDialog::Offer(const Place& place) {
+  setWindowTitle(tr("Open Place"));
+  mySummary = new PlaceSummary(place, Known(place.host, place.port), this);
+  for (QWidget* field : std::initializer_list<QWidget*>{cmbRecent, txtHost, spnPort, chkEncrypted,
+                                                        txtFingerprint, txtNetwork}) {
+    myForm->setRowVisible(field, false);
+  }
+  myForm->insertRow(0, mySummary);
+  mySummary->TrustChanged = [this] { FillFingerprint(mySummary->Fingerprint()); };
+
+  RecentServer server;
+  server.host = place.host;
+  server.port = place.port;
+  server.network = place.network;
+  const auto account = std::ranges::find_if(myRecent, [&](const RecentServer& recent) {
+    return recent.port == place.port && recent.network == place.network &&
+           CheckedHost(recent.host) == place.host;
+  });
+  if (account != myRecent.end()) {
+    server.userName = account->userName;
+    server.digest = account->digest;
+  }
+  server.isEncrypted = mySummary->IsEncrypted();
+  server.fingerprint = mySummary->Fingerprint();
+  Fill(server);
+  if (!place.digest.isEmpty()) {
+    myDigest = place.digest;
+    myForm->setRowVisible(txtPassword, false);
+  }
+  QWidget* const next = txtUser->text().isEmpty() ? static_cast<QWidget*>(txtUser) : btnConnect;
+  (myDigest.isEmpty() ? txtPassword : next)->setFocus();
 }
 
 void ConnectDialog::TryTrusting(const QByteArray& fingerprint) {

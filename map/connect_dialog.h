@@ -6,12 +6,15 @@
 #include <QComboBox>
 #include <QCoreApplication>
 #include <QDialog>
+#include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSpinBox>
 
 #include "client/ending.h"
+#include "map/place_summary.h"
+#include "map/places/place.h"
 #include "map/settings.h"
 
 namespace corvane::map {
@@ -33,6 +36,13 @@ class ConnectDialog : public QDialog {
 
   // Fills the fields with the command line's values and connects.
   void TryGiven(const RecentServer& server);
+  // Shows the place in place of the fields that it fills. Asks only for the user name and, if the
+  // place has none, the password.
+  void Offer(const Place& place);
+  // Null without an offered place.
+  PlaceSummary* Summary() const { return mySummary; }
+  // Whether the user wants the offered place's pictures and landmarks.
+  bool WantsContent() const { return mySummary != nullptr && mySummary->WantsContent(); }
   // Fills in the fingerprint of a certificate that the user trusts, and connects.
   void TryTrusting(const QByteArray& fingerprint);
   // Ends the attempt, shows the reason, and moves the focus to the field at fault.
@@ -58,6 +68,8 @@ class ConnectDialog : public QDialog {
 
  private:
   void LayOut();
+  // Null if the user has not logged in at that host and port.
+  const RecentServer* Known(const QString& host, int port) const;
   void Fill(const RecentServer& server);
   void FillFingerprint(const QByteArray& fingerprint) const;
   // For another server than before. Ticks encryption if it is remembered, and never unticks it.
@@ -72,6 +84,8 @@ class ConnectDialog : public QDialog {
 
   QList<RecentServer> myRecent;
   QByteArray myDigest;  // remembered or given; used while the password field is empty
+  QFormLayout* myForm;
+  PlaceSummary* mySummary = nullptr;  // of an offered place
   bool myIsTrying = false;
 };
 

@@ -18,15 +18,32 @@ Connector::Connector(client::Connection& connection, Settings& settings, Message
       connection.SessionEnded.Connect([this](const client::Ending& ending) { ShowEnding(ending); });
 }
 
+void Connector::MakeDialog() {
+  myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
+  myDialog->ConnectRequested = [this](const RecentServer& server, bool keeps) {
+    Try(server, keeps);
+  };
+  myDialog->Cancelled = [this] { myConnection.Close(); };
+  myDialog->Removed = [this](const RecentServer& server) { mySettings.Forget(server); };
+}
+
+void Connector::DropDialog() {
+  if (myDialog == nullptr) return;
+  myDialog->reject();
+  std::exchange(myDialog, nullptr)->deleteLater();
+}
+
 void Connector::Ask() {
-  if (myDialog == nullptr) {
-    myDialog = new ConnectDialog(mySettings.RecentServers(), myWindow);
-    myDialog->ConnectRequested = [this](const RecentServer& server, bool keeps) {
-      Try(server, keeps);
-    };
-    myDialog->Cancelled = [this] { myConnection.Close(); };
-    myDialog->Removed = [this](const RecentServer& server) { mySettings.Forget(server); };
-  }
+  if (std::exchange(myOffer, std::nullopt)) DropDialog();
+  if (myDialog == nullptr) MakeDialog();
+  myDialog->open();
+}
+
+void Connector::Offer(const Place& place) {
+  DropDialog();
+  MakeDialog();
+  myOffer = place;
+  myDialog->Offer(place);
   myDialog->open();
 }
 
@@ -56,8 +73,11 @@ void Connector::FinishIfOnline() {
   if (!server) return;
   mySettings.Remember(*server);
   mySettings.SetCurrentPlace(server->Key());
+  const bool wantsContent = myDialog->WantsContent();
   myDialog->accept();
   std::exchange(myDialog, nullptr)->deleteLater();
+  const auto offer = std::exchange(myOffer, std::nullopt);
+  if (offer && wantsContent && PlaceJoined) PlaceJoined(*offer);
 }
 
 void Connector::ShowEnding(const client::Ending& ending) {

@@ -34,6 +34,9 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actConnect = Add(file, "actConnect", tr("&Connect..."), {QKeySequence(Qt::CTRL | Qt::Key_O)});
   actDisconnect = Add(file, "actDisconnect", tr("&Disconnect"));
   file->addSeparator();
+  actOpenPlace = Add(file, "actOpenPlace", tr("&Open Place..."));
+  actShare = Add(file, "actShare", tr("&Share This Place..."));
+  file->addSeparator();
   actQuit = Add(file, "actQuit", tr("&Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)});
   actQuit->setMenuRole(QAction::QuitRole);
 

@@ -20,6 +20,8 @@ class MapActions {
 
   QAction* actConnect;
   QAction* actDisconnect;
+  QAction* actOpenPlace;
+  QAction* actShare;
   QAction* actQuit;
   QAction* actZoomIn;
   QAction* actZoomOut;

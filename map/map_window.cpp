@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QLabel>
 
 #include "framework/text.h"
@@ -52,6 +53,9 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
       std::make_unique<FacetPictures>(cacheFolder, mySettings, *map, *stsLine, *txtMessages, *this);
   myPicker = std::make_unique<PlacePicker>(*map);
   myLandmarks = std::make_unique<Landmarks>(mySettings, *map, *myPicker, *txtMessages, *this);
+  mySharing = std::make_unique<Sharing>(
+      myConnection, mySettings, myConnector, *myPictures, myLandmarks->Board(), *txtMessages, *this,
+      QFileInfo(settingsFile).absolutePath() + QStringLiteral("/Corvane Map Pictures"));
   // Home is a key of the list, too.
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
@@ -169,6 +173,8 @@ void MapWindow::WireActions() {
   };
   on(actions->actConnect, [this] { AskWhere(); });
   on(actions->actDisconnect, [this] { myConnection.Close(); });
+  on(actions->actOpenPlace, [this] { mySharing->AskForFile(); });
+  on(actions->actShare, [this] { mySharing->Share(); });
   on(actions->actQuit, [this] { close(); });
   on(actions->actZoomIn, [this] { map->ZoomIn(); });
   on(actions->actZoomOut, [this] { map->ZoomOut(); });
@@ -265,6 +271,7 @@ void MapWindow::EnableActions() {
   const State state = myConnection.CurrentState();
   const bool hasMember = myHighlights.selected != nullptr;
   actions->actDisconnect->setEnabled(state != State::Offline);
+  actions->actShare->setEnabled(mySharing->CanShare());
   for (QAction* action : {actions->actTrail, actions->actKick, actions->actBan})
     action->setEnabled(hasMember);
   actions->actFollow->setEnabled(hasMember || map->IsFollowing());

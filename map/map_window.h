@@ -25,6 +25,7 @@
 #include "map/pings.h"
 #include "map/place_picker.h"
 #include "map/settings.h"
+#include "map/sharing.h"
 #include "map/status_line.h"
 #include "map/window_layout.h"
 
@@ -47,6 +48,7 @@ class MapWindow : public QMainWindow {
     myConnector.TryGiven(server);
   }
   void AskWhere() { myConnector.Ask(); }
+  void OpenPlace(const QString& fileOrLink) { mySharing->Open(fileOrLink); }
   void ShowFacet(int facet);
   int Facet() const { return myScene->Facet(); }
   // Stores the picture of a facet once it has been cut, and shows it if the facet is shown.
@@ -100,6 +102,7 @@ class MapWindow : public QMainWindow {
   std::unique_ptr<FacetPictures> myPictures;
   std::unique_ptr<PlacePicker> myPicker;
   std::unique_ptr<Landmarks> myLandmarks;
+  std::unique_ptr<Sharing> mySharing;
   std::unique_ptr<MapScene> myScene;
   QTimer myTimer;
   SignalConnection myStateChanged;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <QString>
+
+#include "map/places/place.h"
+#include "map/settings.h"
+
+namespace corvane::map {
+
+// Copies a picture of a place file into the folder, under a name made of the place, the facet and
+// the content. Returns the copy's path; empty, with a text in `error`, if the image's header shows
+// too many pixels or cannot be read, or the copy cannot be written. Deletes the facet's earlier
+// copies but `used`.
+QString CopyPicture(const PlacePicture& picture, const PlaceKey& place, const QString& folder,
+                    const QString& used, QString& error);
+
+}  // namespace corvane::map
