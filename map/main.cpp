@@ -6,6 +6,7 @@
 #include "map/map_window.h"
 #include "map/options.h"
 #include "map/readable_placeholders.h"
+#include "map/running_map.h"
 #include "platform/broken_pipes.h"
 #include "platform/caller.h"
 #include "platform/choose_platform.h"
@@ -56,11 +57,17 @@ int main(int argc, char** argv) {
     return 1;
   }
   const ReadablePlaceholders placeholders(application);
+  const QString& place = parsed.options->place;
+  if (!place.isEmpty() && RunningMap::HandOver(*data, place)) return 0;
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));
   const ProcessSignals signals([&window] { window.close(); });
+  RunningMap running(*data);
+  running.PlaceReceived = [&window](const QString& other) { window.OpenPlace(other); };
   window.show();
   if (parsed.options->server) {
     window.LoginTo(*parsed.options->server);
+  } else if (!place.isEmpty()) {
+    window.OpenPlace(place);
   } else {
     window.AskWhere();
   }

@@ -3,9 +3,11 @@
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QFileInfo>
+#include <QUrl>
 
 #include "client/password_digest.h"
 #include "client/tls.h"
+#include "map/places/place_link.h"
 
 namespace corvane::map {
 namespace {
@@ -24,6 +26,13 @@ bool ReadFrame(const QString& text, MapPicture& picture) {
   return areNumbers[0] && areNumbers[1] && areNumbers[2] && picture.unitsPerPixel > 0;
 }
 
+// The path or link that the argument names. Desktops give a file as a path or as a URL.
+QString PlaceOf(const QString& argument) {
+  if (argument.isEmpty() || IsPlaceLink(argument)) return argument;
+  const QUrl url(argument);
+  return url.isLocalFile() ? url.toLocalFile() : QFileInfo(argument).absoluteFilePath();
+}
+
 }  // namespace
 
 ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& password) {
@@ -31,7 +40,9 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
   parser.setApplicationDescription(OptionTexts::tr(
       "Shows the players of a Corvane network on a map.\n"
       "With a server, a network and a user name it logs in at once, with the password in\n"
-      "the environment variable CORVANE_MAP_PASSWORD."));
+      "the environment variable CORVANE_MAP_PASSWORD. With a place, it asks before it connects."));
+  parser.addPositionalArgument("place", OptionTexts::tr("A place file or a corvane: link to open."),
+                               "[FILE|LINK]");
   parser.addOptions({
       {"server", OptionTexts::tr("Log in to this server."), "HOST"},
       {"port", OptionTexts::tr("Its port; 12000 if none is given."), "PORT", "12000"},
@@ -48,11 +59,14 @@ ParsedOptions ParseOptions(const QStringList& arguments, const QByteArray& passw
                        "pixel; 0,0,1 if none are given."),
        "X,Y,SCALE", "0,0,1"},
   });
-  if (const auto answer = AnswerTo(arguments, parser)) return {{}, *answer};
+  if (const auto answer = AnswerTo(arguments, parser, 1)) return {{}, *answer};
   Options options;
   const auto fingerprint = client::ParseFingerprint(parser.value("fingerprint"));
   if (parser.isSet("fingerprint") && !fingerprint)
     return {{}, {OptionTexts::tr("--fingerprint takes 64 hexadecimal digits"), 2}};
+  options.place = PlaceOf(parser.positionalArguments().value(0));
+  if (parser.isSet("server") && !options.place.isEmpty())
+    return {{}, {OptionTexts::tr("--server goes without a place"), 2}};
   if (parser.isSet("server")) {
     RecentServer server;
     server.host = parser.value("server");

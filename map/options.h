@@ -15,6 +15,7 @@ namespace corvane::map {
 struct Options {
   std::optional<RecentServer> server;  // to log in to at the start
   std::optional<MapPicture> picture;   // for facet 0
+  QString place;                       // path or link of a place to open; empty without one
 };
 
 // Either options, or the answer to the caller (help, version or an error) with which to exit.

@@ -5,7 +5,8 @@
 
 namespace corvane {
 
-std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser) {
+std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser,
+                                     qsizetype maxWords) {
   // Qt's own help option would add --help-all with Qt's options.
   const QCommandLineOption help({"h", "help"}, "Show this help.");
   const QCommandLineOption version({"v", "version"}, "Show the version.");
@@ -19,8 +20,8 @@ std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineP
     return CallerAnswer{name + ' ' + QCoreApplication::applicationVersion()};
   }
   const QStringList words = parser.positionalArguments();
-  if (words.isEmpty()) return std::nullopt;
-  return CallerAnswer{QStringLiteral("Unknown word '%1'.").arg(words.first()), 2};
+  if (words.size() <= maxWords) return std::nullopt;
+  return CallerAnswer{QStringLiteral("Unknown word '%1'.").arg(words[maxWords]), 2};
 }
 
 }  // namespace corvane

@@ -15,9 +15,10 @@ struct CallerAnswer {
 };
 
 // Adds --help and --version to the parser and parses the arguments, the first of which is the
-// program's name. Returns the answer to these two or to an invalid argument; none if the program
-// should start.
-std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser);
+// program's name. Returns the answer to these two or to an invalid argument, such as more words
+// than `maxWords` that are no options; none if the program should start.
+std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser,
+                                     qsizetype maxWords = 0);
 
 // Prints the text. Windows shows a message box, because a program with windows has no console
 // there.

@@ -1,5 +1,7 @@
 #include "map/options.h"
 
+#include <QDir>
+#include <QUrl>
 #include <gtest/gtest.h>
 
 namespace corvane::map {
@@ -21,6 +23,19 @@ TEST(MapOptions, NameAServerAndAPicture) {
   EXPECT_EQ(parsed.options->picture->unitsPerPixel, 4);
 }
 
+TEST(MapOptions, NameAPlace) {
+  const QString folder = QDir::currentPath() + '/';
+  const std::pair<QString, QString> cases[] = {
+      {"corvane://h/--user", "corvane://h/--user"},
+      {"--tls", folder + "--tls"},
+      {QUrl::fromLocalFile(folder + "a b").toString(QUrl::FullyEncoded), folder + "a b"}};
+  for (const auto& [argument, place] : cases) {
+    const auto parsed = ParseOptions({"corvane-map", "--", argument}, "");
+    ASSERT_TRUE(parsed.options);
+    EXPECT_EQ(parsed.options->place, place);
+  }
+}
+
 TEST(MapOptions, InvalidOnesAreRefusedWithAText) {
   const QList<std::pair<QStringList, QString>> cases{
       {{"--server", "example.org"}, "--server needs a --network and a --user"},
@@ -28,7 +43,9 @@ TEST(MapOptions, InvalidOnesAreRefusedWithAText) {
       {{"--map", "a.png", "--map-frame", "1,2"}, "X,Y,SCALE"},
       {{"--map", "a.png", "--map-frame", "1,2,0"}, "X,Y,SCALE"},
       {{"--password", "secret"}, "password"},
-      {{"--map", "a.png", "foo"}, "foo"},
+      {{"a.corvane", "foo"}, "foo"},
+      {{"--server", "h", "--network", "n", "--user", "u", "--", "corvane://h/n"},
+       "without a place"},
       {{"--fingerprint", QString("0aB").repeated(21)}, "64 hexadecimal digits"},
       {{"--fingerprint", QString("0x").repeated(32)}, "64 hexadecimal digits"},
   };

@@ -1,0 +1,7 @@
+#include "platform/foreground.h"
+
+namespace corvane {
+
+void LetOthersComeToFront() {}
+
+}  // namespace corvane
