@@ -118,6 +118,8 @@ corvane_documents(corvane-map)
 corvane_guides(corvane-map)
 corvane_menu_entry(corvane-map)
 install(TARGETS corvane-map DESTINATION bin)
+install(FILES packaging/linux/corvane-map.mime.xml
+  DESTINATION share/mime/packages RENAME corvane-map.xml)
 
 set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})

@@ -23,6 +23,8 @@ ManifestDPIAware true
 !define START "Start Corvane Server.cmd"
 !define MAP_NAME "Corvane Map"
 !define MAP_PROGRAM "corvane-map.exe"
+!define CLASSES "Software\Classes"
+!define PLACE_CLASS "Corvane.Place"
 !define UNINSTALL_KEY "Software\Microsoft\Windows\CurrentVersion\Uninstall\Corvane Server"
 
 Name "${NAME}"
@@ -125,6 +127,19 @@ Function RemoveEarlierVersion
   ${EndIf}
 FunctionEnd
 
+; What is opened with the map: a class of files or links.
+!macro OpenWithMap CLASS TITLE
+  WriteRegStr HKLM "${CLASSES}\${CLASS}" "" "${TITLE}"
+  WriteRegStr HKLM "${CLASSES}\${CLASS}\DefaultIcon" "" "$INSTDIR\${MAP_PROGRAM},0"
+  ; After "--" nothing that the argument holds is an option.
+  WriteRegStr HKLM "${CLASSES}\${CLASS}\shell\open\command" "" \
+    '"$INSTDIR\${MAP_PROGRAM}" -- "%1"'
+!macroend
+!macro ReadClassesAgain
+  ; SHCNE_ASSOCCHANGED
+  System::Call "shell32::SHChangeNotify(i 0x08000000, i 0, p 0, p 0)"
+!macroend
+
 Section
   !insertmacro WaitUntilAllEnd ""
   Call RemoveEarlierVersion
@@ -137,6 +152,12 @@ Section
   CreateShortCut "$SMPROGRAMS\${NAME}.lnk" "$INSTDIR\${START}" "" "$INSTDIR\${PROGRAM}" 0 \
     SW_SHOWMINIMIZED
   CreateShortCut "$SMPROGRAMS\${MAP_NAME}.lnk" "$INSTDIR\${MAP_PROGRAM}"
+
+  !insertmacro OpenWithMap "${PLACE_CLASS}" "Corvane Place"
+  WriteRegStr HKLM "${CLASSES}\.corvane" "" "${PLACE_CLASS}"
+  !insertmacro OpenWithMap "corvane" "URL:Corvane Place"
+  WriteRegStr HKLM "${CLASSES}\corvane" "URL Protocol" ""
+  !insertmacro ReadClassesAgain
 
   ; An existing database stays.
   SetShellVarContext current
@@ -166,4 +187,12 @@ Section "Uninstall"
   Delete "$SMPROGRAMS\${NAME}.lnk"
   Delete "$SMPROGRAMS\${MAP_NAME}.lnk"
   DeleteRegKey HKLM "${UNINSTALL_KEY}"
+  DeleteRegKey HKLM "${CLASSES}\${PLACE_CLASS}"
+  DeleteRegKey HKLM "${CLASSES}\corvane"
+  ; Only if no other program has taken the files over.
+  ReadRegStr $0 HKLM "${CLASSES}\.corvane" ""
+  ${If} $0 == "${PLACE_CLASS}"
+    DeleteRegKey HKLM "${CLASSES}\.corvane"
+  ${EndIf}
+  !insertmacro ReadClassesAgain
 SectionEnd
