@@ -14,9 +14,10 @@ QString CheckedHost(const QString& text) {
 }
 
 std::optional<QByteArray> ParseDigits(const QString& text, qsizetype size) {
-  const QByteArray bytes = QByteArray::fromHex(text.toLatin1());
+  const QString digits = QString(text).remove(':');
+  const QByteArray bytes = QByteArray::fromHex(digits.toLatin1());
   // fromHex skips what is no digit.
-  if (!text.isEmpty() && (text.size() != 2 * size || bytes.size() != size)) return std::nullopt;
+  if (!text.isEmpty() && (digits.size() != 2 * size || bytes.size() != size)) return std::nullopt;
   return bytes;
 }
 

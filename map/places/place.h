@@ -54,8 +54,8 @@ struct PlaceResult {
 // (RFC 5891), IPv6 without brackets. Empty if the text is neither.
 QString CheckedHost(const QString& text);
 
-// The bytes of a text with two hexadecimal digits for each. Empty for an empty text, none for
-// another length than `size` bytes or other characters.
+// The bytes of a text with two hexadecimal digits for each, with or without colons. Empty for an
+// empty text, none for another length than `size` bytes or other characters.
 std::optional<QByteArray> ParseDigits(const QString& text, qsizetype size);
 
 // "png" or "jpg" by how the image file begins. Empty for others, which no place has.
