@@ -66,7 +66,6 @@ PlaceSummary::PlaceSummary(const Place& place, const RecentServer* known, QWidge
   chkContent->setVisible(!place.pictures.isEmpty() || !place.landmarks.isEmpty());
 
   auto* form = new QFormLayout;
-  form->setLabelAlignment(Qt::AlignLeft | Qt::AlignTop);
   form->addRow(tr("Server:"), lblServer);
   form->addRow(tr("Network:"), lblNetwork);
   form->addRow(tr("Encryption:"), lblEncryption);

@@ -40,8 +40,7 @@ RunningMap::~RunningMap() {
 
 void RunningMap::Take() {
   if (myServer.isListening() || (!myLock.isLocked() && !myLock.tryLock())) return;
-  // A map that crashed leaves its socket.
-  QLocalServer::removeServer(myName);
+  // Replaces the socket of a map that crashed.
   myServer.listen(myName);
 }
 

@@ -40,7 +40,10 @@ class SharingTest : public WindowTest {
     myPlace.landmarks = {{"Camp", "tent", 0xffff8000, "at eight", 2, {1200, 845}}};
   }
 
-  QByteArray IniFile() { return Read("map.ini"); }
+  QByteArray IniFile() {
+    Stored();  // writes what is not in the file yet
+    return Read("map.ini");
+  }
   QByteArray Read(const QString& name) {
     QFile file(myFolder.filePath(name));
     EXPECT_TRUE(file.open(QFile::ReadOnly));
