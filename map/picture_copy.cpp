@@ -51,7 +51,7 @@ QString CopyPicture(const PlacePicture& picture, const PlaceKey& place, const QS
   for (const QString& other : copies.entryList({beginning + QStringLiteral("-*")}, QDir::Files)) {
     if (other != name && copies.filePath(other) != used) copies.remove(other);
   }
-  const QString path = copies.filePath(name);
+  QString path = copies.filePath(name);
   QSaveFile file(path);
   if (QFile::exists(path) ||
       (file.open(QSaveFile::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())) {

@@ -60,7 +60,7 @@ void RunningMap::Accept() {
   }
 }
 
-void RunningMap::Read(QLocalSocket& client) {
+void RunningMap::Read(QLocalSocket& client) const {
   const QByteArray bytes = client.peek(kMaxBytes);
   const qsizetype end = bytes.indexOf(kEnd);
   if (end < 0) {

@@ -34,7 +34,7 @@ class RunningMap {
  private:
   void Take();
   void Accept();
-  void Read(QLocalSocket& client);
+  void Read(QLocalSocket& client) const;
 
   QLockFile myLock;
   QString myName;

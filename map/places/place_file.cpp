@@ -89,7 +89,7 @@ class PlaceReader {
 
   void ReadPictures(Place& place) {
     std::set<int> facets;
-    for (const QJsonValue& value : Array("pictures", Place::kMaxPictures)) {
+    for (const auto& value : Array("pictures", Place::kMaxPictures)) {
       const QJsonObject object = value.toObject();
       const auto isWithin = [&object](const char* key, double min, double max) {
         const QJsonValue number = object[QLatin1String(key)];
@@ -115,7 +115,7 @@ class PlaceReader {
   }
 
   void ReadLandmarks(Place& place) {
-    for (const QJsonValue& feature : Array("landmarks", Landmark::kMaxCount)) {
+    for (const auto& feature : Array("landmarks", Landmark::kMaxCount)) {
       const std::optional<Landmark> landmark = FromFeature(feature.toObject());
       Expect(landmark && landmark->name.isValidUtf16() && landmark->note.isValidUtf16() &&
                  landmark->icon.isValidUtf16(),
