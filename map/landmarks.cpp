@@ -1,5 +1,6 @@
 #include "map/landmarks.h"
 
+#include <QContextMenuEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QHelpEvent>
@@ -39,15 +40,21 @@ Landmarks::Landmarks(Settings& settings, MapView& map, PlacePicker& picker, Mess
 }
 
 void Landmarks::ShowIn(MapScene& scene) {
-  myItem = new LandmarksItem(myBoard, scene.Facet());
-  myItem->setVisible(myIsShown);
+  myItem = new LandmarksItem(myBoard, scene);
   scene.addItem(myItem);
+  scene.addItem(myItem->Names());
+  SetVisible();
+}
+
+void Landmarks::SetVisible() {
+  for (QGraphicsItem* item : {static_cast<QGraphicsItem*>(myItem), myItem->Names()})
+    item->setVisible(myIsShown);
 }
 
 void Landmarks::SetShown(bool isShown) {
   myIsShown = isShown;
   mySettings.Store(kHidden, isShown ? "" : "1");
-  if (myItem != nullptr) myItem->setVisible(isShown);
+  if (myItem != nullptr) SetVisible();
 }
 
 const Landmark* Landmarks::LandmarkAt(QPoint inView) const {
@@ -55,15 +62,18 @@ const Landmark* Landmarks::LandmarkAt(QPoint inView) const {
   return myItem->LandmarkAt(inView, myMap.viewportTransform());
 }
 
-void Landmarks::AddActionsAt(QPoint inView, QMenu& menu) {
-  if (const Landmark* found = LandmarkAt(inView)) {
-    menu.addAction(tr("&Edit Landmark..."), this, [this, at = *found] { Edit(at); });
-    menu.addAction(tr("&Move Landmark"), this, [this, at = *found] { Move(at); });
-    menu.addAction(tr("&Delete Landmark..."), this, [this, at = *found] { AskToDelete(at); });
-    return;
-  }
-  const QPointF place = WholePlace(myMap.mapToScene(inView));
-  menu.addAction(tr("Place &Landmark Here..."), this, [this, place] { AskForNew(place); });
+QWidget& Landmarks::Owner() const {
+  return myList && myList->isActiveWindow() ? *myList : myWindow;
+}
+
+void Landmarks::OpenMenu(const Landmark& landmark, QPoint globalPosition) {
+  auto* menu = new QMenu(&myWindow);
+  menu->setObjectName(QStringLiteral("mnuLandmark"));
+  menu->setAttribute(Qt::WA_DeleteOnClose);
+  menu->addAction(tr("&Edit Landmark..."), this, [this, landmark] { Edit(landmark); });
+  menu->addAction(tr("&Move Landmark"), this, [this, landmark] { Move(landmark); });
+  menu->addAction(tr("&Delete Landmark..."), this, [this, landmark] { AskToDelete(landmark); });
+  menu->popup(globalPosition);
 }
 
 void Landmarks::PlaceByClick() {
@@ -88,7 +98,7 @@ void Landmarks::Add(const Landmark& landmark) {
 }
 
 void Landmarks::Edit(const Landmark& landmark) {
-  auto* dialog = new LandmarkDialog(tr("Landmark"), landmark, myWindow);
+  auto* dialog = new LandmarkDialog(tr("Landmark"), landmark, Owner());
   dialog->Confirmed = [this, landmark](const Landmark& now) { myBoard.Replace(landmark, now); };
   dialog->open();
 }
@@ -105,7 +115,7 @@ void Landmarks::Move(const Landmark& landmark) {
 void Landmarks::AskToDelete(const Landmark& landmark) {
   auto* question = new QMessageBox(QMessageBox::Question, tr("Delete Landmark"),
                                    tr("Delete the landmark \"%1\"?").arg(Shown(landmark.name)),
-                                   QMessageBox::Cancel, myList ? myList.data() : &myWindow);
+                                   QMessageBox::Cancel, &Owner());
   question->setObjectName(QStringLiteral("DeleteQuestion"));
   question->setAttribute(Qt::WA_DeleteOnClose);
   question->setTextFormat(Qt::PlainText);
@@ -176,17 +186,24 @@ void Landmarks::Export(const QString& file) {
 }
 
 bool Landmarks::eventFilter(QObject* watched, QEvent* event) {
-  if (event->type() != QEvent::ToolTip) return QObject::eventFilter(watched, event);
-  const auto* help = static_cast<QHelpEvent*>(event);
-  const Landmark* found = LandmarkAt(help->pos());
+  const bool isMenu = event->type() == QEvent::ContextMenu;
+  if (!isMenu && event->type() != QEvent::ToolTip) return QObject::eventFilter(watched, event);
+  const QPoint at = isMenu ? static_cast<QContextMenuEvent*>(event)->pos()
+                           : static_cast<QHelpEvent*>(event)->pos();
+  const Landmark* found = LandmarkAt(at);
   // Members lie above landmarks.
-  if (found == nullptr || myMap.Scene()->Markers().MemberAt(help->pos(), myMap.viewportTransform()))
+  if (found == nullptr || myMap.Scene()->Markers().MemberAt(at, myMap.viewportTransform()))
     return false;
-  QString text = Shown(found->name).toHtmlEscaped();
-  for (const QString& line : found->note.split('\n'))
-    text += "<br>" + Shown(line).toHtmlEscaped();
-  // As rich text, so that long lines are wrapped.
-  QToolTip::showText(help->globalPos(), "<qt>" + text + "</qt>", myMap.viewport());
+  const QPoint onScreen = myMap.viewport()->mapToGlobal(at);
+  if (isMenu) {
+    OpenMenu(*found, onScreen);
+  } else {
+    // As rich text, so that long lines are wrapped.
+    QString text = Shown(found->name).toHtmlEscaped();
+    for (const QString& line : found->note.split('\n'))
+      text += "<br>" + Shown(line).toHtmlEscaped();
+    QToolTip::showText(onScreen, "<qt>" + text + "</qt>", myMap.viewport());
+  }
   return true;
 }
 

@@ -34,10 +34,9 @@ class Landmarks : public QObject {
   void SetShown(bool isShown);
   bool IsShown() const { return myIsShown; }
 
-  // Adds what can be done there to the map's menu.
-  void AddActionsAt(QPoint inView, QMenu& menu);
-
-  // Starts with a click on the map.
+  // Asks for the name and the rest of a landmark there.
+  void AskForNew(QPointF place);
+  // As AskForNew, with the next click on the map.
   void PlaceByClick();
   void ShowList();
   void AskForImport();
@@ -49,12 +48,15 @@ class Landmarks : public QObject {
   LandmarkBoard& Board() { return myBoard; }
 
  protected:
-  // The map's tool tips.
+  // The tool tips and menus of landmarks on the map.
   bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   const Landmark* LandmarkAt(QPoint inView) const;
-  void AskForNew(QPointF place);
+  void SetVisible();
+  // Of a dialog: the list, if the user works there.
+  QWidget& Owner() const;
+  void OpenMenu(const Landmark& landmark, QPoint globalPosition);
   void Add(const Landmark& landmark);
   void Edit(const Landmark& landmark);
   void Move(const Landmark& landmark);

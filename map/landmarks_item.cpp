@@ -21,8 +21,22 @@ QSize NameSize(const QStaticText& name) {
 
 }  // namespace
 
-LandmarksItem::LandmarksItem(const LandmarkBoard& board, int facet)
-    : myBoard(board), myFacet(facet) {
+// Painted after the members, whose labels come first.
+class LandmarksItem::NamesItem : public QGraphicsItem {
+ public:
+  explicit NamesItem(LandmarksItem& landmarks) : myLandmarks(landmarks) { setZValue(1); }
+
+  QRectF boundingRect() const override { return myLandmarks.boundingRect(); }
+  void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget* widget) override {
+    if (widget != nullptr) myLandmarks.DrawNames(*painter, *widget);
+  }
+
+ private:
+  LandmarksItem& myLandmarks;
+};
+
+LandmarksItem::LandmarksItem(const LandmarkBoard& board, MapScene& scene)
+    : myBoard(board), myScene(scene), myNames(new NamesItem(*this)) {
   setZValue(-1);
   Reload();
 }
@@ -32,14 +46,14 @@ QRectF LandmarksItem::boundingRect() const {
 }
 
 void LandmarksItem::Reload() {
+  myVisible.clear();
   myMarks.clear();
   for (const Landmark& landmark : myBoard.All()) {
-    if (landmark.facet != myFacet) continue;
+    if (landmark.facet != myScene.Facet()) continue;
     QStaticText name(VisibleText(TextFromDisplay(landmark.name), kNameShown));
     name.setTextFormat(Qt::PlainText);
     myMarks.push_back({&landmark, LandmarkArt::NumberOf(landmark.icon), name});
   }
-  myWindow = {};
   update();
 }
 
@@ -48,47 +62,39 @@ void LandmarksItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QW
   const QTransform toView = painter->worldTransform();
   painter->resetTransform();
   const QRect room = widget->rect().adjusted(-200, -40, 200, 40);
-  std::vector<Mark*> visible;
+  myVisible.clear();
   for (Mark& mark : myMarks) {
-    if (room.contains(toView.map(mark.landmark->at).toPoint())) visible.push_back(&mark);
-  }
-  painter->setFont(widget->font());
-  if (toView != myNamesFor || widget->rect() != myWindow || widget->font() != myFont) {
-    myFont = widget->font();
-    PlaceNames(visible, toView, widget->rect());
-  }
-  for (const Mark* mark : visible)
-    myArt.Draw(*painter, toView.map(mark->landmark->at), mark->icon, mark->landmark->colour);
-  painter->setPen(Qt::black);
-  for (const Mark* mark : visible) {
-    if (!mark->showsName) continue;
-    const QRect place(toView.map(mark->landmark->at).toPoint() + mark->namePlace,
-                      NameSize(mark->name));
-    painter->fillRect(place, QColor(255, 255, 255, 200));
-    painter->drawStaticText(place.topLeft() + QPoint(kNameMargin, 0), mark->name);
+    const QPointF at = toView.map(mark.landmark->at);
+    if (!room.contains(at.toPoint())) continue;
+    myVisible.push_back({&mark, at});
+    myArt.Draw(*painter, at, mark.icon, mark.landmark->colour);
   }
 }
 
-// Below the icon, or above it.
-void LandmarksItem::PlaceNames(const std::vector<Mark*>& visible, const QTransform& toView,
-                               const QRect& window) {
-  myNamesFor = toView;
-  myWindow = window;
-  LabelPlacement placement(window);
-  for (const Mark* mark : visible)
-    placement.Avoid(LandmarkArt::SpaceOf(mark->icon, toView.map(mark->landmark->at)));
-  for (Mark* mark : visible) {
-    mark->showsName = false;
+// Below the icon, or above it; where it was, if it can.
+void LandmarksItem::DrawNames(QPainter& painter, const QWidget& window) {
+  painter.resetTransform();
+  painter.setFont(window.font());
+  painter.setPen(Qt::black);
+  LabelPlacement placement = myScene.Markers().FreePlaces();
+  for (const auto& [mark, at] : myVisible)
+    placement.Avoid(LandmarkArt::SpaceOf(mark->icon, at));
+  for (const auto& [mark, at] : myVisible) {
     if (mark->name.text().isEmpty()) continue;
-    mark->name.prepare({}, myFont);
-    const QPoint at = toView.map(mark->landmark->at).toPoint();
-    const QRect icon = LandmarkArt::SpaceOf(mark->icon, at);
+    mark->name.prepare({}, window.font());
+    const QRect icon = LandmarkArt::SpaceOf(mark->icon, QPoint());
     const QSize size = NameSize(mark->name);
-    const int left = at.x() - size.width() / 2;
-    for (const int top : {icon.bottom() + 1, icon.top() - size.height()}) {
-      if (mark->showsName) break;
-      mark->namePlace = QPoint(left, top) - at;
-      mark->showsName = placement.Take({QPoint(left, top), size});
+    const QPoint below(-size.width() / 2, icon.bottom() + 1);
+    const QPoint above(-size.width() / 2, icon.top() - size.height());
+    const QPoint last = mark->namePlace == above ? above : below;
+    mark->namePlace = {};
+    for (const QPoint& place : {last, last == below ? above : below}) {
+      const QRect rect(at.toPoint() + place, size);
+      if (!placement.Take(rect)) continue;
+      mark->namePlace = place;
+      painter.fillRect(rect, QColor(255, 255, 255, 200));
+      painter.drawStaticText(rect.topLeft() + QPoint(kNameMargin, 0), mark->name);
+      break;
     }
   }
 }

@@ -5,17 +5,21 @@
 #include <QGraphicsItem>
 #include <QStaticText>
 
-#include "map/label_placement.h"
 #include "map/landmark_art.h"
 #include "map/landmark_board.h"
+#include "map/map_scene.h"
 
 namespace corvane::map {
 
-// Draws a facet's landmarks, below the members. Icons and names keep their size at all scales.
+// Draws a facet's landmarks: their icons below the members, their names where members and their
+// labels leave room. Icons and names keep their size at all scales.
 class LandmarksItem : public QGraphicsItem {
  public:
-  // Borrows the board.
-  LandmarksItem(const LandmarkBoard& board, int facet);
+  // Borrows both.
+  LandmarksItem(const LandmarkBoard& board, MapScene& scene);
+
+  // The item that draws the names. It is to be added to the scene, too, and hidden with this one.
+  QGraphicsItem* Names() { return myNames; }
 
   QRectF boundingRect() const override;
   void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
@@ -28,23 +32,27 @@ class LandmarksItem : public QGraphicsItem {
   void Reload();
 
  private:
+  class NamesItem;
+
   struct Mark {
     const Landmark* landmark;  // of the board, until it changes
     std::size_t icon;
     QStaticText name;
-    QPoint namePlace{};  // its top left corner, relative to the landmark
-    bool showsName = false;
+    QPoint namePlace{};  // its top left corner, relative to the landmark; null: none yet
+  };
+  struct Visible {
+    Mark* mark;
+    QPointF at;  // in the window
   };
 
-  void PlaceNames(const std::vector<Mark*>& visible, const QTransform& toView, const QRect& window);
+  void DrawNames(QPainter& painter, const QWidget& window);
 
   const LandmarkBoard& myBoard;
-  int myFacet;
+  MapScene& myScene;
+  QGraphicsItem* myNames;  // the scene owns it
   LandmarkArt myArt;
   std::vector<Mark> myMarks;
-  QTransform myNamesFor;  // the view whose names are placed
-  QRect myWindow;
-  QFont myFont;
+  std::vector<Visible> myVisible;  // as of the last paint
 };
 
 }  // namespace corvane::map

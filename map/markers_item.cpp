@@ -1,9 +1,9 @@
 #include "map/markers_item.h"
 
+#include <utility>
+
 #include <QPainter>
 #include <QWidget>
-
-#include "map/label_placement.h"
 
 namespace corvane::map {
 namespace {
@@ -103,6 +103,7 @@ void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& w
       shown.marker->showsLabel = TakePlace(*shown.marker, shown.at, placement) || isHighlighted;
     }
   }
+  myFreePlaces = std::move(placement);
 }
 
 void MarkersItem::DrawTrails(QPainter& painter, const QTransform& toView) const {

@@ -5,6 +5,7 @@
 
 #include <QGraphicsItem>
 
+#include "map/label_placement.h"
 #include "map/marker_art.h"
 #include "map/marker_board.h"
 
@@ -35,6 +36,9 @@ class MarkersItem : public QGraphicsItem {
   // Places the labels again at the next paint.
   void PlaceLabels() { myPlacesLabels = true; }
 
+  // What the labels and markers have left free, as of the last paint.
+  const LabelPlacement& FreePlaces() const { return myFreePlaces; }
+
   // The topmost member near the point; null if there is none. `toView` maps the map into the
   // window.
   const client::Member* MemberAt(QPointF inView, const QTransform& toView) const;
@@ -56,6 +60,7 @@ class MarkersItem : public QGraphicsItem {
   int myFacet;
   MarkerArt myArt;
   bool myPlacesLabels = true;
+  LabelPlacement myFreePlaces{QRect()};
   QFont myFont;
 };
 

@@ -71,6 +71,8 @@ void PictureDialog::LayOut() {
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
   }
+  // Room for the longest text, so that the fields below do not move while the user types.
+  lblPlaces->setMinimumHeight(3 * fontMetrics().lineSpacing());
   auto* path = new QHBoxLayout;
   path->addWidget(txtPath);
   path->addWidget(btnBrowse);
@@ -85,6 +87,9 @@ void PictureDialog::LayOut() {
     row->addWidget(spnY.at(i), 1);
     places->addLayout(row);
   }
+  for (const auto& [before, next] : {std::pair(spnX[0], spnY[0]), std::pair(spnY[0], spnX[1]),
+                                     std::pair(spnX[1], spnY[1]), std::pair(spnY[1], spnLeft)})
+    setTabOrder(before, next);
   auto* grpNumbers = new QGroupBox(tr("Or its numbers"), this);
   auto* numbers = new QFormLayout(grpNumbers);
   numbers->addRow(tr("&Left edge at X:"), spnLeft);

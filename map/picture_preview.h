@@ -4,6 +4,7 @@
 #include <functional>
 #include <optional>
 
+#include <QCoreApplication>
 #include <QGraphicsView>
 #include <QPixmap>
 
@@ -15,6 +16,8 @@ namespace corvane::map {
 // Shows a picture with the map's grid over it and two numbered places. The wheel zooms, dragging
 // pans, a click chooses a place.
 class PicturePreview : public QGraphicsView {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::PicturePreview)
+
  public:
   static constexpr std::size_t kPlaces = 2;
 

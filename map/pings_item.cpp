@@ -27,7 +27,7 @@ constexpr double kFadeTime = 20;
 
 PingsItem::PingsItem(const std::deque<PingMark>& pings, int facet)
     : myPings(pings), myFacet(facet) {
-  setZValue(1);
+  setZValue(2);
 }
 
 QRectF PingsItem::boundingRect() const {
