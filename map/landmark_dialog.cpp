@@ -44,6 +44,7 @@ LandmarkDialog::LandmarkDialog(const QString& title, const Landmark& landmark, Q
   txtNote->setTabChangesFocus(true);
   spnFacet->setRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
   spnFacet->setValue(landmark.facet);
+  lstIcons->setAccessibleName(tr("Icon"));
   lstIcons->setViewMode(QListView::IconMode);
   lstIcons->setMovement(QListView::Static);
   lstIcons->setUniformItemSizes(true);

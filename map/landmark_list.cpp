@@ -80,9 +80,9 @@ void LandmarkList::LayOut() {
   column->addWidget(txtSearch);
   column->addWidget(lstLandmarks);
   column->addLayout(buttons);
-  lstLandmarks->header()->resizeSection(kName, 190);
+  lstLandmarks->header()->resizeSection(kName, 160);
   lstLandmarks->header()->resizeSection(kFacet, 60);
-  resize(560, 380);
+  resize(480, 300);
 }
 
 void LandmarkList::Fill() {

@@ -1,5 +1,7 @@
 #include "map/landmarks_item.h"
 
+#include <utility>
+
 #include <QPainter>
 #include <QWidget>
 
@@ -62,8 +64,10 @@ void LandmarksItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QW
   const QTransform toView = painter->worldTransform();
   painter->resetTransform();
   const QRect room = widget->rect().adjusted(-200, -40, 200, 40);
+  const bool hasMoved = std::exchange(myToView, toView) != toView;
   myVisible.clear();
   for (Mark& mark : myMarks) {
+    if (hasMoved) mark.namePlace = {};
     const QPointF at = toView.map(mark.landmark->at);
     if (!room.contains(at.toPoint())) continue;
     myVisible.push_back({&mark, at});
@@ -71,7 +75,7 @@ void LandmarksItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QW
   }
 }
 
-// Below the icon, or above it; where it was, if it can.
+// Below the icon, or above it. Until the view moves, a name stays where it is if it can.
 void LandmarksItem::DrawNames(QPainter& painter, const QWidget& window) {
   painter.resetTransform();
   painter.setFont(window.font());

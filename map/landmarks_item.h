@@ -53,6 +53,7 @@ class LandmarksItem : public QGraphicsItem {
   LandmarkArt myArt;
   std::vector<Mark> myMarks;
   std::vector<Visible> myVisible;  // as of the last paint
+  QTransform myToView;             // of the last paint
 };
 
 }  // namespace corvane::map

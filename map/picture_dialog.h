@@ -33,13 +33,13 @@ class PictureDialog : public QDialog {
   std::function<void(const MapPicture&)> Chosen;
 
   // The controls, in tab order. The dialog owns them.
+  PicturePreview* preview;
   QRadioButton* rdoNone;
   QRadioButton* rdoImage;
   QRadioButton* rdoTiles;
   QLineEdit* txtPath;
   QPushButton* btnBrowse;
-  QLabel* lblState;  // of the picture: progress or failure
-  PicturePreview* preview;
+  QLabel* lblState;   // of the picture: progress or failure
   QLabel* lblPlaces;  // what to do next, or why the places do not fit
   std::array<QDoubleSpinBox*, PicturePreview::kPlaces> spnX;
   std::array<QDoubleSpinBox*, PicturePreview::kPlaces> spnY;
