@@ -42,6 +42,9 @@ class MapActions {
   QAction* actShowLandmarks;
   QAction* actImportLandmarks;
   QAction* actExportLandmarks;
+  QAction* actAlarms;
+  QAction* actDrawCircle;
+  QAction* actSilence;
   QAction* actKick;
   QAction* actBan;
   QAction* actMessage;

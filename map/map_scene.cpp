@@ -63,6 +63,7 @@ void MapScene::drawBackground(QPainter* painter, const QRectF& part) {
   } else {
     DrawGrid(*painter, part, QApplication::palette().color(QPalette::Text));
   }
+  if (BackgroundDrawn) BackgroundDrawn(*painter, part);
 }
 
 void MapScene::DrawTiles(QPainter& painter, const QRectF& part) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -22,6 +23,9 @@ class MapScene : public QGraphicsScene {
   // false.
   bool ShowPicture(const MapPicture& picture, const QString& tileFolder);
   void ShowGrid();
+
+  // Draws on the picture or the grid, below all items. Views cache what it draws.
+  std::function<void(QPainter& painter, const QRectF& part)> BackgroundDrawn;
 
   MarkersItem& Markers() { return *myMarkers; }
   int Facet() const { return myFacet; }

@@ -45,6 +45,8 @@ class MapView : public QGraphicsView {
   // finds it by name.
   void Follow(const client::Member& member);
   void StopFollowing();
+  // Null while it follows nobody, or the followed member is away.
+  const client::Member* Followed() const { return myHighlights.followed; }
   bool IsFollowing() const { return !myFollowed.empty(); }
 
   // Updates the markers to that time. A timer calls it too.

@@ -56,6 +56,9 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   mySharing = std::make_unique<Sharing>(
       myConnection, mySettings, myConnector, *myPictures, myLandmarks->Board(), *txtMessages, *this,
       QFileInfo(settingsFile).absolutePath() + QStringLiteral("/Corvane Map Pictures"));
+  myAlarms = std::make_unique<AlarmBell>(myConnection, mySettings, *map, *txtMessages, *this);
+  myHighlights.alarms = &myAlarms->Watch();
+  pnlMembers->ShowAlarms(myAlarms->Watch());
   // Home is a key of the list, too.
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
@@ -193,6 +196,12 @@ void MapWindow::WireActions() {
   });
   onMember(actions->actKick, [this](const Member& member) { myAdministration.Kick(member.name); });
   onMember(actions->actBan, [this](const Member& member) { myAdministration.Ban(member.name); });
+  on(actions->actAlarms, [this] { myAlarms->AskForRules(); });
+  on(actions->actDrawCircle, [this] { myAlarms->DrawCircle(); });
+  connect(actions->actSilence, &QAction::toggled, this, [this](bool isOn) {
+    myAlarms->SetSilenced(isOn);
+    stsLine->lblSilenced->setVisible(isOn);
+  });
   on(actions->actMessage, [this] { myAdministration.SendMessage(); });
   on(actions->actBans, [this] { myAdministration.ShowBans(); });
   on(actions->actPing, [this] {
@@ -240,6 +249,7 @@ void MapWindow::ShowState() {
 void MapWindow::ShowOwn() {
   const bool isHere = myConnection.CurrentState() != State::Offline;
   myHighlights.own = myOwnPosition.Shown();
+  myAlarms->Watch().TakeOwn(myHighlights.own);
   pnlMembers->ShowOwn(isHere ? myConnection.CurrentDestination().account.userName : std::string(),
                       myHighlights.own);
   map->Refresh();
@@ -342,6 +352,7 @@ void MapWindow::ShowFacet(int facet) {
   if (myScene && facet == Facet()) return;
   // The old scene is destroyed after the view has the new one.
   auto scene = std::make_unique<MapScene>(myBoard, myHighlights, facet);
+  myAlarms->ShowOn(*scene);
   map->ShowScene(*scene);
   myScene = std::move(scene);
   myLandmarks->ShowIn(*myScene);

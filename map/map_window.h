@@ -11,6 +11,7 @@
 #include "client/connection.h"
 #include "framework/signal.h"
 #include "map/administration.h"
+#include "map/alarm_bell.h"
 #include "map/banner.h"
 #include "map/connector.h"
 #include "map/facet_pictures.h"
@@ -103,6 +104,7 @@ class MapWindow : public QMainWindow {
   std::unique_ptr<PlacePicker> myPicker;
   std::unique_ptr<Landmarks> myLandmarks;
   std::unique_ptr<Sharing> mySharing;
+  std::unique_ptr<AlarmBell> myAlarms;
   std::unique_ptr<MapScene> myScene;
   QTimer myTimer;
   SignalConnection myStateChanged;

@@ -33,7 +33,8 @@ struct Marker {
   bool hasTrail = false;
   std::deque<QPointF> trail;  // the oldest place first
   bool showsLabel = false;
-  QPoint labelPlace;  // its top left corner, relative to the marker
+  bool showsSign = false;  // of an alarm
+  QPoint labelPlace;       // its top left corner, relative to the marker
   // Name and hit points. Null until they are first shown, and after a change.
   std::unique_ptr<QStaticText> label;
 };

@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <QWidget>
 
+#include "map/alarms/alarm_text.h"
+
 namespace corvane::map {
 namespace {
 
@@ -31,12 +33,12 @@ QRect MarkerRect(QPointF at) {
 
 // Puts the label into the first free place: right, left, above or below. Returns false, with the
 // label on the right, if all are taken.
-bool TakePlace(Marker& marker, QPointF at, LabelPlacement& placement) {
+bool TakePlace(Marker& marker, QPointF at, int gap, LabelPlacement& placement) {
   const QSize size = LabelSize(marker);
-  const QPoint right(kLabelGap, -size.height() / 2);
-  for (const QPoint& place : {right, QPoint(-kLabelGap - size.width(), -size.height() / 2),
-                              QPoint(-size.width() / 2, -kLabelGap - size.height()),
-                              QPoint(-size.width() / 2, kLabelGap)}) {
+  const QPoint right(gap, -size.height() / 2);
+  for (const QPoint& place :
+       {right, QPoint(-gap - size.width(), -size.height() / 2),
+        QPoint(-size.width() / 2, -gap - size.height()), QPoint(-size.width() / 2, gap)}) {
     marker.labelPlace = place;
     if (placement.Take(LabelRect(marker, at))) return true;
   }
@@ -45,6 +47,11 @@ bool TakePlace(Marker& marker, QPointF at, LabelPlacement& placement) {
 }
 
 }  // namespace
+
+QString Highlights::AlarmOf(const Member* member, const client::Report& report) const {
+  if (alarms == nullptr) return {};
+  return StateText(alarms->StateOf(member), report, alarms->Rules());
+}
 
 MarkersItem::MarkersItem(MarkerBoard& board, const Highlights& highlights, int facet)
     : myBoard(board), myHighlights(highlights), myFacet(facet) {}
@@ -63,11 +70,14 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
       marker->label.reset();
   }
   painter->setFont(myFont);
+  myAlarmArt.Prepare(myFont, painter->device()->devicePixelRatioF());
   const std::vector<Shown> visible = Visible(toView, widget->rect());
   if (myPlacesLabels) ChooseLabels(visible, widget->rect());
   DrawTrails(*painter, toView);
   for (const Shown& shown : visible)
     myArt.Draw(*painter, shown.at, ShapeOf(shown.marker->member->report), shown.marker->isStale);
+  for (const Shown& shown : visible)
+    myAlarmArt.Draw(*painter, shown.at, shown.alarm, shown.marker->showsSign);
   for (const Shown& shown : visible) {
     if (shown.marker->showsLabel) DrawLabel(*painter, shown);
     if (myHighlights.Contains(shown.marker->member)) MarkerArt::DrawRing(*painter, shown.at);
@@ -75,6 +85,8 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   if (myHighlights.own && myHighlights.own->facet == myFacet) {
     const QPointF place(myHighlights.own->x, myHighlights.own->y);
     myArt.Draw(*painter, toView.map(place), MarkerShape::Own, false);
+    myAlarmArt.Draw(*painter, toView.map(place), myHighlights.AlarmOf(nullptr, *myHighlights.own),
+                    true);
   }
 }
 
@@ -85,7 +97,8 @@ std::vector<MarkersItem::Shown> MarkersItem::Visible(const QTransform& toView,
   for (Marker* marker : myBoard.All()) {
     if (marker->facet != myFacet) continue;
     const QPointF at = toView.map(marker->place);
-    if (room.contains(at)) visible.push_back({marker, at});
+    if (room.contains(at))
+      visible.push_back({marker, at, myHighlights.AlarmOf(marker->member, marker->member->report)});
   }
   return visible;
 }
@@ -96,11 +109,18 @@ void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& w
   LabelPlacement placement(window);
   for (const Shown& shown : visible)
     placement.Avoid(MarkerRect(shown.at));
+  for (const Shown& shown : visible) {
+    shown.marker->showsSign =
+        !shown.alarm.isEmpty() && placement.Take(myAlarmArt.SignRect(shown.at, shown.alarm));
+  }
   for (const bool isHighlighted : {true, false}) {
     for (const Shown& shown : visible) {
       if (myHighlights.Contains(shown.marker->member) != isHighlighted) continue;
       LayOut(*shown.marker, myFont);
-      shown.marker->showsLabel = TakePlace(*shown.marker, shown.at, placement) || isHighlighted;
+      shown.marker->showsLabel =
+          TakePlace(*shown.marker, shown.at, shown.alarm.isEmpty() ? kLabelGap : kAlarmReach,
+                    placement) ||
+          isHighlighted;
     }
   }
   myFreePlaces = std::move(placement);

@@ -5,6 +5,8 @@
 
 #include <QGraphicsItem>
 
+#include "map/alarm_art.h"
+#include "map/alarms/alarm_watch.h"
 #include "map/label_placement.h"
 #include "map/marker_art.h"
 #include "map/marker_board.h"
@@ -16,6 +18,10 @@ struct Highlights {
   const client::Member* selected = nullptr;
   const client::Member* followed = nullptr;
   std::optional<client::Report> own;
+  const AlarmWatch* alarms = nullptr;  // whose states are marked
+
+  // Empty without an alarm.
+  QString AlarmOf(const client::Member* member, const client::Report& report) const;
 
   bool Contains(const client::Member* member) const {
     return member == selected || member == followed;
@@ -47,6 +53,7 @@ class MarkersItem : public QGraphicsItem {
   struct Shown {
     Marker* marker;
     QPointF at;  // in the window
+    QString alarm;
   };
 
   std::vector<Shown> Visible(const QTransform& toView, const QRectF& window) const;
@@ -59,6 +66,7 @@ class MarkersItem : public QGraphicsItem {
   const Highlights& myHighlights;
   int myFacet;
   MarkerArt myArt;
+  AlarmArt myAlarmArt;
   bool myPlacesLabels = true;
   LabelPlacement myFreePlaces{QRect()};
   QFont myFont;

@@ -9,6 +9,8 @@
 #include <QPalette>
 
 #include "framework/visible_text.h"
+#include "map/alarm_art.h"
+#include "map/alarms/alarm_text.h"
 
 namespace corvane::map {
 namespace {
@@ -51,6 +53,13 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     const bool isNumber = column != kName && column != kState;
     return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
   }
+  const bool isColoured =
+      role == Qt::BackgroundRole || role == Qt::ForegroundRole || role == Qt::ToolTipRole;
+  if (isColoured && column == kState && row.member != nullptr) {
+    const QString alarm = AlarmOf(*row.member);
+    if (!alarm.isEmpty() && role == Qt::ToolTipRole) return alarm.toHtmlEscaped();
+    if (!alarm.isEmpty()) return role == Qt::BackgroundRole ? kAlarmGround : kAlarmText;
+  }
   if (role == Qt::FontRole && column == kName && IsOwn(index.row())) {
     QFont bold;
     bold.setBold(true);
@@ -86,8 +95,15 @@ QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int 
   return names[section];
 }
 
-QString MembersModel::StateOf(const Member& member) {
+QString MembersModel::AlarmOf(const Member& member) const {
+  if (myAlarms == nullptr) return {};
+  return StateText(myAlarms->StateOf(&member), member.report, myAlarms->Rules());
+}
+
+QString MembersModel::StateOf(const Member& member) const {
   if (!member.hasPlace) return tr("No place");
+  const QString alarm = AlarmOf(member);
+  if (!alarm.isEmpty()) return alarm;
   if (member.report.isDead) return tr("Dead");
   return member.report.inBattle ? tr("In battle") : tr("Alive");
 }

@@ -10,6 +10,7 @@
 #include <QTimer>
 
 #include "client/members.h"
+#include "map/alarms/alarm_watch.h"
 
 namespace corvane::map {
 
@@ -35,6 +36,8 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   // Shows the user's row; without a name there is none.
   void ShowOwn(const std::string& name, const std::optional<client::Report>& report);
   bool IsOwn(int row) const { return MemberAt(row) == &myOwn; }
+  // Shows alarms as states, from now on. Borrows the watch.
+  void ShowAlarms(const AlarmWatch& watch) { myAlarms = &watch; }
 
   // Null if the member was removed after the last Update.
   const client::Member* MemberAt(int row) const {
@@ -57,11 +60,14 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   void Removed(const client::Member& member) override;
   void RemoveGone();
   void Number();
-  static QString StateOf(const client::Member& member);
+  QString StateOf(const client::Member& member) const;
+  // Empty without an alarm.
+  QString AlarmOf(const client::Member& member) const;
   static QString NewsOf(const client::Member& member);
 
   client::Members& myMembers;
   client::Member myOwn;
+  const AlarmWatch* myAlarms = nullptr;
   std::vector<Row> myRows;
   std::unordered_map<const client::Member*, int> myPlaces;
   std::vector<const client::Member*> myNew;

@@ -28,6 +28,9 @@ class MembersPanel : public QWidget {
   std::function<void(const client::Member&)> Activated;
   std::function<void(const client::Member&, QPoint globalPosition)> MenuRequested;
 
+  // Shows the states of alarms in the list.
+  void ShowAlarms(const AlarmWatch& watch) { myModel.ShowAlarms(watch); }
+
   // Selects the row without raising Selected. Null selects none.
   void Select(const client::Member* member);
   bool HasSelection() const { return lstMembers->currentIndex().isValid(); }

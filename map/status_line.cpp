@@ -16,6 +16,7 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
     : QStatusBar(parent),
       lblState(new QLabel(this)),
       prgCutting(new QProgressBar(this)),
+      lblSilenced(new QLabel(tr("Alarms silenced"), this)),
       lblPlace(new QLabel(this)),
       myConnection(connection) {
   lblState->setTextFormat(Qt::PlainText);
@@ -30,8 +31,10 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   prgCutting->setAccessibleName(tr("Preparing the picture"));
   prgCutting->setMinimumWidth(fontMetrics().horizontalAdvance(prgCutting->format()) + 40);
   prgCutting->hide();
+  lblSilenced->hide();
   addWidget(lblState, 1);
   addPermanentWidget(prgCutting);
+  addPermanentWidget(lblSilenced);
   addPermanentWidget(lblPlace);
   connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
   myTimer.start(std::chrono::milliseconds(500));

@@ -30,6 +30,7 @@ class StatusLine : public QStatusBar {
   // The controls. The bar owns them.
   QLabel* lblState;
   QProgressBar* prgCutting;
+  QLabel* lblSilenced;  // shown while alarms are silenced
   QLabel* lblPlace;
 
  private:

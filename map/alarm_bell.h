@@ -1,0 +1,68 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include <QCoreApplication>
+#include <QMainWindow>
+#include <QStringList>
+#include <QSystemTrayIcon>
+#include <QTimer>
+
+#include "client/connection.h"
+#include "framework/signal.h"
+#include "map/alarms/alarm_watch.h"
+#include "map/circle_tool.h"
+#include "map/map_view.h"
+#include "map/messages_pane.h"
+#include "map/settings.h"
+
+namespace corvane::map {
+
+// Brings alarms to the user: as a line in the messages, as a mark of the window in the task bar, as
+// a desktop notification and as a sound, together and at most once per kPause. Keeps the rules in
+// the settings, and lets the user change them and draw circles. Borrows what it is given.
+class AlarmBell {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::AlarmBell)
+
+ public:
+  static constexpr std::chrono::seconds kPause{1};
+  static constexpr qsizetype kMaxLines = 10;  // of alarms at once; others are counted
+
+  AlarmBell(client::Connection& connection, Settings& settings, MapView& map,
+            MessagesPane& messages, QMainWindow& owner);
+
+  AlarmWatch& Watch() { return myWatch; }
+  // While silenced there are only lines and marks.
+  void SetSilenced(bool isSilenced) { myIsSilenced = isSilenced; }
+  // Adds the circles to the scene of a facet.
+  void ShowOn(MapScene& scene);
+  void AskForRules();
+  void DrawCircle();
+
+ private:
+  void Take(const Alarm& alarm);
+  void Ring();
+  void Notify(const QStringList& lines);
+  void SetRules(const AlarmRules& rules);
+  void AskForName(const AlarmCircle& circle);
+  QString NextName() const;
+
+  Settings& mySettings;
+  MapView& myMap;
+  MessagesPane& myMessages;
+  QMainWindow& myOwner;
+  AlarmWatch myWatch;
+  CircleTool myTool;
+  std::unique_ptr<QSystemTrayIcon> myTray;  // while there are notifications
+  QString myPlace;                          // whose members the watch remembers
+  QStringList myLines;
+  qsizetype myMore = 0;  // alarms without a line
+  bool myIsSilenced = false;
+  QTimer myTick;
+  QTimer myPause;
+  SignalConnection myStateChanged;
+};
+
+}  // namespace corvane::map
