@@ -75,6 +75,7 @@ TEST_F(MapTest, EveryControlHasANameARoleAndAKeyOfItsOwn) {
       {"LandmarkList", trigger("actLandmarkList")},
       {"KickQuestion", trigger("actKick")},
       {"BansDialog", trigger("actBans")},
+      {"AlarmsDialog", trigger("actAlarms")},
       {"CertificateQuestion", [this] { (new CertificateQuestion("host", {}, *myWindow))->open(); }},
   };
   for (const auto& [name, open] : dialogs) {
