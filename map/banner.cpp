@@ -12,8 +12,7 @@ using client::Ending;
 using State = client::Connection::State;
 
 Banner::Banner(client::Connection& connection, QWidget& map)
-    : MapNotice(map, Qt::TopEdge), myConnection(connection) {
-  lblText->setAccessibleName(tr("State of the map"));
+    : MapNotice(map, Qt::TopEdge, tr("C&onnect...")), myConnection(connection) {
   connect(btnAct, &QPushButton::clicked, this, [this] {
     if (myConnection.CurrentState() == State::Waiting) {
       myConnection.RetryNow();
@@ -58,9 +57,9 @@ void Banner::Update() {
       // Still set if the user gave up reconnecting.
       if (std::exchange(myWasOnline, false)) myEnding.clear();
       if (myEnding.isEmpty()) {
-        Show(tr("Not connected."), Kind::Calm, tr("&Connect..."));
+        Show(tr("Not connected."), Kind::Calm, tr("C&onnect..."));
       } else {
-        Show(myEnding, Kind::Warning, tr("&Connect..."));
+        Show(myEnding, Kind::Warning, tr("C&onnect..."));
       }
       break;
   }

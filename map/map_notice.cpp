@@ -17,21 +17,24 @@ constexpr double kFadesFrom = 0.8;  // share of the time
 
 }  // namespace
 
-MapNotice::MapNotice(QWidget& map, Qt::Edge edge)
-    : QFrame(&map), lblText(new QLabel(this)), btnAct(new QPushButton(this)), myEdge(edge) {
+MapNotice::MapNotice(QWidget& map, Qt::Edge edge, const QString& button)
+    : QFrame(&map), lblText(new QLabel(this)), myEdge(edge) {
   setObjectName(QStringLiteral("MapNotice"));
   lblText->setTextFormat(Qt::PlainText);
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins(12, 6, 12, 6);
   row->addWidget(lblText, 1);
-  row->addWidget(btnAct);
+  if (!button.isEmpty()) {
+    btnAct = new QPushButton(button, this);
+    row->addWidget(btnAct);
+  }
   hide();
   map.installEventFilter(this);
 }
 
 void MapNotice::Show(const QString& text, Kind kind, const QString& button) {
   setVisible(!text.isEmpty());
-  if (text == lblText->text() && button == btnAct->text()) return;
+  if (text == lblText->text()) return;
   const bool isCalm = kind == Kind::Calm;
   setStyleSheet(
       QStringLiteral("#MapNotice { background: %1; border: 1px solid %2; border-radius: 5px }"
@@ -40,8 +43,8 @@ void MapNotice::Show(const QString& text, Kind kind, const QString& button) {
                isCalm ? QStringLiteral("#5c6672") : QStringLiteral("#9a6b00"),
                isCalm ? QStringLiteral("white") : QStringLiteral("#2b2000")));
   lblText->setText(text);
-  btnAct->setText(button);
-  btnAct->setVisible(!button.isEmpty());
+  if (!button.isEmpty()) btnAct->setText(button);
+  if (btnAct != nullptr) btnAct->setVisible(!button.isEmpty());
   Place();
 }
 

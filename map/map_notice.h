@@ -13,16 +13,16 @@ class MapNotice : public QFrame {
   // Calm: light on dark. Warning: dark on amber. Both are readable on any picture.
   enum class Kind { Calm, Warning };
 
-  MapNotice(QWidget& map, Qt::Edge edge);
+  MapNotice(QWidget& map, Qt::Edge edge, const QString& button = {});
 
   // An empty text hides it.
   void Show(const QString& text, Kind kind, const QString& button = {});
   // Fades after some seconds.
   void ShowBriefly(const QString& text);
 
-  // The controls. The notice owns them.
+  // The controls. The notice owns them. Without a button's text in the constructor there is none.
   QLabel* lblText;
-  QPushButton* btnAct;
+  QPushButton* btnAct = nullptr;
 
  protected:
   bool eventFilter(QObject* watched, QEvent* event) override;

@@ -20,7 +20,7 @@ OwnBar::OwnBar(OwnPosition& position, QWidget* parent)
   spnHp->setValue(100);
   spnHp->setMaximumWidth(fontMetrics().horizontalAdvance('0') * 9);
   spnHp->setAccessibleName(tr("My hit points"));
-  auto* label = new QLabel(tr("&HP:"), this);
+  auto* label = new QLabel(tr("H&P:"), this);
   label->setBuddy(spnHp);
   auto* row = new QHBoxLayout(this);
   row->setContentsMargins({});
