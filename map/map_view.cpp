@@ -47,7 +47,7 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setCursor(Qt::CrossCursor);
 
-  connect(&myFrames, &QTimer::timeout, this, [this] { Advance(Clock::now()); });
+  connect(&myFrames, &QTimer::timeout, this, [this] { Advance(Now()); });
   myFrames.start(kFrame);
   connect(&myLabels, &QTimer::timeout, this, [this] {
     if (Scene() != nullptr) Scene()->Markers().PlaceLabels();

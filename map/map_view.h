@@ -28,6 +28,8 @@ class MapView : public QGraphicsView {
   std::function<void(int facet)> FacetRequested;
   // IsFollowing() may have changed.
   std::function<void()> FollowChanged;
+  // The time of the members' news and motion. A replay has its own.
+  std::function<client::Clock::time_point()> Now = &client::Clock::now;
   // Called before an arrow key pans. The view pans only if it returns false.
   std::function<bool(int columns, int rows)> ArrowPressed;
 

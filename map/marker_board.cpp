@@ -48,7 +48,9 @@ bool MarkerBoard::Advance(Clock::time_point now, int facet) {
     marker->isMoving = marker->motion.IsUnderway(now);
     return !marker->isMoving;
   });
-  if (now < myNextStaleCheck) return isOtherPicture;
+  // A replay's time also goes back.
+  if (now < myNextStaleCheck && now >= myNextStaleCheck - kStaleCheckInterval)
+    return isOtherPicture;
   myNextStaleCheck = now + kStaleCheckInterval;
   for (Marker* marker : myOrder) {
     const bool isStale = !myMembers.IsCurrent() || now - marker->member->news >= kStaleAfter;
@@ -99,7 +101,7 @@ void MarkerBoard::Changed(const Member& member) {
   marker.isStale = false;
   marker.label.reset();
   if (marker.facet == member.report.facet) {
-    marker.motion.GoTo(place, Clock::now());
+    marker.motion.GoTo(place, member.news);
   } else {
     marker.facet = member.report.facet;
     marker.motion.JumpTo(place);
