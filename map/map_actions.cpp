@@ -36,6 +36,9 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   file->addSeparator();
   actOpenPlace = Add(file, "actOpenPlace", tr("&Open Place..."));
   actShare = Add(file, "actShare", tr("&Share This Place..."));
+  actRecord = Add(file, "actRecord", tr("&Record"));
+  actRecord->setCheckable(true);
+  actRecordings = Add(file, "actRecordings", tr("R&ecordings..."));
   file->addSeparator();
   actQuit = Add(file, "actQuit", tr("&Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)});
   actQuit->setMenuRole(QAction::QuitRole);

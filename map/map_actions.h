@@ -22,6 +22,8 @@ class MapActions {
   QAction* actDisconnect;
   QAction* actOpenPlace;
   QAction* actShare;
+  QAction* actRecord;
+  QAction* actRecordings;
   QAction* actQuit;
   QAction* actZoomIn;
   QAction* actZoomOut;

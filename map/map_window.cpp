@@ -20,8 +20,6 @@ using client::Member;
 using State = client::Connection::State;
 
 constexpr std::chrono::milliseconds kWindowInterval{500};
-// More than any map has. A server may report any number.
-constexpr std::size_t kMaxFacets = 200;
 
 }  // namespace
 
@@ -35,7 +33,8 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
       myOwnPosition(myConnection),
       myConnector(myConnection, mySettings, *txtMessages, *this),
       myAdministration(myConnection, *txtMessages, *this),
-      myPings(myConnection, mySettings, *this) {
+      myPings(myConnection, mySettings, *this),
+      myRecording(myConnection, mySettings, *txtMessages, *this, settingsFile, cacheFolder) {
   setWindowTitle(tr("Corvane Map"));
   setObjectName(QStringLiteral("MapWindow"));
   InstallAccessibleMap();
@@ -178,6 +177,7 @@ void MapWindow::WireActions() {
   on(actions->actDisconnect, [this] { myConnection.Close(); });
   on(actions->actOpenPlace, [this] { mySharing->AskForFile(); });
   on(actions->actShare, [this] { mySharing->Share(); });
+  on(actions->actRecordings, [this] { myRecording.ShowRecordings(); });
   on(actions->actQuit, [this] { close(); });
   on(actions->actZoomIn, [this] { map->ZoomIn(); });
   on(actions->actZoomOut, [this] { map->ZoomOut(); });
@@ -215,6 +215,12 @@ void MapWindow::WireActions() {
   actions->actShowLandmarks->setChecked(myLandmarks->IsShown());
   connect(actions->actShowLandmarks, &QAction::toggled, this,
           [this](bool isShown) { myLandmarks->SetShown(isShown); });
+  connect(actions->actRecord, &QAction::toggled, this, [this](bool isOn) {
+    myRecording.SetOn(isOn);
+    stsLine->lblRecording->setVisible(isOn);
+  });
+  myRecording.Failed = [this] { actions->actRecord->setChecked(false); };
+  actions->actRecord->setChecked(myRecording.IsOn());
   connect(actions->actSend, &QAction::toggled, barOwn->chkSend, &QCheckBox::setChecked);
   connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
 }
@@ -317,20 +323,7 @@ void MapWindow::OpenMemberMenu(QPoint at) {
 // ---- facets
 
 void MapWindow::ListFacets() {
-  std::set<int> facets{0, Facet()};
-  for (const int facet : mySettings.Pictured())
-    facets.insert(facet);
-  for (const Marker* marker : myBoard.All()) {
-    if (facets.size() < kMaxFacets) facets.insert(marker->facet);
-  }
-  if (facets != myFacets) {
-    cmbFacet->clear();
-    for (const int facet : facets)
-      cmbFacet->addItem(QString::number(facet), facet);
-    myFacets = std::move(facets);
-  }
-  cmbFacet->setCurrentIndex(cmbFacet->findData(Facet()));
-
+  cmbFacet->List(myBoard, mySettings.Pictured(), Facet());
   if (myShowsAllNext && !myBoard.Extent(Facet()).isNull()) {
     myShowsAllNext = false;
     myFittedFacets.insert(Facet());

@@ -2,9 +2,7 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 
-#include <QComboBox>
 #include <QCoreApplication>
 #include <QMainWindow>
 
@@ -14,6 +12,7 @@
 #include "map/alarm_bell.h"
 #include "map/banner.h"
 #include "map/connector.h"
+#include "map/facet_box.h"
 #include "map/facet_pictures.h"
 #include "map/landmarks.h"
 #include "map/map_actions.h"
@@ -25,6 +24,7 @@
 #include "map/own_position.h"
 #include "map/pings.h"
 #include "map/place_picker.h"
+#include "map/recording_control.h"
 #include "map/settings.h"
 #include "map/sharing.h"
 #include "map/status_line.h"
@@ -100,6 +100,7 @@ class MapWindow : public QMainWindow {
   Connector myConnector;
   Administration myAdministration;
   Pings myPings;
+  RecordingControl myRecording;
   std::unique_ptr<FacetPictures> myPictures;
   std::unique_ptr<PlacePicker> myPicker;
   std::unique_ptr<Landmarks> myLandmarks;
@@ -110,7 +111,6 @@ class MapWindow : public QMainWindow {
   SignalConnection myStateChanged;
   SignalConnection myPlaceChanged;
   std::string mySelected;        // name; empty: nobody
-  std::set<int> myFacets;        // in cmbFacet
   std::set<int> myFittedFacets;  // shown as a whole since the login
   bool myShowsAllNext = true;    // as soon as the facet has a marker
   bool myIsOnline = false;

@@ -17,6 +17,7 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
       lblState(new QLabel(this)),
       prgCutting(new QProgressBar(this)),
       lblSilenced(new QLabel(tr("Alarms silenced"), this)),
+      lblRecording(new QLabel(QStringLiteral("\u25cf ") + tr("Recording"), this)),
       lblPlace(new QLabel(this)),
       myConnection(connection) {
   lblState->setTextFormat(Qt::PlainText);
@@ -32,9 +33,11 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   prgCutting->setMinimumWidth(fontMetrics().horizontalAdvance(prgCutting->format()) + 40);
   prgCutting->hide();
   lblSilenced->hide();
+  lblRecording->hide();
   addWidget(lblState, 1);
   addPermanentWidget(prgCutting);
   addPermanentWidget(lblSilenced);
+  addPermanentWidget(lblRecording);
   addPermanentWidget(lblPlace);
   connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
   myTimer.start(std::chrono::milliseconds(500));

@@ -13,8 +13,8 @@
 
 namespace corvane::map {
 
-// The status bar: the connection's state, the progress of cutting a picture, the user's controls,
-// and the coordinates under the pointer.
+// The status bar: the connection's state, the progress of cutting a picture, whether members are
+// recorded and alarms silenced, the user's controls, and the coordinates under the pointer.
 class StatusLine : public QStatusBar {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::StatusLine)
 
@@ -31,6 +31,7 @@ class StatusLine : public QStatusBar {
   QLabel* lblState;
   QProgressBar* prgCutting;
   QLabel* lblSilenced;  // shown while alarms are silenced
+  QLabel* lblRecording;
   QLabel* lblPlace;
 
  private:

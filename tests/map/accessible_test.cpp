@@ -76,6 +76,7 @@ TEST_F(MapTest, EveryControlHasANameARoleAndAKeyOfItsOwn) {
       {"KickQuestion", trigger("actKick")},
       {"BansDialog", trigger("actBans")},
       {"AlarmsDialog", trigger("actAlarms")},
+      {"RecordingsDialog", trigger("actRecordings")},
       {"CertificateQuestion", [this] { (new CertificateQuestion("host", {}, *myWindow))->open(); }},
   };
   for (const auto& [name, open] : dialogs) {

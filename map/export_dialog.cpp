@@ -1,0 +1,43 @@
+#include "map/export_dialog.h"
+
+#include <QDialogButtonBox>
+#include <QProgressBar>
+#include <QVBoxLayout>
+
+#include "map/recording/recording_export.h"
+
+namespace corvane::map {
+
+ExportDialog::ExportDialog(const Recording& recording, const QString& path, QWidget& owner)
+    : QDialog(&owner) {
+  setWindowTitle(tr("Export"));
+  setAttribute(Qt::WA_DeleteOnClose);
+  auto* bar = new QProgressBar(this);
+  bar->setAccessibleName(tr("Progress of the export"));
+  bar->setMinimumWidth(300);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Cancel, this);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(bar);
+  column->addWidget(buttons);
+  connect(buttons, &QDialogButtonBox::rejected, this, [this] { reject(); });
+
+  myThread = std::thread([this, bar, recording, path] {
+    const auto progress = [bar](int percent) {
+      QMetaObject::invokeMethod(
+          bar, [bar, percent] { bar->setValue(percent); }, Qt::QueuedConnection);
+    };
+    const QString error = Export(recording, path, myStops, progress);
+    const auto end = [this, error] {
+      if (Ended && isVisible()) Ended(error);
+      accept();
+    };
+    QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
+  });
+}
+
+ExportDialog::~ExportDialog() {
+  myStops = true;
+  myThread.join();
+}
+
+}  // namespace corvane::map

@@ -1,0 +1,211 @@
+#include "map/recordings_dialog.h"
+
+#include <utility>
+
+#include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QHBoxLayout>
+#include <QHeaderView>
+#include <QLocale>
+#include <QMessageBox>
+#include <QVBoxLayout>
+
+#include "framework/dates.h"
+#include "framework/text.h"
+#include "framework/visible_text.h"
+#include "map/export_dialog.h"
+
+namespace corvane::map {
+namespace {
+
+constexpr std::size_t kMaxListedName = 100;
+
+QSpinBox* LimitField(int value, int min, int max, const QString& unit, QWidget* parent) {
+  auto* field = new QSpinBox(parent);
+  field->setRange(min, max);
+  field->setValue(value);
+  field->setSuffix(' ' + unit);
+  return field;
+}
+
+QString DurationText(qint64 duration) {
+  const qint64 seconds = duration / 1000;
+  const auto two = [](qint64 number) {
+    return QStringLiteral("%1").arg(number, 2, 10, QChar('0'));
+  };
+  return QStringLiteral("%1:%2:%3")
+      .arg(seconds / 3600)
+      .arg(two(seconds / 60 % 60), two(seconds % 60));
+}
+
+}  // namespace
+
+RecordingsDialog::RecordingsDialog(RecordingFolder folder, const RecordingLimits& limits,
+                                   QWidget& owner)
+    : QDialog(&owner),
+      lstRecordings(new QTableWidget(0, 6, this)),
+      btnPlay(new QPushButton(tr("&Play"), this)),
+      btnExport(new QPushButton(tr("&Export..."), this)),
+      btnDelete(new QPushButton(tr("&Delete..."), this)),
+      btnDeleteAll(new QPushButton(tr("Delete &All..."), this)),
+      spnDays(LimitField(limits.days, RecordingLimits::kMinDays, RecordingLimits::kMaxDays,
+                         tr("days"), this)),
+      spnMebibytes(LimitField(limits.mebibytes, RecordingLimits::kMinMebibytes,
+                              RecordingLimits::kMaxMebibytes, tr("MiB"), this)),
+      btnClose(new QPushButton(tr("Close"), this)),
+      lblNote(new QLabel(this)),
+      myFolder(std::move(folder)) {
+  setObjectName(QStringLiteral("RecordingsDialog"));
+  setWindowTitle(tr("Recordings"));
+  setAttribute(Qt::WA_DeleteOnClose);
+  LayOut();
+  connect(lstRecordings, &QTableWidget::itemSelectionChanged, this, [this] { EnableButtons(); });
+  connect(lstRecordings, &QTableWidget::activated, this, [this] { btnPlay->click(); });
+  connect(btnPlay, &QPushButton::clicked, this, [this] {
+    if (Played) Played(*Selected().front());
+    accept();
+  });
+  connect(btnExport, &QPushButton::clicked, this, [this] { Export(); });
+  connect(btnDelete, &QPushButton::clicked, this,
+          [this] { Ask(tr("Delete the selected recordings?"), [this] { DeleteSelected(); }); });
+  connect(btnDeleteAll, &QPushButton::clicked, this,
+          [this] { Ask(tr("Delete all recordings, of all networks?"), [this] { DeleteAll(); }); });
+  connect(this, &QDialog::finished, this, [this] {
+    if (LimitsChosen) LimitsChosen({spnDays->value(), spnMebibytes->value()});
+  });
+  connect(btnClose, &QPushButton::clicked, this, [this] { reject(); });
+  List();
+}
+
+void RecordingsDialog::LayOut() {
+  lstRecordings->setAccessibleName(tr("Recordings"));
+  lstRecordings->setHorizontalHeaderLabels(
+      {tr("Network"), tr("Server"), tr("Begin"), tr("Duration"), tr("Size"), tr("Members")});
+  lstRecordings->setSelectionBehavior(QAbstractItemView::SelectRows);
+  lstRecordings->setEditTriggers(QAbstractItemView::NoEditTriggers);
+  lstRecordings->setTabKeyNavigation(false);
+  lstRecordings->setShowGrid(false);
+  lstRecordings->setWordWrap(false);
+  lstRecordings->verticalHeader()->hide();
+  lstRecordings->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  lstRecordings->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+  lstRecordings->horizontalHeader()->setHighlightSections(false);
+  lblNote->setTextFormat(Qt::PlainText);
+  lblNote->setWordWrap(true);
+  lblNote->hide();
+  spnDays->setAccessibleName(tr("Days to keep"));
+  spnMebibytes->setAccessibleName(tr("Size to keep"));
+
+  auto* buttons = new QHBoxLayout;
+  for (QPushButton* button : {btnPlay, btnExport, btnDelete, btnDeleteAll})
+    buttons->addWidget(button);
+  buttons->addStretch();
+  auto* limits = new QHBoxLayout;
+  auto* label = new QLabel(tr("&Keep for"), this);
+  label->setBuddy(spnDays);
+  limits->addWidget(label);
+  limits->addWidget(spnDays);
+  limits->addWidget(new QLabel(tr("and at most"), this));
+  limits->addWidget(spnMebibytes);
+  limits->addStretch();
+  limits->addWidget(btnClose);
+  auto* column = new QVBoxLayout(this);
+  column->addWidget(lstRecordings);
+  column->addWidget(lblNote);
+  column->addLayout(buttons);
+  column->addLayout(limits);
+  btnPlay->setDefault(true);
+  resize(620, 360);
+}
+
+void RecordingsDialog::List() {
+  myRecordings = myFolder.All();
+  lstRecordings->clearSelection();
+  lstRecordings->setRowCount(static_cast<int>(myRecordings.size()));
+  int row = 0;
+  for (const Recording& recording : myRecordings) {
+    const auto visible = [](const QString& text) {
+      return VisibleText(TextFromDisplay(text), kMaxListedName);
+    };
+    const QString duration = DurationText(recording.End() - recording.Begin());
+    const QString cells[] = {
+        visible(recording.Source().network),
+        visible(recording.Source().host),
+        DisplayText(ShortDateAndTime(QDateTime::fromMSecsSinceEpoch(recording.Begin()))),
+        recording.IsDamaged() ? tr("%1, then damaged").arg(duration) : duration,
+        QLocale().formattedDataSize(recording.Bytes()),
+        QString::number(recording.Members())};
+    for (int column = 0; column < lstRecordings->columnCount(); ++column) {
+      auto* item = new QTableWidgetItem(cells[column]);
+      if (column >= 3) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+      lstRecordings->setItem(row, column, item);
+    }
+    ++row;
+  }
+  if (row > 0) lstRecordings->selectRow(0);
+  EnableButtons();
+}
+
+std::vector<const Recording*> RecordingsDialog::Selected() const {
+  std::vector<const Recording*> selected;
+  for (const QModelIndex& index : lstRecordings->selectionModel()->selectedRows())
+    selected.push_back(&myRecordings[static_cast<std::size_t>(index.row())]);
+  return selected;
+}
+
+void RecordingsDialog::EnableButtons() {
+  const std::size_t count = Selected().size();
+  btnPlay->setEnabled(count == 1);
+  btnExport->setEnabled(count == 1);
+  btnDelete->setEnabled(count > 0);
+}
+
+void RecordingsDialog::Export() {
+  const QString csv = tr("CSV (*.csv)");
+  const QString geoJson = tr("GeoJSON (*.geojson)");
+  QString chosen = csv;
+  QString path = QFileDialog::getSaveFileName(this, tr("Export"), QDir::homePath(),
+                                              csv + QStringLiteral(";;") + geoJson, &chosen);
+  if (path.isEmpty()) return;
+  if (QFileInfo(path).suffix().isEmpty())
+    path += chosen == csv ? QStringLiteral(".csv") : QStringLiteral(".geojson");
+  ExportTo(path);
+}
+
+void RecordingsDialog::ExportTo(const QString& path) {
+  auto* dialog = new ExportDialog(*Selected().front(), path, *this);
+  dialog->Ended = [this, path](const QString& error) {
+    Note(error.isEmpty() ? tr("%1 is written.").arg(path) : error);
+  };
+  dialog->open();
+}
+
+void RecordingsDialog::Note(const QString& text) const {
+  lblNote->setText(text);
+  lblNote->setVisible(!text.isEmpty());
+}
+
+void RecordingsDialog::Ask(const QString& question, const std::function<void()>& act) {
+  auto* box = new QMessageBox(QMessageBox::Question, windowTitle(), question,
+                              QMessageBox::Yes | QMessageBox::No, this);
+  box->setObjectName(QStringLiteral("DeleteQuestion"));
+  box->setAttribute(Qt::WA_DeleteOnClose);
+  box->setDefaultButton(QMessageBox::No);
+  connect(box->button(QMessageBox::Yes), &QAbstractButton::clicked, this, act);
+  box->open();
+}
+
+void RecordingsDialog::DeleteSelected() {
+  for (const Recording* recording : Selected())
+    QFile::remove(recording->Path());
+  List();
+}
+
+void RecordingsDialog::DeleteAll() {
+  if (DeletingAll) DeletingAll();
+  Note(myFolder.DeleteAll() ? QString() : tr("Not all files could be deleted."));
+  List();
+}
+
+}  // namespace corvane::map
