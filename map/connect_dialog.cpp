@@ -182,7 +182,7 @@ void ConnectDialog::Offer(const Place& place) {
   mySummary = new PlaceSummary(place, Known(place.host, place.port), this);
   for (QWidget* field : std::initializer_list<QWidget*>{cmbRecent, txtHost, spnPort, chkEncrypted,
                                                         txtFingerprint, txtNetwork}) {
-    myForm->setRowVisible(field, false);
+    SetRowVisible(field, false);
   }
   myForm->insertRow(0, mySummary);
   mySummary->TrustChanged = [this] { FillFingerprint(mySummary->Fingerprint()); };
@@ -204,10 +204,20 @@ void ConnectDialog::Offer(const Place& place) {
   Fill(server);
   if (!place.digest.isEmpty()) {
     myDigest = place.digest;
-    myForm->setRowVisible(txtPassword, false);
+    SetRowVisible(txtPassword, false);
   }
   QWidget* const next = txtUser->text().isEmpty() ? static_cast<QWidget*>(txtUser) : btnConnect;
   (myDigest.isEmpty() ? txtPassword : next)->setFocus();
+}
+
+void ConnectDialog::SetRowVisible(const QWidget* field, bool isVisible) const {
+  for (int row = 0; row < myForm->rowCount(); ++row) {
+    QLayoutItem* const item = myForm->itemAt(row, QFormLayout::FieldRole);
+    if (item == nullptr) continue;
+    if (item->widget() == field ||
+        (item->layout() != nullptr && item->layout()->indexOf(field) >= 0))
+      myForm->setRowVisible(row, isVisible);
+  }
 }
 
 void ConnectDialog::TryTrusting(const QByteArray& fingerprint) {
@@ -241,6 +251,8 @@ void ConnectDialog::Try() {
 
 void ConnectDialog::ShowFailure(const client::Ending& ending) {
   SetTrying(false);
+  // The digest in a place file may be out of date.
+  if (ending.cause == Cause::PasswordRefused) SetRowVisible(txtPassword, true);
   ShowFault(VisibleText(TextFromDisplay(ending.Explanation())), *FieldAtFault(ending.cause));
 }
 

@@ -68,6 +68,7 @@ class ConnectDialog : public QDialog {
 
  private:
   void LayOut();
+  void SetRowVisible(const QWidget* field, bool isVisible) const;
   // Null if the user has not logged in at that host and port.
   const RecentServer* Known(const QString& host, int port) const;
   void Fill(const RecentServer& server);

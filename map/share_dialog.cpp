@@ -44,6 +44,7 @@ ShareDialog::ShareDialog(Place place, const QStringList& leftOut, QWidget& owner
   setWindowTitle(tr("Share This Place"));
   setAttribute(Qt::WA_DeleteOnClose);
   txtLink->setReadOnly(true);
+  txtLink->setAccessibleName(tr("Link"));
   txtLink->setCursorPosition(0);
   txtLink->setMinimumWidth(kLinkWidth);
   btnCopy->setDefault(true);
