@@ -46,8 +46,8 @@ QPainterPath PathOf(const LandmarkIcon& icon) {
 
 std::size_t LandmarkArt::NumberOf(const QString& name) {
   for (std::size_t i = 0; i < kLandmarkIcons.size(); ++i) {
-    if (name == QLatin1String(kLandmarkIcons[i].name.data(), kLandmarkIcons[i].name.size()))
-      return i;
+    const std::string_view known = kLandmarkIcons[i].name;
+    if (name == QLatin1String(known.data(), static_cast<qsizetype>(known.size()))) return i;
   }
   return 0;
 }

@@ -92,7 +92,7 @@ GeoJsonContent FromGeoJson(const QByteArray& json) {
     content.error = GeoJsonTexts::tr("it is no GeoJSON FeatureCollection");
     return content;
   }
-  for (const QJsonValue& feature : root["features"].toArray()) {
+  for (const auto& feature : root["features"].toArray()) {
     std::optional<Landmark> landmark;
     if (content.landmarks.size() < Landmark::kMaxCount) landmark = FromFeature(feature.toObject());
     if (landmark) {
