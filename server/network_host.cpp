@@ -134,8 +134,9 @@ bool NetworkHost::Ban(const std::string& address, const std::string& by,
   return isStored;
 }
 
-bool NetworkHost::BanRange(const AddressRange& range, const std::string& reason,
+bool NetworkHost::BanRange(const AddressRange& range, std::string_view givenReason,
                            const QDateTime& until) {
+  const std::string reason(Beginning(givenReason, Context.rules.maxReason));
   const bool isStored = Context.bans.AddRange(range, reason, until);
   CallStatusMessage({TextOf(range), " Banned: ", reason});
   Context.events.Raise({.kind = Kind::Ban, .address = TextOf(range), .text = reason});

@@ -62,7 +62,7 @@ class NetworkHost : public ServerSocket {
            const QDateTime& until = {});
   // Bans a range, with its reason as it is, and then sends the sessions in it the ban notice and
   // closes them. Returns as Ban does.
-  bool BanRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
+  bool BanRange(const AddressRange& range, std::string_view givenReason, const QDateTime& until);
   // The connected sessions with an address in the range.
   std::vector<std::shared_ptr<ClientSocket>> SessionsIn(const AddressRange& range) const;
   // Bans the address of each user of that name in the banning client's network.
