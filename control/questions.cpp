@@ -151,6 +151,7 @@ QByteArray Questions::Bans(const Request& request) {
                           {"address", DisplayText(TextOf(ban.range))},
                           {"reason", AnswerText(ban.reason)}},
                          ban.until, now));
+      myOperator.Loop().GiveWay();
     }
     return answer.Line();
   }
