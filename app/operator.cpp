@@ -215,10 +215,11 @@ bool Operator::BanRange(const AddressRange& range, const std::string& reason,
   return myListener.BanRange(range, reason, until);
 }
 
-bool Operator::ImportBans(const std::vector<AddressRange>& entries, const std::string& reason,
-                          const QDateTime& until) {
-  LogAction({"import ", std::to_string(entries.size()), " bans", UntilText(until), ": ", reason});
-  return myListener.Context.bans.Import(entries, kName, reason, until);
+bool Operator::ImportBans(BanImport::List list, const std::string& reason, const QDateTime& until,
+                          Bans::ImportDone done) {
+  const std::size_t count = list.ranges.size() + list.addresses.size();
+  LogAction({"import ", std::to_string(count), " bans", UntilText(until), ": ", reason});
+  return myListener.Context.bans.Import(std::move(list), kName, reason, until, std::move(done));
 }
 
 std::vector<std::string> Operator::SessionsIn(const AddressRange& range) const {
@@ -305,6 +306,10 @@ bool Operator::ForEachBan(const std::function<void(const corvane::Ban&)>& act) {
     }
   }
   return true;
+}
+
+std::optional<std::vector<corvane::Ban>> Operator::BansOf(const std::string& address) {
+  return myListener.Context.bans.Of(address);
 }
 
 std::optional<corvane::Ban> Operator::FindBan(std::int64_t number) {

@@ -18,6 +18,7 @@
 #include "storage/admins_table.h"
 #include "storage/ban.h"
 #include "storage/ban_ranges.h"
+#include "storage/bans.h"
 
 namespace corvane {
 
@@ -124,10 +125,10 @@ class Operator {
                   const std::string& networkName, const QDateTime& until = {});
   // Bans a range and disconnects the sessions in it, whose addresses SessionsIn returns before.
   bool BanRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
-  // Bans all of them in one transaction. They count from a client's next connection on. Returns
-  // false, and bans none, if the database refuses.
-  bool ImportBans(const std::vector<AddressRange>& entries, const std::string& reason,
-                  const QDateTime& until);
+  // Bans all of them, a portion per turn of Qt's loop (Bans::Import). They count from a client's
+  // next connection on. Returns false if another list is being stored.
+  bool ImportBans(BanImport::List list, const std::string& reason, const QDateTime& until,
+                  Bans::ImportDone done);
   std::vector<std::string> SessionsIn(const AddressRange& range) const;
   // Ends the connection; does nothing if it has ended.
   void ForceDisconnect(ClientSocket& user);
@@ -145,6 +146,8 @@ class Operator {
   // Calls `act` for each ban, those not yet stored last, and gives way to the connections in
   // between. Returns false if a query fails.
   bool ForEachBan(const std::function<void(const corvane::Ban&)>& act);
+  // All bans of an address; none if the query fails.
+  std::optional<std::vector<corvane::Ban>> BansOf(const std::string& address);
   // The ban listed under this number; none also if the query fails.
   std::optional<corvane::Ban> FindBan(std::int64_t number);
   // Both take the records' numbers and skip deleted records. A lifted ban no longer

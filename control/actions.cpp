@@ -131,10 +131,8 @@ QByteArray Actions::Unban(const Request& request) {
   bool isNumber = false;
   const std::int64_t number = DisplayText(wanted).toLongLong(&isNumber);
   if (isNumber && myOperator.FindBan(number)) ids.push_back(number);
-  const auto take = [&](const corvane::Ban& ban) {
-    if (ban.address == address) ids.push_back(ban.id);
-  };
-  if (!myOperator.ForEachBan(take)) RefuseForDatabase(myOperator);
+  for (const corvane::Ban& ban : RowsOrRefuse(myOperator.BansOf(address), myOperator))
+    ids.push_back(ban.id);
   if (ids.empty()) throw Refused("there is no ban of " + wanted);
   if (!myOperator.LiftBans(ids)) RefuseForDatabase(myOperator);
   return DoneLine("Lifted " + std::to_string(ids.size()) + " ban(s).");

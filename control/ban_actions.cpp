@@ -5,10 +5,14 @@
 #include <charconv>
 #include <utility>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+
 #include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
 #include "framework/dates.h"
+#include "framework/ip_address.h"
 #include "framework/text.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
@@ -17,10 +21,15 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxEntries = std::size_t{4} << 20;
+constexpr std::size_t kIPv6Share = 10;  // of the memory: a text beside two numbers
 constexpr std::uint64_t kMaxUnforced = std::uint64_t{1} << 24;  // addresses: a /8
 // No client has an address outside.
 constexpr AddressRange kPossible{0x01000000, 0xDFFFFFFF};
 constexpr std::int64_t kMaxSeconds = std::int64_t{3653} * 24 * 3600;  // ten years
+
+bool IsPossible(const AddressRange& range) {
+  return range.first >= kPossible.first && range.last <= kPossible.last;
+}
 
 AddressRange ExpectRange(const std::string& text, bool isForced) {
   const std::string expected =
@@ -39,7 +48,7 @@ AddressRange ExpectRange(const std::string& text, bool isForced) {
                   TextOf({*address & mask, *address | prefix->last}));
   }
   if (!range) throw Misused('"' + text + "\" is no range; " + expected);
-  if (range->first < kPossible.first || range->last > kPossible.last) {
+  if (!IsPossible(*range)) {
     throw Misused("no client has all of these addresses: " + text + "; expected a range within " +
                   TextOf(kPossible));
   }
@@ -104,18 +113,35 @@ QByteArray BanActions::UnbanRange(const Request& request) {
   return DoneLine("Lifted " + std::to_string(ids.size()) + " range(s).");
 }
 
-QByteArray BanActions::Import(const Request& request) {
+QByteArray BanActions::Import(const Request& request,
+                              std::function<void(const QByteArray&)> answer) {
   const auto number = request.OptionalNumber("import", 1, 1'000'000'000);
   if (!number) {
     ++myImport;
-    myEntries.clear();
+    myList = {};
     myLines = 0;
     mySkipped = 0;
   } else if (*number != myImport) {
     throw Refused("another import has begun; nothing of this one is stored");
   }
   const auto lines = request.OptionalText("lines");
-  if (!lines) return StoreImport(request);
+  if (!lines) {
+    const auto done = [answer = std::move(answer), skipped = mySkipped](const std::string& error,
+                                                                        BanImport& import) {
+      if (!error.empty()) return answer(RefusalLine("nothing is stored: database: " + error));
+      answer(DoneLine("Banned " + std::to_string(import.AddressCount()) + " address(es) and " +
+                      std::to_string(import.Ranges().size()) +
+                      " range(s) that were not banned yet; skipped " + std::to_string(skipped) +
+                      " line(s)."));
+    };
+    ++myImport;
+    if (!myOperator.ImportBans(std::exchange(myList, {}),
+                               request.OptionalText("reason").value_or(""),
+                               EndOf(request, myOperator), done)) {
+      throw Refused("another list is being stored; nothing of this one is stored");
+    }
+    return {};
+  }
   const bool skips = request.Flag("skip");
   for (std::string_view rest = *lines; !rest.empty();) {
     const auto end = std::min(rest.find('\n'), rest.size());
@@ -123,7 +149,7 @@ QByteArray BanActions::Import(const Request& request) {
     rest.remove_prefix(std::min(end + 1, rest.size()));
     ++myLines;
     try {
-      TakeLine(Trimmed(line.substr(0, line.find('#'))), request.Flag("force"));
+      TakeLine(Trimmed(line.substr(0, line.find_first_of("#;"))), request.Flag("force"));
     } catch (const Refused& refused) {
       if (!skips) {
         throw Misused("line " + std::to_string(myLines) + ": " + refused.what() +
@@ -137,38 +163,30 @@ QByteArray BanActions::Import(const Request& request) {
 
 void BanActions::TakeLine(std::string_view line, bool isForced) {
   if (line.empty()) return;
-  if (myEntries.size() == kMaxEntries) throw Refused("a list has at most 4194304 entries");
-  myEntries.push_back(ExpectRange(std::string(line), isForced));
-}
-
-QByteArray BanActions::StoreImport(const Request& request) {
-  std::vector<AddressRange> entries = std::exchange(myEntries, {});
-  std::ranges::sort(entries);
-  entries.erase(std::unique(entries.begin(), entries.end()), entries.end());
-  const auto isAddress = [](const AddressRange& range) { return range.first == range.last; };
-  const auto addresses = std::ranges::count_if(entries, isAddress);
-  ++myImport;
-  if (!myOperator.ImportBans(entries, request.OptionalText("reason").value_or(""),
-                             EndOf(request, myOperator))) {
-    throw Refused("nothing is stored: database: " + myOperator.StoreError());
+  if (myList.ranges.size() + kIPv6Share * myList.addresses.size() >= kMaxEntries) {
+    throw Refused("a list has at most 4194304 entries, with each IPv6 address for ten");
   }
-  return DoneLine("Banned the " + std::to_string(addresses) + " address(es) and " +
-                  std::to_string(std::ssize(entries) - addresses) +
-                  " range(s) of the list; skipped " + std::to_string(mySkipped) + " line(s).");
+  const auto address = AddressFromText(line);
+  if (address && !IPv4FromText(*address)) return myList.addresses.push_back(*address);
+  myList.ranges.push_back(ExpectRange(std::string(line), isForced));
 }
 
 QByteArray BanActions::Export(const Request&) {
   QByteArray lines;
-  const auto add = [&lines](const std::string& text) {
-    lines += lines.isEmpty() ? "\"" : ",\"";
-    lines += QByteArray::fromStdString(text) + '"';
+  const auto add = [&](const std::string& text, bool isPossible) {
+    const QString line = DisplayText(isPossible ? text : "# no client's address: " + text);
+    const QByteArray list = QJsonDocument(QJsonArray{line}).toJson(QJsonDocument::Compact);
+    lines += (lines.isEmpty() ? "" : ",") + list.mid(1, list.size() - 2);
   };
   const auto addBan = [&add](const corvane::Ban& ban) {
-    if (IPv4FromText(ban.address)) add(ban.address);
+    const auto range = RangeFromText(ban.address);
+    add(ban.address, range ? IsPossible(*range) : AddressFromText(ban.address) == ban.address);
   };
   if (!myOperator.ForEachBan(addBan)) RefuseForDatabase(myOperator);
-  for (const corvane::BanRange& ban : myOperator.BannedRanges())
-    add(TextOf(ban.range));
+  for (const corvane::BanRange& ban : myOperator.BannedRanges()) {
+    add(TextOf(ban.range), IsPossible(ban.range));
+    myOperator.Loop().GiveWay();
+  }
   return "{\"ok\":true,\"lines\":[" + lines + "]}";
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -9,7 +9,7 @@
 #include <QDateTime>
 
 #include "control/request.h"
-#include "framework/address_ranges.h"
+#include "storage/ban_import.h"
 
 namespace corvane {
 
@@ -24,26 +24,26 @@ QByteArray BannedLine(const Operator& op, const std::string& text, const QDateTi
 
 // The commands of the local socket for banned ranges and for lists of bans. Otherwise as Actions.
 //
-// Limits: a list that is being imported has at most 4 million entries, 32 MiB; another import
-// drops it.
+// Limits: a list that is being imported has at most 4 million entries, 32 MiB, with each IPv6
+// address for ten; another import drops it.
 class BanActions {
  public:
   explicit BanActions(Operator& op) : myOperator(op) {}
 
   QByteArray BanRange(const Request& request);
   QByteArray UnbanRange(const Request& request);
-  // Takes a portion of a list, or stores the whole list in one transaction.
-  QByteArray Import(const Request& request);
-  // All bans in the form of a list.
+  // Takes a portion of a list, or has the whole list stored in one transaction. Then it returns
+  // nothing and calls `answer` later.
+  QByteArray Import(const Request& request, std::function<void(const QByteArray&)> answer);
+  // All bans in the form of a list, what no client has as a comment.
   QByteArray Export(const Request& request);
 
  private:
   void TakeLine(std::string_view line, bool isForced);
-  QByteArray StoreImport(const Request& request);
 
   Operator& myOperator;
   int myImport = 0;  // the number of the current import
-  std::vector<AddressRange> myEntries;
+  BanImport::List myList;
   int myLines = 0;
   int mySkipped = 0;
 };

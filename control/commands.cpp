@@ -55,7 +55,13 @@ Commands::Commands(Operator& op)
           {"ban-address", std::bind_front(&Actions::BanAddress, &myActions)},
           {"ban-range", std::bind_front(&BanActions::BanRange, &myBanActions)},
           {"unban-range", std::bind_front(&BanActions::UnbanRange, &myBanActions)},
-          {"bans import", std::bind_front(&BanActions::Import, &myBanActions)},
+          {"bans import",
+           [this](const Request& request) {
+             return myBanActions.Import(request,
+                                        [client = QPointer(myClient)](const QByteArray& answer) {
+                                          if (client) client->Answer(answer);
+                                        });
+           }},
           {"bans export", std::bind_front(&BanActions::Export, &myBanActions)},
           {"unban", std::bind_front(&Actions::Unban, &myActions)},
           {"disconnect", std::bind_front(&Actions::Disconnect, &myActions)},

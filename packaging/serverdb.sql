@@ -46,6 +46,8 @@ CREATE TABLE IF NOT EXISTS admins (
 );
 
 CREATE INDEX IF NOT EXISTS bans_by_address ON bans (address);
+CREATE INDEX IF NOT EXISTS ban_ends_by_until ON ban_ends (until);
+CREATE INDEX IF NOT EXISTS ban_ranges_by_first ON ban_ranges (first);
 CREATE INDEX IF NOT EXISTS admins_by_grant ON admins (name, network, address);
 
 COMMIT;

@@ -7,14 +7,26 @@
 
 namespace corvane {
 
-bool SyncToDisk(QFile& file) {
-  if (!file.flush() || fsync(file.handle()) != 0) return false;
-  const QByteArray folder = QFile::encodeName(QFileInfo(file).absolutePath());
-  const int opened = open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+namespace {
+
+bool SyncFolder(const QString& folder, int (*sync)(int)) {
+  const int opened =
+      open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
   if (opened < 0) return false;
-  const bool isSynced = fsync(opened) == 0;
+  const bool isSynced = sync(opened) == 0;
   close(opened);
   return isSynced;
+}
+
+}  // namespace
+
+bool SyncToDisk(QFile& file) {
+  return file.flush() && fsync(file.handle()) == 0 &&
+         SyncFolder(QFileInfo(file).absolutePath(), fsync);
+}
+
+void SyncFileSystem(const QString& folder) {
+  SyncFolder(folder, syncfs);
 }
 
 }  // namespace corvane

@@ -8,4 +8,6 @@ bool SyncToDisk(QFile& file) {
   return file.flush() && _commit(file.handle()) == 0;
 }
 
+void SyncFileSystem(const QString&) {}
+
 }  // namespace corvane

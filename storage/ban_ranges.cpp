@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <set>
 #include <utility>
 
@@ -51,13 +52,11 @@ bool BanRanges::Make(DatabaseConnection& connection) {
 }
 
 void BanRanges::Load() {
-  myStored.clear();
-  myIsIndexed = false;
   auto rows = myConnection.SQLSelect("SELECT * FROM ban_ranges");
   for (; rows && !rows->EndOfRows(); rows->MoveNext()) {
     const auto range = RangeOf(rows->Integer("first"), rows->Integer("last"));
     if (range) {
-      myStored.push_back(
+      myAll.push_back(
           {rows->Integer("id"), *range, rows->Text("reason"), UtcFromStored(rows->Text("until"))});
     } else {
       myConnection.Report("ban_ranges: row " + rows->Text("id") + " is no range and bans nobody");
@@ -65,12 +64,21 @@ void BanRanges::Load() {
   }
 }
 
+std::vector<BanRange>& BanRanges::Stored() {
+  if (std::exchange(myIsIndexed, false)) myAll.resize(myStoredCount);
+  return myAll;
+}
+
+void BanRanges::TakeStored(std::vector<BanRange>& ranges) {
+  std::ranges::move(ranges, std::back_inserter(Stored()));
+}
+
 bool BanRanges::Add(const AddressRange& range, const std::string& reason, const QDateTime& until) {
-  myIsIndexed = false;
+  std::vector<BanRange>& stored = Stored();
   BanRange ban{0, range, reason, until};
   if (const auto id = Store(ban)) {
     ban.id = *id;
-    myStored.push_back(std::move(ban));
+    stored.push_back(std::move(ban));
     return true;
   }
   myWaiting.Add({0, TextOf(range), "", reason, QDateTime::currentDateTime(), "", until});
@@ -100,8 +108,9 @@ void BanRanges::StoreWaiting() {
     const auto isSame = [&ban](const BanRange& other) {
       return other.range == ban.range && other.reason == ban.reason && other.until == ban.until;
     };
-    const auto same = std::ranges::find_if(myStored, isSame);
-    const bool isThere = !range || same != myStored.end();
+    std::vector<BanRange>& stored = Stored();
+    const auto same = std::ranges::find_if(stored, isSame);
+    const bool isThere = !range || same != stored.end();
     const auto id = isThere ? std::optional(range ? same->id : 0) : Store(ban);
     if (!id) {
       myWaiting.FirstIsRefused();
@@ -109,9 +118,8 @@ void BanRanges::StoreWaiting() {
       break;
     }
     myWaiting.FirstIsStored(*id);
-    myIsIndexed = false;
     ban.id = *id;
-    if (!isThere) myStored.push_back(std::move(ban));
+    if (!isThere) stored.push_back(std::move(ban));
   }
   myWaiting.TidyFile();
 }
@@ -136,16 +144,12 @@ const std::vector<BanRange>& BanRanges::All() {
 
 QDateTime BanRanges::NextEnd() {
   Index();
-  const auto endsLater = [](const BanRange& one, const BanRange& other) {
-    return LastsLonger(other, one);
-  };
-  const auto first = std::ranges::min_element(myAll, endsLater);
-  return first == myAll.end() ? QDateTime() : first->until;
+  return myNextEnd;
 }
 
 bool BanRanges::Lift(const std::vector<std::int64_t>& ids) {
   std::set<std::int64_t> stored(ids.begin(), ids.end());
-  myIsIndexed = false;
+  Stored();
   if (!myWaiting.Remove(stored)) {
     return myConnection.ReportFault("the file of waiting ranges could not be written");
   }
@@ -160,18 +164,23 @@ bool BanRanges::Lift(const std::vector<std::int64_t>& ids) {
   const bool areLifted = std::ranges::all_of(rows, lift);
   if (!areLifted) myConnection.Rollback();
   if (!areLifted || !myConnection.Commit()) return false;
-  std::erase_if(myStored, [&rows](const BanRange& ban) { return rows.contains(ban.id); });
+  std::erase_if(Stored(), [&rows](const BanRange& ban) { return rows.contains(ban.id); });
   return true;
 }
 
 void BanRanges::Index() {
   if (std::exchange(myIsIndexed, true)) return;
-  myAll = myStored;
+  myStoredCount = myAll.size();
   for (const Ban& ban : myWaiting.All()) {
     if (const auto range = RangeFromText(ban.address)) {
       myAll.push_back({ban.id, *range, ban.reason, ban.until});
     }
   }
+  const auto endsLater = [](const BanRange& one, const BanRange& other) {
+    return LastsLonger(other, one);
+  };
+  const auto first = std::ranges::min_element(myAll, endsLater);
+  myNextEnd = first == myAll.end() ? QDateTime() : first->until;
   // Walks over the addresses at which a range begins or has ended. The queue holds the ranges that
   // have begun, the one that lasts longest on top; those behind the walk leave when they get there.
   mySegments.clear();

@@ -40,12 +40,12 @@ class BanRanges {
 
   // Makes the table if it is missing. Returns whether that worked.
   static bool Make(DatabaseConnection& connection);
-  // Reads the table again.
-  void Load();
-
   // Bans the range at once, until then if the date is valid. Returns whether it is stored; if not,
   // it is in the file of waiting ranges, unless that cannot be written either.
   bool Add(const AddressRange& range, const std::string& reason, const QDateTime& until);
+
+  // Bans the ranges, which another class has stored.
+  void TakeStored(std::vector<BanRange>& ranges);
 
   // The range with this address that lasts longest; null if all have ended. Valid until a range is
   // added or lifted. Takes O(log n).
@@ -66,6 +66,9 @@ class BanRanges {
     std::size_t range;
   };
 
+  void Load();
+  // The stored ranges. Whatever was found in memory is found again (Index).
+  std::vector<BanRange>& Stored();
   std::optional<std::int64_t> Store(const BanRange& ban);
   // Stores waiting ranges until one is refused.
   void StoreWaiting();
@@ -75,9 +78,10 @@ class BanRanges {
   DatabaseConnection& myConnection;
   WaitingBans myWaiting;
   QTimer myRetry;
-  std::vector<BanRange> myStored;
   bool myIsIndexed = false;
-  std::vector<BanRange> myAll;
+  std::vector<BanRange> myAll;  // indexed: followed by those that wait
+  std::size_t myStoredCount = 0;
+  QDateTime myNextEnd;
   std::vector<Segment> mySegments;  // disjoint, in order
 };
 

@@ -16,6 +16,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::size_t kPortion = 16;
+constexpr std::size_t kMaxEnded = 1000;  // each with its lines in the log
 constexpr std::chrono::milliseconds kFirstPause(100);
 constexpr std::chrono::milliseconds kMaxPause(10'000);
 constexpr std::chrono::milliseconds kRetryTime(20);
@@ -23,9 +24,8 @@ constexpr std::chrono::milliseconds kEndTime(1000);
 constexpr std::chrono::milliseconds kEndPause(10);
 constexpr std::chrono::milliseconds kMaxClockPause(1000);
 
-constexpr std::size_t kImportPortion = 10'000;
-constexpr std::string_view kMakeEnds =
-    "CREATE TABLE IF NOT EXISTS ban_ends (banid INTEGER PRIMARY KEY, until TEXT)";
+// A text of another form is no end.
+constexpr std::string_view kHasEnded = "until<=? AND until LIKE '____-__-__ __:__:__'";
 
 // Every select but the system's own question: the same for databases with and without ends.
 constexpr std::string_view kWithEnds =
@@ -40,6 +40,7 @@ Bans::Bans(DatabaseConnection& connection)
       myPause(kFirstPause) {
   myRetry.setSingleShot(true);
   QObject::connect(&myRetry, &QTimer::timeout, [this] { Retry(); });
+  QObject::connect(&myImportSteps, &QTimer::timeout, [this] { StepImport(); });
   myEndTimer.setSingleShot(true);
   QObject::connect(&myEndTimer, &QTimer::timeout, [this] {
     const auto ended = Ended();
@@ -51,6 +52,7 @@ Bans::Bans(DatabaseConnection& connection)
 }
 
 Bans::~Bans() {
+  myImport.reset();
   if (myWaiting.All().empty()) return;
   const Clock::time_point end = Clock::now() + kEndTime;
   while (!StoreFor(kEndTime) && Clock::now() < end)
@@ -87,7 +89,7 @@ std::optional<std::int64_t> Bans::StoreWithEnd(const Ban& ban, const DatabaseRec
   if (!myConnection.Begin()) return std::nullopt;
   std::int64_t id = 0;
   const auto store = [&] {
-    if (!myConnection.SQLExecute(kMakeEnds)) return false;
+    if (!MakeEnds(myConnection)) return false;
     if (!ban.until.isValid()) {
       if (!myConnection.InsertRecord("bans", record)) return false;
       id = myConnection.LastInserted();
@@ -125,11 +127,12 @@ bool Bans::IsBanned(const std::string& address) {
     return myRanges.Find(address, now) != nullptr;
   }
   if (!myNextEnd.isValid() || myNextEnd > now) return true;
-  return myConnection.HasRowWith(
-             "SELECT 1 FROM bans WHERE address=? AND NOT EXISTS"
-             " (SELECT 1 FROM ban_ends WHERE banid=bans.id AND until<=?)",
-             {address, StoredUtc(now)}) ||
-         myConnection.Error() || myRanges.Find(address, now) != nullptr;
+  static const std::string kHolds =
+      "SELECT 1 FROM bans WHERE address=? AND NOT EXISTS"
+      " (SELECT 1 FROM ban_ends WHERE banid=bans.id AND " +
+      std::string(kHasEnded) + ')';
+  return myConnection.HasRowWith(kHolds, {address, StoredUtc(now)}) || myConnection.Error() ||
+         myRanges.Find(address, now) != nullptr;
 }
 
 bool Bans::AddRange(const AddressRange& range, const std::string& reason, const QDateTime& until) {
@@ -138,63 +141,44 @@ bool Bans::AddRange(const AddressRange& range, const std::string& reason, const 
   return isStored;
 }
 
-bool Bans::Import(const std::vector<AddressRange>& entries, const std::string& by,
-                  const std::string& reason, const QDateTime& until) {
+bool Bans::Import(BanImport::List list, const std::string& by, const std::string& reason,
+                  const QDateTime& until, ImportDone done) {
+  if (myImport) return false;
   const Ban terms{0, "", by, reason, QDateTime::currentDateTime(), "", until};
-  if (!myConnection.Begin()) return false;
-  const auto last = myConnection.SQLSelect("SELECT max(id) AS id FROM bans");
-  bool areStored = last && myConnection.SQLExecute(kMakeEnds) && BanRanges::Make(myConnection);
-  for (std::size_t i = 0; areStored && i < entries.size(); i += kImportPortion) {
-    const auto portion =
-        std::span(entries).subspan(i, std::min(kImportPortion, entries.size() - i));
-    areStored = Insert(portion, terms, last->Integer("id"));
-  }
-  if (!areStored) myConnection.Rollback();
-  areStored = areStored && myConnection.Commit();
-  if (areStored) myRanges.Load();
-  if (areStored) ReadNextEnd();
-  return areStored;
+  myImport = std::make_unique<BanImport>(myConnection, std::move(list), terms);
+  myImportDone = std::move(done);
+  myImportSteps.start();
+  return true;
 }
 
-bool Bans::Insert(std::span<const AddressRange> entries, const Ban& terms,
-                  std::int64_t lastNumber) {
-  // JSON, of which SQLite makes rows: a statement for each entry takes many times as long.
-  std::string addresses;
-  std::string ranges;
-  for (const AddressRange& entry : entries) {
-    const std::string first = std::to_string(entry.first);
-    if (entry.first == entry.last) {
-      addresses += (addresses.empty() ? "\"" : ",\"") + TextFromIPv4(entry.first) + '"';
-    } else {
-      ranges += (ranges.empty() ? "[" : ",[") + first + ',' + std::to_string(entry.last) + ']';
-    }
+void Bans::StepImport() {
+  const BanImport::Progress progress = myImport->Step();
+  if (progress == BanImport::Progress::More) return;
+  myImportSteps.stop();
+  const bool isMade = progress == BanImport::Progress::Made;
+  const std::string error = isMade ? "" : myConnection.ErrorMessage();
+  const std::unique_ptr<BanImport> import = std::move(myImport);
+  if (isMade) {
+    myRanges.TakeStored(import->Ranges());
+    ReadNextEnd();
   }
-  const DatabaseValue until =
-      terms.until.isValid() ? DatabaseValue(StoredUtc(terms.until)) : DatabaseValue();
-  return myConnection.SQLExecute(
-             "INSERT INTO bans(address, \"by\", reason, bandate, banlength, network) "
-             "SELECT DISTINCT value,?,?,?,1,'' FROM json_each(?) WHERE NOT EXISTS (SELECT 1 FROM "
-             "bans LEFT JOIN ban_ends ON banid=bans.id WHERE address=value AND until IS NULL)",
-             {terms.by, terms.reason, StoredDate(terms.bandate), '[' + addresses + ']'}) &&
-         (!terms.until.isValid() ||
-          myConnection.SQLExecute(
-              "INSERT OR REPLACE INTO ban_ends(banid, until) SELECT id, ? FROM bans WHERE id>?",
-              {until, lastNumber})) &&
-         myConnection.SQLExecute(
-             "INSERT INTO ban_ranges(first, last, reason, until) SELECT DISTINCT "
-             "json_extract(value, '$[0]'), json_extract(value, '$[1]'),?,? FROM json_each(?) AS "
-             "one "
-             "WHERE NOT EXISTS (SELECT 1 FROM ban_ranges AS r WHERE r.until IS NULL AND "
-             "r.first=json_extract(one.value, '$[0]') AND r.last=json_extract(one.value, '$[1]'))",
-             {terms.reason, until, '[' + ranges + ']'});
+  if (!myWaiting.All().empty()) Retry();
+  std::exchange(myImportDone, nullptr)(error, *import);
+}
+
+bool Bans::MakeEnds(DatabaseConnection& connection) {
+  return connection.SQLExecute(
+      "CREATE TABLE IF NOT EXISTS ban_ends (banid INTEGER PRIMARY KEY, until TEXT)");
 }
 
 std::vector<BanRange> Bans::EndedRanges() {
   std::vector<BanRange> ended;
   const QDateTime now = Now();
   if (myNextRangeEnd.isValid() && myNextRangeEnd <= now) {
-    std::ranges::copy_if(myRanges.All(), std::back_inserter(ended),
-                         [&now](const BanRange& range) { return range.HasEnded(now); });
+    for (const BanRange& range : myRanges.All()) {
+      if (range.HasEnded(now)) ended.push_back(range);
+      if (ended.size() == kMaxEnded) break;
+    }
   }
   return ended;
 }
@@ -219,24 +203,29 @@ std::optional<std::vector<Ban>> Bans::Portion(std::int64_t& place) {
 std::optional<std::vector<Ban>> Bans::Ended() {
   const QDateTime now = Now();
   std::vector<Ban> ended;
+  // By themselves: they can be lifted although the database refuses.
+  std::ranges::copy_if(myWaiting.All(), std::back_inserter(ended),
+                       [&now](const Ban& ban) { return ban.HasEnded(now); });
+  if (!ended.empty()) return ended;
   if (myNextEnd.isValid() && myNextEnd <= now) {
-    auto stored = SelectAll(std::string(kWithEnds) + "WHERE until<=? ORDER BY until LIMIT 1000",
+    auto stored = SelectAll(std::string(kWithEnds) + "WHERE " + std::string(kHasEnded) +
+                                " ORDER BY until LIMIT " + std::to_string(kMaxEnded),
                             {StoredUtc(now)});
     if (!stored) return std::nullopt;
     ended = *std::move(stored);
     // Another program deleted the bans.
     if (ended.empty() &&
-        myConnection.SQLExecute("DELETE FROM ban_ends WHERE until<=?", {StoredUtc(now)})) {
+        myConnection.SQLExecute("DELETE FROM ban_ends WHERE " + std::string(kHasEnded),
+                                {StoredUtc(now)})) {
       ReadNextEnd();
     }
   }
-  std::ranges::copy_if(myWaiting.All(), std::back_inserter(ended),
-                       [&now](const Ban& ban) { return ban.HasEnded(now); });
   return ended;
 }
 
 void Bans::ReadNextEnd() {
-  const auto next = myConnection.SQLSelect("SELECT min(until) AS until FROM ban_ends");
+  const auto next = myConnection.SQLSelect(
+      "SELECT until FROM ban_ends WHERE until LIKE '____-__-__ __:__:__' ORDER BY until LIMIT 1");
   myNextEnd = next ? UtcFromStored(next->Text("until")) : QDateTime();
   WaitForEnds();
 }
@@ -264,7 +253,15 @@ std::optional<Ban> Bans::Find(std::int64_t id) {
   return stored->front();
 }
 
-std::optional<std::vector<Ban>> Bans::Select(const std::string& condition, std::int64_t value) {
+std::optional<std::vector<Ban>> Bans::Of(const std::string& address) {
+  auto bans = Select("address=?", address);
+  const auto isOne = [&address](const Ban& ban) { return ban.address == address; };
+  if (bans) std::ranges::copy_if(myWaiting.All(), std::back_inserter(*bans), isOne);
+  return bans;
+}
+
+std::optional<std::vector<Ban>> Bans::Select(const std::string& condition,
+                                             const DatabaseValue& value) {
   if (myNextEnd.isValid()) return SelectAll(std::string(kWithEnds) + "WHERE " + condition, {value});
   return SelectAll("SELECT * FROM bans WHERE " + condition, {value});
 }

@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <functional>
 #include <limits>
+#include <memory>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -14,6 +14,7 @@
 
 #include "framework/signal.h"
 #include "storage/ban.h"
+#include "storage/ban_import.h"
 #include "storage/ban_ranges.h"
 #include "storage/database_connection.h"
 #include "storage/waiting_bans.h"
@@ -60,21 +61,30 @@ class Bans {
   static constexpr std::int64_t kBegin = std::numeric_limits<std::int64_t>::min();
   static constexpr std::int64_t kEnd = std::numeric_limits<std::int64_t>::max();
 
-  // Bans that have ended, the earliest first, at most 1000 stored ones. None if the query fails.
+  // Bans that have ended: those that wait or, if there is none, at most 1000 stored ones, the
+  // earliest first. None if the query fails.
   std::optional<std::vector<Ban>> Ended();
 
   bool AddRange(const AddressRange& range, const std::string& reason, const QDateTime& until);
   // The range with the address that lasts longest; null if there is none.
   const BanRange* RangeOf(const std::string& address) { return myRanges.Find(address, Now()); }
   const std::vector<BanRange>& Ranges() { return myRanges.All(); }
+  // At most 1000.
   std::vector<BanRange> EndedRanges();
   [[nodiscard]] bool LiftRanges(const std::vector<std::int64_t>& ids);
 
-  // Adds them in one transaction, but those that are banned for ever. Returns false, and bans none,
-  // if the database refuses.
-  [[nodiscard]] bool Import(const std::vector<AddressRange>& entries, const std::string& by,
-                            const std::string& reason, const QDateTime& until);
+  // Adds them in one transaction, a portion per turn of Qt's loop (BanImport). Bans that are added
+  // meanwhile wait; other changes of the database fail. Calls `done` at the end; on failure with an
+  // error, and bans none. Returns false if another import is at work.
+  using ImportDone = std::function<void(const std::string& error, BanImport& import)>;
+  [[nodiscard]] bool Import(BanImport::List list, const std::string& by, const std::string& reason,
+                            const QDateTime& until, ImportDone done);
 
+  // Makes the table of ends if it is missing. Returns whether that worked.
+  static bool MakeEnds(DatabaseConnection& connection);
+
+  // All bans of an address. None if the query fails.
+  std::optional<std::vector<Ban>> Of(const std::string& address);
   // The ban with this number. None also if the query fails.
   std::optional<Ban> Find(std::int64_t id);
 
@@ -85,15 +95,15 @@ class Bans {
  private:
   // Returns the ban's number in the database; none if it is refused.
   std::optional<std::int64_t> Store(const Ban& ban);
-  bool Insert(std::span<const AddressRange> entries, const Ban& terms, std::int64_t lastNumber);
   std::optional<std::int64_t> StoreWithEnd(const Ban& ban, const DatabaseRecord& record);
   // The end is read too if one of the stored bans has any.
-  std::optional<std::vector<Ban>> Select(const std::string& condition, std::int64_t value);
+  std::optional<std::vector<Ban>> Select(const std::string& condition, const DatabaseValue& value);
   std::optional<std::vector<Ban>> SelectAll(std::string_view query,
                                             const DatabaseConnection::Values& values);
   // Reads when the next stored ban ends.
   void ReadNextEnd();
   void WaitForEnds();
+  void StepImport();
   void Retry();
   // Stores waiting bans until one is refused or the time is over. Returns whether none was refused.
   bool StoreFor(std::chrono::milliseconds time);
@@ -103,6 +113,9 @@ class Bans {
   BanRanges myRanges;
   std::chrono::milliseconds myPause;
   QTimer myRetry;
+  std::unique_ptr<BanImport> myImport;
+  ImportDone myImportDone;
+  QTimer myImportSteps;
   QDateTime myNextEnd;  // of the stored bans; invalid if none ends
   QDateTime myNextRangeEnd;
   QTimer myEndTimer;

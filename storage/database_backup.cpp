@@ -15,7 +15,8 @@ constexpr int kMaxWaits = 1000;  // in a row, for another program's lock
 
 }  // namespace
 
-DatabaseBackup::DatabaseBackup(const DatabaseConnection& source, const QString& file) {
+DatabaseBackup::DatabaseBackup(const DatabaseConnection& source, const QString& file)
+    : mySource(source) {
   if (sqlite3_open_v2(file.toStdString().c_str(), &myCopy, SQLITE_OPEN_READWRITE, nullptr) ==
       SQLITE_OK) {
     // The caller flushes the copy to the disk.
@@ -31,6 +32,8 @@ DatabaseBackup::~DatabaseBackup() {
 
 DatabaseBackup::Progress DatabaseBackup::Step() {
   if (myBackup == nullptr) return Progress::Failed;
+  // A copy would have what may still be rolled back.
+  if (mySource.IsReserved()) return Progress::More;
   int result = sqlite3_backup_step(myBackup, kPagesPerStep);
   const bool waits = result == SQLITE_BUSY || result == SQLITE_LOCKED;
   myWaits = waits ? myWaits + 1 : 0;

@@ -12,8 +12,9 @@ namespace corvane {
 class DatabaseConnection;
 
 // Copies an open database a few pages at a time while it is in use. The copy includes what the
-// connection changes meanwhile; a change by another program restarts it. Borrows the connection.
-// The file must exist and be empty; a finished copy is not yet flushed to the disk.
+// connection changes meanwhile; a change by another program restarts it, and it waits while the
+// connection is reserved. Borrows the connection. The file must exist and be empty; a finished copy
+// is not yet flushed to the disk.
 class DatabaseBackup {
  public:
   DatabaseBackup(const DatabaseConnection& source, const QString& file);
@@ -32,6 +33,7 @@ class DatabaseBackup {
   // Ends the backup. Returns SQLite's code.
   int Finish();
 
+  const DatabaseConnection& mySource;
   sqlite3* myCopy = nullptr;
   sqlite3_backup* myBackup = nullptr;
   int myWaits = 0;

@@ -257,7 +257,7 @@ bool DatabaseConnection::Begin() {
 }
 
 bool DatabaseConnection::Commit() {
-  if (myDatabase == nullptr || sqlite3_get_autocommit(myDatabase) != 0) return !myError;
+  if (!IsInTransaction() || IsReserved()) return !myError;
   if (SQLExecute("COMMIT")) return true;
   // The transaction would otherwise stay open and include later changes.
   Rollback();
@@ -273,10 +273,16 @@ bool DatabaseConnection::TakesWrites() {
 }
 
 void DatabaseConnection::Rollback() {
-  if (myDatabase != nullptr) sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
+  if (myDatabase == nullptr || IsReserved()) return;
+  sqlite3_exec(myDatabase, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+bool DatabaseConnection::IsInTransaction() const {
+  return myDatabase != nullptr && sqlite3_get_autocommit(myDatabase) == 0;
 }
 
 bool DatabaseConnection::SQLExecute(std::string_view statement, const Values& values) {
+  if (IsReserved()) return Fail(myReservation);
   int result = SQLITE_OK;
   const Statement prepared = Prepare(statement, result);
   if (!prepared) return ReportFault(result);

@@ -92,6 +92,15 @@ class DatabaseConnection {
   [[nodiscard]] bool Commit();
   // Undoes an open transaction and keeps the error.
   void Rollback();
+  // An error may have ended it by a rollback.
+  bool IsInTransaction() const;
+
+  // While the connection is reserved, whose transaction stays open over several turns of the event
+  // loop, changes fail with this text as their error, Commit and Rollback do nothing, and reads
+  // find what the transaction has changed so far. The owner releases it, by an empty text, while it
+  // works.
+  void Reserve(std::string_view why) { myReservation = why; }
+  bool IsReserved() const { return !myReservation.empty(); }
 
   // Whether the database could be changed now: begins a change and undoes it.
   [[nodiscard]] bool TakesWrites();
@@ -135,6 +144,7 @@ class DatabaseConnection {
   bool myError = false;
   std::string myErrorMessage;
   std::uint64_t myFaults = 0;
+  std::string myReservation;
   std::string myLastReported;
   Clock::time_point myNextSameReport;
 };

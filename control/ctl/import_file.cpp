@@ -12,8 +12,9 @@
 namespace corvane::ctl {
 namespace {
 
-// A byte may become six in JSON, and a request has at most 1 MiB.
-constexpr qsizetype kPortion = qsizetype{128} << 10;
+// The server takes some milliseconds for one. A byte may become six in JSON, and a request has at
+// most 1 MiB.
+constexpr qsizetype kPortion = qsizetype{32} << 10;
 constexpr qint64 kMaxListLine = 1024;
 constexpr int kProgressLines = 100'000;
 

@@ -26,7 +26,7 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
   QTemporaryFile file(QDir::tempPath() + "/corvane-bans");
   EXPECT_TRUE(file.open());
   const QString list = file.fileName();
-  file.write("# a list\n10.0.0.1 # one\n\nx\r\n10.0.2.0/24\n10.0.0.1");
+  file.write("# a list\n10.0.0.1 ; one\n\nx\r\n10.0.2.0/24\n10.0.0.1\n2001:DB8:0::1#");
   file.close();
   const std::string annsGrant = "Ann|127.0.0.1|North;";
   const std::string evesGrant = "Eve|10.0.0.9|North;";
@@ -94,9 +94,15 @@ TEST_F(CorvanectlTest, CommandsAnswerAndActOnTheServer) {
            {"unban-range 10.0.0.0/7", 0, "Lifted 1", ranges, ""},
            {"bans import " + list + " from elsewhere", 2, "line 4: \"x\" is no range", bans, ""},
            {"bans import --skip " + list + " from elsewhere", 0,
-            "1 address(es) and 1 range(s) of the list; skipped 1", both,
-            "10.0.0.1|Server Admin|from elsewhere|;167772672|167772927|from elsewhere;"},
-           {"bans export", 0, "\n10.0.0.1\n10.0.2.0/24\n"},
+            "2 address(es) and 1 range(s) that were not banned yet; skipped 1", both,
+            "10.0.0.1|Server Admin|from elsewhere|;2001:db8::1|Server Admin|from elsewhere|;"
+            "167772672|167772927|from elsewhere;"},
+           {"bans import --skip --for 1h " + list, 0, "0 address(es) and 0 range(s)"},
+           {"ban-address 0.0.0.0", 0, "Banned"},
+           {"bans export", 0,
+            "\n10.0.0.1\n2001:db8::1\n# no client's address: 0.0.0.0\n10.0.2.0/24\n"},
+           {"unban 0.0.0.0", 0, "Lifted 1"},
+           {"unban 2001:DB8::1", 0, "Lifted 1"},
            {"unban 10.0.0.1", 0, "Lifted 1", bans, ""},
            {"unban-range 1", 0, "Lifted 1", ranges, ""},
            {"bans import /nowhere x", 2, "/nowhere: "},

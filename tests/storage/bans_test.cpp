@@ -281,5 +281,43 @@ TEST_F(BansTest, RangeThatLastsLongestBansItsAddresses) {
   EXPECT_EQ(bans->Ranges().size(), 1U);
 }
 
+TEST_F(BansTest, ListIsStoredInTurnsAndOthersWaitForIt) {
+  BanImport::List list{{}, {"2001:db8::1"}};
+  for (std::uint32_t i = 0; i < 20'000; ++i)
+    list.ranges.push_back({0x0A000000 + 4 * i, 0x0A000000 + 4 * i + i % 2});
+  const QDateTime until = QDateTime::currentDateTimeUtc().addSecs(3600);
+  Run("INSERT INTO ban_ends VALUES(1, '2026-01-01 00:00:00'), (9, 'x')");  // of no ban
+  bans.emplace(connection);
+  for (const bool breaksOff : {true, false}) {
+    std::optional<std::string> result;
+    const auto done = [&](const std::string& error, BanImport& import) {
+      result = error + std::to_string(import.AddressCount() + std::ssize(import.Ranges()));
+    };
+    EXPECT_TRUE(bans->Import(list, "op", "list", until, done));
+    EXPECT_TRUE(PumpUntil([&] { return bans->IsBanned("10.0.0.0"); }));
+    EXPECT_FALSE(result.has_value()) << "there are turns in between";
+    EXPECT_FALSE(bans->Import(list, "op", "list", {}, done));
+    EXPECT_FALSE(bans->Add("1.0.0.1", "op", "told", "home"));
+    EXPECT_FALSE(bans->AddRange({1, 2}, "told", {}));
+    EXPECT_FALSE(bans->Lift({1})) << connection.ErrorMessage();
+    EXPECT_EQ(connection.ErrorMessage(), "a list of bans is being stored");
+    EXPECT_TRUE(bans->IsBanned("1.0.0.1") && bans->IsBanned("0.0.0.2"));
+    if (breaksOff) {
+      bans.emplace(connection);
+      EXPECT_EQ(Stored(), "1.0.0.1|told;") << "all of the list or nothing";
+    } else {
+      EXPECT_TRUE(PumpUntil([&] { return result.has_value(); }));
+      EXPECT_EQ(result, "20001");
+    }
+  }
+  EXPECT_TRUE(PumpUntil([this] { return !IsFileThere(); }));
+  EXPECT_EQ(Run("SELECT count(*), count(until) FROM bans LEFT JOIN ban_ends ON banid=id; "
+                "SELECT count(*), count(until) FROM ban_ranges"),
+            "10003|10001;10001|10000;");
+  bans->Now = [&until] { return until; };
+  EXPECT_EQ(bans->RangeOf("10.0.0.5"), nullptr);
+  EXPECT_EQ(bans->Ended().value().size(), 1000U);
+}
+
 }  // namespace
 }  // namespace corvane
