@@ -14,6 +14,7 @@
 #include "framework/dates.h"
 #include "framework/ip_address.h"
 #include "framework/text.h"
+#include "framework/visible_text.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
 
@@ -21,6 +22,7 @@ namespace corvane {
 namespace {
 
 constexpr std::size_t kMaxEntries = std::size_t{4} << 20;
+constexpr std::size_t kMaxShown = 60;   // of a wrong line
 constexpr std::size_t kIPv6Share = 10;  // of the memory: a text beside two numbers
 constexpr std::uint64_t kMaxUnforced = std::uint64_t{1} << 24;  // addresses: a /8
 // No client has an address outside.
@@ -36,7 +38,7 @@ AddressRange ExpectRange(const std::string& text, bool isForced) {
       "expected an IPv4 range such as 203.0.113.0/24 or 203.0.113.7-203.0.113.99";
   const auto range = RangeFromText(text);
   if (!range && text.find(':') != std::string::npos) {
-    throw Misused("IPv6 addresses cannot be banned as ranges; " + expected);
+    throw Misused("IPv6 addresses cannot be banned as ranges, only one by one; " + expected);
   }
   const auto slash = text.find('/');
   const auto address = IPv4FromText(std::string_view(text).substr(0, slash));
@@ -47,9 +49,12 @@ AddressRange ExpectRange(const std::string& text, bool isForced) {
     throw Misused('"' + text + "\" has bits set beyond its length; expected " +
                   TextOf({*address & mask, *address | prefix->last}));
   }
-  if (!range) throw Misused('"' + text + "\" is no range; " + expected);
+  if (!range) {
+    const std::string shown = TextFromDisplay(VisibleText(text, kMaxShown));
+    throw Misused('"' + shown + "\" is no address or range; " + expected);
+  }
   if (!IsPossible(*range)) {
-    throw Misused("no client has all of these addresses: " + text + "; expected a range within " +
+    throw Misused(text + " has addresses that no client can have; expected a range within " +
                   TextOf(kPossible));
   }
   const std::uint64_t size = std::uint64_t{range->last} - range->first + 1;

@@ -55,7 +55,8 @@ void BanRanges::Load() {
   auto rows = myConnection.SQLSelect("SELECT * FROM ban_ranges");
   for (; rows && !rows->EndOfRows(); rows->MoveNext()) {
     const auto range = RangeOf(rows->Integer("first"), rows->Integer("last"));
-    if (range) {
+    // An empty text: the column is missing.
+    if (range && !rows->Text("last").empty()) {
       myAll.push_back(
           {rows->Integer("id"), *range, rows->Text("reason"), UtcFromStored(rows->Text("until"))});
     } else {

@@ -16,6 +16,7 @@ namespace {
 // most 1 MiB.
 constexpr qsizetype kPortion = qsizetype{32} << 10;
 constexpr qint64 kMaxListLine = 1024;
+constexpr QByteArrayView kByteOrderMark = "\xEF\xBB\xBF";
 constexpr int kProgressLines = 100'000;
 
 }  // namespace
@@ -30,13 +31,17 @@ std::optional<QByteArray> ImportFile(ServerLink& server, QJsonObject request) {
     return server.Receive(-1);
   };
   int lines = 0;
-  do {
+  // Not atEnd(), which holds for a pipe whose writer is slow.
+  for (bool isOver = false; !isOver;) {
     QByteArray portion;
-    while (portion.size() < kPortion && !file.atEnd()) {
+    while (portion.size() < kPortion) {
       QByteArray line = file.readLine(kMaxListLine);
+      isOver = line.isEmpty();
+      if (isOver) break;
       // The rest of a longer line cannot matter: the line is a comment or wrong.
-      for (QByteArray rest = line; !rest.endsWith('\n') && !file.atEnd();)
+      for (QByteArray rest = line; !rest.isEmpty() && !rest.endsWith('\n');)
         rest = file.readLine(kMaxListLine);
+      if (lines == 0 && line.startsWith(kByteOrderMark)) line.remove(0, kByteOrderMark.size());
       if (!line.endsWith('\n')) line += '\n';
       portion += line;
       if (++lines % kProgressLines == 0) std::fprintf(stderr, "%d lines read\n", lines);
@@ -50,7 +55,7 @@ std::optional<QByteArray> ImportFile(ServerLink& server, QJsonObject request) {
     const QJsonObject answer = QJsonDocument::fromJson(received.value_or("")).object();
     if (!answer["ok"].toBool()) return received;
     request["import"] = answer["import"];
-  } while (!file.atEnd());
+  }
   request.remove("lines");
   if (lines >= kProgressLines) std::fprintf(stderr, "%d lines read, storing them\n", lines);
   return ask();
