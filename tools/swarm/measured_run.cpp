@@ -170,7 +170,8 @@ class MeasuredRun : public ClientEvents {
       return std::make_unique<FanoutLoad>(std::move(senders), options.reporters, options.burst);
     }
     if (options.mode == Mode::Rate) {
-      return std::make_unique<RateLoad>(std::move(senders), options.reportsPerSecond);
+      return std::make_unique<RateLoad>(std::move(senders), options.reportsPerSecond,
+                                        options.burst);
     }
     const double each =
         kHonestBurstsPerSecond * double{kHonestBurst} / static_cast<double>(options.users);

@@ -72,7 +72,8 @@ constexpr OptionRow kOptions[] = {
     {"stranger-addresses", "count", "0",
      "hostile: addresses that the strangers come from, 127.1.0.1 and on.", "hostile"},
     {"reporters", "count", nullptr, "fanout: members of each network that report (all).", "fanout"},
-    {"burst", "count", "20", "fanout: reports of each reporter in a burst.", "fanout"},
+    {"burst", "count", nullptr, "Reports of each reporter in a burst (fanout: 20, rate: 1).",
+     "fanout rate"},
     {"rate", "reports", "2", "rate: reports a second of each member.", "rate"},
 };
 
@@ -277,7 +278,11 @@ Options Read(const QCommandLineParser& parser) {
   }
   options.clients = Count(parser, "clients", 1, 1'000'000);
   options.rounds = Count(parser, "rounds", 1, 100000);
-  options.burst = Count(parser, "burst", 1, 100000);
+  if (parser.isSet("burst")) {
+    options.burst = Count(parser, "burst", 1, 100000);
+  } else {
+    options.burst = options.mode == Mode::Rate ? 1 : 20;
+  }
   options.reportsPerSecond = PositiveNumber(parser, "rate", 100000);
   return options;
 }

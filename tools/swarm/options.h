@@ -37,7 +37,7 @@ struct Options {
   std::optional<pid_t> serverPid;
   bool measuresIdle = false;
   std::size_t reporters = 0;    // in each network; idle: none
-  std::size_t burst = 0;        // fanout
+  std::size_t burst = 0;        // fanout, rate
   double reportsPerSecond = 0;  // rate, of each member
   std::size_t clients = 0;      // rush
   std::size_t rounds = 0;       // rush
