@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <chrono>
-#include <tuple>
 #include <utility>
 
 #include <QFileInfo>
@@ -60,10 +59,14 @@ bool BanImport::Begin() {
   if (!myConnection.Begin()) return false;
   myHasBegun = true;
   if (!Bans::MakeEnds(myConnection) || !BanRanges::Make(myConnection)) return false;
-  // Without them it only takes longer.
+  // Without them it only takes longer. A full disk, however, ends the transaction.
   for (const char* index :
-       {"ban_ends_by_until ON ban_ends(until)", "ban_ranges_by_first ON ban_ranges(first)"})
-    std::ignore = myConnection.SQLExecute(std::string("CREATE INDEX IF NOT EXISTS ") + index);
+       {"ban_ends_by_until ON ban_ends(until)", "ban_ranges_by_first ON ban_ranges(first)"}) {
+    if (!myConnection.SQLExecute(std::string("CREATE INDEX IF NOT EXISTS ") + index) &&
+        !myConnection.IsInTransaction()) {
+      return false;
+    }
+  }
   const auto last = myConnection.SQLSelect(
       "SELECT (SELECT max(id) FROM bans) AS ban, (SELECT max(id) FROM ban_ranges) AS range");
   if (!last) return false;
