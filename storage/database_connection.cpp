@@ -257,7 +257,7 @@ bool DatabaseConnection::Begin() {
 }
 
 bool DatabaseConnection::Commit() {
-  if (!IsInTransaction() || IsReserved()) return !myError;
+  if (!IsInTransaction()) return !myError;
   if (SQLExecute("COMMIT")) return true;
   // The transaction would otherwise stay open and include later changes.
   Rollback();

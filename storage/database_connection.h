@@ -96,7 +96,7 @@ class DatabaseConnection {
   bool IsInTransaction() const;
 
   // While the connection is reserved, whose transaction stays open over several turns of the event
-  // loop, changes fail with this text as their error, Commit and Rollback do nothing, and reads
+  // loop, changes and Commit fail with this text as their error, Rollback does nothing, and reads
   // find what the transaction has changed so far. The owner releases it, by an empty text, while it
   // works.
   void Reserve(std::string_view why) { myReservation = why; }
