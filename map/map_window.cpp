@@ -46,7 +46,7 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   pnlMembers = new MembersPanel(myConnection.Others(), this);
   stsLine = new StatusLine(myConnection, this);
   barOwn = new OwnBar(myOwnPosition, this);
-  cmbFacet = new QComboBox(this);
+  cmbFacet = new FacetBox(this);
   actions = std::make_unique<MapActions>(*menuBar(), *map);
   myPictures =
       std::make_unique<FacetPictures>(cacheFolder, mySettings, *map, *stsLine, *txtMessages, *this);

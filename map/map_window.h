@@ -68,7 +68,7 @@ class MapWindow : public QMainWindow {
   MessagesPane* txtMessages;
   StatusLine* stsLine;
   OwnBar* barOwn;
-  QComboBox* cmbFacet;
+  FacetBox* cmbFacet;
   std::unique_ptr<MapActions> actions;
 
  protected:
