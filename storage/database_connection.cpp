@@ -265,6 +265,7 @@ bool DatabaseConnection::Commit() {
 }
 
 bool DatabaseConnection::TakesWrites() {
+  if (IsReserved()) return true;  // it is being changed
   // The version is of no use to anybody. Changing it writes the journal, which a full disk or a
   // read-only folder refuses.
   const bool takes = Begin() && SQLExecute("PRAGMA user_version=1");
