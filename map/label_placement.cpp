@@ -1,50 +1,47 @@
 #include "map/label_placement.h"
 
 #include <algorithm>
+#include <cstddef>
 
 namespace corvane::map {
 namespace {
 
-constexpr int kCellWidth = 128;
-constexpr int kCellHeight = 32;
+constexpr int kWordBits = 64;
 
-int Cell(int at, int size) {
-  return at >= 0 ? at / size : (at - size + 1) / size;
-}
+}  // namespace
 
-std::int64_t Key(int column, int row) {
-  return static_cast<std::int64_t>(column) << 32 | static_cast<std::uint32_t>(row);
-}
+LabelPlacement::LabelPlacement(const QRect& window)
+    : myWindow(window),
+      myWordsPerRow((window.width() + kWordBits - 1) / kWordBits),
+      myOccupied(static_cast<std::size_t>(myWordsPerRow) *
+                 static_cast<std::size_t>(window.height())) {}
 
-// Calls `act` with the key of each cell that the place touches. Stops and returns false as soon as
-// `act` does.
 template <typename Act>
-bool ForEachCell(const QRect& place, Act act) {
-  const int right = Cell(place.right(), kCellWidth);
-  const int bottom = Cell(place.bottom(), kCellHeight);
-  for (int x = Cell(place.left(), kCellWidth); x <= right; ++x) {
-    for (int y = Cell(place.top(), kCellHeight); y <= bottom; ++y) {
-      if (!act(Key(x, y))) return false;
+bool LabelPlacement::ForEachWord(const QRect& place, Act act) {
+  const QRect pixels = (place & myWindow).translated(-myWindow.topLeft());
+  if (pixels.isEmpty()) return true;
+  for (int word = pixels.left() / kWordBits; word <= pixels.right() / kWordBits; ++word) {
+    const int first = std::max(pixels.left() - word * kWordBits, 0);
+    const int last = std::min(pixels.right() - word * kWordBits, kWordBits - 1);
+    const std::uint64_t mask = (~std::uint64_t{} >> (kWordBits - 1 - last + first)) << first;
+    for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
+      if (!act(myOccupied[static_cast<std::size_t>(y * myWordsPerRow + word)], mask)) return false;
     }
   }
   return true;
 }
 
-}  // namespace
-
 void LabelPlacement::Avoid(const QRect& place) {
-  ForEachCell(place, [&](std::int64_t cell) {
-    myCells[cell].push_back(place);
+  ForEachWord(place, [](std::uint64_t& word, std::uint64_t mask) {
+    word |= mask;
     return true;
   });
 }
 
 bool LabelPlacement::Take(const QRect& place) {
-  const bool isFree = myWindow.contains(place) && ForEachCell(place, [&](std::int64_t key) {
-                        return std::ranges::none_of(myCells[key], [&](const QRect& taken) {
-                          return taken.intersects(place);
-                        });
-                      });
+  const bool isFree =
+      myWindow.contains(place) &&
+      ForEachWord(place, [](std::uint64_t word, std::uint64_t mask) { return (word & mask) == 0; });
   if (isFree) Avoid(place);
   return isFree;
 }

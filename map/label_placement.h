@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
 
 #include <QRect>
@@ -9,11 +8,11 @@
 namespace corvane::map {
 
 // Places labels without overlaps. A label is shown if it is completely inside the window and meets
-// neither an earlier one nor an obstacle. The cost grows with the number of labels, not with its
-// square.
+// neither an earlier one nor an obstacle. Keeps a bit for each pixel, so the cost of a label does
+// not depend on the number of others.
 class LabelPlacement {
  public:
-  explicit LabelPlacement(const QRect& window) : myWindow(window) {}
+  explicit LabelPlacement(const QRect& window);
 
   // Marks an obstacle.
   void Avoid(const QRect& place);
@@ -21,9 +20,14 @@ class LabelPlacement {
   bool Take(const QRect& place);
 
  private:
+  // Calls `act` with each word of bits that the place touches and the mask of its pixels in it.
+  // Stops and returns false as soon as `act` does.
+  template <typename Act>
+  bool ForEachWord(const QRect& place, Act act);
+
   QRect myWindow;
-  // Occupied places, in each cell of the window that they touch.
-  std::unordered_map<std::int64_t, std::vector<QRect>> myCells;
+  int myWordsPerRow;
+  std::vector<std::uint64_t> myOccupied;  // row by row
 };
 
 }  // namespace corvane::map
