@@ -1,8 +1,9 @@
 #include "map/text_dialog.h"
 
+#include <algorithm>
+
 #include <QFormLayout>
 #include <QHBoxLayout>
-#include <QLabel>
 #include <QVBoxLayout>
 
 namespace corvane::map {
@@ -17,6 +18,7 @@ constexpr int kMaxLength = 1000;
 TextDialog::TextDialog(const QString& title, const QString& hint, const QString& label,
                        const QString& action, QWidget& owner)
     : QDialog(&owner),
+      lblHint(new QLabel(hint, this)),
       txtText(new QLineEdit(this)),
       btnOK(new QPushButton(action, this)),
       btnCancel(new QPushButton(tr("Cancel"), this)) {
@@ -28,9 +30,8 @@ TextDialog::TextDialog(const QString& title, const QString& hint, const QString&
   btnOK->setDefault(true);
   btnOK->setEnabled(false);
 
-  auto* text = new QLabel(hint, this);
-  text->setTextFormat(Qt::PlainText);
-  text->setWordWrap(true);
+  lblHint->setTextFormat(Qt::PlainText);
+  lblHint->setWordWrap(true);
   auto* form = new QFormLayout;
   form->addRow(label, txtText);
   auto* buttons = new QHBoxLayout;
@@ -38,13 +39,21 @@ TextDialog::TextDialog(const QString& title, const QString& hint, const QString&
   buttons->addWidget(btnOK);
   buttons->addWidget(btnCancel);
   auto* column = new QVBoxLayout(this);
-  column->addWidget(text);
+  column->addWidget(lblHint);
   column->addLayout(form);
   column->addLayout(buttons);
 
   connect(txtText, &QLineEdit::textChanged, this,
           [this](const QString& typed) { btnOK->setEnabled(!typed.isEmpty()); });
   connect(btnOK, &QPushButton::clicked, this, [this] {
+    const QString fault = FaultOf ? FaultOf(txtText->text()) : QString();
+    if (!fault.isEmpty()) {
+      lblHint->setText(fault);
+      resize(width(), std::max(height(), layout()->totalHeightForWidth(width())));
+      txtText->setFocus();
+      txtText->selectAll();
+      return;
+    }
     if (Confirmed) Confirmed(txtText->text());
     accept();
   });

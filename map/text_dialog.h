@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 
@@ -20,8 +21,12 @@ class TextDialog : public QDialog {
              QWidget& owner);
 
   std::function<void(const QString&)> Confirmed;
+  // If set, tells what is wrong with a text; empty if nothing is. The dialog shows it and stays
+  // open.
+  std::function<QString(const QString&)> FaultOf;
 
   // The controls, in tab order. The dialog owns them.
+  QLabel* lblHint;
   QLineEdit* txtText;
   QPushButton* btnOK;
   QPushButton* btnCancel;
