@@ -29,7 +29,13 @@ QSpinBox* Spin(int value, int min, int max, const QString& name, QWidget* parent
 AlarmsDialog::AlarmsDialog(const AlarmRules& rules, const AlarmCircle& proposal, bool hasTray,
                            QWidget& owner)
     : QDialog(&owner),
+      cmbWho{new QComboBox(this), new QComboBox(this), new QComboBox(this), new QComboBox(this),
+             new QComboBox(this)},
+      spnHitPoints(Spin(rules.hitPoints, 1, std::numeric_limits<int>::max(),
+                        tr("Hit points below this are low"), this)),
       cmbUnit(new QComboBox(this)),
+      spnSilence(Spin(rules.silence, AlarmRules::kMinSilence, AlarmRules::kMaxSeconds,
+                      tr("Seconds of silence"), this)),
       lstCircles(new QTableWidget(0, kCircleColumns, this)),
       btnDraw(new QPushButton(tr("Dra&w on the Map"), this)),
       btnAdd(new QPushButton(tr("&Add"), this)),
@@ -37,6 +43,8 @@ AlarmsDialog::AlarmsDialog(const AlarmRules& rules, const AlarmCircle& proposal,
       chkAlert(new QCheckBox(tr("&Mark the window in the task bar"), this)),
       chkNotify(new QCheckBox(tr("Desktop &notification"), this)),
       chkBeep(new QCheckBox(tr("&Beep"), this)),
+      spnCooldown(Spin(rules.cooldown, 0, AlarmRules::kMaxSeconds,
+                       tr("Time between two alarms of a member and kind"), this)),
       btnOK(new QPushButton(tr("OK"), this)),
       btnCancel(new QPushButton(tr("Cancel"), this)),
       myProposal(proposal) {
@@ -44,20 +52,13 @@ AlarmsDialog::AlarmsDialog(const AlarmRules& rules, const AlarmCircle& proposal,
   setWindowTitle(tr("Alarms"));
   setAttribute(Qt::WA_DeleteOnClose);
   for (std::size_t kind = 0; kind < kAlarmKinds; ++kind) {
-    cmbWho[kind] = new QComboBox(this);
     cmbWho[kind]->addItems(
         {tr("Off"), tr("Me"), tr("Followed member"), tr("Me and followed"), tr("Everybody")});
     cmbWho[kind]->setCurrentIndex(static_cast<int>(rules.who[kind]));
   }
-  spnHitPoints = Spin(rules.hitPoints, 1, std::numeric_limits<int>::max(),
-                      tr("Hit points below this are low"), this);
   cmbUnit->addItems({tr("% of the highest seen"), tr("hit points")});
   cmbUnit->setCurrentIndex(rules.isShare ? 0 : 1);
   cmbUnit->setAccessibleName(tr("Unit of the limit"));
-  spnSilence = Spin(rules.silence, AlarmRules::kMinSilence, AlarmRules::kMaxSeconds,
-                    tr("Seconds of silence"), this);
-  spnCooldown = Spin(rules.cooldown, 0, AlarmRules::kMaxSeconds,
-                     tr("Time between two alarms of a member and kind"), this);
   for (QSpinBox* field : {spnSilence, spnCooldown})
     field->setSuffix(tr(" s"));
   chkAlert->setChecked(rules.alertsWindow);
@@ -137,14 +138,9 @@ void AlarmsDialog::LayOut() {
   column->addLayout(circles);
   column->addLayout(ways);
   column->addLayout(buttons);
-  QWidget* before = cmbWho[0];
-  for (QWidget* next : std::initializer_list<QWidget*>{
-           spnHitPoints, cmbUnit, cmbWho[1], cmbWho[2], cmbWho[3], spnSilence, cmbWho[4],
-           lstCircles, btnDraw, btnAdd, btnDelete, chkAlert, chkNotify, chkBeep, spnCooldown, btnOK,
-           btnCancel}) {
-    setTabOrder(before, next);
-    before = next;
-  }
+  setTabOrder(cmbWho[0], spnHitPoints);
+  setTabOrder(spnHitPoints, cmbUnit);
+  setTabOrder(cmbWho[3], spnSilence);
 }
 
 void AlarmsDialog::Wire() {

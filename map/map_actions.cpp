@@ -87,8 +87,10 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   landmarks->addSeparator();
   actImportLandmarks = Add(landmarks, "actImportLandmarks", tr("&Import..."));
   actExportLandmarks = Add(landmarks, "actExportLandmarks", tr("&Export..."));
+
   QMenu* alarms = AddMenu(bar, tr("Ala&rms"));
-  actAlarms = Add(alarms, "actAlarms", tr("&Alarms..."), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
+  actAlarms =
+      Add(alarms, "actAlarms", tr("&Alarms..."), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
   actDrawCircle = Add(alarms, "actDrawCircle", tr("&Draw Circle"));
   actSilence = Add(alarms, "actSilence", tr("&Silence"), {QKeySequence(Qt::CTRL | Qt::Key_M)});
   actSilence->setCheckable(true);

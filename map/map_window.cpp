@@ -55,13 +55,13 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   mySharing = std::make_unique<Sharing>(
       myConnection, mySettings, myConnector, *myPictures, myLandmarks->Board(), *txtMessages, *this,
       QFileInfo(settingsFile).absolutePath() + QStringLiteral("/Corvane Map Pictures"));
-  myAlarms = std::make_unique<AlarmBell>(myConnection, mySettings, *map, *txtMessages, *this);
-  myHighlights.alarms = &myAlarms->Watch();
-  pnlMembers->ShowAlarms(myAlarms->Watch());
   // Home is a key of the list, too.
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
   }
+  myAlarms = std::make_unique<AlarmBell>(myConnection, mySettings, *map, *txtMessages, *this);
+  myHighlights.alarms = &myAlarms->Watch();
+  pnlMembers->ShowAlarms(myAlarms->Watch());
   LayOut();
   WireConnection();
   WireMap();
@@ -135,7 +135,10 @@ void MapWindow::WireMap() {
     if (myOwnPosition.IsOn()) myOwnPosition.Step(columns, rows, Facet());
     return myOwnPosition.IsOn();
   };
-  myOwnPosition.Changed = [this] { ShowOwn(); };
+  myOwnPosition.Changed = [this] {
+    myAlarms->Watch().TakeOwn(myOwnPosition.Shown());
+    ShowOwn();
+  };
   barState->ConnectRequested = [this] { AskWhere(); };
   pnlMembers->Selected = [this](const Member* member) {
     Select(member);
@@ -255,7 +258,6 @@ void MapWindow::ShowState() {
 void MapWindow::ShowOwn() {
   const bool isHere = myConnection.CurrentState() != State::Offline;
   myHighlights.own = myOwnPosition.Shown();
-  myAlarms->Watch().TakeOwn(myHighlights.own);
   pnlMembers->ShowOwn(isHere ? myConnection.CurrentDestination().account.userName : std::string(),
                       myHighlights.own);
   map->Refresh();

@@ -53,20 +53,20 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     const bool isNumber = column != kName && column != kState;
     return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
   }
-  const bool isColoured =
-      role == Qt::BackgroundRole || role == Qt::ForegroundRole || role == Qt::ToolTipRole;
-  if (isColoured && column == kState && row.member != nullptr) {
-    const QString alarm = AlarmOf(*row.member);
-    if (!alarm.isEmpty() && role == Qt::ToolTipRole) return alarm.toHtmlEscaped();
-    if (!alarm.isEmpty()) return role == Qt::BackgroundRole ? kAlarmGround : kAlarmText;
-  }
   if (role == Qt::FontRole && column == kName && IsOwn(index.row())) {
     QFont bold;
     bold.setBold(true);
     return bold;
   }
-  if (role == Qt::ForegroundRole && !myMembers.IsCurrent())
-    return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+  if (role == Qt::BackgroundRole || role == Qt::ForegroundRole || role == Qt::ToolTipRole) {
+    const QString alarm =
+        column == kState && row.member != nullptr ? AlarmOf(*row.member) : QString();
+    if (role == Qt::ToolTipRole) return alarm.toHtmlEscaped();
+    if (!alarm.isEmpty()) return role == Qt::BackgroundRole ? kAlarmGround : kAlarmText;
+    if (role == Qt::ForegroundRole && !myMembers.IsCurrent())
+      return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    return {};
+  }
   const bool sorts = role == kSortRole;
   if (role != Qt::DisplayRole && !sorts) return {};
   if (column == kName) return sorts ? row.name.toCaseFolded() : row.name;
@@ -97,7 +97,8 @@ QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int 
 
 QString MembersModel::AlarmOf(const Member& member) const {
   if (myAlarms == nullptr) return {};
-  return StateText(myAlarms->StateOf(&member), member.report, myAlarms->Rules());
+  return StateText(myAlarms->StateOf(&member == &myOwn ? nullptr : &member), member.report,
+                   myAlarms->Rules());
 }
 
 QString MembersModel::StateOf(const Member& member) const {

@@ -46,10 +46,11 @@ void AlarmWatch::TakeOwn(const std::optional<Report>& report) {
 bool AlarmWatch::Advance() {
   const Time now = myNow();
   const auto gap = now - std::exchange(myLastWalk, now);
-  const bool hasJumped = gap < seconds(0) || gap > kMaxGap;
+  // Without a connection nobody can be heard.
+  const bool isDeaf = gap < seconds(0) || gap > kMaxGap || !myMembers.IsCurrent();
   for (auto& [member, known] : myKnown) {
     if (known.state.Has(AlarmKind::Silence)) continue;
-    if (hasJumped) known.heard = now;
+    if (isDeaf) known.heard = now;
     known.state = Judge(known, now);
     if (!known.state.Has(AlarmKind::Silence)) continue;
     myHasChanged = true;
@@ -60,7 +61,7 @@ bool AlarmWatch::Advance() {
 
 AlarmState AlarmWatch::StateOf(const Member* member) const {
   const auto place = myKnown.find(member);
-  if (place == myKnown.end()) return {};
+  if (place == myKnown.end() || (member != nullptr && !myMembers.IsCurrent())) return {};
   AlarmState state = place->second.state;
   for (std::size_t kind = 0; kind < kAlarmKinds; ++kind) {
     if (state.kinds.test(kind) && !Covers(static_cast<AlarmKind>(kind), member))
@@ -89,6 +90,8 @@ void AlarmWatch::Removed(const Member& member) {
 void AlarmWatch::Take(const Member* member, const Report& report) {
   const Time now = myNow();
   const auto [place, isNew] = myKnown.try_emplace(member);
+  // What was so before the user came, or came back.
+  const bool isOld = isNew || (member != nullptr && !myMembers.IsCurrent());
   Known& known = place->second;
   if (isNew && member != nullptr) {
     const auto gone = myGone.extract(FoldText(member->name));
@@ -96,11 +99,11 @@ void AlarmWatch::Take(const Member* member, const Report& report) {
   }
   known.report = report;
   known.heard = now;
-  known.hasChanged = !isNew;
+  known.hasChanged = !isOld;
   known.history.highest = std::max(known.history.highest, report.hp);
   const AlarmState before = std::exchange(known.state, Judge(known, now));
   myHasChanged |= known.state != before;
-  if (isNew) return;
+  if (isOld) return;
   for (const AlarmKind kind : {AlarmKind::LowHitPoints, AlarmKind::Death, AlarmKind::Battle}) {
     if (known.state.Has(kind) && !before.Has(kind)) Raise(kind, member, known, now);
   }

@@ -34,8 +34,8 @@ struct Alarm {
 };
 
 // Compares the reports of the members and of the user with the rules, and raises alarms. A member's
-// first report raises none: it shows what was so before. Each report costs the same however many
-// members there are; Advance() walks over all.
+// first report raises none, nor does the first list after a login: both show what was so before.
+// Each report costs the same however many members there are; Advance() walks over all.
 //
 // Borrows the members. A member that leaves and returns keeps its highest hit points and the times
 // of its alarms; those of the last kMaxMembers at most are kept.
@@ -60,8 +60,8 @@ class AlarmWatch : public client::MembersWatcher {
   // The user's own report, or none while there is none.
   void TakeOwn(const std::optional<client::Report>& report);
   // Finds silent members. Call it once a second. After a jump of the clock, or a long time without
-  // a call, the silence of each member counts from now. Returns whether a state has changed since
-  // the last call.
+  // a call, or while there is no connection, the silence of each member counts from now. Returns
+  // whether a state has changed since the last call.
   bool Advance();
   // Forgets members that have left, since the same names mean others in another network.
   void ForgetGone() { myGone.clear(); }

@@ -202,7 +202,7 @@ TEST_F(AlarmWindowTest, AnAlarmIsWrittenAndMarkedInTheListAndOnTheMap) {
   EXPECT_TRUE(Shows("Alarm: Bob is down to 20 of 100 hit points"));
   EXPECT_TRUE(RowsAre({"Bob|10|20|0|20|! In battle, low HP"}));
   const QModelIndex state =
-      myWindow->pnlMembers->lstMembers->model()->index(0, MembersModel::kState);
+      myWindow->pnlMembers->lstMembers->model()->index(1, MembersModel::kState);
   EXPECT_EQ(state.data(Qt::BackgroundRole), QColor(0xb3, 0x26, 0x1e));
   EXPECT_TRUE(isMarked());
   EXPECT_FALSE(myWindow->stsLine->lblSilenced->isVisible());

@@ -129,7 +129,7 @@ TEST_F(FrameTest, TheOwnRowFollowsTheOwnReport) {
   Click(myWindow->barOwn->chkSend);
   Click(myWindow->barOwn->chkDead);
   QTest::keyClick(myWindow->map, Qt::Key_Right);
-  EXPECT_TRUE(PumpUntil([&] { return own() == "Ann (you)|4|Dead|"; }));
+  EXPECT_TRUE(PumpUntil([&] { return own() == "Ann (you)|4|! Dead|"; }));
   QTest::mouseClick(List().viewport(), Qt::LeftButton, {},
                     List().visualRect(List().model()->index(0, 0)).center());
   EXPECT_LT((OnMap({4, 0}) - myWindow->map->viewport()->rect().center()).manhattanLength(), 3);
