@@ -37,12 +37,14 @@ ReplayWindow::ReplayWindow(const Recording& recording, const QString& settingsFi
       myPictures(cacheFolder),
       myPlayer(recording, myMembers),
       myTime(recording.Begin()) {
+  const RecordingSource& source = recording.Source();
+  mySettings.SetCurrentPlace({source.host, source.port, source.network});
   setObjectName(QStringLiteral("ReplayWindow"));
   setAttribute(Qt::WA_DeleteOnClose);
   const QString begin =
       QLocale().toString(QDateTime::fromMSecsSinceEpoch(recording.Begin()), QLocale::ShortFormat);
-  setWindowTitle(tr("Replay: %1, %2")
-                     .arg(VisibleText(TextFromDisplay(recording.Source().network), 100), begin));
+  setWindowTitle(
+      tr("Replay: %1, %2").arg(VisibleText(TextFromDisplay(source.network), 100), begin));
   for (const int speed : {1, 2, 5, 10, 30, 60})
     cmbSpeed->addItem(tr("%1 x").arg(speed), speed);
   sldTime->setMaximum(
