@@ -4,6 +4,7 @@
 #include <chrono>
 #include <utility>
 
+#include "framework/text.h"
 #include "framework/visible_text.h"
 
 namespace corvane::map {
@@ -14,7 +15,6 @@ using client::Member;
 
 constexpr std::chrono::minutes kStaleAfter{1};
 constexpr std::chrono::seconds kStaleCheckInterval{1};
-constexpr std::size_t kMaxNameLength = 40;
 
 QPointF PlaceOf(const Member& member) {
   const auto held = [](std::int32_t at) {
@@ -30,7 +30,9 @@ Marker::Marker(const Member& whom)
       name(VisibleText(whom.name, kMaxNameLength)),
       facet(whom.report.facet),
       motion(PlaceOf(whom)),
-      place(PlaceOf(whom)) {}
+      place(PlaceOf(whom)),
+      hp(whom.report.hp),
+      maxHp(whom.report.hp) {}
 
 MarkerBoard::MarkerBoard(client::Members& members) : myMembers(members) {
   myMembers.Watch(*this);
@@ -62,6 +64,13 @@ bool MarkerBoard::Advance(Clock::time_point now, int facet) {
 Marker* MarkerBoard::Find(const Member* member) {
   const auto place = myMarkers.find(member);
   return place == myMarkers.end() ? nullptr : place->second.get();
+}
+
+const Member* MarkerBoard::MemberNamed(const std::string& name) const {
+  for (const Marker* marker : myOrder) {
+    if (SameText(marker->member->name, name)) return marker->member;
+  }
+  return nullptr;
 }
 
 QRectF MarkerBoard::Extent(int facet) const {
@@ -97,9 +106,12 @@ void MarkerBoard::Changed(const Member& member) {
   if (known == nullptr) return Added(member);
   Marker& marker = *known;
   const QPointF place = PlaceOf(member);
-  marker.name = VisibleText(member.name, kMaxNameLength);
+  QString name = VisibleText(member.name, kMaxNameLength);
+  if (name != marker.name || member.report.hp != marker.hp) marker.label.reset();
+  marker.name = std::move(name);
+  marker.hp = member.report.hp;
+  marker.maxHp = std::max(marker.maxHp, marker.hp);
   marker.isStale = false;
-  marker.label.reset();
   if (marker.facet == member.report.facet) {
     marker.motion.GoTo(place, member.news);
   } else {

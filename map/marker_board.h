@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -19,6 +20,9 @@ namespace corvane::map {
 // The limit of the map, in map units from its origin. Members beyond it are shown at its edge.
 inline constexpr double kMaxCoordinate = 1 << 24;
 
+// The length of a name that the map shows, in characters.
+inline constexpr std::size_t kMaxNameLength = 40;
+
 // A member as the map shows it.
 struct Marker {
   explicit Marker(const client::Member& whom);
@@ -27,7 +31,9 @@ struct Marker {
   QString name;  // escaped and shortened
   int facet;
   Motion motion;
-  QPointF place;         // as of the last Advance
+  QPointF place;  // as of the last Advance
+  std::int32_t hp;
+  std::int32_t maxHp;    // the highest seen
   bool isStale = false;  // no news for a minute, or the connection is lost
   bool isMoving = false;
   bool hasTrail = false;
@@ -35,6 +41,7 @@ struct Marker {
   bool showsLabel = false;
   bool showsSign = false;  // of an alarm
   QPoint labelPlace;       // its top left corner, relative to the marker
+  bool hasLeader = false;  // a line to a label that is not beside the marker
   // Name and hit points. Null until they are first shown, and after a change.
   std::unique_ptr<QStaticText> label;
 };
@@ -59,6 +66,8 @@ class MarkerBoard : public client::MembersWatcher {
 
   // Null if the member has no place.
   Marker* Find(const client::Member* member);
+  // The member of that name, if it has a place; else null. Letter case does not matter.
+  const client::Member* MemberNamed(const std::string& name) const;
   // In the order of arrival, which is also the drawing order.
   const std::vector<Marker*>& All() const { return myOrder; }
   // The bounding rectangle of the facet's markers; null if there are none.

@@ -104,7 +104,10 @@ QString MembersModel::AlarmOf(const Member& member) const {
 QString MembersModel::StateOf(const Member& member) const {
   if (!member.hasPlace) return tr("No place");
   const QString alarm = AlarmOf(member);
-  if (!alarm.isEmpty()) return alarm;
+  return alarm.isEmpty() ? PlainStateOf(member) : alarm;
+}
+
+QString MembersModel::PlainStateOf(const Member& member) {
   if (member.report.isDead) return tr("Dead");
   return member.report.inBattle ? tr("In battle") : tr("Alive");
 }

@@ -33,11 +33,16 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   QVariant data(const QModelIndex& index, int role = Qt::DisplayRole) const override;
   QVariant headerData(int section, Qt::Orientation orientation, int role) const override;
 
+  // How long ago the last news came.
+  static QString NewsOf(const client::Member& member);
+
   // Shows the user's row; without a name there is none.
   void ShowOwn(const std::string& name, const std::optional<client::Report>& report);
   bool IsOwn(int row) const { return MemberAt(row) == &myOwn; }
   // Shows alarms as states, from now on. Borrows the watch.
   void ShowAlarms(const AlarmWatch& watch) { myAlarms = &watch; }
+  // Without alarms.
+  static QString PlainStateOf(const client::Member& member);
 
   // Null if the member was removed after the last Update.
   const client::Member* MemberAt(int row) const {
@@ -63,7 +68,6 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   QString StateOf(const client::Member& member) const;
   // Empty without an alarm.
   QString AlarmOf(const client::Member& member) const;
-  static QString NewsOf(const client::Member& member);
 
   client::Members& myMembers;
   client::Member myOwn;
