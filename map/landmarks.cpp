@@ -192,8 +192,7 @@ bool Landmarks::eventFilter(QObject* watched, QEvent* event) {
                            : static_cast<QHelpEvent*>(event)->pos();
   const Landmark* found = LandmarkAt(at);
   // Members lie above landmarks.
-  if (found == nullptr || myMap.Scene()->Markers().MemberAt(at, myMap.viewportTransform()))
-    return false;
+  if (found == nullptr || myMap.Scene()->Markers().MemberAt(at, myMap)) return false;
   const QPoint onScreen = myMap.viewport()->mapToGlobal(at);
   if (isMenu) {
     OpenMenu(*found, onScreen);

@@ -47,6 +47,8 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actZoomIn = Add(view, "actZoomIn", tr("Zoom &In"), {Qt::Key_Plus, Qt::Key_Equal}, &map);
   actZoomOut = Add(view, "actZoomOut", tr("Zoom &Out"), {Qt::Key_Minus}, &map);
   actShowAll = Add(view, "actShowAll", tr("&Everybody"), {Qt::Key_Home}, &map);
+  actShowMe = Add(view, "actShowMe", tr("&Me"), {Qt::Key_M}, &map);
+  actGoTo = Add(view, "actGoTo", tr("&Go to Coordinates..."), {QKeySequence(Qt::CTRL | Qt::Key_G)});
   actStop = Add(view, "actStop", tr("&Stop Following"), {Qt::Key_Escape}, &map);
   view->addSeparator();
   actPicture = Add(view, "actPicture", tr("&Picture of This Facet..."));
@@ -74,6 +76,7 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actFollow->setCheckable(true);
   actTrail = Add(mnuMember, "actTrail", tr("&Trail"), {Qt::Key_T}, &map);
   actTrail->setCheckable(true);
+  actCopy = Add(mnuMember, "actCopy", tr("&Copy Coordinates"), {QKeySequence::Copy}, &map);
   mnuMember->addSeparator();
   actSend = Add(mnuMember, "actSend", tr("Send My &Position"));
   actSend->setCheckable(true);
@@ -94,6 +97,8 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actDrawCircle = Add(alarms, "actDrawCircle", tr("&Draw Circle"));
   actSilence = Add(alarms, "actSilence", tr("&Silence"), {QKeySequence(Qt::CTRL | Qt::Key_M)});
   actSilence->setCheckable(true);
+  mnuPlace = new Menu(&map);
+  actCopyPlace = Add(mnuPlace, "actCopyPlace", tr("&Copy Coordinates"));
 
   mnuAdministration = AddMenu(bar, tr("&Administration"));
   actKick = Add(mnuAdministration, "actKick", tr("&Kick..."));

@@ -28,6 +28,8 @@ class MapActions {
   QAction* actZoomIn;
   QAction* actZoomOut;
   QAction* actShowAll;
+  QAction* actShowMe;
+  QAction* actGoTo;
   QAction* actStop;
   QAction* actPicture;
   QAction* actMembers;
@@ -38,6 +40,7 @@ class MapActions {
   QAction* actFind;
   QAction* actFollow;
   QAction* actTrail;
+  QAction* actCopy;
   QAction* actSend;
   QAction* actPlaceLandmark;
   QAction* actLandmarkList;
@@ -47,6 +50,7 @@ class MapActions {
   QAction* actAlarms;
   QAction* actDrawCircle;
   QAction* actSilence;
+  QAction* actCopyPlace;
   QAction* actKick;
   QAction* actBan;
   QAction* actMessage;
@@ -56,6 +60,7 @@ class MapActions {
   QAction* actAbout;
   QMenu* mnuColumns;
   QMenu* mnuMember;
+  QMenu* mnuPlace;  // of a place beside all markers; not in the menu bar
   QMenu* mnuAdministration;
 
  private:

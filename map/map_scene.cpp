@@ -57,11 +57,11 @@ void MapScene::ForgetTileRequests() {
 }
 
 void MapScene::drawBackground(QPainter* painter, const QRectF& part) {
-  painter->fillRect(part, QApplication::palette().color(QPalette::Base));
+  painter->fillRect(part, GroundColour(QApplication::palette()));
   if (myTiles) {
     DrawTiles(*painter, part);
   } else {
-    DrawGrid(*painter, part, QApplication::palette().color(QPalette::Text));
+    DrawGrid(*painter, part, QApplication::palette());
   }
   if (BackgroundDrawn) BackgroundDrawn(*painter, part);
 }

@@ -6,12 +6,16 @@
 #include <utility>
 
 #include <QApplication>
+#include <QContextMenuEvent>
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollBar>
+#include <QShortcut>
+#include <QToolTip>
 #include <QWheelEvent>
 
-#include "framework/text.h"
+#include "map/crowds.h"
 
 namespace corvane::map {
 namespace {
@@ -21,7 +25,8 @@ using client::Member;
 
 constexpr std::chrono::milliseconds kFrame{33};
 constexpr std::chrono::milliseconds kLabelPause{500};
-constexpr double kMinScale = 1e-5;
+// Of the map that the window shows at the smallest scale, in map units, even if less is there.
+constexpr double kMinSpan = 20'000;
 constexpr double kMaxScale = 32;
 constexpr int kArrowPixels = 60;
 
@@ -31,6 +36,7 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
     : QGraphicsView(parent),
       myBoard(board),
       myHighlights(highlights),
+      myEdges(*this),
       myBand(QRubberBand::Rectangle, viewport()) {
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -46,6 +52,10 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
   setMouseTracking(true);
   setFocusPolicy(Qt::StrongFocus);
   viewport()->setCursor(Qt::CrossCursor);
+  // Not all systems send a context menu event for this key.
+  auto* menu = new QShortcut(Qt::SHIFT | Qt::Key_F10, this);
+  menu->setContext(Qt::WidgetShortcut);
+  connect(menu, &QShortcut::activated, this, [this] { OpenMenuAt(MenuPoint()); });
 
   connect(&myFrames, &QTimer::timeout, this, [this] { Advance(Now()); });
   myFrames.start(kFrame);
@@ -58,12 +68,36 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
 void MapView::ShowScene(MapScene& scene) {
   if (&scene == this->scene()) return;
   setScene(&scene);
+  myTarget.reset();
   ViewMoved();
+}
+
+void MapView::PlaceButtons(QWidget& buttons) {
+  myEdges.SetButtons(buttons);
+  QWidget* before = this;
+  for (QWidget* next : buttons.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+    setTabOrder(before, next);
+    before = next;
+  }
+}
+
+void MapView::LayOutEdges() {
+  const int thickness = myEdges.Thickness();
+  setViewportMargins(thickness, 0, 0, thickness);
+  myEdges.LayOut();
+}
+
+// Everything on the facet takes half of the window at the smallest scale.
+double MapView::MinScale() const {
+  const QRectF all = myBoard.Extent(Scene()->Facet()) | Scene()->PictureBounds();
+  const double span = std::max({2 * all.width(), 2 * all.height(), kMinSpan});
+  return std::min(viewport()->width(), viewport()->height()) / span;
 }
 
 void MapView::Zoom(double factor, QPoint at) {
   const double scale = transform().m11();
-  factor = std::clamp(scale * factor, kMinScale, kMaxScale) / scale;
+  // The smallest scale may have grown since.
+  factor = std::clamp(scale * factor, std::min(scale, MinScale()), kMaxScale) / scale;
   const QPointF place = mapToScene(at);
   this->scale(factor, factor);
   Pan(mapFromScene(place) - at);
@@ -78,6 +112,7 @@ void MapView::Pan(QPoint by) {
 void MapView::ViewMoved() {
   if (Scene() == nullptr) return;
   Scene()->ForgetTileRequests();
+  myEdges.Update();
   Refresh();
   ReportPointer();
 }
@@ -91,6 +126,8 @@ void MapView::ShowAll() {
   myShowsAllNext = !isVisible();
   if (myShowsAllNext) return;
   QRectF part = myBoard.Extent(Scene()->Facet());
+  if (myHighlights.own && myHighlights.own->facet == Scene()->Facet())
+    part |= QRectF(myHighlights.own->x - 0.5, myHighlights.own->y - 0.5, 1, 1);
   if (part.isNull()) {
     part = Scene()->PictureBounds();
   } else {
@@ -102,9 +139,8 @@ void MapView::ShowAll() {
 }
 
 void MapView::ShowRect(const QRectF& part) {
-  const double scale =
-      std::clamp(std::min(viewport()->width() / part.width(), viewport()->height() / part.height()),
-                 kMinScale, kMaxScale);
+  const double scale = std::min(
+      {viewport()->width() / part.width(), viewport()->height() / part.height(), kMaxScale});
   setTransform(QTransform::fromScale(scale, scale));
   centerOn(part.center());
   ViewMoved();
@@ -119,6 +155,18 @@ void MapView::CentreOn(QPointF place, int facet) {
   if (facet != Scene()->Facet() && FacetRequested) FacetRequested(facet);
   centerOn(place);
   ViewMoved();
+}
+
+void MapView::ShowMe() {
+  if (!myHighlights.own) return;
+  StopFollowing();
+  CentreOn(QPointF(myHighlights.own->x, myHighlights.own->y), myHighlights.own->facet);
+}
+
+void MapView::ShowPlace(QPointF place, int facet) {
+  StopFollowing();
+  CentreOn(place, facet);
+  myTarget = place;
 }
 
 void MapView::Follow(const Member& member) {
@@ -139,9 +187,7 @@ void MapView::StopFollowing() {
 void MapView::KeepFollowing() {
   if (!IsFollowing()) return;
   if (myHighlights.followed == nullptr) {
-    for (const Marker* marker : myBoard.All()) {
-      if (SameText(marker->member->name, myFollowed)) myHighlights.followed = marker->member;
-    }
+    myHighlights.followed = myBoard.MemberNamed(myFollowed);
     if (myHighlights.followed != nullptr && FollowChanged) FollowChanged();
   }
   const Marker* marker = myBoard.Find(myHighlights.followed);
@@ -171,6 +217,7 @@ void MapView::wheelEvent(QWheelEvent* event) {
 
 void MapView::mousePressEvent(QMouseEvent* event) {
   if (event->button() != Qt::LeftButton) return;
+  if (std::exchange(myTarget, std::nullopt)) viewport()->update();
   myPressed = event->pos();
   myDragFrom = event->pos();
   myIsDrag = false;
@@ -206,9 +253,54 @@ void MapView::mouseReleaseEvent(QMouseEvent* event) {
     ShowRect(mapToScene(box).boundingRect());
     return;
   }
-  const Member* member = Scene()->Markers().MemberAt(event->pos(), viewportTransform());
-  if (member != nullptr && MemberClicked) MemberClicked(*member);
-  if (member == nullptr && PlaceClicked) PlaceClicked(mapToScene(event->pos()));
+  const QPoint at = event->pos();
+  if (const Member* member = Scene()->Markers().MemberAt(at, *this)) {
+    if (MemberClicked) MemberClicked(*member);
+  } else if (const auto crowd = Scene()->Markers().CrowdAt(at, *this); !crowd.empty()) {
+    OpenCrowd(crowd, at);
+  } else if (PlaceClicked) {
+    PlaceClicked(mapToScene(at));
+  }
+}
+
+// Zooms in until the crowd separates, or lists its members if it never does.
+void MapView::OpenCrowd(const std::vector<const Member*>& members, QPoint at) {
+  QRectF part;
+  for (const Member* member : members)
+    part |= QRectF(myBoard.Find(member)->place - QPointF(0.5, 0.5), QSizeF(1, 1));
+  const double spread = std::max(part.width(), part.height()) - 1;
+  if (spread * kMaxScale <= 2 * kCrowdRadius || transform().m11() >= kMaxScale) {
+    if (CrowdRequested) CrowdRequested(members, viewport()->mapToGlobal(at));
+    return;
+  }
+  StopFollowing();
+  const double margin = spread / 4;
+  ShowRect(part.adjusted(-margin, -margin, margin, margin));
+}
+
+void MapView::contextMenuEvent(QContextMenuEvent* event) {
+  const bool isByKey = event->reason() == QContextMenuEvent::Keyboard;
+  OpenMenuAt(isByKey ? MenuPoint() : event->pos());
+}
+
+// Of a menu opened by a key: the selected marker, or the middle if it is not to be seen.
+QPoint MapView::MenuPoint() const {
+  const QRect window = viewport()->rect();
+  const Marker* selected = myBoard.Find(myHighlights.selected);
+  if (selected == nullptr || selected->facet != Scene()->Facet()) return window.center();
+  const QPoint at = mapFromScene(selected->place);
+  return window.contains(at) ? at : window.center();
+}
+
+void MapView::OpenMenuAt(QPoint at) {
+  const QPoint onScreen = viewport()->mapToGlobal(at);
+  if (const Member* member = Scene()->Markers().MemberAt(at, *this)) {
+    if (MemberMenuRequested) MemberMenuRequested(*member, onScreen);
+  } else if (const auto crowd = Scene()->Markers().CrowdAt(at, *this); !crowd.empty()) {
+    if (CrowdRequested) CrowdRequested(crowd, onScreen);
+  } else if (PlaceMenuRequested) {
+    PlaceMenuRequested(mapToScene(at), onScreen);
+  }
 }
 
 void MapView::mouseDoubleClickEvent(QMouseEvent* event) {
@@ -239,10 +331,56 @@ void MapView::showEvent(QShowEvent* event) {
   if (myShowsAllNext) ShowAll();
 }
 
-// The cached background has the old colours.
-void MapView::changeEvent(QEvent* event) {
-  QGraphicsView::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange) resetCachedContent();
+void MapView::resizeEvent(QResizeEvent* event) {
+  QGraphicsView::resizeEvent(event);
+  LayOutEdges();
+}
+
+void MapView::scrollContentsBy(int columns, int rows) {
+  QGraphicsView::scrollContentsBy(columns, rows);
+  myEdges.Update();
+}
+
+bool MapView::viewportEvent(QEvent* event) {
+  if (event->type() != QEvent::ToolTip || Scene() == nullptr)
+    return QGraphicsView::viewportEvent(event);
+  const auto& help = static_cast<QHelpEvent&>(*event);
+  QString tip = Scene()->Markers().TipAt(help.pos(), *this).toHtmlEscaped();
+  // Names are strangers' text, which must not be read as HTML.
+  if (!tip.isEmpty()) tip = QStringLiteral("<p style=\"white-space:pre\">%1</p>").arg(tip);
+  QToolTip::showText(help.globalPos(), tip, viewport(),
+                     QRect(help.pos() - QPoint(4, 4), QSize(9, 9)));
+  return true;
+}
+
+// The frame of the keyboard focus, and the place that ShowPlace has shown.
+void MapView::drawForeground(QPainter* painter, const QRectF&) {
+  painter->resetTransform();
+  painter->setBrush(Qt::NoBrush);
+  if (myTarget) {
+    const QPoint at = mapFromScene(*myTarget);
+    for (const QPen& pen : {QPen(Qt::white, 5), QPen(Qt::black, 2)}) {
+      painter->setPen(pen);
+      for (const QPoint& to : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, 1), QPoint(0, -1)})
+        painter->drawLine(at + to * 5, at + to * 16);
+    }
+  }
+  if (!hasFocus()) return;
+  const QRect window = viewport()->rect();
+  painter->setPen(QPen(palette().color(QPalette::Base), 1));
+  painter->drawRect(window.adjusted(2, 2, -3, -3));
+  painter->setPen(QPen(palette().color(QPalette::Highlight), 2));
+  painter->drawRect(window.adjusted(1, 1, -1, -1));
+}
+
+bool MapView::event(QEvent* event) {
+  const bool isTaken = QGraphicsView::event(event);
+  const QEvent::Type type = event->type();
+  if (type == QEvent::FocusIn || type == QEvent::FocusOut) viewport()->update();
+  // The cached background has the old colours.
+  if (type == QEvent::PaletteChange) resetCachedContent();
+  if (type == QEvent::FontChange) LayOutEdges();
+  return isTaken;
 }
 
 }  // namespace corvane::map

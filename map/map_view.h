@@ -3,18 +3,23 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <QGraphicsView>
 #include <QRubberBand>
 #include <QTimer>
 
+#include "map/map_edges.h"
 #include "map/map_scene.h"
 
 namespace corvane::map {
 
-// Shows a facet. The user pans and zooms it by mouse and keys; it can follow a member. Paints at
-// most thirty times a second, and only while a marker moves or the view changes.
+// Shows a facet, with coordinates along its left and lower edge. The user pans and zooms it by
+// mouse and keys; it can follow a member. Paints at most thirty times a second, and only while a
+// marker moves or the view changes.
 class MapView : public QGraphicsView {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::MapView)
+
  public:
   // Borrows the board and the highlights.
   MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent);
@@ -22,6 +27,11 @@ class MapView : public QGraphicsView {
   std::function<void(const client::Member&)> MemberClicked;
   // A click beside all markers.
   std::function<void(QPointF place)> PlaceClicked;
+  std::function<void(const client::Member&, QPoint globalPosition)> MemberMenuRequested;
+  std::function<void(QPointF place, QPoint globalPosition)> PlaceMenuRequested;
+  // The members of a crowd that stands too close to separate, or that was clicked for a menu.
+  std::function<void(const std::vector<const client::Member*>&, QPoint globalPosition)>
+      CrowdRequested;
   // The place under the pointer has changed; none after the pointer has left.
   std::function<void(std::optional<QPointF> place)> PointerMoved;
   // The view has to show a member that is on that facet; show the facet's scene.
@@ -36,12 +46,20 @@ class MapView : public QGraphicsView {
   void ShowScene(MapScene& scene);
   MapScene* Scene() const { return static_cast<MapScene*>(scene()); }
 
-  void ZoomIn() { Zoom(kZoomStep, rect().center()); }
-  void ZoomOut() { Zoom(1 / kZoomStep, rect().center()); }
+  // Keeps the widget, a child of the viewport, in the lower right corner. The tab key reaches its
+  // children after the map.
+  void PlaceButtons(QWidget& buttons);
+
+  void ZoomIn() { Zoom(kZoomStep, viewport()->rect().center()); }
+  void ZoomOut() { Zoom(1 / kZoomStep, viewport()->rect().center()); }
   // Zooms to all markers on the facet, or to its picture if there are none.
   void ShowAll();
   void CentreOn(const client::Member& member);
   void CentreOn(QPointF place, int facet);
+  // Centres the user's own marker, if there is one.
+  void ShowMe();
+  // Centres the place and marks it until the next click.
+  void ShowPlace(QPointF place, int facet);
 
   // Keeps the member in the middle until StopFollowing, even if it leaves and returns: the view
   // finds it by name.
@@ -63,9 +81,14 @@ class MapView : public QGraphicsView {
   void mouseReleaseEvent(QMouseEvent* event) override;
   void mouseDoubleClickEvent(QMouseEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
+  void contextMenuEvent(QContextMenuEvent* event) override;
   void leaveEvent(QEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+  void scrollContentsBy(int columns, int rows) override;
+  bool viewportEvent(QEvent* event) override;
+  void drawForeground(QPainter* painter, const QRectF& part) override;
   void showEvent(QShowEvent* event) override;
-  void changeEvent(QEvent* event) override;
+  bool event(QEvent* event) override;
 
  private:
   static constexpr double kZoomStep = 1.3;
@@ -75,14 +98,21 @@ class MapView : public QGraphicsView {
   void Pan(QPoint by);
   void ViewMoved();
   void KeepFollowing();
+  double MinScale() const;
+  void OpenMenuAt(QPoint at);
+  QPoint MenuPoint() const;
+  void OpenCrowd(const std::vector<const client::Member*>& members, QPoint at);
+  void LayOutEdges();
   void ReportPointer() const;
 
   MarkerBoard& myBoard;
   Highlights& myHighlights;
+  MapEdges myEdges;
   std::string myFollowed;
   QTimer myFrames;
   QTimer myLabels;
   QRubberBand myBand;
+  std::optional<QPointF> myTarget;  // shown by ShowPlace
   std::optional<QPoint> myPointer;
   std::optional<QPoint> myDragFrom;
   QPoint myPressed;

@@ -12,6 +12,7 @@
 #include "framework/visible_text.h"
 #include "map/accessible_map.h"
 #include "map/help.h"
+#include "map/map_buttons.h"
 
 namespace corvane::map {
 namespace {
@@ -55,6 +56,7 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   mySharing = std::make_unique<Sharing>(
       myConnection, mySettings, myConnector, *myPictures, myLandmarks->Board(), *txtMessages, *this,
       QFileInfo(settingsFile).absolutePath() + QStringLiteral("/Corvane Map Pictures"));
+  places = std::make_unique<PlaceCommands>(myBoard, *map, *actions, *this);
   // Home is a key of the list, too.
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
@@ -63,6 +65,8 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   myHighlights.alarms = &myAlarms->Watch();
   pnlMembers->ShowAlarms(myAlarms->Watch());
   LayOut();
+  map->PlaceButtons(*new MapButtons(*actions->actZoomIn, *actions->actZoomOut, *actions->actShowAll,
+                                    *actions->actShowMe, map->viewport()));
   WireConnection();
   WireMap();
   WireActions();
@@ -120,6 +124,14 @@ void MapWindow::WireMap() {
       Select(nullptr);
     }
   };
+  map->MemberMenuRequested = [this](const Member& member, QPoint at) {
+    map->MemberClicked(member);
+    OpenMemberMenu(at);
+  };
+  map->CrowdRequested = [this](const std::vector<const Member*>& members, QPoint at) {
+    places->ListCrowd(members, at);
+  };
+  map->PlaceMenuRequested = [this](QPointF place, QPoint at) { places->OpenMenu(place, at); };
   map->PointerMoved = [this](std::optional<QPointF> place) { stsLine->ShowPlace(place); };
   myLandmarks->PlaceRequested = [this](QPointF place, int facet) {
     map->StopFollowing();
@@ -138,6 +150,7 @@ void MapWindow::WireMap() {
   myOwnPosition.Changed = [this] {
     myAlarms->Watch().TakeOwn(myOwnPosition.Shown());
     ShowOwn();
+    EnableActions();
   };
   barState->ConnectRequested = [this] { AskWhere(); };
   pnlMembers->Selected = [this](const Member* member) {
@@ -185,6 +198,7 @@ void MapWindow::WireActions() {
   on(actions->actZoomIn, [this] { map->ZoomIn(); });
   on(actions->actZoomOut, [this] { map->ZoomOut(); });
   on(actions->actShowAll, [this] { map->ShowAll(); });
+  on(actions->actShowMe, [this] { map->ShowMe(); });
   on(actions->actStop,
      [this] { myLayout->IsCompact() ? myLayout->EndCompact() : map->StopFollowing(); });
   connect(actions->actCompact, &QAction::toggled, this, [this] { EnableActions(); });
@@ -196,6 +210,9 @@ void MapWindow::WireActions() {
   onMember(actions->actTrail, [this](const Member& member) {
     myBoard.SetTrail(member, actions->actTrail->isChecked());
     EnableActions();
+  });
+  onMember(actions->actCopy, [](const Member& member) {
+    PlaceCommands::Copy({member.report.x, member.report.y}, member.report.facet);
   });
   onMember(actions->actKick, [this](const Member& member) { myAdministration.Kick(member.name); });
   onMember(actions->actBan, [this](const Member& member) { myAdministration.Ban(member.name); });
@@ -236,6 +253,7 @@ void MapWindow::closeEvent(QCloseEvent* event) {
 
 void MapWindow::ShowState() {
   const State state = myConnection.CurrentState();
+  myHighlights.ownName = myConnection.CurrentDestination().account.userName;
   if (state == State::Online) {
     if (!std::exchange(myIsOnline, true)) {
       const std::string& network = myConnection.CurrentDestination().account.network;
@@ -292,6 +310,8 @@ void MapWindow::EnableActions() {
   actions->actShare->setEnabled(mySharing->CanShare());
   for (QAction* action : {actions->actTrail, actions->actKick, actions->actBan})
     action->setEnabled(hasMember);
+  actions->actCopy->setEnabled(hasMember && myHighlights.selected->hasPlace);
+  actions->actShowMe->setEnabled(myHighlights.own.has_value());
   actions->actFollow->setEnabled(hasMember || map->IsFollowing());
   actions->actFollow->setChecked(map->IsFollowing() &&
                                  (!hasMember || myHighlights.selected == myHighlights.followed));
@@ -315,7 +335,7 @@ void MapWindow::OpenMemberMenu(QPoint at) {
   if (myConnection.IsAdministrator()) {
     menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    menu->addActions({actions->actFollow, actions->actTrail});
+    menu->addActions({actions->actFollow, actions->actTrail, actions->actCopy});
     menu->addSeparator();
     menu->addActions({actions->actKick, actions->actBan});
   }

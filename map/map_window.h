@@ -24,6 +24,7 @@
 #include "map/own_bar.h"
 #include "map/own_position.h"
 #include "map/pings.h"
+#include "map/place_commands.h"
 #include "map/place_picker.h"
 #include "map/recording_control.h"
 #include "map/settings.h"
@@ -71,6 +72,7 @@ class MapWindow : public QMainWindow {
   OwnBar* barOwn;
   FacetBox* cmbFacet;
   std::unique_ptr<MapActions> actions;
+  std::unique_ptr<PlaceCommands> places;
 
  protected:
   void closeEvent(QCloseEvent* event) override;

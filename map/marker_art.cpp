@@ -1,5 +1,6 @@
 #include "map/marker_art.h"
 
+#include <algorithm>
 #include <cmath>
 #include <numbers>
 
@@ -13,6 +14,14 @@ constexpr QColor kFighting(0xe8, 0x6a, 0x0c);
 constexpr QColor kDead(0xb3, 0x1e, 0x3c);
 constexpr QColor kOwn(0x1f, 0x9d, 0x55);
 constexpr QColor kStale(0x8a, 0x8f, 0x96);
+constexpr QColor kSelected(0xff, 0xe0, 0x2e);
+constexpr QColor kFollowed(0x5a, 0xf0, 0xff);
+constexpr QColor kCrowd(0x1d, 0x3a, 0x5c);
+constexpr QColor kCrowdStale(0x5c, 0x61, 0x67);
+constexpr QColor kBarHigh(0x5f, 0xd0, 0x7a);
+constexpr QColor kBarMiddle(0xf5, 0xc0, 0x3a);
+constexpr QColor kBarLow(0xff, 0x6b, 0x5e);
+constexpr QColor kBarStale(0xc0, 0xc4, 0xc8);
 
 QPainterPath Star(int points, double outer, double inner) {
   QPainterPath path;
@@ -78,11 +87,69 @@ void MarkerArt::Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isSt
 void MarkerArt::DrawRing(QPainter& painter, QPointF at) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.setBrush(Qt::NoBrush);
-  // Two colours, visible on light and dark pictures.
-  painter.setPen(QPen(Qt::black, 4));
-  painter.drawEllipse(at, kRadius + 2, kRadius + 2);
-  painter.setPen(QPen(Qt::yellow, 2));
-  painter.drawEllipse(at, kRadius + 2, kRadius + 2);
+  for (const QPen& pen : {QPen(Qt::black, 4), QPen(kSelected, 2)}) {
+    painter.setPen(pen);
+    painter.drawEllipse(at.toPoint(), kRadius + 2, kRadius + 2);
+  }
+  painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+void MarkerArt::DrawCorners(QPainter& painter, QPointF at) {
+  constexpr int kSide = kRingRadius - 2;
+  constexpr int kLength = 7;
+  const QPointF middle = at.toPoint();
+  for (const QPen& pen : {QPen(Qt::black, 5, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin),
+                          QPen(kFollowed, 2, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin)}) {
+    painter.setPen(pen);
+    for (const QPointF& to : {QPointF(-1, -1), QPointF(1, -1), QPointF(1, 1), QPointF(-1, 1)}) {
+      const QPointF corner = middle + to * kSide;
+      const QPointF ends[] = {corner - QPointF(to.x() * kLength, 0), corner,
+                              corner - QPointF(0, to.y() * kLength)};
+      painter.drawPolyline(ends, 3);
+    }
+  }
+}
+
+void MarkerArt::DrawHalo(QPainter& painter, QPointF at) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  QColor ground = kOwn;
+  ground.setAlpha(90);
+  painter.setBrush(ground);
+  painter.setPen(QPen(Qt::white, 4));
+  painter.drawEllipse(at.toPoint(), kRadius + 4, kRadius + 4);
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(QPen(kOwn, 2));
+  painter.drawEllipse(at.toPoint(), kRadius + 4, kRadius + 4);
+  painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+QRect MarkerArt::CrowdRect(const QFontMetrics& metrics, QPointF at, std::size_t count) {
+  constexpr int kMinSide = 28;
+  const int height = std::max(kMinSide, metrics.height() + 4);
+  const int width = metrics.horizontalAdvance(QString::number(count)) + 12;
+  const QSize size(std::max(height, width), height);
+  return {at.toPoint() - QPoint(size.width() / 2, size.height() / 2), size};
+}
+
+void MarkerArt::DrawCrowd(QPainter& painter, QPointF at, std::size_t count, bool isStale) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setBrush(isStale ? kCrowdStale : kCrowd);
+  painter.setPen(QPen(Qt::white, 2));
+  const QRect place = CrowdRect(painter.fontMetrics(), at, count).adjusted(1, 1, -1, -1);
+  painter.drawRoundedRect(place, place.height() / 2.0, place.height() / 2.0);
+  painter.drawText(place, Qt::AlignCenter, QString::number(count));
+  painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
+void MarkerArt::DrawBar(QPainter& painter, const QRect& place, double share, bool isStale) {
+  painter.fillRect(place, Qt::white);
+  QRect part = place.adjusted(1, 1, -1, -1);
+  painter.fillRect(part, Qt::black);
+  part.setWidth(static_cast<int>(std::ceil(part.width() * share)));
+  painter.fillRect(part, isStale        ? kBarStale
+                         : share > 0.5  ? kBarHigh
+                         : share > 0.25 ? kBarMiddle
+                                        : kBarLow);
 }
 
 const QPixmap& MarkerArt::Picture(MarkerShape shape, bool isStale, double scale) {

@@ -1,21 +1,31 @@
 #include "map/markers_item.h"
 
+#include <algorithm>
 #include <utility>
 
+#include <QFontMetrics>
 #include <QPainter>
 #include <QWidget>
 
+#include "framework/text.h"
 #include "map/alarms/alarm_text.h"
+#include "map/coordinates.h"
+#include "map/crowds.h"
+#include "map/label_placement.h"
+#include "map/members_model.h"
 
 namespace corvane::map {
 namespace {
 
 using client::Member;
 
-constexpr int kLabelGap = MarkerArt::kRadius + 1;
 constexpr int kLabelMargin = 3;
+constexpr int kMaxLabelLetters = 24;
 constexpr int kDisc = 6;       // radius of a marker's shape
 constexpr double kReach = 10;  // distance at which a click still hits a marker
+constexpr QSize kBar(20, 6);
+constexpr qsizetype kMaxTipNames = 20;
+const QColor kLabelGround(0, 0, 0, 205);
 
 QSize LabelSize(const Marker& marker) {
   return marker.label->size().toSize() + QSize(2 * kLabelMargin, 0);
@@ -25,25 +35,40 @@ QRect LabelRect(const Marker& marker, QPointF at) {
   return {at.toPoint() + marker.labelPlace, LabelSize(marker)};
 }
 
-// The part of a marker that labels must not cover.
-QRect MarkerRect(QPointF at) {
-  constexpr QPoint kHalf(kDisc, kDisc);
-  return {at.toPoint() - kHalf, at.toPoint() + kHalf};
+int Radius(bool isHighlighted) {
+  return isHighlighted ? MarkerArt::kRingRadius : MarkerArt::kRadius;
 }
 
-// Puts the label into the first free place: right, left, above or below. Returns false, with the
-// label on the right, if all are taken.
-bool TakePlace(Marker& marker, QPointF at, int gap, LabelPlacement& placement) {
-  const QSize size = LabelSize(marker);
-  const QPoint right(gap, -size.height() / 2);
-  for (const QPoint& place :
-       {right, QPoint(-gap - size.width(), -size.height() / 2),
-        QPoint(-size.width() / 2, -gap - size.height()), QPoint(-size.width() / 2, gap)}) {
-    marker.labelPlace = place;
-    if (placement.Take(LabelRect(marker, at))) return true;
+QRect BarRect(QPointF at, bool isHighlighted) {
+  return {at.toPoint() + QPoint(-kBar.width() / 2, Radius(isHighlighted)), kBar};
+}
+
+// The part of a marker that labels must not cover.
+QRect MarkerRect(QPointF at, bool isHighlighted) {
+  const int half = isHighlighted ? Radius(true) : kDisc;
+  const QRect mark(at.toPoint() - QPoint(half, half), at.toPoint() + QPoint(half, half));
+  return mark | BarRect(at, isHighlighted);
+}
+
+// The upper left corner of a label in that direction from its marker.
+QPoint LabelPlaceIn(QPoint direction, QSize size, int distance) {
+  const bool isSlanted = direction.x() != 0 && direction.y() != 0;
+  const int gap = isSlanted ? distance * 3 / 4 : distance;
+  const auto start = [gap](int towards, int length, int after) {
+    if (towards == 0) return -length / 2;
+    return towards > 0 ? gap + after : -gap - length;
+  };
+  return {start(direction.x(), size.width(), 0),
+          start(direction.y(), size.height(), isSlanted ? 0 : kBar.height() + 1)};
+}
+
+// Rubber bands take no mouse events and are gone in a moment.
+void AvoidChildren(const QWidget& window, LabelPlacement& placement) {
+  for (const QWidget* child :
+       window.findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {
+    if (child->isVisible() && !child->testAttribute(Qt::WA_TransparentForMouseEvents))
+      placement.Avoid(child->geometry());
   }
-  marker.labelPlace = right;
-  return false;
 }
 
 }  // namespace
@@ -64,66 +89,149 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   if (widget == nullptr) return;
   const QTransform toView = painter->worldTransform();
   painter->resetTransform();
+  UpdateOwn();
   if (widget->font() != myFont) {
     myFont = widget->font();
     for (Marker* marker : myBoard.All())
       marker->label.reset();
+    if (myOwn) myOwn->label.reset();
   }
   painter->setFont(myFont);
   myAlarmArt.Prepare(myFont, painter->device()->devicePixelRatioF());
-  const std::vector<Shown> visible = Visible(toView, widget->rect());
-  if (myPlacesLabels) ChooseLabels(visible, widget->rect());
+  const Arrangement arrangement = Arrange(toView, widget->rect());
+  ChooseLabels(arrangement, *widget);
   DrawTrails(*painter, toView);
-  for (const Shown& shown : visible)
-    myArt.Draw(*painter, shown.at, ShapeOf(shown.marker->member->report), shown.marker->isStale);
-  for (const Shown& shown : visible)
-    myAlarmArt.Draw(*painter, shown.at, shown.alarm, shown.marker->showsSign);
-  for (const Shown& shown : visible) {
-    if (shown.marker->showsLabel) DrawLabel(*painter, shown);
-    if (myHighlights.Contains(shown.marker->member)) MarkerArt::DrawRing(*painter, shown.at);
+  for (const Shown& shown : arrangement.single) {
+    if (!IsHighlighted(*shown.marker)) DrawMarker(*painter, shown);
   }
-  if (myHighlights.own && myHighlights.own->facet == myFacet) {
-    const QPointF place(myHighlights.own->x, myHighlights.own->y);
-    myArt.Draw(*painter, toView.map(place), MarkerShape::Own, false);
-    myAlarmArt.Draw(*painter, toView.map(place), myHighlights.AlarmOf(nullptr, *myHighlights.own),
-                    true);
+  for (const Crowd& crowd : arrangement.crowds)
+    MarkerArt::DrawCrowd(*painter, crowd.at, crowd.markers.size(),
+                         std::ranges::all_of(crowd.markers, &Marker::isStale));
+  for (const Shown& shown : arrangement.single)
+    DrawLeader(*painter, shown);
+  for (const Shown& shown : arrangement.single) {
+    if (IsHighlighted(*shown.marker)) DrawMarker(*painter, shown);
   }
+  for (const Shown& shown : arrangement.single)
+    DrawLabel(*painter, shown);
 }
 
-std::vector<MarkersItem::Shown> MarkersItem::Visible(const QTransform& toView,
-                                                     const QRectF& window) const {
-  const QRectF room = window.adjusted(-200, -40, 40, 40);
-  std::vector<Shown> visible;
-  for (Marker* marker : myBoard.All()) {
-    if (marker->facet != myFacet) continue;
+MarkersItem::Arrangement MarkersItem::Arrange(const QTransform& toView, const QRect& window) const {
+  constexpr int kSpace = MarkerArt::kRingRadius;
+  const QRectF room = window.adjusted(-kSpace, -kSpace, kSpace, kSpace);
+  std::vector<Shown> ordinary;
+  std::vector<QPointF> points;
+  std::vector<Shown> alarmed;
+  std::vector<Shown> highlighted;
+  const auto add = [&](Marker* marker) {
+    if (marker->facet != myFacet) return;
     const QPointF at = toView.map(marker->place);
-    if (room.contains(at))
-      visible.push_back({marker, at, myHighlights.AlarmOf(marker->member, marker->member->report)});
+    if (!room.contains(at)) return;
+    const bool isOwn = marker == myOwn.get();
+    const QString alarm =
+        myHighlights.AlarmOf(isOwn ? nullptr : marker->member, marker->member->report);
+    if (IsHighlighted(*marker)) return highlighted.push_back({marker, at, alarm});
+    // A crowd hides no alarm.
+    if (!alarm.isEmpty()) return alarmed.push_back({marker, at, alarm});
+    ordinary.push_back({marker, at, {}});
+    points.push_back(at);
+  };
+  for (Marker* marker : myBoard.All())
+    add(marker);
+  if (myOwn) add(myOwn.get());
+
+  Arrangement arrangement;
+  for (const std::vector<std::size_t>& indexes : FindCrowds(points, window)) {
+    Crowd& crowd = arrangement.crowds.emplace_back();
+    for (const std::size_t index : indexes) {
+      crowd.at += points[index] / static_cast<double>(indexes.size());
+      crowd.markers.push_back(std::exchange(ordinary[index].marker, nullptr));
+    }
   }
-  return visible;
+  std::erase_if(ordinary, [](const Shown& shown) { return shown.marker == nullptr; });
+  arrangement.single = std::move(ordinary);
+  arrangement.single.insert(arrangement.single.end(), alarmed.begin(), alarmed.end());
+  arrangement.single.insert(arrangement.single.end(), highlighted.begin(), highlighted.end());
+  return arrangement;
 }
 
-// Highlighted members come first, and always have a label.
-void MarkersItem::ChooseLabels(const std::vector<Shown>& visible, const QRect& window) {
-  myPlacesLabels = false;
-  LabelPlacement placement(window);
-  for (const Shown& shown : visible)
-    placement.Avoid(MarkerRect(shown.at));
-  for (const Shown& shown : visible) {
+void MarkersItem::UpdateOwn() {
+  if (!myHighlights.own) return myOwn.reset();
+  // Before the first login there is no name.
+  const std::string name =
+      myHighlights.ownName.empty() ? TextFromDisplay(tr("You")) : myHighlights.ownName;
+  if (myOwn && myOwnMember.report == *myHighlights.own && myOwnMember.name == name) return;
+  const std::int32_t maxHp = myOwn ? myOwn->maxHp : 0;
+  myOwnMember = {name, *myHighlights.own, {}, true};
+  myOwn = std::make_unique<Marker>(myOwnMember);
+  myOwn->maxHp = std::max(maxHp, myOwn->hp);
+}
+
+// Highlighted members come first and may have their label above other markers, so that they have
+// one wherever it fits into the window.
+void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& window) {
+  const bool mayStay = !std::exchange(myPlacesLabels, false);
+  LabelPlacement bare(window.rect());
+  AvoidChildren(window, bare);
+  for (const Shown& shown : arrangement.single) {
+    if (IsHighlighted(*shown.marker)) bare.Avoid(MarkerRect(shown.at, true));
+  }
+  LabelPlacement placement = bare;
+  for (const Shown& shown : arrangement.single)
+    placement.Avoid(MarkerRect(shown.at, IsHighlighted(*shown.marker)));
+  for (const Shown& shown : arrangement.single) {
     shown.marker->showsSign =
         !shown.alarm.isEmpty() && placement.Take(myAlarmArt.SignRect(shown.at, shown.alarm));
   }
-  for (const bool isHighlighted : {true, false}) {
-    for (const Shown& shown : visible) {
-      if (myHighlights.Contains(shown.marker->member) != isHighlighted) continue;
-      LayOut(*shown.marker, myFont);
-      shown.marker->showsLabel =
-          TakePlace(*shown.marker, shown.at, shown.alarm.isEmpty() ? kLabelGap : kAlarmReach,
-                    placement) ||
-          isHighlighted;
+  for (const Crowd& crowd : arrangement.crowds) {
+    placement.Avoid(RectOf(crowd));
+    for (Marker* marker : crowd.markers)
+      marker->showsLabel = false;
+  }
+  enum Rank { kHighlighted, kShown, kOther };
+  std::vector<Rank> ranks;
+  for (const Shown& shown : arrangement.single) {
+    LayOut(*shown.marker);
+    ranks.push_back(IsHighlighted(*shown.marker) ? kHighlighted
+                    : shown.marker->showsLabel   ? kShown
+                                                 : kOther);
+  }
+  for (const Rank rank : {kHighlighted, kShown, kOther}) {
+    for (std::size_t i = 0; i < ranks.size(); ++i) {
+      if (ranks[i] != rank) continue;
+      const Shown& shown = arrangement.single[i];
+      bool& showsLabel = shown.marker->showsLabel;
+      const bool mayStayHere = mayStay && showsLabel;
+      showsLabel = false;
+      if (!window.rect().contains(shown.at.toPoint())) continue;
+      showsLabel = TakePlace(shown, placement, mayStayHere);
+      if (rank != kHighlighted) continue;
+      if (!showsLabel) showsLabel = TakePlace(shown, bare, mayStayHere);
+      if (!showsLabel) continue;
+      bare.Avoid(LabelRect(*shown.marker, shown.at));
+      placement.Avoid(LabelRect(*shown.marker, shown.at));
     }
   }
   myFreePlaces = std::move(placement);
+}
+
+// Puts the label into the first free place around the marker, or further away with a leader line.
+// Returns false if all are taken.
+bool MarkersItem::TakePlace(const Shown& shown, LabelPlacement& placement, bool mayStay) const {
+  Marker& marker = *shown.marker;
+  if (mayStay && placement.Take(LabelRect(marker, shown.at))) return true;
+  constexpr int kLeader = 16;
+  const QSize size = LabelSize(marker);
+  const int nearest = Radius(IsHighlighted(marker) || !shown.alarm.isEmpty()) + 1;
+  for (const int leader : {0, kLeader, 2 * kLeader}) {
+    for (const QPoint& direction : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, -1), QPoint(0, 1),
+                                    QPoint(1, -1), QPoint(1, 1), QPoint(-1, -1), QPoint(-1, 1)}) {
+      marker.labelPlace = LabelPlaceIn(direction, size, nearest + leader);
+      marker.hasLeader = leader > 0;
+      if (placement.Take(LabelRect(marker, shown.at))) return true;
+    }
+  }
+  return false;
 }
 
 void MarkersItem::DrawTrails(QPainter& painter, const QTransform& toView) const {
@@ -143,30 +251,111 @@ void MarkersItem::DrawTrails(QPainter& painter, const QTransform& toView) const 
   painter.setRenderHint(QPainter::Antialiasing, false);
 }
 
+void MarkersItem::DrawMarker(QPainter& painter, const Shown& shown) {
+  const Marker& marker = *shown.marker;
+  const bool isOwn = &marker == myOwn.get();
+  MarkerShape shape = ShapeOf(marker.member->report);
+  if (isOwn) MarkerArt::DrawHalo(painter, shown.at);
+  if (isOwn && shape == MarkerShape::Alive) shape = MarkerShape::Own;
+  myArt.Draw(painter, shown.at, shape, marker.isStale);
+  myAlarmArt.Draw(painter, shown.at, shown.alarm, marker.showsSign);
+  if (marker.member == myHighlights.selected) MarkerArt::DrawRing(painter, shown.at);
+  if (marker.member == myHighlights.followed) MarkerArt::DrawCorners(painter, shown.at);
+  if (shape == MarkerShape::Dead || marker.maxHp <= 0) return;
+  const double share = std::clamp(static_cast<double>(marker.hp) / marker.maxHp, 0.0, 1.0);
+  MarkerArt::DrawBar(painter, BarRect(shown.at, IsHighlighted(marker)), share, marker.isStale);
+}
+
+void MarkersItem::DrawLeader(QPainter& painter, const Shown& shown) const {
+  if (!shown.marker->showsLabel || !shown.marker->hasLeader) return;
+  const QRect label = LabelRect(*shown.marker, shown.at);
+  const QPoint from = shown.at.toPoint();
+  const QPoint to(std::clamp(from.x(), label.left(), label.right()),
+                  std::clamp(from.y(), label.top(), label.bottom()));
+  for (const QPen& pen : {QPen(Qt::white, 3), QPen(Qt::black, 1)}) {
+    painter.setPen(pen);
+    painter.drawLine(from, to);
+  }
+}
+
 void MarkersItem::DrawLabel(QPainter& painter, const Shown& shown) const {
-  LayOut(*shown.marker, myFont);
+  if (!shown.marker->showsLabel) return;
   const QRect place = LabelRect(*shown.marker, shown.at);
-  painter.fillRect(place, QColor(0, 0, 0, 160));
-  painter.setPen(shown.marker->isStale ? QColor(0xc8, 0xc8, 0xc8) : QColor(Qt::white));
+  painter.fillRect(place, kLabelGround);
+  painter.setPen(shown.marker->isStale ? QColor(0xd0, 0xd0, 0xd0) : QColor(Qt::white));
   painter.drawStaticText(place.topLeft() + QPoint(kLabelMargin, 0), *shown.marker->label);
 }
 
-void MarkersItem::LayOut(Marker& marker, const QFont& font) {
+void MarkersItem::LayOut(Marker& marker) const {
   if (marker.label) return;
-  marker.label =
-      std::make_unique<QStaticText>(marker.name + ' ' + QString::number(marker.member->report.hp));
+  const QFontMetrics metrics(myFont);
+  QString text = metrics.elidedText(marker.name, Qt::ElideRight,
+                                    kMaxLabelLetters * metrics.averageCharWidth());
+  text += ' ' + QString::number(marker.hp);
+  if (&marker == myOwn.get() && ShapeOf(myOwnMember.report) != MarkerShape::Alive)
+    text += QStringLiteral(" \u00b7 ") + MembersModel::PlainStateOf(myOwnMember);
+  marker.label = std::make_unique<QStaticText>(text);
   marker.label->setTextFormat(Qt::PlainText);
-  marker.label->prepare({}, font);
+  marker.label->prepare({}, myFont);
 }
 
-const Member* MarkersItem::MemberAt(QPointF inView, const QTransform& toView) const {
+const MarkersItem::Crowd* MarkersItem::CrowdAt(QPoint at, const Arrangement& arrangement) const {
+  const auto place = std::ranges::find_if(
+      arrangement.crowds, [&](const Crowd& crowd) { return RectOf(crowd).contains(at); });
+  return place == arrangement.crowds.end() ? nullptr : &*place;
+}
+
+const Member* MarkersItem::MemberAt(QPoint at, const QGraphicsView& view) const {
   const Member* found = nullptr;
-  for (const Marker* marker : myBoard.All()) {
-    if (marker->facet != myFacet) continue;
-    const QPointF distance = toView.map(marker->place) - inView;
-    if (distance.manhattanLength() <= kReach) found = marker->member;
+  for (const Shown& shown : Arrange(view.viewportTransform(), view.viewport()->rect()).single) {
+    if (shown.marker != myOwn.get() && (shown.at - at).manhattanLength() <= kReach)
+      found = shown.marker->member;
   }
   return found;
+}
+
+std::vector<const Member*> MarkersItem::CrowdAt(QPoint at, const QGraphicsView& view) const {
+  std::vector<const Member*> members;
+  const Arrangement arrangement = Arrange(view.viewportTransform(), view.viewport()->rect());
+  if (const Crowd* crowd = CrowdAt(at, arrangement)) {
+    for (const Marker* marker : crowd->markers)
+      members.push_back(marker->member);
+  }
+  return members;
+}
+
+QString MarkersItem::TipAt(QPoint at, const QGraphicsView& view) const {
+  if (const Member* member = MemberAt(at, view)) return TipOf(*myBoard.Find(member));
+  const Arrangement arrangement = Arrange(view.viewportTransform(), view.viewport()->rect());
+  if (const Crowd* crowd = CrowdAt(at, arrangement)) {
+    QStringList lines;
+    for (const Marker* marker : crowd->markers)
+      lines.append(marker->name);
+    lines.sort(Qt::CaseInsensitive);
+    const auto more = lines.size() - kMaxTipNames;
+    if (lines.size() > kMaxTipNames) lines.remove(kMaxTipNames, more);
+    if (more > 0) lines.append(tr("and %1 more").arg(more));
+    return lines.join('\n');
+  }
+  if (!myOwn || arrangement.single.empty()) return {};
+  // It is the topmost.
+  const Shown& last = arrangement.single.back();
+  const bool isHit = last.marker == myOwn.get() && (last.at - at).manhattanLength() <= kReach;
+  return isHit ? TipOf(*myOwn) : QString();
+}
+
+QString MarkersItem::TipOf(const Marker& marker) const {
+  const client::Report& report = marker.member->report;
+  QStringList lines{marker.name,
+                    tr("Hit points: %1, highest seen: %2").arg(marker.hp).arg(marker.maxHp),
+                    MembersModel::PlainStateOf(*marker.member),
+                    tr("%1, facet %2").arg(CoordinatesText(report.x, report.y)).arg(report.facet)};
+  if (&marker == myOwn.get()) {
+    lines.first() = tr("%1 (you)").arg(marker.name);
+  } else {
+    lines.append(tr("Last news: %1").arg(MembersModel::NewsOf(*marker.member)));
+  }
+  return lines.join('\n');
 }
 
 }  // namespace corvane::map

@@ -1,9 +1,14 @@
 #pragma once
 
-#include <functional>
+#include <memory>
 #include <optional>
+#include <string>
+#include <vector>
 
+#include <QCoreApplication>
+#include <QFontMetrics>
 #include <QGraphicsItem>
+#include <QGraphicsView>
 
 #include "map/alarm_art.h"
 #include "map/alarms/alarm_watch.h"
@@ -13,12 +18,13 @@
 
 namespace corvane::map {
 
-// The members with a ring around their markers, and the user's own marker.
+// The members with a mark around their markers, and the user's own marker.
 struct Highlights {
   const client::Member* selected = nullptr;
   const client::Member* followed = nullptr;
   std::optional<client::Report> own;
   const AlarmWatch* alarms = nullptr;  // whose states are marked
+  std::string ownName;
 
   // Empty without an alarm.
   QString AlarmOf(const client::Member* member, const client::Report& report) const;
@@ -28,10 +34,13 @@ struct Highlights {
   }
 };
 
-// Draws all markers of a facet with their labels and trails. It is one item of the scene: with an
-// item per member, moving a thousand costs more than drawing them. Markers and labels keep their
-// size at all scales.
+// Draws all markers of a facet with their labels and trails, and one mark for each crowd of them.
+// It is one item of the scene: with an item per member, moving a thousand costs more than drawing
+// them. Markers and labels keep their size at all scales. Labels keep away from visible child
+// widgets of the window.
 class MarkersItem : public QGraphicsItem {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::MarkersItem)
+
  public:
   // Borrows both.
   MarkersItem(MarkerBoard& board, const Highlights& highlights, int facet);
@@ -39,15 +48,19 @@ class MarkersItem : public QGraphicsItem {
   QRectF boundingRect() const override;
   void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
-  // Places the labels again at the next paint.
+  // Lets every label look for its best place at the next paint. Until then it stays where it is as
+  // long as nothing is in its way.
   void PlaceLabels() { myPlacesLabels = true; }
 
   // What the labels and markers have left free, as of the last paint.
   const LabelPlacement& FreePlaces() const { return myFreePlaces; }
 
-  // The topmost member near the point; null if there is none. `toView` maps the map into the
-  // window.
-  const client::Member* MemberAt(QPointF inView, const QTransform& toView) const;
+  // The topmost member near the point of the window; null if there is none.
+  const client::Member* MemberAt(QPoint at, const QGraphicsView& view) const;
+  // The members of the crowd at the point; empty if there is none.
+  std::vector<const client::Member*> CrowdAt(QPoint at, const QGraphicsView& view) const;
+  // A description of what is at the point, as plain text; empty if nothing is.
+  QString TipAt(QPoint at, const QGraphicsView& view) const;
 
  private:
   struct Shown {
@@ -55,18 +68,41 @@ class MarkersItem : public QGraphicsItem {
     QPointF at;  // in the window
     QString alarm;
   };
+  struct Crowd {
+    std::vector<Marker*> markers;
+    QPointF at;
+  };
+  // What is visible, from the lowest to the topmost: highlighted markers are the last.
+  struct Arrangement {
+    std::vector<Shown> single;
+    std::vector<Crowd> crowds;
+  };
 
-  std::vector<Shown> Visible(const QTransform& toView, const QRectF& window) const;
-  void ChooseLabels(const std::vector<Shown>& visible, const QRect& window);
+  Arrangement Arrange(const QTransform& toView, const QRect& window) const;
+  QRect RectOf(const Crowd& crowd) const {
+    return MarkerArt::CrowdRect(QFontMetrics(myFont), crowd.at, crowd.markers.size());
+  }
+  const Crowd* CrowdAt(QPoint at, const Arrangement& arrangement) const;
+  bool IsHighlighted(const Marker& marker) const {
+    return &marker == myOwn.get() || myHighlights.Contains(marker.member);
+  }
+  QString TipOf(const Marker& marker) const;
+  void UpdateOwn();
+  void ChooseLabels(const Arrangement& arrangement, const QWidget& window);
   void DrawTrails(QPainter& painter, const QTransform& toView) const;
+  void DrawMarker(QPainter& painter, const Shown& shown);
+  void DrawLeader(QPainter& painter, const Shown& shown) const;
   void DrawLabel(QPainter& painter, const Shown& shown) const;
-  static void LayOut(Marker& marker, const QFont& font);
+  void LayOut(Marker& marker) const;
+  bool TakePlace(const Shown& shown, LabelPlacement& placement, bool mayStay) const;
 
   MarkerBoard& myBoard;
   const Highlights& myHighlights;
   int myFacet;
   MarkerArt myArt;
   AlarmArt myAlarmArt;
+  client::Member myOwnMember;     // the user
+  std::unique_ptr<Marker> myOwn;  // of myOwnMember; null if there is none
   bool myPlacesLabels = true;
   LabelPlacement myFreePlaces{QRect()};
   QFont myFont;

@@ -102,12 +102,12 @@ QString MembersModel::AlarmOf(const Member& member) const {
 }
 
 QString MembersModel::StateOf(const Member& member) const {
-  if (!member.hasPlace) return tr("No place");
-  const QString alarm = AlarmOf(member);
+  const QString alarm = member.hasPlace ? AlarmOf(member) : QString();
   return alarm.isEmpty() ? PlainStateOf(member) : alarm;
 }
 
 QString MembersModel::PlainStateOf(const Member& member) {
+  if (!member.hasPlace) return tr("No place");
   if (member.report.isDead) return tr("Dead");
   return member.report.inBattle ? tr("In battle") : tr("Alive");
 }

@@ -36,7 +36,7 @@ TEST_F(OwnPositionTest, IsSentOnlyIfWanted) {
                                 std::to_string(place.y()) + ",2,70,1,0");
   const auto isShown = [&] {
     const client::Report& own = *myWindow->Shown().own;
-    return Painted().pixel(OnMap(QPointF(own.x, own.y))) == 0xff1f9d55;
+    return Painted().pixel(OnMap(QPointF(own.x, own.y))) == 0xffe86a0c;  // fighting
   };
   EXPECT_TRUE(isShown());
   myWindow->ShowFacet(0);

@@ -179,7 +179,7 @@ TEST_F(PicturesTest, AreCutShownInPlaceAndKept) {
   // 700 x 300 pixels of 4 units each, with the corner at -9100, 50.
   const auto isShown = [&] {
     return PumpUntil([&] {
-      return ColourAt({-9090, 60}) == kLeft.rgb() && ColourAt({-6310, 1240}) == kLeft.rgb() &&
+      return ColourAt({-9070, 80}) == kLeft.rgb() && ColourAt({-6330, 1220}) == kLeft.rgb() &&
              ColourAt({-7710, 600}) == kLeft.rgb() && ColourAt({-7690, 600}) == kRight.rgb();
     });
   };
@@ -194,7 +194,7 @@ TEST_F(PicturesTest, AreCutShownInPlaceAndKept) {
   EXPECT_EQ(QDir(myFolder.filePath("cache")).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(),
             MapPictures::kMaxCachedImages);
   myWindow->SetPicture(7, {});
-  EXPECT_NE(ColourAt({-9090, 60}), kLeft.rgb());
+  EXPECT_NE(ColourAt({-9070, 80}), kLeft.rgb());
 }
 
 TEST(PictureFit, RefusesPlacesThatDoNotFit) {
