@@ -99,6 +99,8 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   actSilence->setCheckable(true);
   mnuPlace = new Menu(&map);
   actCopyPlace = Add(mnuPlace, "actCopyPlace", tr("&Copy Coordinates"));
+  actPlaceHere = Add(mnuPlace, "actPlaceHere", tr("Place &Landmark Here..."));
+  actPingHere = Add(mnuPlace, "actPingHere", tr("&Ping Here..."));
 
   mnuAdministration = AddMenu(bar, tr("&Administration"));
   actKick = Add(mnuAdministration, "actKick", tr("&Kick..."));

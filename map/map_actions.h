@@ -51,6 +51,8 @@ class MapActions {
   QAction* actDrawCircle;
   QAction* actSilence;
   QAction* actCopyPlace;
+  QAction* actPlaceHere;
+  QAction* actPingHere;
   QAction* actKick;
   QAction* actBan;
   QAction* actMessage;

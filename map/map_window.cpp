@@ -228,6 +228,8 @@ void MapWindow::WireActions() {
     myPicker->Start(tr("Click the place to show everybody."),
                     [this](QPointF place) { myPings.Ask(place, Facet()); });
   });
+  on(actions->actPingHere, [this] { myPings.Ask(WholePlace(places->MenuPlace()), Facet()); });
+  on(actions->actPlaceHere, [this] { myLandmarks->AskForNew(WholePlace(places->MenuPlace())); });
   on(actions->actPlaceLandmark, [this] { myLandmarks->PlaceByClick(); });
   on(actions->actLandmarkList, [this] { myLandmarks->ShowList(); });
   on(actions->actImportLandmarks, [this] { myLandmarks->AskForImport(); });
@@ -319,6 +321,7 @@ void MapWindow::EnableActions() {
   const Marker* marker = myBoard.Find(myHighlights.selected);
   actions->actTrail->setChecked(marker != nullptr && marker->hasTrail);
   actions->mnuAdministration->menuAction()->setVisible(myConnection.IsAdministrator());
+  actions->actPingHere->setVisible(myConnection.IsAdministrator());
 }
 
 void MapWindow::ToggleFollow() {

@@ -19,6 +19,28 @@ constexpr double kPreviewSide = 2048;
 constexpr double kPreviewZoom = 1.3;
 constexpr int kPlaceRadius = 9;
 
+// Lines with their coordinates. The painter maps units into the window.
+void DrawCoordinates(QPainter& painter, const QRectF& part) {
+  const QTransform toView = painter.worldTransform();
+  const double step = GridStep(toView.m11());
+  const QRectF window = toView.mapRect(part);
+  const int height = painter.fontMetrics().height();
+  painter.resetTransform();
+  painter.setPen(QColor(0, 0, 0, 150));
+  const auto text = [](double place) { return QString::number(place, 'f', 0); };
+  for (double x = std::ceil(part.left() / step) * step; x <= part.right(); x += step) {
+    const double at = std::round(toView.map(QPointF(x, 0)).x());
+    painter.drawLine(QPointF(at, window.top()), QPointF(at, window.bottom()));
+    painter.drawText(QPointF(at + 3, window.bottom() - 4), text(x));
+  }
+  for (double y = std::ceil(part.top() / step) * step; y <= part.bottom(); y += step) {
+    const double at = std::round(toView.map(QPointF(0, y)).y());
+    painter.drawLine(QPointF(window.left(), at), QPointF(window.right(), at));
+    if (at < window.bottom() - 2 * height)
+      painter.drawText(QPointF(window.left() + 3, at - 3), text(y));
+  }
+}
+
 QPixmap Compose(const TilePyramid& pyramid, double scale) {
   const QRectF bounds = pyramid.Bounds();
   QImage image((bounds.size() * scale).toSize(), QImage::Format_ARGB32_Premultiplied);
@@ -89,7 +111,7 @@ void PicturePreview::drawForeground(QPainter* painter, const QRectF& part) {
   const QTransform toView = painter->worldTransform();
   if (myGrid) {
     painter->setWorldTransform(*myGrid * toView);
-    DrawGrid(*painter, myGrid->inverted().mapRect(part), Qt::black);
+    DrawCoordinates(*painter, myGrid->inverted().mapRect(part));
   }
   painter->resetTransform();
   painter->setRenderHint(QPainter::Antialiasing);
