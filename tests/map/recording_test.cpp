@@ -250,7 +250,7 @@ TEST_F(MapTest, RecordsOnlyWhenSwitchedOnAndReplaysInAWindowOfItsOwn) {
   const auto offCentre = [&] {
     return replay.map->mapFromScene({110, 200}) - replay.map->viewport()->rect().center();
   };
-  EXPECT_TRUE(PumpUntil([&] { return offCentre().manhattanLength() < 3; }))
+  EXPECT_TRUE(PumpUntil([&] { return offCentre().manhattanLength() < 6; }))
       << "a followed member is followed beyond a jump" << offCentre().x() << " " << offCentre().y();
   EXPECT_EQ(Find("Bob")->report, (Report{110, 200, 3, 40})) << "the live map is not touched";
   replay.close();
