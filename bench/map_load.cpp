@@ -181,7 +181,8 @@ QList<Landmark> SomeLandmarks() {
     landmarks[i].name = QStringLiteral("landmark %1").arg(i);
     landmarks[i].icon = QLatin1String(
         kLandmarkIcons.at(static_cast<std::size_t>(i) % kLandmarkIcons.size()).name.data());
-    landmarks[i].at = QPointF(100 + i % 25 * 630, 100 + i / 25 * 780);
+    const int row = i / 25;
+    landmarks[i].at = QPointF(100 + i % 25 * 630, 100 + row * 780);
   }
   return landmarks;
 }

@@ -44,7 +44,7 @@ std::string AddressOf(const Request& entry) {
 QDateTime EndIn(const Request& entry) {
   const auto text = entry.OptionalText("until");
   if (!text) return {};
-  const QDateTime until = QDateTime::fromString(DisplayText(*text), Qt::ISODate);
+  QDateTime until = QDateTime::fromString(DisplayText(*text), Qt::ISODate);
   if (!until.isValid()) throw Misused("\"until\" takes a time such as 2026-05-17T20:00:00Z");
   return until;
 }
