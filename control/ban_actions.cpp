@@ -1,8 +1,6 @@
 #include "control/ban_actions.h"
 
 #include <algorithm>
-#include <array>
-#include <charconv>
 #include <utility>
 
 #include <QJsonArray>
@@ -27,7 +25,6 @@ constexpr std::size_t kIPv6Share = 10;  // of the memory: a text beside two numb
 constexpr std::uint64_t kMaxUnforced = std::uint64_t{1} << 24;  // addresses: a /8
 // No client has an address outside.
 constexpr AddressRange kPossible{0x01000000, 0xDFFFFFFF};
-constexpr std::int64_t kMaxSeconds = std::int64_t{3653} * 24 * 3600;  // ten years
 
 bool IsPossible(const AddressRange& range) {
   return range.first >= kPossible.first && range.last <= kPossible.last;
@@ -70,18 +67,12 @@ AddressRange ExpectRange(const std::string& text, bool isForced) {
 QDateTime EndOf(const Request& request, const Operator& op) {
   const auto text = request.OptionalText("for");
   if (!text) return {};
-  constexpr std::string_view kUnits = "smhdw";
-  constexpr std::array<std::int64_t, 5> kSeconds = {1, 60, 3600, 86'400, 604'800};
-  std::int64_t count = 0;
-  const char* const end = text->data() + text->size();
-  const auto [stop, error] = std::from_chars(text->data(), end, count);
-  const auto unit = stop + 1 == end ? kUnits.find(*stop) : std::string_view::npos;
-  if (error != std::errc() || unit == std::string_view::npos || count < 1 ||
-      count > kMaxSeconds / kSeconds[unit]) {
+  const auto seconds = SecondsFromText(*text);
+  if (!seconds) {
     throw Misused("\"for\" takes a time such as 90s, 30m, 2h, 2d or 1w, up to ten years, not \"" +
                   *text + '"');
   }
-  return op.Listener().Context.bans.Now().addSecs(count * kSeconds[unit]);
+  return op.Listener().Context.bans.Now().addSecs(*seconds);
 }
 
 QByteArray BannedLine(const Operator& op, const std::string& text, const QDateTime& until,

@@ -32,6 +32,8 @@ class TilePyramid {
 
   int FinestLevel() const { return myFinest; }
   int CoarsestLevel() const { return myCoarsest; }
+  // The pixels of a tile's edge.
+  int TileSide() const { return myTileSide; }
   // The area of the finest tiles, which exceeds the picture's by less than a tile.
   QRectF Bounds() const { return myBounds; }
   QString FileOf(const TileId& id) const;
