@@ -3,7 +3,9 @@
 Every program is started by a `with` statement and ends with its block.
 """
 
+import base64
 import contextlib
+import json
 import os
 import random
 import signal
@@ -161,6 +163,43 @@ def map_of(folder: Path, port: int, network: str,
                   folder / "map.log",
                   env=dict(environment, XDG_DATA_HOME=str(folder), XDG_CACHE_HOME=str(folder),
                            CORVANE_MAP_PASSWORD=PASSWORD))
+
+
+def make_web(folder: Path, port: int, network: str, **fields: object) -> Path:
+    """Makes a configuration for corvane-web, with the demo picture and these fields of the network,
+    in the folder."""
+    picture = (ROOT / "packaging/demo/isle.png").read_bytes()
+    (folder / "demo.corvane").write_text(json.dumps({
+        "format": 1, "host": "127.0.0.1", "port": port, "network": network,
+        "encrypted": False,
+        "pictures": [{"facet": 0, "name": "isle.png", "left": 0, "top": 0, "unitsPerPixel": 4,
+                      "image": base64.b64encode(picture).decode()}],
+        "landmarks": [{"type": "Feature", "geometry": {"type": "Point", "coordinates": place},
+                       "properties": {"name": name, "colour": "#8a4fbe", "note": "", "facet": 0}}
+                      for name, place in (("Gate", [2600, 1700]), ("Camp", [1300, 2300]))]}))
+    (folder / "web-password").write_text(PASSWORD + "\n")
+    config = folder / "web.json"
+    config.write_text(json.dumps({
+        "listen": f"127.0.0.1:{free_port()}", "data": "web", "networks": [
+            {"id": "demo", "user": "Web", "passwordFile": "web-password",
+             "place": "demo.corvane", **fields}]}))
+    return config
+
+
+def web_link(config: Path, *arguments: object, programs: Path = PROGRAMS) -> str:
+    """Makes a link to the network of the configuration."""
+    return subprocess.run([programs / "corvane-web", "--config", config, "links", "add", "demo",
+                           *arguments], check=True, capture_output=True, text=True).stdout.strip()
+
+
+@contextlib.contextmanager
+def web_on(config: Path, programs: Path = PROGRAMS) -> Iterator[subprocess.Popen]:
+    """The map in a browser, once it listens. Logs to web.log beside the configuration."""
+    port = int(json.loads(config.read_text())["listen"].rpartition(":")[2])
+    with (config.parent / "web.log").open("ab") as log, \
+            listening("map in a browser", [programs / "corvane-web", "--config", config], port,
+                      stderr=log) as process:
+        yield process
 
 
 # ---- scripts

@@ -5,6 +5,8 @@
 namespace corvane::web {
 namespace {
 
+constexpr std::chrono::seconds kNewsAgain{10};
+
 std::string Encoded(const char* type, const std::string& data) {
   return std::string("event: ") + type + "\ndata: {" + data + "}\n\n";
 }
@@ -22,7 +24,8 @@ void Channel::Publish(Update update) {
   for (auto& [id, fields] : update.changed) {
     Member& member = myMembers[id];
     member.news = now;
-    if (member.fields == fields) continue;
+    if (member.fields == fields && now - member.published < kNewsAgain) continue;
+    member.published = now;
     members += (members.empty() ? "{" : ",{") + fields + ",\"age\":0}";
     member.fields = std::move(fields);
   }

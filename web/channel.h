@@ -14,8 +14,9 @@ namespace corvane::web {
 // with all members, "change" with those that changed and the ids of those that left, and "status"
 // within both, which says whether the server is reached. Encodes each event once for all viewers.
 //
-// One thread publishes and another reads. A viewer that is more than one change behind gets the
-// snapshot, so nothing queues up.
+// A member whose fields stay as they are is in a change every ten seconds, so that viewers know its
+// last news. One thread publishes and another reads. A viewer that is more than one change behind
+// gets the snapshot, so nothing queues up.
 class Channel {
  public:
   using Clock = std::chrono::steady_clock;
@@ -41,6 +42,7 @@ class Channel {
   struct Member {
     std::string fields;
     Clock::time_point news;
+    Clock::time_point published;  // in a change
   };
 
   mutable std::mutex myMutex;

@@ -11,6 +11,7 @@
 #include <QJsonObject>
 #include <QRegularExpression>
 #include <QSet>
+#include <QStandardPaths>
 #include <QUrl>
 
 #include "client/password_digest.h"
@@ -24,7 +25,8 @@ namespace {
 constexpr qint64 kMaxConfig = qint64{1} << 20;  // bytes
 constexpr qint64 kMaxPassword = 4096;
 constexpr int kMaxDelay = 3600;  // seconds
-constexpr std::uint16_t kDefaultPort = 12000;
+constexpr std::uint16_t kServerPort = 12000;
+constexpr std::uint16_t kPort = 8080;
 
 class Fault : public std::runtime_error {
  public:
@@ -83,11 +85,12 @@ class Fields {
 };
 
 // "HOST:PORT" or "[2001:db8::1]:PORT"; the port may be missing.
-std::pair<QString, std::uint16_t> HostAndPort(const QString& text, const QString& path) {
+std::pair<QString, std::uint16_t> HostAndPort(const QString& text, std::uint16_t otherwise,
+                                              const QString& path) {
   const QUrl url("tcp://" + text);
   const bool isAddress = url.isValid() && !url.host().isEmpty() && url.path().isEmpty() &&
                          url.userInfo().isEmpty() && !url.hasQuery() && !url.hasFragment();
-  const int port = url.port(kDefaultPort);
+  const int port = url.port(otherwise);
   if (!isAddress || port < 1) throw Fault(path + ": expected HOST:PORT");
   return {url.host(), static_cast<std::uint16_t>(port)};
 }
@@ -134,7 +137,7 @@ WebNetwork ReadNetwork(Fields network, const QDir& folder) {
   const QString server = network.Text("server", placeServer);
   if (server.isEmpty()) throw Fault(network.Path("server") + ": missing or empty");
   std::tie(read.destination.host, read.destination.port) =
-      HostAndPort(server, network.Path("server"));
+      HostAndPort(server, kServerPort, network.Path("server"));
   const QString fingerprint = network.Text("fingerprint");
   const bool isEncrypted =
       network.Flag("tls", !fingerprint.isEmpty() || (server == placeServer && place.isEncrypted));
@@ -174,7 +177,7 @@ Config Read(const QString& file) {
   const QDir folder = QFileInfo(file).absoluteDir();
   Fields fields(document.object(), {});
   Config config;
-  const auto [host, port] = HostAndPort(fields.Text("listen", "127.0.0.1:8080"), "listen");
+  const auto [host, port] = HostAndPort(fields.Text("listen", "127.0.0.1"), kPort, "listen");
   config.port = port;
   if (!config.address.setAddress(host)) throw Fault("listen: expected an address, not a name");
   config.publicUrl = fields.Text("public", "http://" + host + ':' + QString::number(port));
@@ -182,9 +185,10 @@ Config Read(const QString& file) {
     config.publicUrl.chop(1);
   const QUrl url(config.publicUrl);
   const bool isWeb = url.scheme() == "http" || url.scheme() == "https";
-  if (!url.isValid() || !isWeb || url.host().isEmpty() || url.hasQuery())
+  if (!url.isValid() || !isWeb || url.host().isEmpty() || url.hasQuery() || url.hasFragment())
     throw Fault("public: expected an address such as https://maps.example.org");
-  config.data = folder.absoluteFilePath(fields.Needed("data"));
+  config.data = folder.absoluteFilePath(
+      fields.Text("data", QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)));
   const QJsonArray networks = fields.List("networks");
   if (networks.isEmpty()) throw Fault("networks: expected one at least");
   QSet<QString> ids;

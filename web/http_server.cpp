@@ -24,6 +24,8 @@ constexpr unsigned kMaxConnections = 600;
 constexpr unsigned kTimeout = 30;  // seconds
 constexpr std::size_t kRequestMemory = 16 << 10;
 constexpr std::size_t kStreamBlock = 16 << 10;
+// The system's, of a stream. It holds old events for a slow viewer.
+constexpr int kSendBuffer = 64 << 10;
 constexpr std::chrono::seconds kPing{15};  // shows both ends that the other is still there
 constexpr std::size_t kMaxGuessers = 10'000;
 constexpr int kFreeGuesses = 10;
@@ -70,6 +72,14 @@ MHD_Result AnswerText(MHD_Connection* connection, unsigned status, const std::st
                "text/plain; charset=utf-8", "no-store");
 }
 
+// For an address that was copied without its last slash.
+MHD_Result AnswerSlash(MHD_Connection* connection, const QByteArray& token) {
+  Response response = FromBytes({}, MHD_RESPMEM_MUST_COPY);
+  MHD_add_response_header(response.get(), "Location", (token + '/').constData());
+  return Queue(connection, MHD_HTTP_PERMANENT_REDIRECT, std::move(response), "text/plain",
+               "no-store");
+}
+
 std::optional<int> WholeNumber(const QByteArray& text) {
   bool isNumber = false;
   const int number = text.toInt(&isNumber);
@@ -112,7 +122,7 @@ class HttpServer::Implementation {
     std::shared_ptr<Channel> channel;
     std::uint64_t seen = 0;
     Channel::Bytes event{};  // being sent
-    std::size_t sent = 0;  // of it
+    std::size_t sent = 0;    // of it
     Clock::time_point lastSent = Clock::now();
     bool isSuspended = false;
     bool isEnding = false;
@@ -244,9 +254,9 @@ MHD_Result HttpServer::Implementation::Handle(void* self, MHD_Connection* connec
                                               std::size_t* /*uploadSize*/, void** state) {
   const bool isRead = std::strcmp(method, MHD_HTTP_METHOD_GET) == 0 ||
                       std::strcmp(method, MHD_HTTP_METHOD_HEAD) == 0;
+  if (!isRead) return AnswerText(connection, MHD_HTTP_METHOD_NOT_ALLOWED, "Only GET and HEAD.\n");
   // An answer to the first call, before the request is complete, would close the connection.
   if (std::exchange(*state, *state == nullptr ? self : *state) == nullptr) return MHD_YES;
-  if (!isRead) return AnswerText(connection, MHD_HTTP_METHOD_NOT_ALLOWED, "Only GET and HEAD.\n");
   return static_cast<Implementation*>(self)->Answer(connection, QByteArray(url).mid(1), state);
 }
 
@@ -260,12 +270,13 @@ MHD_Result HttpServer::Implementation::Answer(MHD_Connection* connection, const 
   {
     const std::scoped_lock lock(myMutex);
     const auto link = myLinks.find(tokenHash);
-    if (link != myLinks.end() && slash >= 0) {
+    if (link != myLinks.end()) {
       const auto found = mySites.find(link->second);
       if (found != mySites.end()) site = &found->second;
     }
   }
   if (site == nullptr) return AnswerWrong(connection, state);
+  if (slash < 0) return AnswerSlash(connection, token);
   if (rest == "events") return AnswerStream(connection, tokenHash, *site);
   if (rest == "place.json") {
     return Queue(connection, MHD_HTTP_OK, FromBytes(site->description, MHD_RESPMEM_PERSISTENT),
@@ -313,6 +324,7 @@ MHD_Result HttpServer::Implementation::AnswerStream(MHD_Connection* connection,
     if (myViewers.size() >= kMaxViewers)
       return AnswerText(connection, MHD_HTTP_SERVICE_UNAVAILABLE, "Too many viewers.\n");
     viewer = &myViewers.emplace_back(Viewer{*this, connection, tokenHash, site.channel});
+    viewer->isEnding = myIsStopping;
   }
   Response response(MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, kStreamBlock, &ReadStream,
                                                       viewer, &EndStream));
@@ -320,6 +332,9 @@ MHD_Result HttpServer::Implementation::AnswerStream(MHD_Connection* connection,
     EndStream(viewer);
     return MHD_NO;
   }
+  const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
+  setsockopt(info->connect_fd, SOL_SOCKET, SO_SNDBUF, reinterpret_cast<const char*>(&kSendBuffer),
+             sizeof kSendBuffer);
   // For proxies that would otherwise hold events back.
   MHD_add_response_header(response.get(), "X-Accel-Buffering", "no");
   return Queue(connection, MHD_HTTP_OK, std::move(response), "text/event-stream", "no-store");

@@ -5,10 +5,10 @@
 #include <QCryptographicHash>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QLockFile>
 #include <QRandomGenerator>
 #include <QSaveFile>
 
@@ -53,13 +53,22 @@ std::optional<std::vector<Link>> Links::All() {
   return links;
 }
 
+bool Links::Locks(QLockFile& lock) {
+  if (!lock.tryLock(kLockPatience)) {
+    myError = myFile + ": another program changes it, or its folder cannot be written to";
+    return false;
+  }
+  // A file of the administrator's could not be read by the service, and ends all links.
+  const QFileInfo folder(QFileInfo(myFile).path());
+  if (QFileInfo(lock.fileName()).ownerId() == folder.ownerId()) return true;
+  myError = folder.filePath() + ": belongs to " + folder.owner() + ", who alone may change links";
+  return false;
+}
+
 std::optional<QString> Links::Add(const QString& network, const QString& label,
                                   const QDateTime& until) {
   QLockFile lock(myFile + ".lock");
-  if (!lock.tryLock(kLockPatience)) {
-    myError = myFile + ": another program changes it, or its folder cannot be written to";
-    return std::nullopt;
-  }
+  if (!Locks(lock)) return std::nullopt;
   auto links = All();
   if (!links) return std::nullopt;
   quint32 words[kTokenWords];
@@ -73,10 +82,7 @@ std::optional<QString> Links::Add(const QString& network, const QString& label,
 
 std::optional<int> Links::Revoke(const QString& labelOrNumber) {
   QLockFile lock(myFile + ".lock");
-  if (!lock.tryLock(kLockPatience)) {
-    myError = myFile + ": another program changes it, or its folder cannot be written to";
-    return std::nullopt;
-  }
+  if (!Locks(lock)) return std::nullopt;
   auto links = All();
   if (!links) return std::nullopt;
   const auto removed = std::erase_if(*links, [&](const Link& link) {

@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 #include <QDateTime>
+#include <QLockFile>
 #include <QString>
 
 namespace corvane::web {
@@ -40,6 +41,7 @@ class Links {
   static QByteArray HashOf(const QByteArray& token);
 
  private:
+  bool Locks(QLockFile& lock);
   bool Write(const std::vector<Link>& links, int lastNumber);
 
   QString myFile;

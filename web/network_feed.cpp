@@ -1,5 +1,6 @@
 #include "web/network_feed.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <QJsonDocument>
@@ -11,7 +12,8 @@
 namespace corvane::web {
 namespace {
 
-constexpr std::chrono::milliseconds kTick{250};
+constexpr std::chrono::milliseconds kMinTick{250};
+constexpr int kMaxBatches = 240;  // that wait for the end of their delay
 constexpr std::chrono::seconds kRetryAfterRefusal{60};
 constexpr std::size_t kMaxName = 64;  // characters
 
@@ -35,7 +37,7 @@ NetworkFeed::NetworkFeed(WebNetwork network, Channel& channel)
     : myNetwork(std::move(network)), myChannel(channel), myConnection({}) {
   myConnection.Others().Watch(*this);
   myTick.callOnTimeout([this] { Tick(); });
-  myTick.start(kTick);
+  myTick.start(std::max<std::chrono::milliseconds>(kMinTick, myNetwork.shown.delay / kMaxBatches));
   myRetry.setSingleShot(true);
   myRetry.callOnTimeout([this] { Start(); });
   myEnded = myConnection.SessionEnded.Connect([this](const client::Ending& ending) {

@@ -7,7 +7,6 @@ const kShapes = {
   fighting: "M9 0l2.2 5.6 5.9-1.4-2.9 5.3 4 4.6-6-.5L9 19l-2.2-5.4-6 .5 4-4.6L1.9 4.2l5.9 1.4z",
   dead: "M4 1l5 5 5-5 3 3-5 5 5 5-3 3-5-5-5 5-3-3 5-5-5-5z",
 };
-const kStates = { alive: "alive", fighting: "fighting", dead: "dead" };
 
 const element = (id) => document.getElementById(id);
 const members = new Map(); // by id
@@ -16,8 +15,10 @@ let facet = 0;
 let map = null;
 let layers = null; // of the shown facet
 let followed = null; // an id
+let landmarkRows = [];
+let listTimer = null;
 let wantedName = null; // from the address, until that member is there
-let hasFitted = false;
+let hasFitted = false; // the view to the members
 
 // ---- the map
 
@@ -50,7 +51,6 @@ function showFacet(number) {
     center: [0, 0],
     zoom: finest - 2,
   });
-  L.control.scale({ imperial: false, metric: false }).addTo(map);
   if (picture) {
     const right = picture.left + picture.width * picture.unitsPerPixel;
     const bottom = picture.top + picture.height * picture.unitsPerPixel;
@@ -65,15 +65,16 @@ function showFacet(number) {
       noWrap: true,
     }).addTo(map);
     map.fitBounds(bounds);
-    hasFitted = true;
   }
   layers = L.layerGroup().addTo(map);
   for (const landmark of place.landmarks) {
     if (landmark.facet === number) addLandmark(landmark);
   }
   map.on("dragstart", () => follow(null));
+  map.on("zoomend resize", placeLabels);
   for (const member of members.values()) drawMember(member);
   fitOnce();
+  placeLabels();
 }
 
 function labelled(className, text) {
@@ -100,16 +101,24 @@ function addLandmark(landmark) {
   }
 }
 
-function shapeOf(member) {
+// Puts the member's shape into a box, before its other children.
+function showShape(box, member) {
+  const state = kShapes[member.state] ? member.state : "alive";
+  if (box.dataset.state === state) return;
+  box.dataset.state = state;
   const svg = document.createElementNS("http://www.w3.org/2000/svg", "svg");
   const path = document.createElementNS("http://www.w3.org/2000/svg", "path");
-  const state = kShapes[member.state] ? member.state : "alive";
   svg.setAttribute("viewBox", "-1 -1 20 21");
   svg.setAttribute("class", `mark ${state}`);
   svg.setAttribute("aria-hidden", "true");
   path.setAttribute("d", kShapes[state]);
   svg.append(path);
-  return svg;
+  box.querySelector("svg")?.remove();
+  box.prepend(svg);
+}
+
+function setText(node, text) {
+  if (node.textContent !== text) node.textContent = text;
 }
 
 function nameOf(member) {
@@ -135,9 +144,8 @@ function drawMember(member) {
     member.marker.addTo(layers);
   }
   member.marker.setLatLng(at(member.x, member.y));
-  member.box.querySelector("svg")?.remove();
-  member.box.prepend(shapeOf(member));
-  member.label.textContent = labelOf(member);
+  showShape(member.box, member);
+  setText(member.label, labelOf(member));
   member.label.hidden = member.label.textContent === "";
   markMember(member);
   if (member.id === followed) map.panTo(at(member.x, member.y));
@@ -153,7 +161,28 @@ function fitOnce() {
   const shown = [...members.values()].filter((member) => member.facet === facet);
   if (hasFitted || shown.length === 0 || followed !== null) return;
   hasFitted = true;
-  map.fitBounds(L.latLngBounds(shown.map((one) => at(one.x, one.y))).pad(0.2), { maxZoom: 1 });
+  map.fitBounds(L.latLngBounds(shown.map((one) => at(one.x, one.y))),
+    { padding: [50, 30], maxZoom: map.getMaxZoom() - 4 });
+}
+
+// Labels stand right of their shapes, or left where the map ends. One that would cover another is
+// hidden; the followed member's comes first.
+function placeLabels() {
+  const width = map.getSize().x;
+  const placed = [];
+  const drawn = [...members.values()].filter((member) => member.marker && !member.label.hidden);
+  drawn.sort((one, other) => (other.id === followed) - (one.id === followed));
+  for (const member of drawn) {
+    const { x, y } = map.latLngToContainerPoint(member.marker.getLatLng());
+    const size = member.label.textContent.length * 8 + 8;
+    const isLeft = x + 11 + size > width;
+    const from = isLeft ? x - 11 - size : x + 11;
+    const isHidden = placed.some(
+      (one) => from < one.from + one.size && one.from < from + size && Math.abs(one.y - y) < 20);
+    if (!isHidden) placed.push({ from, size, y });
+    member.label.classList.toggle("left", isLeft);
+    member.label.classList.toggle("covered", isHidden);
+  }
 }
 
 // ---- the list
@@ -169,7 +198,7 @@ function ageText(member) {
 
 function detailsOf(member) {
   const parts = [`${member.x}, ${member.y}`, `facet ${member.facet}`];
-  if (member.state) parts.push(kStates[member.state] ?? member.state);
+  if (member.state) parts.push(member.state);
   parts.push(ageText(member));
   return parts.join(" · ");
 }
@@ -189,10 +218,11 @@ function rowOf(member) {
   }
   const button = member.row.firstChild;
   const [shape, name, points, details] = button.children;
-  shape.replaceChildren(shapeOf(member));
-  name.textContent = nameOf(member) || `Member ${member.id}`;
-  points.textContent = member.hitPoints ?? "";
-  details.textContent = detailsOf(member);
+  showShape(shape, member);
+  setText(name, nameOf(member) || `Member ${member.id}`);
+  setText(points, String(member.hitPoints ?? ""));
+  points.setAttribute("aria-label", `${points.textContent} hit points`);
+  setText(details, detailsOf(member));
   button.setAttribute("aria-pressed", String(member.id === followed));
   return member.row;
 }
@@ -202,7 +232,7 @@ function showList() {
   const shown = [...members.values()]
     .filter((member) => nameOf(member).toLocaleLowerCase().includes(wanted))
     .sort((one, other) => nameOf(one).localeCompare(nameOf(other)) || one.id - other.id);
-  const rows = shown.map(rowOf);
+  const rows = [...shown.map(rowOf), ...landmarkRows.filter((row) => row.dataset.name.includes(wanted))];
   const list = element("members");
   // Rows that stay in place keep the keyboard's focus.
   if (rows.length !== list.children.length || rows.some((row, i) => row !== list.children[i])) {
@@ -213,6 +243,40 @@ function showList() {
   element("count").textContent =
     shown.length === members.size ? `${members.size} members` : `${shown.length} of ${members.size} members`;
   for (const member of members.values()) markMember(member);
+  placeLabels();
+}
+
+// At most twice a second, however much news there is.
+function showListSoon() {
+  listTimer ??= setTimeout(() => {
+    listTimer = null;
+    showList();
+  }, 500);
+}
+
+function rowOfLandmark(landmark) {
+  const row = document.createElement("li");
+  row.dataset.name = landmark.name.toLocaleLowerCase();
+  const button = document.createElement("button");
+  button.type = "button";
+  const parts = ["shape", "name", "points"].map(() => document.createElement("span"));
+  const pin = document.createElement("span");
+  pin.className = "pin";
+  pin.style.background = landmark.colour;
+  parts[0].append(pin);
+  parts[1].className = "name";
+  parts[1].textContent = landmark.name;
+  const details = document.createElement("small");
+  details.textContent =
+    [`${landmark.x}, ${landmark.y}`, `facet ${landmark.facet}`, "landmark", landmark.note]
+      .filter(Boolean).join(" · ");
+  button.append(...parts, details);
+  button.addEventListener("click", () => {
+    location.hash = `${landmark.x},${landmark.y},${landmark.facet}`;
+    readFragment();
+  });
+  row.append(button);
+  return row;
 }
 
 function listFacets() {
@@ -243,7 +307,12 @@ function follow(id) {
 }
 
 function readFragment() {
-  const text = decodeURIComponent(location.hash.slice(1));
+  let text = location.hash.slice(1);
+  try {
+    text = decodeURIComponent(text);
+  } catch {
+    // As it stands.
+  }
   if (text.startsWith("member=")) {
     wantedName = text.slice("member=".length);
     return followWanted();
@@ -282,9 +351,7 @@ function removeMember(id) {
 }
 
 function showBanner(text) {
-  const banner = element("banner");
-  banner.hidden = text === "";
-  if (banner.textContent !== text) banner.textContent = text;
+  setText(element("banner"), text);
 }
 
 function take(news) {
@@ -294,7 +361,7 @@ function take(news) {
   listFacets();
   fitOnce();
   followWanted();
-  showList();
+  showListSoon();
 }
 
 function connect() {
@@ -322,6 +389,7 @@ async function start() {
   } catch {
     // The stream says that the connection is lost.
   }
+  landmarkRows = place.landmarks.map(rowOfLandmark);
   showFacet(place.facets[0] ?? place.pictures[0]?.facet ?? 0);
   listFacets();
   element("facet").addEventListener("change", (event) => {
@@ -332,6 +400,7 @@ async function start() {
   element("toggle").addEventListener("click", () => {
     const isOpen = element("panel").classList.toggle("open");
     element("toggle").setAttribute("aria-expanded", String(isOpen));
+    map.invalidateSize();
   });
   addEventListener("hashchange", readFragment);
   readFragment();
