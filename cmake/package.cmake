@@ -33,7 +33,7 @@ endmacro()
 # Installs the documents for a program's users. They link to one another.
 function(corvane_guides program)
   install(FILES docs/internet.md docs/map.md docs/operating.md docs/performance.md docs/protocol.md
-    docs/security.md DESTINATION share/doc/${program})
+    docs/security.md docs/web.md DESTINATION share/doc/${program})
   install(DIRECTORY docs/images DESTINATION share/doc/${program})
 endfunction()
 
@@ -121,10 +121,17 @@ install(TARGETS corvane-map DESTINATION bin)
 install(FILES packaging/linux/corvane-map.mime.xml
   DESTINATION share/mime/packages RENAME corvane-map.xml)
 
+corvane_documents(corvane-web)
+corvane_guides(corvane-web)
+install(TARGETS corvane-web DESTINATION bin)
+install(FILES packaging/linux/web/corvane-web.service DESTINATION /lib/systemd/system)
+install(DIRECTORY packaging/web/ DESTINATION share/doc/corvane-web/examples)
+install(DIRECTORY DESTINATION /etc/corvane-web)
+
 set(CPACK_PACKAGE_NAME corvane)
 set(CPACK_PACKAGE_VERSION ${CORVANE_FULL_VERSION})
 set(CPACK_PACKAGE_CONTACT "Corvane Server Developers <noreply@corvane.invalid>")
-set(CPACK_COMPONENTS_ALL corvane-serverd corvane-server corvane-map)
+set(CPACK_COMPONENTS_ALL corvane-serverd corvane-server corvane-map corvane-web)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_ENABLE_COMPONENT_DEPENDS OFF)
 set(CPACK_DEBIAN_CORVANE-SERVERD_PACKAGE_NAME corvane-serverd)
@@ -161,6 +168,17 @@ from here.")
 # The system's authorities, for encrypted connections.
 set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_CORVANE-MAP_PACKAGE_SUGGESTS qt6-wayland)
+set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_NAME corvane-web)
+set(CPACK_DEBIAN_CORVANE-WEB_DESCRIPTION
+  "map of the players of a Corvane network in a browser\n\
+Logs into networks of a Corvane server and shows their members in a browser,\n\
+read-only, to those who have a link. Runs as a service behind a web server.")
+set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_DEPENDS "libjs-leaflet, adduser")
+set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_RECOMMENDS "nginx | caddy, ca-certificates")
+set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_CONTROL_EXTRA
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/web/debian/postinst
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/web/debian/prerm
+  ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/web/debian/postrm)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)

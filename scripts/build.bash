@@ -17,7 +17,7 @@ fail() {
 # ---- packages
 
 build_packages=(g++ cmake ninja-build qt6-base-dev libsqlite3-dev libxml2-dev libpng-dev
-  libmaxminddb-dev libmicrohttpd-dev pkgconf)
+  libmaxminddb-dev libmicrohttpd-dev)
 data_packages=(sqlite3 python3)
 leaflet_packages=(libjs-leaflet)
 test_packages=(libgtest-dev libgmock-dev openssl "${leaflet_packages[@]}")
@@ -26,8 +26,8 @@ proxy_packages=(stunnel4 haproxy)
 container_packages=(mmdebstrap buildah)
 desktop_packages=(xvfb openbox trayer xdotool x11-utils imagemagick fonts-dejavu-core openssl)
 deb_packages=(dpkg-dev file lintian appstream)
-# SQLite's one-file form needs tcl.
-windows_packages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl qt6-base-dev-tools nsis zip
+# SQLite's one-file form needs tcl, Qt's configuration pkgconf.
+windows_packages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl pkgconf qt6-base-dev-tools nsis zip
   "${leaflet_packages[@]}")
 wine_packages=(wine wine64 fonts-wine)
 # llvm has llvm-symbolizer, which names the functions of a leak.

@@ -263,7 +263,7 @@ MHD_Result HttpServer::Implementation::Handle(void* self, MHD_Connection* connec
 MHD_Result HttpServer::Implementation::Answer(MHD_Connection* connection, const QByteArray& path,
                                               void** state) {
   const qsizetype slash = path.indexOf('/');
-  const QByteArray token = path.left(slash);
+  const QByteArray token = slash < 0 ? path : path.left(slash);
   const QByteArray rest = slash < 0 ? QByteArray() : path.mid(slash + 1);
   const QByteArray tokenHash = Links::HashOf(token);
   const Site* site = nullptr;
