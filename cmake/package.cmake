@@ -174,7 +174,9 @@ set(CPACK_DEBIAN_CORVANE-WEB_DESCRIPTION
 Logs into networks of a Corvane server and shows their members in a browser,\n\
 read-only, to those who have a link. Runs as a service behind a web server.")
 set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_DEPENDS "libjs-leaflet, adduser")
-set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_RECOMMENDS "nginx | caddy, ca-certificates")
+set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_SUGGESTS "nginx | caddy")
+# The system's authorities, for encrypted connections.
+set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_RECOMMENDS ca-certificates)
 set(CPACK_DEBIAN_CORVANE-WEB_PACKAGE_CONTROL_EXTRA
   ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/web/debian/postinst
   ${CMAKE_CURRENT_SOURCE_DIR}/packaging/linux/web/debian/prerm

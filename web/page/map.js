@@ -64,7 +64,7 @@ function showFacet(number) {
       bounds,
       noWrap: true,
     }).addTo(map);
-    map.fitBounds(bounds);
+    map.fitBounds(bounds, { animate: false });
   }
   layers = L.layerGroup().addTo(map);
   for (const landmark of place.landmarks) {
@@ -162,7 +162,7 @@ function fitOnce() {
   if (hasFitted || shown.length === 0 || followed !== null) return;
   hasFitted = true;
   map.fitBounds(L.latLngBounds(shown.map((one) => at(one.x, one.y))),
-    { padding: [50, 30], maxZoom: map.getMaxZoom() - 4 });
+    { padding: [50, 30], maxZoom: map.getMaxZoom() - 4, animate: false });
 }
 
 // Labels stand right of their shapes, or left where the map ends. One that would cover another is
