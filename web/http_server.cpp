@@ -21,7 +21,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr unsigned kMaxConnections = 600;
-constexpr unsigned kTimeout = 30;  // seconds
+constexpr unsigned kTimeout = 10;  // seconds
+constexpr unsigned kStreamTimeout = 30;
 constexpr std::size_t kRequestMemory = 16 << 10;
 constexpr std::size_t kStreamBlock = 16 << 10;
 // The system's, of a stream. It holds old events for a slow viewer.
@@ -335,6 +336,7 @@ MHD_Result HttpServer::Implementation::AnswerStream(MHD_Connection* connection,
   const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CONNECTION_FD);
   setsockopt(info->connect_fd, SOL_SOCKET, SO_SNDBUF, reinterpret_cast<const char*>(&kSendBuffer),
              sizeof kSendBuffer);
+  MHD_set_connection_option(connection, MHD_CONNECTION_OPTION_TIMEOUT, kStreamTimeout);
   // For proxies that would otherwise hold events back.
   MHD_add_response_header(response.get(), "X-Accel-Buffering", "no");
   return Queue(connection, MHD_HTTP_OK, std::move(response), "text/event-stream", "no-store");

@@ -74,7 +74,7 @@ Function ${PREFIX}WaitUntilEnd
     IntOp $1 $1 + 1
   ${LoopUntil} $1 = 20
   MessageBox MB_RETRYCANCEL|MB_ICONEXCLAMATION \
-    "$3 is running. End it by its menu $\"File$\", then try again." \
+    "$3 is running. End it, then try again." \
     /SD IDCANCEL IDRETRY again
   SetErrorLevel 2
   Quit
@@ -88,6 +88,9 @@ FunctionEnd
   Call ${PREFIX}WaitUntilEnd
   Push "${MAP_NAME}"
   Push "${MAP_PROGRAM}"
+  Call ${PREFIX}WaitUntilEnd
+  Push "corvane-web"
+  Push "corvane-web.exe"
   Call ${PREFIX}WaitUntilEnd
 !macroend
 
