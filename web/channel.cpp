@@ -1,7 +1,5 @@
 #include "web/channel.h"
 
-#include <utility>
-
 namespace corvane::web {
 namespace {
 
@@ -17,17 +15,17 @@ std::string Status(bool isOnline) {
 
 }  // namespace
 
-void Channel::Publish(Update update) {
+void Channel::Publish(const Update& update) {
   const std::scoped_lock lock(myMutex);
   const auto now = Clock::now();
   std::string members;
-  for (auto& [id, fields] : update.changed) {
+  for (const auto& [id, fields] : update.changed) {
     Member& member = myMembers[id];
     member.news = now;
     if (member.fields == fields && now - member.published < kNewsAgain) continue;
     member.published = now;
     members += (members.empty() ? "{" : ",{") + fields + ",\"age\":0}";
-    member.fields = std::move(fields);
+    member.fields = fields;
   }
   std::string left;
   for (const int id : update.left) {

@@ -28,7 +28,7 @@ class Channel {
     bool isOnline = true;
   };
   // Does nothing if the update changes nothing.
-  void Publish(Update update);
+  void Publish(const Update& update);
 
   struct Event {
     std::uint64_t version = 0;

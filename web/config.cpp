@@ -36,7 +36,7 @@ class Fault : public std::runtime_error {
 QByteArray ReadFile(const QString& name, qint64 maxBytes) {
   QFile file(name);
   if (!file.open(QIODevice::ReadOnly)) throw Fault(name + ": " + file.errorString());
-  const QByteArray bytes = file.read(maxBytes + 1);
+  QByteArray bytes = file.read(maxBytes + 1);
   if (bytes.size() > maxBytes) throw Fault(name + ": the file is too long");
   return bytes;
 }
@@ -53,7 +53,7 @@ class Fields {
 
   QJsonValue Take(const QString& name, QJsonValue::Type type, const QJsonValue& otherwise) {
     if (!myObject.contains(name)) return otherwise;
-    const QJsonValue value = myObject.take(name);
+    QJsonValue value = myObject.take(name);
     if (value.type() != type) throw Fault(Path(name) + ": a value of the wrong type");
     return value;
   }

@@ -235,7 +235,7 @@ ssize_t HttpServer::Implementation::ReadStream(void* viewer, std::uint64_t /*pos
     return 0;
   }
   const std::size_t bytes = std::min(size, self.event->size() - self.sent);
-  std::memcpy(buffer, self.event->data() + self.sent, bytes);
+  std::copy_n(self.event->data() + self.sent, bytes, buffer);
   self.sent += bytes;
   self.lastSent = Clock::now();
   if (self.sent == self.event->size()) self.event = nullptr;

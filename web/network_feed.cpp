@@ -90,7 +90,7 @@ void NetworkFeed::Tick() {
   }
   myBatches.push_back({now + myNetwork.shown.delay, std::move(update)});
   for (; !myBatches.empty() && myBatches.front().due <= now; myBatches.pop_front())
-    myChannel.Publish(std::move(myBatches.front().update));
+    myChannel.Publish(myBatches.front().update);
 }
 
 std::string NetworkFeed::FieldsOf(const client::Member& member, int id) const {

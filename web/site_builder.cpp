@@ -23,7 +23,7 @@ bool IsShown(const WebNetwork& network, int facet) {
 QString TilesOf(const map::PlacePicture& picture, const QDir& data,
                 const std::function<void(const QString&)>& reported, QString& error) {
   const QByteArray hash = QCryptographicHash::hash(picture.bytes, QCryptographicHash::Sha256);
-  const QString folder = data.absoluteFilePath("tiles-" + QString::fromLatin1(hash.toHex()));
+  QString folder = data.absoluteFilePath("tiles-" + QString::fromLatin1(hash.toHex()));
   if (QFileInfo::exists(folder)) return folder;
   reported("cutting a picture of " + QString::number(picture.bytes.size() >> 10) + " KiB");
   QSaveFile file(folder + '.' + map::ImageSuffix(picture.bytes));
