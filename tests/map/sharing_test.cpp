@@ -4,6 +4,7 @@
 
 #include <QBuffer>
 #include <QClipboard>
+#include <QDir>
 #include <QDropEvent>
 #include <QFile>
 #include <QGuiApplication>
@@ -203,7 +204,7 @@ TEST(RunningMap, TakesOverWhatAnotherStartIsToOpen) {
     return isTaken.load();
   };
   EXPECT_FALSE(handOver("x")) << "there is none";
-  QFile dead(LocalSocketName(folder.path(), kMapSocket));
+  QFile dead(QDir(folder.path()).filePath(LocalSocketName(folder.path(), kMapSocket)));
   EXPECT_TRUE(dead.open(QFile::WriteOnly));
   dead.close();
   RunningMap first(folder.path());
