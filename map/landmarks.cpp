@@ -1,6 +1,7 @@
 #include "map/landmarks.h"
 
 #include <QContextMenuEvent>
+#include <QDir>
 #include <QFile>
 #include <QFileDialog>
 #include <QHelpEvent>
@@ -146,9 +147,9 @@ void Landmarks::AskForImport() {
 }
 
 void Landmarks::AskForExport() {
-  const QString file =
-      QFileDialog::getSaveFileName(&myWindow, tr("Export Landmarks"),
-                                   QStringLiteral("landmarks.geojson"), tr("GeoJSON (*.geojson)"));
+  const QString file = QFileDialog::getSaveFileName(
+      &myWindow, tr("Export Landmarks"), QDir::home().filePath(QStringLiteral("landmarks.geojson")),
+      tr("GeoJSON (*.geojson)"));
   if (!file.isEmpty()) Export(file);
 }
 

@@ -4,6 +4,7 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QDir>
 #include <QFileDialog>
 #include <QFormLayout>
 #include <QGroupBox>
@@ -97,7 +98,7 @@ void ShareDialog::AskForPath() {
   static const QRegularExpression special(QStringLiteral("[^\\w ]"),
                                           QRegularExpression::UseUnicodePropertiesOption);
   QString name = myPlace.network.left(60).replace(special, QStringLiteral("_"));
-  QFileDialog dialog(this, tr("Save Place"), name, tr("Places (*.corvane)"));
+  QFileDialog dialog(this, tr("Save Place"), QDir::home().filePath(name), tr("Places (*.corvane)"));
   dialog.setAcceptMode(QFileDialog::AcceptSave);
   dialog.setDefaultSuffix(QStringLiteral("corvane"));
   if (dialog.exec() == QDialog::Accepted) Save(dialog.selectedFiles().value(0));
