@@ -214,7 +214,7 @@ TEST_F(AlarmWindowTest, AnAlarmIsWrittenAndMarkedInTheListAndOnTheMap) {
 
 TEST_F(AlarmWindowTest, ACircleIsDrawnNamedEditedAndDeleted) {
   const auto bob = Member("Bob", "1000,1000,0,100,0,0");
-  myWindow->map->ShowAll();
+  ASSERT_TRUE(ComesOnMap({1000, 1000}));
   const auto drag = [&](QPoint from, QPoint to) {
     myWindow->actions->actDrawCircle->trigger();
     QTest::mousePress(Surface(), Qt::LeftButton, {}, from);

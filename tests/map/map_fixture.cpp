@@ -62,6 +62,10 @@ bool WindowTest::Shows(const QString& text) {
   return PumpUntil([&] { return myWindow->txtMessages->toPlainText().contains(text); });
 }
 
+bool WindowTest::ComesOnMap(QPointF place) {
+  return PumpUntil([&] { return myWindow->map->viewport()->rect().contains(OnMap(place)); });
+}
+
 std::vector<std::string> WindowTest::Rows() {
   const QAbstractItemModel& model = *myWindow->pnlMembers->lstMembers->model();
   std::vector<std::string> rows;

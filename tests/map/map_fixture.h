@@ -53,6 +53,8 @@ class WindowTest : public testing::Test {
   QPoint CellAt(int row);
   // Where the map shows the place.
   QPoint OnMap(QPointF place) { return myWindow->map->mapFromScene(place); }
+  // Waits until the map shows the place, as it does by itself after the first report.
+  bool ComesOnMap(QPointF place);
   // The map, painted now.
   QImage Painted() { return myWindow->map->viewport()->grab().toImage(); }
 

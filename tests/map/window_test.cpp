@@ -35,7 +35,7 @@ TEST_F(FrameTest, TheMapHasMostOfTheWindowAndChoicesStay) {
       .setValue("stored/layout", QByteArray("[no layout"));
   Restart();
   Click(myWindow->barOwn->chkSend);
-  for (const QSize size : {QSize(640, 480), QSize(800, 600), QSize(1180, 760), QSize(1900, 1060)}) {
+  for (const QSize size : {QSize(640, 480), QSize(800, 600), QSize(1180, 760), QSize(1700, 850)}) {
     Resize(size);
     EXPECT_EQ(myWindow->size(), size);
     EXPECT_GE(MapShare(), 0.7) << size.width();
@@ -49,12 +49,12 @@ TEST_F(FrameTest, TheMapHasMostOfTheWindowAndChoicesStay) {
   EXPECT_EQ(myWindow->txtMessages->cursorForPosition({9, 9}).block().text().right(3), "two");
   // What is opened in a small window stays open there, also after a restart, but not in a smaller
   // one.
-  Resize({700, 500});
+  Resize({650, 485});
   myWindow->actions->actMembers->trigger();
   myWindow->actions->actMessages->trigger();
   List().horizontalHeader()->actions().at(MembersModel::kX - 1)->trigger();
   Restart();
-  EXPECT_EQ(myWindow->size(), QSize(700, 500));
+  EXPECT_EQ(myWindow->size(), QSize(650, 485));
   EXPECT_TRUE(List().isVisible());
   EXPECT_FALSE(List().isColumnHidden(MembersModel::kX));
   EXPECT_TRUE(List().isColumnHidden(MembersModel::kY));
