@@ -42,31 +42,35 @@ void FacetPictures::Show() {
 }
 
 void FacetPictures::Set(int facet, const MapPicture& picture) {
-  myTrials.push_back({facet, picture});
+  myTrials.push_back({mySettings.CurrentPlace(), facet, picture});
   if (myTrials.size() == 1) TryNext();
 }
 
 void FacetPictures::TryNext() {
   while (!myTrials.empty()) {
-    const auto [facet, picture] = myTrials.front();
+    const auto [place, facet, picture] = myTrials.front();
     const std::optional<QString> folder = myTrialPictures.FolderFor(picture);
     if (!folder) return;  // it is being cut
     const bool works =
         picture.kind == MapPicture::Kind::None || TilePyramid::Open(*folder).has_value();
     myTrials.pop_front();
-    works ? Store(facet, picture) : myMessages.Add(PictureDialog::NoTilesText(*folder));
+    works ? Store(place, facet, picture) : myMessages.Add(PictureDialog::NoTilesText(*folder));
   }
 }
 
-void FacetPictures::Store(int facet, const MapPicture& picture) {
-  mySettings.SetPictureOf(facet, picture);
+// The map may show another place meanwhile.
+void FacetPictures::Store(const PlaceKey& place, int facet, const MapPicture& picture) {
+  // What belongs to no server is the first one's.
+  mySettings.SetPictureOf(place.host.isEmpty() ? mySettings.CurrentPlace() : place, facet, picture);
   if (facet == myMap.Scene()->Facet()) Show();
 }
 
 void FacetPictures::Ask() {
   const int facet = myMap.Scene()->Facet();
   auto* dialog = new PictureDialog(facet, mySettings.PictureOf(facet), myCacheFolder, myWindow);
-  dialog->Chosen = [this, facet](const MapPicture& picture) { Store(facet, picture); };
+  dialog->Chosen = [this, place = mySettings.CurrentPlace(), facet](const MapPicture& picture) {
+    Store(place, facet, picture);
+  };
   dialog->open();
 }
 

@@ -31,17 +31,18 @@ class FacetPictures {
 
   // Shows the picture of the map's scene. Call it with each scene.
   void Show();
-  // Stores the facet's picture and shows it, after the ones given before. One that does not work is
-  // reported to the messages.
+  // Stores the facet's picture for the current place and shows it, after the ones given before. One
+  // that does not work is reported to the messages.
   void Set(int facet, const MapPicture& picture);
   // Opens the dialog for the facet of the map's scene.
   void Ask();
 
  private:
-  void Store(int facet, const MapPicture& picture);
+  void Store(const PlaceKey& place, int facet, const MapPicture& picture);
   void TryNext();
 
   struct Trial {
+    PlaceKey place;
     int facet;
     MapPicture picture;
   };

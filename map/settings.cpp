@@ -26,6 +26,10 @@ QString GroupOf(const PlaceKey& place) {
   return "/places/" + key;
 }
 
+QString PictureGroup(const PlaceKey& place, int facet) {
+  return GroupOf(place) + kPictures + '/' + QString::number(facet);
+}
+
 bool IsSameEntry(const RecentServer& one, const RecentServer& other) {
   return one.host == other.host && one.port == other.port && one.network == other.network &&
          one.userName == other.userName;
@@ -122,13 +126,9 @@ void Settings::CopyContent(const PlaceKey& place) {
   }
 }
 
-QString Settings::PictureGroup(int facet) const {
-  return GroupOf(myPlace) + kPictures + '/' + QString::number(facet);
-}
-
 MapPicture Settings::PictureOf(int facet) const {
   MapPicture picture;
-  mySettings.beginGroup(PictureGroup(facet));
+  mySettings.beginGroup(PictureGroup(myPlace, facet));
   const QString kind = mySettings.value("kind").toString();
   if (kind == QLatin1String("image")) picture.kind = MapPicture::Kind::Image;
   if (kind == QLatin1String("tiles")) picture.kind = MapPicture::Kind::Tiles;
@@ -140,10 +140,11 @@ MapPicture Settings::PictureOf(int facet) const {
   return picture;
 }
 
-void Settings::SetPictureOf(int facet, const MapPicture& picture) {
-  mySettings.remove(PictureGroup(facet));
+void Settings::SetPictureOf(const PlaceKey& place, int facet, const MapPicture& picture) {
+  const QString group = PictureGroup(place, facet);
+  mySettings.remove(group);
   if (picture.kind == MapPicture::Kind::None) return;
-  mySettings.beginGroup(PictureGroup(facet));
+  mySettings.beginGroup(group);
   mySettings.setValue("kind", picture.kind == MapPicture::Kind::Image ? "image" : "tiles");
   mySettings.setValue("path", picture.path);
   mySettings.setValue("left", picture.corner.x());

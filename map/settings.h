@@ -58,7 +58,8 @@ class Settings {
   Signal<> PlaceChanged;
 
   MapPicture PictureOf(int facet) const;
-  void SetPictureOf(int facet, const MapPicture& picture);
+  void SetPictureOf(int facet, const MapPicture& picture) { SetPictureOf(myPlace, facet, picture); }
+  void SetPictureOf(const PlaceKey& place, int facet, const MapPicture& picture);
   // The facets with a picture, ascending.
   QList<int> Pictured() const;
 
@@ -71,7 +72,6 @@ class Settings {
 
  private:
   void StoreRecent(const QList<RecentServer>& servers);
-  QString PictureGroup(int facet) const;
   void CopyContent(const PlaceKey& place);
 
   mutable QSettings mySettings;

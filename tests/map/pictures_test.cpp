@@ -254,6 +254,23 @@ TEST_F(PicturesTest, ABrokenOneReplacesNoneAndTwoKnownPlacesPlaceAGoodOne) {
   EXPECT_NE(ColourAt({950, 550}), kLeft.rgb());
 }
 
+TEST_F(PicturesTest, APictureBelongsToThePlaceForWhichItWasGiven) {
+  const QString file = myFolder.filePath("map.png");
+  ASSERT_TRUE(FourQuarters({700, 300}).save(file));
+  const auto enter = [&](const char* network) {
+    myWindow->LoginTo({"127.0.0.1", 1, network, "Ann", {}});
+  };
+  const auto hasPicture = [&] { return !myWindow->map->Scene()->PictureBounds().isNull(); };
+  enter("North");
+  myWindow->SetPicture(0, {MapPicture::Kind::Image, file, {}, 1});
+  myWindow->SetPicture(1, {MapPicture::Kind::Tiles, myFolder.path(), {}, 1});
+  enter("South");
+  ASSERT_TRUE(Shows("There are no tiles in")) << "the first is cut";
+  EXPECT_FALSE(hasPicture());
+  enter("North");
+  EXPECT_TRUE(PumpUntil(hasPicture));
+}
+
 TEST_F(PicturesTest, FailuresAreReported) {
   const QString file = myFolder.filePath("map.png");
   QFile out(file);
