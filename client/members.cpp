@@ -12,18 +12,12 @@ const Member* Members::Find(std::string_view name) const {
 }
 
 void Members::Take(const MemberRecord& record, bool isNews, Clock::time_point now) {
-  if (record.name.size() > kMaxNameBytes) {
-    myIsIncomplete = true;
-    return;
-  }
+  if (record.name.size() > kMaxNameBytes) return Drop();
   const bool hasPlace = isNews || record.report != Report{};
   std::string key = FoldText(record.name);
   const auto place = myMembers.find(key);
   if (place == myMembers.end()) {
-    if (myMembers.size() >= kMaxMembers) {
-      myIsIncomplete = true;
-      return;
-    }
+    if (myMembers.size() >= kMaxMembers) return Drop();
     const Member& added = myMembers
                               .emplace(std::move(key), Member{std::string(record.name),
                                                               record.report, now, hasPlace, true})
@@ -41,6 +35,11 @@ void Members::Take(const MemberRecord& record, bool isNews, Clock::time_point no
   member.hasPlace = hasPlace;
   for (MembersWatcher* watcher : myWatchers)
     watcher->Changed(member);
+}
+
+void Members::Drop() {
+  myIsIncomplete = true;
+  myHasDropped = true;
 }
 
 void Members::Remove(std::string_view name) {
@@ -62,6 +61,7 @@ void Members::Clear() {
 }
 
 void Members::BeginList() {
+  myHasDropped = false;
   for (auto& [key, member] : myMembers)
     member.isListed = false;
 }
@@ -69,6 +69,7 @@ void Members::BeginList() {
 void Members::EndList() {
   for (auto place = myMembers.begin(); place != myMembers.end();)
     place = place->second.isListed ? std::next(place) : Remove(place);
+  myIsIncomplete = myHasDropped;
   myIsCurrent = true;
 }
 

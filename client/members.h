@@ -49,7 +49,7 @@ class Members {
   std::size_t Count() const { return myMembers.size(); }
   // Null if there is no member of that name.
   const Member* Find(std::string_view name) const;
-  // Whether a member was dropped since the last Clear.
+  // Whether a member was dropped since the begin of the last complete list, or the last Clear.
   bool IsIncomplete() const { return myIsIncomplete; }
   // False from Expire to the end of the next list: the members are those of an earlier session.
   bool IsCurrent() const { return myIsCurrent; }
@@ -72,11 +72,13 @@ class Members {
   using Map = std::unordered_map<std::string, Member>;  // by folded name
 
   void Take(const MemberRecord& record, bool isNews, Clock::time_point now);
+  void Drop();
   Map::iterator Remove(Map::iterator place);
 
   Map myMembers;
   std::vector<MembersWatcher*> myWatchers;
   bool myIsIncomplete = false;
+  bool myHasDropped = false;  // since BeginList
   bool myIsCurrent = true;
 };
 

@@ -79,8 +79,9 @@ TEST_F(MembersTest, AreBoundedInNumberAndInNames) {
   for (int i = 0; i < 20'000; ++i)
     Relay("user " + std::to_string(i));
   EXPECT_EQ(members.Count(), Members::kMaxMembers);
+  members.BeginList();
   EXPECT_TRUE(members.IsIncomplete());
-  members.Clear();
+  members.EndList();
   EXPECT_FALSE(members.IsIncomplete());
   EXPECT_EQ(members.Count(), 0U);
 }
