@@ -8,7 +8,6 @@
 #include <QWidget>
 
 #include "framework/text.h"
-#include "map/alarms/alarm_text.h"
 #include "map/coordinates.h"
 #include "map/crowds.h"
 #include "map/label_placement.h"
@@ -74,8 +73,7 @@ void AvoidChildren(const QWidget& window, LabelPlacement& placement) {
 }  // namespace
 
 QString Highlights::AlarmOf(const Member* member, const client::Report& report) const {
-  if (alarms == nullptr) return {};
-  return StateText(alarms->StateOf(member), report, alarms->Rules());
+  return alarms == nullptr ? QString() : alarms->TextOf(member, report);
 }
 
 MarkersItem::MarkersItem(MarkerBoard& board, const Highlights& highlights, int facet)

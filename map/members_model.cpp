@@ -10,7 +10,6 @@
 
 #include "framework/visible_text.h"
 #include "map/alarm_art.h"
-#include "map/alarms/alarm_text.h"
 
 namespace corvane::map {
 namespace {
@@ -81,7 +80,7 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     case kHp:
       return row.member->report.hp;
     case kState:
-      return StateOf(*row.member);
+      return sorts ? QVariant(RankOf(*row.member)) : StateOf(*row.member);
     default:
       if (sorts) return static_cast<qint64>(Age(*row.member).count());
       return NewsOf(*row.member);
@@ -96,13 +95,18 @@ QVariant MembersModel::headerData(int section, Qt::Orientation orientation, int 
 }
 
 QString MembersModel::AlarmOf(const Member& member) const {
-  if (myAlarms == nullptr) return {};
-  return StateText(myAlarms->StateOf(&member == &myOwn ? nullptr : &member), member.report,
-                   myAlarms->Rules());
+  if (myAlarms == nullptr || !member.hasPlace) return {};
+  return myAlarms->TextOf(&member == &myOwn ? nullptr : &member, member.report);
+}
+
+int MembersModel::RankOf(const Member& member) const {
+  const int rank = 2 * int{!member.report.isDead} + int{!member.report.inBattle};
+  if (!member.hasPlace) return 8;
+  return AlarmOf(member).isEmpty() ? 4 + rank : rank;
 }
 
 QString MembersModel::StateOf(const Member& member) const {
-  const QString alarm = member.hasPlace ? AlarmOf(member) : QString();
+  const QString alarm = AlarmOf(member);
   return alarm.isEmpty() ? PlainStateOf(member) : alarm;
 }
 

@@ -68,6 +68,8 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   QString StateOf(const client::Member& member) const;
   // Empty without an alarm.
   QString AlarmOf(const client::Member& member) const;
+  // By state: alarms first, members without a place last.
+  int RankOf(const client::Member& member) const;
 
   client::Members& myMembers;
   client::Member myOwn;

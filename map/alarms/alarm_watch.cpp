@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "framework/text.h"
+#include "map/alarms/alarm_text.h"
 
 namespace corvane::map {
 namespace {
@@ -16,6 +17,8 @@ using std::chrono::seconds;
 
 // The system slept, or the clock was set, if Advance() was not called for as long.
 constexpr seconds kMaxGap{10};
+// There are few, unless many circles overlap.
+constexpr std::size_t kMaxTexts = 1000;
 
 }  // namespace
 
@@ -31,6 +34,7 @@ AlarmWatch::~AlarmWatch() {
 void AlarmWatch::SetRules(AlarmRules rules) {
   myRules = std::move(rules);
   myRules.circles.resize(std::min(myRules.circles.size(), AlarmRules::kMaxCircles));
+  myTexts.clear();
   for (auto& [member, known] : myKnown)
     known.state = Judge(known, myNow());
 }
@@ -69,6 +73,17 @@ AlarmState AlarmWatch::StateOf(const Member* member) const {
   }
   if (!state.Has(AlarmKind::Circle)) state.circles.reset();
   return state;
+}
+
+QString AlarmWatch::TextOf(const Member* member, const Report& report) const {
+  const AlarmState state = StateOf(member);
+  std::uint64_t key = state.circles.to_ullong();
+  key = key << kAlarmKinds | state.kinds.to_ullong();
+  key = key << 2 | (report.isDead ? 2U : 0U) | (report.inBattle ? 1U : 0U);
+  if (myTexts.size() >= kMaxTexts) myTexts.clear();
+  const auto [place, isNew] = myTexts.try_emplace(key);
+  if (isNew) place->second = StateText(state, report, myRules);
+  return place->second;
 }
 
 void AlarmWatch::Added(const Member& member) {

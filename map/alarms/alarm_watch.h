@@ -2,6 +2,7 @@
 
 #include <array>
 #include <bitset>
+#include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
@@ -68,6 +69,8 @@ class AlarmWatch : public client::MembersWatcher {
 
   // As far as the rules ask for it. Null: the user's.
   AlarmState StateOf(const client::Member* member) const;
+  // The state of somebody with that report as StateText() puts it.
+  QString TextOf(const client::Member* member, const client::Report& report) const;
 
   void Added(const client::Member& member) override;
   void Changed(const client::Member& member) override;
@@ -95,8 +98,9 @@ class AlarmWatch : public client::MembersWatcher {
   client::Members& myMembers;
   std::function<Time()> myNow;
   AlarmRules myRules;
-  std::unordered_map<const client::Member*, Known> myKnown;  // null: the user
-  std::unordered_map<std::string, History> myGone;           // by folded name
+  std::unordered_map<const client::Member*, Known> myKnown;    // null: the user
+  std::unordered_map<std::string, History> myGone;             // by folded name
+  mutable std::unordered_map<std::uint64_t, QString> myTexts;  // each is asked for in every frame
   Time myLastWalk;
   bool myHasChanged = false;
 };
