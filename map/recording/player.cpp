@@ -41,6 +41,8 @@ void Player::JumpTo(qint64 time) {
 void Player::PlayTo(qint64 time) {
   for (auto next = NextTime(); next && *next <= time; next = NextTime()) {
     if (!myReader || !myReader->NextFrame()) {
+      // A block needs none before it, and there may be any number in a moment.
+      myNextBlock = myRecording.BlockAt(time);
       myChanged.clear();
       myIsNewBlock = true;
       myReader.emplace(myRecording.Load(myNextBlock++));
@@ -65,8 +67,12 @@ void Player::Show() {
       myShown.erase(name);
     }
   }
-  for (const std::size_t index : std::exchange(myChanged, {}))
+  std::vector<bool> isShown(myReader->Members().size());
+  for (const std::size_t index : std::exchange(myChanged, {})) {
+    if (isShown[index]) continue;
+    isShown[index] = true;
     Show(myReader->Members()[index]);
+  }
 }
 
 void Player::Show(const RecordedMember& member) {

@@ -23,7 +23,8 @@ struct RecordingSource {
 // can be deleted at any time. Times are milliseconds since 1970 (UTC). Files may come from anybody.
 class Recording {
  public:
-  static constexpr std::size_t kMaxBlocks = 100'000;
+  // A day has 8,640, and one more for each time that the connection is lost.
+  static constexpr std::size_t kMaxBlocks = 20'000;
 
   // None if the file is not a recording or holds no whole block.
   static std::optional<Recording> Open(const QString& path);

@@ -27,7 +27,7 @@ namespace corvane::map {
 // All numbers after the head are LEB128 varints, differences zigzag-encoded modulo 2^32.
 struct BlockHead {
   static constexpr qint64 kBytes = 24;
-  static constexpr quint32 kMaxLength = 16 << 20;
+  static constexpr quint32 kMaxLength = 8 << 20;
   static constexpr quint32 kMaxMembers = 25'000;
   static constexpr qint64 kMaxTime = qint64{1} << 42;  // in the year 2109
 
