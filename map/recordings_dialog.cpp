@@ -3,6 +3,7 @@
 #include <utility>
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -20,6 +21,7 @@ namespace corvane::map {
 namespace {
 
 constexpr std::size_t kMaxListedName = 100;
+constexpr qint64 kTurn = 20;  // ms
 
 QSpinBox* LimitField(int value, int min, int max, const QString& unit, QWidget* parent) {
   auto* field = new QSpinBox(parent);
@@ -75,6 +77,8 @@ RecordingsDialog::RecordingsDialog(RecordingFolder folder, const RecordingLimits
     if (LimitsChosen) LimitsChosen({spnDays->value(), spnMebibytes->value()});
   });
   connect(btnClose, &QPushButton::clicked, this, [this] { reject(); });
+  myMore.setSingleShot(true);
+  connect(&myMore, &QTimer::timeout, this, [this] { ListMore(); });
   List();
 }
 
@@ -120,31 +124,44 @@ void RecordingsDialog::LayOut() {
 }
 
 void RecordingsDialog::List() {
-  myRecordings = myFolder.All();
+  myPaths = myFolder.Paths();
+  myRecordings.clear();
   lstRecordings->clearSelection();
-  lstRecordings->setRowCount(static_cast<int>(myRecordings.size()));
-  int row = 0;
-  for (const Recording& recording : myRecordings) {
-    const auto visible = [](const QString& text) {
-      return VisibleText(TextFromDisplay(text), kMaxListedName);
-    };
-    const QString duration = DurationText(recording.End() - recording.Begin());
-    const QString cells[] = {
-        visible(recording.Source().network),
-        visible(recording.Source().host),
-        DisplayText(ShortDateAndTime(QDateTime::fromMSecsSinceEpoch(recording.Begin()))),
-        recording.IsDamaged() ? tr("%1, then damaged").arg(duration) : duration,
-        QLocale().formattedDataSize(recording.Bytes()),
-        QString::number(recording.Members())};
-    for (int column = 0; column < lstRecordings->columnCount(); ++column) {
-      auto* item = new QTableWidgetItem(cells[column]);
-      if (column >= 3) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-      lstRecordings->setItem(row, column, item);
-    }
-    ++row;
+  lstRecordings->setRowCount(0);
+  ListMore();
+}
+
+// A file of a day takes some milliseconds to open.
+void RecordingsDialog::ListMore() {
+  QElapsedTimer time;
+  for (time.start(); !myPaths.isEmpty() && time.elapsed() < kTurn;) {
+    if (const auto recording = Recording::Open(myPaths.takeFirst())) Add(*recording);
   }
-  if (row > 0) lstRecordings->selectRow(0);
+  if (!myPaths.isEmpty()) myMore.start(0);
+  if (Selected().empty() && !myRecordings.empty()) lstRecordings->selectRow(0);
   EnableButtons();
+}
+
+void RecordingsDialog::Add(const Recording& recording) {
+  const auto visible = [](const QString& text) {
+    return VisibleText(TextFromDisplay(text), kMaxListedName);
+  };
+  const QString duration = DurationText(recording.End() - recording.Begin());
+  const QString cells[] = {
+      visible(recording.Source().network),
+      visible(recording.Source().host),
+      DisplayText(ShortDateAndTime(QDateTime::fromMSecsSinceEpoch(recording.Begin()))),
+      recording.IsDamaged() ? tr("%1, then damaged").arg(duration) : duration,
+      QLocale().formattedDataSize(recording.Bytes()),
+      QString::number(recording.Members())};
+  const int row = lstRecordings->rowCount();
+  lstRecordings->insertRow(row);
+  for (int column = 0; column < lstRecordings->columnCount(); ++column) {
+    auto* item = new QTableWidgetItem(cells[column]);
+    if (column >= 3) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    lstRecordings->setItem(row, column, item);
+  }
+  myRecordings.push_back(recording);
 }
 
 std::vector<const Recording*> RecordingsDialog::Selected() const {

@@ -9,6 +9,7 @@
 #include <QPushButton>
 #include <QSpinBox>
 #include <QTableWidget>
+#include <QTimer>
 
 #include "map/recording/recording_folder.h"
 
@@ -45,7 +46,10 @@ class RecordingsDialog : public QDialog {
 
  private:
   void LayOut();
+  // Lists the files in turns, so that many of them do not block the window.
   void List();
+  void ListMore();
+  void Add(const Recording& recording);
   void EnableButtons();
   void Export();
   void Note(const QString& text) const;
@@ -56,6 +60,8 @@ class RecordingsDialog : public QDialog {
   std::vector<const Recording*> Selected() const;
 
   RecordingFolder myFolder;
+  QStringList myPaths;  // not listed yet
+  QTimer myMore;
   std::vector<Recording> myRecordings;  // in the order of the rows
 };
 

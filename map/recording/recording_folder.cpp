@@ -62,13 +62,11 @@ void RecordingFolder::Keep(const RecordingLimits& limits) const {
   }
 }
 
-std::vector<Recording> RecordingFolder::All() const {
-  std::vector<Recording> recordings;
-  for (const QFileInfo& file : Files().first(std::min(Files().size(), kMaxShown))) {
-    if (auto recording = Recording::Open(file.filePath()))
-      recordings.push_back(*std::move(recording));
-  }
-  return recordings;
+QStringList RecordingFolder::Paths() const {
+  QStringList paths;
+  for (const QFileInfo& file : Files())
+    if (paths.size() < kMaxShown) paths.append(file.filePath());
+  return paths;
 }
 
 bool RecordingFolder::DeleteAll() const {

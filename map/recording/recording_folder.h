@@ -1,11 +1,10 @@
 #pragma once
 
-#include <vector>
-
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
 #include <QString>
+#include <QStringList>
 
 #include "map/recording/recording.h"
 
@@ -37,8 +36,8 @@ class RecordingFolder {
                  const RecordingLimits& limits);
   // Deletes what is beyond the limits, but not the file of the last Append.
   void Keep(const RecordingLimits& limits) const;
-  // The newest first, at most 1000.
-  std::vector<Recording> All() const;
+  // The paths of the newest files, the newest first, at most 1000. Some may be no recordings.
+  QStringList Paths() const;
   // Returns whether all files are gone.
   bool DeleteAll() const;
 

@@ -38,7 +38,7 @@ QByteArray Block(qint64 begin, std::string name = "Ann") {
 
 class RecordingTest : public testing::Test {
  protected:
-  Recording Only() { return myFolder.All().at(0); }
+  Recording Only() { return *Recording::Open(myFolder.Paths().at(0)); }
   void Write(const QByteArray& bytes) {
     QFile file(Only().Path());
     ASSERT_TRUE(file.open(QFile::WriteOnly | QFile::Truncate));
