@@ -15,6 +15,8 @@ struct GeoJsonTexts {
 
 constexpr std::uint32_t kOpaque = 0xff000000;
 constexpr int kMaxIconName = 32;
+// Landmark::kMaxCount landmarks have a quarter.
+constexpr int kMaxValues = 500'000;
 
 QString ColourText(std::uint32_t colour) {
   return QStringLiteral("#%1").arg(colour & ~kOpaque, 6, 16, QLatin1Char('0'));
@@ -39,6 +41,22 @@ bool IsOnMap(double coordinate) {
 }
 
 }  // namespace
+
+bool HasFewValues(const QByteArray& json) {
+  int values = 0;
+  bool isInText = false;
+  for (qsizetype i = 0; i < json.size() && values <= kMaxValues; ++i) {
+    const char byte = json[i];
+    if (isInText && byte == '\\') {
+      ++i;
+    } else if (byte == '"') {
+      isInText = !isInText;
+    } else if (!isInText && (byte == ',' || byte == '[' || byte == '{')) {
+      ++values;
+    }
+  }
+  return values <= kMaxValues;
+}
 
 QJsonObject ToFeature(const Landmark& landmark) {
   return {{"type", "Feature"},
@@ -80,6 +98,10 @@ QByteArray ToGeoJson(const QList<Landmark>& landmarks) {
 
 GeoJsonContent FromGeoJson(const QByteArray& json) {
   GeoJsonContent content;
+  if (!HasFewValues(json)) {
+    content.error = GeoJsonTexts::tr("it holds too many values");
+    return content;
+  }
   QJsonParseError error;
   const QJsonObject root = QJsonDocument::fromJson(json, &error).object();
   if (error.error != QJsonParseError::NoError) {

@@ -17,6 +17,10 @@ namespace corvane::map {
 // Of a file to import, in bytes. Landmark::kMaxCount with the longest notes fit.
 inline constexpr qsizetype kMaxGeoJson = 20 << 20;
 
+// Whether a JSON text may be parsed: a value takes up to a hundred times the memory of its text.
+// (Qt bounds the depth itself.)
+bool HasFewValues(const QByteArray& json);
+
 QJsonObject ToFeature(const Landmark& landmark);
 // None if it is not a Feature with a Point within the map's limits. Missing or wrong properties get
 // their defaults; texts that are too long are cut.
@@ -27,7 +31,7 @@ QByteArray ToGeoJson(const QList<Landmark>& landmarks);
 struct GeoJsonContent {
   QList<Landmark> landmarks;  // at most Landmark::kMaxCount
   qsizetype skipped = 0;      // features that are no landmarks, or too many
-  QString error;              // if this is no FeatureCollection at all; empty otherwise
+  QString error;              // if this is no FeatureCollection, or too much; empty otherwise
 };
 // The caller bounds the size.
 GeoJsonContent FromGeoJson(const QByteArray& json);

@@ -14,8 +14,6 @@ namespace corvane::map {
 namespace {
 
 constexpr int kFormat = 1;
-// Landmark::kMaxCount of them have a quarter.
-constexpr int kMaxValues = 500'000;
 constexpr qsizetype kMaxFileName = 255;
 constexpr qsizetype kFingerprintSize = 32;
 constexpr qsizetype kDigestSize = 16;
@@ -23,23 +21,6 @@ constexpr qsizetype kDigestSize = 16;
 struct PlaceFileTexts {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::PlaceFile)
 };
-
-// A parsed value takes up to a hundred times the memory of its text. (Qt bounds the depth itself.)
-bool HasFewValues(const QByteArray& json) {
-  int values = 0;
-  bool isInText = false;
-  for (qsizetype i = 0; i < json.size() && values <= kMaxValues; ++i) {
-    const char byte = json[i];
-    if (isInText && byte == '\\') {
-      ++i;
-    } else if (byte == '"') {
-      isInText = !isInText;
-    } else if (!isInText && (byte == ',' || byte == '[' || byte == '{')) {
-      ++values;
-    }
-  }
-  return values <= kMaxValues;
-}
 
 // Reads the values of an object. Error() has the first that is wrong.
 class PlaceReader {

@@ -145,6 +145,7 @@ TEST_F(LandmarksTest, ImportAddsOnceAndAFailureLosesNothing) {
   const std::pair<QByteArray, const char*> failures[] = {
       {"{]", "it is no JSON"},
       {ToGeoJson(many), "more than 10000"},
+      {QByteArray(kMaxGeoJson / 2, '['), "too many values"},
       {QByteArray(kMaxGeoJson + 1, ' '), "larger than 20 MiB"}};
   for (const auto& [bytes, why] : failures) {
     myWindow->Marks().Import(Write(bytes));
