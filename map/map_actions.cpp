@@ -55,13 +55,13 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   view->addSeparator();
   actMembers = Add(view, "actMembers", tr("&List of Members"));
   mnuColumns = view->addMenu(tr("&Columns of the List"));
-  actMessages = Add(view, "actMessages", tr("&Messages"));
+  actMessages = Add(view, "actMessages", tr("Mess&ages"));
   view->addSeparator();
   actCompact = Add(view, "actCompact", tr("Compact &View"), {Qt::Key_F11});
   actOnTop = Add(view, "actOnTop", tr("Always on &Top"));
   for (QAction* action : {actMembers, actMessages, actCompact, actOnTop})
     action->setCheckable(true);
-  QMenu* opacity = view->addMenu(tr("Op&acity"));
+  QMenu* opacity = view->addMenu(tr("Opacit&y"));
   grpOpacity = new QActionGroup(opacity);
   for (const int percent : {100, 85, 70, 55, 40}) {
     QAction* action = opacity->addAction(tr("%1 %").arg(percent));
