@@ -102,6 +102,7 @@ void MapWindow::WireConnection() {
     myPings.Receive(DisplayText(text));
   };
   myPlaceChanged = mySettings.PlaceChanged.Connect([this] {
+    myPings.Clear();
     myPictures->Show();
     ListFacets();
   });

@@ -28,6 +28,8 @@ class Pings {
 
   // Call it with each message of the network. Most are no pings.
   void Receive(const QString& message);
+  // Removes all: another network's map is shown.
+  void Clear() { myPings.clear(); }
   // Asks for the word, and whether to send it.
   void Ask(QPointF place, int facet);
 
