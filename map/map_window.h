@@ -59,6 +59,7 @@ class MapWindow : public QMainWindow {
 
   client::Connection& Wire() { return myConnection; }
   Landmarks& Marks() { return *myLandmarks; }
+  AlarmBell& Alarms() { return *myAlarms; }
   Pings& ShownPings() { return myPings; }
   MarkerBoard& Board() { return myBoard; }
   const Highlights& Shown() const { return myHighlights; }
