@@ -72,6 +72,7 @@ AlarmsDialog::AlarmsDialog(const AlarmRules& rules, const AlarmCircle& proposal,
   lstCircles->setSelectionMode(QAbstractItemView::SingleSelection);
   lstCircles->setTabKeyNavigation(false);
   lstCircles->verticalHeader()->hide();
+  lstCircles->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
   QHeaderView* const header = lstCircles->horizontalHeader();
   header->setHighlightSections(false);
   header->setSectionResizeMode(kCircleName, QHeaderView::Stretch);

@@ -11,7 +11,7 @@ namespace corvane::map {
 using client::Ending;
 using State = client::Connection::State;
 
-Banner::Banner(client::Connection& connection, QWidget& map)
+Banner::Banner(client::Connection& connection, QAbstractScrollArea& map)
     : MapNotice(map, Qt::TopEdge, tr("C&onnect...")), myConnection(connection) {
   connect(btnAct, &QPushButton::clicked, this, [this] {
     if (myConnection.CurrentState() == State::Waiting) {

@@ -18,7 +18,7 @@ class Banner : public MapNotice {
 
  public:
   // Borrows the connection.
-  Banner(client::Connection& connection, QWidget& map);
+  Banner(client::Connection& connection, QAbstractScrollArea& map);
 
   // The user wants to connect.
   std::function<void()> ConnectRequested;

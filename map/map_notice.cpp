@@ -17,8 +17,8 @@ constexpr double kFadesFrom = 0.8;  // share of the time
 
 }  // namespace
 
-MapNotice::MapNotice(QWidget& map, Qt::Edge edge, const QString& button)
-    : QFrame(&map), lblText(new QLabel(this)), myEdge(edge) {
+MapNotice::MapNotice(QAbstractScrollArea& map, Qt::Edge edge, const QString& button)
+    : QFrame(&map), lblText(new QLabel(this)), myViewport(map.viewport()), myEdge(edge) {
   setObjectName(QStringLiteral("MapNotice"));
   lblText->setTextFormat(Qt::PlainText);
   auto* row = new QHBoxLayout(this);
@@ -29,7 +29,7 @@ MapNotice::MapNotice(QWidget& map, Qt::Edge edge, const QString& button)
     row->addWidget(btnAct);
   }
   hide();
-  map.installEventFilter(this);
+  map.viewport()->installEventFilter(this);
 }
 
 void MapNotice::Show(const QString& text, Kind kind, const QString& button) {
@@ -67,15 +67,15 @@ bool MapNotice::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MapNotice::Place() {
-  const QSize room = parentWidget()->size() - QSize(2 * kMargin, 2 * kMargin);
+  const QRect room = myViewport->geometry().adjusted(kMargin, kMargin, -kMargin, -kMargin);
   lblText->setWordWrap(false);
   QSize size = sizeHint();
   if (size.width() > room.width()) {
     lblText->setWordWrap(true);
     size = {room.width(), heightForWidth(room.width())};
   }
-  const int y = myEdge == Qt::TopEdge ? kMargin : room.height() + kMargin - size.height();
-  setGeometry(QRect(QPoint(kMargin + (room.width() - size.width()) / 2, y), size));
+  const int y = myEdge == Qt::TopEdge ? room.top() : room.bottom() + 1 - size.height();
+  setGeometry(QRect(QPoint(room.left() + (room.width() - size.width()) / 2, y), size));
   raise();
 }
 

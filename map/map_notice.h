@@ -1,19 +1,20 @@
 #pragma once
 
+#include <QAbstractScrollArea>
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
 
 namespace corvane::map {
 
-// A line of text over the map, centred at its upper or lower edge, with an optional button. Hidden
-// while there is nothing to say.
+// A line of text over the map, centred at its upper or lower edge, inside of the coordinates, with
+// an optional button. Hidden while there is nothing to say.
 class MapNotice : public QFrame {
  public:
   // Calm: light on dark. Warning: dark on amber. Both are readable on any picture.
   enum class Kind { Calm, Warning };
 
-  MapNotice(QWidget& map, Qt::Edge edge, const QString& button = {});
+  MapNotice(QAbstractScrollArea& map, Qt::Edge edge, const QString& button = {});
 
   // An empty text hides it.
   void Show(const QString& text, Kind kind, const QString& button = {});
@@ -30,6 +31,7 @@ class MapNotice : public QFrame {
  private:
   void Place();
 
+  const QWidget* myViewport;
   Qt::Edge myEdge;
 };
 

@@ -62,8 +62,12 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
         column == kState && row.member != nullptr ? AlarmOf(*row.member) : QString();
     if (role == Qt::ToolTipRole) return alarm.toHtmlEscaped();
     if (!alarm.isEmpty()) return role == Qt::BackgroundRole ? kAlarmGround : kAlarmText;
-    if (role == Qt::ForegroundRole && !myMembers.IsCurrent())
-      return QGuiApplication::palette().brush(QPalette::Disabled, QPalette::Text);
+    if (role == Qt::ForegroundRole && !myMembers.IsCurrent()) {
+      // Greyer than the others, and still readable: the disabled colour is not.
+      QColor faint = QGuiApplication::palette().color(QPalette::Text);
+      faint.setAlphaF(0.6F);
+      return faint;
+    }
     return {};
   }
   const bool sorts = role == kSortRole;

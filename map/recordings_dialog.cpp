@@ -92,6 +92,7 @@ void RecordingsDialog::LayOut() {
   lstRecordings->setShowGrid(false);
   lstRecordings->setWordWrap(false);
   lstRecordings->verticalHeader()->hide();
+  lstRecordings->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
   lstRecordings->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
   lstRecordings->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
   lstRecordings->horizontalHeader()->setHighlightSections(false);

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cmath>
 
+#include <QPainter>
 #include <QTextDocument>
 
 #include "framework/text.h"
@@ -12,9 +13,26 @@ namespace corvane::map {
 
 using State = client::Connection::State;
 
+namespace {
+
+// Beside the controls there may be little room, or none.
+class ElidedLabel : public QLabel {
+ public:
+  using QLabel::QLabel;
+
+ protected:
+  void paintEvent(QPaintEvent*) override {
+    const QString shown = fontMetrics().elidedText(text(), Qt::ElideRight, width());
+    if (fontMetrics().horizontalAdvance(shown) <= width())
+      QPainter(this).drawText(rect(), Qt::AlignLeft | Qt::AlignVCenter, shown);
+  }
+};
+
+}  // namespace
+
 StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
     : QStatusBar(parent),
-      lblState(new QLabel(this)),
+      lblState(new ElidedLabel(this)),
       prgCutting(new QProgressBar(this)),
       lblSilenced(new QLabel(tr("Alarms silenced"), this)),
       lblRecording(new QLabel(QStringLiteral("\u25cf ") + tr("Recording"), this)),
