@@ -160,7 +160,7 @@ def map_of(folder: Path, port: int, network: str,
     return logged([PROGRAMS / "corvane-map", "--server", "127.0.0.1", "--port", port,
                    "--network", network, "--user", "Guide",
                    "--map", ROOT / "packaging/demo/isle.png", "--map-frame", "0,0,4"],
-                  folder / "map.log",
+                  folder / "map.log", cwd=ROOT / "packaging/demo",
                   env=dict(environment, XDG_DATA_HOME=str(folder), XDG_CACHE_HOME=str(folder),
                            CORVANE_MAP_PASSWORD=PASSWORD))
 
