@@ -123,19 +123,3 @@ choose() {
   xdotool key Return
   until_true no_menu
 }
-
-close_menu() {
-  xdotool key Escape
-  until_true no_menu
-}
-
-has_tray_icon() {
-  (($(xdotool getwindowgeometry --shell "$panel" | sed -n 's/^WIDTH=//p') > 8))
-}
-
-# Opens the menu of the tray icon. Sets panel.
-tray_menu() {
-  panel=$(xdotool search --sync --onlyvisible --class '^trayer$' | tail -n 1)
-  until_true has_tray_icon
-  show_menu xdotool mousemove --window "$panel" 10 10 click 1
-}
