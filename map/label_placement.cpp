@@ -25,7 +25,10 @@ bool LabelPlacement::ForEachWord(const QRect& place, Act act) {
     const int last = std::min(pixels.right() - word * kWordBits, kWordBits - 1);
     const std::uint64_t mask = (~std::uint64_t{} >> (kWordBits - 1 - last + first)) << first;
     for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
-      if (!act(myOccupied[static_cast<std::size_t>(y * myWordsPerRow + word)], mask)) return false;
+      if (!act(myOccupied[static_cast<std::size_t>(y) * static_cast<std::size_t>(myWordsPerRow) +
+                          static_cast<std::size_t>(word)],
+               mask))
+        return false;
     }
   }
   return true;

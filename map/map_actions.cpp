@@ -30,6 +30,46 @@ QMenu* AddMenu(QMenuBar& bar, const QString& title) {
 }  // namespace
 
 MapActions::MapActions(QMenuBar& bar, QWidget& map) {
+  AddFileMenu(bar);
+  AddViewMenu(bar, map);
+  AddMemberMenu(bar, map);
+  QMenu* landmarks = AddMenu(bar, tr("&Landmarks"));
+  actPlaceLandmark = Add(landmarks, "actPlaceLandmark", tr("&Place Landmark..."));
+  actLandmarkList =
+      Add(landmarks, "actLandmarkList", tr("&List..."), {QKeySequence(Qt::CTRL | Qt::Key_L)});
+  actShowLandmarks = Add(landmarks, "actShowLandmarks", tr("&Show on the Map"));
+  actShowLandmarks->setCheckable(true);
+  landmarks->addSeparator();
+  actImportLandmarks = Add(landmarks, "actImportLandmarks", tr("&Import..."));
+  actExportLandmarks = Add(landmarks, "actExportLandmarks", tr("&Export..."));
+
+  QMenu* alarms = AddMenu(bar, tr("Ala&rms"));
+  actAlarms =
+      Add(alarms, "actAlarms", tr("&Alarms..."), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
+  actDrawCircle = Add(alarms, "actDrawCircle", tr("&Draw Circle"));
+  actSilence = Add(alarms, "actSilence", tr("&Silence"), {QKeySequence(Qt::CTRL | Qt::Key_M)});
+  actSilence->setCheckable(true);
+
+  mnuPlace = new Menu(&map);
+  actCopyPlace = Add(mnuPlace, "actCopyPlace", tr("&Copy Coordinates"));
+  actPlaceHere = Add(mnuPlace, "actPlaceHere", tr("Place &Landmark Here..."));
+  actPingHere = Add(mnuPlace, "actPingHere", tr("&Ping Here..."));
+
+  mnuAdministration = AddMenu(bar, tr("&Administration"));
+  actKick = Add(mnuAdministration, "actKick", tr("&Kick..."));
+  actBan = Add(mnuAdministration, "actBan", tr("&Ban..."));
+  mnuAdministration->addSeparator();
+  actMessage = Add(mnuAdministration, "actMessage", tr("&Message to the Network..."));
+  actPing = Add(mnuAdministration, "actPing", tr("&Ping..."));
+  actBans = Add(mnuAdministration, "actBans", tr("B&ans..."));
+
+  QMenu* help = AddMenu(bar, tr("&Help"));
+  actKeys = Add(help, "actKeys", tr("&Keys"), {Qt::Key_F1});
+  actAbout = Add(help, "actAbout", tr("&About Corvane Map"));
+  actAbout->setMenuRole(QAction::AboutRole);
+}
+
+void MapActions::AddFileMenu(QMenuBar& bar) {
   QMenu* file = AddMenu(bar, tr("&File"));
   actConnect = Add(file, "actConnect", tr("&Connect..."), {QKeySequence(Qt::CTRL | Qt::Key_O)});
   actDisconnect = Add(file, "actDisconnect", tr("&Disconnect"));
@@ -42,7 +82,9 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   file->addSeparator();
   actQuit = Add(file, "actQuit", tr("&Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)});
   actQuit->setMenuRole(QAction::QuitRole);
+}
 
+void MapActions::AddViewMenu(QMenuBar& bar, QWidget& map) {
   QMenu* view = AddMenu(bar, tr("&View"));
   actZoomIn = Add(view, "actZoomIn", tr("Zoom &In"), {Qt::Key_Plus, Qt::Key_Equal}, &map);
   actZoomOut = Add(view, "actZoomOut", tr("Zoom &Out"), {Qt::Key_Minus}, &map);
@@ -69,7 +111,9 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
     action->setCheckable(true);
     grpOpacity->addAction(action);
   }
+}
 
+void MapActions::AddMemberMenu(QMenuBar& bar, QWidget& map) {
   mnuMember = AddMenu(bar, tr("&Member"));
   actFind = Add(mnuMember, "actFind", tr("F&ind..."), {QKeySequence(Qt::CTRL | Qt::Key_F)});
   actFollow = Add(mnuMember, "actFollow", tr("&Follow"), {Qt::Key_F}, &map);
@@ -80,40 +124,6 @@ MapActions::MapActions(QMenuBar& bar, QWidget& map) {
   mnuMember->addSeparator();
   actSend = Add(mnuMember, "actSend", tr("Send My &Position"));
   actSend->setCheckable(true);
-
-  QMenu* landmarks = AddMenu(bar, tr("&Landmarks"));
-  actPlaceLandmark = Add(landmarks, "actPlaceLandmark", tr("&Place Landmark..."));
-  actLandmarkList =
-      Add(landmarks, "actLandmarkList", tr("&List..."), {QKeySequence(Qt::CTRL | Qt::Key_L)});
-  actShowLandmarks = Add(landmarks, "actShowLandmarks", tr("&Show on the Map"));
-  actShowLandmarks->setCheckable(true);
-  landmarks->addSeparator();
-  actImportLandmarks = Add(landmarks, "actImportLandmarks", tr("&Import..."));
-  actExportLandmarks = Add(landmarks, "actExportLandmarks", tr("&Export..."));
-
-  QMenu* alarms = AddMenu(bar, tr("Ala&rms"));
-  actAlarms =
-      Add(alarms, "actAlarms", tr("&Alarms..."), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_A)});
-  actDrawCircle = Add(alarms, "actDrawCircle", tr("&Draw Circle"));
-  actSilence = Add(alarms, "actSilence", tr("&Silence"), {QKeySequence(Qt::CTRL | Qt::Key_M)});
-  actSilence->setCheckable(true);
-  mnuPlace = new Menu(&map);
-  actCopyPlace = Add(mnuPlace, "actCopyPlace", tr("&Copy Coordinates"));
-  actPlaceHere = Add(mnuPlace, "actPlaceHere", tr("Place &Landmark Here..."));
-  actPingHere = Add(mnuPlace, "actPingHere", tr("&Ping Here..."));
-
-  mnuAdministration = AddMenu(bar, tr("&Administration"));
-  actKick = Add(mnuAdministration, "actKick", tr("&Kick..."));
-  actBan = Add(mnuAdministration, "actBan", tr("&Ban..."));
-  mnuAdministration->addSeparator();
-  actMessage = Add(mnuAdministration, "actMessage", tr("&Message to the Network..."));
-  actPing = Add(mnuAdministration, "actPing", tr("&Ping..."));
-  actBans = Add(mnuAdministration, "actBans", tr("B&ans..."));
-
-  QMenu* help = AddMenu(bar, tr("&Help"));
-  actKeys = Add(help, "actKeys", tr("&Keys"), {Qt::Key_F1});
-  actAbout = Add(help, "actAbout", tr("&About Corvane Map"));
-  actAbout->setMenuRole(QAction::AboutRole);
 }
 
 QAction* MapActions::Add(QMenu* menu, const char* name, const QString& text,

@@ -66,6 +66,9 @@ class MapActions {
   QMenu* mnuAdministration;
 
  private:
+  void AddFileMenu(QMenuBar& bar);
+  void AddViewMenu(QMenuBar& bar, QWidget& map);
+  void AddMemberMenu(QMenuBar& bar, QWidget& map);
   static QAction* Add(QMenu* menu, const char* name, const QString& text,
                       const QList<QKeySequence>& keys = {}, QWidget* onlyIn = nullptr);
 };
