@@ -20,6 +20,8 @@ constexpr std::string_view kTlsAlert = "\x15\x03";
 }  // namespace
 
 Connection::Connection(Timing timing) : myTiming(timing) {
+  // Coarse timers may have more than the whole time left, and the seconds are shown.
+  myRetry.setTimerType(Qt::PreciseTimer);
   for (QTimer* timer : {&myRetry, &myLoginTimeout, &myReadAgain})
     timer->setSingleShot(true);
   myRefresh.setInterval(myTiming.refreshInterval);

@@ -69,7 +69,10 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
                                     *actions->actShowMe, map->viewport()));
   WireConnection();
   WireMap();
+  WirePanels();
   WireActions();
+  WireMemberActions();
+  WireFeatureActions();
   myLayout->Restore();
   ShowFacet(0);
   ShowState();
@@ -148,6 +151,9 @@ void MapWindow::WireMap() {
     if (myOwnPosition.IsOn()) myOwnPosition.Step(columns, rows, Facet());
     return myOwnPosition.IsOn();
   };
+}
+
+void MapWindow::WirePanels() {
   myOwnPosition.Changed = [this] {
     myAlarms->Watch().TakeOwn(myOwnPosition.Shown());
     ShowOwn();
@@ -181,33 +187,35 @@ void MapWindow::WireMap() {
 }
 
 void MapWindow::WireActions() {
-  const auto on = [this](QAction* action, auto act) {
-    connect(action, &QAction::triggered, this, act);
-  };
+  On(actions->actConnect, [this] { AskWhere(); });
+  On(actions->actDisconnect, [this] { myConnection.Close(); });
+  On(actions->actOpenPlace, [this] { mySharing->AskForFile(); });
+  On(actions->actShare, [this] { mySharing->Share(); });
+  On(actions->actRecordings, [this] { myRecording.ShowRecordings(); });
+  On(actions->actQuit, [this] { close(); });
+  On(actions->actZoomIn, [this] { map->ZoomIn(); });
+  On(actions->actZoomOut, [this] { map->ZoomOut(); });
+  On(actions->actShowAll, [this] { map->ShowAll(); });
+  On(actions->actShowMe, [this] { map->ShowMe(); });
+  On(actions->actStop,
+     [this] { myLayout->IsCompact() ? myLayout->EndCompact() : map->StopFollowing(); });
+  connect(actions->actCompact, &QAction::toggled, this, [this] { EnableActions(); });
+  On(actions->actFind, [this] { myLayout->Find(); });
+  On(actions->actKeys, [this] { ShowKeys(*this, *menuBar()); });
+  On(actions->actAbout, [this] { ShowAbout(*this); });
+  On(actions->actPicture, [this] { myPictures->Ask(); });
+  connect(actions->actSend, &QAction::toggled, barOwn->chkSend, &QCheckBox::setChecked);
+  connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
+}
+
+void MapWindow::WireMemberActions() {
   // For actions on the selected member.
-  const auto onMember = [this, &on](QAction* action, auto act) {
-    on(action, [this, act] {
+  const auto onMember = [this](QAction* action, auto act) {
+    On(action, [this, act] {
       if (myHighlights.selected != nullptr) act(*myHighlights.selected);
     });
   };
-  on(actions->actConnect, [this] { AskWhere(); });
-  on(actions->actDisconnect, [this] { myConnection.Close(); });
-  on(actions->actOpenPlace, [this] { mySharing->AskForFile(); });
-  on(actions->actShare, [this] { mySharing->Share(); });
-  on(actions->actRecordings, [this] { myRecording.ShowRecordings(); });
-  on(actions->actQuit, [this] { close(); });
-  on(actions->actZoomIn, [this] { map->ZoomIn(); });
-  on(actions->actZoomOut, [this] { map->ZoomOut(); });
-  on(actions->actShowAll, [this] { map->ShowAll(); });
-  on(actions->actShowMe, [this] { map->ShowMe(); });
-  on(actions->actStop,
-     [this] { myLayout->IsCompact() ? myLayout->EndCompact() : map->StopFollowing(); });
-  connect(actions->actCompact, &QAction::toggled, this, [this] { EnableActions(); });
-  on(actions->actFind, [this] { myLayout->Find(); });
-  on(actions->actKeys, [this] { ShowKeys(*this, *menuBar()); });
-  on(actions->actAbout, [this] { ShowAbout(*this); });
-  on(actions->actPicture, [this] { myPictures->Ask(); });
-  on(actions->actFollow, [this] { ToggleFollow(); });
+  On(actions->actFollow, [this] { ToggleFollow(); });
   onMember(actions->actTrail, [this](const Member& member) {
     myBoard.SetTrail(member, actions->actTrail->isChecked());
     EnableActions();
@@ -217,24 +225,28 @@ void MapWindow::WireActions() {
   });
   onMember(actions->actKick, [this](const Member& member) { myAdministration.Kick(member.name); });
   onMember(actions->actBan, [this](const Member& member) { myAdministration.Ban(member.name); });
-  on(actions->actAlarms, [this] { myAlarms->AskForRules(); });
-  on(actions->actDrawCircle, [this] { myAlarms->DrawCircle(); });
+  On(actions->actMessage, [this] { myAdministration.SendMessage(); });
+  On(actions->actBans, [this] { myAdministration.ShowBans(); });
+  On(actions->actPing, [this] {
+    myPicker->Start(tr("Click the place to show everybody."),
+                    [this](QPointF place) { myPings.Ask(place, Facet()); });
+  });
+  On(actions->actPingHere, [this] { myPings.Ask(WholePlace(places->MenuPlace()), Facet()); });
+}
+
+// Alarms, landmarks and recording.
+void MapWindow::WireFeatureActions() {
+  On(actions->actAlarms, [this] { myAlarms->AskForRules(); });
+  On(actions->actDrawCircle, [this] { myAlarms->DrawCircle(); });
   connect(actions->actSilence, &QAction::toggled, this, [this](bool isOn) {
     myAlarms->SetSilenced(isOn);
     stsLine->lblSilenced->setVisible(isOn);
   });
-  on(actions->actMessage, [this] { myAdministration.SendMessage(); });
-  on(actions->actBans, [this] { myAdministration.ShowBans(); });
-  on(actions->actPing, [this] {
-    myPicker->Start(tr("Click the place to show everybody."),
-                    [this](QPointF place) { myPings.Ask(place, Facet()); });
-  });
-  on(actions->actPingHere, [this] { myPings.Ask(WholePlace(places->MenuPlace()), Facet()); });
-  on(actions->actPlaceHere, [this] { myLandmarks->AskForNew(WholePlace(places->MenuPlace())); });
-  on(actions->actPlaceLandmark, [this] { myLandmarks->PlaceByClick(); });
-  on(actions->actLandmarkList, [this] { myLandmarks->ShowList(); });
-  on(actions->actImportLandmarks, [this] { myLandmarks->AskForImport(); });
-  on(actions->actExportLandmarks, [this] { myLandmarks->AskForExport(); });
+  On(actions->actPlaceHere, [this] { myLandmarks->AskForNew(WholePlace(places->MenuPlace())); });
+  On(actions->actPlaceLandmark, [this] { myLandmarks->PlaceByClick(); });
+  On(actions->actLandmarkList, [this] { myLandmarks->ShowList(); });
+  On(actions->actImportLandmarks, [this] { myLandmarks->AskForImport(); });
+  On(actions->actExportLandmarks, [this] { myLandmarks->AskForExport(); });
   actions->actShowLandmarks->setChecked(myLandmarks->IsShown());
   connect(actions->actShowLandmarks, &QAction::toggled, this,
           [this](bool isShown) { myLandmarks->SetShown(isShown); });
@@ -244,8 +256,6 @@ void MapWindow::WireActions() {
   });
   myRecording.Failed = [this] { actions->actRecord->setChecked(false); };
   actions->actRecord->setChecked(myRecording.IsOn());
-  connect(actions->actSend, &QAction::toggled, barOwn->chkSend, &QCheckBox::setChecked);
-  connect(barOwn->chkSend, &QCheckBox::toggled, actions->actSend, &QAction::setChecked);
 }
 
 void MapWindow::closeEvent(QCloseEvent* event) {

@@ -82,7 +82,14 @@ class MapWindow : public QMainWindow {
   void LayOut();
   void WireConnection();
   void WireMap();
+  void WirePanels();
   void WireActions();
+  void WireMemberActions();
+  void WireFeatureActions();
+  template <typename Act>
+  void On(QAction* action, Act act) {
+    connect(action, &QAction::triggered, this, act);
+  }
 
   void ShowState();
   void ShowOwn();

@@ -167,14 +167,7 @@ void MarkersItem::UpdateOwn() {
 
 // Highlighted members come first and may have their label above other markers, so that they have
 // one wherever it fits into the window.
-void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& window) {
-  const bool mayStay = !std::exchange(myPlacesLabels, false);
-  LabelPlacement bare(window.rect());
-  AvoidChildren(window, bare);
-  for (const Shown& shown : arrangement.single) {
-    if (IsHighlighted(*shown.marker)) bare.Avoid(MarkerRect(shown.at, true));
-  }
-  LabelPlacement placement = bare;
+void MarkersItem::AvoidMarkers(const Arrangement& arrangement, LabelPlacement& placement) {
   for (const Shown& shown : arrangement.single)
     placement.Avoid(MarkerRect(shown.at, IsHighlighted(*shown.marker)));
   for (const Shown& shown : arrangement.single) {
@@ -186,6 +179,17 @@ void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& wi
     for (Marker* marker : crowd.markers)
       marker->showsLabel = false;
   }
+}
+
+void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& window) {
+  const bool mayStay = !std::exchange(myPlacesLabels, false);
+  LabelPlacement bare(window.rect());
+  AvoidChildren(window, bare);
+  for (const Shown& shown : arrangement.single) {
+    if (IsHighlighted(*shown.marker)) bare.Avoid(MarkerRect(shown.at, true));
+  }
+  LabelPlacement placement = bare;
+  AvoidMarkers(arrangement, placement);
   enum Rank { kHighlighted, kShown, kOther };
   std::vector<Rank> ranks;
   for (const Shown& shown : arrangement.single) {

@@ -88,6 +88,8 @@ class MarkersItem : public QGraphicsItem {
   }
   QString TipOf(const Marker& marker) const;
   void UpdateOwn();
+  // Takes the places of markers, and of the signs of alarms that find one.
+  void AvoidMarkers(const Arrangement& arrangement, LabelPlacement& placement);
   void ChooseLabels(const Arrangement& arrangement, const QWidget& window);
   void DrawTrails(QPainter& painter, const QTransform& toView) const;
   void DrawMarker(QPainter& painter, const Shown& shown);
