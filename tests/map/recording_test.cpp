@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -200,7 +202,8 @@ TEST_F(RecordingTest, IsExportedWithoutFormulas) {
 
 TEST_F(MapTest, RecordsOnlyWhenSwitchedOnAndReplaysInAWindowOfItsOwn) {
   const auto files = [&] {
-    return QDir(myFolder.filePath("map Recordings")).entryList(QDir::Files).size();
+    const auto all = QDir(myFolder.filePath("map Recordings")).entryInfoList(QDir::Files);
+    return std::ranges::count_if(all, [](const QFileInfo& file) { return file.size() > 0; });
   };
   const auto bob = Member("Bob", "100,200,3,50,0,0");
   QTest::qWait(600);
