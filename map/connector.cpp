@@ -7,7 +7,6 @@
 
 namespace corvane::map {
 
-using Cause = client::Ending::Cause;
 using State = client::Connection::State;
 
 Connector::Connector(client::Connection& connection, Settings& settings, MessagesPane& messages,
@@ -82,9 +81,11 @@ void Connector::FinishIfOnline() {
 
 void Connector::ShowEnding(const client::Ending& ending) {
   myMessages.Add(ending.Explanation());
-  if (!std::exchange(myUnproven, std::nullopt) || !myDialog || ending.cause == Cause::Left) return;
+  if (!std::exchange(myUnproven, std::nullopt) || !myDialog ||
+      ending.cause == client::Ending::Cause::Left)
+    return;
   myDialog->ShowFailure(ending);
-  if (ending.cause != Cause::Untrusted) return;
+  if (ending.cause != client::Ending::Cause::Untrusted) return;
   auto* question =
       new CertificateQuestion(myConnection.CurrentDestination().host, ending, *myDialog);
   question->Trusted = [this](const QByteArray& fingerprint) { myDialog->TryTrusting(fingerprint); };
