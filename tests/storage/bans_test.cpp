@@ -317,7 +317,7 @@ TEST_F(BansTest, ListIsStoredInTurnsAndOthersWaitForIt) {
   EXPECT_EQ(Run("SELECT count(*), count(until) FROM bans LEFT JOIN ban_ends ON banid=id; "
                 "SELECT count(*), count(until) FROM ban_ranges"),
             "10003|10001;10001|10000;");
-  bans->Now = [&until] { return until; };
+  bans->Now = [&until] { return QDateTime(until); };
   EXPECT_EQ(bans->RangeOf("10.0.0.5"), nullptr);
   EXPECT_EQ(bans->Ended().value().size(), 1000U);
 }
