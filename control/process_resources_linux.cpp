@@ -19,7 +19,7 @@ std::uint64_t ProcessMemory() {
 std::uint64_t OpenDescriptors() {
   std::error_code error;
   const std::filesystem::directory_iterator descriptors("/proc/self/fd", error);
-  // The iterator has one of its own.
+  // The iterator has one, too.
   return error ? 0 : static_cast<std::uint64_t>(std::distance(begin(descriptors), {})) - 1;
 }
 

@@ -145,7 +145,7 @@ void AlarmBell::AskForName(const AlarmCircle& circle) {
     AlarmRules rules = myWatch.Rules();
     rules.circles.append(circle);
     rules.circles.back().name = name;
-    // Whoever draws a circle wants its alarms.
+    // A user who draws a circle wants its alarms.
     AlarmFor& who = rules.For(AlarmKind::Circle);
     if (who == AlarmFor::Nobody) who = AlarmFor::Everybody;
     SetRules(rules);

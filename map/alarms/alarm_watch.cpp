@@ -136,7 +136,7 @@ AlarmState AlarmWatch::Judge(const Known& known, Time now) const {
   const bool isLow = myRules.isShare ? hp * 100 < highest * myRules.hitPoints
                                      : hp < std::int64_t{myRules.hitPoints};
   AlarmState state;
-  // Whoever never had any does not report them.
+  // A member that never had any does not report them.
   state.Set(AlarmKind::LowHitPoints, isLow && highest > 0 && !report.isDead);
   state.Set(AlarmKind::Death, report.isDead);
   state.Set(AlarmKind::Battle, report.inBattle);
