@@ -34,6 +34,7 @@ constexpr std::chrono::minutes kGuessPeriod{1};
 constexpr std::chrono::seconds kGuessDelay{1};
 constexpr std::size_t kMaxDelayed = 100;
 constexpr unsigned kMaxPerAddress = 100;  // connections; not behind a proxy on this machine
+constexpr std::ptrdiff_t kMaxViewersPerAddress = 50;
 
 const auto kPingBytes = std::make_shared<const std::string>(": still here\n\n");
 
@@ -60,6 +61,8 @@ MHD_Result Queue(MHD_Connection* connection, unsigned status, Response response,
       {"X-Robots-Tag", "noindex"}};
   for (const auto& [name, value] : headers)
     MHD_add_response_header(response.get(), name, value);
+  if (status == MHD_HTTP_METHOD_NOT_ALLOWED)
+    MHD_add_response_header(response.get(), "Allow", "GET, HEAD");
   return MHD_queue_response(connection, status, response.get());
 }
 
@@ -88,18 +91,23 @@ std::optional<int> WholeNumber(const QByteArray& text) {
   return number;
 }
 
-// Of the client, or of what a proxy on this machine says that the client is.
+// Takes a header as X-Forwarded-For if it is one. The last counts: a proxy may put its own behind
+// those of the client.
+MHD_Result TakeForwarded(void* text, MHD_ValueKind /*kind*/, const char* name, const char* value) {
+  if (qstricmp(name, "X-Forwarded-For") == 0) *static_cast<QByteArray*>(text) = value;
+  return MHD_YES;
+}
+
+// The address of the client, or what a proxy on this machine names as such. Empty if that names
+// none.
 std::string AddressOf(MHD_Connection* connection) {
   const auto* const info = MHD_get_connection_info(connection, MHD_CONNECTION_INFO_CLIENT_ADDRESS);
-  QHostAddress address(info->client_addr);
-  const char* const forwarded =
-      MHD_lookup_connection_value(connection, MHD_HEADER_KIND, "X-Forwarded-For");
-  if (address.isLoopback() && forwarded != nullptr) {
-    const QByteArray text(forwarded);
-    const QHostAddress client(QString::fromLatin1(text.mid(text.lastIndexOf(',') + 1).trimmed()));
-    if (!client.isNull()) address = client;
-  }
-  return ClientRange(address.toString().toStdString());
+  const QHostAddress address(info->client_addr);
+  if (!address.isLoopback()) return ClientRange(address.toString().toStdString());
+  QByteArray text;
+  MHD_get_connection_values(connection, MHD_HEADER_KIND, &TakeForwarded, &text);
+  const QByteArray last = text.mid(text.lastIndexOf(',') + 1).trimmed();
+  return ClientRange(AddressFromText(last.toStdString()).value_or(std::string()));
 }
 
 }  // namespace
@@ -119,6 +127,7 @@ class HttpServer::Implementation {
   struct Viewer {
     Implementation& server;
     MHD_Connection* connection;
+    std::string address;
     QByteArray tokenHash;
     std::shared_ptr<Channel> channel;
     std::uint64_t seen = 0;
@@ -131,10 +140,6 @@ class HttpServer::Implementation {
   struct Delayed {
     MHD_Connection* connection;
     Clock::time_point due;
-  };
-  struct Guesses {
-    int count = 0;
-    Clock::time_point begin = Clock::now();
   };
 
   static MHD_Result Handle(void* self, MHD_Connection* connection, const char* url,
@@ -160,7 +165,8 @@ class HttpServer::Implementation {
   std::map<QByteArray, QString> myLinks;  // networks by the tokens' hashes
   std::list<Viewer> myViewers;
   std::vector<Delayed> myDelayed;
-  std::unordered_map<std::string, Guesses> myGuesses;
+  std::unordered_map<std::string, int> myGuesses;  // by address
+  Clock::time_point myGuessesBegin = Clock::now();
   bool myIsStopping = false;
 };
 
@@ -292,15 +298,12 @@ MHD_Result HttpServer::Implementation::Answer(MHD_Connection* connection, const 
 
 bool HttpServer::Implementation::MustWait(const std::string& address) {
   const auto now = Clock::now();
-  if (myGuesses.size() >= kMaxGuessers) {
-    std::erase_if(myGuesses, [now](const auto& guesser) {
-      return now - guesser.second.begin >= kGuessPeriod;
-    });
-    if (myGuesses.size() >= kMaxGuessers) return true;
+  if (now - myGuessesBegin >= kGuessPeriod) {
+    myGuesses.clear();
+    myGuessesBegin = now;
   }
-  Guesses& guesses = myGuesses[address];
-  if (now - guesses.begin >= kGuessPeriod) guesses = {};
-  return ++guesses.count > kFreeGuesses;
+  if (myGuesses.size() >= kMaxGuessers && !myGuesses.contains(address)) return true;
+  return ++myGuesses[address] > kFreeGuesses;
 }
 
 MHD_Result HttpServer::Implementation::AnswerWrong(MHD_Connection* connection, void** state) {
@@ -322,9 +325,13 @@ MHD_Result HttpServer::Implementation::AnswerStream(MHD_Connection* connection,
   Viewer* viewer = nullptr;
   {
     const std::scoped_lock lock(myMutex);
-    if (myViewers.size() >= kMaxViewers)
+    const std::string address = AddressOf(connection);
+    const auto isNeighbour = [&address](const Viewer& one) { return one.address == address; };
+    const bool isCrowded =
+        !address.empty() && std::ranges::count_if(myViewers, isNeighbour) >= kMaxViewersPerAddress;
+    if (isCrowded || myViewers.size() >= kMaxViewers)
       return AnswerText(connection, MHD_HTTP_SERVICE_UNAVAILABLE, "Too many viewers.\n");
-    viewer = &myViewers.emplace_back(Viewer{*this, connection, tokenHash, site.channel});
+    viewer = &myViewers.emplace_back(Viewer{*this, connection, address, tokenHash, site.channel});
     viewer->isEnding = myIsStopping;
   }
   Response response(MHD_create_response_from_callback(MHD_SIZE_UNKNOWN, kStreamBlock, &ReadStream,

@@ -27,10 +27,10 @@ struct Site {
 // its own. The first part of each path is a link's token; whatever has no valid one is answered
 // with the same 404. Methods may be called from one other thread.
 //
-// Limits: 200 viewers of streams, 600 connections, 16 KiB for a request. A connection ends after
-// 10 s without progress, a stream after 30 s. An address that tried ten wrong tokens within a
-// minute waits a second for each further answer. Behind a proxy on this machine, addresses are
-// those of "X-Forwarded-For".
+// Limits: 200 viewers of streams, 50 of them from one address, 600 connections, 16 KiB for a
+// request. A connection ends after 10 s without progress, a stream after 30 s. An address that
+// tried ten wrong tokens within a minute waits a second for each further answer. Behind a proxy on
+// this machine, addresses are those of "X-Forwarded-For".
 class HttpServer {
  public:
   static constexpr std::size_t kMaxViewers = 200;
