@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kMinTick{250};
 constexpr int kMaxBatches = 240;  // that wait for the end of their delay
+// After an attempt that failed, and after a refusal or a ban.
+constexpr std::chrono::seconds kRetry{10};
 constexpr std::chrono::seconds kRetryAfterRefusal{60};
 constexpr std::size_t kMaxName = 64;  // characters
 
@@ -43,7 +45,7 @@ NetworkFeed::NetworkFeed(WebNetwork network, Channel& channel)
   myEnded = myConnection.SessionEnded.Connect([this](const client::Ending& ending) {
     Reported(myNetwork.id + ": " + ending.Explanation());
     if (myConnection.CurrentState() == client::Connection::State::Offline)
-      myRetry.start(kRetryAfterRefusal);
+      myRetry.start(ending.AllowsReconnect() ? kRetry : kRetryAfterRefusal);
   });
   myStateChanged = myConnection.StateChanged.Connect([this] {
     if (myConnection.CurrentState() == client::Connection::State::Online)
