@@ -48,6 +48,12 @@ std::optional<std::vector<Link>> Links::All() {
     Link link{entry["number"].toInt(), entry["network"].toString(), entry["label"].toString(),
               QByteArray::fromHex(entry["sha256"].toString().toLatin1()),
               QDateTime::fromString(entry["until"].toString(), Qt::ISODate)};
+    const bool isWhole = link.number > 0 && !link.tokenHash.isEmpty() &&
+                         link.until.isValid() == entry.toObject().contains("until");
+    if (!isWhole) {
+      myError = myFile + ": a link is damaged";
+      return std::nullopt;
+    }
     if (!link.HasEnded(now)) links.push_back(std::move(link));
   }
   return links;

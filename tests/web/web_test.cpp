@@ -103,9 +103,12 @@ TEST_F(WebTest, LinksAreStoredAsHashesEndAndAreRevoked) {
   all = links.All();
   ASSERT_TRUE(all && all->size() == 1);
   EXPECT_EQ(all->front().number, 4);
-  Write("links.json", "{\"links\":");
-  EXPECT_FALSE(links.All() || links.Add("alpha", "", {}));
-  EXPECT_TRUE(links.Error().contains("links.json"));
+  for (const char* broken :
+       {"{\"links\":", R"({"links":[{"number":1,"sha256":"ab","until":"soon"}]})"}) {
+    Write("links.json", broken);
+    EXPECT_FALSE(links.All() || links.Add("alpha", "", {}));
+    EXPECT_TRUE(links.Error().contains("links.json"));
+  }
 }
 
 TEST(Channel, ViewersGetChangesAndWhoFallsBehindTheSnapshot) {
