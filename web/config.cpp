@@ -1,5 +1,6 @@
 #include "web/config.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -10,7 +11,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QRegularExpression>
-#include <QSet>
 #include <QStandardPaths>
 #include <QUrl>
 
@@ -191,14 +191,13 @@ Config Read(const QString& file) {
       fields.Text("data", QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation)));
   const QJsonArray networks = fields.List("networks");
   if (networks.isEmpty()) throw Fault("networks: expected one at least");
-  QSet<QString> ids;
   for (const QJsonValue network : networks) {
     const QString where = QStringLiteral("networks[%1]").arg(config.networks.size());
     if (!network.isObject()) throw Fault(where + ": expected an object");
     config.networks.push_back(ReadNetwork({network.toObject(), where}, folder));
     const QString& id = config.networks.back().id;
-    if (ids.contains(id)) throw Fault(where + ".id: there is another \"" + id + '"');
-    ids.insert(id);
+    if (std::ranges::count(config.networks, id, &WebNetwork::id) > 1)
+      throw Fault(where + ".id: there is another \"" + id + '"');
   }
   fields.ExpectNoMore();
   return config;

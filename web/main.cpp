@@ -68,9 +68,10 @@ int Serve(const Config& config) {
     if (now != std::exchange(fault, now) && !now.isEmpty()) report(now);
   };
   readLinks();
+  const QString where = config.address.toString() + ':' + QString::number(config.port);
   error = server.Start(config.address, config.port);
-  if (!error.isEmpty()) return Complain(kFailed, "cannot listen: " + error);
-  report("listening on " + config.address.toString() + ':' + QString::number(config.port));
+  if (!error.isEmpty()) return Complain(kFailed, "cannot listen on " + where + ": " + error);
+  report("listening on " + where);
   for (const auto& feed : feeds)
     feed->Start();
   QTimer wake;
@@ -157,7 +158,8 @@ int main(int argc, char** argv) {
   if (words.size() == 3 && words.first(2) == QStringList{"links", "add"})
     return AddLink(config, words[2], parser);
   if (words == QStringList{"links", "list"}) return ListLinks(config);
-  if (words.size() == 3 && words.first(2) == QStringList{"links", "revoke"})
+  // An empty word, such as that of an unset variable, is the label of links that have none.
+  if (words.size() == 3 && words.first(2) == QStringList{"links", "revoke"} && !words[2].isEmpty())
     return RevokeLinks(config, words[2]);
   return Complain(kUsage, "no such command: " + words.join(' '));
 }

@@ -66,8 +66,8 @@ std::optional<Site> BuildSite(const WebNetwork& network, const QString& dataFold
     const auto tiles = folder.isEmpty() ? std::nullopt : map::TilePyramid::Open(folder);
     if (!tiles) {
       if (error.isEmpty()) error = folder + ": there are no tiles";
-      error =
-          network.id + ": the picture of facet " + QString::number(picture.facet) + ": " + error;
+      error = QStringLiteral("%1: the picture of facet %2 cannot be cut in %3: %4")
+                  .arg(network.id, QString::number(picture.facet), dataFolder, error);
       return std::nullopt;
     }
     site.tiles.insert_or_assign(picture.facet, *tiles);
