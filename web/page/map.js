@@ -16,6 +16,7 @@ let map = null;
 let layers = null; // of the shown facet
 let followed = null; // an id
 let landmarkRows = [];
+let pins = []; // of the shown facet's landmarks
 let listTimer = null;
 let wantedName = null; // from the address, until that member is there
 let hasFitted = false; // the view to the members
@@ -67,11 +68,9 @@ function showFacet(number) {
     map.fitBounds(bounds, { animate: false });
   }
   layers = L.layerGroup().addTo(map);
-  for (const landmark of place.landmarks) {
-    if (landmark.facet === number) addLandmark(landmark);
-  }
+  pins = place.landmarks.filter((landmark) => landmark.facet === number).map(addLandmark);
   map.on("dragstart", () => follow(null));
-  map.on("zoomend resize", placeLabels);
+  map.on("moveend resize", placeLabels);
   for (const member of members.values()) drawMember(member);
   fitOnce();
   placeLabels();
@@ -79,16 +78,17 @@ function showFacet(number) {
 
 function labelled(className, text) {
   const box = document.createElement("div");
+  box.ariaHidden = "true"; // the list says it
   const label = document.createElement("span");
   label.className = "label";
   label.textContent = text;
   label.hidden = text === "";
   box.append(label);
-  return { box, label, icon: L.divIcon({ className, html: box, iconSize: [18, 18] }) };
+  return { box, label, icon: L.divIcon({ className, html: box, iconSize: [24, 24] }) };
 }
 
 function addLandmark(landmark) {
-  const { box, icon } = labelled("landmark", landmark.name);
+  const { box, label, icon } = labelled("landmark", landmark.name);
   const pin = document.createElement("span");
   pin.className = "pin";
   pin.style.background = landmark.colour;
@@ -99,6 +99,7 @@ function addLandmark(landmark) {
     note.textContent = landmark.note;
     marker.bindTooltip(note);
   }
+  return { marker, label };
 }
 
 // Puts the member's shape into a box, before its other children.
@@ -165,24 +166,26 @@ function fitOnce() {
     { padding: [50, 30], maxZoom: map.getMaxZoom() - 4, animate: false });
 }
 
-// Labels stand right of their shapes, or left where the map ends. One that would cover another is
-// hidden; the followed member's comes first.
+// Labels stand right of their shapes, or else left. One that would cover another on both sides is
+// hidden. The followed member's comes first, landmarks' last.
 function placeLabels() {
   const width = map.getSize().x;
   const placed = [];
-  const drawn = [...members.values()].filter((member) => member.marker && !member.label.hidden);
-  drawn.sort((one, other) => (other.id === followed) - (one.id === followed));
-  for (const member of drawn) {
-    const { x, y } = map.latLngToContainerPoint(member.marker.getLatLng());
-    const size = member.label.textContent.length * 8 + 8;
-    const isLeft = x + 11 + size > width;
-    const from = isLeft ? x - 11 - size : x + 11;
-    const isHidden = placed.some(
+  const drawn = [...members.values()].sort((one, other) => (other.id === followed) - (one.id === followed))
+    .concat(pins).filter((one) => one.marker && !one.label.hidden);
+  // Before the first change, so that the page is laid out once.
+  const sizes = drawn.map((one) => one.label.offsetWidth);
+  drawn.forEach(({ marker, label }, i) => {
+    const size = sizes[i];
+    const { x, y } = map.latLngToContainerPoint(marker.getLatLng());
+    const isFree = (from) => !placed.some(
       (one) => from < one.from + one.size && one.from < from + size && Math.abs(one.y - y) < 20);
-    if (!isHidden) placed.push({ from, size, y });
-    member.label.classList.toggle("left", isLeft);
-    member.label.classList.toggle("covered", isHidden);
-  }
+    const [right, left] = [x + 11, x - 11 - size];
+    const from = (right + size > width ? [left, right] : [right, left]).find(isFree);
+    if (from !== undefined) placed.push({ from, size, y });
+    label.classList.toggle("left", from === left);
+    label.classList.toggle("covered", from === undefined);
+  });
 }
 
 // ---- the list
@@ -220,8 +223,7 @@ function rowOf(member) {
   const [shape, name, points, details] = button.children;
   showShape(shape, member);
   setText(name, nameOf(member) || `Member ${member.id}`);
-  setText(points, String(member.hitPoints ?? ""));
-  points.setAttribute("aria-label", `${points.textContent} hit points`);
+  setText(points, member.hitPoints === undefined ? "" : `${member.hitPoints} HP`);
   setText(details, detailsOf(member));
   button.setAttribute("aria-pressed", String(member.id === followed));
   return member.row;
@@ -240,8 +242,8 @@ function showList() {
     list.replaceChildren(...rows);
     if (list.contains(focused)) focused.focus();
   }
-  element("count").textContent =
-    shown.length === members.size ? `${members.size} members` : `${shown.length} of ${members.size} members`;
+  setText(element("count"),
+    shown.length === members.size ? `${members.size} members` : `${shown.length} of ${members.size} members`);
   for (const member of members.values()) markMember(member);
   placeLabels();
 }
@@ -297,6 +299,7 @@ function listFacets() {
 
 function follow(id) {
   followed = id;
+  wantedName = null;
   const member = members.get(id);
   if (member) {
     if (member.facet !== facet) showFacet(member.facet);
@@ -327,14 +330,14 @@ function readFragment() {
 
 function followWanted() {
   const member = [...members.values()].find((one) => wantedName !== null && nameOf(one) === wantedName);
-  if (!member) return;
-  wantedName = null;
-  follow(member.id);
+  if (member) follow(member.id);
 }
 
 // ---- the stream
 
 function takeMember(fields) {
+  // Another start of corvane-web gives other ids.
+  if (members.has(fields.id) && members.get(fields.id).name !== fields.name) removeMember(fields.id);
   const member = members.get(fields.id) ?? {};
   if (member.facet !== undefined && fields.facet !== member.facet && member.id === followed) {
     Object.assign(member, fields);
@@ -346,8 +349,12 @@ function takeMember(fields) {
 }
 
 function removeMember(id) {
-  members.get(id)?.marker?.remove();
+  const member = members.get(id);
+  member?.marker?.remove();
   members.delete(id);
+  if (id !== followed) return;
+  followed = null;
+  wantedName = member?.name ?? null; // for its return
 }
 
 function showBanner(text) {
@@ -382,13 +389,20 @@ function connect() {
   });
 }
 
-async function start() {
+async function loadPlace() {
   try {
     const answer = await fetch("place.json");
-    if (answer.ok) place = await answer.json();
+    if (answer.ok) return await answer.json();
   } catch {
-    // The stream says that the connection is lost.
+    // As after a wrong answer.
   }
+  showBanner("Connection lost. Trying again...");
+  await new Promise((resolve) => { setTimeout(resolve, 5000); });
+  return loadPlace();
+}
+
+async function start() {
+  place = await loadPlace();
   landmarkRows = place.landmarks.map(rowOfLandmark);
   showFacet(place.facets[0] ?? place.pictures[0]?.facet ?? 0);
   listFacets();
