@@ -185,6 +185,7 @@ HttpServer::Implementation::~Implementation() {
 }
 
 QString HttpServer::Implementation::Start(const QHostAddress& address, std::uint16_t port) {
+  myListener.setListenBacklogSize(kMaxConnections);
   if (!myListener.listen(address, port)) return myListener.errorString();
   myListener.pauseAccepting();
   myDaemon = MHD_start_daemon(
