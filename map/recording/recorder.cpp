@@ -54,8 +54,7 @@ void Recorder::Discard() {
 }
 
 void Recorder::BeginBlock(Clock::time_point now) {
-  // The system's clock may be set back.
-  myBlock.emplace(std::max(QDateTime::currentMSecsSinceEpoch(), myLastEnd));
+  myBlock.emplace(QDateTime::currentMSecsSinceEpoch());
   myBlockBegin = now;
   myGone.clear();
   myWaiting.clear();
@@ -89,9 +88,7 @@ void Recorder::TakeFrame(Clock::time_point now) {
 
 void Recorder::EndBlock(Clock::time_point now) {
   if (!myBlock) return;
-  const auto duration = static_cast<quint32>(Since(myBlockBegin, now).count());
-  myLastEnd = myBlock->Begin() + duration;
-  const QByteArray block = myBlock->Finish(duration);
+  const QByteArray block = myBlock->Finish(static_cast<quint32>(Since(myBlockBegin, now).count()));
   myBlock.reset();
   if (myUnwritten == kMaxUnwritten) return Fail(tr("the disk is too slow"));
   ++myUnwritten;

@@ -33,8 +33,6 @@ class Recorder : public client::MembersWatcher {
   Recorder(client::Members& members, const QString& folder, Timing timing);
   // Waits until everything is written.
   ~Recorder() override;
-  Recorder(const Recorder&) = delete;
-  Recorder& operator=(const Recorder&) = delete;
 
   // Recording has stopped: a block could not be written.
   std::function<void(const QString& reason)> Failed;
@@ -74,7 +72,6 @@ class Recorder : public client::MembersWatcher {
   std::vector<quint32> myGone;
   std::optional<BlockWriter> myBlock;  // none until there is a member
   client::Clock::time_point myBlockBegin;
-  qint64 myLastEnd = 0;
   int myUnwritten = 0;
   QThreadPool myThread;
 };

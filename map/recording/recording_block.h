@@ -57,7 +57,6 @@ class BlockWriter {
            std::chrono::milliseconds age);
   void PutGone(quint32 index) { Put(2 * (quint64{index} + 1) + 1); }
 
-  qint64 Begin() const { return myHead.begin; }
   quint32 Members() const { return myHead.members; }
   // Whether another frame might pass the limits.
   bool IsFull() const;

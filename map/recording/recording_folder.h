@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QDateTime>
 #include <QFileInfo>
 #include <QString>
 #include <QStringList>
@@ -22,16 +21,16 @@ struct RecordingLimits {
 };
 
 // The folder with the recordings, which only their user can read. A file holds at most a day, and a
-// quarter of what is kept. Re-entrant: an object may be used by one thread at a time, and all may
-// use the same folder.
+// quarter of what is kept; its times go forward. Re-entrant: an object may be used by one thread at
+// a time, and all may use the same folder.
 class RecordingFolder {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::RecordingFolder)
 
  public:
   explicit RecordingFolder(QString path) : myPath(std::move(path)) {}
 
-  // Appends the block to the file of the last call, or to a new one if that is full, deleted or of
-  // another source. Returns the error; empty if there is none.
+  // Appends the block to the file of the last call, or to a new one if that is full, deleted, of
+  // another source or of a later time. Returns the error; empty if there is none.
   QString Append(const RecordingSource& source, const QByteArray& block,
                  const RecordingLimits& limits);
   // Deletes what is beyond the limits, but not the file of the last Append.
@@ -46,8 +45,9 @@ class RecordingFolder {
 
   QString myPath;
   QString myFile;  // of the last Append
-  QDateTime myFileBegin;
   RecordingSource mySource;
+  qint64 myBegin = 0;
+  qint64 myEnd = 0;
 };
 
 }  // namespace corvane::map

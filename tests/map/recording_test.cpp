@@ -160,6 +160,9 @@ TEST_F(RecordingTest, KeepsWithinTheLimitsWhileItRecords) {
   ASSERT_TRUE(myFolder.DeleteAll());
   ASSERT_EQ(myFolder.Append({"other", 1, "North"}, Block(1000), limits), "");
   EXPECT_EQ(Only().Source().host, "other") << "a new file";
+  for (const qint64 begin : {2000, 1000, 1000 + 24 * 3600 * 1000})
+    ASSERT_EQ(myFolder.Append({"other", 1, "North"}, Block(begin), limits), "");
+  EXPECT_EQ(myFolder.Paths().size(), 3) << "the clock was set back, then a day is over";
 }
 
 TEST_F(RecordingTest, AFileThatCannotBeWrittenStopsIt) {
