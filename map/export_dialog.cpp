@@ -21,23 +21,18 @@ ExportDialog::ExportDialog(const Recording& recording, const QString& path, QWid
   column->addWidget(buttons);
   connect(buttons, &QDialogButtonBox::rejected, this, [this] { reject(); });
 
-  myThread = std::thread([this, bar, recording, path] {
+  myThread = std::jthread([this, bar, recording, path](const std::stop_token& stops) {
     const auto progress = [bar](int percent) {
       QMetaObject::invokeMethod(
           bar, [bar, percent] { bar->setValue(percent); }, Qt::QueuedConnection);
     };
-    const QString error = Export(recording, path, myStops, progress);
+    const QString error = Export(recording, path, stops, progress);
     const auto end = [this, error] {
       if (Ended && isVisible()) Ended(error);
       accept();
     };
     QMetaObject::invokeMethod(this, end, Qt::QueuedConnection);
   });
-}
-
-ExportDialog::~ExportDialog() {
-  myStops = true;
-  myThread.join();
 }
 
 }  // namespace corvane::map

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -18,14 +17,12 @@ class ExportDialog : public QDialog {
 
  public:
   ExportDialog(const Recording& recording, const QString& path, QWidget& owner);
-  ~ExportDialog() override;
 
   // The error is empty if there is none. Not raised after "Cancel".
   std::function<void(const QString& error)> Ended;
 
  private:
-  std::atomic<bool> myStops = false;
-  std::thread myThread;
+  std::jthread myThread;  // the last member, to end before the others
 };
 
 }  // namespace corvane::map

@@ -27,9 +27,11 @@ QString TimeOf(const Member& member) {
   return QDateTime::fromMSecsSinceEpoch(time, Qt::UTC).toString(Qt::ISODateWithMs);
 }
 
-// Spreadsheets take what begins with one of these characters for a formula.
+// Spreadsheets take what begins with one of these characters for a formula, some also the wide
+// ones.
 QString Quoted(QString text) {
-  if (!text.isEmpty() && QStringLiteral("=+-@").contains(text[0])) text.prepend('\'');
+  static const QString kSigns = QStringLiteral("=+-@\uff1d\uff0b\uff0d\uff20");
+  if (!text.isEmpty() && kSigns.contains(text[0])) text.prepend('\'');
   return '"' + text.replace('"', QLatin1String("\"\"")) + '"';
 }
 
@@ -85,7 +87,7 @@ class Writer : public client::MembersWatcher {
 
 }  // namespace
 
-QString Export(const Recording& recording, const QString& path, const std::atomic<bool>& stops,
+QString Export(const Recording& recording, const QString& path, const std::stop_token& stops,
                const std::function<void(int percent)>& progress) {
   QSaveFile file(path);
   if (!file.open(QSaveFile::WriteOnly)) return file.errorString();
@@ -96,7 +98,7 @@ QString Export(const Recording& recording, const QString& path, const std::atomi
   const qint64 duration = std::max<qint64>(1, recording.End() - recording.Begin());
   int percent = -1;
   while (const auto next = player.NextTime()) {
-    if (stops) return {};
+    if (stops.stop_requested()) return {};
     player.PlayTo(*next);
     const int now = static_cast<int>((*next - recording.Begin()) * 100 / duration);
     if (now != percent) progress(percent = now);

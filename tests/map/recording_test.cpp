@@ -179,11 +179,10 @@ TEST_F(RecordingTest, AFileThatCannotBeWrittenStopsIt) {
 
 TEST_F(RecordingTest, IsExportedWithoutFormulas) {
   qint64 begin = 1000;
-  for (const char* name : {"=1+1", "-\"x\"", "a\nb"})
+  for (const char* name : {"=1+1", "-\"x\"", "a\nb", "\xEF\xBC\xA0,"})
     ASSERT_EQ(myFolder.Append(kNorth, Block(std::exchange(begin, begin + 2000), name), {}), "");
   const auto exported = [&](const char* name) {
-    const std::atomic<bool> stops = false;
-    EXPECT_EQ(Export(Only(), myPlace.filePath(name), stops, [](int) {}), "");
+    EXPECT_EQ(Export(Only(), myPlace.filePath(name), {}, [](int) {}), "");
     QFile file(myPlace.filePath(name));
     EXPECT_TRUE(file.open(QFile::ReadOnly));
     return file.readAll();
@@ -195,10 +194,12 @@ TEST_F(RecordingTest, IsExportedWithoutFormulas) {
             "1970-01-01T00:00:03.000Z,\"'-\"\"x\"\"\",0,0,0,0,0,0\r\n"
             "1970-01-01T00:00:03.500Z,\"'-\"\"x\"\"\",1,0,0,0,0,0\r\n"
             "1970-01-01T00:00:05.000Z,\"a\\nb\",0,0,0,0,0,0\r\n"
-            "1970-01-01T00:00:05.500Z,\"a\\nb\",1,0,0,0,0,0\r\n");
+            "1970-01-01T00:00:05.500Z,\"a\\nb\",1,0,0,0,0,0\r\n"
+            "1970-01-01T00:00:07.000Z,\"'\xEF\xBC\xA0,\",0,0,0,0,0,0\r\n"
+            "1970-01-01T00:00:07.500Z,\"'\xEF\xBC\xA0,\",1,0,0,0,0,0\r\n");
   const QJsonArray features =
       QJsonDocument::fromJson(exported("a.geojson")).object()["features"].toArray();
-  ASSERT_EQ(features.size(), 6);
+  ASSERT_EQ(features.size(), 8);
   EXPECT_EQ(features[3]["geometry"]["coordinates"], (QJsonArray{1, 0}));
   EXPECT_EQ(features[3]["properties"]["name"].toString(), "-\"x\"");
 }
