@@ -215,14 +215,19 @@ void RecordingsDialog::Ask(const QString& question, const std::function<void()>&
 }
 
 void RecordingsDialog::DeleteSelected() {
+  bool areGone = true;
   for (const Recording* recording : Selected())
-    QFile::remove(recording->Path());
-  List();
+    areGone &= QFile::remove(recording->Path()) || !QFile::exists(recording->Path());
+  ShowDeleted(areGone);
 }
 
 void RecordingsDialog::DeleteAll() {
   if (DeletingAll) DeletingAll();
-  Note(myFolder.DeleteAll() ? QString() : tr("Not all files could be deleted."));
+  ShowDeleted(myFolder.DeleteAll());
+}
+
+void RecordingsDialog::ShowDeleted(bool areGone) {
+  Note(areGone ? QString() : tr("Not all files could be deleted."));
   List();
 }
 

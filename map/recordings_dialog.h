@@ -57,6 +57,7 @@ class RecordingsDialog : public QDialog {
   void Ask(const QString& question, const std::function<void()>& act);
   void DeleteSelected();
   void DeleteAll();
+  void ShowDeleted(bool areGone);
   std::vector<const Recording*> Selected() const;
 
   RecordingFolder myFolder;
