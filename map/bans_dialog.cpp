@@ -1,7 +1,5 @@
 #include "map/bans_dialog.h"
 
-#include <utility>
-
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QTextDocument>
@@ -13,15 +11,15 @@
 namespace corvane::map {
 namespace {
 
-enum BanColumn { kAddress, kBy, kReason, kDate, kBanColumns };
+enum BanColumn { kAddress, kBy, kReason };
 
-constexpr int kCellPadding = 16;
+constexpr std::size_t kMaxCell = 40;  // beside the reason
 
 }  // namespace
 
 BansDialog::BansDialog(QWidget& owner)
     : QDialog(&owner),
-      lstBans(new QTableWidget(0, kBanColumns, this)),
+      lstBans(new QTreeWidget(this)),
       btnLift(new QPushButton(tr("&Lift Selected"), this)),
       btnClose(new QPushButton(tr("Close"), this)),
       myCount(new QLabel(tr("Asking for the bans..."), this)) {
@@ -30,24 +28,13 @@ BansDialog::BansDialog(QWidget& owner)
   setAttribute(Qt::WA_DeleteOnClose);
   resize(fontMetrics().averageCharWidth() * 90, fontMetrics().height() * 20);
   lstBans->setAccessibleName(tr("Bans"));
-  lstBans->setHorizontalHeaderLabels({tr("Address"), tr("By"), tr("Reason"), tr("Date")});
-  lstBans->setSelectionBehavior(QAbstractItemView::SelectRows);
-  lstBans->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  // Without this the first row becomes the current one when the list gets the focus, and if it is
-  // the only one, no arrow key selects it.
-  lstBans->setCurrentIndex({});
-  lstBans->setTabKeyNavigation(false);
-  lstBans->setShowGrid(false);
-  lstBans->setWordWrap(false);
-  lstBans->verticalHeader()->hide();
-  lstBans->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-  QHeaderView* header = lstBans->horizontalHeader();
-  header->setHighlightSections(false);
-  header->setSectionResizeMode(kReason, QHeaderView::Stretch);
-  for (const auto& [column, widest] :
-       {std::pair(kAddress, "000.000.000.000"), std::pair(kBy, "000000000000"),
-        std::pair(kDate, "00 Mmm 0000 00:00:00")})
-    header->resizeSection(column, fontMetrics().horizontalAdvance(widest) + kCellPadding);
+  lstBans->setHeaderLabels({tr("Address"), tr("By"), tr("Reason"), tr("Date")});
+  lstBans->setRootIsDecorated(false);
+  lstBans->setUniformRowHeights(true);
+  lstBans->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  lstBans->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  lstBans->header()->setSectionResizeMode(kReason, QHeaderView::Stretch);
+  lstBans->header()->setStretchLastSection(false);
   btnLift->setEnabled(false);
   // Return in the list lifts nothing.
   btnClose->setDefault(true);
@@ -61,37 +48,39 @@ BansDialog::BansDialog(QWidget& owner)
   column->addWidget(lstBans);
   column->addLayout(buttons);
 
-  connect(lstBans, &QTableWidget::itemSelectionChanged, this,
+  connect(lstBans, &QTreeWidget::itemSelectionChanged, this,
           [this] { btnLift->setEnabled(!lstBans->selectedItems().isEmpty()); });
-  connect(btnLift, &QPushButton::clicked, this, [this] { LiftSelected(); });
-  connect(btnClose, &QPushButton::clicked, this, [this] { reject(); });
+  connect(btnLift, &QPushButton::clicked, this, [this] {
+    for (const QTreeWidgetItem* row : lstBans->selectedItems()) {
+      if (Lifted) Lifted(TextFromDisplay(row->data(kAddress, Qt::UserRole).toString()));
+    }
+  });
+  connect(btnClose, &QPushButton::clicked, this, &QDialog::reject);
 }
 
 void BansDialog::Show(const client::BanList& list) {
-  // Ends the selection, which would hit the bans that follow those lifted.
-  lstBans->setRowCount(0);
-  lstBans->setRowCount(static_cast<int>(list.bans.size()));
-  int row = 0;
+  QList<QTreeWidgetItem*> rows;
   for (const client::Ban& ban : list.bans) {
-    int column = 0;
-    for (const std::string* text : {&ban.address, &ban.by, &ban.reason, &ban.date})
-      lstBans->setItem(row, column++, new QTableWidgetItem(VisibleText(*text)));
-    lstBans->item(row, kAddress)->setData(Qt::UserRole, DisplayText(ban.id));
-    lstBans->item(row, kReason)
-        ->setToolTip(Qt::convertFromPlainText(VisibleText(ban.reason), Qt::WhiteSpaceNormal));
-    ++row;
+    const QString reason = VisibleText(ban.reason);
+    auto* row = new QTreeWidgetItem(QStringList{VisibleText(ban.address, kMaxCell),
+                                                VisibleText(ban.by, kMaxCell), reason,
+                                                VisibleText(ban.date, kMaxCell)});
+    row->setData(kAddress, Qt::UserRole, DisplayText(ban.id));
+    row->setSizeHint(kReason, QSize(0, fontMetrics().height() + 6));
+    row->setToolTip(kReason, Qt::convertFromPlainText(reason, Qt::WhiteSpaceNormal));
+    rows.append(row);
   }
-  const QString count = row == 1 ? tr("1 ban") : tr("%1 bans").arg(row);
+  // Also ends the selection, which would hit the bans that follow those lifted.
+  lstBans->clear();
+  lstBans->addTopLevelItems(rows);
+  // Without this the first row becomes the current one when the list gets the focus, and if it is
+  // the only one, no arrow key selects it.
+  lstBans->setCurrentIndex({});
+  const QString count = rows.size() == 1 ? tr("1 ban") : tr("%1 bans").arg(rows.size());
   myCount->setText(
       list.leftOut == 0
           ? count
           : tr("%1, and %2 entries that cannot be shown").arg(count).arg(list.leftOut));
-}
-
-void BansDialog::LiftSelected() const {
-  for (const QModelIndex& index : lstBans->selectionModel()->selectedRows()) {
-    if (Lifted) Lifted(TextFromDisplay(index.data(Qt::UserRole).toString()));
-  }
 }
 
 }  // namespace corvane::map

@@ -6,7 +6,7 @@
 #include <QDialog>
 #include <QLabel>
 #include <QPushButton>
-#include <QTableWidget>
+#include <QTreeWidget>
 
 #include "client/ban.h"
 
@@ -26,13 +26,11 @@ class BansDialog : public QDialog {
   void Show(const client::BanList& list);
 
   // The controls, in tab order. The dialog owns them.
-  QTableWidget* lstBans;
+  QTreeWidget* lstBans;
   QPushButton* btnLift;
   QPushButton* btnClose;
 
  private:
-  void LiftSelected() const;
-
   QLabel* myCount;
 };
 

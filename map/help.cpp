@@ -1,14 +1,12 @@
 #include "map/help.h"
 
 #include <utility>
-#include <vector>
 
 #include <QApplication>
 #include <QDialogButtonBox>
-#include <QHeaderView>
 #include <QMenu>
 #include <QMessageBox>
-#include <QTableWidget>
+#include <QTreeWidget>
 #include <QVBoxLayout>
 
 namespace corvane::map {
@@ -18,25 +16,24 @@ struct HelpTexts {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::Help)
 };
 
-using KeyRows = std::vector<std::pair<QString, QString>>;
-
-KeyRows KeysOf(const QMenuBar& menus) {
-  KeyRows rows;
-  for (const QAction* title : menus.actions()) {
-    for (const QAction* action : title->menu()->actions()) {
-      QStringList keys;
-      for (const QKeySequence& key : action->shortcuts())
-        keys.append(key.toString(QKeySequence::NativeText));
-      const QString name = title->text() + QStringLiteral(" > ") + action->text();
-      if (!keys.isEmpty())
-        rows.emplace_back(keys.join(QStringLiteral(", ")), QString(name).remove('&').remove("..."));
-    }
-  }
-  return rows;
+void AddRow(QTreeWidget& table, const QString& keys, const QString& does) {
+  auto* row = new QTreeWidgetItem(&table, {keys, does});
+  row->setSizeHint(1, QSize(0, table.fontMetrics().height() + 6));
 }
 
-KeyRows OtherKeys() {
-  return {
+void AddKeysOf(const QMenuBar& menus, QTreeWidget& table) {
+  for (const QAction* title : menus.actions()) {
+    for (const QAction* action : title->menu()->actions()) {
+      const QString keys =
+          QKeySequence::listToString(action->shortcuts(), QKeySequence::NativeText);
+      QString name = title->text() + QStringLiteral(" > ") + action->text();
+      if (!keys.isEmpty()) AddRow(table, keys, name.remove('&').remove(QStringLiteral("...")));
+    }
+  }
+}
+
+void AddOtherKeys(QTreeWidget& table) {
+  const std::pair<QString, QString> rows[] = {
       {HelpTexts::tr("Arrow keys, drag"), HelpTexts::tr("Move the map")},
       {HelpTexts::tr("Ctrl+arrow keys"),
        HelpTexts::tr("Move the map while you send your position")},
@@ -46,6 +43,8 @@ KeyRows OtherKeys() {
       {HelpTexts::tr("Return, double click in the list"), HelpTexts::tr("Follow a member")},
       {HelpTexts::tr("Shift+F10"), HelpTexts::tr("Menu of the selected member")},
   };
+  for (const auto& [keys, does] : rows)
+    AddRow(table, keys, does);
 }
 
 }  // namespace
@@ -55,25 +54,14 @@ void ShowKeys(QWidget& window, const QMenuBar& menus) {
   dialog->setObjectName(QStringLiteral("KeysDialog"));
   dialog->setAttribute(Qt::WA_DeleteOnClose);
   dialog->setWindowTitle(HelpTexts::tr("Keys"));
-  KeyRows rows = KeysOf(menus);
-  for (auto& row : OtherKeys())
-    rows.push_back(std::move(row));
-  auto* table = new QTableWidget(static_cast<int>(rows.size()), 2, dialog);
+  auto* table = new QTreeWidget(dialog);
   table->setAccessibleName(HelpTexts::tr("Keys"));
-  table->setHorizontalHeaderLabels({HelpTexts::tr("Key or mouse"), HelpTexts::tr("Does")});
-  for (int row = 0; row < table->rowCount(); ++row) {
-    const auto& [keys, does] = rows[static_cast<std::size_t>(row)];
-    table->setItem(row, 0, new QTableWidgetItem(keys));
-    table->setItem(row, 1, new QTableWidgetItem(does));
-  }
-  table->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  table->setSelectionBehavior(QAbstractItemView::SelectRows);
-  table->setTabKeyNavigation(false);
-  table->setShowGrid(false);
-  table->verticalHeader()->hide();
-  table->verticalHeader()->setDefaultSectionSize(table->fontMetrics().height() + 6);
-  table->horizontalHeader()->setStretchLastSection(true);
-  table->resizeColumnsToContents();
+  table->setHeaderLabels({HelpTexts::tr("Key or mouse"), HelpTexts::tr("Does")});
+  table->setRootIsDecorated(false);
+  table->setUniformRowHeights(true);
+  AddKeysOf(menus, *table);
+  AddOtherKeys(*table);
+  table->resizeColumnToContents(0);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
   QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
   auto* column = new QVBoxLayout(dialog);

@@ -21,6 +21,7 @@ namespace corvane::map {
 namespace {
 
 constexpr std::size_t kMaxListedName = 100;
+constexpr int kDuration = 3;  // a column, followed by other numbers
 constexpr qint64 kTurn = 20;  // ms
 
 QSpinBox* LimitField(int value, int min, int max, const QString& unit, QWidget* parent) {
@@ -46,7 +47,7 @@ QString DurationText(qint64 duration) {
 RecordingsDialog::RecordingsDialog(RecordingFolder folder, const RecordingLimits& limits,
                                    QWidget& owner)
     : QDialog(&owner),
-      lstRecordings(new QTableWidget(0, 6, this)),
+      lstRecordings(new QTreeWidget(this)),
       btnPlay(new QPushButton(tr("&Play"), this)),
       btnExport(new QPushButton(tr("&Export..."), this)),
       btnDelete(new QPushButton(tr("&Delete..."), this)),
@@ -62,8 +63,8 @@ RecordingsDialog::RecordingsDialog(RecordingFolder folder, const RecordingLimits
   setWindowTitle(tr("Recordings"));
   setAttribute(Qt::WA_DeleteOnClose);
   LayOut();
-  connect(lstRecordings, &QTableWidget::itemSelectionChanged, this, [this] { EnableButtons(); });
-  connect(lstRecordings, &QTableWidget::activated, this, [this] { btnPlay->click(); });
+  connect(lstRecordings, &QTreeWidget::itemSelectionChanged, this, [this] { EnableButtons(); });
+  connect(lstRecordings, &QTreeWidget::itemActivated, btnPlay, &QPushButton::click);
   connect(btnPlay, &QPushButton::clicked, this, [this] {
     if (Played) Played(*Selected().front());
     accept();
@@ -76,7 +77,7 @@ RecordingsDialog::RecordingsDialog(RecordingFolder folder, const RecordingLimits
   connect(this, &QDialog::finished, this, [this] {
     if (LimitsChosen) LimitsChosen({spnDays->value(), spnMebibytes->value()});
   });
-  connect(btnClose, &QPushButton::clicked, this, [this] { reject(); });
+  connect(btnClose, &QPushButton::clicked, this, &QDialog::reject);
   myMore.setSingleShot(true);
   connect(&myMore, &QTimer::timeout, this, [this] { ListMore(); });
   List();
@@ -84,18 +85,14 @@ RecordingsDialog::RecordingsDialog(RecordingFolder folder, const RecordingLimits
 
 void RecordingsDialog::LayOut() {
   lstRecordings->setAccessibleName(tr("Recordings"));
-  lstRecordings->setHorizontalHeaderLabels(
+  lstRecordings->setHeaderLabels(
       {tr("Network"), tr("Server"), tr("Begin"), tr("Duration"), tr("Size"), tr("Members")});
-  lstRecordings->setSelectionBehavior(QAbstractItemView::SelectRows);
-  lstRecordings->setEditTriggers(QAbstractItemView::NoEditTriggers);
-  lstRecordings->setTabKeyNavigation(false);
-  lstRecordings->setShowGrid(false);
-  lstRecordings->setWordWrap(false);
-  lstRecordings->verticalHeader()->hide();
-  lstRecordings->verticalHeader()->setDefaultSectionSize(fontMetrics().height() + 6);
-  lstRecordings->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-  lstRecordings->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-  lstRecordings->horizontalHeader()->setHighlightSections(false);
+  lstRecordings->setRootIsDecorated(false);
+  lstRecordings->setUniformRowHeights(true);
+  lstRecordings->setSelectionMode(QAbstractItemView::ExtendedSelection);
+  lstRecordings->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+  lstRecordings->header()->setSectionResizeMode(0, QHeaderView::Stretch);
+  lstRecordings->header()->setStretchLastSection(false);
   lblNote->setTextFormat(Qt::PlainText);
   lblNote->setWordWrap(true);
   lblNote->hide();
@@ -127,8 +124,7 @@ void RecordingsDialog::LayOut() {
 void RecordingsDialog::List() {
   myPaths = myFolder.Paths();
   myRecordings.clear();
-  lstRecordings->clearSelection();
-  lstRecordings->setRowCount(0);
+  lstRecordings->clear();
   ListMore();
 }
 
@@ -139,7 +135,7 @@ void RecordingsDialog::ListMore() {
     if (const auto recording = Recording::Open(myPaths.takeFirst())) Add(*recording);
   }
   if (!myPaths.isEmpty()) myMore.start(0);
-  if (Selected().empty() && !myRecordings.empty()) lstRecordings->selectRow(0);
+  if (Selected().empty()) lstRecordings->setCurrentItem(lstRecordings->topLevelItem(0));
   EnableButtons();
 }
 
@@ -148,20 +144,15 @@ void RecordingsDialog::Add(const Recording& recording) {
     return VisibleText(TextFromDisplay(text), kMaxListedName);
   };
   const QString duration = DurationText(recording.End() - recording.Begin());
-  const QString cells[] = {
-      visible(recording.Source().network),
-      visible(recording.Source().host),
-      DisplayText(ShortDateAndTime(QDateTime::fromMSecsSinceEpoch(recording.Begin()))),
-      recording.IsDamaged() ? tr("%1, then damaged").arg(duration) : duration,
-      QLocale().formattedDataSize(recording.Bytes()),
-      QString::number(recording.Members())};
-  const int row = lstRecordings->rowCount();
-  lstRecordings->insertRow(row);
-  for (int column = 0; column < lstRecordings->columnCount(); ++column) {
-    auto* item = new QTableWidgetItem(cells[column]);
-    if (column >= 3) item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    lstRecordings->setItem(row, column, item);
-  }
+  auto* row = new QTreeWidgetItem(
+      lstRecordings,
+      {visible(recording.Source().network), visible(recording.Source().host),
+       DisplayText(ShortDateAndTime(QDateTime::fromMSecsSinceEpoch(recording.Begin()))),
+       recording.IsDamaged() ? tr("%1, then damaged").arg(duration) : duration,
+       QLocale().formattedDataSize(recording.Bytes()), QString::number(recording.Members())});
+  row->setSizeHint(0, QSize(0, fontMetrics().height() + 6));
+  for (int column = kDuration; column < lstRecordings->columnCount(); ++column)
+    row->setTextAlignment(column, Qt::AlignRight | Qt::AlignVCenter);
   myRecordings.push_back(recording);
 }
 

@@ -8,8 +8,8 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSpinBox>
-#include <QTableWidget>
 #include <QTimer>
+#include <QTreeWidget>
 
 #include "map/recording/recording_folder.h"
 
@@ -34,7 +34,7 @@ class RecordingsDialog : public QDialog {
   void ExportTo(const QString& path);
 
   // The controls, in tab order. The dialog owns them.
-  QTableWidget* lstRecordings;
+  QTreeWidget* lstRecordings;
   QPushButton* btnPlay;
   QPushButton* btnExport;
   QPushButton* btnDelete;

@@ -223,9 +223,9 @@ TEST_F(MapTest, RecordsOnlyWhenSwitchedOnAndReplaysInAWindowOfItsOwn) {
 
   myWindow->actions->actRecordings->trigger();
   auto* dialog = Opened<RecordingsDialog>("RecordingsDialog");
-  ASSERT_EQ(dialog->lstRecordings->rowCount(), 1);
-  EXPECT_EQ(dialog->lstRecordings->item(0, 0)->text(), "North");
-  EXPECT_EQ(dialog->lstRecordings->item(0, 5)->text(), "1");
+  ASSERT_EQ(dialog->lstRecordings->topLevelItemCount(), 1);
+  EXPECT_EQ(dialog->lstRecordings->topLevelItem(0)->text(0), "North");
+  EXPECT_EQ(dialog->lstRecordings->topLevelItem(0)->text(5), "1");
   const QString csv = myFolder.filePath("out.csv");
   dialog->ExportTo(csv);
   EXPECT_TRUE(PumpUntil([&] { return dialog->lblNote->text().contains("out.csv"); }));
@@ -270,7 +270,7 @@ TEST_F(MapTest, RecordsOnlyWhenSwitchedOnAndReplaysInAWindowOfItsOwn) {
     Click(Opened<QMessageBox>("DeleteQuestion")->button(answer));
   }
   EXPECT_EQ(files(), 0);
-  EXPECT_EQ(dialog->lstRecordings->rowCount(), 0);
+  EXPECT_EQ(dialog->lstRecordings->topLevelItemCount(), 0);
 }
 
 }  // namespace
