@@ -18,6 +18,8 @@ namespace {
 
 using Cause = client::Ending::Cause;
 
+enum FormRow { kRecent, kServer, kPort, kEncrypted, kFingerprint, kNetwork, kPassword };
+
 constexpr int kFieldWidth = 280;
 constexpr std::size_t kMaxRecentLength = 60;
 
@@ -40,7 +42,8 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
       btnCancel(new QPushButton(tr("Cancel"), this)),
       lblMessage(new QLabel(this)),
       myRecent(recent),
-      myForm(new QFormLayout) {
+      myFields(new QWidget(this)),
+      myForm(new QFormLayout(myFields)) {
   setObjectName(QStringLiteral("ConnectDialog"));
   setWindowTitle(tr("Connect"));
   spnPort->setRange(1, 65535);
@@ -70,13 +73,13 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
     txtPassword->setEchoMode(isOn ? QLineEdit::Normal : QLineEdit::Password);
   });
   for (QLineEdit* field : {txtHost, txtNetwork, txtUser})
-    connect(field, &QLineEdit::textChanged, this, [this] { Check(); });
+    connect(field, &QLineEdit::textChanged, this, [this] { EnableControls(); });
   connect(txtHost, &QLineEdit::textEdited, this, [this] { FillRememberedTls(); });
   connect(spnPort, &QSpinBox::valueChanged, this, [this] { FillRememberedTls(); });
   connect(chkEncrypted, &QCheckBox::toggled, txtFingerprint, &QLineEdit::setEnabled);
   connect(btnConnect, &QPushButton::clicked, this, [this] { Try(); });
-  connect(btnCancel, &QPushButton::clicked, this, [this] { reject(); });
-  SetTrying(false);
+  connect(btnCancel, &QPushButton::clicked, this, &ConnectDialog::reject);
+  EnableControls();
   if (recent.isEmpty()) {
     txtHost->setFocus();
   } else {
@@ -86,24 +89,25 @@ ConnectDialog::ConnectDialog(const QList<RecentServer>& recent, QWidget& owner)
 }
 
 void ConnectDialog::LayOut() {
-  const auto add = [this](const QString& text, QWidget* field, QWidget* beside = nullptr) {
+  const auto add = [this](const QString& text, QWidget* field, QWidget* beside) {
     auto* label = new QLabel(text, this);
     label->setBuddy(field);
     auto* row = new QHBoxLayout;
     row->addWidget(field, 1);
-    if (beside != nullptr) row->addWidget(beside);
+    row->addWidget(beside);
     myForm->addRow(label, row);
-    field->setMinimumWidth(kFieldWidth);
   };
   add(tr("Rec&ent:"), cmbRecent, btnRemove);
-  add(tr("&Server:"), txtHost);
+  myForm->addRow(tr("&Server:"), txtHost);
   myForm->addRow(tr("P&ort:"), spnPort);
   myForm->addRow(QString(), chkEncrypted);
-  add(tr("&Fingerprint:"), txtFingerprint);
-  add(tr("&Network:"), txtNetwork);
+  myForm->addRow(tr("&Fingerprint:"), txtFingerprint);
+  myForm->addRow(tr("&Network:"), txtNetwork);
   add(tr("&Password:"), txtPassword, chkShow);
-  add(tr("&User name:"), txtUser);
+  myForm->addRow(tr("&User name:"), txtUser);
   myForm->addRow(QString(), chkRemember);
+  myForm->setContentsMargins({});
+  cmbRecent->setMinimumWidth(kFieldWidth);
 
   auto* buttons = new QHBoxLayout;
   buttons->addStretch();
@@ -111,7 +115,7 @@ void ConnectDialog::LayOut() {
   buttons->addWidget(btnCancel);
   btnConnect->setDefault(true);
   auto* column = new QVBoxLayout(this);
-  column->addLayout(myForm);
+  column->addWidget(myFields);
   column->addWidget(lblMessage);
   column->addLayout(buttons);
   column->setSizeConstraint(QLayout::SetFixedSize);
@@ -160,11 +164,13 @@ void ConnectDialog::RemoveRecent() {
   cmbRecent->removeItem(row);
   if (isShown) Fill(myRecent.value(cmbRecent->currentIndex()));
   if (myRecent.isEmpty()) cmbRecent->hidePopup();
-  SetTrying(false);
+  EnableControls();
   if (Removed) Removed(server);
 }
 
-void ConnectDialog::Check() const {
+void ConnectDialog::EnableControls() const {
+  cmbRecent->setEnabled(!myRecent.isEmpty());
+  btnRemove->setEnabled(!myRecent.isEmpty());
   btnConnect->setEnabled(!myIsTrying && !txtHost->text().trimmed().isEmpty() &&
                          !txtNetwork->text().isEmpty() && !txtUser->text().isEmpty());
 }
@@ -180,11 +186,9 @@ void ConnectDialog::TryGiven(const RecentServer& server) {
 void ConnectDialog::Offer(const Place& place) {
   setWindowTitle(tr("Open Place"));
   mySummary = new PlaceSummary(place, Known(place.host, place.port), this);
-  for (QWidget* field : std::initializer_list<QWidget*>{cmbRecent, txtHost, spnPort, chkEncrypted,
-                                                        txtFingerprint, txtNetwork}) {
-    SetRowVisible(field, false);
-  }
-  myForm->insertRow(0, mySummary);
+  for (int row = kRecent; row <= kNetwork; ++row)
+    myForm->setRowVisible(row, false);
+  static_cast<QBoxLayout*>(layout())->insertWidget(0, mySummary);
   mySummary->TrustChanged = [this] { FillFingerprint(mySummary->Fingerprint()); };
 
   RecentServer server;
@@ -204,20 +208,10 @@ void ConnectDialog::Offer(const Place& place) {
   Fill(server);
   if (!place.digest.isEmpty()) {
     myDigest = place.digest;
-    SetRowVisible(txtPassword, false);
+    myForm->setRowVisible(kPassword, false);
   }
   QWidget* const next = txtUser->text().isEmpty() ? static_cast<QWidget*>(txtUser) : btnConnect;
   (myDigest.isEmpty() ? txtPassword : next)->setFocus();
-}
-
-void ConnectDialog::SetRowVisible(const QWidget* field, bool isVisible) const {
-  for (int row = 0; row < myForm->rowCount(); ++row) {
-    QLayoutItem* const item = myForm->itemAt(row, QFormLayout::FieldRole);
-    if (item == nullptr) continue;
-    if (item->widget() == field ||
-        (item->layout() != nullptr && item->layout()->indexOf(field) >= 0))
-      myForm->setRowVisible(row, isVisible);
-  }
 }
 
 void ConnectDialog::TryTrusting(const QByteArray& fingerprint) {
@@ -252,7 +246,7 @@ void ConnectDialog::Try() {
 void ConnectDialog::ShowFailure(const client::Ending& ending) {
   SetTrying(false);
   // The digest in a place file may be out of date.
-  if (ending.cause == Cause::PasswordRefused) SetRowVisible(txtPassword, true);
+  if (ending.cause == Cause::PasswordRefused) myForm->setRowVisible(kPassword, true);
   ShowFault(VisibleText(TextFromDisplay(ending.Explanation())), *FieldAtFault(ending.cause));
 }
 
@@ -287,15 +281,11 @@ void ConnectDialog::ShowFault(const QString& text, QWidget& field) const {
 
 void ConnectDialog::SetTrying(bool isTrying) {
   myIsTrying = isTrying;
-  for (QWidget* field : std::initializer_list<QWidget*>{
-           cmbRecent, btnRemove, txtHost, spnPort, txtNetwork, chkEncrypted, txtFingerprint,
-           txtPassword, chkShow, txtUser, chkRemember}) {
-    const bool isOfRecent = field == cmbRecent || field == btnRemove;
-    field->setEnabled(!isTrying && (!isOfRecent || !myRecent.isEmpty()) &&
-                      (field != txtFingerprint || chkEncrypted->isChecked()));
+  if (isTrying) btnCancel->setFocus();
+  myFields->setEnabled(!isTrying);
+  for (QWidget* field : myFields->findChildren<QWidget*>())
     field->setAccessibleDescription({});
-  }
-  Check();
+  EnableControls();
 }
 
 void ConnectDialog::reject() {

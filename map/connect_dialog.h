@@ -68,7 +68,6 @@ class ConnectDialog : public QDialog {
 
  private:
   void LayOut();
-  void SetRowVisible(const QWidget* field, bool isVisible) const;
   // Null if the user has not logged in at that host and port.
   const RecentServer* Known(const QString& host, int port) const;
   void Fill(const RecentServer& server);
@@ -77,15 +76,16 @@ class ConnectDialog : public QDialog {
   // Keeps a fingerprint that the user has typed.
   void FillRememberedTls() const;
   void RemoveRecent();
-  void Check() const;
+  void EnableControls() const;
   void Try();
   QWidget* FieldAtFault(client::Ending::Cause cause) const;
   void ShowFault(const QString& text, QWidget& field) const;
   void SetTrying(bool isTrying);
 
   QList<RecentServer> myRecent;
-  QByteArray myDigest;  // remembered or given; used while the password field is empty
-  QFormLayout* myForm;
+  QByteArray myDigest;                // remembered or given; used while the password field is empty
+  QWidget* myFields;                  // all but the buttons
+  QFormLayout* myForm;                // of the fields
   PlaceSummary* mySummary = nullptr;  // of an offered place
   bool myIsTrying = false;
 };
