@@ -77,7 +77,9 @@ void RecordingControl::Store() {
 void RecordingControl::ShowRecordings() {
   if (myDialog) return;
   myDialog = new RecordingsDialog(RecordingFolder(myFolder), myLimits, myWindow);
-  myDialog->Played = [this](const Recording& recording) { Play(recording); };
+  myDialog->Played = [this](const Recording& recording) {
+    (new ReplayWindow(recording, mySettingsFile, myCacheFolder, myWindow))->show();
+  };
   myDialog->DeletingAll = [this] { myRecorder.Discard(); };
   myDialog->LimitsChosen = [this](const RecordingLimits& limits) {
     myLimits = limits;
@@ -86,11 +88,6 @@ void RecordingControl::ShowRecordings() {
     RecordingFolder(myFolder).Keep(limits);
   };
   myDialog->open();
-}
-
-void RecordingControl::Play(const Recording& recording) {
-  auto* replay = new ReplayWindow(recording, mySettingsFile, myCacheFolder, myWindow);
-  replay->show();
 }
 
 }  // namespace corvane::map

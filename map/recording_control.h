@@ -37,7 +37,6 @@ class RecordingControl {
  private:
   void Apply();
   void Store();
-  void Play(const Recording& recording);
 
   client::Connection& myConnection;
   Settings& mySettings;

@@ -32,12 +32,6 @@ RunningMap::RunningMap(const QString& dataFolder)
   Take();
 }
 
-// The clients use this object.
-RunningMap::~RunningMap() {
-  myServer.disconnect();
-  qDeleteAll(myServer.findChildren<QLocalSocket*>());
-}
-
 void RunningMap::Take() {
   if (myServer.isListening() || (!myLock.isLocked() && !myLock.tryLock())) return;
   // Replaces the socket of a map that crashed.
@@ -46,7 +40,6 @@ void RunningMap::Take() {
 
 void RunningMap::Accept() {
   while (QLocalSocket* client = myServer.nextPendingConnection()) {
-    client->setParent(&myServer);
     client->setReadBufferSize(kMaxBytes);
     QObject::connect(client, &QLocalSocket::disconnected, client, &QObject::deleteLater);
     if (myServer.findChildren<QLocalSocket*>().size() > kMaxClients) {
@@ -55,7 +48,7 @@ void RunningMap::Accept() {
       continue;
     }
     QObject::connect(client, &QLocalSocket::readyRead, client, [this, client] { Read(*client); });
-    QTimer::singleShot(kMaxTime, client, [client] { client->deleteLater(); });
+    QTimer::singleShot(kMaxTime, client, &QObject::deleteLater);
     Read(*client);
   }
 }

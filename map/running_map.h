@@ -20,9 +20,6 @@ class RunningMap {
   static constexpr int kMaxTime = 2000;  // ms
 
   explicit RunningMap(const QString& dataFolder);
-  ~RunningMap();
-  RunningMap(const RunningMap&) = delete;
-  RunningMap& operator=(const RunningMap&) = delete;
 
   // The path or link of another start.
   std::function<void(const QString& place)> PlaceReceived;
@@ -39,7 +36,7 @@ class RunningMap {
   QLockFile myLock;
   QString myName;
   QTimer myRetry;
-  QLocalServer myServer;
+  QLocalServer myServer;  // last: its clients use the others
 };
 
 }  // namespace corvane::map

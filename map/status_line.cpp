@@ -49,13 +49,11 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   prgCutting->setFormat(tr("Preparing the picture: %p%"));
   prgCutting->setAccessibleName(tr("Preparing the picture"));
   prgCutting->setMinimumWidth(fontMetrics().horizontalAdvance(prgCutting->format()) + 40);
-  prgCutting->hide();
-  lblSilenced->hide();
-  lblRecording->hide();
   addWidget(lblState, 1);
-  addPermanentWidget(prgCutting);
-  addPermanentWidget(lblSilenced);
-  addPermanentWidget(lblRecording);
+  for (QWidget* part : std::initializer_list<QWidget*>{prgCutting, lblSilenced, lblRecording}) {
+    addPermanentWidget(part);
+    part->hide();
+  }
   addPermanentWidget(lblPlace);
   connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
   myTimer.start(std::chrono::milliseconds(500));
