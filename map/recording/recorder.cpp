@@ -74,10 +74,9 @@ void Recorder::TakeFrame(Clock::time_point now) {
     for (const Member* member : myWaiting) {
       const auto place = myRecorded.find(member);
       if (place == myRecorded.end() || !std::exchange(place->second.isWaiting, false)) continue;
-      Recorded& recorded = place->second;
-      if (!recorded.index) recorded.index = myBlock->Members();
-      myBlock->Put(*recorded.index, *member, recorded.report, Since(member->news, now));
-      recorded.report = member->report;
+      std::optional<quint32>& index = place->second.index;
+      if (!index) index = myBlock->Members();
+      myBlock->Put(*index, *member, Since(member->news, now));
     }
     myBlock->EndFrame();
     myGone.clear();

@@ -51,7 +51,6 @@ class Recorder : public client::MembersWatcher {
  private:
   struct Recorded {
     std::optional<quint32> index;  // in the block
-    client::Report report;         // of its last entry
     bool isWaiting = false;        // for the next frame
   };
 

@@ -59,15 +59,15 @@ void BlockWriter::BeginFrame(quint32 at) {
   Put(at - std::exchange(myLastFrame, at));
 }
 
-void BlockWriter::Put(quint32 index, const client::Member& member, const Report& before,
-                      std::chrono::milliseconds age) {
+void BlockWriter::Put(quint32 index, const client::Member& member, std::chrono::milliseconds age) {
   Put(2 * (quint64{index} + 1));
-  if (index == myHead.members) {
-    ++myHead.members;
+  if (index == Members()) {
+    myReports.emplace_back();
     Put(member.name.size());
     myBytes.append(member.name.data(), static_cast<qsizetype>(member.name.size()));
   }
   const Report& now = member.report;
+  const Report before = std::exchange(myReports[index], now);
   Put((now.inBattle ? kInBattle : 0) | (now.isDead ? kIsDead : 0) |
       (member.hasPlace ? kHasPlace : 0) | (now.facet != before.facet ? kOtherFacet : 0) |
       (now.hp != before.hp ? kOtherHp : 0));
@@ -81,12 +81,13 @@ void BlockWriter::Put(quint32 index, const client::Member& member, const Report&
 bool BlockWriter::IsFull() const {
   constexpr qsizetype kMaxEntry = Members::kMaxNameBytes + 64;
   return myBytes.size() + qsizetype{Members::kMaxMembers} * kMaxEntry > BlockHead::kMaxLength ||
-         myHead.members + Members::kMaxMembers > BlockHead::kMaxMembers;
+         Members() + Members::kMaxMembers > BlockHead::kMaxMembers;
 }
 
 QByteArray BlockWriter::Finish(quint32 duration) {
   myHead.length = static_cast<quint32>(myBytes.size());
   myHead.duration = duration;
+  myHead.members = Members();
   myHead.checksum = qChecksum(myBytes);
   return myHead.Bytes() + myBytes;
 }

@@ -51,13 +51,11 @@ class BlockWriter {
   // `at` is in milliseconds since the block's begin.
   void BeginFrame(quint32 at);
   void EndFrame() { Put(0); }
-  // `before` is the member's report in its last entry. The index Members() adds a new member, which
-  // had a report of zeros.
-  void Put(quint32 index, const client::Member& member, const client::Report& before,
-           std::chrono::milliseconds age);
+  // The index Members() adds a new member.
+  void Put(quint32 index, const client::Member& member, std::chrono::milliseconds age);
   void PutGone(quint32 index) { Put(2 * (quint64{index} + 1) + 1); }
 
-  quint32 Members() const { return myHead.members; }
+  quint32 Members() const { return static_cast<quint32>(myReports.size()); }
   // Whether another frame might pass the limits.
   bool IsFull() const;
   // The whole block.
@@ -68,6 +66,7 @@ class BlockWriter {
 
   BlockHead myHead;
   quint32 myLastFrame = 0;
+  std::vector<client::Report> myReports;  // in each member's last entry
   QByteArray myBytes;
 };
 

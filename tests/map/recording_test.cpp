@@ -26,15 +26,13 @@ const RecordingSource kNorth{"127.0.0.1", 12000, "North"};
 // The block of a second in which a member goes from 0, 0 to 1, 0, and has a name of that length.
 QByteArray Block(qint64 begin, std::string name = "Ann") {
   BlockWriter writer(begin);
-  const client::Member before{std::move(name), {}, {}, true, true};
-  client::Member after = before;
-  after.report.x = 1;
-  writer.BeginFrame(0);
-  writer.Put(0, before, {}, milliseconds(0));
-  writer.EndFrame();
-  writer.BeginFrame(500);
-  writer.Put(0, after, before.report, milliseconds(0));
-  writer.EndFrame();
+  client::Member member{std::move(name), {}, {}, true, true};
+  for (const quint32 at : {0U, 500U}) {
+    writer.BeginFrame(at);
+    writer.Put(0, member, milliseconds(0));
+    writer.EndFrame();
+    member.report.x = 1;
+  }
   return writer.Finish(1000);
 }
 
