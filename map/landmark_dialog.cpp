@@ -15,14 +15,6 @@ namespace {
 
 constexpr int kIconsInRow = 8;
 
-QDoubleSpinBox* CoordinateField(double value, QWidget* parent) {
-  auto* field = new QDoubleSpinBox(parent);
-  field->setRange(-Landmark::kMaxCoordinate, Landmark::kMaxCoordinate);
-  field->setDecimals(2);
-  field->setValue(value);
-  return field;
-}
-
 }  // namespace
 
 LandmarkDialog::LandmarkDialog(const QString& title, const Landmark& landmark, QWidget& owner)
@@ -31,8 +23,8 @@ LandmarkDialog::LandmarkDialog(const QString& title, const Landmark& landmark, Q
       lstIcons(new QListWidget(this)),
       btnColour(new QPushButton(tr("&Colour..."), this)),
       txtNote(new QPlainTextEdit(landmark.note, this)),
-      spnX(CoordinateField(landmark.at.x(), this)),
-      spnY(CoordinateField(landmark.at.y(), this)),
+      spnX(new QDoubleSpinBox(this)),
+      spnY(new QDoubleSpinBox(this)),
       spnFacet(new QSpinBox(this)),
       btnOK(new QPushButton(tr("OK"), this)),
       btnCancel(new QPushButton(tr("Cancel"), this)),
@@ -42,6 +34,10 @@ LandmarkDialog::LandmarkDialog(const QString& title, const Landmark& landmark, Q
   setAttribute(Qt::WA_DeleteOnClose);
   txtName->setMaxLength(Landmark::kMaxName);
   txtNote->setTabChangesFocus(true);
+  for (QDoubleSpinBox* field : {spnX, spnY})
+    field->setRange(-Landmark::kMaxCoordinate, Landmark::kMaxCoordinate);
+  spnX->setValue(landmark.at.x());
+  spnY->setValue(landmark.at.y());
   spnFacet->setRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
   spnFacet->setValue(landmark.facet);
   lstIcons->setAccessibleName(tr("Icon"));

@@ -34,12 +34,7 @@ QSpinBox* LimitField(int value, int min, int max, const QString& unit, QWidget* 
 
 QString DurationText(qint64 duration) {
   const qint64 seconds = duration / 1000;
-  const auto two = [](qint64 number) {
-    return QStringLiteral("%1").arg(number, 2, 10, QChar('0'));
-  };
-  return QStringLiteral("%1:%2:%3")
-      .arg(seconds / 3600)
-      .arg(two(seconds / 60 % 60), two(seconds % 60));
+  return QString::asprintf("%lld:%02lld:%02lld", seconds / 3600, seconds / 60 % 60, seconds % 60);
 }
 
 }  // namespace

@@ -75,24 +75,6 @@ TEST_F(ConnectorTest, RecentServersCanBeRemoved) {
   EXPECT_EQ(dialog->focusWidget(), dialog->txtHost);
 }
 
-TEST_F(ConnectorTest, FillsTheDialogWithGivenValues) {
-  TestServer server;
-  server.AddNetwork("North");
-  RecentServer given;
-  given.host = "127.0.0.1";
-  given.port = static_cast<std::uint16_t>(server.Port());
-  given.network = "North";
-  given.userName = "Ann";
-  given.digest = QByteArray::fromStdString(PasswordDigest("wrong"));
-  myWindow->LoginTo(given);
-  EXPECT_THAT(Refusal(), testing::HasSubstr("Wrong password"));
-  auto* dialog = Opened<ConnectDialog>("ConnectDialog");
-  EXPECT_EQ(dialog->txtUser->text(), "Ann");
-  QTest::keyClicks(dialog->txtPassword, "secret");
-  Click(dialog->btnConnect);
-  EXPECT_TRUE(Reaches(State::Online));
-}
-
 TEST_F(ConnectorTest, CancellingEndsTheAttempt) {
   FalseServer silent;
   Login(silent.Port());
