@@ -38,7 +38,9 @@ ReplayWindow::ReplayWindow(const Recording& recording, const QString& settingsFi
       myPlayer(recording, myMembers),
       myTime(recording.Begin()) {
   const RecordingSource& source = recording.Source();
-  mySettings.SetCurrentPlace({source.host, source.port, source.network});
+  // Without any server, this would give the recording's what belongs to the first one.
+  if (!mySettings.CurrentPlace().host.isEmpty())
+    mySettings.SetCurrentPlace({source.host, source.port, source.network});
   setObjectName(QStringLiteral("ReplayWindow"));
   setAttribute(Qt::WA_DeleteOnClose);
   const QString begin =

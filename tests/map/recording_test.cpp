@@ -175,6 +175,15 @@ TEST_F(RecordingTest, AFileThatCannotBeWrittenStopsIt) {
   EXPECT_FALSE(recorder.IsOn());
 }
 
+TEST_F(RecordingTest, AReplayTakesNoPicturesFromTheFirstServer) {
+  ASSERT_EQ(myFolder.Append(kNorth, Block(1000), {}), "");
+  const QString file = myPlace.filePath("map.ini");
+  Settings(file).SetPictureOf(3, {MapPicture::Kind::Tiles, "/x", {}, 1});
+  QWidget owner;
+  const ReplayWindow replay(Only(), file, myPlace.path(), owner);
+  EXPECT_EQ(Settings(file).Pictured(), QList<int>{3});
+}
+
 TEST_F(RecordingTest, IsExportedWithoutFormulas) {
   qint64 begin = 1000;
   for (const char* name : {"=1+1", "-\"x\"", "a\nb", "\xEF\xBC\xA0,"})
