@@ -167,14 +167,14 @@ void RecordingsDialog::EnableButtons() {
 
 void RecordingsDialog::Export() {
   const QString csv = tr("CSV (*.csv)");
-  const QString geoJson = tr("GeoJSON (*.geojson)");
-  QString chosen = csv;
-  QString path = QFileDialog::getSaveFileName(this, tr("Export"), QDir::homePath(),
-                                              csv + QStringLiteral(";;") + geoJson, &chosen);
-  if (path.isEmpty()) return;
-  if (QFileInfo(path).suffix().isEmpty())
-    path += chosen == csv ? QStringLiteral(".csv") : QStringLiteral(".geojson");
-  ExportTo(path);
+  QFileDialog dialog(this, tr("Export"), QDir::homePath(), csv + tr(";;GeoJSON (*.geojson)"));
+  dialog.setAcceptMode(QFileDialog::AcceptSave);
+  // The dialog asks before it overwrites the file that gets the suffix.
+  dialog.setDefaultSuffix(QStringLiteral("csv"));
+  connect(&dialog, &QFileDialog::filterSelected, this, [&](const QString& filter) {
+    dialog.setDefaultSuffix(filter == csv ? QStringLiteral("csv") : QStringLiteral("geojson"));
+  });
+  if (dialog.exec() == QDialog::Accepted) ExportTo(dialog.selectedFiles().value(0));
 }
 
 void RecordingsDialog::ExportTo(const QString& path) {
