@@ -134,7 +134,6 @@ void PictureDialog::Wire() {
   for (const QDoubleSpinBox* field : {spnLeft, spnTop, spnScale}) {
     connect(field, &QDoubleSpinBox::valueChanged, this, [this] {
       preview->ShowGrid(Current().corner, Current().unitsPerPixel);
-      if (myIsFitting) return;
       // The numbers count, whatever the places say.
       myFits = true;
       lblPlaces->clear();
@@ -256,11 +255,12 @@ void PictureDialog::FitToPlaces() {
   myFits = fit.error.isEmpty();
   lblPlaces->setText(myFits ? tr("The grid shows where the picture lies.") : fit.error);
   if (myFits) {
-    myIsFitting = true;
+    const QSignalBlocker blockers[] = {QSignalBlocker(spnLeft), QSignalBlocker(spnTop),
+                                       QSignalBlocker(spnScale)};
     spnLeft->setValue(fit.corner.x());
     spnTop->setValue(fit.corner.y());
     spnScale->setValue(fit.unitsPerPixel);
-    myIsFitting = false;
+    preview->ShowGrid(Current().corner, Current().unitsPerPixel);
   }
   Enable();
 }

@@ -67,8 +67,7 @@ class PictureDialog : public QDialog {
   MapPicture myTried;  // it works, or is being cut
   bool myWorks = false;
   bool myConfirms = false;  // as soon as it works
-  bool myIsFitting = false;
-  bool myFits = true;  // to the places, if both are given
+  bool myFits = true;       // to the places, if both are given
 };
 
 }  // namespace corvane::map

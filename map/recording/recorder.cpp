@@ -1,6 +1,5 @@
 #include "map/recording/recorder.h"
 
-#include <algorithm>
 #include <utility>
 
 #include <QDateTime>
