@@ -4,8 +4,11 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QScopedValueRollback>
+#include <QThread>
 
 #include "framework/text.h"
+#include "net/pass_times.h"
 #include "updater/version.h"
 
 namespace corvane {
@@ -14,6 +17,7 @@ namespace corvane {
 struct ApplicationHooks {
   std::function<void()> LastResort;  // called inside the catch block
   std::function<void()> Quit;
+  PassTimes* Passes = nullptr;  // gets the time that each event takes
 };
 
 // Qt's application, with a window or without. Passes exceptions that leave an event handler to
@@ -29,6 +33,26 @@ class ServerApplication : public QtApplication, public ApplicationHooks {
   }
 
   bool notify(QObject* receiver, QEvent* event) override {
+    // What a handler sends is a part of its own time; what a loop inside of it handles is not.
+    const int level = QThread::currentThread()->loopLevel();
+    const bool isOwnThread = QThread::currentThread() == this->thread();
+    if (Passes == nullptr || level == myLevel || !isOwnThread) return Deliver(receiver, event);
+    const QScopedValueRollback inEvent(myLevel, level);
+    Passes->Begin();
+    const bool isHandled = Deliver(receiver, event);
+    if (Passes != nullptr) Passes->End();
+    return isHandled;
+  }
+
+  bool event(QEvent* event) override {
+    if (event->type() != QEvent::Quit || !Quit) return QtApplication::event(event);
+    event->accept();
+    Quit();
+    return true;
+  }
+
+ private:
+  bool Deliver(QObject* receiver, QEvent* event) {
     try {
       return QtApplication::notify(receiver, event);
     } catch (...) {
@@ -38,12 +62,7 @@ class ServerApplication : public QtApplication, public ApplicationHooks {
     }
   }
 
-  bool event(QEvent* event) override {
-    if (event->type() != QEvent::Quit || !Quit) return QtApplication::event(event);
-    event->accept();
-    Quit();
-    return true;
-  }
+  int myLevel = -1;  // of the loop whose event is being handled
 };
 
 }  // namespace corvane

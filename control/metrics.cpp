@@ -167,7 +167,8 @@ void AddConnections(Writer& writer, Operator& op) {
 }
 
 void AddPasses(Writer& writer, const PassTimes& times) {
-  writer.Begin("pass_duration_seconds", "histogram", "How long passes of the event loop took.");
+  writer.Begin("pass_duration_seconds", "histogram",
+               "How long the event loop was busy at a stretch, passes over the sockets included.");
   std::uint64_t count = 0;
   for (std::size_t i = 0; i < times.counts.size(); ++i) {
     count += times.counts[i];

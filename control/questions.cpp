@@ -75,7 +75,8 @@ void Questions::Check() {
   const auto longest = myRates.Now().longestPass;
   if (longest >= kMaxPass) {
     const auto milliseconds = std::chrono::ceil<std::chrono::milliseconds>(longest).count();
-    throw Refused("the server is slow: a pass took " + std::to_string(milliseconds) + " ms");
+    throw Refused("the server is slow: it was busy for " + std::to_string(milliseconds) +
+                  " ms at a stretch");
   }
   if (!myOperator.TakesWrites()) RefuseForDatabase(myOperator);
 }

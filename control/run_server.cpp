@@ -27,7 +27,10 @@ int RunServer(ApplicationHooks& application, const MessageBoxFunction& showMessa
   if (!app.Open()) return 1;
   commands.emplace(app.Op());
   control.Serve(*commands);
-  return run(app);
+  application.Passes = &app.Loop().Passes();
+  const int code = run(app);
+  application.Passes = nullptr;
+  return code;
 }
 
 }  // namespace corvane

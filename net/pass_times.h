@@ -7,8 +7,10 @@
 
 namespace corvane {
 
-// A histogram of how long the loop's passes took, since the start.
+// A histogram of how long Qt's loop was busy at a stretch, since the start: with a pass over the
+// sockets, or with anything else that keeps it from them.
 struct PassTimes {
+  using Clock = std::chrono::steady_clock;
   using Duration = std::chrono::nanoseconds;
 
   // The upper bounds of all buckets but the last.
@@ -17,7 +19,11 @@ struct PassTimes {
       std::chrono::milliseconds{5},   std::chrono::milliseconds{10},  std::chrono::milliseconds{50},
       std::chrono::milliseconds{250}, std::chrono::seconds{1}};
 
-  void Add(Duration time) {
+  void Begin() { begin = Clock::now(); }
+  // The next stretch begins.
+  void End() {
+    const Duration time = Clock::now() - begin;
+    begin += time;
     std::size_t bucket = 0;
     while (bucket < kBounds.size() && time > kBounds[bucket])
       ++bucket;
@@ -29,6 +35,7 @@ struct PassTimes {
   std::array<std::uint64_t, kBounds.size() + 1> counts{};
   Duration sum{0};
   Duration longest{0};  // since a reader reset it
+  Clock::time_point begin = Clock::now();
 };
 
 }  // namespace corvane

@@ -64,12 +64,8 @@ void PollLoop::RunSlice() {
   if (myIsInSlice || myIsStopped) return;
   try {
     const QScopedValueRollback inSlice(myIsInSlice, true);
-    auto begin = Clock::now();
-    const auto end = begin + kSlice;
-    while (begin < end && RunPass(end)) {
-      const auto now = Clock::now();
-      myPasses.Add(now - begin);
-      begin = now;
+    const auto end = Clock::now() + kSlice;
+    while (RunPass(end) && Clock::now() < end) {
     }
     RunBeforeFlush();
     Flush(Clock::now() + kSlice);
@@ -185,9 +181,11 @@ void PollLoop::GiveWay() {
 
 bool PollLoop::NestedStep() {
   const QScopedValueRollback nested(myIsNested, true);
+  myPasses.End();
   const bool worked = RunPass(Clock::now() + kSlice);
   RunBeforeFlush();
   Flush(Clock::now() + kSlice);
+  myPasses.End();
   return worked || !myUnsent.empty();
 }
 

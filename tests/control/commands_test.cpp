@@ -6,7 +6,6 @@
 #include <QRegularExpression>
 #include <QTimer>
 
-#include "app/server_application.h"
 #include "tests/control/control_fixture.h"
 
 namespace corvane {
@@ -75,7 +74,6 @@ TEST_F(CommandsTest, MessageThatWouldEndTheServerIsRefusedWithTheAddresses) {
   EXPECT_TRUE(ann->HearsNothing());
   EXPECT_TRUE(myBoxes.empty());
   // With force the message is sent, and ends the server.
-  auto& application = dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
   application.LastResort = [this] { myApp.LastResort(); };
   QLocalSocket client;
   client.connectToServer(LocalSocketName(myFolder.path(), kServerSocket));

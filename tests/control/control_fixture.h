@@ -6,6 +6,7 @@
 #include <QLocalSocket>
 #include <QProcess>
 
+#include "app/server_application.h"
 #include "control/commands.h"
 #include "control/control_server.h"
 #include "platform/local_socket_name.h"
@@ -25,9 +26,12 @@ class ControlTest : public AppFixture {
     myApp.LoadServerSocket();
     EXPECT_EQ(control.Take(myFolder.path()), ControlServer::Claim::Made) << control.Error();
     control.Serve(commands);
+    application.Passes = &myApp.Loop().Passes();
     ann = LoggedIn("Ann");
     bob = LoggedIn("Bob", "North", "127.0.0.2");
   }
+
+  void TearDown() override { application.Passes = nullptr; }
 
   // Runs corvanectl.
   Outcome Run(const QStringList& arguments, const QByteArray& input = {}) {
@@ -54,6 +58,8 @@ class ControlTest : public AppFixture {
     return client.isOpen() ? client.readLine() : QByteArray();
   }
 
+  ServerApplication<QCoreApplication>& application =
+      dynamic_cast<ServerApplication<QCoreApplication>&>(*qApp);
   ControlServer control;
   Commands commands{myApp.Op()};
   std::unique_ptr<TestClient> ann;
