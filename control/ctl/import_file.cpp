@@ -28,7 +28,7 @@ std::optional<QByteArray> ImportFile(ServerLink& server, QJsonObject request) {
   }
   const auto ask = [&server, &request] {
     server.Send(QJsonDocument(request).toJson(QJsonDocument::Compact));
-    return server.Receive(-1);
+    return server.Receive();
   };
   int lines = 0;
   // Not atEnd(), which holds for a pipe whose writer is slow.

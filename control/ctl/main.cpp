@@ -29,13 +29,13 @@ namespace {
 
 enum ExitCode { kDone = 0, kRefused = 1, kUsage = 2, kNoServer = 3, kNotShown = 4 };
 
-// How long a server may take to accept and to answer, in ms. A check takes 5 s at most.
-struct Patience {
-  int connecting = 30'000;
-  int answering = 30'000;
-};
-constexpr Patience kCheckPatience{1'000, 4'000};
-constexpr qint64 kMaxDocument = qint64{4} << 20;  // bytes; it may be indented
+// How long servers may take to accept and to answer, in ms. A check takes 5 s at most.
+constexpr int kPatience = 30'000;
+constexpr int kCheckPatience = 4'500;
+constexpr int kCheckAccept = 1'000;
+// Of a network's document: of the file, which may be indented, and without blanks.
+constexpr qint64 kMaxFile = qint64{4} << 20;
+constexpr qint64 kMaxDocument = 1'000'000;
 
 int Complain(ExitCode code, const QString& text) {
   std::fprintf(stderr, "corvanectl: %s\n", qUtf8Printable(text.trimmed()));
@@ -68,7 +68,13 @@ void AddDocument(CommandLine& line) {
   QFile file(line.request.take("file").toString());
   if (!file.open(QIODevice::ReadOnly))
     throw UsageError(file.fileName() + ": " + file.errorString());
-  const QJsonDocument document = QJsonDocument::fromJson(file.read(kMaxDocument));
+  const QByteArray text = file.read(kMaxFile + 1);
+  const QJsonDocument document = QJsonDocument::fromJson(text);
+  if (text.size() > kMaxFile || document.toJson(QJsonDocument::Compact).size() > kMaxDocument) {
+    throw UsageError(file.fileName() +
+                     ": too large: a network's document has at most 4 MiB, and 1000000 bytes "
+                     "without indentation");
+  }
   if (!document.isObject()) throw UsageError(file.fileName() + ": not a network's JSON document");
   line.request["document"] = document.object();
 }
@@ -115,15 +121,19 @@ int AskAll(const CommandLine& line, Printer& printer) {
     servers.emplace_back(name, InstanceDataFolder(name));
   std::erase_if(servers,
                 [](const auto& one) { return !one.second || !QDir(*one.second).exists(); });
+  // All are asked before the first answer is awaited, so that one that hangs delays no other.
+  const QDeadlineTimer accept(kCheckAccept);
+  const QDeadlineTimer end(kCheckPatience);
+  std::vector<ServerLink> links(servers.size());
+  for (std::size_t i = 0; i < links.size(); ++i)
+    links[i].Connect(*servers[i].second);
+  for (ServerLink& link : links) {
+    if (link.IsOpen(accept)) link.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
+  }
   QJsonArray rows;
   bool doAllWork = true;
-  for (const auto& [name, folder] : servers) {
-    ServerLink server;
-    QJsonObject row;
-    if (server.Open(*folder, kCheckPatience.connecting)) {
-      server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-      row = QJsonDocument::fromJson(server.Receive(kCheckPatience.answering).value_or("")).object();
-    }
+  for (std::size_t i = 0; i < links.size(); ++i) {
+    QJsonObject row = QJsonDocument::fromJson(links[i].Receive(end).value_or("")).object();
     const bool works = row.value("ok").toBool() && row.value("listening").toBool(true);
     doAllWork = doAllWork && works;
     if (row.contains("networks")) {
@@ -134,7 +144,7 @@ int AskAll(const CommandLine& line, Printer& printer) {
     }
     const char* const fault = row.contains("listening") ? "does not listen" : "does not answer";
     row["state"] = works ? "works" : row.value("error").toString(fault);
-    row["instance"] = name;
+    row["instance"] = servers[i].first;
     rows.append(row);
   }
   const QJsonObject answer{{"ok", doAllWork}, {"complete", true}, {"rows", rows}};
@@ -148,9 +158,13 @@ int AskAll(const CommandLine& line, Printer& printer) {
 
 int Ask(const CommandLine& line, Printer& printer) {
   QStringList folders = Folders(line);
-  const Patience patience = line.request["check"].toBool() ? kCheckPatience : Patience();
+  const bool isCheck = line.request["check"].toBool();
+  const QDeadlineTimer end(isCheck ? kCheckPatience : kPatience);
   ServerLink server;
-  const auto open = [&](const QString& folder) { return server.Open(folder, patience.connecting); };
+  const auto open = [&](const QString& folder) {
+    server.Connect(folder);
+    return server.IsOpen(isCheck ? QDeadlineTimer(kCheckAccept) : end);
+  };
   if (std::ranges::none_of(folders, open)) {
     std::ranges::transform(folders, folders.begin(), Hinted);
     return Complain(kNoServer, "there is no server that you may administer in " +
@@ -161,12 +175,12 @@ int Ask(const CommandLine& line, Printer& printer) {
     received = ImportFile(server, line.request);
   } else {
     server.Send(QJsonDocument(line.request).toJson(QJsonDocument::Compact));
-    received = server.Receive(line.command->isSlow ? -1 : patience.answering);
+    received = server.Receive(line.command->isSlow ? QDeadlineTimer::Forever : end);
   }
   if (received) {
     const ExitCode code = Show(line, *received, printer);
     if (code != kDone || !line.request["follow"].toBool()) return code;
-    while (printer.Error() == 0 && (received = server.Receive(-1)))
+    while (printer.Error() == 0 && (received = server.Receive()))
       Show(line, *received, printer);
     if (received) return kDone;
   }

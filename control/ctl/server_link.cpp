@@ -11,9 +11,15 @@ constexpr qint64 kMaxAnswer = qint64{64} << 20;
 
 }  // namespace
 
-bool ServerLink::Open(const QString& dataFolder, int timeout) {
+void ServerLink::Connect(const QString& dataFolder) {
   mySocket.connectToServer(LocalSocketName(dataFolder, kServerSocket));
-  return mySocket.waitForConnected(timeout) && IsServerOfThisUser(mySocket);
+}
+
+bool ServerLink::IsOpen(QDeadlineTimer end) {
+  const auto left = static_cast<int>(end.remainingTime());
+  const bool isOpen = mySocket.waitForConnected(left) && IsServerOfThisUser(mySocket);
+  if (!isOpen) mySocket.abort();
+  return isOpen;
 }
 
 void ServerLink::Send(const QByteArray& line) {
@@ -21,10 +27,11 @@ void ServerLink::Send(const QByteArray& line) {
   mySocket.flush();
 }
 
-std::optional<QByteArray> ServerLink::Receive(int timeout) {
+std::optional<QByteArray> ServerLink::Receive(QDeadlineTimer end) {
   while (!mySocket.canReadLine()) {
     if (mySocket.bytesAvailable() > kMaxAnswer) return std::nullopt;
-    if (!mySocket.waitForReadyRead(timeout)) return std::nullopt;
+    const auto left = static_cast<int>(end.remainingTime());
+    if (!mySocket.waitForReadyRead(left)) return std::nullopt;
   }
   return mySocket.readLine().trimmed();
 }

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QLocalSocket>
 #include <QString>
 
@@ -11,13 +12,14 @@ namespace corvane::ctl {
 // A blocking connection to the server: sends lines and receives lines.
 class ServerLink {
  public:
-  // Connects to the folder's server. Returns false if there is none, if it does not accept within
-  // `timeout` ms, or if it is another user's.
-  bool Open(const QString& dataFolder, int timeout);
+  // Begins to connect to the folder's server.
+  void Connect(const QString& dataFolder);
+  // Returns false if there is none, if it does not accept until then, or if it is another user's.
+  bool IsOpen(QDeadlineTimer end);
   void Send(const QByteArray& line);
-  // The next line. None if the server disconnects, is silent for `timeout` ms (-1: no limit), or
-  // sends a line of over 64 MiB.
-  std::optional<QByteArray> Receive(int timeout);
+  // The next line. None if the server disconnects, the line is not there by then, or it has over
+  // 64 MiB.
+  std::optional<QByteArray> Receive(QDeadlineTimer end = QDeadlineTimer::Forever);
 
  private:
   QLocalSocket mySocket;
