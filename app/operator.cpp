@@ -222,6 +222,30 @@ bool Operator::ImportBans(BanImport::List list, const std::string& reason, const
   return myListener.Context.bans.Import(std::move(list), kName, reason, until, std::move(done));
 }
 
+bool Operator::ImportNetwork(const NetworkRef& network,
+                             const std::vector<AdminsTable::Admin>& admins,
+                             std::vector<corvane::Ban> bans, Bans::ImportDone done) {
+  LogAction({"import network ", Quoted(network->NetworkName), " with ",
+             std::to_string(admins.size()), " administrators and ", std::to_string(bans.size()),
+             " bans"});
+  BanImport::List list;
+  list.bans = std::move(bans);
+  for (const AdminsTable::Admin& admin : admins) {
+    LogGrant(admin);
+    list.rows.push_back(AdminsTable::Row(admin));
+  }
+  list.rows.push_back(NetworksTable::Row(network->NetworkName, network->Password, network->MaxUsers,
+                                         network->Enabled));
+  const auto addIt = [this, network, done = std::move(done)](const std::string& error,
+                                                             BanImport& import) {
+    // A reload may have found it meanwhile.
+    const bool isNew = myListener.FindNetwork(network->NetworkName) == nullptr;
+    if (error.empty() && isNew) AddToList(network);
+    done(error, import);
+  };
+  return myListener.Context.bans.Import(std::move(list), kName, {}, {}, addIt);
+}
+
 std::vector<std::string> Operator::SessionsIn(const AddressRange& range) const {
   std::vector<std::string> peers;
   for (const auto& session : myListener.SessionsIn(range))
@@ -273,9 +297,14 @@ void Operator::ForceDisconnect(ClientSocket& user) {
   user.Close();
 }
 
+void Operator::LogGrant(const AdminsTable::Admin& admin) {
+  LogAction({"make administrator ", Quoted(admin.name), " of ", Quoted(admin.network), ", ",
+             admin.address});
+}
+
 bool Operator::MakeAdmin(const std::string& name, const std::string& address,
                          const std::string& networkName) {
-  LogAction({"make administrator ", Quoted(name), " of ", Quoted(networkName), ", ", address});
+  LogGrant({0, name, networkName, address});
   return myListener.Context.admins.Add(name, address, networkName);
 }
 

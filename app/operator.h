@@ -129,6 +129,9 @@ class Operator {
   // next connection on. Returns false if another list is being stored.
   bool ImportBans(BanImport::List list, const std::string& reason, const QDateTime& until,
                   Bans::ImportDone done);
+  // Adds the network with these administrators and bans, all or nothing, in the same way.
+  bool ImportNetwork(const NetworkRef& network, const std::vector<AdminsTable::Admin>& admins,
+                     std::vector<corvane::Ban> bans, Bans::ImportDone done);
   std::vector<std::string> SessionsIn(const AddressRange& range) const;
   // Ends the connection; does nothing if it has ended.
   void ForceDisconnect(ClientSocket& user);
@@ -172,6 +175,7 @@ class Operator {
   void AddToList(const NetworkRef& network);
   void Raise(ServerEvent::Kind kind, const ServerNetworks& network) const;
   void RaiseLifted(const std::string& what) const;
+  void LogGrant(const AdminsTable::Admin& admin);
   // Lift the bans and ranges that have ended.
   void EndBans();
   void EndRanges();

@@ -49,19 +49,17 @@ Commands::Commands(Operator& op)
           {"network delete", std::bind_front(&Actions::DeleteNetwork, &myActions)},
           {"network disconnect", std::bind_front(&Actions::DisconnectNetwork, &myActions)},
           {"network export", std::bind_front(&NetworkTransfer::Export, &myNetworkTransfer)},
-          {"network import", std::bind_front(&NetworkTransfer::Import, &myNetworkTransfer)},
+          {"network import",
+           [this](const Request& request) {
+             return myNetworkTransfer.Import(request, LaterAnswer());
+           }},
           {"kick", std::bind_front(&Actions::Kick, &myActions)},
           {"ban", std::bind_front(&Actions::Ban, &myActions)},
           {"ban-address", std::bind_front(&Actions::BanAddress, &myActions)},
           {"ban-range", std::bind_front(&BanActions::BanRange, &myBanActions)},
           {"unban-range", std::bind_front(&BanActions::UnbanRange, &myBanActions)},
           {"bans import",
-           [this](const Request& request) {
-             return myBanActions.Import(request,
-                                        [client = QPointer(myClient)](const QByteArray& answer) {
-                                          if (client) client->Answer(answer);
-                                        });
-           }},
+           [this](const Request& request) { return myBanActions.Import(request, LaterAnswer()); }},
           {"bans export", std::bind_front(&BanActions::Export, &myBanActions)},
           {"unban", std::bind_front(&Actions::Unban, &myActions)},
           {"disconnect", std::bind_front(&Actions::Disconnect, &myActions)},
@@ -113,6 +111,12 @@ void Commands::SendToFollowers(const std::string& text) {
     follower->SendFollowed(line);
 }
 
+std::function<void(const QByteArray&)> Commands::LaterAnswer() {
+  return [client = QPointer(myClient)](const QByteArray& answer) {
+    if (client) client->Answer(answer);
+  };
+}
+
 QByteArray Commands::Execute(const Request& request) {
   const std::string command = request.Text("command");
   std::string known;
@@ -134,10 +138,8 @@ QByteArray Commands::MakeBackup(const Request& request) {
   const std::string whyNot = Backup::WhyNot(myOperator.Database(), places);
   if (!whyNot.empty()) throw Refused(whyNot);
   myOperator.LogAction({"backup into ", TextFromDisplay(file)});
-  const auto done = [this, file, client = QPointer(myClient)](const std::string& error) {
-    if (client)
-      client->Answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.')
-                                   : RefusalLine(error));
+  const auto done = [this, file, answer = LaterAnswer()](const std::string& error) {
+    answer(error.empty() ? DoneLine("Made " + TextFromDisplay(file) + '.') : RefusalLine(error));
     myBackup.release()->deleteLater();
   };
   myBackup = std::make_unique<Backup>(myOperator.Database(), places, done);

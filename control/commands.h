@@ -25,8 +25,8 @@ class ServerLog;
 
 // Carries out the requests of the local socket by their "command": Questions answers those that
 // only ask, Actions those that change something, and this class those for the log and the program.
-// Sends new lines of the log to clients that follow it. Runs one request at a time, but answers a
-// backup later. Borrows the Operator.
+// Sends new lines of the log to clients that follow it. Runs one request at a time, but answers
+// backups and imports later. Borrows the Operator.
 class Commands {
  public:
   explicit Commands(Operator& op);
@@ -48,6 +48,9 @@ class Commands {
   };
   // Sends a line of the log.
   void SendToFollowers(const std::string& text);
+
+  // Answers the current request.
+  std::function<void(const QByteArray&)> LaterAnswer();
 
   QByteArray Execute(const Request& request);
   QByteArray MakeBackup(const Request& request);

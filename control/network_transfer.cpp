@@ -1,8 +1,11 @@
 #include "control/network_transfer.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <QDateTime>
@@ -12,8 +15,6 @@
 #include "app/operator.h"
 #include "control/answers.h"
 #include "control/lookup.h"
-#include "framework/dates.h"
-#include "framework/ip_address.h"
 #include "framework/text.h"
 #include "net/poll_loop.h"
 #include "server/map_socket.h"
@@ -23,22 +24,22 @@ namespace {
 
 constexpr std::int32_t kFormat = 1;
 constexpr qsizetype kMaxDocument = 1'000'000;  // bytes; the rest of the MiB is the request's
+constexpr std::size_t kMaxAdmins = 1000;
+constexpr std::size_t kMaxBans = 20'000;
+const std::string kLimits =
+    "a document has at most 1000 administrators, 20000 bans and 1000000 bytes";
 
-struct Rights {
-  std::string name;
-  std::string address;
-};
+// As Request reads it.
+QJsonValue TextValue(const std::string& text) {
+  const QString shown = DisplayText(text);
+  if (TextFromDisplay(shown) == text) return shown;
+  return QJsonObject{{"latin-1", shown}};
+}
 
-struct ListedBan {
-  std::string address;
-  std::string reason;
-  QDateTime until;
-};
-
-std::string AddressOf(const Request& entry) {
-  const std::string text = entry.Text("address");
-  if (const auto address = AddressFromText(text)) return *address;
-  throw Misused('"' + text + "\" is not an address");
+// A text that may be empty, but not missing.
+std::string GivenText(const Request& entry, const char* name) {
+  if (auto text = entry.OptionalText(name)) return *std::move(text);
+  throw Misused('"' + std::string(name) + "\" is missing");
 }
 
 QDateTime EndIn(const Request& entry) {
@@ -56,77 +57,89 @@ QByteArray NetworkTransfer::Export(const Request& request) {
   const std::string& name = network->NetworkName;
   QJsonArray administrators;
   for (const AdminsTable::Admin& admin : RowsOrRefuse(myOperator.Admins(), myOperator)) {
-    if (!SameText(admin.network, name)) continue;
+    if (admin.network != name) continue;
     administrators.append(
-        QJsonObject{{"name", DisplayText(admin.name)}, {"address", DisplayText(admin.address)}});
+        QJsonObject{{"name", TextValue(admin.name)}, {"address", TextValue(admin.address)}});
   }
   QJsonObject document{{"format", kFormat},
-                       {"name", DisplayText(name)},
-                       {"password", DisplayText(network->Password)},
-                       {"max-users", network->MaxUsers},
+                       {"name", TextValue(name)},
+                       {"password", TextValue(network->Password)},
+                       {"max-users", std::max(network->MaxUsers, 0)},
                        {"enabled", network->Enabled},
                        {"administrators", administrators}};
+  QJsonArray bans;
+  qsizetype size = Line(document).size();
+  const auto add = [&](const corvane::Ban& ban) {
+    if (!SameText(ban.network, name) || size > kMaxDocument) return;
+    QJsonObject entry{{"address", TextValue(ban.address)}, {"reason", TextValue(ban.reason)}};
+    if (ban.until.isValid()) entry["until"] = ban.until.toUTC().toString(Qt::ISODate);
+    size += Line(entry).size() + 1;
+    bans.append(entry);
+  };
   if (request.Flag("bans")) {
-    QJsonArray bans;
-    const auto add = [&](const corvane::Ban& ban) {
-      if (!SameText(ban.network, name)) return;
-      QJsonObject entry{{"address", DisplayText(ban.address)}, {"reason", AnswerText(ban.reason)}};
-      if (ban.until.isValid()) entry["until"] = ban.until.toUTC().toString(Qt::ISODate);
-      bans.append(entry);
-    };
     if (!myOperator.ForEachBan(add)) RefuseForDatabase(myOperator);
     document["bans"] = bans;
   }
-  if (Line(document).size() > kMaxDocument) {
-    throw Refused("these are too many for one document; move the bans with \"bans export\"");
+  const auto count = [](const QJsonArray& array) { return static_cast<std::size_t>(array.size()); };
+  if (Line(document).size() > kMaxDocument || count(administrators) > kMaxAdmins ||
+      count(bans) > kMaxBans) {
+    throw Refused(kLimits + "; move bans with \"bans export\"");
   }
   return DoneLine(QJsonObject{{"document", document}});
 }
 
-QByteArray NetworkTransfer::Import(const Request& request) {
+QByteArray NetworkTransfer::Import(const Request& request,
+                                   std::function<void(const QByteArray&)> answer) {
   const Request document = request.Object("document");
   if (document.OptionalNumber("format", 0, INT32_MAX) != kFormat) {
     throw Misused("this is not a network of a version that this server knows");
   }
-  const std::string name = document.Text("name");
-  const std::string password = document.OptionalText("password").value_or("");
-  const std::int32_t maxUsers =
-      document.OptionalNumber("max-users", kMinSeats, kMaxSeats).value_or(kDefaultSeats);
-  const bool isEnabled = document.Flag("enabled");
-  std::vector<Rights> administrators;
-  for (const Request& entry : document.Objects("administrators"))
-    administrators.push_back({entry.Text("name"), AddressOf(entry)});
-  std::vector<ListedBan> bans;
-  for (const Request& entry : document.Objects("bans"))
-    bans.push_back({AddressOf(entry), entry.OptionalText("reason").value_or(""), EndIn(entry)});
+  const auto network = std::make_shared<ServerNetworks>(
+      document.Text("name"), GivenText(document, "password"),
+      document.OptionalNumber("max-users", 0, INT32_MAX).value_or(kDefaultSeats),
+      document.Flag("enabled", true));
+  const std::string& name = network->NetworkName;
+  const std::vector<Request> listedAdmins = document.Objects("administrators");
+  const std::vector<Request> listedBans = document.Objects("bans");
+  if (listedAdmins.size() > kMaxAdmins || listedBans.size() > kMaxBans) throw Misused(kLimits);
   if (myOperator.Listener().FindNetwork(name))
     throw Refused("there is already a network \"" + name + '"');
 
-  // The network comes last: until then the import can be repeated.
-  std::set<std::string> banned;
-  const auto note = [&banned](const corvane::Ban& ban) { banned.insert(ban.address); };
-  if (!myOperator.ForEachBan(note)) RefuseForDatabase(myOperator);
-  bool areStored = true;
-  for (const ListedBan& ban : bans) {
-    if (!banned.insert(ban.address).second) continue;
-    areStored = myOperator.BanAddress(ban.address, ban.reason, name, ban.until) && areStored;
+  std::set<std::pair<std::string, std::string>> known;
+  for (const AdminsTable::Admin& admin : RowsOrRefuse(myOperator.Admins(), myOperator)) {
+    if (admin.network == name) known.emplace(admin.name, admin.address);
+  }
+  std::vector<AdminsTable::Admin> admins;
+  for (const Request& entry : listedAdmins) {
+    const auto [grant, isNew] =
+        known.emplace(GivenText(entry, "name"), GivenText(entry, "address"));
+    if (isNew) admins.push_back({0, grant->first, name, grant->second});
+  }
+  std::vector<corvane::Ban> bans;
+  const QDateTime now = myOperator.Listener().Context.bans.Now();
+  for (const Request& entry : listedBans) {
+    corvane::Ban ban;
+    ban.address = GivenText(entry, "address");
+    ban.reason = entry.OptionalText("reason").value_or("");
+    ban.network = name;
+    ban.until = EndIn(entry);
+    if (!ban.HasEnded(now)) bans.push_back(std::move(ban));
     myOperator.Loop().GiveWay();
   }
-  const auto known = RowsOrRefuse(myOperator.Admins(), myOperator);
-  for (const Rights& rights : administrators) {
-    const auto isThis = [&](const AdminsTable::Admin& admin) {
-      return SameText(admin.name, rights.name) && SameText(admin.network, name) &&
-             admin.address == rights.address;
-    };
-    if (std::ranges::any_of(known, isThis)) continue;
-    if (!myOperator.MakeAdmin(rights.name, rights.address, name)) RefuseForDatabase(myOperator);
+  const auto done = [answer = std::move(answer), name, added = admins.size(),
+                     skipped = listedAdmins.size() - admins.size(), listed = listedBans.size()](
+                        const std::string& error, const BanImport& import) {
+    if (!error.empty()) return answer(RefusalLine("nothing is stored: database: " + error));
+    const auto count = static_cast<std::size_t>(import.AddressCount());
+    answer(DoneLine("Added the network " + name + " with " + std::to_string(added) +
+                    " administrator(s) and " + std::to_string(count) + " ban(s); skipped " +
+                    std::to_string(skipped) + " and " + std::to_string(listed - count) +
+                    " that are known or have ended."));
+  };
+  if (!myOperator.ImportNetwork(network, admins, std::move(bans), done)) {
+    throw Refused("another list is being stored; nothing of this one is stored");
   }
-  if (!myOperator.AddNetwork(name, password, maxUsers, isEnabled) || !areStored) {
-    throw Refused("done until the server ends, but not stored: database: " +
-                  myOperator.StoreError());
-  }
-  return DoneLine("Added the network " + name + " with " + std::to_string(administrators.size()) +
-                  " administrator(s) and " + std::to_string(bans.size()) + " ban(s).");
+  return {};
 }
 
 }  // namespace corvane

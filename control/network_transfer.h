@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+
 #include <QByteArray>
 
 #include "control/request.h"
@@ -11,16 +13,18 @@ class Operator;
 // The commands of the local socket that move a network from one server to another. Otherwise as
 // Actions.
 //
-// Limits: a document has at most 1 MiB, as a request has, and so some 5,000 bans.
+// Limits: a document has at most 1,000,000 bytes, 1000 administrators and 20,000 bans.
 class NetworkTransfer {
  public:
   explicit NetworkTransfer(Operator& op) : myOperator(op) {}
 
-  // A network with its password and administrators as "document"; with "bans" also its bans.
+  // A network with its password and administrators as "document"; with "bans" also its bans. Import
+  // stores each text as it was, byte for byte.
   QByteArray Export(const Request& request);
-  // Adds the network of a document. Adds nothing if there is a network of that name, or if anything
-  // in the document is wrong. Bans and administrators that the server has already stay single.
-  QByteArray Import(const Request& request);
+  // Has the network of a document stored in one transaction, returns nothing and calls `answer`
+  // later. Skips administrators that the server has and bans that have ended or that it has for as
+  // long. Refuses it if there is a network of that name, or if anything in the document is wrong.
+  QByteArray Import(const Request& request, std::function<void(const QByteArray&)> answer);
 
  private:
   Operator& myOperator;

@@ -29,6 +29,8 @@ std::string Request::Text(const char* name) const {
 std::optional<std::string> Request::OptionalText(const char* name) const {
   const QJsonValue value = myFields[QLatin1String(name)];
   if (value.isUndefined()) return std::nullopt;
+  const QJsonValue bytes = value[QLatin1String("latin-1")];
+  if (bytes.isString()) return bytes.toString().toLatin1().toStdString();
   if (!value.isString()) RefuseField(name, "a text");
   return TextFromDisplay(value.toString());
 }
@@ -61,10 +63,10 @@ std::vector<Request> Request::Objects(const char* name) const {
   return objects;
 }
 
-bool Request::Flag(const char* name) const {
+bool Request::Flag(const char* name, bool ifMissing) const {
   const QJsonValue value = myFields[QLatin1String(name)];
   if (!value.isUndefined() && !value.isBool()) RefuseField(name, "true or false");
-  return value.toBool();
+  return value.toBool(ifMissing);
 }
 
 }  // namespace corvane

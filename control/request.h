@@ -27,7 +27,8 @@ class Misused : public Refused {
 };
 
 // The fields of a request. Throws Misused, naming what was expected, if a required field is missing
-// or has the wrong type.
+// or has the wrong type. Any bytes are a text as {"latin-1": "..."}, in which a character is a
+// byte.
 class Request {
  public:
   // `line` is one JSON object.
@@ -37,7 +38,7 @@ class Request {
   std::optional<std::string> OptionalText(const char* name) const;
   std::optional<std::int32_t> OptionalNumber(const char* name, std::int32_t min,
                                              std::int32_t max) const;
-  bool Flag(const char* name) const;
+  bool Flag(const char* name, bool ifMissing = false) const;
   // An object, and a list of objects that may be missing, with fields of their own.
   Request Object(const char* name) const;
   std::vector<Request> Objects(const char* name) const;

@@ -16,11 +16,16 @@ bool AdminsTable::IsAdmin(const std::string& name, const std::string& network,
 
 bool AdminsTable::Add(const std::string& name, const std::string& address,
                       const std::string& network) {
+  const auto [table, record] = Row({0, name, network, address});
+  return myConnection.InsertRecord(table, record) && myConnection.Commit();
+}
+
+std::pair<std::string, DatabaseRecord> AdminsTable::Row(const Admin& admin) {
   DatabaseRecord record;
-  record.SetText("name", name);
-  record.SetText("address", address);
-  record.SetText("network", network);
-  return myConnection.InsertRecord("admins", record) && myConnection.Commit();
+  record.SetText("name", admin.name);
+  record.SetText("address", admin.address);
+  record.SetText("network", admin.network);
+  return {"admins", record};
 }
 
 std::optional<std::vector<AdminsTable::Admin>> AdminsTable::All() {

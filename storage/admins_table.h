@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "storage/database_connection.h"
@@ -34,6 +35,8 @@ class AdminsTable {
 
   [[nodiscard]] bool Add(const std::string& name, const std::string& address,
                          const std::string& network);
+  // The row that Add adds, for BanImport.
+  static std::pair<std::string, DatabaseRecord> Row(const Admin& admin);
 
   // All grants in the database's order; none if the query fails.
   std::optional<std::vector<Admin>> All();

@@ -18,10 +18,18 @@ constexpr std::size_t kEntries = 64;
 constexpr std::chrono::milliseconds kStepTime(2);
 constexpr std::size_t kMany = 10'000;  // entries
 
+DatabaseValue StoredEnd(const QDateTime& until) {
+  return until.isValid() ? DatabaseValue(StoredUtc(until)) : DatabaseValue();
+}
+
 }  // namespace
 
 BanImport::BanImport(DatabaseConnection& connection, List list, Ban terms)
-    : myConnection(connection), myList(std::move(list)), myTerms(std::move(terms)) {}
+    : myConnection(connection),
+      myList(std::move(list)),
+      mySize(myList.ranges.size() + myList.addresses.size() + myList.bans.size() +
+             myList.rows.size()),
+      myTerms(std::move(terms)) {}
 
 BanImport::~BanImport() {
   if (!myConnection.IsReserved()) return;
@@ -31,15 +39,14 @@ BanImport::~BanImport() {
 
 BanImport::Progress BanImport::Step() {
   const auto end = std::chrono::steady_clock::now() + kStepTime;
-  const std::size_t size = myList.ranges.size() + myList.addresses.size();
   myConnection.Reserve({});
   // A query of a client that ran out of memory, for example, undoes all.
   bool works = myHasBegun ? myConnection.IsInTransaction() ||
                                 myConnection.ReportFault("an error has undone the list")
                           : Begin();
-  while (works && myNext < size && std::chrono::steady_clock::now() < end)
+  while (works && myNext < mySize && std::chrono::steady_clock::now() < end)
     works = StorePortion();
-  if (works && myNext == size && IsSynced()) works = myConnection.Commit();
+  if (works && myNext == mySize && IsSynced()) works = myConnection.Commit();
   if (!works) myConnection.Rollback();
   if (!myConnection.IsInTransaction()) return works ? Progress::Made : Progress::Failed;
   myConnection.Reserve("a list of bans is being stored");
@@ -76,15 +83,45 @@ bool BanImport::Begin() {
   return myConnection.SQLExecute("DELETE FROM ban_ends WHERE banid>?", {myLastBan});
 }
 
+bool BanImport::StoreBan(const Ban& ban) {
+  const DatabaseValue until = StoredEnd(ban.until);
+  return myConnection.SQLExecute(
+             "INSERT INTO bans(address, \"by\", reason, bandate, banlength, network) "
+             "SELECT ?,?,?,?,1,? WHERE NOT EXISTS (SELECT 1 FROM bans LEFT JOIN ban_ends ON "
+             "banid=bans.id WHERE address=? AND (until IS NULL OR until>=?))",
+             {ban.address, myTerms.by, ban.reason, StoredDate(myTerms.bandate), ban.network,
+              ban.address, until}) &&
+         NoteAdded(until);
+}
+
+bool BanImport::NoteAdded(const DatabaseValue& until) {
+  const auto added = myConnection.SQLSelect(
+      "SELECT count(*) AS count, max(id) AS last FROM bans WHERE id>?", {myLastBan});
+  if (!added) return false;
+  const std::int64_t before = myLastBan;
+  myAddressCount += added->Integer("count");
+  myLastBan = std::max(before, added->Integer("last"));
+  return until == DatabaseValue() || myConnection.SQLExecute(
+                                         "INSERT INTO ban_ends(banid, until) SELECT id,? FROM bans "
+                                         "WHERE id>?",
+                                         {until, before});
+}
+
 bool BanImport::StorePortion() {
+  const std::size_t listed = myList.ranges.size() + myList.addresses.size();
+  if (myNext >= listed) {
+    const std::size_t next = myNext++ - listed;
+    if (next < myList.bans.size()) return StoreBan(myList.bans[next]);
+    const auto& [table, record] = myList.rows[next - myList.bans.size()];
+    return myConnection.InsertRecord(table, record);
+  }
   // JSON, of which SQLite makes rows: a statement for each entry takes many times as long.
   std::string addresses;
   std::string ranges;
   const auto add = [](std::string& json, const std::string& value) {
     json += (json.empty() ? "[" : ",") + value;
   };
-  const std::size_t size = myList.ranges.size() + myList.addresses.size();
-  for (const std::size_t end = std::min(myNext + kEntries, size); myNext < end; ++myNext) {
+  for (const std::size_t end = std::min(myNext + kEntries, listed); myNext < end; ++myNext) {
     if (myNext >= myList.ranges.size()) {
       add(addresses, '"' + myList.addresses[myNext - myList.ranges.size()] + '"');
       continue;
@@ -96,29 +133,16 @@ bool BanImport::StorePortion() {
       add(ranges, '[' + std::to_string(range.first) + ',' + std::to_string(range.last) + ']');
     }
   }
-  const DatabaseValue until =
-      myTerms.until.isValid() ? DatabaseValue(StoredUtc(myTerms.until)) : DatabaseValue();
-  if (!addresses.empty()) {
-    if (!myConnection.SQLExecute(
+  const DatabaseValue until = StoredEnd(myTerms.until);
+  if (!addresses.empty() &&
+      !(myConnection.SQLExecute(
             "INSERT INTO bans(address, \"by\", reason, bandate, banlength, network) "
             "SELECT DISTINCT value,?,?,?,1,'' FROM json_each(?) WHERE NOT EXISTS (SELECT 1 FROM "
             "bans LEFT JOIN ban_ends ON banid=bans.id WHERE address=value AND "
             "(until IS NULL OR until=?))",
-            {myTerms.by, myTerms.reason, StoredDate(myTerms.bandate), addresses + ']', until})) {
-      return false;
-    }
-    const auto added = myConnection.SQLSelect(
-        "SELECT count(*) AS count, max(id) AS last FROM bans WHERE id>?", {myLastBan});
-    if (!added) return false;
-    const std::int64_t before = myLastBan;
-    myAddressCount += added->Integer("count");
-    myLastBan = std::max(before, added->Integer("last"));
-    if (myTerms.until.isValid() &&
-        !myConnection.SQLExecute("INSERT INTO ban_ends(banid, until) SELECT id,? FROM bans "
-                                 "WHERE id>?",
-                                 {until, before})) {
-      return false;
-    }
+            {myTerms.by, myTerms.reason, StoredDate(myTerms.bandate), addresses + ']', until}) &&
+        NoteAdded(until))) {
+    return false;
   }
   if (ranges.empty()) return true;
   if (!myConnection.SQLExecute(

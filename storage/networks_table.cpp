@@ -14,12 +14,19 @@ std::optional<DatabaseCursor> NetworksTable::All() {
 
 bool NetworksTable::Add(const std::string& name, const std::string& password, std::int32_t maxUsers,
                         bool enabled) {
+  const auto [table, record] = Row(name, password, maxUsers, enabled);
+  return myConnection.InsertRecord(table, record) && myConnection.Commit();
+}
+
+std::pair<std::string, DatabaseRecord> NetworksTable::Row(const std::string& name,
+                                                          const std::string& password,
+                                                          std::int32_t maxUsers, bool enabled) {
   DatabaseRecord record;
   record.SetText("name", name);
   record.SetText("pass", password);
   record.SetInteger("users", maxUsers);
   record.SetBoolean("enabled", enabled);
-  return myConnection.InsertRecord("networks", record) && myConnection.Commit();
+  return {"networks", record};
 }
 
 bool NetworksTable::Change(const std::string& name, const std::string& password,

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "storage/database_connection.h"
 #include "storage/statement_values.h"
@@ -22,6 +23,10 @@ class NetworksTable {
 
   [[nodiscard]] bool Add(const std::string& name, const std::string& password,
                          std::int32_t maxUsers, bool enabled);
+  // The row that Add adds, for BanImport.
+  static std::pair<std::string, DatabaseRecord> Row(const std::string& name,
+                                                    const std::string& password,
+                                                    std::int32_t maxUsers, bool enabled);
 
   // Changes the first row of that name.
   [[nodiscard]] bool Change(const std::string& name, const std::string& password,

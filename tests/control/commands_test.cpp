@@ -1,4 +1,5 @@
 #include <fstream>
+#include <tuple>
 
 #include <QDir>
 #include <QFile>
@@ -166,35 +167,80 @@ TEST_F(CommandsTest, LogNamesActorsAndReachesFollowers) {
   follower.waitForFinished();
 }
 
-TEST_F(CommandsTest, NetworkMovesWithItsAdministratorsAndBans) {
-  Type("grant Ann");
-  Type("ban-address 10.0.0.1 --network North --for 2h spam");
-  Type("ban-address 10.0.0.2 elsewhere");
-  QFile file(myFolder.filePath("north.json"));
-  const auto import = [&](const std::string& text) {
+class NetworkTransferTest : public ControlTest {
+ protected:
+  Outcome Import(const std::string& text) {
+    QFile file(myFolder.filePath("network.json"));
     EXPECT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
     file.write(text.c_str());
     file.close();
     return Run({"network", "import", file.fileName()});
-  };
-  std::string document = Type("network export North --bans").text;
-  EXPECT_EQ(import(document).exitCode, 1) << "there is a North";
-  document.replace(document.find("North"), 5, "South");
-  for (const auto& [good, bad] : {std::pair("10.0.0.1", "10.0.0"),
-                                  {"\"format\":1", "\"format\":2"},
-                                  {"[{", "[1,{"},
-                                  {"{", "["}}) {
-    std::string broken = document;
-    broken.replace(broken.find(good), std::string(good).size(), bad);
-    EXPECT_EQ(import(broken).exitCode, 2) << broken;
   }
-  Type("unban 10.0.0.1");
-  EXPECT_EQ(import(document).text,
-            "Added the network South with 1 administrator(s) and 1 ban(s).\n");
-  EXPECT_EQ(Query("SELECT pass,users,enabled FROM networks WHERE name='South'; SELECT address FROM "
-                  "admins WHERE network='South' AND name='Ann'; SELECT address,reason,until IS NOT "
-                  "NULL FROM bans LEFT JOIN ban_ends ON banid=bans.id WHERE network='South'"),
-            "secret|5|1;127.0.0.1;10.0.0.1|spam|1;");
+};
+
+TEST_F(NetworkTransferTest, ExportedNetworkIsImportedByteForByte) {
+  Type("ban-address 10.0.0.1 --network North --for 2h spam");
+  Type("ban-address 10.0.0.2 elsewhere");
+  Query(
+      "UPDATE networks SET users=5000, pass=CAST(x'00FF' AS TEXT) WHERE name='North';"
+      "INSERT INTO admins(name,address,network) VALUES('Ann','127.0.0.1','North'),"
+      "(CAST(x'EFBBBF00E280AE225C27' AS TEXT),'010.0.0.1','North'),"
+      "(CAST(x'FFEDA080' AS TEXT),'','North'),('Eve','10.0.0.1','NORTH');"
+      "INSERT INTO bans(address,reason,network) VALUES"
+      "('2001:DB8:0::1',CAST(x'0AFF' AS TEXT)||hex(zeroblob(2000)),'nORTH')");
+  Type("reload");
+  const auto rows = [this](const std::string& name) {
+    return Query("SELECT hex(pass),users,enabled FROM networks WHERE name='" + name +
+                 "'; SELECT hex(name),address FROM admins WHERE network='" + name +
+                 "'; SELECT address,hex(reason),until FROM bans LEFT JOIN ban_ends ON "
+                 "banid=bans.id WHERE network LIKE '" +
+                 name + "'");
+  };
+  const std::string before = rows("North");
+  std::string document = Type("network export North --bans").text;
+  EXPECT_EQ(Import(document).exitCode, 1) << "there is a North";
+  document.replace(document.find("North"), 5, "South");
+  Query("DELETE FROM bans");
+  EXPECT_EQ(Import(document).text,
+            "Added the network South with 3 administrator(s) and 2 ban(s); skipped 0 and 0 that "
+            "are known or have ended.\n");
+  EXPECT_EQ(rows("South"), before);
+  EXPECT_TRUE(myApp.Op().Listener().FindNetwork("South"));
+}
+
+TEST_F(NetworkTransferTest, NetworkIsImportedOnceAndWholeOrNotAtAll) {
+  Type("ban-address 10.0.0.1 --for 2h x");
+  int number = 0;
+  for (const auto& [fields, exitCode, text] :
+       {std::tuple<std::string, int, const char*>{"", 0, "0 administrator(s) and 0 ban(s)"},
+        {R"("administrators":[{"name":"A","address":"1"},{"address":"1","name":"A"}],)", 0,
+         "1 administrator(s) and 0 ban(s); skipped 1 and 0"},
+        {R"("bans":[{"address":"10.0.0.1","until":"2001-01-01T00:00:00Z"},{"address":"10.0.0.1",)"
+         R"("until":"2090-01-01T00:00:00Z"},{"address":"10.0.0.1","until":)"
+         R"("2089-01-01T00:00:00Z"}],)",
+         0, "1 ban(s); skipped 0 and 2"},
+        {R"("bans":[{"address":"10.0.0.1","until":"2090"}],)", 2, "takes a time"},
+        {R"("administrators":[{"name":"A"}],)", 2, "\"address\" is missing"},
+        {R"("bans":[1],)", 2, "a list of objects"},
+        {R"("format":2,)", 2, "a version"},
+        {"[", 2, "not a network's"},
+        {std::string(5 << 20, ' '), 2, "too large"},
+        {"\"bans\":[{}" + QString(",{}").repeated(20'000).toStdString() + "],", 2, "20000 bans"}}) {
+    const Outcome outcome = Import("{\"format\":1," + fields + "\"password\":\"x\",\"name\":\"N" +
+                                   std::to_string(++number) + "\"}");
+    EXPECT_EQ(outcome.exitCode, exitCode) << number;
+    EXPECT_THAT(outcome.text, HasSubstr(text));
+  }
+  EXPECT_EQ(Query("SELECT * FROM networks WHERE name LIKE 'N_'"), "N1|x|5|1;N2|x|5|1;N3|x|5|1;");
+  EXPECT_EQ(Import(R"({"format":1,"name":"X"})").exitCode, 2) << "the password is missing";
+  Query("CREATE TRIGGER no BEFORE INSERT ON networks BEGIN SELECT RAISE(ABORT, 'no'); END");
+  const Outcome failed =
+      Import(R"({"format":1,"name":"X","password":"","bans":[{"address":"1"}],"administrators":)"
+             R"([{"name":"A","address":"2"}]})");
+  EXPECT_EQ(failed.text, "corvanectl: nothing is stored: database: no\n");
+  EXPECT_EQ(Query("SELECT * FROM bans WHERE network='X'; SELECT * FROM admins WHERE network='X'"),
+            "");
+  EXPECT_FALSE(myApp.Op().Listener().FindNetwork("X"));
 }
 
 TEST_F(CommandsTest, BackupIsConsistentWhileTheDatabaseChanges) {

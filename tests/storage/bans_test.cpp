@@ -282,7 +282,7 @@ TEST_F(BansTest, RangeThatLastsLongestBansItsAddresses) {
 }
 
 TEST_F(BansTest, ListIsStoredInTurnsAndOthersWaitForIt) {
-  BanImport::List list{{}, {"2001:db8::1"}};
+  BanImport::List list{{}, {"2001:db8::1"}, {}, {}};
   for (std::uint32_t i = 0; i < 20'000; ++i)
     list.ranges.push_back({0x0A000000 + 4 * i, 0x0A000000 + 4 * i + i % 2});
   const QDateTime until = QDateTime::currentDateTimeUtc().addSecs(3600);
