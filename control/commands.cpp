@@ -154,6 +154,7 @@ QByteArray Commands::Log(const Request& request) {
     lines.append(DisplayText(line));
   if (request.Flag("follow")) {
     myClient->StartFollowing();
+    std::erase(myFollowers, myClient);
     myFollowers.emplace_back(myClient);
   }
   return DoneLine(QJsonObject{{"lines", lines}});
@@ -161,7 +162,7 @@ QByteArray Commands::Log(const Request& request) {
 
 QByteArray Commands::Events(const Request& request) {
   if (!request.Flag("follow")) throw Misused("events are shown as they happen: use --follow");
-  myEvents.Follow(*myClient, DisplayText(request.OptionalText("types").value_or("")));
+  myEvents.Follow(*myClient, request.OptionalText("types"));
   myClient->StartFollowing();
   return DoneLine(QJsonObject{{"lines", QJsonArray()}});
 }

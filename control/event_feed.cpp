@@ -53,14 +53,16 @@ QJsonObject FieldsOf(const ServerEvent& event) {
 EventFeed::EventFeed(ServerEvents& events)
     : myEvents(events.Happened.Connect([this](const ServerEvent& event) { Send(event); })) {}
 
-void EventFeed::Follow(ControlConnection& client, const QString& types) {
+void EventFeed::Follow(ControlConnection& client, const std::optional<std::string>& types) {
   const QStringList known = KnownTypes();
-  QStringList wanted = types.split(',', Qt::SkipEmptyParts);
-  for (const QString& type : wanted) {
+  QStringList wanted = types ? DisplayText(*types).split(',') : QStringList();
+  for (QString& type : wanted) {
+    type = type.trimmed();
     if (known.contains(type)) continue;
     throw Misused("there are no events of the type \"" + TextFromDisplay(type) +
                   "\"; expected some of: " + TextFromDisplay(known.join(", ")));
   }
+  std::erase_if(myFollowers, [&](const Follower& follower) { return follower.client == &client; });
   myFollowers.push_back({&client, std::move(wanted)});
 }
 

@@ -2,10 +2,12 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <vector>
 
 #include <QPointer>
-#include <QString>
+#include <QStringList>
 
 #include "control/control_connection.h"
 #include "server/server_events.h"
@@ -20,8 +22,9 @@ class EventFeed {
  public:
   explicit EventFeed(ServerEvents& events);
 
-  // `types` is empty for all, or a list with commas. Throws Misused for one that does not exist.
-  void Follow(ControlConnection& client, const QString& types);
+  // Sends events of these types, separated by commas, in place of those before; without a list, of
+  // all. Throws Misused for a type that does not exist.
+  void Follow(ControlConnection& client, const std::optional<std::string>& types);
 
  private:
   struct Follower {

@@ -84,6 +84,18 @@ TEST_F(WatchingTest, FollowerGetsEachEventWithItsFields) {
             QJsonObject({{"type", "network"}, {"reason", "changed"}, {"network", "North"}}));
 }
 
+TEST_F(WatchingTest, SecondRequestReplacesTheTypes) {
+  for (const char* types : {",", "login,", "x"})
+    EXPECT_EQ(Run({"events", "--follow", "--types", types}).exitCode, 2) << types;
+  follower.write(R"({"command":"events","follow":true,"types":" kick , ban"})"
+                 "\n");
+  EXPECT_TRUE(Next()["ok"].toBool());
+  for (const char* line : {"message x", "kick Bob x", "ban-address 10.0.0.1"})
+    Type(line);
+  EXPECT_EQ(Next()["type"], "kick");
+  EXPECT_EQ(Next()["type"], "ban");
+}
+
 TEST_F(WatchingTest, SlowFollowerLosesEventsAndLearnsHowMany) {
   const ServerEvent event{.kind = ServerEvent::Kind::Message, .text = "again"};
   for (int i = 0; i < 1500; ++i)
