@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QStatusBar>
 
-#include "framework/text.h"
 #include "map/alarms/alarm_text.h"
 #include "map/alarms_dialog.h"
 #include "map/circle_art.h"
@@ -31,7 +30,6 @@ AlarmBell::AlarmBell(client::Connection& connection, Settings& settings, MapView
       myOwner(owner),
       myWatch(connection.Others(), [] { return client::Clock::now(); }),
       myTool(map) {
-  myWatch.SetRules(AlarmRules::FromJson(settings.Stored(kAlarms)));
   myWatch.IsFollowed = [this](const client::Member& member) { return myMap.Followed() == &member; };
   myWatch.Raised = [this](const Alarm& alarm) { Take(alarm); };
   myTool.Drawn = [this](const AlarmCircle& circle) { AskForName(circle); };
@@ -42,13 +40,11 @@ AlarmBell::AlarmBell(client::Connection& connection, Settings& settings, MapView
   myTick.start(std::chrono::seconds(1));
   myPause.setSingleShot(true);
   QObject::connect(&myPause, &QTimer::timeout, &myPause, [this] { Ring(); });
-  myStateChanged = connection.StateChanged.Connect([this, &connection] {
-    const client::Destination& where = connection.CurrentDestination();
-    const QString place = QStringLiteral("%1:%2/").arg(where.host).arg(where.port) +
-                          DisplayText(where.account.network);
-    if (place != myPlace) myWatch.ForgetGone();
-    myPlace = place;
+  myPlaceChanged = settings.PlaceChanged.Connect([this] {
+    myWatch.ForgetGone();
+    ReadRules();
   });
+  ReadRules();
 }
 
 void AlarmBell::Take(const Alarm& alarm) {
@@ -103,12 +99,17 @@ void AlarmBell::ShowOn(MapScene& scene) {
   };
 }
 
-void AlarmBell::SetRules(const AlarmRules& rules) {
-  myWatch.SetRules(rules);
-  mySettings.Store(kAlarms, rules.ToJson());
-  if (!rules.notifies) myTray.reset();
+void AlarmBell::ReadRules() {
+  myWatch.SetRules(AlarmRules::FromJson(mySettings.Stored(kAlarms), mySettings.Circles()));
   myMap.resetCachedContent();
   myMap.Refresh();
+}
+
+void AlarmBell::SetRules(const AlarmRules& rules) {
+  mySettings.Store(kAlarms, rules.ToJson());
+  mySettings.SetCircles(rules.CirclesToJson());
+  if (!rules.notifies) myTray.reset();
+  ReadRules();
 }
 
 void AlarmBell::AskForRules() {

@@ -22,7 +22,8 @@ namespace corvane::map {
 
 // Brings alarms to the user: as a line in the messages, as a mark of the window in the task bar, as
 // a desktop notification and as a sound, together and at most once per kPause. Keeps the rules in
-// the settings, and lets the user change them and draw circles. Borrows what it is given.
+// the settings, with the circles of each place, and lets the user change them and draw circles.
+// Borrows what it is given.
 class AlarmBell {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::AlarmBell)
 
@@ -45,6 +46,7 @@ class AlarmBell {
   void Take(const Alarm& alarm);
   void Ring();
   void Notify(const QStringList& lines);
+  void ReadRules();
   void SetRules(const AlarmRules& rules);
   void AskForName(const AlarmCircle& circle);
   QString NextName() const;
@@ -56,13 +58,12 @@ class AlarmBell {
   AlarmWatch myWatch;
   CircleTool myTool;
   std::unique_ptr<QSystemTrayIcon> myTray;  // while there are notifications
-  QString myPlace;                          // whose members the watch remembers
   QStringList myLines;
   qsizetype myMore = 0;  // alarms without a line
   bool myIsSilenced = false;
   QTimer myTick;
   QTimer myPause;
-  SignalConnection myStateChanged;
+  SignalConnection myPlaceChanged;
 };
 
 }  // namespace corvane::map

@@ -13,6 +13,7 @@ namespace {
 constexpr QLatin1String kRecent("recent");
 constexpr QLatin1String kPictures("/pictures");
 constexpr QLatin1String kLandmarks("/landmarks");
+constexpr QLatin1String kCircles("/circles");
 constexpr QLatin1String kStored("stored/");
 
 // The beginning of a place's keys. What was stored before there was a server stands at the top.
@@ -109,18 +110,19 @@ void Settings::StoreRecent(const QList<RecentServer>& servers) {
 void Settings::SetCurrentPlace(const PlaceKey& place) {
   if (myPlace.host.isEmpty() && !place.host.isEmpty()) {
     CopyContent(place);
-    mySettings.remove(kPictures);
-    mySettings.remove(kLandmarks);
+    for (const QLatin1String content : {kPictures, kLandmarks, kCircles})
+      mySettings.remove(content);
   }
+  const bool isOther = GroupOf(place) != GroupOf(myPlace);
   myPlace = place;
-  PlaceChanged();
+  if (isOther) PlaceChanged();
 }
 
 // Copies what was stored without a server. Keeps what the place already has.
 void Settings::CopyContent(const PlaceKey& place) {
   for (const QString& key : mySettings.allKeys()) {
     const QString whole = '/' + key;
-    if (!whole.startsWith(kPictures + '/') && whole != kLandmarks) continue;
+    if (!whole.startsWith(kPictures + '/') && whole != kLandmarks && whole != kCircles) continue;
     const QString copy = GroupOf(place) + whole;
     if (!mySettings.contains(copy)) mySettings.setValue(copy, mySettings.value(whole));
   }
@@ -169,6 +171,14 @@ QList<Landmark> Settings::Landmarks() const {
 
 void Settings::SetLandmarks(const QList<Landmark>& landmarks) {
   mySettings.setValue(GroupOf(myPlace) + kLandmarks, ToGeoJson(landmarks));
+}
+
+QByteArray Settings::Circles() const {
+  return mySettings.value(GroupOf(myPlace) + kCircles).toByteArray();
+}
+
+void Settings::SetCircles(const QByteArray& circles) {
+  mySettings.setValue(GroupOf(myPlace) + kCircles, circles);
 }
 
 QByteArray Settings::Stored(const QString& name) const {

@@ -13,7 +13,8 @@
 
 namespace corvane::map {
 
-// The server and network that pictures and landmarks belong to. Letter case does not matter.
+// The server and network that pictures, landmarks and circles of alarms belong to. Letter case does
+// not matter.
 struct PlaceKey {
   QString host;  // empty: no server yet
   std::uint16_t port = 0;
@@ -35,8 +36,8 @@ struct RecentServer {
   PlaceKey Key() const { return {host, port, network}; }
 };
 
-// The map's settings file, which only its user can read: recent servers, pictures and landmarks of
-// each network, window layout.
+// The map's settings file, which only its user can read: recent servers, what belongs to each
+// network, window layout.
 class Settings {
  public:
   static constexpr int kMaxRecent = 10;
@@ -51,8 +52,8 @@ class Settings {
   // Removes the entry with the same host, port, network and user.
   void Forget(const RecentServer& server);
 
-  // The place whose pictures and landmarks the methods below read and write: the most recent server
-  // at first. What was stored before there was any server moves to the first one.
+  // The place whose pictures, landmarks and circles the methods below read and write: the most
+  // recent server at first. What was stored before there was any server moves to the first one.
   const PlaceKey& CurrentPlace() const { return myPlace; }
   void SetCurrentPlace(const PlaceKey& place);
   Signal<> PlaceChanged;
@@ -65,6 +66,10 @@ class Settings {
 
   QList<Landmark> Landmarks() const;
   void SetLandmarks(const QList<Landmark>& landmarks);
+
+  // As AlarmRules writes them.
+  QByteArray Circles() const;
+  void SetCircles(const QByteArray& circles);
 
   // Bytes that a part of the map keeps: a window's layout, a feature's options.
   QByteArray Stored(const QString& name) const;

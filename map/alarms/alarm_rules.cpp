@@ -38,6 +38,14 @@ QByteArray AlarmRules::ToJson() const {
   QJsonArray whose;
   for (const AlarmFor one : who)
     whose.append(static_cast<int>(one));
+  const QJsonObject json{{"who", whose},         {"hitPoints", hitPoints},
+                         {"isShare", isShare},   {"silence", silence},
+                         {"cooldown", cooldown}, {"alertsWindow", alertsWindow},
+                         {"notifies", notifies}, {"beeps", beeps}};
+  return QJsonDocument(json).toJson(QJsonDocument::Compact);
+}
+
+QByteArray AlarmRules::CirclesToJson() const {
   QJsonArray areas;
   for (const AlarmCircle& circle : circles) {
     areas.append(QJsonObject{{"name", circle.name},
@@ -46,16 +54,12 @@ QByteArray AlarmRules::ToJson() const {
                              {"y", circle.centre.y()},
                              {"radius", circle.radius}});
   }
-  const QJsonObject json{
-      {"who", whose},         {"hitPoints", hitPoints}, {"isShare", isShare},
-      {"silence", silence},   {"cooldown", cooldown},   {"alertsWindow", alertsWindow},
-      {"notifies", notifies}, {"beeps", beeps},         {"circles", areas}};
-  return QJsonDocument(json).toJson(QJsonDocument::Compact);
+  return QJsonDocument(areas).toJson(QJsonDocument::Compact);
 }
 
-AlarmRules AlarmRules::FromJson(const QByteArray& json) {
+AlarmRules AlarmRules::FromJson(const QByteArray& json, const QByteArray& areas) {
   AlarmRules rules;
-  if (json.size() > kMaxJson) return rules;
+  if (json.size() > kMaxJson || areas.size() > kMaxJson) return rules;
   const QJsonObject stored = QJsonDocument::fromJson(json).object();
   const QJsonArray whose = stored["who"].toArray();
   for (std::size_t kind = 0; kind < kAlarmKinds; ++kind) {
@@ -71,7 +75,7 @@ AlarmRules AlarmRules::FromJson(const QByteArray& json) {
   rules.alertsWindow = stored["alertsWindow"].toBool(rules.alertsWindow);
   rules.notifies = stored["notifies"].toBool();
   rules.beeps = stored["beeps"].toBool();
-  for (const auto& circle : stored["circles"].toArray()) {
+  for (const auto& circle : QJsonDocument::fromJson(areas).array()) {
     if (rules.circles.size() < kMaxCircles) rules.circles.append(ReadCircle(circle.toObject()));
   }
   return rules;

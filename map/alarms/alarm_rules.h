@@ -52,9 +52,11 @@ struct AlarmRules {
 
   bool operator==(const AlarmRules&) const = default;
 
+  // All but the circles, which belong to one map, and those alone.
   QByteArray ToJson() const;
+  QByteArray CirclesToJson() const;
   // What is missing or of a wrong type has its default; numbers beyond a limit are clamped.
-  static AlarmRules FromJson(const QByteArray& json);
+  static AlarmRules FromJson(const QByteArray& json, const QByteArray& areas);
 };
 
 }  // namespace corvane::map

@@ -21,12 +21,12 @@ TEST(AlarmRules, AreStoredAndBounded) {
   rules.hitPoints = 300;
   rules.silence = rules.cooldown = 77;
   rules.circles = {{"Camp %1 \"", -3, {-5, 2'000'000'000}, 9}};
-  EXPECT_EQ(AlarmRules::FromJson(rules.ToJson()), rules);
+  EXPECT_EQ(AlarmRules::FromJson(rules.ToJson(), rules.CirclesToJson()), rules);
   const char* const kDamaged[] = {
-      "", "[]", "{", "{\"who\":7,\"hitPoints\":\"x\",\"circles\":{}}",
+      "", "[]", "{", "{\"who\":7,\"hitPoints\":\"x\"}",
       "{\"who\":[null,{}],\"silence\":1e99,\"cooldown\":0.5,\"isShare\":1}"};
   for (const char* json : kDamaged)
-    EXPECT_EQ(AlarmRules::FromJson(json), AlarmRules()) << json;
+    EXPECT_EQ(AlarmRules::FromJson(json, json), AlarmRules()) << json;
   AlarmRules bounded;
   bounded.who[0] = AlarmFor::Everybody;
   bounded.who[1] = AlarmFor::Nobody;
@@ -34,10 +34,10 @@ TEST(AlarmRules, AreStoredAndBounded) {
   bounded.silence = AlarmRules::kMinSilence;
   bounded.cooldown = AlarmRules::kMaxSeconds;
   bounded.circles.resize(AlarmRules::kMaxCircles);
-  EXPECT_EQ(AlarmRules::FromJson(R"({"who":[99,-1],"hitPoints":0,"silence":-4,"cooldown":2000000000,
-                                     "circles":[{"radius":-7})" +
-                                 QByteArray(",7").repeated(30) + "]}"),
-            bounded);
+  EXPECT_EQ(
+      AlarmRules::FromJson(R"({"who":[99,-1],"hitPoints":0,"silence":-4,"cooldown":2000000000})",
+                           R"([{"radius":-7})" + QByteArray(",7").repeated(30) + "]"),
+      bounded);
 }
 
 class AlarmWatchTest : public testing::Test {
@@ -261,6 +261,8 @@ TEST_F(AlarmWindowTest, ACircleIsDrawnNamedEditedAndDeleted) {
   AlarmsDialog& later = Ask();
   ASSERT_EQ(later.lstCircles->rowCount(), 1);
   EXPECT_EQ(later.lstCircles->item(0, 0)->text(), "Gate");
+  myWindow->LoginTo({"127.0.0.1", 1, "North", "Ann", {}});
+  EXPECT_TRUE(myWindow->Alarms().Watch().Rules().circles.isEmpty());
 }
 
 }  // namespace

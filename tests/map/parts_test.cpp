@@ -94,7 +94,7 @@ TEST(MembersModel, RowsFollowMembersThatComeAndGo) {
   }
 }
 
-TEST(Settings, PicturesAndLandmarksBelongToANetworkOfAServer) {
+TEST(Settings, PicturesLandmarksAndCirclesBelongToANetworkOfAServer) {
   const QTemporaryDir folder;
   const QString file = folder.filePath("map.ini");
   const auto picture = [](const char* path) {
@@ -104,16 +104,19 @@ TEST(Settings, PicturesAndLandmarksBelongToANetworkOfAServer) {
     Settings settings(file);
     settings.SetPictureOf(3, picture("/old.png"));
     settings.SetLandmarks({{"Gate", "gate", 0xff00ff00, "Closed at night", 3, {1, 2}}});
+    settings.SetCircles("[7]");
     settings.SetCurrentPlace({"Here", 1, "a/b 1%"});
     EXPECT_EQ(settings.PictureOf(3), picture("/old.png")) << "it moves to the first server";
     for (const PlaceKey& other : {PlaceKey{"Here", 2, "a/b 1%"}, {"here", 1, "a"}, {}}) {
       settings.SetCurrentPlace(other);
       EXPECT_TRUE(settings.Pictured().isEmpty() && settings.Landmarks().isEmpty());
+      EXPECT_EQ(settings.Circles(), "");
     }
     settings.SetPictureOf(3, picture("/unplaced.png"));
     settings.SetCurrentPlace({"here", 1, "A/B 1%"});
     EXPECT_EQ(settings.PictureOf(3), picture("/old.png")) << "letter case does not matter";
     EXPECT_EQ(settings.Landmarks().value(0).note, "Closed at night");
+    EXPECT_EQ(settings.Circles(), "[7]");
     for (const char* network : {"a", "b"})
       settings.Remember({"there", 1, network, "u", {}});
     settings.SetCurrentPlace({});
