@@ -3,7 +3,6 @@
 #include <utility>
 
 #include <QApplication>
-#include <QStatusBar>
 
 #include "map/alarms/alarm_text.h"
 #include "map/alarms_dialog.h"
@@ -23,17 +22,15 @@ QString WithoutMarkup(QString text) {
 }  // namespace
 
 AlarmBell::AlarmBell(client::Connection& connection, Settings& settings, MapView& map,
-                     MessagesPane& messages, QMainWindow& owner)
+                     PlacePicker& picker, MessagesPane& messages, QWidget& owner)
     : mySettings(settings),
       myMap(map),
+      myPicker(picker),
       myMessages(messages),
       myOwner(owner),
-      myWatch(connection.Others(), [] { return client::Clock::now(); }),
-      myTool(map) {
+      myWatch(connection.Others(), [] { return client::Clock::now(); }) {
   myWatch.IsFollowed = [this](const client::Member& member) { return myMap.Followed() == &member; };
   myWatch.Raised = [this](const Alarm& alarm) { Take(alarm); };
-  myTool.Drawn = [this](const AlarmCircle& circle) { AskForName(circle); };
-  myTool.Cancelled = [this] { myOwner.statusBar()->clearMessage(); };
   QObject::connect(&myTick, &QTimer::timeout, &myTick, [this] {
     if (myWatch.Advance()) myMap.Refresh();
   });
@@ -92,7 +89,7 @@ void AlarmBell::Notify(const QStringList& lines) {
 void AlarmBell::ShowOn(MapScene& scene) {
   scene.BackgroundDrawn = [this, &scene](QPainter& painter, const QRectF& part) {
     QList<AlarmCircle> circles = myWatch.Rules().circles;
-    if (myTool.Current()) circles.append(*myTool.Current());
+    if (myPicker.Circle()) circles.append(*myPicker.Circle());
     for (const AlarmCircle& circle : circles) {
       if (circle.facet == scene.Facet()) PaintCircle(painter, part, circle);
     }
@@ -129,13 +126,10 @@ void AlarmBell::DrawCircle() {
                        .arg(AlarmRules::kMaxCircles));
     return;
   }
-  myTool.Start();
-  myOwner.statusBar()->showMessage(
-      tr("Drag from the middle of the circle to its edge. Esc ends it."));
+  myPicker.StartCircle([this](const AlarmCircle& circle) { AskForName(circle); });
 }
 
 void AlarmBell::AskForName(const AlarmCircle& circle) {
-  myOwner.statusBar()->clearMessage();
   auto* dialog =
       new TextDialog(tr("New Circle"), tr("An alarm is raised when somebody enters the circle."),
                      tr("&Name:"), tr("Add"), myOwner);
@@ -151,7 +145,7 @@ void AlarmBell::AskForName(const AlarmCircle& circle) {
     if (who == AlarmFor::Nobody) who = AlarmFor::Everybody;
     SetRules(rules);
   };
-  QObject::connect(dialog, &QDialog::finished, &myTool, [this] { myTool.Clear(); });
+  QObject::connect(dialog, &QDialog::finished, &myPicker, [this] { myPicker.Cancel(); });
   dialog->open();
 }
 

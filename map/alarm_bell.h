@@ -5,17 +5,17 @@
 #include <optional>
 
 #include <QCoreApplication>
-#include <QMainWindow>
 #include <QStringList>
 #include <QSystemTrayIcon>
 #include <QTimer>
+#include <QWidget>
 
 #include "client/connection.h"
 #include "framework/signal.h"
 #include "map/alarms/alarm_watch.h"
-#include "map/circle_tool.h"
 #include "map/map_view.h"
 #include "map/messages_pane.h"
+#include "map/place_picker.h"
 #include "map/settings.h"
 
 namespace corvane::map {
@@ -31,8 +31,8 @@ class AlarmBell {
   static constexpr std::chrono::seconds kPause{1};
   static constexpr qsizetype kMaxLines = 10;  // of alarms at once; others are counted
 
-  AlarmBell(client::Connection& connection, Settings& settings, MapView& map,
-            MessagesPane& messages, QMainWindow& owner);
+  AlarmBell(client::Connection& connection, Settings& settings, MapView& map, PlacePicker& picker,
+            MessagesPane& messages, QWidget& owner);
 
   AlarmWatch& Watch() { return myWatch; }
   // While silenced there are only lines and marks.
@@ -53,10 +53,10 @@ class AlarmBell {
 
   Settings& mySettings;
   MapView& myMap;
+  PlacePicker& myPicker;
   MessagesPane& myMessages;
-  QMainWindow& myOwner;
+  QWidget& myOwner;
   AlarmWatch myWatch;
-  CircleTool myTool;
   std::unique_ptr<QSystemTrayIcon> myTray;  // while there are notifications
   QStringList myLines;
   qsizetype myMore = 0;  // alarms without a line

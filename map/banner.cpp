@@ -31,35 +31,46 @@ Banner::Banner(client::Connection& connection, QAbstractScrollArea& map)
   Update();
 }
 
+void Banner::ShowHint(const QString& hint) {
+  myHint = hint;
+  Update();
+}
+
+void Banner::ShowState(const QString& text, Kind kind, const QString& button) {
+  myHint.isEmpty() ? Show(text, kind, button) : Show(myHint, Kind::Calm);
+}
+
 void Banner::Update() {
   const client::Members& others = myConnection.Others();
   switch (myConnection.CurrentState()) {
     case State::Online:
       myWasOnline = true;
       myEnding.clear();
-      Show(others.IsCurrent() && others.Count() == 0 ? tr("Nobody else is here yet.") : QString(),
-           Kind::Calm);
+      ShowState(
+          others.IsCurrent() && others.Count() == 0 ? tr("Nobody else is here yet.") : QString(),
+          Kind::Calm);
       break;
     case State::Waiting: {
       const auto seconds = std::chrono::ceil<std::chrono::seconds>(myConnection.RetryIn()).count();
-      Show(tr("The connection is lost; the map shows the last positions. Trying again in %1 s.")
-               .arg(seconds),
-           Kind::Warning, tr("&Try Now"));
+      ShowState(
+          tr("The connection is lost; the map shows the last positions. Trying again in %1 s.")
+              .arg(seconds),
+          Kind::Warning, tr("&Try Now"));
       break;
     }
     case State::Connecting:
     case State::LoggingIn:
       if (!myWasOnline) myEnding.clear();
-      Show(myWasOnline ? tr("The connection is lost; connecting again...") : QString(),
-           Kind::Warning);
+      ShowState(myWasOnline ? tr("The connection is lost; connecting again...") : QString(),
+                Kind::Warning);
       break;
     case State::Offline:
       // Still set if the user gave up reconnecting.
       if (std::exchange(myWasOnline, false)) myEnding.clear();
       if (myEnding.isEmpty()) {
-        Show(tr("Not connected."), Kind::Calm, tr("C&onnect..."));
+        ShowState(tr("Not connected."), Kind::Calm, tr("C&onnect..."));
       } else {
-        Show(myEnding, Kind::Warning, tr("C&onnect..."));
+        ShowState(myEnding, Kind::Warning, tr("C&onnect..."));
       }
       break;
   }

@@ -12,7 +12,7 @@
 namespace corvane::map {
 
 // Says over the map why it is empty or old: not connected, lost with the seconds until the next
-// attempt, kicked or banned, nobody here.
+// attempt, kicked or banned, nobody here. The hint of a tool takes its place.
 class Banner : public MapNotice {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::Banner)
 
@@ -23,10 +23,15 @@ class Banner : public MapNotice {
   // The user wants to connect.
   std::function<void()> ConnectRequested;
 
+  // An empty hint ends it.
+  void ShowHint(const QString& hint);
+
  private:
   void Update();
+  void ShowState(const QString& text, Kind kind, const QString& button = {});
 
   client::Connection& myConnection;
+  QString myHint;
   bool myWasOnline = false;
   QString myEnding;  // of the last session; empty if the user left
   QTimer myTimer;

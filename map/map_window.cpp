@@ -51,7 +51,7 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   actions = std::make_unique<MapActions>(*menuBar(), *map);
   myPictures =
       std::make_unique<FacetPictures>(cacheFolder, mySettings, *map, *stsLine, *txtMessages, *this);
-  myPicker = std::make_unique<PlacePicker>(*map);
+  myPicker = std::make_unique<PlacePicker>(*map, *barState);
   myLandmarks = std::make_unique<Landmarks>(mySettings, *map, *myPicker, *txtMessages, *this);
   mySharing = std::make_unique<Sharing>(
       myConnection, mySettings, myConnector, *myPictures, myLandmarks->Board(), *txtMessages, *this,
@@ -61,7 +61,8 @@ MapWindow::MapWindow(const QString& settingsFile, const QString& cacheFolder,
   for (QAction* action : map->actions()) {
     if (action != actions->actShowAll) pnlMembers->lstMembers->addAction(action);
   }
-  myAlarms = std::make_unique<AlarmBell>(myConnection, mySettings, *map, *txtMessages, *this);
+  myAlarms =
+      std::make_unique<AlarmBell>(myConnection, mySettings, *map, *myPicker, *txtMessages, *this);
   myHighlights.alarms = &myAlarms->Watch();
   pnlMembers->ShowAlarms(myAlarms->Watch());
   LayOut();

@@ -218,16 +218,21 @@ TEST_F(AlarmWindowTest, ACircleIsDrawnNamedEditedAndDeleted) {
   ASSERT_TRUE(PumpUntil([&] {
     return (OnMap({1000, 1000}) - Surface()->rect().center()).manhattanLength() < 20;
   }));
+  const auto hint = [&] { return myWindow->barState->lblText->text(); };
   const auto drag = [&](QPoint from, QPoint to) {
+    // One tool works at a time.
+    myWindow->actions->actPlaceLandmark->trigger();
     myWindow->actions->actDrawCircle->trigger();
+    EXPECT_TRUE(hint().startsWith("Drag"));
     QTest::mousePress(Surface(), Qt::LeftButton, {}, from);
     QTest::mouseMove(Surface(), to);
     QTest::mouseRelease(Surface(), Qt::LeftButton, {}, to);
   };
   const QPointF before = myWindow->map->mapToScene(0, 0);
   drag({50, 60}, {50, 61});
-  QTest::keyClick(myWindow->map, Qt::Key_Escape);
   EXPECT_FALSE(IsOpen("TextDialog")) << "a click draws nothing";
+  QTest::keyClick(myWindow->pnlMembers->lstMembers, Qt::Key_Escape);
+  EXPECT_EQ(hint(), "");
   drag({50, 60}, {110, 140});
   EXPECT_EQ(myWindow->map->mapToScene(0, 0), before) << "the map has not moved";
   auto* name = Opened<TextDialog>("TextDialog");
