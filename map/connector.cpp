@@ -71,10 +71,10 @@ void Connector::FinishIfOnline() {
   // An automatic reconnect leaves a dialog open that the user is typing into.
   if (!server) return;
   mySettings.Remember(*server);
-  mySettings.SetCurrentPlace(server->Key());
   const bool wantsContent = myDialog->WantsContent();
   myDialog->accept();
   std::exchange(myDialog, nullptr)->deleteLater();
+  mySettings.SetCurrentPlace(server->Key());
   const auto offer = std::exchange(myOffer, std::nullopt);
   if (offer && wantsContent && PlaceJoined) PlaceJoined(*offer);
 }

@@ -4,7 +4,7 @@
 #include <utility>
 
 #include <QApplication>
-#include <QCloseEvent>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QLabel>
 
@@ -106,6 +106,7 @@ void MapWindow::WireConnection() {
     myPings.Receive(DisplayText(text));
   };
   myPlaceChanged = mySettings.PlaceChanged.Connect([this] {
+    EndTasks();
     myPings.Clear();
     myPictures->Show();
     ListFacets();
@@ -140,8 +141,7 @@ void MapWindow::WireMap() {
   map->PointerMoved = [this](std::optional<QPointF> place) { stsLine->ShowPlace(place); };
   myLandmarks->PlaceRequested = [this](QPointF place, int facet) {
     map->StopFollowing();
-    ShowFacet(facet);
-    map->CentreOn(place, Facet());
+    map->CentreOn(place, facet);
   };
   map->FacetRequested = [this](int facet) { ShowFacet(facet); };
   map->FollowChanged = [this] {
@@ -168,11 +168,7 @@ void MapWindow::WirePanels() {
     map->StopFollowing();
     map->CentreOn(*member);
   };
-  pnlMembers->OwnSelected = [this] {
-    if (!myHighlights.own) return;
-    map->StopFollowing();
-    map->CentreOn(QPointF(myHighlights.own->x, myHighlights.own->y), myHighlights.own->facet);
-  };
+  pnlMembers->OwnSelected = [this] { map->ShowMe(); };
   pnlMembers->Activated = [this](const Member& member) {
     Select(&member);
     map->Follow(member);
@@ -259,10 +255,19 @@ void MapWindow::WireFeatureActions() {
   actions->actRecord->setChecked(myRecording.IsOn());
 }
 
-void MapWindow::closeEvent(QCloseEvent* event) {
+// What the user has begun for a place must not change the next one.
+void MapWindow::EndTasks() {
+  myPicker->Cancel();
+  for (QDialog* dialog : findChildren<QDialog*>()) {
+    // A file dialog runs inside of a method of its owner, which has kept its place.
+    if (dialog->isModal() && dialog->isVisible() && dialog->findChild<QFileDialog*>() == nullptr)
+      dialog->reject();
+  }
+}
+
+void MapWindow::closeEvent(QCloseEvent*) {
   myLayout->Save();
   myConnection.Close();
-  event->accept();
 }
 
 void MapWindow::ShowState() {

@@ -91,6 +91,7 @@ class MapWindow : public QMainWindow {
     connect(action, &QAction::triggered, this, act);
   }
 
+  void EndTasks();
   void ShowState();
   void ShowOwn();
   void Select(const client::Member* member);

@@ -267,6 +267,7 @@ TEST_F(AlarmWindowTest, ACircleIsDrawnNamedEditedAndDeleted) {
   ASSERT_EQ(later.lstCircles->rowCount(), 1);
   EXPECT_EQ(later.lstCircles->item(0, 0)->text(), "Gate");
   myWindow->LoginTo({"127.0.0.1", 1, "North", "Ann", {}});
+  EXPECT_FALSE(IsOpen("AlarmsDialog")) << "it shows the circles of another place";
   EXPECT_TRUE(myWindow->Alarms().Watch().Rules().circles.isEmpty());
 }
 
