@@ -5,7 +5,7 @@
 
 #include "map/map_window.h"
 #include "map/options.h"
-#include "map/readable_placeholders.h"
+#include "map/readable_controls.h"
 #include "map/running_map.h"
 #include "platform/broken_pipes.h"
 #include "platform/caller.h"

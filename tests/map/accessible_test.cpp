@@ -9,7 +9,7 @@
 #include <QTextDocument>
 
 #include "map/certificate_question.h"
-#include "map/readable_placeholders.h"
+#include "map/readable_controls.h"
 #include "tests/map/map_fixture.h"
 
 namespace corvane::map {

@@ -1,4 +1,4 @@
-#include "map/readable_placeholders.h"
+#include "map/readable_controls.h"
 
 #include <QApplication>
 #include <QEvent>
