@@ -237,7 +237,7 @@ void MapWindow::WireFeatureActions() {
   On(actions->actDrawCircle, [this] { myAlarms->DrawCircle(); });
   connect(actions->actSilence, &QAction::toggled, this, [this](bool isOn) {
     myAlarms->SetSilenced(isOn);
-    stsLine->lblSilenced->setVisible(isOn);
+    stsLine->ShowSilenced(isOn);
   });
   On(actions->actPlaceHere, [this] { myLandmarks->AskForNew(WholePlace(places->MenuPlace())); });
   On(actions->actPlaceLandmark, [this] { myLandmarks->PlaceByClick(); });
@@ -249,7 +249,7 @@ void MapWindow::WireFeatureActions() {
           [this](bool isShown) { myLandmarks->SetShown(isShown); });
   connect(actions->actRecord, &QAction::toggled, this, [this](bool isOn) {
     myRecording.SetOn(isOn);
-    stsLine->lblRecording->setVisible(isOn);
+    stsLine->ShowRecording(isOn);
   });
   myRecording.Failed = [this] { actions->actRecord->setChecked(false); };
   actions->actRecord->setChecked(myRecording.IsOn());

@@ -33,9 +33,6 @@ class ElidedLabel : public QLabel {
 StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
     : QStatusBar(parent),
       lblState(new ElidedLabel(this)),
-      prgCutting(new QProgressBar(this)),
-      lblSilenced(new QLabel(tr("Alarms silenced"), this)),
-      lblRecording(new QLabel(QStringLiteral("\u25cf ") + tr("Recording"), this)),
       lblPlace(new QLabel(this)),
       myConnection(connection) {
   lblState->setTextFormat(Qt::PlainText);
@@ -46,14 +43,7 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
   lblPlace->setAccessibleDescription(tr("Coordinates under the pointer"));
   lblPlace->setMinimumWidth(fontMetrics().horizontalAdvance(QStringLiteral("-00000, -00000")));
   lblPlace->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-  prgCutting->setFormat(tr("Preparing the picture: %p%"));
-  prgCutting->setAccessibleName(tr("Preparing the picture"));
-  prgCutting->setMinimumWidth(fontMetrics().horizontalAdvance(prgCutting->format()) + 40);
   addWidget(lblState, 1);
-  for (QWidget* part : std::initializer_list<QWidget*>{prgCutting, lblSilenced, lblRecording}) {
-    addPermanentWidget(part);
-    part->hide();
-  }
   addPermanentWidget(lblPlace);
   connect(&myTimer, &QTimer::timeout, this, [this] { Update(); });
   myTimer.start(std::chrono::milliseconds(500));
@@ -62,10 +52,20 @@ StatusLine::StatusLine(client::Connection& connection, QWidget* parent)
 }
 
 void StatusLine::Update() {
-  const QString text = StateText();
+  const QString text = Text();
   if (text == lblState->text()) return;
   lblState->setText(text);
   lblState->setToolTip(Qt::convertFromPlainText(text, Qt::WhiteSpaceNormal));
+}
+
+// What is on or at work stands first: in a small window it must not be cut off.
+QString StatusLine::Text() {
+  QStringList parts;
+  if (myPercent < 100) parts.append(tr("Preparing the picture: %1 %").arg(myPercent));
+  if (myIsRecording) parts.append(QStringLiteral("\u25cf ") + tr("Recording"));
+  if (myIsSilenced) parts.append(tr("Alarms silenced"));
+  parts.append(StateText());
+  return parts.join(QStringLiteral(". "));
 }
 
 QString StatusLine::StateText() {
@@ -98,9 +98,19 @@ void StatusLine::ShowPlace(std::optional<QPointF> place) const {
                           : QString());
 }
 
-void StatusLine::ShowProgress(int percent) const {
-  prgCutting->setValue(percent);
-  prgCutting->setVisible(percent < 100);
+void StatusLine::ShowProgress(int percent) {
+  myPercent = percent;
+  Update();
+}
+
+void StatusLine::ShowRecording(bool isOn) {
+  myIsRecording = isOn;
+  Update();
+}
+
+void StatusLine::ShowSilenced(bool isOn) {
+  myIsSilenced = isOn;
+  Update();
 }
 
 }  // namespace corvane::map

@@ -4,7 +4,6 @@
 
 #include <QCoreApplication>
 #include <QLabel>
-#include <QProgressBar>
 #include <QStatusBar>
 #include <QTimer>
 
@@ -13,8 +12,9 @@
 
 namespace corvane::map {
 
-// The status bar: the connection's state, the progress of cutting a picture, whether members are
-// recorded and alarms silenced, the user's controls, and the coordinates under the pointer.
+// The status bar: the progress of cutting a picture, whether members are recorded and alarms
+// silenced, and the connection's state, as one text; the user's controls, and the coordinates under
+// the pointer.
 class StatusLine : public QStatusBar {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::StatusLine)
 
@@ -25,21 +25,24 @@ class StatusLine : public QStatusBar {
   // Adds a control before the coordinates.
   void AddControl(QWidget* control) { insertPermanentWidget(++myControls, control); }
   void ShowPlace(std::optional<QPointF> place) const;
-  void ShowProgress(int percent) const;
+  void ShowProgress(int percent);
+  void ShowRecording(bool isOn);
+  void ShowSilenced(bool isOn);
 
   // The controls. The bar owns them.
   QLabel* lblState;
-  QProgressBar* prgCutting;
-  QLabel* lblSilenced;  // shown while alarms are silenced
-  QLabel* lblRecording;
   QLabel* lblPlace;
 
  private:
   void Update();
+  QString Text();
   QString StateText();
 
   client::Connection& myConnection;
   int myControls = 0;
+  int myPercent = 100;  // of the picture
+  bool myIsRecording = false;
+  bool myIsSilenced = false;
   QTimer myTimer;
   SignalConnection myStateChanged;
 };

@@ -184,7 +184,7 @@ TEST_F(PicturesTest, AreCutShownInPlaceAndKept) {
     });
   };
   EXPECT_TRUE(isShown());
-  EXPECT_FALSE(myWindow->stsLine->prgCutting->isVisible());
+  EXPECT_FALSE(myWindow->stsLine->lblState->text().contains("picture"));
 
   myWindow->close();
   MakeWindow();

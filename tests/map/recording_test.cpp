@@ -218,9 +218,12 @@ TEST_F(MapTest, RecordsOnlyWhenSwitchedOnAndReplaysInAWindowOfItsOwn) {
   };
   const auto bob = Member("Bob", "100,200,3,50,0,0");
   QTest::qWait(600);
-  EXPECT_FALSE(myWindow->stsLine->lblRecording->isVisible());
+  const auto showsRecording = [&] {
+    return myWindow->stsLine->lblState->text().contains("Recording");
+  };
+  EXPECT_FALSE(showsRecording());
   myWindow->actions->actRecord->trigger();
-  EXPECT_TRUE(myWindow->stsLine->lblRecording->isVisible());
+  EXPECT_TRUE(showsRecording());
   QTest::qWait(600);
   bob->Send(4, "110,200,3,40,0,0");
   ASSERT_TRUE(Knows("Bob", {110, 200, 3, 40}));
