@@ -9,6 +9,7 @@
 #include <QFormLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QHostAddress>
 #include <QRegularExpression>
 #include <QSaveFile>
 #include <QVBoxLayout>
@@ -19,7 +20,7 @@
 namespace corvane::map {
 namespace {
 
-constexpr int kLinkWidth = 420;
+constexpr int kLinkLetters = 72;
 
 QLabel* Hint(const QString& text, QWidget* parent) {
   auto* label = new QLabel(text, parent);
@@ -47,7 +48,7 @@ ShareDialog::ShareDialog(Place place, const QStringList& leftOut, QWidget& owner
   txtLink->setReadOnly(true);
   txtLink->setAccessibleName(tr("Link"));
   txtLink->setCursorPosition(0);
-  txtLink->setMinimumWidth(kLinkWidth);
+  txtLink->setMinimumWidth(kLinkLetters * fontMetrics().averageCharWidth());
   btnCopy->setDefault(true);
   chkPictures->setEnabled(!myPlace.pictures.isEmpty());
   chkPictures->setChecked(chkPictures->isEnabled());
@@ -73,6 +74,13 @@ void ShareDialog::LayOut(const QStringList& leftOut) {
   linkColumn->addLayout(row);
   linkColumn->addWidget(
       Hint(tr("It names the server and the network, and never the password."), this));
+  if (myPlace.host == "localhost" || QHostAddress(myPlace.host).isLoopback()) {
+    linkColumn->addWidget(
+        Hint(tr("For others %1 is their own computer. Connect by a name or address "
+                "that they can reach, then share.")
+                 .arg(myPlace.host),
+             this));
+  }
 
   auto* file = new QGroupBox(tr("A File"), this);
   auto* fileColumn = new QVBoxLayout(file);
