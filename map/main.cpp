@@ -57,6 +57,7 @@ int main(int argc, char** argv) {
     return 1;
   }
   const ReadablePlaceholders placeholders(application);
+  QApplication::setStyle(new VisibleBoxes);
   const QString& place = parsed.options->place;
   if (!place.isEmpty() && RunningMap::HandOver(*data, place)) return 0;
   MapWindow window(*data + QStringLiteral("/Corvane Map.ini"), cache + QStringLiteral("/tiles"));

@@ -2,7 +2,9 @@
 
 #include <QApplication>
 #include <QEvent>
+#include <QPainter>
 #include <QPalette>
+#include <QStyleOption>
 
 namespace corvane::map {
 namespace {
@@ -36,6 +38,23 @@ void ReadablePlaceholders::Apply() {
   if (palette.color(QPalette::PlaceholderText) == colour) return;
   palette.setColor(QPalette::PlaceholderText, colour);
   QApplication::setPalette(palette);
+}
+
+void VisibleBoxes::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
+                                 QPainter* painter, const QWidget* widget) const {
+  QProxyStyle::drawPrimitive(element, option, painter, widget);
+  const bool isRound = element == PE_IndicatorRadioButton;
+  const QColor text = option->palette.color(QPalette::WindowText);
+  const QColor window = option->palette.color(QPalette::Window);
+  const bool isDark = window.lightness() < text.lightness();
+  if (!isDark || (!isRound && element != PE_IndicatorCheckBox)) return;
+  painter->save();
+  painter->setRenderHint(QPainter::Antialiasing);
+  painter->setPen(Mixed(text, window));
+  painter->setBrush(Qt::NoBrush);
+  const QRectF box = QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5);
+  isRound ? painter->drawEllipse(box) : painter->drawRect(box);
+  painter->restore();
 }
 
 }  // namespace corvane::map

@@ -2,6 +2,7 @@
 
 #include <QGuiApplication>
 #include <QObject>
+#include <QProxyStyle>
 
 namespace corvane::map {
 
@@ -16,6 +17,14 @@ class ReadablePlaceholders : public QObject {
 
  private:
   static void Apply();
+};
+
+// Outlines check boxes and radio buttons in dark colours, where some styles leave them almost
+// invisible.
+class VisibleBoxes : public QProxyStyle {
+ public:
+  void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
+                     const QWidget* widget) const override;
 };
 
 }  // namespace corvane::map

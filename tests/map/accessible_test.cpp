@@ -5,7 +5,9 @@
 #include <utility>
 
 #include <QAccessible>
+#include <QCheckBox>
 #include <QLabel>
+#include <QStyleOption>
 #include <QTextDocument>
 
 #include "map/certificate_question.h"
@@ -103,6 +105,20 @@ TEST(ReadablePlaceholders, AreReadableInAllPalettes) {
     EXPECT_GE(std::max(contrast, 1 / contrast), 4.5);
   }
   QApplication::setPalette(before);
+}
+
+TEST(VisibleBoxes, StandOutInDarkColours) {
+  constexpr QRgb kWindow = 0xff2a2e32;
+  VisibleBoxes style;
+  QCheckBox box;
+  box.setStyle(&style);
+  box.setPalette(QPalette(QColor::fromRgb(kWindow), QColor::fromRgb(kWindow)));
+  box.adjustSize();
+  QStyleOptionButton option;
+  option.initFrom(&box);
+  const QRect square = style.subElementRect(QStyle::SE_CheckBoxIndicator, &option, &box);
+  const QRgb edge = box.grab().toImage().pixel(square.left(), square.center().y());
+  EXPECT_GE(Luminance(edge) / Luminance(kWindow), 3);
 }
 
 }  // namespace
