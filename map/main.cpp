@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QFileInfo>
 #include <QIcon>
+#include <QScreen>
 #include <QStandardPaths>
 
 #include "map/map_window.h"
@@ -64,7 +65,9 @@ int main(int argc, char** argv) {
   const ProcessSignals signals([&window] { window.close(); });
   RunningMap running(*data);
   running.PlaceReceived = [&window](const QString& other) { window.OpenPlace(other); };
-  window.show();
+  // With large scales the screen may be smaller than the window's first size.
+  const bool fits = window.size() == window.size().boundedTo(window.screen()->availableSize());
+  fits ? window.show() : window.showMaximized();
   if (parsed.options->server) {
     window.LoginTo(*parsed.options->server);
   } else if (!place.isEmpty()) {
