@@ -134,10 +134,6 @@ void MapWindow::WireMap() {
     map->MemberClicked(member);
     OpenMemberMenu(at);
   };
-  map->CrowdRequested = [this](const std::vector<const Member*>& members, QPoint at) {
-    places->ListCrowd(members, at);
-  };
-  map->PlaceMenuRequested = [this](QPointF place, QPoint at) { places->OpenMenu(place, at); };
   map->PointerMoved = [this](std::optional<QPointF> place) { stsLine->ShowPlace(place); };
   myLandmarks->PlaceRequested = [this](QPointF place, int facet) {
     map->StopFollowing();
@@ -228,7 +224,7 @@ void MapWindow::WireMemberActions() {
     myPicker->Start(tr("Click the place to show everybody."),
                     [this](QPointF place) { myPings.Ask(place, Facet()); });
   });
-  On(actions->actPingHere, [this] { myPings.Ask(WholePlace(places->MenuPlace()), Facet()); });
+  On(actions->actPingHere, [this] { myPings.Ask(places->MenuPlace(), Facet()); });
 }
 
 // Alarms, landmarks and recording.
@@ -239,7 +235,7 @@ void MapWindow::WireFeatureActions() {
     myAlarms->SetSilenced(isOn);
     stsLine->ShowSilenced(isOn);
   });
-  On(actions->actPlaceHere, [this] { myLandmarks->AskForNew(WholePlace(places->MenuPlace())); });
+  On(actions->actPlaceHere, [this] { myLandmarks->AskForNew(places->MenuPlace()); });
   On(actions->actPlaceLandmark, [this] { myLandmarks->PlaceByClick(); });
   On(actions->actLandmarkList, [this] { myLandmarks->ShowList(); });
   On(actions->actImportLandmarks, [this] { myLandmarks->AskForImport(); });
@@ -273,22 +269,19 @@ void MapWindow::closeEvent(QCloseEvent*) {
 void MapWindow::ShowState() {
   const State state = myConnection.CurrentState();
   myHighlights.ownName = myConnection.CurrentDestination().account.userName;
-  if (state == State::Online) {
-    if (!std::exchange(myIsOnline, true)) {
-      const std::string& network = myConnection.CurrentDestination().account.network;
-      txtMessages->Add(tr("You are in the network %1.").arg(DisplayText(network)));
-      myOwnPosition.SendAgain();
-    }
-  } else {
+  const bool isOnline = state == State::Online;
+  if (!std::exchange(myIsOnline, isOnline) && isOnline) {
+    const std::string& network = myConnection.CurrentDestination().account.network;
+    txtMessages->Add(tr("You are in the network %1.").arg(DisplayText(network)));
     myReportedIncomplete = false;
-    myIsOnline = false;
+    myOwnPosition.SendAgain();
   }
   // After a loss or a kick the map stays as it was.
-  if (state != State::Online && myConnection.Others().Count() == 0) {
+  if (!isOnline && myConnection.Others().Count() == 0) {
     myShowsAllNext = !map->IsFollowing();
     myFittedFacets.clear();
   }
-  if (state == State::Online || state == State::Offline) ShowOwn();
+  if (isOnline || state == State::Offline) ShowOwn();
   EnableActions();
 }
 

@@ -12,8 +12,6 @@ namespace {
 using client::Clock;
 
 constexpr std::chrono::milliseconds kPingFrame{100};
-constexpr const char* kUnasked = "unasked pings";
-constexpr int kMaxUnasked = 50;  // servers
 
 }  // namespace
 
@@ -43,8 +41,10 @@ void Pings::Advance(Clock::time_point now) {
 }
 
 void Pings::Ask(QPointF place, int facet) {
-  const QByteArray server = ServerKey();
-  const bool asks = !UnaskedServers().contains(server);
+  const client::Destination& server = myConnection.CurrentDestination();
+  const QString unasked =
+      QStringLiteral("unasked pings %1:%2").arg(server.host.toLower()).arg(server.port);
+  const bool asks = mySettings.Stored(unasked).isEmpty();
   QString hint = tr("Everybody in the network gets the message, and sees the place on the map.");
   if (asks) {
     hint += "\n\n" + tr("Careful: a server under classic rules ends when a message is sent while "
@@ -67,23 +67,10 @@ void Pings::Ask(QPointF place, int facet) {
   dialog->txtText->setText(tr("Ping"));
   dialog->txtText->selectAll();
   dialog->Confirmed = [=, this](const QString& word) {
-    if (asks && chkUnasked->isChecked()) {
-      const QList<QByteArray> servers = QList{server} + UnaskedServers();
-      mySettings.Store(kUnasked,
-                       servers.first(std::min<qsizetype>(servers.size(), kMaxUnasked)).join('\n'));
-    }
+    if (chkUnasked->isChecked()) mySettings.Store(unasked, "1");
     myConnection.SendMessage(TextFromDisplay(ToMessage(pingWith(word))));
   };
   dialog->open();
-}
-
-QByteArray Pings::ServerKey() const {
-  const client::Destination& server = myConnection.CurrentDestination();
-  return QStringLiteral("%1:%2").arg(server.host.toLower()).arg(server.port).toUtf8();
-}
-
-QList<QByteArray> Pings::UnaskedServers() const {
-  return mySettings.Stored(kUnasked).split('\n');
 }
 
 }  // namespace corvane::map

@@ -38,9 +38,6 @@ class Pings {
   const std::deque<PingMark>& All() const { return myPings; }
 
  private:
-  QByteArray ServerKey() const;
-  QList<QByteArray> UnaskedServers() const;
-
   client::Connection& myConnection;
   Settings& mySettings;
   QWidget& myWindow;

@@ -1,7 +1,6 @@
 #include "map/place_commands.h"
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 #include <utility>
 
@@ -9,6 +8,7 @@
 #include <QGuiApplication>
 
 #include "framework/visible_text.h"
+#include "map/place_picker.h"
 #include "map/text_dialog.h"
 
 namespace corvane::map {
@@ -17,11 +17,15 @@ PlaceCommands::PlaceCommands(MarkerBoard& board, MapView& map, MapActions& actio
                              QMainWindow& owner)
     : myBoard(board), myMap(map), myActions(actions), myOwner(owner) {
   QObject::connect(actions.actGoTo, &QAction::triggered, &owner, [this] { Ask(); });
-  QObject::connect(actions.actCopyPlace, &QAction::triggered, &owner, [this] {
-    Copy({static_cast<int>(std::floor(myMenuPlace.x())),
-          static_cast<int>(std::floor(myMenuPlace.y()))},
-         myMap.Scene()->Facet());
-  });
+  QObject::connect(actions.actCopyPlace, &QAction::triggered, &owner,
+                   [this] { Copy(myMenuPlace.toPoint(), myMap.Scene()->Facet()); });
+  map.PlaceMenuRequested = [this](QPointF place, QPoint globalPosition) {
+    myMenuPlace = WholePlace(place);
+    myActions.mnuPlace->popup(globalPosition);
+  };
+  map.CrowdRequested = [this](const auto& members, QPoint globalPosition) {
+    ListCrowd(members, globalPosition);
+  };
 }
 
 void PlaceCommands::Ask() {
@@ -41,11 +45,6 @@ void PlaceCommands::Ask() {
     if (place) myMap.ShowPlace(place->at, place->facet.value_or(myMap.Scene()->Facet()));
   };
   dialog->open();
-}
-
-void PlaceCommands::OpenMenu(QPointF place, QPoint globalPosition) {
-  myMenuPlace = place;
-  myActions.mnuPlace->popup(globalPosition);
 }
 
 void PlaceCommands::ListCrowd(const std::vector<const client::Member*>& members,

@@ -14,7 +14,8 @@
 namespace corvane::map {
 
 // What the user does with places of the map: goes to typed coordinates, copies coordinates, opens
-// the menu of a place, lists who stands there. Borrows all that it is given.
+// the menu of a place beside all markers, lists the members that stand in one place. Borrows all
+// that it is given.
 class PlaceCommands {
   Q_DECLARE_TR_FUNCTIONS(corvane::map::PlaceCommands)
 
@@ -23,16 +24,15 @@ class PlaceCommands {
 
   // Asks for coordinates and shows them in the middle of the map.
   void Ask();
-  // Opens the menu of a place beside all markers.
-  void OpenMenu(QPointF place, QPoint globalPosition);
-  // The place that the menu was last opened for.
+  // The place that the menu was last opened for, in whole map units.
   QPointF MenuPlace() const { return myMenuPlace; }
-  // Lists members that stand in one place; a click on a name selects it.
-  void ListCrowd(const std::vector<const client::Member*>& members, QPoint globalPosition);
   // Copies "x, y, facet".
   static void Copy(QPoint place, int facet);
 
  private:
+  // A click on a name selects the member.
+  void ListCrowd(const std::vector<const client::Member*>& members, QPoint globalPosition);
+
   MarkerBoard& myBoard;
   MapView& myMap;
   MapActions& myActions;
