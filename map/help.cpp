@@ -6,6 +6,7 @@
 #include <QDialogButtonBox>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QTreeWidget>
 #include <QVBoxLayout>
 
@@ -63,6 +64,8 @@ void ShowKeys(QWidget& window, const QMenuBar& menus) {
   AddOtherKeys(*table);
   table->resizeColumnToContents(0);
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Close, dialog);
+  // Of black lines, also on a dark button.
+  buttons->button(QDialogButtonBox::Close)->setIcon({});
   QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
   auto* column = new QVBoxLayout(dialog);
   column->addWidget(table);
