@@ -72,10 +72,11 @@ area() {
     END { l = l < 0 ? 0 : l; t = t < 0 ? 0 : t; printf "%dx%d+%d+%d", r - l, b - t, l, t }'
 }
 
-# snap NAME WINDOW...: takes a picture of the windows as they are now.
+# snap NAME WINDOW...: takes a picture of the windows as they are now. With 256 colours it looks the
+# same and is a third as large.
 snap() {
-  import -window root -crop "$(area "${@:2}")" +repage -strip -define png:compression-level=9 \
-    "$folder/$1.png"
+  import -window root -crop "$(area "${@:2}")" +repage -strip +dither -colors 256 \
+    -define png:compression-level=9 "PNG8:$folder/$1.png"
 }
 
 # capture NAME WINDOW...: takes a picture of the windows once they no longer change.
