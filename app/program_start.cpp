@@ -6,9 +6,9 @@
 
 #include "app/large_memory.h"
 #include "net/descriptor_limit.h"
-#include "platform/broken_pipes.h"
 #include "platform/caller.h"
 #include "platform/folders.h"
+#include "platform/prepare_process.h"
 #include "platform/qt_noise.h"
 #include "platform/standard_streams.h"
 
@@ -16,7 +16,7 @@ namespace corvane {
 
 void SetUpProcess() {
   OpenStandardStreams();
-  IgnoreBrokenPipes();
+  PrepareProcess();
   RaiseDescriptorLimit();
   ReturnLargeMemory();
   DropQtNoise();

@@ -8,10 +8,10 @@
 #include "map/options.h"
 #include "map/readable_controls.h"
 #include "map/running_map.h"
-#include "platform/broken_pipes.h"
 #include "platform/caller.h"
 #include "platform/choose_platform.h"
 #include "platform/folders.h"
+#include "platform/prepare_process.h"
 #include "platform/process_signals.h"
 #include "platform/qt_noise.h"
 #include "updater/version.h"
@@ -31,7 +31,7 @@ QIcon MapIcon() {
 }  // namespace
 
 int main(int argc, char** argv) {
-  IgnoreBrokenPipes();
+  PrepareProcess();
   DropQtNoise();
   const bool mayLackDisplay = ChoosePlatform(argc, argv);
   QApplication application(argc, argv);

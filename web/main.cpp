@@ -13,8 +13,8 @@
 
 #include "framework/dates.h"
 #include "framework/text.h"
-#include "platform/broken_pipes.h"
 #include "platform/caller.h"
+#include "platform/prepare_process.h"
 #include "platform/process_signals.h"
 #include "platform/qt_noise.h"
 #include "platform/standard_error.h"
@@ -125,7 +125,7 @@ int RevokeLinks(const Config& config, const QString& labelOrNumber) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  IgnoreBrokenPipes();
+  PrepareProcess();
   DropQtNoise();
   QCoreApplication application(argc, argv);
   QCoreApplication::setApplicationName(QStringLiteral("corvane-web"));

@@ -19,8 +19,8 @@
 #include "control/ctl/printing.h"
 #include "control/ctl/reach.h"
 #include "control/ctl/server_link.h"
-#include "platform/broken_pipes.h"
 #include "platform/folders.h"
+#include "platform/prepare_process.h"
 
 using namespace corvane;
 using namespace corvane::ctl;
@@ -205,7 +205,7 @@ int Execute(CommandLine line, Printer& printer) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  IgnoreBrokenPipes();
+  PrepareProcess();
   PrintUtf8();
   const QCoreApplication application(argc, argv);
   try {

@@ -1,10 +1,10 @@
 #include <QCoreApplication>
 #include <gtest/gtest.h>
 
-#include "platform/broken_pipes.h"
+#include "platform/prepare_process.h"
 
 int main(int argc, char** argv) {
-  corvane::IgnoreBrokenPipes();  // as in the server
+  corvane::PrepareProcess();  // as in the server
   const QCoreApplication application(argc, argv);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();

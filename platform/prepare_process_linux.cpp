@@ -1,10 +1,10 @@
 #include <csignal>
 
-#include "platform/broken_pipes.h"
+#include "platform/prepare_process.h"
 
 namespace corvane {
 
-void IgnoreBrokenPipes() {
+void PrepareProcess() {
   std::signal(SIGPIPE, SIG_IGN);
 }
 

@@ -1,8 +1,0 @@
-#include "platform/broken_pipes.h"
-
-namespace corvane {
-
-// Windows behaves like this anyway.
-void IgnoreBrokenPipes() {}
-
-}  // namespace corvane
