@@ -20,8 +20,7 @@ struct CallerAnswer {
 std::optional<CallerAnswer> AnswerTo(const QStringList& arguments, QCommandLineParser& parser,
                                      qsizetype maxWords = 0);
 
-// Prints the text. Windows shows a message box, because a program with windows has no console
-// there.
+// Prints the text. On Windows a program with windows has no console and shows a message box.
 void AnswerOnConsole(const CallerAnswer& answer);
 
 }  // namespace corvane
