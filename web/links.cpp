@@ -1,6 +1,7 @@
 #include "web/links.h"
 
 #include <algorithm>
+#include <functional>
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -11,6 +12,7 @@
 #include <QJsonObject>
 #include <QRandomGenerator>
 #include <QSaveFile>
+#include <QThread>
 
 namespace corvane::web {
 namespace {
@@ -18,6 +20,19 @@ namespace {
 constexpr int kTokenWords = 4;  // of 32 bits
 constexpr qint64 kMaxFile = qint64{16} << 20;
 constexpr int kLockPatience = 5000;  // ms
+
+// On Windows a file cannot be replaced while another program reads it, nor read while it is
+// replaced.
+constexpr int kAttempts = 5;
+constexpr int kPause = 20;  // ms
+
+bool SucceedsInTime(const std::function<bool()>& attempt) {
+  for (int i = 1; i < kAttempts; ++i) {
+    if (attempt()) return true;
+    QThread::msleep(kPause);
+  }
+  return attempt();
+}
 
 constexpr auto kBase64 = QByteArray::Base64UrlEncoding | QByteArray::OmitTrailingEquals;
 
@@ -33,7 +48,7 @@ std::optional<std::vector<Link>> Links::All() {
   std::vector<Link> links;
   QFile file(myFile);
   if (!file.exists()) return links;
-  if (!file.open(QIODevice::ReadOnly)) {
+  if (!SucceedsInTime([&] { return file.open(QIODevice::ReadOnly); })) {
     myError = myFile + ": " + file.errorString();
     return std::nullopt;
   }
@@ -108,13 +123,15 @@ bool Links::Write(const std::vector<Link>& links, int lastNumber) {
     if (link.until.isValid()) entry["until"] = link.until.toUTC().toString(Qt::ISODate);
     entries.append(entry);
   }
-  QSaveFile file(myFile);
   const QJsonDocument document(QJsonObject{{"lastNumber", lastNumber}, {"links", entries}});
-  const bool isWritten = file.open(QIODevice::WriteOnly) &&
-                         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
-                         file.write(document.toJson()) > 0 && file.commit();
-  if (!isWritten) myError = myFile + ": " + file.errorString();
-  return isWritten;
+  return SucceedsInTime([&] {
+    QSaveFile file(myFile);
+    const bool isWritten = file.open(QIODevice::WriteOnly) &&
+                           file.setPermissions(QFile::ReadOwner | QFile::WriteOwner) &&
+                           file.write(document.toJson()) > 0 && file.commit();
+    if (!isWritten) myError = myFile + ": " + file.errorString();
+    return isWritten;
+  });
 }
 
 }  // namespace corvane::web

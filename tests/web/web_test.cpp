@@ -91,6 +91,7 @@ TEST_F(WebTest, LinksAreStoredAsHashesEndAndAreRevoked) {
   QFile file(myFolder.filePath("links.json"));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   EXPECT_FALSE(file.readAll().contains(first->toLatin1()));
+  file.close();
   auto all = Links(myFolder.path()).All();
   ASSERT_TRUE(all && all->size() == 2);
   EXPECT_EQ(all->front().tokenHash, Links::HashOf(first->toLatin1()));
