@@ -161,7 +161,7 @@ TEST_F(MapTest, PingReachesEveryoneAndFades) {
   ASSERT_TRUE(ComesOnMap({1000, 1000}));
   myWindow->map->CentreOn(QPointF(100, 100), 0);
   myWindow->actions->actPing->trigger();
-  QTest::mouseClick(myWindow->map->viewport(), Qt::LeftButton, {}, OnMap({100, 100}));
+  QTest::mouseClick(myWindow->map->viewport(), Qt::LeftButton, {}, OnMap({100.5, 100.5}));
   auto* dialog = Opened<TextDialog>("TextDialog");
   Type(dialog->txtText, "Ca:mp");
   EXPECT_FALSE(dialog->btnOK->isEnabled());
