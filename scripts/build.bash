@@ -29,7 +29,7 @@ deb_packages=(dpkg-dev file lintian appstream)
 # SQLite's one-file form needs tcl, Qt's configuration pkgconf.
 windows_packages=(g++-mingw-w64-x86-64-posix dpkg-dev tcl pkgconf qt6-base-dev-tools nsis zip
   "${leaflet_packages[@]}")
-wine_packages=(wine wine64 fonts-wine)
+wine_packages=(wine wine64 fonts-wine curl)
 # llvm has llvm-symbolizer, which names the functions of a leak.
 clang_packages=(clang libclang-rt-14-dev llvm)
 lint_packages=(git python3 clang-format clang-tidy shellcheck)
