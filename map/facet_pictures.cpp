@@ -41,8 +41,8 @@ void FacetPictures::Show() {
   }
 }
 
-void FacetPictures::Set(int facet, const MapPicture& picture) {
-  myTrials.push_back({mySettings.CurrentPlace(), facet, picture});
+void FacetPictures::Set(const PlaceKey& place, int facet, const MapPicture& picture) {
+  myTrials.push_back({place, facet, picture});
   if (myTrials.size() == 1) TryNext();
 }
 

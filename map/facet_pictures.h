@@ -31,9 +31,10 @@ class FacetPictures {
 
   // Shows the picture of the map's scene. Call it with each scene.
   void Show();
-  // Stores the facet's picture for the current place and shows it, after the ones given before. One
-  // that does not work is reported to the messages.
-  void Set(int facet, const MapPicture& picture);
+  // Stores the facet's picture for the place and shows it, after the ones given before. One that
+  // does not work is reported to the messages.
+  void Set(const PlaceKey& place, int facet, const MapPicture& picture);
+  void Set(int facet, const MapPicture& picture) { Set(mySettings.CurrentPlace(), facet, picture); }
   // Opens the dialog for the facet of the map's scene.
   void Ask();
 

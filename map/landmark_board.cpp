@@ -2,8 +2,6 @@
 
 #include <QSet>
 
-#include "map/places/geo_json.h"
-
 namespace corvane::map {
 
 LandmarkBoard::LandmarkBoard(Settings& settings)
@@ -15,13 +13,11 @@ LandmarkBoard::LandmarkBoard(Settings& settings)
 }
 
 std::optional<qsizetype> LandmarkBoard::Add(const QList<Landmark>& landmarks) {
-  QSet<QByteArray> known;
-  for (const Landmark& landmark : myLandmarks)
-    known.insert(ToGeoJson({landmark}));
+  QSet<Landmark> known(myLandmarks.begin(), myLandmarks.end());
   QList<Landmark> all = myLandmarks;
   for (const Landmark& landmark : landmarks) {
     const qsizetype before = known.size();
-    known.insert(ToGeoJson({landmark}));
+    known.insert(landmark);
     if (known.size() > before) all.append(landmark);
   }
   if (all.size() > Landmark::kMaxCount) return std::nullopt;

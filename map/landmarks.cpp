@@ -12,7 +12,6 @@
 #include "framework/text.h"
 #include "framework/visible_text.h"
 #include "map/landmark_dialog.h"
-#include "map/places/geo_json.h"
 
 namespace corvane::map {
 namespace {
@@ -21,6 +20,17 @@ constexpr const char* kHidden = "landmarks hidden";
 
 QString Shown(const QString& text) {
   return VisibleText(TextFromDisplay(text));
+}
+
+GeoJsonContent ReadGeoJson(const QString& name) {
+  QFile file(name);
+  // Opening a pipe would block until it has a writer.
+  if (!QFileInfo(name).isFile()) return {{}, 0, Landmarks::tr("there is no such file")};
+  if (!file.open(QFile::ReadOnly)) return {{}, 0, file.errorString()};
+  const QByteArray json = file.read(kMaxGeoJson + 1);
+  if (json.size() > kMaxGeoJson)
+    return {{}, 0, Landmarks::tr("it is larger than %1 MiB").arg(kMaxGeoJson >> 20)};
+  return FromGeoJson(json);
 }
 
 }  // namespace
@@ -154,16 +164,14 @@ void Landmarks::AskForExport() {
 }
 
 void Landmarks::Import(const QString& file) {
+  myBackground.Run([file] { return ReadGeoJson(file); },
+                   [this, file](const GeoJsonContent& content) { TakeImport(file, content); });
+}
+
+void Landmarks::TakeImport(const QString& file, const GeoJsonContent& content) {
   const auto fail = [&](const QString& why) {
     myMessages.Add(tr("%1 cannot be imported: %2.").arg(file, why));
   };
-  QFile input(file);
-  // Opening a pipe would block until it has a writer.
-  if (!QFileInfo(file).isFile()) return fail(tr("there is no such file"));
-  if (!input.open(QFile::ReadOnly)) return fail(input.errorString());
-  const QByteArray json = input.read(kMaxGeoJson + 1);
-  if (json.size() > kMaxGeoJson) return fail(tr("it is larger than %1 MiB").arg(kMaxGeoJson >> 20));
-  const GeoJsonContent content = FromGeoJson(json);
   if (!content.error.isEmpty()) return fail(content.error);
   const std::optional<qsizetype> added = myBoard.Add(content.landmarks);
   if (!added) return fail(tr("there would be more than %1 landmarks").arg(Landmark::kMaxCount));

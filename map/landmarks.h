@@ -7,12 +7,14 @@
 #include <QObject>
 #include <QPointer>
 
+#include "map/background.h"
 #include "map/landmark_board.h"
 #include "map/landmark_list.h"
 #include "map/landmarks_item.h"
 #include "map/map_view.h"
 #include "map/messages_pane.h"
 #include "map/place_picker.h"
+#include "map/places/geo_json.h"
 
 namespace corvane::map {
 
@@ -41,7 +43,8 @@ class Landmarks : public QObject {
   void ShowList();
   void AskForImport();
   void AskForExport();
-  // These report to the messages. A file that cannot be imported changes nothing.
+  // These report to the messages. Import reads in the background; a file that cannot be imported
+  // changes nothing.
   void Import(const QString& file);
   void Export(const QString& file);
 
@@ -61,6 +64,7 @@ class Landmarks : public QObject {
   void Edit(const Landmark& landmark);
   void Move(const Landmark& landmark);
   void AskToDelete(const Landmark& landmark);
+  void TakeImport(const QString& file, const GeoJsonContent& content);
 
   Settings& mySettings;
   MapView& myMap;
@@ -73,6 +77,7 @@ class Landmarks : public QObject {
   Landmark myLast;  // whose icon and colour the next one gets
   bool myIsShown = true;
   SignalConnection myChanged;
+  Background myBackground;
 };
 
 }  // namespace corvane::map

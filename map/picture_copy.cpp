@@ -26,20 +26,17 @@ QString ShortHash(const QByteArray& bytes) {
 
 }  // namespace
 
-QString CopyPicture(const PlacePicture& picture, const PlaceKey& place, const QString& folder,
-                    const QString& used, QString& error) {
+PictureCopy CopyPicture(const PlacePicture& picture, const PlaceKey& place, const QString& folder,
+                        const QString& used) {
   const QString suffix = ImageSuffix(picture.bytes);
   QByteArray bytes = picture.bytes;
   QBuffer buffer(&bytes);
   const QSize size = QImageReader(&buffer, suffix.toLatin1()).size();
-  if (size.isEmpty()) {
-    error = PictureCopyTexts::tr("it cannot be read");
-    return {};
-  }
+  if (size.isEmpty()) return {{}, PictureCopyTexts::tr("it cannot be read")};
   if (qint64{size.width()} * size.height() > (suffix == "png" ? kMaxPngPixels : kMaxJpegPixels)) {
-    error =
-        PictureCopyTexts::tr("%1 x %2 pixels are too many").arg(size.width()).arg(size.height());
-    return {};
+    return {
+        {},
+        PictureCopyTexts::tr("%1 x %2 pixels are too many").arg(size.width()).arg(size.height())};
   }
   const QString where = QStringLiteral("%1:%2/%3 %4")
                             .arg(place.host, QString::number(place.port), place.network)
@@ -51,14 +48,13 @@ QString CopyPicture(const PlacePicture& picture, const PlaceKey& place, const QS
   for (const QString& other : copies.entryList({beginning + QStringLiteral("-*")}, QDir::Files)) {
     if (other != name && copies.filePath(other) != used) copies.remove(other);
   }
-  QString path = copies.filePath(name);
+  const QString path = copies.filePath(name);
   QSaveFile file(path);
   if (QFile::exists(path) ||
       (file.open(QSaveFile::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())) {
-    return path;
+    return {path, {}};
   }
-  error = file.errorString();
-  return {};
+  return {{}, file.errorString()};
 }
 
 }  // namespace corvane::map

@@ -11,7 +11,6 @@
 
 #include "framework/text.h"
 #include "framework/visible_text.h"
-#include "map/picture_copy.h"
 #include "map/places/place_file.h"
 #include "map/places/place_link.h"
 #include "map/share_dialog.h"
@@ -127,29 +126,36 @@ void Sharing::Open(const QString& fileOrLink) {
   myWindow.setWindowState(myWindow.windowState() & ~Qt::WindowMinimized);
   myWindow.raise();
   myWindow.activateWindow();
-  const PlaceResult result =
-      IsPlaceLink(fileOrLink) ? FromPlaceLink(fileOrLink) : ReadPlaceFile(fileOrLink);
-  if (result.place) {
-    myConnector.Offer(*result.place);
-  } else {
-    ShowError(result.error);
-  }
+  // Links take the same way, so that of several places the last one is shown.
+  myBackground.Run(
+      [fileOrLink] {
+        return IsPlaceLink(fileOrLink) ? FromPlaceLink(fileOrLink) : ReadPlaceFile(fileOrLink);
+      },
+      [this](const PlaceResult& result) {
+        result.place ? myConnector.Offer(*result.place) : ShowError(result.error);
+      });
 }
 
 void Sharing::TakeContent(const Place& place) {
   if (!myLandmarks.Add(place.landmarks))
     myMessages.Add(tr("The landmarks of the place are not used: there would be too many."));
   for (const PlacePicture& picture : place.pictures) {
-    QString error;
-    const QString path = CopyPicture(picture, mySettings.CurrentPlace(), myPictureFolder,
-                                     mySettings.PictureOf(picture.facet).path, error);
-    if (path.isEmpty()) {
-      myMessages.Add(tr("The picture of facet %1 is not used: %2").arg(picture.facet).arg(error));
-    } else {
-      myPictures.Set(picture.facet,
-                     {MapPicture::Kind::Image, path, picture.corner, picture.unitsPerPixel});
-    }
+    const PlaceKey key = mySettings.CurrentPlace();
+    const QString used = mySettings.PictureOf(picture.facet).path;
+    const MapPicture taken{MapPicture::Kind::Image, {}, picture.corner, picture.unitsPerPixel};
+    myBackground.Run([picture, key, used,
+                      folder = myPictureFolder] { return CopyPicture(picture, key, folder, used); },
+                     [this, key, facet = picture.facet, taken](const PictureCopy& copy) {
+                       TakePicture(key, facet, taken, copy);
+                     });
   }
+}
+
+void Sharing::TakePicture(const PlaceKey& place, int facet, MapPicture picture,
+                          const PictureCopy& copy) {
+  picture.path = copy.path;
+  if (copy.error.isEmpty()) return myPictures.Set(place, facet, picture);
+  myMessages.Add(tr("The picture of facet %1 is not used: %2").arg(facet).arg(copy.error));
 }
 
 void Sharing::ShowError(const QString& text) {

@@ -9,10 +9,12 @@
 #include <QWidget>
 
 #include "client/connection.h"
+#include "map/background.h"
 #include "map/connector.h"
 #include "map/facet_pictures.h"
 #include "map/landmark_board.h"
 #include "map/messages_pane.h"
+#include "map/picture_copy.h"
 #include "map/places/place.h"
 #include "map/settings.h"
 
@@ -34,8 +36,8 @@ class Sharing : public QObject {
   bool CanShare() const { return Server().has_value(); }
   void Share();
   void AskForFile();
-  // Brings the window to the front and shows what the file or link leads to, or why it cannot be
-  // opened.
+  // Brings the window to the front, reads the file or link in the background, and shows what it
+  // leads to, or why it cannot be opened.
   void Open(const QString& fileOrLink);
 
   bool eventFilter(QObject* window, QEvent* event) override;
@@ -45,6 +47,7 @@ class Sharing : public QObject {
   // The pictures of the current place; adds a line to `leftOut` for each that cannot be shared.
   QList<PlacePicture> Pictures(QStringList& leftOut) const;
   void TakeContent(const Place& place);
+  void TakePicture(const PlaceKey& place, int facet, MapPicture picture, const PictureCopy& copy);
   void ShowError(const QString& text);
 
   client::Connection& myConnection;
@@ -56,6 +59,7 @@ class Sharing : public QObject {
   QWidget& myWindow;
   QString myPictureFolder;
   QPointer<QMessageBox> myError;
+  Background myBackground;
 };
 
 }  // namespace corvane::map

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
+#include <QHash>
 #include <QPointF>
 #include <QString>
 
@@ -24,5 +26,10 @@ struct Landmark {
 
   bool operator==(const Landmark&) const = default;
 };
+
+inline std::size_t qHash(const Landmark& landmark, std::size_t seed = 0) {
+  return qHashMulti(seed, landmark.name, landmark.note, landmark.facet, landmark.at.x(),
+                    landmark.at.y());
+}
 
 }  // namespace corvane::map

@@ -137,8 +137,8 @@ TEST_F(LandmarksTest, ImportAddsOnceAndAFailureLosesNothing) {
   board.Replace(kGate, other);
   for (int i = 0; i < 2; ++i)
     myWindow->Marks().Import(file);
-  EXPECT_THAT(All(), ElementsAre(other, kGate));
   EXPECT_TRUE(Shows("0 landmarks imported. 1 were there already."));
+  EXPECT_THAT(All(), ElementsAre(other, kGate));
   QList<Landmark> many(Landmark::kMaxCount - 1, kGate);
   for (int i = 0; i < many.size(); ++i)
     many[i].at.setX(i + 1000);
