@@ -10,6 +10,7 @@
 
 #include "framework/visible_text.h"
 #include "map/alarm_art.h"
+#include "map/marker_board.h"
 
 namespace corvane::map {
 namespace {
@@ -52,10 +53,12 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     const bool isNumber = column != kName && column != kState;
     return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
   }
-  if (role == Qt::FontRole && column == kName && IsOwn(index.row())) {
+  if (column == kName && IsOwn(index.row())) {
     QFont bold;
     bold.setBold(true);
-    return bold;
+    if (role == Qt::FontRole) return bold;
+    if (role == Qt::ToolTipRole) return tr("You");
+    if (role == Qt::AccessibleTextRole) return tr("%1 (you)").arg(row.name);
   }
   if (role == Qt::BackgroundRole || role == Qt::ForegroundRole || role == Qt::ToolTipRole) {
     const QString alarm =
@@ -72,7 +75,7 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
   }
   const bool sorts = role == kSortRole;
   if (role != Qt::DisplayRole && !sorts) return {};
-  if (column == kName) return sorts ? row.name.toCaseFolded() : row.name;
+  if (column == kName) return sorts ? row.folded : row.name;
   if (row.member == nullptr || (!row.member->hasPlace && column != kState)) return {};
   switch (column) {
     case kX:
@@ -154,9 +157,10 @@ void MembersModel::Update() {
   if (had > 0) Q_EMIT dataChanged(index(0, changesColour ? kName : kX), index(had - 1, kNews));
   if (myNew.empty()) return;
   beginInsertRows({}, had, had + static_cast<int>(myNew.size()) - 1);
-  for (const Member* member : myNew)
-    myRows.push_back({member, member == &myOwn ? tr("%1 (you)").arg(VisibleText(member->name))
-                                               : VisibleText(member->name)});
+  for (const Member* member : myNew) {
+    const QString name = VisibleText(member->name, kMaxNameLength);
+    myRows.push_back({member, name, name.toCaseFolded()});
+  }
   myNew.clear();
   Number();
   endInsertRows();

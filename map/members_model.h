@@ -58,6 +58,7 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   struct Row {
     const client::Member* member;
     QString name;
+    QString folded;  // sorts without regard to letter case
   };
 
   void Added(const client::Member& member) override;

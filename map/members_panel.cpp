@@ -100,11 +100,13 @@ void MembersPanel::SetUpColumns() {
   QHeaderView* header = lstMembers->horizontalHeader();
   header->setHighlightSections(false);
   const int digit = fontMetrics().horizontalAdvance('0');
-  constexpr std::array kDigits{0, 6, 6, 6, 5, 8, 10};
+  constexpr std::array kDigits{0, 6, 6, 6, 5, 0, 10};
   for (int column = MembersModel::kName + 1; column < MembersModel::kColumns; ++column)
     header->resizeSection(column, kDigits[static_cast<std::size_t>(column)] * digit);
   header->setMinimumSectionSize(5 * digit);
-  header->setSectionResizeMode(MembersModel::kName, QHeaderView::Stretch);
+  // They share what the numbers leave.
+  for (const int column : {MembersModel::kName, MembersModel::kState})
+    header->setSectionResizeMode(column, QHeaderView::Stretch);
   header->setContextMenuPolicy(Qt::ActionsContextMenu);
   for (int column = MembersModel::kName + 1; column < MembersModel::kColumns; ++column) {
     auto* action =

@@ -15,7 +15,7 @@ namespace corvane::map {
 namespace {
 
 // Widths of the list, in digits.
-constexpr int kMinListDigits = 22;
+constexpr int kMinListDigits = 17;
 constexpr int kListDigits = 34;
 
 int HeightOfTwoLines(const QPlainTextEdit& text) {

@@ -94,7 +94,7 @@ TEST_F(AlarmWatchTest, RaisesWhatBegins) {
   EXPECT_THAT(Relay({100, 100, 1, 119}), IsEmpty());
   EXPECT_EQ(State(), "");
   EXPECT_THAT(Relay({100, 100, 2, 119}), ElementsAre("Bob has entered Camp"));
-  EXPECT_EQ(State(), "! In Camp");
+  EXPECT_EQ(State(), "! Camp");
   EXPECT_THAT(Own({111, 100, 2, 119}), IsEmpty());
   EXPECT_THAT(Own({110, 100, 2, 12, true}),
               ElementsAre("You are down to 12 of 119 hit points", "You are in battle",
@@ -106,7 +106,7 @@ TEST_F(AlarmWatchTest, RaisesWhatBegins) {
 TEST_F(AlarmWatchTest, AFirstReportAndNewRulesShowAStateAndRaiseNothing) {
   members.TakeListed({"Bob", {}}, now);
   EXPECT_THAT(Relay({100, 100, 2, 0, true, true}), IsEmpty());
-  EXPECT_EQ(State(), "! Dead, in Camp");
+  EXPECT_EQ(State(), "! Dead, Camp");
   members.TakeListed({"Cy", {}}, now);
   rules.isShare = false;
   rules.hitPoints = 50;

@@ -3,6 +3,13 @@
 #include "framework/text.h"
 
 namespace corvane::map {
+namespace {
+
+bool IsOwn(const QModelIndex& name) {
+  return name.data(Qt::AccessibleTextRole).toString().endsWith(" (you)");
+}
+
+}  // namespace
 
 using client::Connection;
 
@@ -70,12 +77,13 @@ std::vector<std::string> WindowTest::Rows() {
   const QAbstractItemModel& model = *myWindow->pnlMembers->lstMembers->model();
   std::vector<std::string> rows;
   for (int row = 0; row < model.rowCount(); ++row) {
+    if (IsOwn(model.index(row, MembersModel::kName))) continue;
     std::string text;
     for (int column = 0; column < MembersModel::kNews; ++column) {
       if (column > 0) text += '|';
       text += TextFromDisplay(model.index(row, column).data().toString());
     }
-    if (text.find(" (you)") == std::string::npos) rows.push_back(text);
+    rows.push_back(text);
   }
   return rows;
 }
@@ -92,7 +100,7 @@ QPoint WindowTest::CellAt(int row) {
   const QTableView& list = *myWindow->pnlMembers->lstMembers;
   const auto nameIn = [&](int at) { return list.model()->index(at, MembersModel::kName); };
   for (int at = 0; at <= row; ++at)
-    row += nameIn(at).data().toString().endsWith(" (you)");
+    row += IsOwn(nameIn(at));
   return list.visualRect(nameIn(row)).center();
 }
 
