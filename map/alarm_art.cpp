@@ -5,6 +5,8 @@
 #include <QFontMetrics>
 #include <QPolygonF>
 
+#include "map/marker_art.h"
+
 namespace corvane::map {
 namespace {
 
@@ -34,15 +36,8 @@ void AlarmArt::Draw(QPainter& painter, QPointF marker, const QString& text, bool
   if (showsSign) painter.drawPixmap(SignRect(marker, text).topLeft(), Sign(text));
 }
 
-QPixmap AlarmArt::NewPicture(QSize size) const {
-  QPixmap picture(size * myScale);
-  picture.setDevicePixelRatio(myScale);
-  return picture;
-}
-
 void AlarmArt::DrawOctagon() {
-  myOctagon = NewPicture({2 * kAlarmReach, 2 * kAlarmReach});
-  myOctagon.fill(Qt::transparent);
+  myOctagon = NewPicture({2 * kAlarmReach, 2 * kAlarmReach}, myScale);
   const QPolygonF octagon({{-kHalf, -kSide},
                            {kHalf, -kSide},
                            {kSide, -kHalf},
@@ -66,7 +61,7 @@ const QPixmap& AlarmArt::Sign(const QString& text) {
   const QFontMetrics metrics(myFont);
   const QString shown = metrics.elidedText(text, Qt::ElideRight, kMaxSign);
   auto picture = std::make_unique<QPixmap>(
-      NewPicture(metrics.size(Qt::TextSingleLine, shown) + QSize(2 * kSignMargin, 0)));
+      NewPicture(metrics.size(Qt::TextSingleLine, shown) + QSize(2 * kSignMargin, 0), myScale));
   picture->fill(kAlarmGround);
   QPainter painter(picture.get());
   painter.setFont(myFont);

@@ -28,7 +28,6 @@ class AlarmArt {
   void Draw(QPainter& painter, QPointF marker, const QString& text, bool showsSign);
 
  private:
-  QPixmap NewPicture(QSize size) const;
   void DrawOctagon();
   const QPixmap& Sign(const QString& text);
 

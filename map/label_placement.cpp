@@ -17,7 +17,7 @@ LabelPlacement::LabelPlacement(const QRect& window)
                  static_cast<std::size_t>(window.height())) {}
 
 template <typename Act>
-bool LabelPlacement::ForEachWord(const QRect& place, Act act) {
+bool LabelPlacement::ForEachWord(const QRect& place, Act act) const {
   const QRect pixels = (place & myWindow).translated(-myWindow.topLeft());
   if (pixels.isEmpty()) return true;
   for (int word = pixels.left() / kWordBits; word <= pixels.right() / kWordBits; ++word) {
@@ -25,8 +25,8 @@ bool LabelPlacement::ForEachWord(const QRect& place, Act act) {
     const int last = std::min(pixels.right() - word * kWordBits, kWordBits - 1);
     const std::uint64_t mask = (~std::uint64_t{} >> (kWordBits - 1 - last + first)) << first;
     for (int y = pixels.top(); y <= pixels.bottom(); ++y) {
-      if (!act(myOccupied[static_cast<std::size_t>(y) * static_cast<std::size_t>(myWordsPerRow) +
-                          static_cast<std::size_t>(word)],
+      if (!act(static_cast<std::size_t>(y) * static_cast<std::size_t>(myWordsPerRow) +
+                   static_cast<std::size_t>(word),
                mask))
         return false;
     }
@@ -35,16 +35,21 @@ bool LabelPlacement::ForEachWord(const QRect& place, Act act) {
 }
 
 void LabelPlacement::Avoid(const QRect& place) {
-  ForEachWord(place, [](std::uint64_t& word, std::uint64_t mask) {
-    word |= mask;
+  ForEachWord(place, [this](std::size_t word, std::uint64_t mask) {
+    myOccupied[word] |= mask;
     return true;
   });
 }
 
+bool LabelPlacement::IsFree(const QRect& place) const {
+  return myWindow.contains(place) &&
+         ForEachWord(place, [this](std::size_t word, std::uint64_t mask) {
+           return (myOccupied[word] & mask) == 0;
+         });
+}
+
 bool LabelPlacement::Take(const QRect& place) {
-  const bool isFree =
-      myWindow.contains(place) &&
-      ForEachWord(place, [](std::uint64_t word, std::uint64_t mask) { return (word & mask) == 0; });
+  const bool isFree = IsFree(place);
   if (isFree) Avoid(place);
   return isFree;
 }

@@ -3,6 +3,7 @@
 #include <QPainterPath>
 #include <QStringList>
 
+#include "map/marker_art.h"
 #include "map/places/landmark_icons.h"
 
 namespace corvane::map {
@@ -71,9 +72,7 @@ const QPixmap& LandmarkArt::Cached(std::size_t icon, QRgb colour, double scale) 
 }
 
 QPixmap LandmarkArt::Picture(std::size_t icon, QRgb colour, double scale) {
-  QPixmap picture(QSize(kSide, kSide) * scale);
-  picture.setDevicePixelRatio(scale);
-  picture.fill(Qt::transparent);
+  QPixmap picture = NewPicture(QSize(kSide, kSide), scale);
   QPainter painter(&picture);
   painter.setRenderHint(QPainter::Antialiasing);
   constexpr int kEdge = (kSide - LandmarkIcon::kSide) / 2;

@@ -1,5 +1,7 @@
 #include "map/landmarks_item.h"
 
+#include <algorithm>
+#include <array>
 #include <utility>
 
 #include <QPainter>
@@ -12,13 +14,16 @@
 namespace corvane::map {
 namespace {
 
-constexpr std::size_t kNameShown = 40;  // characters
 constexpr int kNameMargin = 3;
 
 static_assert(Landmark::kMaxCoordinate == kMaxCoordinate);
 
-QSize NameSize(const QStaticText& name) {
-  return name.size().toSize() + QSize(2 * kNameMargin, 0);
+// Of a name of that size: below the icon, and above it.
+std::array<QRect, 2> PlacesOf(std::size_t icon, QSize size) {
+  const QRect space = LandmarkArt::SpaceOf(icon, QPoint());
+  const int left = -size.width() / 2;
+  return {QRect(QPoint(left, space.bottom() + 1), size),
+          QRect(QPoint(left, space.top() - size.height()), size)};
 }
 
 }  // namespace
@@ -52,7 +57,7 @@ void LandmarksItem::Reload() {
   myMarks.clear();
   for (const Landmark& landmark : myBoard.All()) {
     if (landmark.facet != myScene.Facet()) continue;
-    QStaticText name(VisibleText(TextFromDisplay(landmark.name), kNameShown));
+    QStaticText name(VisibleText(TextFromDisplay(landmark.name), kMaxNameLength));
     name.setTextFormat(Qt::PlainText);
     myMarks.push_back({&landmark, LandmarkArt::NumberOf(landmark.icon), name});
   }
@@ -67,7 +72,7 @@ void LandmarksItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QW
   const bool hasMoved = std::exchange(myToView, toView) != toView;
   myVisible.clear();
   for (Mark& mark : myMarks) {
-    if (hasMoved) mark.namePlace = {};
+    if (hasMoved) mark.namePlace.moveTopLeft({});
     const QPointF at = toView.map(mark.landmark->at);
     if (!room.contains(at.toPoint())) continue;
     myVisible.push_back({&mark, at});
@@ -75,31 +80,41 @@ void LandmarksItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QW
   }
 }
 
-// Below the icon, or above it. Until the view moves, a name stays where it is if it can.
+// Until the view moves, a name stays where it is if it can.
 void LandmarksItem::DrawNames(QPainter& painter, const QWidget& window) {
+  if (std::exchange(myFont, window.font()) != window.font()) {
+    for (Mark& mark : myMarks)
+      mark.namePlace = {};
+  }
   painter.resetTransform();
-  painter.setFont(window.font());
+  painter.setFont(myFont);
   painter.setPen(Qt::black);
+  const QSize least(2 * kNameMargin + 1, painter.fontMetrics().height());
   LabelPlacement placement = myScene.Markers().FreePlaces();
   for (const auto& [mark, at] : myVisible)
     placement.Avoid(LandmarkArt::SpaceOf(mark->icon, at));
   for (const auto& [mark, at] : myVisible) {
     if (mark->name.text().isEmpty()) continue;
-    mark->name.prepare({}, window.font());
-    const QRect icon = LandmarkArt::SpaceOf(mark->icon, QPoint());
-    const QSize size = NameSize(mark->name);
-    const QPoint below(-size.width() / 2, icon.bottom() + 1);
-    const QPoint above(-size.width() / 2, icon.top() - size.height());
-    const QPoint last = mark->namePlace == above ? above : below;
-    mark->namePlace = {};
-    for (const QPoint& place : {last, last == below ? above : below}) {
-      const QRect rect(at.toPoint() + place, size);
-      if (!placement.Take(rect)) continue;
-      mark->namePlace = place;
-      painter.fillRect(rect, QColor(255, 255, 255, 200));
-      painter.drawStaticText(rect.topLeft() + QPoint(kNameMargin, 0), mark->name);
-      break;
+    const QPoint middle = at.toPoint();
+    const auto isFree = [&](const QRect& place) {
+      return placement.IsFree(place.translated(middle));
+    };
+    if (mark->namePlace.isEmpty()) {
+      // Where many landmarks stand, most names find no place: they are not laid out.
+      if (std::ranges::none_of(PlacesOf(mark->icon, least), isFree)) continue;
+      mark->name.prepare({}, myFont);
+      mark->namePlace.setSize(mark->name.size().toSize() + QSize(2 * kNameMargin, 0));
     }
+    std::array places = PlacesOf(mark->icon, mark->namePlace.size());
+    if (mark->namePlace == places[1]) std::swap(places[0], places[1]);
+    const auto place = std::ranges::find_if(places, isFree);
+    mark->namePlace.moveTopLeft({});
+    if (place == places.end()) continue;
+    mark->namePlace = *place;
+    const QRect name = place->translated(middle);
+    placement.Avoid(name);
+    painter.fillRect(name, QColor(255, 255, 255, 200));
+    painter.drawStaticText(name.topLeft() + QPoint(kNameMargin, 0), mark->name);
   }
 }
 

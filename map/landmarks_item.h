@@ -38,7 +38,7 @@ class LandmarksItem : public QGraphicsItem {
     const Landmark* landmark;  // of the board, until it changes
     std::size_t icon;
     QStaticText name;
-    QPoint namePlace{};  // its top left corner, relative to the landmark; null: none yet
+    QRect namePlace{};  // relative to the landmark; without a size until it is laid out
   };
   struct Visible {
     Mark* mark;
@@ -54,6 +54,7 @@ class LandmarksItem : public QGraphicsItem {
   std::vector<Mark> myMarks;
   std::vector<Visible> myVisible;  // as of the last paint
   QTransform myToView;             // of the last paint
+  QFont myFont;                    // of the names
 };
 
 }  // namespace corvane::map

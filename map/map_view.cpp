@@ -24,7 +24,6 @@ using client::Clock;
 using client::Member;
 
 constexpr std::chrono::milliseconds kFrame{33};
-constexpr std::chrono::milliseconds kLabelPause{500};
 // Of the map that the window shows at the smallest scale, in map units, even if less is there.
 constexpr double kMinSpan = 20'000;
 constexpr double kMaxScale = 32;
@@ -59,10 +58,6 @@ MapView::MapView(MarkerBoard& board, Highlights& highlights, QWidget* parent)
 
   connect(&myFrames, &QTimer::timeout, this, [this] { Advance(Now()); });
   myFrames.start(kFrame);
-  connect(&myLabels, &QTimer::timeout, this, [this] {
-    if (Scene() != nullptr) Scene()->Markers().PlaceLabels();
-  });
-  myLabels.start(kLabelPause);
 }
 
 void MapView::ShowScene(MapScene& scene) {
@@ -199,13 +194,17 @@ void MapView::KeepFollowing() {
 }
 
 void MapView::Advance(Clock::time_point now) {
-  if (Scene() == nullptr || !myBoard.Advance(now, Scene()->Facet())) return;
+  if (Scene() == nullptr) return;
+  if (myBoard.Advance(now, Scene()->Facet())) myFramesLeft = MarkersItem::kTurns;
+  if (myFramesLeft == 0) return;
+  --myFramesLeft;
   KeepFollowing();
   if (isVisible()) viewport()->update();
 }
 
 void MapView::Refresh() {
   if (Scene() != nullptr) Scene()->Markers().PlaceLabels();
+  myFramesLeft = MarkersItem::kTurns;
   viewport()->update();
 }
 

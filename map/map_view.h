@@ -110,8 +110,8 @@ class MapView : public QGraphicsView {
   MapEdges myEdges;
   std::string myFollowed;
   QTimer myFrames;
-  QTimer myLabels;
   QRubberBand myBand;
+  std::size_t myFramesLeft = 0;  // to paint although nothing moves, until each label had its turn
   std::optional<QPointF> myTarget;  // shown by ShowPlace
   std::optional<QPoint> myPointer;
   std::optional<QPoint> myDragFrom;

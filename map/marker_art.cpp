@@ -79,9 +79,24 @@ MarkerShape ShapeOf(const client::Report& report) {
   return report.inBattle ? MarkerShape::Fighting : MarkerShape::Alive;
 }
 
+QPixmap NewPicture(QSize size, double scale) {
+  QPixmap picture(size * scale);
+  picture.setDevicePixelRatio(scale);
+  picture.fill(Qt::transparent);
+  return picture;
+}
+
+void MarkerArt::Prepare(const QFont& font, double scale) {
+  if (font == myFont && scale == myScale) return;
+  myFont = font;
+  myScale = scale;
+  myPictures = {};
+  myBars = {};
+  myCrowds.clear();
+}
+
 void MarkerArt::Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isStale) {
-  const QPixmap& picture = Picture(shape, isStale, painter.device()->devicePixelRatioF());
-  painter.drawPixmap((at - QPointF(kRadius, kRadius)).toPoint(), picture);
+  painter.drawPixmap((at - QPointF(kRadius, kRadius)).toPoint(), Picture(shape, isStale));
 }
 
 void MarkerArt::DrawRing(QPainter& painter, QPointF at) {
@@ -132,34 +147,44 @@ QRect MarkerArt::CrowdRect(const QFontMetrics& metrics, QPointF at, std::size_t 
 }
 
 void MarkerArt::DrawCrowd(QPainter& painter, QPointF at, std::size_t count, bool isStale) {
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setBrush(isStale ? kCrowdStale : kCrowd);
-  painter.setPen(QPen(Qt::white, 2));
-  const QRect place = CrowdRect(painter.fontMetrics(), at, count).adjusted(1, 1, -1, -1);
-  painter.drawRoundedRect(place, place.height() / 2.0, place.height() / 2.0);
-  painter.drawText(place, Qt::AlignCenter, QString::number(count));
-  painter.setRenderHint(QPainter::Antialiasing, false);
+  const QRect place = CrowdRect(painter.fontMetrics(), at, count);
+  const std::size_t key = 2 * count + (isStale ? 1 : 0);
+  if (!myCrowds.contains(key)) {
+    auto* picture = new QPixmap(NewPicture(place.size(), myScale));
+    QPainter inner(picture);
+    inner.setRenderHint(QPainter::Antialiasing);
+    inner.setFont(myFont);
+    inner.setBrush(isStale ? kCrowdStale : kCrowd);
+    inner.setPen(QPen(Qt::white, 2));
+    const QRect ground = QRect({}, place.size()).adjusted(1, 1, -1, -1);
+    inner.drawRoundedRect(ground, ground.height() / 2.0, ground.height() / 2.0);
+    inner.drawText(ground, Qt::AlignCenter, QString::number(count));
+    inner.end();
+    myCrowds.insert(key, picture);
+  }
+  painter.drawPixmap(place.topLeft(), *myCrowds.object(key));
 }
 
-void MarkerArt::DrawBar(QPainter& painter, const QRect& place, double share, bool isStale) {
-  painter.fillRect(place, Qt::white);
-  QRect part = place.adjusted(1, 1, -1, -1);
-  painter.fillRect(part, Qt::black);
-  part.setWidth(static_cast<int>(std::ceil(part.width() * share)));
-  painter.fillRect(part, isStale        ? kBarStale
-                         : share > 0.5  ? kBarHigh
-                         : share > 0.25 ? kBarMiddle
-                                        : kBarLow);
+void MarkerArt::DrawBar(QPainter& painter, QPoint topLeft, double share, bool isStale) {
+  constexpr std::array kColours{kBarLow, kBarMiddle, kBarHigh, kBarStale};
+  const std::size_t colour = isStale ? 3 : share > 0.5 ? 2 : share > 0.25 ? 1 : 0;
+  const QRect ground = QRect({}, kBar).adjusted(1, 1, -1, -1);
+  const int width = static_cast<int>(std::ceil(ground.width() * share));
+  QPixmap& picture = myBars[colour * (kBar.width() - 1) + static_cast<std::size_t>(width)];
+  if (picture.isNull()) {
+    picture = NewPicture(kBar, myScale);
+    picture.fill(Qt::white);
+    QPainter inner(&picture);
+    inner.fillRect(ground, Qt::black);
+    inner.fillRect(QRect(ground.topLeft(), QSize(width, ground.height())), kColours[colour]);
+  }
+  painter.drawPixmap(topLeft, picture);
 }
 
-const QPixmap& MarkerArt::Picture(MarkerShape shape, bool isStale, double scale) {
-  if (scale != myScale) myPictures = {};
-  myScale = scale;
+const QPixmap& MarkerArt::Picture(MarkerShape shape, bool isStale) {
   QPixmap& picture = myPictures[2 * static_cast<std::size_t>(shape) + (isStale ? 1 : 0)];
   if (!picture.isNull()) return picture;
-  picture = QPixmap(QSize(2 * kRadius, 2 * kRadius) * scale);
-  picture.setDevicePixelRatio(scale);
-  picture.fill(Qt::transparent);
+  picture = NewPicture(QSize(2 * kRadius, 2 * kRadius), myScale);
   QPainter painter(&picture);
   painter.setRenderHint(QPainter::Antialiasing);
   painter.translate(kRadius, kRadius);

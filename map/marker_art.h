@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include <QCache>
 #include <QFontMetrics>
 #include <QPainter>
 #include <QPixmap>
@@ -20,12 +21,19 @@ enum class MarkerShape {
 
 MarkerShape ShapeOf(const client::Report& report);
 
-// Draws markers and what belongs to them. Caches a pixmap for each shape. All marks have two
-// colours, so that they are visible on light and dark pictures.
+// A transparent picture. `scale` is in device pixels per pixel.
+QPixmap NewPicture(QSize size, double scale);
+
+// Draws markers and what belongs to them. Caches pixmaps. All marks have two colours, so that they
+// are visible on light and dark pictures.
 class MarkerArt {
  public:
   static constexpr int kRadius = 9;       // of the space for a marker, in pixels
   static constexpr int kRingRadius = 17;  // of the space for a highlighted or own marker
+  static constexpr QSize kBar{20, 6};
+
+  // Called before drawing.
+  void Prepare(const QFont& font, double scale);
 
   // Centres the marker on `at`.
   void Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isStale);
@@ -39,15 +47,18 @@ class MarkerArt {
   // The place of a mark for that many markers.
   static QRect CrowdRect(const QFontMetrics& metrics, QPointF at, std::size_t count);
   // One mark for many markers, with their number.
-  static void DrawCrowd(QPainter& painter, QPointF at, std::size_t count, bool isStale);
-  // A bar for a share of the hit points, 0 to 1.
-  static void DrawBar(QPainter& painter, const QRect& place, double share, bool isStale);
+  void DrawCrowd(QPainter& painter, QPointF at, std::size_t count, bool isStale);
+  // A bar of the size kBar for a share of the hit points, 0 to 1.
+  void DrawBar(QPainter& painter, QPoint topLeft, double share, bool isStale);
 
  private:
-  const QPixmap& Picture(MarkerShape shape, bool isStale, double scale);
+  const QPixmap& Picture(MarkerShape shape, bool isStale);
 
-  std::array<QPixmap, 8> myPictures;  // two for each shape: fresh, stale
-  double myScale = 0;                 // device pixels per pixel
+  QFont myFont;
+  double myScale = 0;
+  std::array<QPixmap, 8> myPictures;                   // two for each shape: fresh, stale
+  std::array<QPixmap, 4 * (kBar.width() - 1)> myBars;  // for each colour, all widths of the share
+  QCache<std::size_t, QPixmap> myCrowds{200};
 };
 
 }  // namespace corvane::map

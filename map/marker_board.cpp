@@ -27,6 +27,7 @@ QPointF PlaceOf(const Member& member) {
 
 Marker::Marker(const Member& whom)
     : member(&whom),
+      memberName(whom.name),
       name(VisibleText(whom.name, kMaxNameLength)),
       facet(whom.report.facet),
       motion(PlaceOf(whom)),
@@ -106,9 +107,12 @@ void MarkerBoard::Changed(const Member& member) {
   if (known == nullptr) return Added(member);
   Marker& marker = *known;
   const QPointF place = PlaceOf(member);
-  QString name = VisibleText(member.name, kMaxNameLength);
-  if (name != marker.name || member.report.hp != marker.hp) marker.label.reset();
-  marker.name = std::move(name);
+  if (marker.memberName != member.name) {
+    marker.memberName = member.name;
+    marker.name = VisibleText(member.name, kMaxNameLength);
+    marker.isLabelOld = true;
+  }
+  marker.isLabelOld |= marker.hp != member.report.hp;
   marker.hp = member.report.hp;
   marker.maxHp = std::max(marker.maxHp, marker.hp);
   marker.isStale = false;

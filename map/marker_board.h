@@ -4,10 +4,12 @@
 #include <deque>
 #include <functional>
 #include <memory>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
 #include <QPointF>
+#include <QRect>
 #include <QRectF>
 #include <QStaticText>
 #include <QString>
@@ -28,7 +30,8 @@ struct Marker {
   explicit Marker(const client::Member& whom);
 
   const client::Member* member;
-  QString name;  // escaped and shortened
+  std::string memberName;  // that `name` was made from
+  QString name;            // escaped and shortened
   int facet;
   Motion motion;
   QPointF place;  // as of the last Advance
@@ -39,11 +42,11 @@ struct Marker {
   bool hasTrail = false;
   std::deque<QPointF> trail;  // the oldest place first
   bool showsLabel = false;
-  bool showsSign = false;  // of an alarm
-  QPoint labelPlace;       // its top left corner, relative to the marker
-  bool hasLeader = false;  // a line to a label that is not beside the marker
-  // Name and hit points. Null until they are first shown, and after a change.
-  std::unique_ptr<QStaticText> label;
+  bool showsSign = false;              // of an alarm
+  QRect labelPlace;                    // relative to the marker
+  bool hasLeader = false;              // a line to a label that is not beside the marker
+  std::unique_ptr<QStaticText> label;  // name and hit points; null until they are first shown
+  bool isLabelOld = false;
 };
 
 // The markers of all members that have a place, on all facets. Animates them between reports. A

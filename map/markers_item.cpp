@@ -22,17 +22,11 @@ constexpr int kLabelMargin = 3;
 constexpr int kMaxLabelLetters = 24;
 constexpr int kDisc = 6;       // radius of a marker's shape
 constexpr double kReach = 10;  // distance at which a click still hits a marker
-constexpr QSize kBar(20, 6);
+constexpr QSize kBar = MarkerArt::kBar;
 constexpr qsizetype kMaxTipNames = 20;
+// In a paint. It takes up to 0.1 ms to lay out a stranger's name.
+constexpr int kMaxLayouts = 100;
 const QColor kLabelGround(0, 0, 0, 205);
-
-QSize LabelSize(const Marker& marker) {
-  return marker.label->size().toSize() + QSize(2 * kLabelMargin, 0);
-}
-
-QRect LabelRect(const Marker& marker, QPointF at) {
-  return {at.toPoint() + marker.labelPlace, LabelSize(marker)};
-}
 
 int Radius(bool isHighlighted) {
   return isHighlighted ? MarkerArt::kRingRadius : MarkerArt::kRadius;
@@ -90,11 +84,14 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   UpdateOwn();
   if (widget->font() != myFont) {
     myFont = widget->font();
+    const QFontMetrics metrics(myFont);
+    myLeastLabel = QSize(metrics.averageCharWidth() + 2 * kLabelMargin, metrics.height());
     for (Marker* marker : myBoard.All())
       marker->label.reset();
     if (myOwn) myOwn->label.reset();
   }
   painter->setFont(myFont);
+  myArt.Prepare(myFont, painter->device()->devicePixelRatioF());
   myAlarmArt.Prepare(myFont, painter->device()->devicePixelRatioF());
   const Arrangement arrangement = Arrange(toView, widget->rect());
   ChooseLabels(arrangement, *widget);
@@ -103,10 +100,9 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
     if (!IsHighlighted(*shown.marker)) DrawMarker(*painter, shown);
   }
   for (const Crowd& crowd : arrangement.crowds)
-    MarkerArt::DrawCrowd(*painter, crowd.at, crowd.markers.size(),
-                         std::ranges::all_of(crowd.markers, &Marker::isStale));
-  for (const Shown& shown : arrangement.single)
-    DrawLeader(*painter, shown);
+    myArt.DrawCrowd(*painter, crowd.at, crowd.markers.size(),
+                    std::ranges::all_of(crowd.markers, &Marker::isStale));
+  DrawLeaders(*painter, arrangement);
   for (const Shown& shown : arrangement.single) {
     if (IsHighlighted(*shown.marker)) DrawMarker(*painter, shown);
   }
@@ -182,7 +178,9 @@ void MarkersItem::AvoidMarkers(const Arrangement& arrangement, LabelPlacement& p
 }
 
 void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& window) {
-  const bool mayStay = !std::exchange(myPlacesLabels, false);
+  const bool placesAll = std::exchange(myPlacesLabels, false);
+  myTurn = (myTurn + 1) % kTurns;
+  myLayoutsLeft = kMaxLayouts;
   LabelPlacement bare(window.rect());
   AvoidChildren(window, bare);
   for (const Shown& shown : arrangement.single) {
@@ -190,28 +188,31 @@ void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& wi
   }
   LabelPlacement placement = bare;
   AvoidMarkers(arrangement, placement);
-  enum Rank { kHighlighted, kShown, kOther };
+  // Labels that stay come before those that look for another place.
+  enum Rank { kHighlighted, kStays, kMoves, kNew, kNone };
   std::vector<Rank> ranks;
+  ranks.reserve(arrangement.single.size());
   for (const Shown& shown : arrangement.single) {
-    LayOut(*shown.marker);
-    ranks.push_back(IsHighlighted(*shown.marker) ? kHighlighted
-                    : shown.marker->showsLabel   ? kShown
-                                                 : kOther);
+    const bool isTurn = placesAll || ranks.size() % kTurns == myTurn;
+    const bool showsLabel = shown.marker->showsLabel;
+    ranks.push_back(!window.rect().contains(shown.at.toPoint()) ? kNone
+                    : IsHighlighted(*shown.marker)              ? kHighlighted
+                    : showsLabel                                ? (isTurn ? kMoves : kStays)
+                                                                : (isTurn ? kNew : kNone));
+    if (ranks.back() == kNone) shown.marker->showsLabel = false;
   }
-  for (const Rank rank : {kHighlighted, kShown, kOther}) {
+  for (const Rank rank : {kHighlighted, kStays, kMoves, kNew}) {
     for (std::size_t i = 0; i < ranks.size(); ++i) {
       if (ranks[i] != rank) continue;
       const Shown& shown = arrangement.single[i];
       bool& showsLabel = shown.marker->showsLabel;
-      const bool mayStayHere = mayStay && showsLabel;
-      showsLabel = false;
-      if (!window.rect().contains(shown.at.toPoint())) continue;
-      showsLabel = TakePlace(shown, placement, mayStayHere);
+      const bool mayStay = showsLabel && !placesAll && rank != kMoves;
+      showsLabel = TakePlace(shown, placement, mayStay);
       if (rank != kHighlighted) continue;
-      if (!showsLabel) showsLabel = TakePlace(shown, bare, mayStayHere);
+      if (!showsLabel) showsLabel = TakePlace(shown, bare, mayStay);
       if (!showsLabel) continue;
-      bare.Avoid(LabelRect(*shown.marker, shown.at));
-      placement.Avoid(LabelRect(*shown.marker, shown.at));
+      bare.Avoid(shown.LabelRect());
+      placement.Avoid(shown.LabelRect());
     }
   }
   myFreePlaces = std::move(placement);
@@ -219,18 +220,22 @@ void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& wi
 
 // Puts the label into the first free place around the marker, or further away with a leader line.
 // Returns false if all are taken.
-bool MarkersItem::TakePlace(const Shown& shown, LabelPlacement& placement, bool mayStay) const {
+bool MarkersItem::TakePlace(const Shown& shown, LabelPlacement& placement, bool mayStay) {
   Marker& marker = *shown.marker;
-  if (mayStay && placement.Take(LabelRect(marker, shown.at))) return true;
+  if (mayStay && LayOut(marker) && placement.Take(shown.LabelRect())) return true;
   constexpr int kLeader = 16;
-  const QSize size = LabelSize(marker);
   const int nearest = Radius(IsHighlighted(marker) || !shown.alarm.isEmpty()) + 1;
   for (const int leader : {0, kLeader, 2 * kLeader}) {
     for (const QPoint& direction : {QPoint(1, 0), QPoint(-1, 0), QPoint(0, -1), QPoint(0, 1),
                                     QPoint(1, -1), QPoint(1, 1), QPoint(-1, -1), QPoint(-1, 1)}) {
-      marker.labelPlace = LabelPlaceIn(direction, size, nearest + leader);
+      const int distance = nearest + leader;
+      // Most places are taken: no label is laid out for those.
+      const QPoint least = LabelPlaceIn(direction, myLeastLabel, distance);
+      if (!placement.IsFree(QRect(shown.at.toPoint() + least, myLeastLabel))) continue;
+      if (!LayOut(marker)) return false;
+      marker.labelPlace.moveTopLeft(LabelPlaceIn(direction, marker.labelPlace.size(), distance));
       marker.hasLeader = leader > 0;
-      if (placement.Take(LabelRect(marker, shown.at))) return true;
+      if (placement.Take(shown.LabelRect())) return true;
     }
   }
   return false;
@@ -265,40 +270,52 @@ void MarkersItem::DrawMarker(QPainter& painter, const Shown& shown) {
   if (marker.member == myHighlights.followed) MarkerArt::DrawCorners(painter, shown.at);
   if (shape == MarkerShape::Dead || marker.maxHp <= 0) return;
   const double share = std::clamp(static_cast<double>(marker.hp) / marker.maxHp, 0.0, 1.0);
-  MarkerArt::DrawBar(painter, BarRect(shown.at, IsHighlighted(marker)), share, marker.isStale);
+  myArt.DrawBar(painter, BarRect(shown.at, IsHighlighted(marker)).topLeft(), share, marker.isStale);
 }
 
-void MarkersItem::DrawLeader(QPainter& painter, const Shown& shown) const {
-  if (!shown.marker->showsLabel || !shown.marker->hasLeader) return;
-  const QRect label = LabelRect(*shown.marker, shown.at);
-  const QPoint from = shown.at.toPoint();
-  const QPoint to(std::clamp(from.x(), label.left(), label.right()),
-                  std::clamp(from.y(), label.top(), label.bottom()));
+void MarkersItem::DrawLeaders(QPainter& painter, const Arrangement& arrangement) {
+  QList<QLine> lines;
+  for (const Shown& shown : arrangement.single) {
+    if (!shown.marker->showsLabel || !shown.marker->hasLeader) continue;
+    const QRect label = shown.LabelRect();
+    const QPoint from = shown.at.toPoint();
+    lines.append(QLine(from, {std::clamp(from.x(), label.left(), label.right()),
+                              std::clamp(from.y(), label.top(), label.bottom())}));
+  }
   for (const QPen& pen : {QPen(Qt::white, 3), QPen(Qt::black, 1)}) {
     painter.setPen(pen);
-    painter.drawLine(from, to);
+    painter.drawLines(lines);
   }
 }
 
-void MarkersItem::DrawLabel(QPainter& painter, const Shown& shown) const {
+void MarkersItem::DrawLabel(QPainter& painter, const Shown& shown) {
   if (!shown.marker->showsLabel) return;
-  const QRect place = LabelRect(*shown.marker, shown.at);
+  const QRect place = shown.LabelRect();
   painter.fillRect(place, kLabelGround);
   painter.setPen(shown.marker->isStale ? QColor(0xd0, 0xd0, 0xd0) : QColor(Qt::white));
   painter.drawStaticText(place.topLeft() + QPoint(kLabelMargin, 0), *shown.marker->label);
 }
 
-void MarkersItem::LayOut(Marker& marker) const {
-  if (marker.label) return;
+// Returns whether there is a label. It may be old, or missing, until a later paint if this one had
+// many to lay out.
+bool MarkersItem::LayOut(Marker& marker) {
+  if ((marker.label && !marker.isLabelOld) || myLayoutsLeft == 0) return marker.label != nullptr;
+  --myLayoutsLeft;
+  marker.isLabelOld = false;
   const QFontMetrics metrics(myFont);
-  QString text = metrics.elidedText(marker.name, Qt::ElideRight,
-                                    kMaxLabelLetters * metrics.averageCharWidth());
-  text += ' ' + QString::number(marker.hp);
+  const int maxWidth = kMaxLabelLetters * metrics.averageCharWidth();
+  QString rest = ' ' + QString::number(marker.hp);
   if (&marker == myOwn.get() && ShapeOf(myOwnMember.report) != MarkerShape::Alive)
-    text += QStringLiteral(" \u00b7 ") + MembersModel::PlainStateOf(myOwnMember);
-  marker.label = std::make_unique<QStaticText>(text);
+    rest += QStringLiteral(" \u00b7 ") + MembersModel::PlainStateOf(myOwnMember);
+  marker.label = std::make_unique<QStaticText>(marker.name + rest);
   marker.label->setTextFormat(Qt::PlainText);
   marker.label->prepare({}, myFont);
+  if (marker.label->size().width() > maxWidth) {
+    marker.label->setText(metrics.elidedText(marker.name, Qt::ElideRight, maxWidth) + rest);
+    marker.label->prepare({}, myFont);
+  }
+  marker.labelPlace.setSize(marker.label->size().toSize() + QSize(2 * kLabelMargin, 0));
+  return true;
 }
 
 const MarkersItem::Crowd* MarkersItem::CrowdAt(QPoint at, const Arrangement& arrangement) const {

@@ -48,9 +48,10 @@ class MarkersItem : public QGraphicsItem {
   QRectF boundingRect() const override;
   void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
-  // Lets every label look for its best place at the next paint. Until then it stays where it is as
-  // long as nothing is in its way.
+  // Lets every label look for its best place at the next paint. Without that each does once in
+  // kTurns paints, and otherwise stays where it is as long as nothing is in its way.
   void PlaceLabels() { myPlacesLabels = true; }
+  static constexpr std::size_t kTurns = 16;
 
   // What the labels and markers have left free, as of the last paint.
   const LabelPlacement& FreePlaces() const { return myFreePlaces; }
@@ -67,6 +68,8 @@ class MarkersItem : public QGraphicsItem {
     Marker* marker;
     QPointF at;  // in the window
     QString alarm;
+
+    QRect LabelRect() const { return marker->labelPlace.translated(at.toPoint()); }
   };
   struct Crowd {
     std::vector<Marker*> markers;
@@ -93,10 +96,11 @@ class MarkersItem : public QGraphicsItem {
   void ChooseLabels(const Arrangement& arrangement, const QWidget& window);
   void DrawTrails(QPainter& painter, const QTransform& toView) const;
   void DrawMarker(QPainter& painter, const Shown& shown);
-  void DrawLeader(QPainter& painter, const Shown& shown) const;
-  void DrawLabel(QPainter& painter, const Shown& shown) const;
-  void LayOut(Marker& marker) const;
-  bool TakePlace(const Shown& shown, LabelPlacement& placement, bool mayStay) const;
+  // The lines between labels and markers.
+  static void DrawLeaders(QPainter& painter, const Arrangement& arrangement);
+  static void DrawLabel(QPainter& painter, const Shown& shown);
+  bool LayOut(Marker& marker);
+  bool TakePlace(const Shown& shown, LabelPlacement& placement, bool mayStay);
 
   MarkerBoard& myBoard;
   const Highlights& myHighlights;
@@ -106,8 +110,11 @@ class MarkersItem : public QGraphicsItem {
   client::Member myOwnMember;     // the user
   std::unique_ptr<Marker> myOwn;  // of myOwnMember; null if there is none
   bool myPlacesLabels = true;
+  std::size_t myTurn = 0;
+  int myLayoutsLeft = 0;  // in this paint
   LabelPlacement myFreePlaces{QRect()};
   QFont myFont;
+  QSize myLeastLabel;  // no label is smaller
 };
 
 }  // namespace corvane::map

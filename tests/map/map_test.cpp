@@ -213,7 +213,7 @@ TEST_F(MapViewTest, LabelsDoNotOverlapAndTheSelectedOneIsShown) {
   std::vector<QRect> names;
   for (const Marker* marker : myWindow->Board().All()) {
     if (!marker->showsLabel) continue;
-    const QRect name(marker->labelPlace, marker->label->size().toSize());
+    const QRect name = marker->labelPlace;
     for (const QRect& other : names)
       EXPECT_FALSE(name.intersects(other));
     names.push_back(name);

@@ -86,7 +86,7 @@ TEST_F(SurfaceTest, LabelsAreNeverCutAndOverlapNothing) {
     for (const Marker* marker : myWindow->Board().All()) {
       const QPoint at = OnMap(marker->place);
       if (!marker->showsLabel || !Map().viewport()->rect().contains(at)) continue;
-      const QRect name(at + marker->labelPlace, marker->label->size().toSize());
+      const QRect name = marker->labelPlace.translated(at);
       EXPECT_TRUE(Map().viewport()->rect().contains(name));
       for (const QRect& other : taken)
         EXPECT_FALSE(name.intersects(other));
