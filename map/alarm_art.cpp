@@ -32,7 +32,7 @@ QRect AlarmArt::SignRect(QPointF marker, const QString& text) {
 
 void AlarmArt::Draw(QPainter& painter, QPointF marker, const QString& text, bool showsSign) {
   if (text.isEmpty()) return;
-  painter.drawPixmap(marker.toPoint() - QPoint(kAlarmReach, kAlarmReach), myOctagon);
+  painter.drawPixmap(OctagonRect(marker).topLeft(), myOctagon);
   if (showsSign) painter.drawPixmap(SignRect(marker, text).topLeft(), Sign(text));
 }
 

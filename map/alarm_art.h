@@ -21,7 +21,11 @@ class AlarmArt {
   // Called before drawing.
   void Prepare(const QFont& font, double scale);
 
-  // The space of the sign.
+  // The spaces of the octagon and of the sign.
+  static QRect OctagonRect(QPointF marker) {
+    return {marker.toPoint() - QPoint(kAlarmReach, kAlarmReach),
+            QSize(2 * kAlarmReach, 2 * kAlarmReach)};
+  }
   QRect SignRect(QPointF marker, const QString& text);
 
   // Draws nothing for an empty text.

@@ -197,7 +197,6 @@ void MapView::Advance(Clock::time_point now) {
   if (Scene() == nullptr) return;
   if (myBoard.Advance(now, Scene()->Facet())) myFramesLeft = MarkersItem::kTurns;
   if (myFramesLeft == 0) return;
-  --myFramesLeft;
   KeepFollowing();
   if (isVisible()) viewport()->update();
 }
@@ -333,6 +332,7 @@ void MapView::showEvent(QShowEvent* event) {
 void MapView::resizeEvent(QResizeEvent* event) {
   QGraphicsView::resizeEvent(event);
   LayOutEdges();
+  Refresh();
 }
 
 void MapView::scrollContentsBy(int columns, int rows) {
@@ -354,6 +354,7 @@ bool MapView::viewportEvent(QEvent* event) {
 
 // The frame of the keyboard focus, and the place that ShowPlace has shown.
 void MapView::drawForeground(QPainter* painter, const QRectF&) {
+  if (myFramesLeft > 0) --myFramesLeft;
   painter->resetTransform();
   painter->setBrush(Qt::NoBrush);
   if (myTarget) {

@@ -72,6 +72,18 @@ QColor Colour(MarkerShape shape, bool isStale) {
   }
 }
 
+void DrawEllipse(QPainter& painter, QPointF at, int radius, const QPen& edge, const QPen& line,
+                 const QBrush& ground) {
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setPen(edge);
+  painter.setBrush(ground);
+  painter.drawEllipse(at.toPoint(), radius, radius);
+  painter.setBrush(Qt::NoBrush);
+  painter.setPen(line);
+  painter.drawEllipse(at.toPoint(), radius, radius);
+  painter.setRenderHint(QPainter::Antialiasing, false);
+}
+
 }  // namespace
 
 MarkerShape ShapeOf(const client::Report& report) {
@@ -100,13 +112,7 @@ void MarkerArt::Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isSt
 }
 
 void MarkerArt::DrawRing(QPainter& painter, QPointF at) {
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.setBrush(Qt::NoBrush);
-  for (const QPen& pen : {QPen(Qt::black, 4), QPen(kSelected, 2)}) {
-    painter.setPen(pen);
-    painter.drawEllipse(at.toPoint(), kRadius + 2, kRadius + 2);
-  }
-  painter.setRenderHint(QPainter::Antialiasing, false);
+  DrawEllipse(painter, at, kRadius + 2, QPen(Qt::black, 4), QPen(kSelected, 2), Qt::NoBrush);
 }
 
 void MarkerArt::DrawCorners(QPainter& painter, QPointF at) {
@@ -126,16 +132,9 @@ void MarkerArt::DrawCorners(QPainter& painter, QPointF at) {
 }
 
 void MarkerArt::DrawHalo(QPainter& painter, QPointF at) {
-  painter.setRenderHint(QPainter::Antialiasing);
   QColor ground = kOwn;
   ground.setAlpha(90);
-  painter.setBrush(ground);
-  painter.setPen(QPen(Qt::white, 4));
-  painter.drawEllipse(at.toPoint(), kRadius + 4, kRadius + 4);
-  painter.setBrush(Qt::NoBrush);
-  painter.setPen(QPen(kOwn, 2));
-  painter.drawEllipse(at.toPoint(), kRadius + 4, kRadius + 4);
-  painter.setRenderHint(QPainter::Antialiasing, false);
+  DrawEllipse(painter, at, kRadius + 4, QPen(Qt::white, 4), QPen(kOwn, 2), ground);
 }
 
 QRect MarkerArt::CrowdRect(const QFontMetrics& metrics, QPointF at, std::size_t count) {

@@ -22,7 +22,6 @@ constexpr int kLabelMargin = 3;
 constexpr int kMaxLabelLetters = 24;
 constexpr int kDisc = 6;       // radius of a marker's shape
 constexpr double kReach = 10;  // distance at which a click still hits a marker
-constexpr QSize kBar = MarkerArt::kBar;
 constexpr qsizetype kMaxTipNames = 20;
 // In a paint. It takes up to 0.1 ms to lay out a stranger's name.
 constexpr int kMaxLayouts = 100;
@@ -33,7 +32,8 @@ int Radius(bool isHighlighted) {
 }
 
 QRect BarRect(QPointF at, bool isHighlighted) {
-  return {at.toPoint() + QPoint(-kBar.width() / 2, Radius(isHighlighted)), kBar};
+  return {at.toPoint() + QPoint(-MarkerArt::kBar.width() / 2, Radius(isHighlighted)),
+          MarkerArt::kBar};
 }
 
 // The part of a marker that labels must not cover.
@@ -52,7 +52,7 @@ QPoint LabelPlaceIn(QPoint direction, QSize size, int distance) {
     return towards > 0 ? gap + after : -gap - length;
   };
   return {start(direction.x(), size.width(), 0),
-          start(direction.y(), size.height(), isSlanted ? 0 : kBar.height() + 1)};
+          start(direction.y(), size.height(), isSlanted ? 0 : MarkerArt::kBar.height() + 1)};
 }
 
 // Rubber bands take no mouse events and are gone in a moment.
@@ -135,7 +135,7 @@ MarkersItem::Arrangement MarkersItem::Arrange(const QTransform& toView, const QR
   if (myOwn) add(myOwn.get());
 
   Arrangement arrangement;
-  for (const std::vector<std::size_t>& indexes : FindCrowds(points, window)) {
+  for (const std::vector<std::size_t>& indexes : FindCrowds(points)) {
     Crowd& crowd = arrangement.crowds.emplace_back();
     for (const std::size_t index : indexes) {
       crowd.at += points[index] / static_cast<double>(indexes.size());
@@ -164,8 +164,10 @@ void MarkersItem::UpdateOwn() {
 // Highlighted members come first and may have their label above other markers, so that they have
 // one wherever it fits into the window.
 void MarkersItem::AvoidMarkers(const Arrangement& arrangement, LabelPlacement& placement) {
-  for (const Shown& shown : arrangement.single)
+  for (const Shown& shown : arrangement.single) {
     placement.Avoid(MarkerRect(shown.at, IsHighlighted(*shown.marker)));
+    if (!shown.alarm.isEmpty()) placement.Avoid(AlarmArt::OctagonRect(shown.at));
+  }
   for (const Shown& shown : arrangement.single) {
     shown.marker->showsSign =
         !shown.alarm.isEmpty() && placement.Take(myAlarmArt.SignRect(shown.at, shown.alarm));
@@ -318,12 +320,6 @@ bool MarkersItem::LayOut(Marker& marker) {
   return true;
 }
 
-const MarkersItem::Crowd* MarkersItem::CrowdAt(QPoint at, const Arrangement& arrangement) const {
-  const auto place = std::ranges::find_if(
-      arrangement.crowds, [&](const Crowd& crowd) { return RectOf(crowd).contains(at); });
-  return place == arrangement.crowds.end() ? nullptr : &*place;
-}
-
 const Member* MarkersItem::MemberAt(QPoint at, const QGraphicsView& view) const {
   const Member* found = nullptr;
   for (const Shown& shown : Arrange(view.viewportTransform(), view.viewport()->rect()).single) {
@@ -335,9 +331,9 @@ const Member* MarkersItem::MemberAt(QPoint at, const QGraphicsView& view) const 
 
 std::vector<const Member*> MarkersItem::CrowdAt(QPoint at, const QGraphicsView& view) const {
   std::vector<const Member*> members;
-  const Arrangement arrangement = Arrange(view.viewportTransform(), view.viewport()->rect());
-  if (const Crowd* crowd = CrowdAt(at, arrangement)) {
-    for (const Marker* marker : crowd->markers)
+  for (const Crowd& crowd : Arrange(view.viewportTransform(), view.viewport()->rect()).crowds) {
+    if (!members.empty() || !RectOf(crowd).contains(at)) continue;
+    for (const Marker* marker : crowd.markers)
       members.push_back(marker->member);
   }
   return members;
@@ -345,22 +341,20 @@ std::vector<const Member*> MarkersItem::CrowdAt(QPoint at, const QGraphicsView& 
 
 QString MarkersItem::TipAt(QPoint at, const QGraphicsView& view) const {
   if (const Member* member = MemberAt(at, view)) return TipOf(*myBoard.Find(member));
-  const Arrangement arrangement = Arrange(view.viewportTransform(), view.viewport()->rect());
-  if (const Crowd* crowd = CrowdAt(at, arrangement)) {
-    QStringList lines;
-    for (const Marker* marker : crowd->markers)
-      lines.append(marker->name);
-    lines.sort(Qt::CaseInsensitive);
-    const auto more = lines.size() - kMaxTipNames;
-    if (lines.size() > kMaxTipNames) lines.remove(kMaxTipNames, more);
-    if (more > 0) lines.append(tr("and %1 more").arg(more));
-    return lines.join('\n');
+  QStringList lines;
+  for (const Member* member : CrowdAt(at, view))
+    lines.append(myBoard.Find(member)->name);
+  if (lines.isEmpty()) {
+    if (!myOwn || myOwn->facet != myFacet) return {};
+    const QPointF own = view.viewportTransform().map(myOwn->place);
+    return (own - at).manhattanLength() <= kReach ? TipOf(*myOwn) : QString();
   }
-  if (!myOwn || arrangement.single.empty()) return {};
-  // It is the topmost.
-  const Shown& last = arrangement.single.back();
-  const bool isHit = last.marker == myOwn.get() && (last.at - at).manhattanLength() <= kReach;
-  return isHit ? TipOf(*myOwn) : QString();
+  lines.sort(Qt::CaseInsensitive);
+  if (const auto more = lines.size() - kMaxTipNames; more > 0) {
+    lines.resize(kMaxTipNames);
+    lines.append(tr("and %1 more").arg(more));
+  }
+  return lines.join('\n');
 }
 
 QString MarkersItem::TipOf(const Marker& marker) const {

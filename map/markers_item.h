@@ -85,7 +85,6 @@ class MarkersItem : public QGraphicsItem {
   QRect RectOf(const Crowd& crowd) const {
     return MarkerArt::CrowdRect(QFontMetrics(myFont), crowd.at, crowd.markers.size());
   }
-  const Crowd* CrowdAt(QPoint at, const Arrangement& arrangement) const;
   bool IsHighlighted(const Marker& marker) const {
     return &marker == myOwn.get() || myHighlights.Contains(marker.member);
   }

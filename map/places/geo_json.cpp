@@ -2,16 +2,11 @@
 
 #include <cmath>
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 
 namespace corvane::map {
 namespace {
-
-struct GeoJsonTexts {
-  Q_DECLARE_TR_FUNCTIONS(corvane::map::GeoJson)
-};
 
 constexpr std::uint32_t kOpaque = 0xff000000;
 constexpr int kMaxIconName = 32;
@@ -99,19 +94,18 @@ QByteArray ToGeoJson(const QList<Landmark>& landmarks) {
 GeoJsonContent FromGeoJson(const QByteArray& json) {
   GeoJsonContent content;
   if (!HasFewValues(json)) {
-    content.error = GeoJsonTexts::tr("it holds too many values");
+    content.error = PlaceTexts::tr("it holds too many values");
     return content;
   }
   QJsonParseError error;
   const QJsonObject root = QJsonDocument::fromJson(json, &error).object();
   if (error.error != QJsonParseError::NoError) {
-    content.error = GeoJsonTexts::tr("it is no JSON: %1, at byte %2")
-                        .arg(error.errorString())
-                        .arg(error.offset);
+    content.error =
+        PlaceTexts::tr("it is no JSON: %1, at byte %2").arg(error.errorString()).arg(error.offset);
     return content;
   }
   if (root["type"] != QLatin1String("FeatureCollection") || !root["features"].isArray()) {
-    content.error = GeoJsonTexts::tr("it is no GeoJSON FeatureCollection");
+    content.error = PlaceTexts::tr("it is no GeoJSON FeatureCollection");
     return content;
   }
   for (const auto& feature : root["features"].toArray()) {

@@ -3,11 +3,17 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <QCoreApplication>
 #include <QHash>
 #include <QPointF>
 #include <QString>
 
 namespace corvane::map {
+
+// Of the sentences that this folder makes.
+struct PlaceTexts {
+  Q_DECLARE_TR_FUNCTIONS(corvane::map::PlaceTexts)
+};
 
 // A place on the map that a user has marked and named.
 struct Landmark {
@@ -18,7 +24,7 @@ struct Landmark {
   static constexpr double kMaxCoordinate = 1 << 24;
 
   QString name;
-  QString icon;                       // a name from LandmarkIcons(); others are drawn as a pin
+  QString icon;                       // a name of kLandmarkIcons; others are drawn as a pin
   std::uint32_t colour = 0xffd0342c;  // a QRgb, opaque
   QString note;
   int facet = 0;

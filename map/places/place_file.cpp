@@ -3,7 +3,6 @@
 #include <cmath>
 #include <set>
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -17,10 +16,6 @@ constexpr int kFormat = 1;
 constexpr qsizetype kMaxFileName = 255;
 constexpr qsizetype kFingerprintSize = 32;
 constexpr qsizetype kDigestSize = 16;
-
-struct PlaceFileTexts {
-  Q_DECLARE_TR_FUNCTIONS(corvane::map::PlaceFile)
-};
 
 // Reads the values of an object. Error() has the first that is wrong.
 class PlaceReader {
@@ -140,19 +135,19 @@ QByteArray ToPlaceFile(const Place& place) {
 PlaceResult FromPlaceFile(const QByteArray& json) {
   const auto fail = [](const QString& text) { return PlaceResult{{}, text}; };
   if (json.size() > kMaxPlaceFile)
-    return fail(PlaceFileTexts::tr("The file is larger than %1 MiB.").arg(kMaxPlaceFile >> 20));
-  if (!HasFewValues(json)) return fail(PlaceFileTexts::tr("The file holds too many values."));
+    return fail(PlaceTexts::tr("The file is larger than %1 MiB.").arg(kMaxPlaceFile >> 20));
+  if (!HasFewValues(json)) return fail(PlaceTexts::tr("The file holds too many values."));
   const QJsonObject root = QJsonDocument::fromJson(json).object();
   const double format = root["format"].toDouble();
-  if (format < kFormat) return fail(PlaceFileTexts::tr("This is not a place file."));
+  if (format < kFormat) return fail(PlaceTexts::tr("This is not a place file."));
   if (format > kFormat) {
-    return fail(PlaceFileTexts::tr(
+    return fail(PlaceTexts::tr(
         "This place file was written by a newer version of Corvane Map. Update yours to open it."));
   }
   PlaceReader reader(root);
   Place place = reader.Read();
   if (!reader.Error().isEmpty())
-    return fail(PlaceFileTexts::tr("The place file is damaged: \"%1\" is missing or wrong.")
+    return fail(PlaceTexts::tr("The place file is damaged: \"%1\" is missing or wrong.")
                     .arg(reader.Error()));
   return {std::move(place)};
 }

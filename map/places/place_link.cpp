@@ -1,6 +1,5 @@
 #include "map/places/place_link.h"
 
-#include <QCoreApplication>
 #include <QUrl>
 #include <QUrlQuery>
 
@@ -11,10 +10,6 @@ namespace {
 
 constexpr QLatin1String kScheme("corvane");
 constexpr qsizetype kLinkFingerprint = 32;
-
-struct PlaceLinkTexts {
-  Q_DECLARE_TR_FUNCTIONS(corvane::map::PlaceLink)
-};
 
 }  // namespace
 
@@ -39,27 +34,26 @@ PlaceResult FromPlaceLink(const QString& link) {
   place.host = CheckedHost(url.host(QUrl::FullyEncoded));
   if (link.size() > kMaxPlaceLink || !url.isValid() || url.scheme() != kScheme ||
       place.host.isEmpty()) {
-    return {{}, PlaceLinkTexts::tr("This is not a link to a place.")};
+    return {{}, PlaceTexts::tr("This is not a link to a place.")};
   }
   // What stands before an @ can look like the host.
   if (!url.userInfo().isEmpty())
-    return {{}, PlaceLinkTexts::tr("A link to a place has no user and no password in it.")};
+    return {{}, PlaceTexts::tr("A link to a place has no user and no password in it.")};
   const int port = url.port(place.port);
-  if (port == 0)
-    return {{}, PlaceLinkTexts::tr("The port in this link is not one from 1 to 65535.")};
+  if (port == 0) return {{}, PlaceTexts::tr("The port in this link is not one from 1 to 65535.")};
   place.port = static_cast<std::uint16_t>(port);
 
   const QByteArray path = url.path(QUrl::FullyEncoded).mid(1).toLatin1();
   place.network = DisplayText(QByteArray::fromPercentEncoding(path).toStdString());
   if (place.network.isEmpty() || place.network.size() > Place::kMaxNetwork)
-    return {{}, PlaceLinkTexts::tr("This link names no network, or one with too long a name.")};
+    return {{}, PlaceTexts::tr("This link names no network, or one with too long a name.")};
 
   const QUrlQuery query(url);
   const QString tls = query.queryItemValue(QStringLiteral("tls"));
   const auto fingerprint =
       ParseDigits(query.queryItemValue(QStringLiteral("fingerprint")), kLinkFingerprint);
   if (!fingerprint || (!tls.isEmpty() && tls != "0" && tls != "1"))
-    return {{}, PlaceLinkTexts::tr("What this link says about encryption cannot be read.")};
+    return {{}, PlaceTexts::tr("What this link says about encryption cannot be read.")};
   place.fingerprint = *fingerprint;
   place.isEncrypted = tls == "1" || !fingerprint->isEmpty();
   return {place};

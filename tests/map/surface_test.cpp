@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <QApplication>
 #include <QClipboard>
 #include <QHelpEvent>
@@ -35,17 +37,16 @@ TEST(Coordinates, AreReadInAnyUsualWriting) {
     EXPECT_EQ(ParseCoordinates(QString::fromUtf8(text)), place) << text;
 }
 
-TEST(Crowds, AreMoreThanTenInOnePlaceOfTheWindow) {
-  const QRect window(0, 0, 300, 200);
-  // The corner of four squares, and the same place at and beyond the edges.
+TEST(Crowds, AreMoreThanTenInOnePlace) {
+  // The corner of four squares, and places at and beyond the edges of a window.
   for (const QPointF& middle : {QPointF(5 * kCrowdRadius, 5 * kCrowdRadius), QPointF(299, 199),
                                 QPointF(-9, -9), QPointF(312, 50)}) {
     std::vector<QPointF> points{middle + QPointF(kCrowdRadius + 4, 0)};
     for (std::size_t i = 1; i < kMinCrowd; ++i)
       points.push_back(middle + QPointF(i % 2 == 0 ? 3 : -3, i % 3 == 0 ? 3 : -3));
-    EXPECT_TRUE(FindCrowds(points, window).empty());
+    EXPECT_TRUE(FindCrowds(points).empty());
     points.push_back(middle);
-    const auto crowds = FindCrowds(points, window);
+    const auto crowds = FindCrowds(points);
     ASSERT_EQ(crowds.size(), 1U);
     EXPECT_EQ(crowds.front().size(), kMinCrowd);
   }
@@ -98,6 +99,16 @@ TEST_F(SurfaceTest, LabelsAreNeverCutAndOverlapNothing) {
     Map().Scene()->Markers().PlaceLabels();
     Map().CentreOn(*selected->member);
   }
+}
+
+TEST_F(SurfaceTest, NewcomersHaveLabelsSoonThoughNobodyMoves) {
+  Relay("a", {0, 0, 0, 50});
+  Relay("z", {2000, 2000, 0, 50});
+  Map().ShowAll();
+  for (const std::string name : {"b", "c", "d", "e"})
+    Relay(name, {(name[0] - 'a') * 400, 1000, 0, 50});
+  EXPECT_TRUE(
+      PumpUntil([&] { return std::ranges::all_of(myWindow->Board().All(), &Marker::showsLabel); }));
 }
 
 TEST_F(SurfaceTest, ACrowdZoomsInUntilItSeparatesOrListsItsMembers) {
