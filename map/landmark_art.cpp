@@ -18,27 +18,18 @@ QPainterPath PathOf(const LandmarkIcon& icon) {
     return QPointF(x, words.value(next++).toDouble());
   };
   while (next < words.size()) {
-    switch (words[next++][0].toLatin1()) {
-      case 'M':
-        path.moveTo(point());
-        break;
-      case 'L':
-        path.lineTo(point());
-        break;
-      case 'Q': {
-        const QPointF control = point();
-        path.quadTo(control, point());
-        break;
-      }
-      case 'C': {
-        const QPointF control = point();
-        const QPointF second = point();
-        path.cubicTo(control, second, point());
-        break;
-      }
-      default:
-        path.closeSubpath();
+    const QChar command = words[next++][0];
+    if (command == 'Z') {
+      path.closeSubpath();
+      continue;
     }
+    const QPointF first = point();
+    if (command == 'M') path.moveTo(first);
+    if (command == 'L') path.lineTo(first);
+    if (command == 'Q') path.quadTo(first, point());
+    if (command != 'C') continue;
+    const QPointF second = point();
+    path.cubicTo(first, second, point());
   }
   return path;
 }

@@ -7,12 +7,12 @@
 #include <QObject>
 #include <QPointer>
 
-#include "map/background.h"
 #include "map/landmark_board.h"
 #include "map/landmark_list.h"
 #include "map/landmarks_item.h"
 #include "map/map_view.h"
 #include "map/messages_pane.h"
+#include "map/pictures/background.h"
 #include "map/place_picker.h"
 #include "map/places/geo_json.h"
 

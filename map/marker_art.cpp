@@ -102,13 +102,36 @@ void MarkerArt::Prepare(const QFont& font, double scale) {
   if (font == myFont && scale == myScale) return;
   myFont = font;
   myScale = scale;
-  myPictures = {};
-  myBars = {};
-  myCrowds.clear();
+  myPictures.clear();
+}
+
+template <typename Paint>
+const QPixmap& MarkerArt::Picture(Kind kind, std::size_t number, bool isStale, QSize size,
+                                  Paint paint) {
+  const std::size_t key = number << 3 | static_cast<std::size_t>(kind) << 1 | (isStale ? 1U : 0U);
+  if (const QPixmap* known = myPictures.object(key)) return *known;
+  auto* picture = new QPixmap(NewPicture(size, myScale));
+  QPainter painter(picture);
+  painter.setRenderHint(QPainter::Antialiasing);
+  painter.setFont(myFont);
+  paint(painter);
+  painter.end();
+  myPictures.insert(key, picture);
+  return *picture;
 }
 
 void MarkerArt::Draw(QPainter& painter, QPointF at, MarkerShape shape, bool isStale) {
-  painter.drawPixmap((at - QPointF(kRadius, kRadius)).toPoint(), Picture(shape, isStale));
+  const QSize size(2 * kRadius, 2 * kRadius);
+  const auto number = static_cast<std::size_t>(shape);
+  const QPixmap& picture = Picture(Kind::Marker, number, isStale, size, [&](QPainter& inner) {
+    inner.translate(kRadius, kRadius);
+    inner.setPen(QPen(Qt::white, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+    inner.drawPath(Outline(shape));
+    inner.setPen(QPen(Qt::black, 1));
+    inner.setBrush(Colour(shape, isStale));
+    inner.drawPath(Outline(shape));
+  });
+  painter.drawPixmap((at - QPointF(kRadius, kRadius)).toPoint(), picture);
 }
 
 void MarkerArt::DrawRing(QPainter& painter, QPointF at) {
@@ -147,52 +170,30 @@ QRect MarkerArt::CrowdRect(const QFontMetrics& metrics, QPointF at, std::size_t 
 
 void MarkerArt::DrawCrowd(QPainter& painter, QPointF at, std::size_t count, bool isStale) {
   const QRect place = CrowdRect(painter.fontMetrics(), at, count);
-  const std::size_t key = 2 * count + (isStale ? 1 : 0);
-  if (!myCrowds.contains(key)) {
-    auto* picture = new QPixmap(NewPicture(place.size(), myScale));
-    QPainter inner(picture);
-    inner.setRenderHint(QPainter::Antialiasing);
-    inner.setFont(myFont);
+  const QPixmap& picture = Picture(Kind::Crowd, count, isStale, place.size(), [&](QPainter& inner) {
     inner.setBrush(isStale ? kCrowdStale : kCrowd);
     inner.setPen(QPen(Qt::white, 2));
     const QRect ground = QRect({}, place.size()).adjusted(1, 1, -1, -1);
     inner.drawRoundedRect(ground, ground.height() / 2.0, ground.height() / 2.0);
     inner.drawText(ground, Qt::AlignCenter, QString::number(count));
-    inner.end();
-    myCrowds.insert(key, picture);
-  }
-  painter.drawPixmap(place.topLeft(), *myCrowds.object(key));
+  });
+  painter.drawPixmap(place.topLeft(), picture);
 }
 
 void MarkerArt::DrawBar(QPainter& painter, QPoint topLeft, double share, bool isStale) {
-  constexpr std::array kColours{kBarLow, kBarMiddle, kBarHigh, kBarStale};
-  const std::size_t colour = isStale ? 3 : share > 0.5 ? 2 : share > 0.25 ? 1 : 0;
   const QRect ground = QRect({}, kBar).adjusted(1, 1, -1, -1);
-  const int width = static_cast<int>(std::ceil(ground.width() * share));
-  QPixmap& picture = myBars[colour * (kBar.width() - 1) + static_cast<std::size_t>(width)];
-  if (picture.isNull()) {
-    picture = NewPicture(kBar, myScale);
-    picture.fill(Qt::white);
-    QPainter inner(&picture);
+  const QSize part(static_cast<int>(std::ceil(ground.width() * share)), ground.height());
+  const QColor colour = isStale        ? kBarStale
+                        : share > 0.5  ? kBarHigh
+                        : share > 0.25 ? kBarMiddle
+                                       : kBarLow;
+  const std::size_t number = std::size_t{colour.rgb()} << 8 | static_cast<unsigned>(part.width());
+  const QPixmap& picture = Picture(Kind::Bar, number, isStale, kBar, [&](QPainter& inner) {
+    inner.fillRect(QRect({}, kBar), Qt::white);
     inner.fillRect(ground, Qt::black);
-    inner.fillRect(QRect(ground.topLeft(), QSize(width, ground.height())), kColours[colour]);
-  }
+    inner.fillRect(QRect(ground.topLeft(), part), colour);
+  });
   painter.drawPixmap(topLeft, picture);
-}
-
-const QPixmap& MarkerArt::Picture(MarkerShape shape, bool isStale) {
-  QPixmap& picture = myPictures[2 * static_cast<std::size_t>(shape) + (isStale ? 1 : 0)];
-  if (!picture.isNull()) return picture;
-  picture = NewPicture(QSize(2 * kRadius, 2 * kRadius), myScale);
-  QPainter painter(&picture);
-  painter.setRenderHint(QPainter::Antialiasing);
-  painter.translate(kRadius, kRadius);
-  painter.setPen(QPen(Qt::white, 3, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  painter.drawPath(Outline(shape));
-  painter.setPen(QPen(Qt::black, 1));
-  painter.setBrush(Colour(shape, isStale));
-  painter.drawPath(Outline(shape));
-  return picture;
 }
 
 }  // namespace corvane::map

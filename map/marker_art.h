@@ -1,7 +1,5 @@
 #pragma once
 
-#include <array>
-
 #include <QCache>
 #include <QFontMetrics>
 #include <QPainter>
@@ -52,13 +50,15 @@ class MarkerArt {
   void DrawBar(QPainter& painter, QPoint topLeft, double share, bool isStale);
 
  private:
-  const QPixmap& Picture(MarkerShape shape, bool isStale);
+  enum class Kind { Marker, Crowd, Bar };
+
+  // The picture of that kind and number; `paint` draws it the first time.
+  template <typename Paint>
+  const QPixmap& Picture(Kind kind, std::size_t number, bool isStale, QSize size, Paint paint);
 
   QFont myFont;
   double myScale = 0;
-  std::array<QPixmap, 8> myPictures;                   // two for each shape: fresh, stale
-  std::array<QPixmap, 4 * (kBar.width() - 1)> myBars;  // for each colour, all widths of the share
-  QCache<std::size_t, QPixmap> myCrowds{200};
+  QCache<std::size_t, QPixmap> myPictures{400};
 };
 
 }  // namespace corvane::map

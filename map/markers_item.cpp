@@ -26,6 +26,7 @@ constexpr qsizetype kMaxTipNames = 20;
 // In a paint. It takes up to 0.1 ms to lay out a stranger's name.
 constexpr int kMaxLayouts = 100;
 const QColor kLabelGround(0, 0, 0, 205);
+const QColor kTrail(0x5b, 0x2a, 0x86);
 
 int Radius(bool isHighlighted) {
   return isHighlighted ? MarkerArt::kRingRadius : MarkerArt::kRadius;
@@ -252,10 +253,10 @@ void MarkersItem::DrawTrails(QPainter& painter, const QTransform& toView) const 
     for (const QPointF& place : marker->trail)
       line.append(toView.map(place));
     if (!line.isEmpty()) line.back() = toView.map(marker->place);
-    painter.setPen(QPen(Qt::white, 4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.drawPolyline(line);
-    painter.setPen(QPen(QColor(0x5b, 0x2a, 0x86), 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-    painter.drawPolyline(line);
+    for (const auto& [colour, width] : {std::pair(QColor(Qt::white), 4), std::pair(kTrail, 2)}) {
+      painter.setPen(QPen(colour, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+      painter.drawPolyline(line);
+    }
   }
   painter.setRenderHint(QPainter::Antialiasing, false);
 }

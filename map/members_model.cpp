@@ -87,7 +87,9 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     case kHp:
       return row.member->report.hp;
     case kState:
-      return sorts ? QVariant(RankOf(*row.member)) : StateOf(*row.member);
+      if (sorts) return RankOf(*row.member);
+      if (const QString alarm = AlarmOf(*row.member); !alarm.isEmpty()) return alarm;
+      return PlainStateOf(*row.member);
     default:
       if (sorts) return static_cast<qint64>(Age(*row.member).count());
       return NewsOf(*row.member);
@@ -110,11 +112,6 @@ int MembersModel::RankOf(const Member& member) const {
   const int rank = 2 * int{!member.report.isDead} + int{!member.report.inBattle};
   if (!member.hasPlace) return 8;
   return AlarmOf(member).isEmpty() ? 4 + rank : rank;
-}
-
-QString MembersModel::StateOf(const Member& member) const {
-  const QString alarm = AlarmOf(member);
-  return alarm.isEmpty() ? PlainStateOf(member) : alarm;
 }
 
 QString MembersModel::PlainStateOf(const Member& member) {

@@ -66,7 +66,6 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   void Removed(const client::Member& member) override;
   void RemoveGone();
   void Number();
-  QString StateOf(const client::Member& member) const;
   // Empty without an alarm.
   QString AlarmOf(const client::Member& member) const;
   // By state: alarms first, members without a place last.

@@ -9,12 +9,12 @@
 #include <QWidget>
 
 #include "client/connection.h"
-#include "map/background.h"
 #include "map/connector.h"
 #include "map/facet_pictures.h"
 #include "map/landmark_board.h"
 #include "map/messages_pane.h"
 #include "map/picture_copy.h"
+#include "map/pictures/background.h"
 #include "map/places/place.h"
 #include "map/settings.h"
 

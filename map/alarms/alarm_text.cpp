@@ -57,8 +57,7 @@ QString StateText(const AlarmState& state, const client::Report& report, const A
   if (state.Has(AlarmKind::LowHitPoints)) words.append(AlarmTexts::tr("low HP"));
   if (state.Has(AlarmKind::Silence)) words.append(AlarmTexts::tr("silent"));
   for (qsizetype i = 0; i < rules.circles.size(); ++i) {
-    if (state.circles.test(static_cast<std::size_t>(i)))
-      words.append(Visible(rules.circles[i]));
+    if (state.circles.test(static_cast<std::size_t>(i))) words.append(Visible(rules.circles[i]));
   }
   QString text = words.join(QStringLiteral(", "));
   if (!text.isEmpty()) text[0] = text[0].toUpper();

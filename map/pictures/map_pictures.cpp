@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QFile>
 
+#include "map/pictures/picture_cutter.h"
+
 namespace corvane::map {
 
 MapPictures::MapPictures(QString cacheFolder) : myCache(std::move(cacheFolder)) {}
@@ -15,10 +17,14 @@ std::optional<QString> MapPictures::FolderFor(const MapPicture& picture) {
   if (QDir(folder).exists()) return folder;
   if (myCutter && myImage == picture.path) return std::nullopt;
   myImage = picture.path;
-  myCutter = std::make_unique<PictureCutter>();
-  myCutter->Progressed = Progressed;
-  myCutter->Ended = [this](const QString& error) { End(error); };
-  myCutter->Start(picture.path, folder);
+  myCutter = std::make_unique<Cutter>();
+  myCutter->thread.Run(
+      [this, &cutter = *myCutter, image = picture.path, folder] {
+        return CutPicture(image, folder, cutter.stops, [&](int percent) {
+          cutter.thread.Post([this, percent] { Progressed(percent); });
+        });
+      },
+      [this](const QString& error) { End(error); });
   return std::nullopt;
 }
 
@@ -30,7 +36,7 @@ void MapPictures::Stop() {
 
 void MapPictures::End(const QString& error) {
   // The cutter is the caller, so it is destroyed at the end.
-  const std::unique_ptr<PictureCutter> cutter = std::move(myCutter);
+  const std::unique_ptr<Cutter> cutter = std::move(myCutter);
   if (Progressed) Progressed(100);
   if (!error.isEmpty()) {
     if (Failed) Failed(tr("The picture %1 cannot be shown: %2").arg(myImage, error));

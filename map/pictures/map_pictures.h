@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -7,8 +8,8 @@
 #include <QCoreApplication>
 #include <QString>
 
+#include "map/pictures/background.h"
 #include "map/pictures/map_picture.h"
-#include "map/pictures/picture_cutter.h"
 
 namespace corvane::map {
 
@@ -35,12 +36,20 @@ class MapPictures {
   void Stop();
 
  private:
+  struct Cutter {
+    // Stops it before the thread is waited for.
+    ~Cutter() { stops = true; }
+
+    std::atomic<bool> stops = false;
+    Background thread;
+  };
+
   void End(const QString& error);
   void RemoveOldest() const;
 
   QString myCache;
   QString myImage;  // being cut
-  std::unique_ptr<PictureCutter> myCutter;
+  std::unique_ptr<Cutter> myCutter;
 };
 
 }  // namespace corvane::map

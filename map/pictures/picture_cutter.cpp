@@ -10,7 +10,6 @@
 #include <QFileInfo>
 #include <QImage>
 #include <QImageWriter>
-#include <QMetaObject>
 #include <QPainter>
 #include <QTemporaryDir>
 
@@ -173,22 +172,6 @@ QString CutPicture(const QString& image, const QString& folder, const std::atomi
     return CutterTexts::tr("the folder %1 cannot be written").arg(folder);
   unfinished.setAutoRemove(false);
   return {};
-}
-
-PictureCutter::~PictureCutter() {
-  myStops = true;
-  if (myThread.joinable()) myThread.join();
-}
-
-void PictureCutter::Start(const QString& image, const QString& folder) {
-  myThread = std::thread([this, image, folder] {
-    const QString error = CutPicture(image, folder, myStops, [this](int percent) {
-      QMetaObject::invokeMethod(
-          &myReceiver, [this, percent] { Progressed(percent); }, Qt::QueuedConnection);
-    });
-    QMetaObject::invokeMethod(
-        &myReceiver, [this, error] { Ended(error); }, Qt::QueuedConnection);
-  });
 }
 
 }  // namespace corvane::map

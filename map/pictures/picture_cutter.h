@@ -2,9 +2,7 @@
 
 #include <atomic>
 #include <functional>
-#include <thread>
 
-#include <QObject>
 #include <QString>
 
 namespace corvane::map {
@@ -17,26 +15,5 @@ QString TileFolderOf(const QString& image, const QString& cache);
 // only when all tiles are written. Returns early, without a folder, once `stops` is set.
 QString CutPicture(const QString& image, const QString& folder, const std::atomic<bool>& stops,
                    const std::function<void(int percent)>& progress);
-
-// Cuts an image on its own thread. The destructor stops it and waits for it.
-class PictureCutter {
- public:
-  // Raised from Qt's loop, on the thread that made this object. Both must be set before Start. An
-  // empty error means success.
-  std::function<void(int percent)> Progressed;
-  std::function<void(const QString& error)> Ended;
-
-  PictureCutter() = default;
-  ~PictureCutter();
-  PictureCutter(const PictureCutter&) = delete;
-  PictureCutter& operator=(const PictureCutter&) = delete;
-
-  void Start(const QString& image, const QString& folder);
-
- private:
-  QObject myReceiver;
-  std::atomic<bool> myStops = false;
-  std::thread myThread;
-};
 
 }  // namespace corvane::map

@@ -105,6 +105,9 @@ TEST_F(SurfaceTest, NewcomersHaveLabelsSoonThoughNobodyMoves) {
   Relay("a", {0, 0, 0, 50});
   Relay("z", {2000, 2000, 0, 50});
   Map().ShowAll();
+  // So that none of its frames is left.
+  for (std::size_t i = 0; i < MarkersItem::kTurns; ++i)
+    Painted();
   for (const std::string name : {"b", "c", "d", "e"})
     Relay(name, {(name[0] - 'a') * 400, 1000, 0, 50});
   EXPECT_TRUE(

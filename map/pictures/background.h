@@ -20,14 +20,17 @@ class Background {
   Background(const Background&) = delete;
   Background& operator=(const Background&) = delete;
 
-  // Calls `work` on the thread. Calls `take` with its result from Qt's loop on the thread that made
-  // this object, unless the object is destroyed before.
+  // Calls `work` on the thread, and then Post with `take` of its result.
   template <typename Work, typename Take>
   void Run(Work work, Take take) {
     myThread.start([this, work = std::move(work), take = std::move(take)] {
-      QMetaObject::invokeMethod(
-          &myReceiver, [take, result = work()] { take(result); }, Qt::QueuedConnection);
+      Post([take, result = work()] { take(result); });
     });
+  }
+  // Calls `act` from Qt's loop on the thread that made this object, unless it is destroyed before.
+  template <typename Act>
+  void Post(Act act) {
+    QMetaObject::invokeMethod(&myReceiver, std::move(act), Qt::QueuedConnection);
   }
 
  private:
