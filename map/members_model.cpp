@@ -22,6 +22,12 @@ constexpr std::chrono::milliseconds kUpdateInterval{500};
 // For as many removed rows, a reset costs less than their removal one by one.
 constexpr std::size_t kResetThreshold = 50;
 
+QFont Bold() {
+  QFont bold;
+  bold.setBold(true);
+  return bold;
+}
+
 std::chrono::seconds Age(const Member& member) {
   return std::chrono::duration_cast<std::chrono::seconds>(Clock::now() - member.news);
 }
@@ -54,9 +60,7 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
     return QVariant(Qt::AlignVCenter | (isNumber ? Qt::AlignRight : Qt::AlignLeft));
   }
   if (column == kName && IsOwn(index.row())) {
-    QFont bold;
-    bold.setBold(true);
-    if (role == Qt::FontRole) return bold;
+    if (role == Qt::FontRole) return Bold();
     if (role == Qt::ToolTipRole) return tr("You");
     if (role == Qt::AccessibleTextRole) return tr("%1 (you)").arg(row.name);
   }
@@ -88,8 +92,7 @@ QVariant MembersModel::data(const QModelIndex& index, int role) const {
       return row.member->report.hp;
     case kState:
       if (sorts) return RankOf(*row.member);
-      if (const QString alarm = AlarmOf(*row.member); !alarm.isEmpty()) return alarm;
-      return PlainStateOf(*row.member);
+      return AlarmOf(*row.member).isEmpty() ? PlainStateOf(*row.member) : AlarmOf(*row.member);
     default:
       if (sorts) return static_cast<qint64>(Age(*row.member).count());
       return NewsOf(*row.member);

@@ -126,6 +126,7 @@ TEST_F(SurfaceTest, ACrowdZoomsInUntilItSeparatesOrListsItsMembers) {
   EXPECT_EQ(Markers().CrowdAt(OnMap({500, 500}), Map()).size(), 20U);
   EXPECT_EQ(Markers().MemberAt(OnMap({500, 500}), Map()), nullptr);
   EXPECT_TRUE(Markers().TipAt(OnMap({500, 500}), Map()).contains("camper 19"));
+  EXPECT_EQ(QColor(Painted().pixel(OnMap({500, 500}) + QPoint(0, 10))), QColor(0x1d, 0x3a, 0x5c));
   click({4057, 4000});
   for (int i = 0; i < 20; ++i)
     EXPECT_EQ(Markers().MemberAt(OnMap(QPointF(4000 + 6 * i, 4000)), Map()),
