@@ -53,19 +53,13 @@ Landmarks::Landmarks(Settings& settings, MapView& map, PlacePicker& picker, Mess
 void Landmarks::ShowIn(MapScene& scene) {
   myItem = new LandmarksItem(myBoard, scene);
   scene.addItem(myItem);
-  scene.addItem(myItem->Names());
-  SetVisible();
-}
-
-void Landmarks::SetVisible() {
-  for (QGraphicsItem* item : {static_cast<QGraphicsItem*>(myItem), myItem->Names()})
-    item->setVisible(myIsShown);
+  myItem->setVisible(myIsShown);
 }
 
 void Landmarks::SetShown(bool isShown) {
   myIsShown = isShown;
   mySettings.Store(kHidden, isShown ? "" : "1");
-  if (myItem != nullptr) SetVisible();
+  if (myItem != nullptr) myItem->setVisible(isShown);
 }
 
 const Landmark* Landmarks::LandmarkAt(QPoint inView) const {

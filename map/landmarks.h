@@ -56,7 +56,6 @@ class Landmarks : public QObject {
 
  private:
   const Landmark* LandmarkAt(QPoint inView) const;
-  void SetVisible();
   // Of a dialog: the list, if the user works there.
   QWidget& Owner() const;
   void OpenMenu(const Landmark& landmark, QPoint globalPosition);

@@ -28,23 +28,12 @@ std::array<QRect, 2> PlacesOf(std::size_t icon, QSize size) {
 
 }  // namespace
 
-// Painted after the members, whose labels come first.
-class LandmarksItem::NamesItem : public QGraphicsItem {
- public:
-  explicit NamesItem(LandmarksItem& landmarks) : myLandmarks(landmarks) { setZValue(1); }
-
-  QRectF boundingRect() const override { return myLandmarks.boundingRect(); }
-  void paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWidget* widget) override {
-    if (widget != nullptr) myLandmarks.DrawNames(*painter, *widget);
-  }
-
- private:
-  LandmarksItem& myLandmarks;
-};
-
 LandmarksItem::LandmarksItem(const LandmarkBoard& board, MapScene& scene)
-    : myBoard(board), myScene(scene), myNames(new NamesItem(*this)) {
+    : myBoard(board), myScene(scene) {
   setZValue(-1);
+  myScene.Markers().Painted = [this](QPainter& painter, LabelPlacement& placement) {
+    if (isVisible()) DrawNames(painter, placement);
+  };
   Reload();
 }
 
@@ -81,16 +70,13 @@ void LandmarksItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QW
 }
 
 // Until the view moves, a name stays where it is if it can.
-void LandmarksItem::DrawNames(QPainter& painter, const QWidget& window) {
-  if (std::exchange(myFont, window.font()) != window.font()) {
+void LandmarksItem::DrawNames(QPainter& painter, LabelPlacement& placement) {
+  if (std::exchange(myFont, painter.font()) != painter.font()) {
     for (Mark& mark : myMarks)
       mark.namePlace = {};
   }
-  painter.resetTransform();
-  painter.setFont(myFont);
   painter.setPen(Qt::black);
   const QSize least(2 * kNameMargin + 1, painter.fontMetrics().height());
-  LabelPlacement placement = myScene.Markers().FreePlaces();
   for (const auto& [mark, at] : myVisible)
     placement.Avoid(LandmarkArt::SpaceOf(mark->icon, at));
   for (const auto& [mark, at] : myVisible) {

@@ -18,9 +18,6 @@ class LandmarksItem : public QGraphicsItem {
   // Borrows both.
   LandmarksItem(const LandmarkBoard& board, MapScene& scene);
 
-  // The item that draws the names. It is to be added to the scene, too, and hidden with this one.
-  QGraphicsItem* Names() { return myNames; }
-
   QRectF boundingRect() const override;
   void paint(QPainter* painter, const QStyleOptionGraphicsItem* option, QWidget* widget) override;
 
@@ -32,8 +29,6 @@ class LandmarksItem : public QGraphicsItem {
   void Reload();
 
  private:
-  class NamesItem;
-
   struct Mark {
     const Landmark* landmark;  // of the board, until it changes
     std::size_t icon;
@@ -45,16 +40,15 @@ class LandmarksItem : public QGraphicsItem {
     QPointF at;  // in the window
   };
 
-  void DrawNames(QPainter& painter, const QWidget& window);
+  void DrawNames(QPainter& painter, LabelPlacement& placement);
 
   const LandmarkBoard& myBoard;
   MapScene& myScene;
-  QGraphicsItem* myNames;  // the scene owns it
   LandmarkArt myArt;
   std::vector<Mark> myMarks;
   std::vector<Visible> myVisible;  // as of the last paint
   QTransform myToView;             // of the last paint
-  QFont myFont;                    // of the names
+  QFont myFont;
 };
 
 }  // namespace corvane::map

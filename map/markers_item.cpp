@@ -95,7 +95,7 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   myArt.Prepare(myFont, painter->device()->devicePixelRatioF());
   myAlarmArt.Prepare(myFont, painter->device()->devicePixelRatioF());
   const Arrangement arrangement = Arrange(toView, widget->rect());
-  ChooseLabels(arrangement, *widget);
+  LabelPlacement placement = ChooseLabels(arrangement, *widget);
   DrawTrails(*painter, toView);
   for (const Shown& shown : arrangement.single) {
     if (!IsHighlighted(*shown.marker)) DrawMarker(*painter, shown);
@@ -109,6 +109,7 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   }
   for (const Shown& shown : arrangement.single)
     DrawLabel(*painter, shown);
+  if (Painted) Painted(*painter, placement);
 }
 
 MarkersItem::Arrangement MarkersItem::Arrange(const QTransform& toView, const QRect& window) const {
@@ -180,7 +181,7 @@ void MarkersItem::AvoidMarkers(const Arrangement& arrangement, LabelPlacement& p
   }
 }
 
-void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& window) {
+LabelPlacement MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& window) {
   const bool placesAll = std::exchange(myPlacesLabels, false);
   myTurn = (myTurn + 1) % kTurns;
   myLayoutsLeft = kMaxLayouts;
@@ -218,7 +219,7 @@ void MarkersItem::ChooseLabels(const Arrangement& arrangement, const QWidget& wi
       placement.Avoid(shown.LabelRect());
     }
   }
-  myFreePlaces = std::move(placement);
+  return placement;
 }
 
 // Puts the label into the first free place around the marker, or further away with a leader line.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -53,8 +54,8 @@ class MarkersItem : public QGraphicsItem {
   void PlaceLabels() { myPlacesLabels = true; }
   static constexpr std::size_t kTurns = 16;
 
-  // What the labels and markers have left free, as of the last paint.
-  const LabelPlacement& FreePlaces() const { return myFreePlaces; }
+  // Raised at the end of each paint, with what the labels and markers have left free.
+  std::function<void(QPainter& painter, LabelPlacement& placement)> Painted;
 
   // The topmost member near the point of the window; null if there is none.
   const client::Member* MemberAt(QPoint at, const QGraphicsView& view) const;
@@ -92,7 +93,8 @@ class MarkersItem : public QGraphicsItem {
   void UpdateOwn();
   // Takes the places of markers, and of the signs of alarms that find one.
   void AvoidMarkers(const Arrangement& arrangement, LabelPlacement& placement);
-  void ChooseLabels(const Arrangement& arrangement, const QWidget& window);
+  // Returns what is left free.
+  LabelPlacement ChooseLabels(const Arrangement& arrangement, const QWidget& window);
   void DrawTrails(QPainter& painter, const QTransform& toView) const;
   void DrawMarker(QPainter& painter, const Shown& shown);
   // The lines between labels and markers.
@@ -111,7 +113,6 @@ class MarkersItem : public QGraphicsItem {
   bool myPlacesLabels = true;
   std::size_t myTurn = 0;
   int myLayoutsLeft = 0;  // in this paint
-  LabelPlacement myFreePlaces{QRect()};
   QFont myFont;
   QSize myLeastLabel;  // no label is smaller
 };
