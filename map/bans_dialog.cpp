@@ -11,7 +11,7 @@
 namespace corvane::map {
 namespace {
 
-enum BanColumn { kAddress, kBy, kReason };
+enum BanColumn { kBanAddress, kBanBy, kBanReason };
 
 constexpr std::size_t kMaxCell = 40;  // beside the reason
 
@@ -33,7 +33,7 @@ BansDialog::BansDialog(QWidget& owner)
   lstBans->setUniformRowHeights(true);
   lstBans->setSelectionMode(QAbstractItemView::ExtendedSelection);
   lstBans->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
-  lstBans->header()->setSectionResizeMode(kReason, QHeaderView::Stretch);
+  lstBans->header()->setSectionResizeMode(kBanReason, QHeaderView::Stretch);
   lstBans->header()->setStretchLastSection(false);
   btnLift->setEnabled(false);
   // Return in the list lifts nothing.
@@ -52,7 +52,7 @@ BansDialog::BansDialog(QWidget& owner)
           [this] { btnLift->setEnabled(!lstBans->selectedItems().isEmpty()); });
   connect(btnLift, &QPushButton::clicked, this, [this] {
     for (const QTreeWidgetItem* row : lstBans->selectedItems()) {
-      if (Lifted) Lifted(TextFromDisplay(row->data(kAddress, Qt::UserRole).toString()));
+      if (Lifted) Lifted(TextFromDisplay(row->data(kBanAddress, Qt::UserRole).toString()));
     }
   });
   connect(btnClose, &QPushButton::clicked, this, &QDialog::reject);
@@ -65,9 +65,9 @@ void BansDialog::Show(const client::BanList& list) {
     auto* row = new QTreeWidgetItem(QStringList{VisibleText(ban.address, kMaxCell),
                                                 VisibleText(ban.by, kMaxCell), reason,
                                                 VisibleText(ban.date, kMaxCell)});
-    row->setData(kAddress, Qt::UserRole, DisplayText(ban.id));
-    row->setSizeHint(kReason, QSize(0, fontMetrics().height() + 6));
-    row->setToolTip(kReason, Qt::convertFromPlainText(reason, Qt::WhiteSpaceNormal));
+    row->setData(kBanAddress, Qt::UserRole, DisplayText(ban.id));
+    row->setSizeHint(kBanReason, QSize(0, fontMetrics().height() + 6));
+    row->setToolTip(kBanReason, Qt::convertFromPlainText(reason, Qt::WhiteSpaceNormal));
     rows.append(row);
   }
   // Also ends the selection, which would hit the bans that follow those lifted.

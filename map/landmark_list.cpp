@@ -13,7 +13,7 @@
 namespace corvane::map {
 namespace {
 
-enum Column { kName, kPlace, kFacet, kNote };
+enum LandmarkColumn { kLandmarkName, kLandmarkPlace, kLandmarkFacet, kLandmarkNote };
 
 QString PlaceText(QPointF place) {
   const auto number = [](double value) {
@@ -43,7 +43,7 @@ LandmarkList::LandmarkList(LandmarkBoard& board, QWidget& owner)
   lstLandmarks->setRootIsDecorated(false);
   lstLandmarks->setUniformRowHeights(true);
   lstLandmarks->setIconSize(QSize(LandmarkArt::kSide, LandmarkArt::kSide));
-  lstLandmarks->sortByColumn(kName, Qt::AscendingOrder);
+  lstLandmarks->sortByColumn(kLandmarkName, Qt::AscendingOrder);
   lstLandmarks->setSortingEnabled(true);
   LayOut();
   connect(txtSearch, &QLineEdit::textChanged, this, [this] { Search(); });
@@ -80,8 +80,8 @@ void LandmarkList::LayOut() {
   column->addWidget(txtSearch);
   column->addWidget(lstLandmarks);
   column->addLayout(buttons);
-  lstLandmarks->header()->resizeSection(kName, 160);
-  lstLandmarks->header()->resizeSection(kFacet, 60);
+  lstLandmarks->header()->resizeSection(kLandmarkName, 160);
+  lstLandmarks->header()->resizeSection(kLandmarkFacet, 60);
   resize(480, 300);
 }
 
@@ -94,13 +94,13 @@ void LandmarkList::Fill() {
   for (qsizetype i = 0; i < myBoard.All().size(); ++i) {
     const Landmark& landmark = myBoard.All()[i];
     auto* item = new QTreeWidgetItem;
-    item->setText(kName, VisibleText(TextFromDisplay(landmark.name)));
-    item->setIcon(kName, art.Cached(LandmarkArt::NumberOf(landmark.icon), landmark.colour,
-                                    devicePixelRatioF()));
-    item->setText(kPlace, PlaceText(landmark.at));
-    item->setData(kFacet, Qt::DisplayRole, landmark.facet);
-    item->setText(kNote, VisibleText(TextFromDisplay(landmark.note.simplified())));
-    item->setData(kName, Qt::UserRole, i);
+    item->setText(kLandmarkName, VisibleText(TextFromDisplay(landmark.name)));
+    item->setIcon(kLandmarkName, art.Cached(LandmarkArt::NumberOf(landmark.icon), landmark.colour,
+                                            devicePixelRatioF()));
+    item->setText(kLandmarkPlace, PlaceText(landmark.at));
+    item->setData(kLandmarkFacet, Qt::DisplayRole, landmark.facet);
+    item->setText(kLandmarkNote, VisibleText(TextFromDisplay(landmark.note.simplified())));
+    item->setData(kLandmarkName, Qt::UserRole, i);
     items.append(item);
   }
   lstLandmarks->addTopLevelItems(items);
@@ -114,8 +114,9 @@ void LandmarkList::Search() {
   int found = 0;
   for (int i = 0; i < lstLandmarks->topLevelItemCount(); ++i) {
     QTreeWidgetItem* item = lstLandmarks->topLevelItem(i);
-    const bool isFound = item->text(kName).contains(txtSearch->text(), Qt::CaseInsensitive) ||
-                         item->text(kNote).contains(txtSearch->text(), Qt::CaseInsensitive);
+    const bool isFound =
+        item->text(kLandmarkName).contains(txtSearch->text(), Qt::CaseInsensitive) ||
+        item->text(kLandmarkNote).contains(txtSearch->text(), Qt::CaseInsensitive);
     item->setHidden(!isFound);
     found += isFound ? 1 : 0;
   }
@@ -127,7 +128,7 @@ void LandmarkList::Search() {
 const Landmark* LandmarkList::Current() const {
   const QTreeWidgetItem* item = lstLandmarks->currentItem();
   if (item == nullptr || item->isHidden()) return nullptr;
-  return &myBoard.All()[item->data(kName, Qt::UserRole).toLongLong()];
+  return &myBoard.All()[item->data(kLandmarkName, Qt::UserRole).toLongLong()];
 }
 
 }  // namespace corvane::map
