@@ -33,7 +33,7 @@ class ServerApplication : public QtApplication, public ApplicationHooks {
   }
 
   bool notify(QObject* receiver, QEvent* event) override {
-    // What a handler sends is a part of its own time; what a loop inside of it handles is not.
+    // Events that a handler sends count as its time; events of a nested loop do not.
     const int level = QThread::currentThread()->loopLevel();
     const bool isOwnThread = QThread::currentThread() == this->thread();
     if (Passes == nullptr || level == myLevel || !isOwnThread) return Deliver(receiver, event);

@@ -61,7 +61,7 @@ bool PlacePicker::eventFilter(QObject* watched, QEvent* event) {
   }
 }
 
-// The keys come to the window, from whatever has the focus there.
+// The window sees the keys of all its controls.
 bool PlacePicker::TakeKey(QKeyEvent& event) {
   const bool isEscape = event.key() == Qt::Key_Escape;
   const bool isReturn = event.key() == Qt::Key_Return || event.key() == Qt::Key_Enter;

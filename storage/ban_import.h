@@ -25,7 +25,7 @@ class BanImport {
   struct List {
     std::vector<AddressRange> ranges;    // of IPv4; an address is one of a single address
     std::vector<std::string> addresses;  // of IPv6
-    std::vector<Ban> bans;  // of addresses, with a reason, network and end of their own
+    std::vector<Ban> bans;               // of addresses, each with reason, network and end
     std::vector<std::pair<std::string, DatabaseRecord>> rows;  // of other tables, by their names
   };
 

@@ -8,8 +8,8 @@
 
 namespace corvane::map {
 
-// Runs work on a thread of its own, one piece after the other. The destructor drops pieces that
-// have not begun and waits for the one that has.
+// Runs work on one thread, one piece after the other. The destructor drops pieces that have not
+// begun and waits for the one that has.
 class Background {
  public:
   Background() { myThread.setMaxThreadCount(1); }
