@@ -159,14 +159,18 @@ void Landmarks::AskForExport() {
 
 void Landmarks::Import(const QString& file) {
   myBackground.Run([file] { return ReadGeoJson(file); },
-                   [this, file](const GeoJsonContent& content) { TakeImport(file, content); });
+                   [this, file, place = mySettings.CurrentPlace()](const GeoJsonContent& content) {
+                     TakeImport(place, file, content);
+                   });
 }
 
-void Landmarks::TakeImport(const QString& file, const GeoJsonContent& content) {
+void Landmarks::TakeImport(const PlaceKey& place, const QString& file,
+                           const GeoJsonContent& content) {
   const auto fail = [&](const QString& why) {
     myMessages.Add(tr("%1 cannot be imported: %2.").arg(file, why));
   };
   if (!content.error.isEmpty()) return fail(content.error);
+  if (place != mySettings.CurrentPlace()) return fail(tr("another network is shown by now"));
   const std::optional<qsizetype> added = myBoard.Add(content.landmarks);
   if (!added) return fail(tr("there would be more than %1 landmarks").arg(Landmark::kMaxCount));
   QString text = tr("%1 landmarks imported.").arg(*added);

@@ -63,7 +63,7 @@ class Landmarks : public QObject {
   void Edit(const Landmark& landmark);
   void Move(const Landmark& landmark);
   void AskToDelete(const Landmark& landmark);
-  void TakeImport(const QString& file, const GeoJsonContent& content);
+  void TakeImport(const PlaceKey& place, const QString& file, const GeoJsonContent& content);
 
   Settings& mySettings;
   MapView& myMap;

@@ -255,9 +255,10 @@ void MapWindow::WireFeatureActions() {
 void MapWindow::EndTasks() {
   myPicker->Cancel();
   for (QDialog* dialog : findChildren<QDialog*>()) {
-    // A file dialog runs inside of a method of its owner, which has kept its place.
-    if (dialog->isModal() && dialog->isVisible() && dialog->findChild<QFileDialog*>() == nullptr)
-      dialog->reject();
+    // A file dialog runs inside of a method of its owner, which has kept its place. Recordings
+    // belong to no place.
+    const bool stays = dialog->findChild<QFileDialog*>() != nullptr || myRecording.Owns(*dialog);
+    if (dialog->isModal() && dialog->isVisible() && !stays) dialog->reject();
   }
 }
 

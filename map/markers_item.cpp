@@ -83,10 +83,10 @@ void MarkersItem::paint(QPainter* painter, const QStyleOptionGraphicsItem*, QWid
   const QTransform toView = painter->worldTransform();
   painter->resetTransform();
   UpdateOwn();
+  const QFontMetrics metrics(widget->font());
+  myLeastLabel = QSize(metrics.averageCharWidth() + 2 * kLabelMargin, metrics.height());
   if (widget->font() != myFont) {
     myFont = widget->font();
-    const QFontMetrics metrics(myFont);
-    myLeastLabel = QSize(metrics.averageCharWidth() + 2 * kLabelMargin, metrics.height());
     for (Marker* marker : myBoard.All())
       marker->label.reset();
     if (myOwn) myOwn->label.reset();

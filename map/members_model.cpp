@@ -159,7 +159,7 @@ void MembersModel::Update() {
   beginInsertRows({}, had, had + static_cast<int>(myNew.size()) - 1);
   for (const Member* member : myNew) {
     const QString name = VisibleText(member->name, kMaxNameLength);
-    myRows.push_back({member, name, name.toCaseFolded()});
+    myRows.push_back({member, name, VisibleText(member->name).toCaseFolded()});
   }
   myNew.clear();
   Number();

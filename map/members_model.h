@@ -58,7 +58,7 @@ class MembersModel : public QAbstractTableModel, private client::MembersWatcher 
   struct Row {
     const client::Member* member;
     QString name;
-    QString folded;  // sorts without regard to letter case
+    QString folded;  // to sort and filter by: longer, without letter case
   };
 
   void Added(const client::Member& member) override;

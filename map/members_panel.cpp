@@ -35,6 +35,7 @@ MembersPanel::MembersPanel(client::Members& members, QWidget* parent)
   myProxy.setSourceModel(&myModel);
   myProxy.setSortRole(MembersModel::kSortRole);
   myProxy.setFilterKeyColumn(MembersModel::kName);
+  myProxy.setFilterRole(MembersModel::kSortRole);
   myProxy.setFilterCaseSensitivity(Qt::CaseInsensitive);
   SetUpList();
 

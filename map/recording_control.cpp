@@ -74,6 +74,10 @@ void RecordingControl::Store() {
   mySettings.Store(kRecordingOptions, QJsonDocument(stored).toJson(QJsonDocument::Compact));
 }
 
+bool RecordingControl::Owns(const QDialog& dialog) const {
+  return myDialog && (&dialog == myDialog || dialog.parentWidget() == myDialog);
+}
+
 void RecordingControl::ShowRecordings() {
   if (myDialog) return;
   myDialog = new RecordingsDialog(RecordingFolder(myFolder), myLimits, myWindow);

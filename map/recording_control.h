@@ -33,6 +33,8 @@ class RecordingControl {
   bool IsOn() const { return myIsOn; }
   void SetOn(bool isOn);
   void ShowRecordings();
+  // Whether the dialog is the recordings', or was opened from it.
+  bool Owns(const QDialog& dialog) const;
 
  private:
   void Apply();

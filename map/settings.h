@@ -19,6 +19,8 @@ struct PlaceKey {
   QString host;  // empty: no server yet
   std::uint16_t port = 0;
   QString network;
+
+  bool operator==(const PlaceKey&) const = default;
 };
 
 // A server and account that the user has logged in with.

@@ -21,7 +21,9 @@ std::optional<QString> MapPictures::FolderFor(const MapPicture& picture) {
   myCutter->thread.Run(
       [this, &cutter = *myCutter, image = picture.path, folder] {
         return CutPicture(image, folder, cutter.stops, [&](int percent) {
-          cutter.thread.Post([this, percent] { Progressed(percent); });
+          cutter.thread.Post([this, percent] {
+            if (Progressed) Progressed(percent);
+          });
         });
       },
       [this](const QString& error) { End(error); });

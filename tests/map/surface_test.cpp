@@ -218,6 +218,8 @@ TEST_F(SurfaceTest, MarksTellSelectedFollowedAndOwnApartAndFocusIsSeen) {
     EXPECT_EQ(hasRing(x), x == 100);
     EXPECT_EQ(hasCorners(x), x == 200);
   }
+  for (const char* name : {"1", "2"})
+    EXPECT_GT(myWindow->Board().Find(Find(name))->labelPlace.left(), 0) << "there is room";
   EXPECT_FALSE(myWindow->actions->actShowMe->isEnabled());
   Click(myWindow->barOwn->chkSend);
   Map().PlaceClicked({5000, 0});
