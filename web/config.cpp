@@ -180,7 +180,7 @@ Config Read(const QString& file) {
   const auto [host, port] = HostAndPort(fields.Text("listen", "127.0.0.1"), kPort, "listen");
   config.port = port;
   if (!config.address.setAddress(host)) throw Fault("listen: expected an address, not a name");
-  config.publicUrl = fields.Text("public", "http://" + host + ':' + QString::number(port));
+  config.publicUrl = fields.Text("public", "http://" + config.Listening());
   while (config.publicUrl.endsWith('/'))
     config.publicUrl.chop(1);
   const QUrl url(config.publicUrl);
@@ -204,6 +204,13 @@ Config Read(const QString& file) {
 }
 
 }  // namespace
+
+QString Config::Listening() const {
+  QUrl url;
+  url.setHost(address.toString());
+  url.setPort(port);
+  return url.authority();
+}
 
 ConfigResult ReadConfig(const QString& file) {
   try {

@@ -38,6 +38,9 @@ struct Config {
   QString publicUrl;  // without a slash at its end
   QString data;       // a folder; absolute
   std::vector<WebNetwork> networks;
+
+  // Address and port, with an IPv6 address in brackets.
+  QString Listening() const;
 };
 
 // The settings, or a sentence that names the wrong field.

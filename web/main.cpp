@@ -68,7 +68,7 @@ int Serve(const Config& config) {
     if (now != std::exchange(fault, now) && !now.isEmpty()) report(now);
   };
   readLinks();
-  const QString where = config.address.toString() + ':' + QString::number(config.port);
+  const QString where = config.Listening();
   error = server.Start(config.address, config.port);
   if (!error.isEmpty()) return Complain(kFailed, "cannot listen on " + where + ": " + error);
   report("listening on " + where);

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kMinTick{250};
 constexpr int kMaxBatches = 240;  // that wait for the end of their delay
-// After an attempt that failed, and after a refusal or a ban.
+// After a failure, and after one such as a wrong password or a ban.
 constexpr std::chrono::seconds kRetry{10};
 constexpr std::chrono::seconds kRetryAfterRefusal{60};
 constexpr std::size_t kMaxName = 64;  // characters

@@ -84,8 +84,10 @@ std::optional<Site> BuildSite(const WebNetwork& network, const QString& dataFold
   QJsonArray facets;
   for (const int facet : network.shown.facets)
     facets.append(facet);
-  const QJsonObject description{
-      {"facets", facets}, {"pictures", pictures}, {"landmarks", LandmarksOf(network)}};
+  const QJsonObject description{{"facets", facets},
+                                {"pictures", pictures},
+                                {"landmarks", LandmarksOf(network)},
+                                {"hasFullNames", network.shown.names == Shown::Names::Full}};
   site.description = QJsonDocument(description).toJson(QJsonDocument::Compact).toStdString();
   return site;
 }

@@ -354,7 +354,7 @@ function removeMember(id) {
   members.delete(id);
   if (id !== followed) return;
   followed = null;
-  wantedName = member?.name ?? null; // for its return
+  if (place.hasFullNames) wantedName = member.name; // for its return
 }
 
 function showBanner(text) {
