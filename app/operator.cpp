@@ -238,9 +238,13 @@ bool Operator::ImportNetwork(const NetworkRef& network,
                                          network->Enabled));
   const auto addIt = [this, network, done = std::move(done)](const std::string& error,
                                                              BanImport& import) {
-    // A reload may have found it meanwhile.
-    const bool isNew = myListener.FindNetwork(network->NetworkName) == nullptr;
-    if (error.empty() && isNew) AddToList(network);
+    // A reload may have found it meanwhile, or another command made it.
+    const NetworkRef listed = myListener.FindNetwork(network->NetworkName);
+    if (error.empty() && listed == nullptr) AddToList(network);
+    if (error.empty() && listed != nullptr) {
+      SetTerms(*listed, network->Password, network->MaxUsers, network->Enabled);
+      Raise(Kind::NetworkChanged, *listed);
+    }
     done(error, import);
   };
   return myListener.Context.bans.Import(std::move(list), kName, {}, {}, addIt);

@@ -34,9 +34,9 @@ class ServerApplication : public QtApplication, public ApplicationHooks {
 
   bool notify(QObject* receiver, QEvent* event) override {
     // Events that a handler sends count as its time; events of a nested loop do not.
-    const int level = QThread::currentThread()->loopLevel();
     const bool isOwnThread = QThread::currentThread() == this->thread();
-    if (Passes == nullptr || level == myLevel || !isOwnThread) return Deliver(receiver, event);
+    const int level = QThread::currentThread()->loopLevel();
+    if (!isOwnThread || Passes == nullptr || level == myLevel) return Deliver(receiver, event);
     const QScopedValueRollback inEvent(myLevel, level);
     Passes->Begin();
     const bool isHandled = Deliver(receiver, event);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <system_error>
 #include <utility>
 
 #include <QFileInfo>
@@ -32,7 +33,7 @@ BanImport::BanImport(DatabaseConnection& connection, List list, Ban terms)
       myTerms(std::move(terms)) {}
 
 BanImport::~BanImport() {
-  if (!myConnection.IsReserved()) return;
+  if (!myConnection.IsReserved() && !myConnection.IsInTransaction()) return;
   myConnection.Reserve({});
   myConnection.Rollback();
 }
@@ -57,7 +58,11 @@ bool BanImport::IsSynced() {
   if (myNext < kMany) return true;
   if (!mySync.valid()) {
     const QString folder = QFileInfo(myConnection.File()).absolutePath();
-    mySync = std::async(std::launch::async, [folder] { SyncFileSystem(folder); });
+    try {
+      mySync = std::async(std::launch::async, [folder] { SyncFileSystem(folder); });
+    } catch (const std::system_error&) {
+      return true;  // no thread to be had: the commit takes longer
+    }
   }
   return mySync.wait_for(kStepTime) == std::future_status::ready;
 }
